@@ -1,0 +1,29 @@
+# What every target of the project shares.
+
+add_library(ferrule_options INTERFACE)
+target_compile_features(ferrule_options INTERFACE cxx_std_20)
+target_include_directories(ferrule_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(ferrule_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
+if(FERRULE_SANITIZE)
+  target_compile_options(ferrule_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
+                                                   -fno-omit-frame-pointer)
+  target_link_options(ferrule_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# ferrule_library(<folder> SOURCES ... [DEPENDS ...]): the static library ferrule_<folder> from one folder under src/.
+function(ferrule_library folder)
+  cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(ferrule_${folder} STATIC ${arg_SOURCES})
+  set_target_properties(ferrule_${folder} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+                                                     C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_link_libraries(ferrule_${folder} PUBLIC ferrule_options ${arg_DEPENDS})
+endfunction()
+
+# ferrule_test(<name> SOURCES ... [DEPENDS ...]): one test program; each of its cases is a test of its own.
+function(ferrule_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE ferrule_options ${arg_DEPENDS} GTest::gtest GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "openhost/pdf/PdfDocument.h"
+
+/// Wraps a JPEG file as a document of one page, image data unchanged; the page has the size that the picture's own
+/// resolution gives (72 dpi when it states none). The document lives in memory and counts as modified.
+/// Fails: UnsupportedInput for what is no JPEG or cannot be embedded, NotFound, NoAccess and their like.
+CPdfDocument JpegToPdf(const std::string& path);
+
+struct TextOutput {
+    std::string path;
+    bool mustNotExist = false;
+    std::function<bool()> cancelled;  ///< asked before each page
+};
+
+/// Writes the text of the document's present state: UTF-8, each page ended by a form feed. The file appears complete
+/// or not at all.
+/// Fails: NotPermitted without the right to copy; see also CPdfDocument::Save.
+void PdfToText(CPdfDocument& document, const TextOutput& output);
+
+/// Gets text out of a document; each library that can do so has its own class behind this one.
+class CTextEngine {
+public:
+    virtual ~CTextEngine() = default;
+
+    /// Loads a file as it is on disk. Fails: CPdfError.
+    virtual void LoadFile(const std::string& path, const std::string& passwordBytes) = 0;
+    /// Loads unencrypted bytes and keeps them. Fails: CPdfError.
+    virtual void LoadMemory(std::string bytes, const std::string& description) = 0;
+    virtual int PageCount() const = 0;
+    /// UTF-8, lines ended by a line feed. Fails: BadPage.
+    virtual std::string PageText(int page0) = 0;
+};
+
+std::unique_ptr<CTextEngine> NewTextEngine();
+/// Gives the engine the document's present state: its file when nothing changed, else a copy in memory.
+void LoadPresentState(CTextEngine& engine, CPdfDocument& document);

@@ -1,0 +1,128 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "openhost/pdf/PdfError.h"
+#include "openhost/pdf/StandardSecurity.h"
+
+class CPdfDocument;
+class QPDF;
+
+/// By which password an encrypted document was opened. None: it is not encrypted, or it is still locked.
+enum class OpenedWith { None, User, Owner };
+
+/// What Authorize is asked to obtain.
+enum class WantedRights { Open, Owner };
+
+/// What a client may want to do with a document.
+enum class PdfRight {
+    Change,
+    ChangeSecurity,
+    PrintLow,
+    PrintHigh,
+    Copy,
+    CopyForAccessibility,
+    Annotate,
+    FillForms,
+    Assemble,
+    FullSave,
+};
+
+struct PdfOpenOptions {
+    bool repair = true;  ///< false: a damaged file is refused with NeedsRepair
+    /// Called once with the locked document when the empty password does not open it; tries its candidates by
+    /// Authorize and answers whether to go on. Absent, or the document still locked afterwards: NeedsPassword.
+    std::function<bool(CPdfDocument&)> authorise;
+};
+
+struct PdfSaveOptions {
+    std::string path;  ///< empty: the document's own file
+    bool linearise = false;
+    bool copy = false;                ///< the document keeps its old file, its modifications and its pending security
+    bool mustNotExist = false;        ///< an existing target is left alone: Exists
+    std::function<bool()> cancelled;  ///< asked now and then; true ends the save, nothing is changed
+    std::function<void(int percent)> progress;
+};
+
+/// One PDF document.
+///
+/// Owns its open file and everything read from it; movable, not copyable. One thread at a time.
+/// Pages count from 0. Paths are bytes as the system has them. Information values are the bytes of PDF strings.
+/// Fails: every member may throw CPdfError and nothing else; a failed call leaves document and files as they were,
+/// except that a refused SetSecurity makes the next save fail (see there).
+/// While locked (only inside the authorise callback) only Path, IsLocked, IsEncrypted, Security and Authorize serve.
+class CPdfDocument {
+public:
+    static CPdfDocument Open(const std::string& path, const PdfOpenOptions& options = {});
+    /// Reads a document from memory; it has no path until its first save and counts as modified.
+    static CPdfDocument FromMemory(std::string bytes, const std::string& description);
+
+    CPdfDocument(CPdfDocument&&) noexcept;
+    CPdfDocument& operator=(CPdfDocument&&) noexcept;
+    ~CPdfDocument();
+
+    /// The file the document lives in; empty for one that was never saved.
+    const std::string& Path() const;
+    /// Does not fail: 0 while locked.
+    int PageCount();
+    std::string PdfVersion();
+
+    bool IsLocked() const;
+    bool IsEncrypted() const;
+    bool IsModified() const;
+    void SetModified(bool modified);
+    bool WasRepaired() const;
+    bool IsLinearised();
+    /// Has a filled signature field, a certification or usage rights.
+    bool IsSigned();
+    /// What the library complained about, one line each.
+    std::vector<std::string> Warnings() const;
+
+    /// Tries one password (UTF-8) in each form that readers use. Answers whether the document now has at least the
+    /// wanted rights; rights already obtained are never lost. Also serves later, to rise from user to owner.
+    bool Authorize(std::string_view candidateUtf8, WantedRights wanted);
+    OpenedWith OpenedBy() const;
+    /// The stored permission word as an unsigned number; all ones without encryption and for the owner.
+    std::uint32_t PermissionWord() const;
+    bool Allows(PdfRight right) const;
+    SecurityInfo Security() const;
+
+    /// Prepares new security for the next full save.
+    /// Fails: NotPermitted without owner rights, all stays as it was. PasswordNotExpressible and
+    /// BadSecuritySettings also make every later save fail, until a SetSecurity or RemoveSecurity succeeds: a
+    /// document whose protection was refused is not written without it.
+    void SetSecurity(const StandardSecurity& security);
+    /// The next full save writes without encryption. Fails: NotPermitted.
+    void RemoveSecurity();
+    /// True when the next save cannot leave the encryption as it is in the file.
+    bool HasPendingSecurity() const;
+
+    /// The value's bytes: PDFDocEncoding, or UTF-16BE behind its mark. Nothing when absent or not a string.
+    std::optional<std::string> Info(const std::string& key);
+    std::vector<std::string> InfoKeys();
+    /// Key without a slash; unknown keys are added, an empty value stays as an empty string. Marks modified.
+    void SetInfo(const std::string& key, const std::string& value);
+
+    /// Writes the whole document: beside the target under a temporary name, flushed, then put in its place at once.
+    /// The target may be the file being read and may be a symbolic link, which stays one. Without `copy` the
+    /// document then lives in the new file and is no longer modified, and what was derived from it is stale.
+    void Save(const PdfSaveOptions& options);
+    /// The present state without encryption, for other libraries.
+    std::string WriteToMemory();
+    /// The password's bytes that opened the file, for other libraries; empty when none was needed.
+    const std::string& PasswordBytes() const;
+
+    /// The library's view, for the layers above that read pages and objects; valid until the next Save.
+    QPDF& Library();
+
+private:
+    struct State;
+    explicit CPdfDocument(std::unique_ptr<State> state);
+    std::unique_ptr<State> m_state;
+};

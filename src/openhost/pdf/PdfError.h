@@ -1,0 +1,43 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+/// Why an operation on a document failed; the slot layer turns each into the host's own error code.
+enum class PdfProblem {
+    NotFound,
+    NoAccess,
+    NotAFile,    ///< a folder, a pipe, a device
+    CannotRead,  ///< the system failed to read, or the file changed under the reader
+    NotAPdf,
+    NeedsRepair,  ///< damaged, and the caller did not ask for repair
+    Damaged,      ///< damaged beyond repair
+    NoPages,
+    BadPage,
+    NeedsPassword,
+    UnsupportedSecurity,  ///< encrypted by a handler other than "Standard", or in an unknown way
+    NotPermitted,
+    PasswordNotExpressible,  ///< holds characters that the asked encryption cannot express
+    BadSecuritySettings,
+    NoPath,  ///< a document that never had a file was saved without naming one
+    Exists,
+    DiskFull,
+    CannotWrite,
+    UnsupportedInput,  ///< a converter cannot read its source
+    OutOfMemory,
+    Cancelled,
+    Internal,
+};
+
+/// The only exception that leaves this folder. what() is one line that names the file and the reason, in UTF-8 as
+/// far as the file's name is; it never holds a password.
+class CPdfError : public std::runtime_error {
+public:
+    CPdfError(PdfProblem problem, const std::string& message) : std::runtime_error(message), m_problem(problem) {}
+
+    PdfProblem Problem() const noexcept { return m_problem; }
+    std::string Message() const { return what(); }
+
+private:
+    PdfProblem m_problem;
+};

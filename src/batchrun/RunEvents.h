@@ -1,0 +1,22 @@
+// What a run tells whoever watches it, beside the log.
+#pragma once
+
+#include "engine/FileOutcome.h"
+
+#include <string>
+
+enum class RunEnd {
+    Finished,    // every input file was dealt with; single files may have failed
+    NotStarted,  // no sequence or no usable input source: nothing was processed
+    Broken       // ended before every input file was dealt with
+};
+
+/// Order: RunStarts once, then FileDone once for each input, then RunEnds exactly once; a run that does not get as
+/// far as its inputs sends RunEnds alone. None of them throws.
+class CRunEvents {
+public:
+    virtual ~CRunEvents() = default;
+    virtual void RunStarts(int inputs) = 0;
+    virtual void FileDone(const ProcessedFile& file) = 0;
+    virtual void RunEnds(RunEnd end, const std::string& message) = 0;
+};

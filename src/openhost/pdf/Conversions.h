@@ -1,4 +1,5 @@
-#pragma once
+#ifndef FERRULE_OPENHOST_PDF_CONVERSIONS_H
+#define FERRULE_OPENHOST_PDF_CONVERSIONS_H
 
 #include <functional>
 #include <memory>
@@ -6,6 +7,8 @@
 #include <string_view>
 
 #include "openhost/pdf/PdfDocument.h"
+
+namespace openhost {
 
 /// Wraps a JPEG file as a document of one page, image data unchanged; the page has the size that the picture's own
 /// resolution gives (72 dpi when it states none). The document lives in memory and counts as modified.
@@ -40,3 +43,7 @@ public:
 std::unique_ptr<CTextEngine> NewTextEngine();
 /// Gives the engine the document's present state: its file when nothing changed, else a copy in memory.
 void LoadPresentState(CTextEngine& engine, CPdfDocument& document);
+
+}  // namespace openhost
+
+#endif

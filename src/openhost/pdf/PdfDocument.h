@@ -1,4 +1,5 @@
-#pragma once
+#ifndef FERRULE_OPENHOST_PDF_PDF_DOCUMENT_H
+#define FERRULE_OPENHOST_PDF_PDF_DOCUMENT_H
 
 #include <cstdint>
 #include <functional>
@@ -11,8 +12,11 @@
 #include "openhost/pdf/PdfError.h"
 #include "openhost/pdf/StandardSecurity.h"
 
-class CPdfDocument;
 class QPDF;
+
+namespace openhost {
+
+class CPdfDocument;
 
 /// By which password an encrypted document was opened. None: it is not encrypted, or it is still locked.
 enum class OpenedWith { None, User, Owner };
@@ -126,3 +130,7 @@ private:
     explicit CPdfDocument(std::unique_ptr<State> state);
     std::unique_ptr<State> m_state;
 };
+
+}  // namespace openhost
+
+#endif

@@ -1,7 +1,10 @@
-#pragma once
+#ifndef FERRULE_OPENHOST_PDF_PDF_ERROR_H
+#define FERRULE_OPENHOST_PDF_PDF_ERROR_H
 
 #include <stdexcept>
 #include <string>
+
+namespace openhost {
 
 /// Why an operation on a document failed; the slot layer turns each into the host's own error code.
 enum class PdfProblem {
@@ -41,3 +44,7 @@ public:
 private:
     PdfProblem m_problem;
 };
+
+}  // namespace openhost
+
+#endif

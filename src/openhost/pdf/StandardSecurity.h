@@ -1,7 +1,10 @@
-#pragma once
+#ifndef FERRULE_OPENHOST_PDF_STANDARD_SECURITY_H
+#define FERRULE_OPENHOST_PDF_STANDARD_SECURITY_H
 
 #include <cstdint>
 #include <string>
+
+namespace openhost {
 
 /// The permission bits of an encrypted document; they are also those of the file format.
 namespace pdfright {
@@ -47,3 +50,7 @@ struct SecurityInfo {
     bool hasOwner = false;
     bool encryptMetadata = true;
 };
+
+}  // namespace openhost
+
+#endif

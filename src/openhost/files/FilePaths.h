@@ -1,0 +1,54 @@
+#ifndef FERRULE_OPENHOST_FILES_FILE_PATHS_H
+#define FERRULE_OPENHOST_FILES_FILE_PATHS_H
+
+#include <string>
+#include <string_view>
+
+#include "hostapi/HostRecords.h"
+#include "openhost/core/Handles.h"
+
+namespace openhost {
+
+/// The absolute native path of a file or folder that need not exist, held by plug-ins as ASPathName. Bytes as the
+/// system has them; no "." or ".." steps are resolved, no separator at the end (but for the top).
+class CFilePath {
+public:
+    /// A relative path is made absolute against the current folder.
+    explicit CFilePath(std::string_view native);
+
+    const std::string& Native() const { return m_native; }
+    std::string Name() const;               // the last component; empty for the top
+    std::string Folder() const;             // the folder that holds the item; empty for the top
+    std::string DeviceIndependent() const;  // "/folder/file", with a drive "/c/folder/file"
+
+private:
+    std::string m_native;
+};
+
+/// The absolute native path of device-independent text, which may be relative to the folder of `relativeTo` (null:
+/// the current folder).
+std::string NativeFromDeviceIndependent(std::string_view text, const CFilePath* relativeTo);
+/// The device-independent text of `path` as seen from the folder of `relativeTo`; absolute without one.
+std::string DeviceIndependentFrom(const CFilePath& path, const CFilePath* relativeTo);
+
+/// All living paths; each is released exactly once.
+class CPaths {
+public:
+    CHandles<CFilePath, ASPathName> handles{"path"};
+};
+
+/// Raises genErrBadParm unless `path` is a living path.
+const CFilePath& PathAt(ASPathName path);
+/// A new path that the caller releases.
+ASPathName NewPath(std::string_view native);
+void ReleasePath(ASPathName path);
+std::size_t LivePaths();
+
+/// The file system of the machine: the only one.
+ASFileSys DefaultFileSys();
+/// Null means the default one. Raises genErrBadParm for a file system that is not this host's.
+void RequireFileSys(const ASFileSysRec* fileSys);
+
+}  // namespace openhost
+
+#endif

@@ -1,0 +1,40 @@
+#ifndef FERRULE_OPENHOST_FILES_FILES_H
+#define FERRULE_OPENHOST_FILES_FILES_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "hostapi/HostTypes.h"
+#include "openhost/core/Handles.h"
+#include "openhost/files/DiskFile.h"
+#include "openhost/files/FilePaths.h"
+
+namespace openhost {
+
+/// An open file, held by plug-ins as ASFile. Opening it again gives the same object and counts.
+struct CHostFile {
+    CFilePath path;
+    CDiskFile disk;
+    ASFileMode mode;
+    std::uint64_t position = 0;
+    int opened = 1;   // closes that are due
+    int streams = 0;  // streams that use it
+};
+
+class CFiles {
+public:
+    CHandles<CHostFile, ASFile> handles{"file"};
+};
+
+/// Opens a file or the one that is open already. Answers 0, or an error code; does not raise for what the disk says.
+ASErrorCode OpenFile(const CFilePath& path, ASFileMode mode, ASFile* file);
+/// Answers 0 or an error code. The file is gone with the last close that is due.
+ASErrorCode CloseFile(ASFile file);
+/// Raises genErrBadParm unless `file` is a living file.
+CHostFile& FileAt(ASFile file);
+std::size_t LiveFiles();
+
+}  // namespace openhost
+
+#endif

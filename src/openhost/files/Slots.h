@@ -1,0 +1,13 @@
+#ifndef FERRULE_OPENHOST_FILES_SLOTS_H
+#define FERRULE_OPENHOST_FILES_SLOTS_H
+
+#include "openhost/core/Tables.h"
+
+namespace openhost {
+
+/// File systems, paths, files, folders, streams, and the cab functions that need paths or streams.
+void OfferFilesSlots(CTables& tables);
+
+}  // namespace openhost
+
+#endif

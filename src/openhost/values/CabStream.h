@@ -1,0 +1,27 @@
+#ifndef FERRULE_OPENHOST_VALUES_CAB_STREAM_H
+#define FERRULE_OPENHOST_VALUES_CAB_STREAM_H
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "openhost/values/Cabinet.h"
+
+namespace openhost {
+
+/// The bytes of a cab: a signed and versioned header with length and checksum, then the entries. All value types
+/// except pointers, which are left out. Raises genErrBadParm for a cab nested too deeply to be read back.
+std::string BytesOfCab(const CCabinet& cab);
+
+/// Reads up to `count` bytes, fewer only at the end.
+using ReadBytes = std::function<std::size_t(char* buffer, std::size_t count)>;
+
+/// Reads exactly one cab and nothing behind it. An empty owner when the bytes are not a cab of ours, are cut off or
+/// damaged, or nest or grow past the limits. Does not raise for any content.
+COwnedCab ReadCab(const ReadBytes& read);
+/// The same from memory; bytes behind the cab are ignored.
+COwnedCab CabFromBytes(std::string_view bytes);
+
+}  // namespace openhost
+
+#endif

@@ -1,0 +1,161 @@
+#ifndef FERRULE_OPENHOST_VALUES_CABINET_H
+#define FERRULE_OPENHOST_VALUES_CABINET_H
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "hostapi/HostRecords.h"
+#include "openhost/core/Handles.h"
+#include "openhost/values/CabValue.h"
+#include "openhost/values/Text.h"
+
+namespace openhost {
+
+/// Keys made of digits come first, in the order of their numbers; the others follow in the order of their bytes.
+struct CabKeyOrder {
+    using is_transparent = void;
+    bool operator()(std::string_view one, std::string_view other) const;
+};
+
+/// A tree of named values, held by plug-ins as ASCab.
+///
+/// Every key may be a path "a:b:c" that walks through nested cabs. A read answers its default when a step is missing;
+/// a put makes the cabs that are missing on the way. Keys are printable ASCII, at most 1024 characters for each step,
+/// none empty; a put with another key raises genErrBadParm.
+/// Ownership: a cab owns its values. What a read returns belongs to the cab until that entry changes. A cab is inside
+/// at most one other.
+class CCabinet {
+public:
+    CCabinet();
+    CCabinet(const CCabinet&) = delete;
+    CCabinet& operator=(const CCabinet&) = delete;
+
+    std::size_t NumEntries() const { return m_entries.size(); }
+    bool Known(std::string_view key) const { return Find(key) != nullptr; }
+    ASCabValueType Type(std::string_view key) const;  // kASValueUnknown for a missing key
+    /// The value, or null. The general form of all reads below.
+    const CabValue* Find(std::string_view key) const;
+
+    bool GetBool(std::string_view key, bool fallback = false) const;
+    std::int32_t GetInt(std::string_view key, std::int32_t fallback = 0) const;
+    std::uint32_t GetUns(std::string_view key, std::uint32_t fallback = 0) const;
+    std::int64_t GetInt64(std::string_view key, std::int64_t fallback = 0) const;
+    std::uint64_t GetUns64(std::string_view key, std::uint64_t fallback = 0) const;
+    double GetDouble(std::string_view key, double fallback = 0) const;  // takes integers too
+    ASAtom GetAtom(std::string_view key, ASAtom fallback = 0xFFFF) const;
+    const char* GetString(std::string_view key) const;  // null when there is none
+    std::optional<std::string_view> GetBinary(std::string_view key) const;
+    CHostText* GetText(std::string_view key) const;                           // null when there is none
+    CCabinet* GetCab(std::string_view key) const;                             // null when there is none
+    void* GetPointer(std::string_view key, std::string_view typeName) const;  // null unless the type is the same
+
+    /// Puts any value; texts and cabs must not be inside a cab yet (raises genErrBadParm, and nothing has changed).
+    /// An empty `key` is an error; PutUnderFreeNumber invents one.
+    void Put(std::string_view key, CabValue value);
+    std::string PutUnderFreeNumber(CabValue value);
+
+    void PutBool(std::string_view key, bool value) { Put(key, value); }
+    void PutInt(std::string_view key, std::int32_t value) { Put(key, value); }
+    void PutDouble(std::string_view key, double value) { Put(key, value); }
+    void PutAtom(std::string_view key, ASAtom value) { Put(key, CabAtom{value}); }
+    void PutString(std::string_view key, std::string_view value);  // copied
+    void PutBinary(std::string_view key, std::string_view bytes);  // copied
+    void PutText(std::string_view key, std::string_view utf8);     // as a new text
+    void PutNull(std::string_view key) { Put(key, CabNull{}); }
+    /// The cab under the key, made when there is none (another value is replaced).
+    CCabinet& PutNewCab(std::string_view key);
+    void PutPointer(std::string_view key, std::string typeName, void* pointer,
+                    ASCabPointerDestroyProc destroy = nullptr);
+
+    /// Removes and frees; a missing key is ignored.
+    void Remove(std::string_view key);
+    /// Takes the value out; it is inside no cab from here on. Nothing when the key is missing.
+    std::optional<CabValue> Detach(std::string_view key);
+    /// Gives the entry another key on the same level. Ignored when there is no such entry; an entry that has the new
+    /// key is replaced.
+    void Rename(std::string_view oldKey, std::string_view newKey);
+    void MakeEmpty();
+    void DestroyEmpties(bool recurse);
+
+    /// Copies all entries of `source` here: equal keys are overwritten, others stay.
+    void CopyFrom(const CCabinet& source);
+    bool Equals(const CCabinet& other) const;
+
+    /// Visits the entries of this level in the order of keys until `visit` answers false. Changes during the walk are
+    /// safe: entries that were added or removed since its start are not visited. The walk ends when the cab is gone.
+    using Visit = std::function<bool(const std::string& key, const CabValue& value)>;
+    void Walk(const Visit& visit);
+    /// As Walk, with changes of this level forbidden (they raise genErrBadParm).
+    void WalkConst(const Visit& visit) const;
+
+    const CCabinet* Parent() const { return m_parent; }
+    void SetParent(const CCabinet* parent) { m_parent = parent; }
+    bool IsInside(const CCabinet& other) const;  // at any depth, or the same
+    void RequireChangeable() const;
+    unsigned long long Identity() const { return m_identity; }
+
+private:
+    struct Entry {
+        CabValue value;
+        unsigned long long serial;
+    };
+    using Entries = std::map<std::string, Entry, CabKeyOrder>;
+
+    const CCabinet* Level(std::string_view path, std::string_view& lastStep) const;
+    CCabinet* LevelForChange(std::string_view path, std::string_view& lastStep);
+    CCabinet& LevelMade(std::string_view path, std::string_view& lastStep);
+    void PutHere(std::string_view step, CabValue value);
+    std::optional<CabValue> DetachHere(std::string_view step);
+    template <class Scalar>
+    Scalar GetScalar(std::string_view key, Scalar fallback) const;
+    void WalkKeys(const Visit& visit) const;
+
+    Entries m_entries;
+    const CCabinet* m_parent = nullptr;
+    unsigned long long m_identity;  // never used twice
+    mutable int m_constWalks = 0;
+};
+
+/// All living cabs, nested ones included.
+class CCabinets {
+public:
+    CHandles<CCabinet, ASCab> handles{"cab"};
+    unsigned long long nextIdentity = 1;
+    unsigned long long nextSerial = 1;
+};
+
+/// Raises genErrBadParm unless `cab` is a living cab.
+CCabinet& CabAt(ASConstCab cab);
+/// A new cab that the caller destroys, or puts into another one.
+ASCab NewCab();
+inline ASCab CabHandle(const CCabinet& cab) { return CHandles<CCabinet, ASCab>::HandleOf(cab); }
+/// A copy in a new cab that the caller destroys.
+ASCab DupCab(const CCabinet& source);
+/// Raises genErrBadParm for an unknown cab or one inside another.
+void DestroyCab(ASCab cab);
+std::size_t LiveCabs();
+
+/// Owns one cab for host code; Release() hands it over.
+class COwnedCab {
+public:
+    explicit COwnedCab(ASCab adopted = nullptr) : m_cab(adopted) {}
+    static COwnedCab New() { return COwnedCab(NewCab()); }
+    COwnedCab(COwnedCab&& other) noexcept : m_cab(other.Release()) {}
+    COwnedCab& operator=(COwnedCab&& other) noexcept;
+    ~COwnedCab();
+    ASCab Get() const { return m_cab; }
+    explicit operator bool() const { return m_cab != nullptr; }
+    CCabinet& operator*() const { return CabAt(m_cab); }
+    CCabinet* operator->() const { return &CabAt(m_cab); }
+    ASCab Release() noexcept;
+
+private:
+    ASCab m_cab;
+};
+
+}  // namespace openhost
+
+#endif

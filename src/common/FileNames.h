@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "platform/Files.h"
+
+// Names and paths as text. "Separator" is the system's; on Windows "/" separates as well when a path is taken apart.
+
+struct PathParts {
+    std::string folder;     ///< with its trailing separator; empty when the path has none
+    std::string base;       ///< the name up to its last dot
+    std::string extension;  ///< what follows that dot; empty without one
+    bool hasDot = false;    ///< tells "name." from "name"
+};
+
+/// A dot in a folder's name is no extension; a dot at the start of a name is one like any other.
+PathParts SplitPath(std::string_view path);
+/// What follows the last separator; the whole path when there is none.
+std::string FileName(std::string_view path);
+/// Without the dot; empty when the name has none.
+std::string Extension(std::string_view path);
+/// The folder part with its trailing separator; empty when the path has none.
+std::string FolderOf(std::string_view path);
+/// An empty path stays empty.
+std::string WithTrailingSeparator(std::string_view folder);
+
+/// Tells whether a name is taken.
+using NameTest = std::function<bool(const std::string& path)>;
+/// A file, a folder or a dangling link of that name.
+bool NameIsTaken(const std::string& path);
+
+/// The path itself while it is free, else the first free one of "base (n).ext", n = 1, 2, ...
+/// The answer holds for the moment of the call; whoever creates the file must still refuse to replace.
+std::string UniqueSpaced(const std::string& path, const NameTest& taken = NameIsTaken);
+/// Likewise with "base_n.ext".
+std::string UniqueUnderscore(const std::string& path, const NameTest& taken = NameIsTaken);
+/// Likewise with "path_n": the path is taken without looking for an extension.
+std::string UniqueNoExtension(const std::string& path, const NameTest& taken = NameIsTaken);
+/// Likewise with " (n)" behind a plain name.
+std::string UniqueSuffix(const std::string& name, const NameTest& taken = NameIsTaken);
+
+/// The path with the prefix that lifts the length limit of Windows file calls. Pure text, the same on every system.
+std::string ExtendedLengthPath(std::string_view path);
+
+/// The characters that no file name may hold.
+std::string_view InvalidNameCharacters();
+
+/// Whether a path typed by the user is complete: drive letter in upper case, "\", parts without invalid characters,
+/// ".pdf" in lower case.
+bool IsCompletePdfPath(std::string_view path);
+
+/// Whether a new file can be created in the folder; the file made for the test is removed.
+bool IsFolderWritable(const std::string& folder);

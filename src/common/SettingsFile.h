@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "common/SettingsRecord.h"
+#include "platform/Files.h"
+
+enum class SettingsFileState { Ok, Missing, Unreadable, Foreign, Newer, Damaged };
+
+struct [[nodiscard]] SettingsFileContent {
+    SettingsFileState state = SettingsFileState::Missing;
+    CSettingsRecord record;  ///< empty unless Ok
+    std::string problem;     ///< a sentence; empty when Ok
+    bool Ok() const { return state == SettingsFileState::Ok; }
+};
+
+/// Reads a settings file. Fails: the record is empty; a file cut short or altered counts as damaged.
+SettingsFileContent ReadSettingsFile(const std::string& path);
+/// Writes the complete file or leaves the old one; only its owner may read it, for it may hold passwords.
+platform::FileResult WriteSettingsFile(const std::string& path, const CSettingsRecord& record);
+
+// The same form in memory.
+SettingsFileContent ParseSettings(std::string_view bytes);
+std::string FormatSettings(const CSettingsRecord& record);

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+/// Text that is stored wide. Held as UTF-8.
+struct WideText {
+    std::string utf8;
+    bool operator==(const WideText&) const = default;
+};
+
+/// Raw bytes.
+struct BinaryValue {
+    std::string bytes;
+    bool operator==(const BinaryValue&) const = default;
+};
+
+/// The value of a key that is there and holds nothing.
+struct NullValue {
+    bool operator==(const NullValue&) const = default;
+};
+
+/// Named, typed values in the order in which they were first put, records among them.
+///
+/// A value type: copies are deep. Keys are short ASCII texts, each at most once.
+class CSettingsRecord {
+public:
+    /// A nested record; never null.
+    using Nested = std::shared_ptr<const CSettingsRecord>;
+    using Value = std::variant<NullValue, bool, std::int32_t, double, std::string, WideText, BinaryValue, Nested>;
+    struct Entry {
+        std::string key;
+        Value value;
+    };
+
+    bool Known(std::string_view key) const { return Find(key) != nullptr; }
+    /// Borrowed until the next change; null when the key is absent.
+    const Value* Find(std::string_view key) const;
+    const std::vector<Entry>& Entries() const { return m_entries; }
+    bool Empty() const { return m_entries.empty(); }
+
+    // Readers answer the default when the key is absent or holds another type.
+    bool Bool(std::string_view key, bool fallback) const;
+    std::int32_t Int(std::string_view key, std::int32_t fallback) const;
+    double Double(std::string_view key, double fallback) const;
+    std::string String(std::string_view key, std::string_view fallback = {}) const;
+    std::string Wide(std::string_view key, std::string_view fallbackUtf8 = {}) const;
+    std::string Binary(std::string_view key) const;
+    /// Borrowed until the next change; null when there is no record under the key.
+    const CSettingsRecord* Record(std::string_view key) const;
+
+    // Writers replace what the key held, keeping its place.
+    void PutValue(std::string_view key, Value value);
+    void PutBool(std::string_view key, bool value) { PutValue(key, value); }
+    void PutInt(std::string_view key, std::int32_t value) { PutValue(key, value); }
+    void PutDouble(std::string_view key, double value) { PutValue(key, value); }
+    void PutString(std::string_view key, std::string_view value) { PutValue(key, std::string(value)); }
+    void PutWide(std::string_view key, std::string_view utf8) { PutValue(key, WideText{std::string(utf8)}); }
+    void PutBinary(std::string_view key, std::string_view bytes) { PutValue(key, BinaryValue{std::string(bytes)}); }
+    void PutNull(std::string_view key) { PutValue(key, NullValue{}); }
+    void PutRecord(std::string_view key, CSettingsRecord record);
+    /// Nothing happens when the key is absent.
+    void Erase(std::string_view key);
+
+    /// Same keys, types and values; the order does not count.
+    bool operator==(const CSettingsRecord& other) const;
+
+private:
+    std::vector<Entry> m_entries;
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Files and folders by path. Paths and names are bytes of the narrow code page and are never converted or
+/// normalised, so a name that is not valid text still finds its file.
+namespace platform {
+
+/// Outcome of a file operation: 0 or the system's error number.
+struct [[nodiscard]] FileResult {
+    int errorNumber = 0;
+    bool Ok() const { return errorNumber == 0; }
+    explicit operator bool() const { return Ok(); }
+};
+
+/// The system's sentence for an error number.
+std::string ErrorText(int errorNumber);
+
+/// What to do with a file that already stands at the target path.
+enum class Existing { Fail, Replace };
+
+/// True for anything but a folder; links are followed, so a dangling link does not exist.
+bool FileExists(const std::string& path);
+bool FolderExists(const std::string& path);
+/// Size in bytes of a regular file.
+std::optional<std::uint64_t> FileSize(const std::string& path);
+/// Tells whether a regular file can be opened for reading. Never blocks: pipes and devices are refused unopened.
+FileResult CheckReadable(const std::string& path);
+
+/// Copies bytes, mode bits and time stamps of a regular file.
+/// Fail: the target is created exclusively. Replace: a temporary file beside the target takes its place when
+/// complete. Fails: source and target as they were; copying a file onto itself is an error, and a folder is never a
+/// target.
+FileResult CopyFile(const std::string& from, const std::string& to, Existing existing);
+
+/// Moves a file, across file systems too. Fail: never replaces, not even a file that appears meanwhile.
+/// Fails: the source stays, and the target is what it was. Moving a file onto itself keeps it: with Replace that is
+/// a success, with Fail an error.
+FileResult MoveFile(const std::string& from, const std::string& to, Existing existing);
+
+/// Deletes a file or link; never a folder.
+FileResult DeleteFile(const std::string& path);
+
+/// Creates a folder and the folders above it; success when it is there already.
+FileResult CreateFolders(const std::string& path);
+
+/// Creates an empty file that must not exist yet, and closes it.
+FileResult CreateNewFile(const std::string& path);
+
+struct FolderEntry {
+    std::string name;
+    bool isFolder = false;  ///< links to folders count as folders
+    bool isHidden = false;
+};
+
+/// The entries of a folder without "." and "..", ordered by upper-cased name, then by bytes.
+/// Fails: an empty list, and the reason in `result` when given.
+std::vector<FolderEntry> ListFolder(const std::string& path, FileResult* result = nullptr);
+
+/// Absolute path with all links resolved; equal for two names of one folder. Empty when it does not exist.
+std::string CanonicalPath(const std::string& path);
+
+/// The bytes of a regular file. Fails: unreadable, or larger than `maxBytes` (error "file too large").
+std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes,
+                                         FileResult* result = nullptr);
+
+/// Writes a complete file or leaves the old one: temporary file in the same folder, flushed, renamed, folder flushed.
+/// `mode`: permission bits of the new file (ignored where the system has none).
+FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode);
+
+}  // namespace platform

@@ -1,0 +1,77 @@
+// A document of the host as the plug-in works with it.
+#pragma once
+
+#include "hostcalls/DocumentSecurity.h"
+#include "hostcalls/Documents.h"
+
+#include <string>
+
+/// One document: the host document, the view when one was opened, and its path. Either owns the document or borrows
+/// it.
+///
+/// The path is the one it was opened from or last saved to; it may differ from the document's own file.
+/// Everything throws CHostException when the host raises, except the destructor.
+class CAcrobatDoc {
+public:
+    enum class Closed { NothingOpen, Document, View };
+
+    CAcrobatDoc() = default;
+
+    /// Borrows a document, which must outlive this object; Close and the destructor leave it open.
+    explicit CAcrobatDoc(PDDoc borrowed);
+
+    CAcrobatDoc(CAcrobatDoc&& other) noexcept;
+    CAcrobatDoc& operator=(CAcrobatDoc&& other) noexcept;
+
+    /// Closes what is open without saving and without asking.
+    ~CAcrobatDoc();
+
+    /// Closes what is open, then opens a file.
+    void Open(const std::string& path);
+
+    /// Closes what is open, then takes over a document that stands for the file at `path`.
+    void Adopt(CHostDocument document, const std::string& path);
+
+    /// Opens a view unless the document has one; from then on the view is closed in the document's place. False when
+    /// the host made none.
+    bool OpenView();
+
+    /// Closes the view, or the document when it has none; says which. Nothing is saved. When the host refuses, it
+    /// stays open.
+    Closed Close();
+
+    explicit operator bool() const { return m_document != nullptr; }
+    PDDoc Document() const { return m_document; }  // null when nothing is open
+    AVDoc View() const { return m_view; }          // null without a view
+    const std::string& FullPath() const { return m_path; }
+
+    [[nodiscard]] int PageCount() const;
+
+    /// The path of the file behind the document at this moment; a step may have moved the document to another file.
+    /// FullPath when it has none.
+    [[nodiscard]] std::string CurrentFile() const;
+
+    /// Saves to `path` with the document's own flags joined with `extraFlags`. The document's own flags are a full
+    /// save when `path` is not the document's file, its security was changed or the host demands one, and else none.
+    /// A save without the full flag goes to the document's own file.
+    void SaveTo(const std::string& path, int extraFlags);
+
+    [[nodiscard]] bool MayModify() const;
+    [[nodiscard]] bool MayFullSave() const;
+
+    [[nodiscard]] bool SecurityChanged() const { return m_securityChanged; }
+    void MarkSecurityChanged() { m_securityChanged = true; }
+
+    /// Sets new "Standard" security and marks it as changed.
+    void ApplyStandardSecurity(const StandardSecurityRequest& request);
+
+private:
+    int OwnSaveFlags(const std::string& path) const;
+    void Forget() noexcept;
+
+    PDDoc m_document = nullptr;
+    AVDoc m_view = nullptr;
+    std::string m_path;
+    bool m_owned = false;
+    bool m_securityChanged = false;
+};

@@ -429,7 +429,7 @@ enum { kSlotAVAppGetPrefCab = 368 };
 
 /* ---- modal windows ---- */
 
-/* Says that the plug-in opens a modal dialog; matched by one AVAppEndModal. The window may be null. */
+/* Says that the plug-in opens a modal dialog; matched by one AVAppEndModal. The window is the dialog's. */
 typedef void (HOSTCALL *AVAppBeginModalSlotProc)(AVWindow window);
 enum { kSlotAVAppBeginModal = 36 };
 

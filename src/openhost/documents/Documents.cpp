@@ -1,0 +1,204 @@
+#include "openhost/documents/Documents.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "openhost/core/Diagnostics.h"
+#include "openhost/files/Files.h"
+
+namespace openhost {
+
+namespace {
+
+/// Names a file by where it really is, so that two spellings of one path find the same document.
+std::string KeyOf(const std::string& path)
+{
+    if (path.empty()) return {};
+    std::error_code failed;
+    const auto canonical = std::filesystem::weakly_canonical(std::filesystem::path(path), failed);
+    return failed ? path : canonical.string();
+}
+
+void Tell(const std::function<void(PDDoc)>& listener, PDDoc document)
+{
+    if (listener) listener(document);
+}
+
+void DropFile(CHostDocument& document)
+{
+    if (document.file) CloseFile(std::exchange(document.file, nullptr));
+}
+
+/// A handler without settings would write the document open to everybody, although protection was asked for.
+void RequireSecurityData(const CHostDocument& document)
+{
+    if (document.newHandler && *document.newHandler != kNullAtom && !document.newHandlerHasData)
+        Raise(pdErrNeedCryptHandler, document.pdf.Path() +
+                                         ": protection was asked for, but its settings were not given; "
+                                         "the document is not written without it");
+}
+
+}  // namespace
+
+PDDoc CDocuments::Open(const std::string& path, bool repair, const Authorise& authorise)
+{
+    const std::string key = KeyOf(path);
+    const auto known = m_byKey.find(key);
+    if (known != m_byKey.end()) {
+        CHostDocument& document = At(known->second);
+        if (!document.openedFully) Raise(pdErrAlreadyOpen, path + ": the document is just being opened");
+        ++document.openCount;
+        return known->second;
+    }
+    return OpenNew(path, key, repair, authorise);
+}
+
+/// A locked document needs a handle already while its password is asked for, so the library's document moves into its
+/// final place for the time of the question.
+PDDoc CDocuments::OpenNew(const std::string& path, const std::string& key, bool repair, const Authorise& authorise)
+{
+    PDDoc asked = nullptr;
+    std::exception_ptr raisedByPrompt;
+    PdfOpenOptions options;
+    options.repair = repair;
+    if (authorise) {
+        options.authorise = [&](CPdfDocument& locked) {
+            auto holder = std::make_unique<CHostDocument>(std::move(locked));
+            holder->key = key;
+            CHostDocument* const document = holder.get();
+            asked = m_documents.Add(std::move(holder));
+            m_byKey[key] = asked;
+            bool allowed = false;
+            try {
+                allowed = authorise(asked);
+            } catch (...) {
+                raisedByPrompt = std::current_exception();
+            }
+            locked = std::move(document->pdf);
+            return allowed;
+        };
+    }
+    try {
+        auto opened = Translated([&] { return CPdfDocument::Open(path, options); });
+        if (raisedByPrompt) std::rethrow_exception(raisedByPrompt);
+        if (asked) {
+            At(asked).pdf = std::move(opened);
+        } else {
+            auto holder = std::make_unique<CHostDocument>(std::move(opened));
+            holder->key = key;
+            asked = m_documents.Add(std::move(holder));
+            m_byKey[key] = asked;
+        }
+    } catch (...) {
+        if (asked) Forget(asked);
+        if (raisedByPrompt) std::rethrow_exception(raisedByPrompt);
+        throw;
+    }
+    CHostDocument& document = At(asked);
+    document.openedFully = true;
+    if (document.pdf.IsEncrypted() && document.pdf.OpenedBy() == OpenedWith::User) AskPassword(asked);
+    if (document.pdf.WasRepaired())
+        Diagnose(path + ": the file is damaged; its content was recovered as far as possible");
+    Tell(events.didOpen, asked);
+    return asked;
+}
+
+PDDoc CDocuments::Adopt(CPdfDocument document)
+{
+    auto holder = std::make_unique<CHostDocument>(std::move(document));
+    holder->openedFully = true;
+    holder->key = KeyOf(holder->pdf.Path());
+    const std::string key = holder->key;
+    const PDDoc handle = m_documents.Add(std::move(holder));
+    if (!key.empty()) m_byKey[key] = handle;
+    return handle;
+}
+
+void CDocuments::Close(PDDoc handle)
+{
+    CHostDocument& document = At(handle);
+    if (document.openCount > 1) {
+        --document.openCount;
+        return;
+    }
+    if (document.acquireCount > 0)
+        Raise(pdErrUnableToCloseDueToRefs, document.pdf.Path() + ": something of the document is still in use");
+    Tell(events.willClose, handle);
+    Forget(handle);
+    Tell(events.didClose, handle);
+}
+
+void CDocuments::Forget(PDDoc handle)
+{
+    const auto document = m_documents.Take(handle);
+    if (!document) return;
+    DropFile(*document);
+    const auto known = m_byKey.find(document->key);
+    if (known != m_byKey.end() && known->second == handle) m_byKey.erase(known);
+}
+
+ASFile CDocuments::FileOf(PDDoc handle)
+{
+    CHostDocument& document = At(handle);
+    if (document.file || document.pdf.Path().empty()) return document.file;
+    const ASErrorCode failed = OpenFile(CFilePath(document.pdf.Path()), ASFILE_READ, &document.file);
+    if (failed != 0) Raise(failed, document.pdf.Path() + ": the document's file cannot be read");
+    return document.file;
+}
+
+std::vector<PDDoc> CDocuments::All() const
+{
+    std::vector<PDDoc> all;
+    m_documents.ForEach([&](const CHostDocument& document) { all.push_back(m_documents.HandleOf(document)); });
+    return all;
+}
+
+void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
+{
+    CHostDocument& document = At(handle);
+    RequireSecurityData(document);
+    const std::string target = request.path.empty() ? document.pdf.Path() : request.path;
+    const std::string key = KeyOf(target);
+    const auto other = m_byKey.find(key);
+    if (other != m_byKey.end() && other->second != handle)
+        Raise(pdErrAlreadyOpen, target + ": cannot be replaced, because it is open as another document");
+    Tell(events.willSave, handle);
+    ASErrorCode failed = 0;
+    try {
+        PdfSaveOptions options;
+        options.path = target;
+        options.linearise = request.linearise;
+        options.copy = request.copy;
+        options.mustNotExist = request.mustNotExist;
+        options.cancelled = request.cancelled;
+        options.progress = request.progress;
+        Translated([&] { document.pdf.Save(options); });
+    } catch (const CHostRaise& raise) {
+        failed = raise.Code();
+        if (events.didSave) events.didSave(handle, failed);
+        throw;
+    }
+    if (!request.copy) {
+        DropFile(document);
+        if (const auto old = m_byKey.find(document.key); old != m_byKey.end() && old->second == handle)
+            m_byKey.erase(old);
+        document.key = KeyOf(document.pdf.Path());
+        m_byKey[document.key] = handle;
+        document.newHandler.reset();
+        document.newHandlerHasData = false;
+        document.setFlags = document.clearedFlags = 0;
+    }
+    if (events.didSave) events.didSave(handle, 0);
+}
+
+bool CDocuments::AskPassword(PDDoc handle)
+{
+    CHostDocument& document = At(handle);
+    for (const std::string& candidate : passwordCandidates) {
+        if (document.pdf.OpenedBy() == OpenedWith::Owner) break;
+        Translated([&] { return document.pdf.Authorize(candidate, WantedRights::Owner); });
+    }
+    return !document.pdf.IsLocked();
+}
+
+}  // namespace openhost

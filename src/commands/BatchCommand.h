@@ -1,0 +1,105 @@
+// Base of the plug-in's own steps in the host's batch sequences.
+#pragma once
+
+#include "hostapi/HostRecords.h"
+#include "hostcalls/Cab.h"
+
+#include <string>
+#include <vector>
+
+class CLogWriter;
+
+/// What a step answers when the host asks for its properties.
+struct BatchCommandProperties {
+    std::string handlerName = "QLNX:NoName";
+    std::string title = "Undefined";
+    std::string genericTitle = "Unknown";  // answered as the screen name, too
+    std::string groupTitle = "Document";
+    bool canDescribeParams = true;
+    bool canBatch = true;
+    bool canShowDialog = true;
+};
+
+enum class DialogOutcome { Failed, Confirmed, Canceled };
+
+/// One object serves all commands of its kind, from start-up to shut-down. It keeps no parameters: they live in each
+/// command's own "Params" cab, so that two steps of one kind in a sequence do not disturb each other.
+///
+/// Owns the handler record; the host keeps a pointer to it, so the object must live until the host ends.
+/// Raises: the operations may throw; the callbacks of BatchCommandCallbacks.h let nothing out.
+class CBatchCommand {
+public:
+    explicit CBatchCommand(BatchCommandProperties properties);
+    CBatchCommand(const CBatchCommand&) = delete;
+    CBatchCommand& operator=(const CBatchCommand&) = delete;
+
+    virtual ~CBatchCommand();
+
+    /// Gives up what the object keeps. Its callbacks answer nothing useful afterwards, but stay callable.
+    virtual void Release();
+
+    /// The host ends: releases, and answers true.
+    virtual bool Terminate();
+
+    /// Puts one command of this kind into the list offered to people who build sequences.
+    virtual void RegisterCommands();
+
+    /// Replaces the command's parameters by a copy of `given`; an empty cab means the defaults.
+    virtual AVCommandStatus SetParameters(AVCommand command, CCabView given);
+
+    /// Replaces the content of `target` by the command's parameters and renews the command's description of them.
+    virtual void GetParameters(AVCommand command, CCabEditor target);
+
+    /// Fills `target`: all properties when it is empty, else those whose keys are present.
+    virtual void GetProperties(AVCommand command, CCabEditor target);
+
+    /// A command was made: gives it the default parameters.
+    virtual void Created(AVCommand command);
+
+    /// The host has taken the handler in; false makes it drop the handler.
+    virtual bool Initialize();
+
+    virtual AVCommandStatus ShowDialog(AVCommand command);
+
+    /// Done when the step's own work succeeds, else in error. Needs a document among the command's inputs.
+    virtual AVCommandStatus Work(AVCommand command);
+
+    /// The work is given up or the command made ready again; nothing is kept between calls, so `next` is the answer.
+    virtual AVCommandStatus EndWork(AVCommand command, AVCommandStatus next);
+
+protected:
+    /// Empties the cab and fills it with the step's defaults.
+    virtual void SetDefaultParameters(CCabEditor parameters) = 0;
+
+    virtual bool CheckParameters(CCabView parameters);
+
+    /// The lines that tell people what the step is going to do.
+    virtual std::vector<std::string> DescribeParameters(CCabView parameters) const = 0;
+
+    /// Without a window system the answer is "canceled" and nothing changes.
+    virtual DialogOutcome ShowSettingsDialog(CCabEditor parameters) = 0;
+
+    /// Works on one open document; false puts the command in error. The document is borrowed.
+    virtual bool ProcessDocument(PDDoc document, CCabView parameters) = 0;
+
+public:
+    const BatchCommandProperties& Properties() const { return m_properties; }
+    AVCommandHandlerRec& HandlerRecord() { return m_record; }
+    bool IsReleased() const { return m_released; }
+
+private:
+    /// The command's own parameters, made of the defaults when it has none yet. Valid until they are replaced.
+    CCabView CurrentParameters(AVCommand command);
+    CCab DescriptionCab(CCabView parameters) const;
+    void PutProperty(CCabEditor target, const std::string& key, AVCommand command);
+
+    BatchCommandProperties m_properties;
+    AVCommandHandlerRec m_record = {};
+    bool m_released = false;
+};
+
+/// The group under which the host lists all of the plug-in's steps.
+inline constexpr char kFerruleGroupTitle[] = "Ferrule Plug-in";
+
+/// Properties of a step of this plug-in: title and generic title are its display name.
+[[nodiscard]] BatchCommandProperties FerruleStep(const char* handlerName, const char* displayName);

@@ -1,0 +1,49 @@
+#include "commands/BatchCommandProcessExternal.h"
+
+#include "common/Log.h"
+#include "common/Text.h"
+#include "hostcalls/HostFrame.h"
+#include "pdflib/AcrobatDoc.h"
+#include "platform/Files.h"
+#include "platform/Programs.h"
+
+namespace {
+
+constexpr char kFile[] = "File";
+constexpr char kCommandLine[] = "CommandLine";  // kept with the parameters, used by nothing
+
+}  // namespace
+
+CBatchCommandProcessExternal::CBatchCommandProcessExternal(CLogWriter& log)
+    : CBatchCommand(FerruleStep("QLNX_FerruleProcessWithExternalAppCommand", "Start External Application")),
+      m_log(log)
+{
+}
+
+void CBatchCommandProcessExternal::SetDefaultParameters(CCabEditor parameters)
+{
+    parameters.MakeEmpty();
+    parameters.PutString(kFile, {});
+    parameters.PutString(kCommandLine, {});
+}
+
+std::vector<std::string> CBatchCommandProcessExternal::DescribeParameters(CCabView parameters) const
+{
+    return {ReplaceAll("Application To Start: %s", "%s", parameters.StringOrText(kFile).value_or(""))};
+}
+
+DialogOutcome CBatchCommandProcessExternal::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Canceled; }
+
+bool CBatchCommandProcessExternal::ProcessDocument(PDDoc document, CCabView parameters)
+{
+    // A host error ends the step for this document and nothing more.
+    (void)CatchHostError([&] {
+        const std::string program = parameters.StringOrText(kFile).value_or("");
+        const std::string documentPath = CAcrobatDoc(document).CurrentFile();
+        if (!platform::FileExists(program)) return;
+        const bool started = platform::OpenWithShell('"' + program + '"', documentPath);
+        m_log.NameValue(started ? "External application started" : "Could not start external application", program,
+                        3);
+    });
+    return true;
+}

@@ -1,0 +1,134 @@
+#include "commands/SecuritySettings.h"
+
+#include "common/Encoding.h"
+#include "common/Text.h"
+
+#include <cwctype>
+#include <variant>
+
+namespace {
+
+constexpr std::uint32_t kAllAllowed = 0xFFFFFFFF;
+constexpr std::uint32_t kNothingAllowed = 0xFFFDF243;
+constexpr std::uint32_t kNothingButCopying = 0xFFFDF253;
+
+// The one list of the record's keys, in the order in which they are stored.
+template <class Settings, class Visitor>
+void VisitFields(Settings& s, const Visitor& visitor)
+{
+    visitor.Integer("EncryptionMethod", s.encryptionMethod, 0);
+    visitor.Flag("PasswordProtect", s.passwordProtect, false);
+    visitor.Text("Password", s.password);
+    visitor.Text("PermPassword", s.permPassword);
+    visitor.Flag("UseDataSourceForOpenPassword", s.useDataSourceForOpenPassword, false);
+    visitor.Text("PasswordField", s.passwordField);
+    visitor.Flag("UseDataSourceForPermissionsPassword", s.useDataSourceForPermissionsPassword, false);
+    visitor.Text("PermPasswordField", s.permPasswordField);
+    visitor.Flag("CanCopy", s.canCopy, true);
+    visitor.Flag("CanEdit", s.canEdit, true);
+    visitor.Flag("CanEditNotes", s.canEditNotes, true);
+    visitor.Flag("CanPrint", s.canPrint, true);
+    visitor.Flag("CanFillForms", s.canFillForms, true);
+    visitor.Flag("CanAssemble", s.canAssemble, true);
+    visitor.Flag("CanCreateTemplates", s.canCreateTemplates, true);
+    visitor.Flag("AllowAll", s.allowAll, false);
+    visitor.Flag("HiResPrinting", s.hiResPrinting, true);
+    visitor.Flag("CanExtractPages", s.canExtractPages, false);  // Kept: unlike in a fresh record.
+    visitor.Map("FileMapping", s.fileMapping);
+    visitor.Flag("UseFileMapping", s.useFileMapping, false);
+    visitor.Text("SearchRegex", s.searchRegex);
+    visitor.Text("SearchRegexFormat", s.searchRegexFormat);
+    visitor.Flag("SearchForPassword", s.searchForPassword, false);
+    visitor.Integer("FirstPageToSearch", s.firstPageToSearch, 0);
+    visitor.Integer("LastPageToSearch", s.lastPageToSearch, -1);
+    visitor.Rectangle("ExtractionArea", s.extractionArea);
+    visitor.Flag("ExtractPasswordFromPage", s.extractPasswordFromPage, false);
+}
+
+struct Reader {
+    const CSettingsRecord& record;
+
+    void Integer(const char* key, std::int32_t& value, std::int32_t absent) const { value = record.Int(key, absent); }
+    void Flag(const char* key, bool& value, bool absent) const { value = record.Bool(key, absent); }
+    void Text(const char* key, std::string& value) const
+    {
+        const CSettingsRecord::Value* stored = record.Find(key);
+        const bool wide = stored != nullptr && std::holds_alternative<WideText>(*stored);
+        value = wide ? record.Wide(key) : record.String(key);
+    }
+    void Map(const char* key, TextPairs& value) const { value = ReadMap(record, key); }
+    void Rectangle(const char* key, SettingsRectangle& value) const { value = ReadRectangle(record, key, {}); }
+};
+
+struct Writer {
+    CSettingsRecord& record;
+
+    void Integer(const char* key, std::int32_t value, std::int32_t) const { record.PutInt(key, value); }
+    void Flag(const char* key, bool value, bool) const { record.PutBool(key, value); }
+    void Text(const char* key, const std::string& value) const { record.PutString(key, value); }
+    void Map(const char* key, const TextPairs& value) const { PutMap(record, key, value); }
+    void Rectangle(const char* key, const SettingsRectangle& value) const { PutRectangle(record, key, value); }
+};
+
+// File names of any language, as far as the system knows the letters; bytes that are no text stay as they are.
+std::string LowerCased(const std::string& name)
+{
+    if (!IsValidUtf8(name)) return ToLowerAscii(name);
+    std::u32string letters = Utf8ToUtf32(name);
+    for (char32_t& letter : letters) {
+        letter = static_cast<char32_t>(std::towlower(static_cast<std::wint_t>(letter)));
+    }
+    return Utf32ToUtf8(letters);
+}
+
+}  // namespace
+
+SecuritySettings ReadSecuritySettings(const CSettingsRecord& parameters)
+{
+    SecuritySettings settings;
+    VisitFields(settings, Reader{parameters});
+    settings.password = TrimLeft(settings.password);
+    settings.permPassword = TrimLeft(settings.permPassword);
+    return settings;
+}
+
+CSettingsRecord WriteSecuritySettings(const SecuritySettings& settings)
+{
+    CSettingsRecord record;
+    VisitFields(settings, Writer{record});
+    return record;
+}
+
+std::uint32_t PermissionWord(const SecuritySettings& settings)
+{
+    if (settings.allowAll) return kAllAllowed;
+    const struct {
+        bool allowed;
+        std::uint32_t bit;
+    } rights[] = {
+        {settings.canEdit, 0x8},         {settings.canEditNotes, 0x20},          {settings.canPrint, 0x4},
+        {settings.canFillForms, 0x100},  {settings.canCreateTemplates, 0x20000}, {settings.canAssemble, 0x400},
+        {settings.hiResPrinting, 0x800}, {settings.canExtractPages, 0x80}};
+    std::uint32_t word = settings.canCopy ? kNothingButCopying : kNothingAllowed;
+    for (const auto& right : rights) {
+        if (right.allowed) word |= right.bit;
+    }
+    return word;
+}
+
+bool HasSecurityWork(const SecuritySettings& settings)
+{
+    if (PermissionWord(settings) != kAllAllowed) return true;
+    return settings.passwordProtect &&
+           (!settings.password.empty() || !settings.permPassword.empty() || settings.useDataSourceForOpenPassword ||
+            settings.useDataSourceForPermissionsPassword);
+}
+
+std::optional<std::string> FindMappedPassword(const SecuritySettings& settings, const std::string& fileName)
+{
+    const std::string wanted = LowerCased(fileName);
+    for (const auto& [name, password] : settings.fileMapping) {
+        if (LowerCased(name) == wanted) return password;
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,62 @@
+// How documents are to be secured: passwords, permissions, encryption, and where a password comes from.
+#pragma once
+
+#include "common/SettingsLists.h"
+#include "common/SettingsRecord.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+/// Narrow code page texts. A fresh record allows everything and asks for no password.
+struct SecuritySettings {
+    std::int32_t encryptionMethod = 0;  // 0 host default, 1 RC4 128, 2 AES 128, 3 AES 256; anything else counts as 0
+    bool passwordProtect = false;
+    std::string password;      // opens the document
+    std::string permPassword;  // grants all permissions
+    bool useDataSourceForOpenPassword = false;
+    std::string passwordField;
+    bool useDataSourceForPermissionsPassword = false;
+    std::string permPasswordField;
+    bool canCopy = true;
+    bool canEdit = true;
+    bool canEditNotes = true;
+    bool canPrint = true;
+    bool canFillForms = true;
+    bool canAssemble = true;
+    bool canCreateTemplates = true;
+    bool allowAll = false;
+    bool hiResPrinting = true;
+    bool canExtractPages = true;  // Kept: a record read from parameters without this key holds false.
+    TextPairs fileMapping;        // file name without its folder, and its password
+    bool useFileMapping = false;
+    std::string searchRegex;
+    std::string searchRegexFormat;
+    bool searchForPassword = false;
+    std::int32_t firstPageToSearch = 0;  // counted from 0
+    std::int32_t lastPageToSearch = -1;  // -1: to the last page
+    SettingsRectangle extractionArea;    // all zero: none
+    bool extractPasswordFromPage = false;
+
+    bool operator==(const SecuritySettings&) const = default;
+};
+
+/// The name of the record inside a larger settings container.
+inline constexpr char kSecuritySettingsKey[] = "SecuritySettings";
+
+/// Absent keys take their defaults; white space in front of the two passwords is dropped. A text counts whether it is
+/// stored narrow or wide.
+[[nodiscard]] SecuritySettings ReadSecuritySettings(const CSettingsRecord& parameters);
+
+/// Every key, in the fixed order of the record.
+[[nodiscard]] CSettingsRecord WriteSecuritySettings(const SecuritySettings& settings);
+
+/// The permission bits for the host's security record; all bits set means no restriction.
+[[nodiscard]] std::uint32_t PermissionWord(const SecuritySettings& settings);
+
+/// Whether applying the settings would change a document at all.
+[[nodiscard]] bool HasSecurityWork(const SecuritySettings& settings);
+
+/// The password listed for this file, whatever the letter case of its name. `fileName` is without its folder.
+[[nodiscard]] std::optional<std::string> FindMappedPassword(const SecuritySettings& settings,
+                                                            const std::string& fileName);

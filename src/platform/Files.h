@@ -26,6 +26,8 @@ enum class Existing { Fail, Replace };
 /// True for anything but a folder; links are followed, so a dangling link does not exist.
 bool FileExists(const std::string& path);
 bool FolderExists(const std::string& path);
+/// True for anything of that name, dangling links and folders included.
+bool NameExists(const std::string& path);
 /// Size in bytes of a regular file.
 std::optional<std::uint64_t> FileSize(const std::string& path);
 /// Tells whether a regular file can be opened for reading. Never blocks: pipes and devices are refused unopened.
@@ -39,7 +41,8 @@ FileResult CopyFile(const std::string& from, const std::string& to, Existing exi
 
 /// Moves a file, across file systems too. Fail: never replaces, not even a file that appears meanwhile.
 /// Fails: the source stays, and the target is what it was. Moving a file onto itself keeps it: with Replace that is
-/// a success, with Fail an error.
+/// a success, with Fail an error. A folder is neither moved nor replaced.
+/// When the source of a Replace across file systems cannot be removed, that is the error, and both files stand.
 FileResult MoveFile(const std::string& from, const std::string& to, Existing existing);
 
 /// Deletes a file or link; never a folder.

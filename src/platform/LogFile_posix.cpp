@@ -1,0 +1,83 @@
+#include "platform/LogFile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/FileHandles_posix.h"
+
+namespace platform {
+namespace {
+
+FileResult Claim(int descriptor)
+{
+    struct stat status;
+    if (fstat(descriptor, &status) != 0) return {errno};
+    if (!S_ISREG(status.st_mode)) return {EINVAL};
+    // The lock belongs to this open file, so it also holds against a second open in this process. A file system
+    // without locks must not cost the log.
+    if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return {EWOULDBLOCK};
+    return {};
+}
+
+}  // namespace
+
+CLogFile::CLogFile(CLogFile&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
+
+CLogFile& CLogFile::operator=(CLogFile&& other) noexcept
+{
+    std::swap(m_file, other.m_file);
+    return *this;
+}
+
+CLogFile::~CLogFile() { Close(); }
+
+FileResult CLogFile::Open(const std::string& path, bool append)
+{
+    Close();
+    CDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644));
+    if (!file.Valid()) return {errno};
+    if (const auto claimed = Claim(file.Get()); !claimed) return claimed;
+    if (!append && ftruncate(file.Get(), 0) != 0) return {errno};
+    m_file = file.Release();
+    return {};
+}
+
+FileResult CLogFile::Write(std::string_view bytes)
+{
+    return IsOpen() ? WriteAll(static_cast<int>(m_file), bytes) : FileResult{EBADF};
+}
+
+std::string CLogFile::Read(std::size_t maxBytes)
+{
+    std::string bytes(IsOpen() ? maxBytes : 0, '\0');
+    std::size_t filled = 0;
+    while (filled < bytes.size()) {
+        const ssize_t count = read(static_cast<int>(m_file), bytes.data() + filled, bytes.size() - filled);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        filled += static_cast<std::size_t>(count);
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+bool CLogFile::SeekBegin() { return IsOpen() && lseek(static_cast<int>(m_file), 0, SEEK_SET) == 0; }
+
+bool CLogFile::SeekEnd() { return IsOpen() && lseek(static_cast<int>(m_file), 0, SEEK_END) >= 0; }
+
+bool CLogFile::Truncate() { return IsOpen() && ftruncate(static_cast<int>(m_file), 0) == 0; }
+
+bool CLogFile::Flush() { return IsOpen() && FlushDescriptor(static_cast<int>(m_file)).Ok(); }
+
+void CLogFile::Close()
+{
+    if (IsOpen()) close(static_cast<int>(m_file));
+    m_file = kNone;
+}
+
+}  // namespace platform

@@ -21,7 +21,7 @@ struct TextOutput {
     std::function<bool()> cancelled;  ///< asked before each page
 };
 
-/// Writes the text of the document's present state: UTF-8, each page ended by a form feed. The file appears complete
+/// Writes the text of the document's present state: UTF-8, a form feed between pages. The file appears complete
 /// or not at all.
 /// Fails: NotPermitted without the right to copy; see also CPdfDocument::Save.
 void PdfToText(CPdfDocument& document, const TextOutput& output);

@@ -73,7 +73,9 @@ public:
 
     /// The file the document lives in; empty for one that was never saved.
     const std::string& Path() const;
-    /// Does not fail: 0 while locked.
+    /// What messages call the document: its path, or what it was made from.
+    const std::string& Description() const;
+    /// 0 while locked.
     int PageCount();
     std::string PdfVersion();
 
@@ -81,6 +83,8 @@ public:
     bool IsEncrypted() const;
     bool IsModified() const;
     void SetModified(bool modified);
+    /// Whether reading Path() with PasswordBytes() gives the document as it is now, pending security aside.
+    bool FileShowsPresentState() const;
     bool WasRepaired() const;
     bool IsLinearised();
     /// Has a filled signature field, a certification or usage rights.
@@ -125,9 +129,10 @@ public:
     /// The library's view, for the layers above that read pages and objects; valid until the next Save.
     QPDF& Library();
 
-private:
-    struct State;
+    struct State;  ///< of the implementation
     explicit CPdfDocument(std::unique_ptr<State> state);
+
+private:
     std::unique_ptr<State> m_state;
 };
 

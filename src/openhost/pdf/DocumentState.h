@@ -1,0 +1,61 @@
+#ifndef FERRULE_OPENHOST_PDF_DOCUMENT_STATE_H
+#define FERRULE_OPENHOST_PDF_DOCUMENT_STATE_H
+
+#include <memory>
+#include <optional>
+#include <qpdf/InputSource.hh>
+#include <qpdf/QPDF.hh>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "openhost/pdf/Encryption.h"
+#include "openhost/pdf/PdfDocument.h"
+
+namespace openhost {
+
+/// What the next save does to the encryption.
+enum class SecurityChange { Keep, Remove, Apply };
+
+struct CPdfDocument::State {
+    std::string path;         // empty: never saved
+    std::string description;  // names the document in messages
+    bool repair = true;
+    std::shared_ptr<InputSource> source;
+    std::unique_ptr<QPDF> library;
+    std::vector<std::string> warnings;
+
+    bool locked = false;
+    std::optional<EncryptionRecord> encryption;
+    OpenedWith openedWith = OpenedWith::None;
+    bool emptyPasswordOpens = false;
+    std::string passwordBytes;
+    std::string fileKey;
+
+    SecurityChange change = SecurityChange::Keep;
+    bool changeIsSaved = false;
+    EncryptionPlan plan;               // of Apply
+    std::optional<CPdfError> refusal;  // of the last security request: every save fails with it
+
+    bool modified = false;
+    bool contentChanged = false;  // the file does not show the present state
+    bool reload = false;          // saved since: the next use reads the new file
+    bool repaired = false;
+    std::optional<int> pageCount;
+    std::set<std::string> changedInfo;
+
+    /// The library's document, of the file as last saved.
+    QPDF& Current();
+    bool HasOwnerRights() const { return !locked && (!encryption || openedWith == OpenedWith::Owner); }
+    void Reload();
+    /// Takes over what the library complained about since the last time.
+    void TakeWarnings();
+};
+
+/// Reads a file into `state` as far as the empty password leads; locked when a password is needed.
+void LoadDocument(CPdfDocument::State& state, std::shared_ptr<InputSource> source);
+std::shared_ptr<InputSource> OpenSource(const std::string& path);
+
+}  // namespace openhost
+
+#endif

@@ -1,0 +1,25 @@
+#ifndef FERRULE_OPENHOST_PDF_PASSWORDS_H
+#define FERRULE_OPENHOST_PDF_PASSWORDS_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace openhost {
+
+/// A password in the form that encryption of this revision stores: PDFDocEncoding cut to 32 bytes up to revision 4,
+/// SASLprep and UTF-8 cut to 127 bytes from 5 on. Nothing when the revision cannot express it, also when a password
+/// that is not empty would prepare to an empty one.
+std::optional<std::string> PreparePassword(std::string_view utf8, int revision);
+
+/// The byte strings worth trying for a password that a user typed, likeliest first, each once: programs that encrypt
+/// do not all prepare alike.
+std::vector<std::string> PasswordForms(std::string_view utf8, int revision);
+
+/// 32 printable characters that nobody knows.
+std::string RandomPassword();
+
+}  // namespace openhost
+
+#endif

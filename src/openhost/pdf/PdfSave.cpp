@@ -1,0 +1,122 @@
+#include <qpdf/Buffer.hh>
+#include <qpdf/QPDFWriter.hh>
+
+#include "openhost/pdf/AtomicFile.h"
+#include "openhost/pdf/DocumentState.h"
+#include "openhost/pdf/FilePipeline.h"
+#include "openhost/pdf/PdfGuard.h"
+
+namespace openhost {
+namespace {
+
+void CheckMaySave(const CPdfDocument& document, const CPdfDocument::State& state)
+{
+    if (state.locked) throw CPdfError(PdfProblem::NeedsPassword, state.description + ": needs a password");
+    if (state.refusal) throw *state.refusal;
+    if (!document.Allows(PdfRight::FullSave)) {
+        throw CPdfError(PdfProblem::NotPermitted, state.description + ": changing the document is not permitted");
+    }
+}
+
+/// Streams keep the coding they have; what has none is packed, as are object streams.
+void CopyStreams(QPDFWriter& writer)
+{
+    writer.setDecodeLevel(qpdf_dl_none);
+    writer.setCompressStreams(true);
+    writer.setObjectStreamMode(qpdf_o_preserve);
+}
+
+void ApplySecurity(QPDFWriter& writer, const CPdfDocument::State& state)
+{
+    if (state.change == SecurityChange::Remove) writer.setPreserveEncryption(false);
+    if (state.change == SecurityChange::Apply) writer.copyEncryptionParameters(*EncryptionDonor(state.plan));
+}
+
+/// Ends the writing between two objects when the client cancels or the disk is full.
+class CSaveProgress final : public QPDFWriter::ProgressReporter {
+public:
+    CSaveProgress(const PdfSaveOptions& options, const CAtomicFile& file, std::string name)
+        : m_options(options), m_file(file), m_name(std::move(name))
+    {
+    }
+    void reportProgress(int percent) override
+    {
+        m_file.Check();
+        if (m_options.progress) m_options.progress(percent);
+        if (m_options.cancelled && m_options.cancelled()) {
+            throw CPdfError(PdfProblem::Cancelled, m_name + ": saving was cancelled");
+        }
+    }
+
+private:
+    const PdfSaveOptions& m_options;
+    const CAtomicFile& m_file;
+    std::string m_name;
+};
+
+void WriteInto(CAtomicFile& file, CPdfDocument::State& state, const PdfSaveOptions& options,
+               const std::string& target)
+{
+    CFilePipeline pipeline(file);
+    QPDFWriter writer(state.Current());
+    writer.setOutputPipeline(&pipeline);
+    CopyStreams(writer);
+    ApplySecurity(writer, state);
+    writer.setLinearization(options.linearise);
+    writer.registerProgressReporter(std::make_shared<CSaveProgress>(options, file, target));
+    writer.write();
+}
+
+/// The document lives in the new file from here on.
+void MoveTo(CPdfDocument::State& state, const std::string& target)
+{
+    if (state.change == SecurityChange::Apply) {
+        state.encryption = state.plan.record;
+        state.openedWith = OpenedWith::Owner;
+        state.passwordBytes = state.plan.userPasswordBytes;
+        state.emptyPasswordOpens = state.passwordBytes.empty();
+        state.fileKey = state.plan.fileKey;
+    } else if (state.change == SecurityChange::Remove) {
+        state.encryption.reset();
+        state.openedWith = OpenedWith::None;
+        state.passwordBytes.clear();
+        state.fileKey.clear();
+    }
+    state.changeIsSaved = true;
+    state.path = state.description = target;
+    state.modified = state.contentChanged = false;
+    state.changedInfo.clear();
+    state.reload = true;
+}
+
+}  // namespace
+
+void CPdfDocument::Save(const PdfSaveOptions& options)
+{
+    State& state = *m_state;
+    CheckMaySave(*this, state);
+    const std::string target = options.path.empty() ? state.path : options.path;
+    if (target.empty()) throw CPdfError(PdfProblem::NoPath, state.description + ": has no file to be saved to");
+    Guarded(target, PdfProblem::Damaged, [&] {
+        state.Current();
+        CAtomicFile file(target, options.mustNotExist ? CAtomicFile::Existing::Fail : CAtomicFile::Existing::Replace);
+        WriteInto(file, state, options, target);
+        file.Commit();
+        if (!options.copy) MoveTo(state, target);
+    });
+}
+
+std::string CPdfDocument::WriteToMemory()
+{
+    return Guarded(m_state->description, PdfProblem::Damaged, [&] {
+        QPDFWriter writer(m_state->Current());
+        writer.setOutputMemory();
+        CopyStreams(writer);
+        writer.setPreserveEncryption(false);
+        writer.write();
+        const auto buffer = writer.getBufferSharedPointer();
+        return std::string(reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize());
+    });
+}
+
+}  // namespace openhost

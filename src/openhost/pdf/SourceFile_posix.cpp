@@ -1,0 +1,55 @@
+#include "openhost/pdf/SourceFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "openhost/pdf/PdfGuard.h"
+
+namespace openhost {
+namespace {
+
+CPdfError OpenError(const std::string& path, int errorNumber)
+{
+    const bool missing = errorNumber == ENOENT || errorNumber == ENOTDIR || errorNumber == ENAMETOOLONG;
+    return SystemError(path, "cannot open", errorNumber, missing ? PdfProblem::NotFound : PdfProblem::CannotRead);
+}
+
+}  // namespace
+
+FileHandle OpenForReading(const std::string& path)
+{
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0) throw OpenError(path, errno);
+    struct stat status = {};
+    const bool known = ::fstat(descriptor, &status) == 0;
+    if (!known || !S_ISREG(status.st_mode)) {
+        ::close(descriptor);
+        throw CPdfError(PdfProblem::NotAFile,
+                        path + (known && S_ISDIR(status.st_mode) ? ": is a folder" : ": is not a regular file"));
+    }
+    std::FILE* file = ::fdopen(descriptor, "rb");
+    if (!file) {
+        const int errorNumber = errno;
+        ::close(descriptor);
+        throw OpenError(path, errorNumber);
+    }
+    return FileHandle(file);
+}
+
+std::string ReadAll(const std::string& path, std::uint64_t maxBytes)
+{
+    const FileHandle file = OpenForReading(path);
+    std::string bytes;
+    char chunk[64 * 1024];
+    while (const std::size_t got = std::fread(chunk, 1, sizeof chunk, file.get())) {
+        if (bytes.size() + got > maxBytes) throw CPdfError(PdfProblem::CannotRead, path + ": is too large");
+        bytes.append(chunk, got);
+    }
+    if (std::ferror(file.get())) throw SystemError(path, "cannot read", errno, PdfProblem::CannotRead);
+    return bytes;
+}
+
+}  // namespace openhost

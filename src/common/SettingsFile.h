@@ -1,10 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 #include "common/SettingsRecord.h"
 #include "platform/Files.h"
+
+/// Records may nest so deep and files be so long; more is refused on reading and on writing.
+inline constexpr int kMaxSettingsDepth = 64;
+inline constexpr std::size_t kMaxSettingsBytes = std::size_t{16} << 20;
 
 enum class SettingsFileState { Ok, Missing, Unreadable, Foreign, Newer, Damaged };
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -72,4 +75,5 @@ public:
 
 private:
     std::vector<Entry> m_entries;
+    std::map<std::string, std::size_t, std::less<>> m_places;  // of each key in m_entries
 };

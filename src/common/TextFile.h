@@ -2,12 +2,12 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdio>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+
+#include "platform/Files.h"
 
 enum class TextEncoding { Ansi = 0, Utf16BigEndian = 1, Utf16LittleEndian = 2, Utf8 = 3 };
 
@@ -35,15 +35,12 @@ public:
 
 protected:
     static constexpr std::size_t kBufferSize = 1024;
-    struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
 
     CTextFileBase() = default;
     ~CTextFileBase() = default;
 
     TextEncoding m_encoding = TextEncoding::Ansi;
-    std::unique_ptr<std::FILE, Closer> m_file;
+    platform::Stream m_file;
     std::array<char, kBufferSize> m_buffer{};
     int m_errorNumber = 0;
 };
@@ -57,26 +54,20 @@ public:
 
     /// The next character; nothing at the end.
     std::optional<char32_t> ReadCharacter();
-    /// The next line in UTF-8 without its end (LF, CR or both); nothing at the end. A line end at the end of the
-    /// file opens no further line.
+    /// The next line without its end (LF, CR or both); nothing at the end. A line end at the end of the file opens
+    /// no further line. In UTF-8; lines of an ANSI file are the bytes as they stand.
     std::optional<std::string> ReadLine();
     std::size_t MarkLength() const { return m_markLength; }
 
 private:
     void DetectEncoding();
-    bool Fill();
-    int NextByte();
-    int PeekByte();
-    std::optional<char32_t> ReadUtf8();
-    std::optional<char32_t> ReadUtf16();
-    std::optional<char16_t> ReadUnit();
+    std::string_view Ahead(std::size_t wanted);
+    std::string_view NextRaw();
+    void SkipLineFeed();
 
-    int m_position = -1;  // of the next byte in the buffer; -1 while it is empty
-    std::size_t m_filled = 0;
+    std::size_t m_position = 0, m_filled = 0;  // what the buffer still holds
     bool m_endReached = false;
     std::size_t m_markLength = 0;
-    std::optional<char16_t> m_pendingUnit;
-    std::optional<char32_t> m_pendingCharacter;
 };
 
 /// Writes a text file through a buffer.

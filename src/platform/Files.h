@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -53,6 +55,13 @@ FileResult CreateFolders(const std::string& path);
 
 /// Creates an empty file that must not exist yet, and closes it.
 FileResult CreateNewFile(const std::string& path);
+
+struct CloseStream {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
+/// A C stream, not handed on to started programs; `mode` as for fopen. Fails: null, with the reason in `result`.
+Stream OpenStream(const std::string& path, const char* mode, FileResult* result = nullptr);
 
 struct FolderEntry {
     std::string name;

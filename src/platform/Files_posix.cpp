@@ -71,6 +71,13 @@ FileResult CreateNewFile(const std::string& path)
     return {file.Valid() ? 0 : errno};
 }
 
+Stream OpenStream(const std::string& path, const char* mode, FileResult* result)
+{
+    Stream stream(std::fopen(path.c_str(), (std::string(mode) + 'e').c_str()));
+    if (result) *result = {stream ? 0 : errno};
+    return stream;
+}
+
 std::string CanonicalPath(const std::string& path)
 {
     const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);

@@ -1,0 +1,114 @@
+#include "common/Text.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <limits>
+
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+
+std::string_view TrimmedView(std::string_view text)
+{
+    const auto first = text.find_first_not_of(kWhiteSpace);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
+}
+
+char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char UpperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+}  // namespace
+
+std::string Trim(std::string_view text) { return std::string(TrimmedView(text)); }
+
+std::string TrimLeft(std::string_view text)
+{
+    const auto first = text.find_first_not_of(kWhiteSpace);
+    return std::string(first == std::string_view::npos ? std::string_view() : text.substr(first));
+}
+
+std::string TrimRight(std::string_view text)
+{
+    return std::string(text.substr(0, text.find_last_not_of(kWhiteSpace) + 1));
+}
+
+std::string ToLowerAscii(std::string_view text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), LowerAscii);
+    return lower;
+}
+
+std::string ToUpperAscii(std::string_view text)
+{
+    std::string upper(text);
+    std::transform(upper.begin(), upper.end(), upper.begin(), UpperAscii);
+    return upper;
+}
+
+bool EqualsIgnoreCaseAscii(std::string_view a, std::string_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return LowerAscii(x) == LowerAscii(y); });
+}
+
+std::string RemoveQuotes(std::string_view text)
+{
+    std::string value = Trim(text);
+    if (value.size() < 2) return value;
+    if (value.front() == '"') value.front() = ' ';
+    if (value.back() == '"') value.back() = ' ';
+    return Trim(value);
+}
+
+std::vector<std::string> Split(std::string_view text, std::string_view separators)
+{
+    std::vector<std::string> pieces;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find_first_of(separators, start), text.size());
+        if (end > start) pieces.emplace_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return pieces;
+}
+
+std::string ReplaceAll(std::string_view text, std::string_view what, std::string_view with)
+{
+    if (what.empty()) return std::string(text);
+    std::string result;
+    std::size_t start = 0;
+    for (auto found = text.find(what); found != std::string_view::npos; found = text.find(what, start)) {
+        result.append(text, start, found - start).append(with);
+        start = found + what.size();
+    }
+    return result.append(text.substr(start));
+}
+
+int ParseDecimal(std::string_view text)
+{
+    constexpr long long kMax = std::numeric_limits<int>::max(), kMin = std::numeric_limits<int>::min();
+    text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+')) text.remove_prefix(1);
+    long long value = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9') break;
+        value = std::min(value * 10 + (c - '0'), kMax + 1);  // one more than int holds is as good as any
+    }
+    return static_cast<int>(negative ? std::max(-value, kMin) : std::min(value, kMax));
+}
+
+std::string FormatText(const char* format, ...)
+{
+    va_list arguments, again;
+    va_start(arguments, format);
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    va_end(arguments);
+    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+    if (length > 0) std::vsnprintf(text.data(), text.size() + 1, format, again);
+    va_end(again);
+    return text;
+}

@@ -5,9 +5,8 @@
 
 class CSettingsRecord;
 
-/// Copies every entry in the order of the cab. An atom becomes the string of its name; a typed pointer is left out,
-/// for it would mean nothing later; an unsigned or 64-bit number becomes an integer when it fits and a double
-/// otherwise.
+/// Copies every entry in the order of the cab. An atom becomes the string of its name. Left out: typed pointers,
+/// which would mean nothing later, and unsigned and 64-bit numbers, which the plug-in has no use for.
 [[nodiscard]] CSettingsRecord RecordFromCab(CCabView cab);
 
 /// Copies every entry. Strings stay strings and wide texts become texts of the host; keys go over as they stand, so

@@ -33,11 +33,11 @@ public:
     void Adopt(CHostDocument document, const std::string& path);
 
     /// Opens a view unless the document has one; from then on the view is closed in the document's place. False when
-    /// the host made none.
+    /// the host made none, and for a borrowed document.
     bool OpenView();
 
     /// Closes the view, or the document when it has none; says which. Nothing is saved. When the host refuses, it
-    /// stays open.
+    /// stays open. A borrowed document is only forgotten.
     Closed Close();
 
     explicit operator bool() const { return m_document != nullptr; }
@@ -67,11 +67,13 @@ public:
 
 private:
     int OwnSaveFlags(const std::string& path) const;
+    AVDoc ViewToClose() const;
     void Forget() noexcept;
 
     PDDoc m_document = nullptr;
     AVDoc m_view = nullptr;
     std::string m_path;
     bool m_owned = false;
+    bool m_shownByOthers = false;  // had a view before we opened it: that view is not ours to close
     bool m_securityChanged = false;
 };

@@ -1,0 +1,159 @@
+#include "hostcalls/Commands.h"
+
+#include "hostcalls/Atoms.h"
+#include "hostcalls/CommandErrors.h"
+#include "hostcalls/HostSlot.h"
+
+AVCommandHandler FindCommandHandler(const std::string& name)
+{
+    return HostCall(HOST_SLOT(AcroView, AVAppFindCommandHandlerByName), Atom(name));
+}
+
+std::optional<CHostCommand> CHostCommand::Create(const std::string& handlerName)
+{
+    AVCommand command = HostCall(HOST_SLOT(AcroView, AVCommandNew), Atom(handlerName));
+    if (!command) return std::nullopt;
+    ForgetCommandError(command);  // a command of old may have lived at the same address
+    return CHostCommand(command);
+}
+
+CHostCommand::CHostCommand(CHostCommand&& other) noexcept : m_command(std::exchange(other.m_command, nullptr)) {}
+
+CHostCommand& CHostCommand::operator=(CHostCommand&& other) noexcept
+{
+    std::swap(m_command, other.m_command);
+    return *this;
+}
+
+CHostCommand::~CHostCommand()
+{
+    if (!m_command) return;
+    hostcalls::Quietly([this] {
+        ForgetCommandError(m_command);
+        HostCall(HOST_SLOT(AcroView, AVCommandDestroy), m_command);
+    });
+}
+
+template <class Call>
+auto CHostCommand::Remembering(Call call)
+{
+    try {
+        return call();
+    } catch (const CHostException& exception) {
+        RememberCommandError(m_command, exception.Error().text);
+        throw;
+    }
+}
+
+std::string CHostCommand::Name() const
+{
+    return AtomText(HostCall(HOST_SLOT(AcroView, AVCommandGetName), m_command));
+}
+
+AVCommandStatus CHostCommand::Status() const { return HostCall(HOST_SLOT(AcroView, AVCommandGetStatus), m_command); }
+
+AVCommandStatus CHostCommand::SetConfig(CCabView config)
+{
+    const CCab copy = config.Copy();  // the host's parameter is not read-only
+    return Remembering([&] { return HostCall(HOST_SLOT(AcroView, AVCommandSetConfig), m_command, copy.Get()); });
+}
+
+AVCommandStatus CHostCommand::SetParams(CCabView params)
+{
+    const CCab copy = params.Copy();
+    return Remembering([&] { return HostCall(HOST_SLOT(AcroView, AVCommandSetParams), m_command, copy.Get()); });
+}
+
+AVCommandStatus CHostCommand::SetUIPolicy(AVCommandUIPolicy policy)
+{
+    CCab config;
+    config.PutInt(kAVCommandUIPolicy, policy);
+    return SetConfig(config);
+}
+
+AVCommandStatus CHostCommand::SetInputs(CCabView inputs)
+{
+    const CCab copy = inputs.Copy();
+    return Remembering([&] { return HostCall(HOST_SLOT(AcroView, AVCommandSetInputs), m_command, copy.Get()); });
+}
+
+AVCommandStatus CHostCommand::Reset()
+{
+    return Remembering([&] { return HostCall(HOST_SLOT(AcroView, AVCommandReset), m_command); });
+}
+
+AVCommandStatus CHostCommand::Cancel()
+{
+    return Remembering([&] { return HostCall(HOST_SLOT(AcroView, AVCommandCancel), m_command); });
+}
+
+AVCommandStatus CHostCommand::ShowDialog()
+{
+    return Remembering([&] { return HostCall(HOST_SLOT(AcroView, AVCommandShowDialog), m_command); });
+}
+
+AVCommandStatus CHostCommand::Work()
+{
+    return Remembering([&] { return HostCall(HOST_SLOT(AcroView, AVCommandWork), m_command); });
+}
+
+CCab CHostCommand::Props(const std::vector<std::string>& keys) const
+{
+    CCab props;
+    for (const std::string& key : keys) props.PutNull(key.c_str());
+    HostCall(HOST_SLOT(AcroView, AVCommandGetProps), m_command, props.Edit().Get());
+    return props;
+}
+
+CCab CHostCommand::Params() const
+{
+    CCab params;
+    HostCall(HOST_SLOT(AcroView, AVCommandGetParams), m_command, params.Edit().Get());
+    return params;
+}
+
+AVCommandHandler CHostCommand::Handler() const
+{
+    const ASAtom name = HostCall(HOST_SLOT(AcroView, AVCommandGetName), m_command);
+    AVCommandHandler handler = HostCall(HOST_SLOT(AcroView, AVAppFindCommandHandlerByName), name);
+    return handler && handler->size >= sizeof(AVCommandHandlerRec) ? handler : nullptr;
+}
+
+std::optional<AVCommandStatus> CHostCommand::PreflightSequence()
+{
+    AVCommandHandler handler = Handler();
+    if (!handler || !handler->PreflightSequence) return std::nullopt;
+    return Remembering([&] { return HostCall(handler->PreflightSequence, m_command); });
+}
+
+std::optional<AVCommandStatus> CHostCommand::PreflightFile(PDDoc document)
+{
+    AVCommandHandler handler = Handler();
+    if (!handler || !handler->PreflightFile) return std::nullopt;
+    return Remembering([&] { return HostCall(handler->PreflightFile, m_command, document); });
+}
+
+std::optional<AVCommandStatus> CHostCommand::PostflightFile(PDDoc document)
+{
+    AVCommandHandler handler = Handler();
+    if (!handler || !handler->PostflightFile) return std::nullopt;
+    return Remembering([&] { return HostCall(handler->PostflightFile, m_command, document); });
+}
+
+std::optional<AVCommandStatus> CHostCommand::PostflightSequence()
+{
+    AVCommandHandler handler = Handler();
+    if (!handler || !handler->PostflightSequence) return std::nullopt;
+    return Remembering([&] { return HostCall(handler->PostflightSequence, m_command); });
+}
+
+std::string CHostCommand::LastError() const { return CommandError(m_command); }
+
+CCab CommandInputs(PDDoc document, const std::string& baseName, const std::string& extension)
+{
+    CCab inputs;
+    inputs.PutPointer(kAVCommandKeyPDDoc, "PDDoc", document);
+    inputs.PutString(kAVCommandKeyBaseFileName, baseName);
+    inputs.PutString(kAVCommandKeyOrigExtension, extension);
+    return inputs;
+}

@@ -1,0 +1,95 @@
+#include "hostcalls/HostPath.h"
+
+#include "hostcalls/Atoms.h"
+#include "hostcalls/HostMemory.h"
+
+namespace {
+
+constexpr const char* kFileSystemKey = "FS";
+constexpr const char* kFileSystemName = "DOS";
+constexpr const char* kDIKey = "DI";
+constexpr const char* kDIPathKey = "DIPath";
+constexpr const char* kDITextKey = "DIText";
+
+ASPathName CreatePath(const char* type, const std::string& text)
+{
+    if (text.find('\0') != std::string::npos) hostcalls::ThrowHostError(genErrBadParm);
+    return HostCall(HOST_SLOT(AcroSupport, ASFileSysCreatePathName), nullptr, Atom(type), text.c_str(), nullptr);
+}
+
+/// The first of the three forms that is there. "DIText" may also hold a path of the platform: then it does not begin
+/// with a slash on a system with drive letters.
+std::optional<CHostPath> PathFromCab(CCabView pathCab)
+{
+    for (const char* key : {kDIKey, kDIPathKey})
+        if (const auto text = pathCab.StringOrText(key); text && !text->empty()) return CHostPath::FromDIPath(*text);
+    const auto text = pathCab.StringOrText(kDITextKey);
+    if (!text || text->empty()) return std::nullopt;
+    if (text->front() == '/') return CHostPath::FromDIPath(*text);
+    return CHostPath::FromNative(*text);
+}
+
+}  // namespace
+
+CHostPath::~CHostPath()
+{
+    if (m_path)
+        hostcalls::Quietly([this] { HostCall(HOST_SLOT(AcroSupport, ASFileSysReleasePath), nullptr, m_path); });
+}
+
+CHostPath CHostPath::FromNative(const std::string& path)
+{
+    CHostPath made(CreatePath("Cstring", path));
+    if (!made.m_path) hostcalls::ThrowHostError(fileErrFNF);
+    return made;
+}
+
+std::optional<CHostPath> CHostPath::FromDIPath(const std::string& diPath)
+{
+    std::optional<CHostPath> made;
+    const auto refused = CatchHostError([&] { made.emplace(CreatePath("DIPath", diPath)); });
+    if (refused || !made->m_path) return std::nullopt;
+    return made;
+}
+
+std::string CHostPath::ToNative() const { return NativeFromPath(nullptr, m_path); }
+
+std::string CHostPath::ToDIPath() const
+{
+    const CHostMemory text(HostCall(HOST_SLOT(AcroSupport, ASFileSysDIPathFromPath), nullptr, m_path, nullptr));
+    if (!text.Get()) hostcalls::ThrowHostError(genErrBadParm);
+    return text.Text();
+}
+
+std::string NativeFromPath(ASFileSys fileSystem, ASPathName path)
+{
+    ASPlatformPath native = nullptr;
+    const ASAtom form = Atom("Cstring");
+    const ASInt32 code =
+        HostCall(HOST_SLOT(AcroSupport, ASFileSysAcquirePlatformPath), fileSystem, path, form, &native);
+    if (code != 0 || !native) hostcalls::ThrowHostError(code != 0 ? code : genErrBadParm);
+    const hostcalls::CAtEnd release(
+        [&] { HostCall(HOST_SLOT(AcroSupport, ASFileSysReleasePlatformPath), fileSystem, native); });
+    const char* text = HostCall(HOST_SLOT(AcroSupport, ASPlatformPathGetCstringPtr), native);
+    if (!text) hostcalls::ThrowHostError(genErrBadParm);
+    return text;
+}
+
+CCab PathCab(const std::string& nativePath)
+{
+    const std::string diPath = CHostPath::FromNative(nativePath).ToDIPath();
+    CCab cab;
+    cab.PutAtom(kFileSystemKey, Atom(kFileSystemName));
+    cab.PutText(kDITextKey, diPath);
+    cab.PutString(kDIKey, diPath);
+    return cab;
+}
+
+std::optional<std::string> NativeFromPathCab(CCabView pathCab)
+{
+    std::optional<std::string> native;
+    const auto refused = CatchHostError([&] {
+        if (const auto path = PathFromCab(pathCab)) native = path->ToNative();
+    });
+    return refused ? std::nullopt : native;
+}

@@ -10,7 +10,7 @@
 namespace openhost {
 
 /// The bytes of a cab: a signed and versioned header with length and checksum, then the entries. All value types
-/// except pointers, which are left out. Raises genErrBadParm for a cab nested too deeply to be read back.
+/// except pointers, which are left out. Raises genErrListOverflow when there is more than could be read back.
 std::string BytesOfCab(const CCabinet& cab);
 
 /// Reads up to `count` bytes, fewer only at the end.

@@ -20,11 +20,14 @@ struct CabKeyOrder {
     bool operator()(std::string_view one, std::string_view other) const;
 };
 
+inline constexpr std::size_t kMaxCabDepth = 128;
+
 /// A tree of named values, held by plug-ins as ASCab.
 ///
 /// Every key may be a path "a:b:c" that walks through nested cabs. A read answers its default when a step is missing;
 /// a put makes the cabs that are missing on the way. Keys are printable ASCII, at most 1024 characters for each step,
-/// none empty; a put with another key raises genErrBadParm.
+/// none empty; a put with another key raises genErrBadParm, and so does one that walks through a value that is no cab
+/// or nests deeper than kMaxCabDepth.
 /// Ownership: a cab owns its values. What a read returns belongs to the cab until that entry changes. A cab is inside
 /// at most one other.
 class CCabinet {
@@ -53,7 +56,7 @@ public:
     void* GetPointer(std::string_view key, std::string_view typeName) const;  // null unless the type is the same
 
     /// Puts any value; texts and cabs must not be inside a cab yet (raises genErrBadParm, and nothing has changed).
-    /// An empty `key` is an error; PutUnderFreeNumber invents one.
+    /// PutUnderFreeNumber invents a key behind all numbers in use, from "1", and answers it.
     void Put(std::string_view key, CabValue value);
     std::string PutUnderFreeNumber(CabValue value);
 
@@ -67,8 +70,8 @@ public:
     void PutNull(std::string_view key) { Put(key, CabNull{}); }
     /// The cab under the key, made when there is none (another value is replaced).
     CCabinet& PutNewCab(std::string_view key);
-    void PutPointer(std::string_view key, std::string typeName, void* pointer,
-                    ASCabPointerDestroyProc destroy = nullptr);
+    void PutPointer(std::string_view key,  // a null pointer removes the key
+                    std::string typeName, void* pointer, ASCabPointerDestroyProc destroy = nullptr);
 
     /// Removes and frees; a missing key is ignored.
     void Remove(std::string_view key);
@@ -94,7 +97,9 @@ public:
     const CCabinet* Parent() const { return m_parent; }
     void SetParent(const CCabinet* parent) { m_parent = parent; }
     bool IsInside(const CCabinet& other) const;  // at any depth, or the same
-    void RequireChangeable() const;
+    void RequireChangeable() const;              // raises genErrBadParm inside a walk that forbids changes
+    /// Raises what Put would raise for this key, so that callers can check before they give a value away.
+    void RequirePuttable(std::string_view key) const;
     unsigned long long Identity() const { return m_identity; }
 
 private:
@@ -104,9 +109,17 @@ private:
     };
     using Entries = std::map<std::string, Entry, CabKeyOrder>;
 
-    const CCabinet* Level(std::string_view path, std::string_view& lastStep) const;
-    CCabinet* LevelForChange(std::string_view path, std::string_view& lastStep);
-    CCabinet& LevelMade(std::string_view path, std::string_view& lastStep);
+    /// The level on which the last step of a path stands, as far as it exists.
+    struct Place {
+        const CCabinet* level;  // the deepest that is there
+        std::string_view rest;  // the steps below it; one step when the whole way is there
+    };
+    Place PlaceOf(std::string_view path) const;
+    static CCabinet* Changeable(const Place& place);  // null when the way is not there
+    CCabinet& LevelMade(Place& place);
+    void RequirePuttable(const Place& place, const CabValue& value) const;
+    std::size_t Depth() const;   // 1 when it is inside no other
+    std::size_t Height() const;  // 1 when no cab is inside
     void PutHere(std::string_view step, CabValue value);
     std::optional<CabValue> DetachHere(std::string_view step);
     template <class Scalar>

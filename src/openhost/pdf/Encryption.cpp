@@ -30,13 +30,9 @@ std::string StubFile(const EncryptionRecord& record)
     return text + "startxref\n" + std::to_string(table) + "\n%%EOF\n";
 }
 
-std::unique_ptr<QPDF> OpenStub(const EncryptionRecord& record, const std::string& password, bool passwordIsFileKey)
+std::shared_ptr<InputSource> StubSource(const EncryptionRecord& record)
 {
-    auto stub = NewLibraryDocument(false);
-    stub->setPasswordIsHexKey(passwordIsFileKey);
-    // This source keeps its own copy of the text.
-    stub->processInputSource(std::make_shared<BufferInputSource>("encryption", StubFile(record)), password.c_str());
-    return stub;
+    return std::make_shared<BufferInputSource>("encryption", StubFile(record));
 }
 
 int MethodOf(int version, QPDF::encryption_method_e streams)
@@ -93,7 +89,8 @@ std::optional<EncryptionRecord> ReadEncryption(QPDF& document)
 std::optional<PasswordMatch> TryPassword(const EncryptionRecord& record, const std::string& passwordBytes)
 {
     try {
-        const auto stub = OpenStub(record, passwordBytes, false);
+        const auto stub = NewLibraryDocument(false);
+        stub->processInputSource(StubSource(record), passwordBytes.c_str());
         return PasswordMatch{.openedWith = stub->ownerPasswordMatched() ? OpenedWith::Owner : OpenedWith::User,
                              .passwordBytes = passwordBytes,
                              .fileKey = stub->getEncryptionKey()};
@@ -116,9 +113,20 @@ std::optional<PasswordMatch> TryPasswordForms(const EncryptionRecord& record, st
     return best;
 }
 
+std::string UnlockingText(QPDF& document, const EncryptionRecord& record, const std::string& passwordBytes,
+                          const std::string& fileKey)
+{
+    const bool byKey = record.info.version >= 5;
+    document.setPasswordIsHexKey(byKey);
+    return byKey ? QUtil::hex_encode(fileKey) : passwordBytes;
+}
+
 std::unique_ptr<QPDF> EncryptionDonor(const EncryptionPlan& plan)
 {
-    return OpenStub(plan.record, QUtil::hex_encode(plan.fileKey), true);
+    auto donor = NewLibraryDocument(false);
+    const std::string unlocking = UnlockingText(*donor, plan.record, plan.userPasswordBytes, plan.fileKey);
+    donor->processInputSource(StubSource(plan.record), unlocking.c_str());
+    return donor;
 }
 
 std::string IdentifierOf(QPDF& document)

@@ -24,6 +24,12 @@ struct PasswordMatch {
     std::string fileKey;
 };
 
+/// Makes a document about to be read accept the password that is known to fit. With 256 bits the file key takes its
+/// place, which saves a slow derivation; with less the library cannot write such a file again without the password.
+/// Answers what to hand to the library as password.
+std::string UnlockingText(QPDF& document, const EncryptionRecord& record, const std::string& passwordBytes,
+                          const std::string& fileKey);
+
 /// Encryption ready to be written.
 struct EncryptionPlan {
     EncryptionRecord record;

@@ -34,9 +34,9 @@ private:
     bool m_good = true;
 };
 
-void ReadJfif(std::string_view segment, JpegHeader& header)
+void ReadJfif(std::string_view data, JpegHeader& header)
 {
-    CBytes bytes(segment);
+    CBytes bytes(data);
     const unsigned unit = bytes.Byte(7);
     const double x = bytes.Short(8), y = bytes.Short(10);
     if (!bytes.Good() || unit < 1 || unit > 2 || x <= 0 || y <= 0) return;
@@ -118,7 +118,7 @@ void ReadApplicationData(std::string_view segment, unsigned marker, JpegHeader& 
 {
     using namespace std::string_view_literals;
     const std::string_view data = segment.substr(2);
-    if (marker == 0xE0 && data.starts_with("JFIF\0"sv)) ReadJfif(segment, header);
+    if (marker == 0xE0 && data.starts_with("JFIF\0"sv)) ReadJfif(data, header);
     if (marker == 0xE1 && data.starts_with("Exif\0\0"sv)) ReadExif(data.substr(6), header);
     if (marker == 0xEE && data.starts_with("Adobe"sv)) header.adobeMarker = true;
 }

@@ -1,7 +1,6 @@
 #include "openhost/pdf/PdfDocument.h"
 
 #include <qpdf/QPDFExc.hh>
-#include <qpdf/QUtil.hh>
 
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PageTree.h"
@@ -52,8 +51,9 @@ void CPdfDocument::State::Reload()
     try {
         auto fresh = NewLibraryDocument(true);
         auto file = OpenSource(path);
-        fresh->setPasswordIsHexKey(encryption.has_value());
-        fresh->processInputSource(file, QUtil::hex_encode(fileKey).c_str());
+        const std::string unlocking =
+            encryption ? UnlockingText(*fresh, *encryption, passwordBytes, fileKey) : std::string();
+        fresh->processInputSource(file, unlocking.c_str());
         TakeWarnings();
         library = std::move(fresh);
         source = std::move(file);

@@ -1,7 +1,6 @@
 #include <qpdf/BufferInputSource.hh>
 #include <qpdf/FileInputSource.hh>
 #include <qpdf/QPDFExc.hh>
-#include <qpdf/QUtil.hh>
 
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PageTree.h"
@@ -59,8 +58,8 @@ void UnlockWith(CPdfDocument::State& state, const PasswordMatch& match)
 {
     if (state.locked) {
         auto library = NewLibraryDocument(state.repair);
-        library->setPasswordIsHexKey(true);
-        Process(*library, state.source, QUtil::hex_encode(match.fileKey), state.repair);
+        const std::string unlocking = UnlockingText(*library, *state.encryption, match.passwordBytes, match.fileKey);
+        Process(*library, state.source, unlocking, state.repair);
         state.library = std::move(library);
         CheckPages(state);
         state.TakeWarnings();

@@ -1,0 +1,134 @@
+#include "host/PluginLog.h"
+
+#include "common/FileNames.h"
+#include "common/Text.h"
+#include "platform/Files.h"
+#include "platform/Memory.h"
+
+#include <utility>
+
+namespace {
+
+constexpr std::uint64_t kLargestLog = 2'000'000;  // bytes; a larger one is archived
+constexpr std::uint64_t kMegabyte = 1'000'000;
+constexpr platform::LocalTime kNoTime = {.day = 0, .month = 0, .year = 0, .hour = -1, .minute = -1, .second = -1};
+
+}  // namespace
+
+CPluginLog::CPluginLog(Clock clock) : m_clock(std::move(clock)) {}
+
+CPluginLog::~CPluginLog() { Close(std::nullopt); }
+
+bool CPluginLog::Open(const std::string& path, bool append)
+{
+    Close(std::nullopt);
+    if (append && !ArchiveWhenLarge(path)) return false;
+    m_path = path;
+    if (!m_file.Open(path, append)) return false;
+    if (append) m_file.SeekEnd();
+    return WriteStart();
+}
+
+void CPluginLog::Close(const std::optional<std::string>& pluginName)
+{
+    if (!IsOpen()) return;
+    Line(StampedLine("LOG STOPPED"));
+    if (m_headerSwitch == 1) WriteRunDetails(pluginName);
+    m_file.Close();
+}
+
+bool CPluginLog::Clear()
+{
+    if (!IsOpen()) return false;
+    if (!m_file.Flush() || !m_file.Truncate() || !m_file.SeekBegin()) return false;
+    m_nextLine = 1;
+    return WriteStart();
+}
+
+bool CPluginLog::Flush() { return IsOpen() && m_file.Flush(); }
+
+std::optional<std::string> CPluginLog::ReadText(std::size_t maxBytes)
+{
+    if (!IsOpen()) return std::nullopt;
+    std::string text = m_file.Read(maxBytes);
+    if (text.empty()) return std::nullopt;
+    return text;
+}
+
+bool CPluginLog::SeekBegin() { return IsOpen() && m_file.SeekBegin(); }
+
+bool CPluginLog::SeekEnd() { return IsOpen() && m_file.SeekEnd(); }
+
+bool CPluginLog::Line(std::string_view text)
+{
+    if (!IsOpen()) return false;
+    const std::string line = FormatText("%u: ", m_nextLine) + OneLogLine(text) + "\r\n";
+    if (!m_file.Write(line)) return false;
+    ++m_nextLine;
+    return true;
+}
+
+bool CPluginLog::MemoryUsage(int indentTabs, bool write)
+{
+    const auto memory = platform::GlobalMemoryStatus();
+    if (!write || !memory) return false;
+    NameValue("Global memory usage", "", indentTabs);
+    const struct {
+        const char* name;
+        std::uint64_t value;
+    } rows[] = {{"Total physical memory (MB) ", memory->totalPhysical / kMegabyte},
+                {"Total virtual memory (MB) ", memory->totalVirtual / kMegabyte},
+                {"Total page file (MB) ", memory->totalPageFile / kMegabyte},
+                {"Memory load (percents) ", memory->loadPercent},
+                {"Available physical memory (MB) ", memory->availablePhysical / kMegabyte},
+                {"Available virtual memory (MB) ", memory->availableVirtual / kMegabyte},
+                {"Available page file memory (MB) ", memory->availablePageFile / kMegabyte}};
+    for (const auto& row : rows) NameNumber(row.name, static_cast<long long>(row.value), indentTabs + 1);
+    return false;  // Kept: nobody uses the answer.
+}
+
+platform::LocalTime CPluginLog::Now() const { return m_clock().value_or(kNoTime); }
+
+std::string CPluginLog::StampedLine(const char* label) const
+{
+    const platform::LocalTime now = Now();
+    return FormatText("%s: %d/%d/%d , TIME: %d:%d:%d", label, now.day, now.month, now.year, now.hour, now.minute,
+                      now.second);
+}
+
+bool CPluginLog::WriteStart()
+{
+    Line(StampedLine("LOG STARTED"));
+    m_file.Flush();
+    return true;
+}
+
+void CPluginLog::WriteRunDetails(const std::optional<std::string>& pluginName)
+{
+    if (pluginName) NameValue("Plugin", *pluginName, 0);
+    NameValue("Acrobat viewer host application", m_facts.applicationName, 0);
+    NameValue("Language", m_facts.language, 0);
+    Line(FormatText("Software build date: %s, Adobe Acrobat version: %d.%d ", m_facts.buildDate.c_str(),
+                    m_facts.majorVersion, m_facts.minorVersion));
+}
+
+bool CPluginLog::ArchiveWhenLarge(const std::string& path)
+{
+    if (!platform::FileExists(path)) return true;
+    const auto size = platform::FileSize(path);
+    if (!size) return false;
+    if (*size <= kLargestLog) return true;
+    // Another process may be writing to it: then it must not be renamed under its hands.
+    platform::CLogFile claim;
+    if (!claim.Open(path, true)) return false;
+    claim.Close();
+    return platform::MoveFile(path, ArchivePath(path), platform::Existing::Fail).Ok();
+}
+
+std::string CPluginLog::ArchivePath(const std::string& path) const
+{
+    const platform::LocalTime now = Now();
+    const PathParts parts = SplitPath(path);
+    return parts.folder + parts.base +
+           FormatText("-%d-%d-%d-%d-%d-%d.log", now.day, now.month, now.year, now.hour, now.minute, now.second);
+}

@@ -1,0 +1,77 @@
+// The plug-in's log file: the only record that an operator has of an unattended run.
+#pragma once
+
+#include "common/Log.h"
+#include "platform/Clock.h"
+#include "platform/LogFile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// Who the host is and when the plug-in was built; told at the end of the log.
+struct HostFacts {
+    std::string applicationName;
+    std::string language;
+    int majorVersion = 0;
+    int minorVersion = 0;
+    std::string buildDate;
+};
+
+/// Every line is numbered and written with one write call. While the log is not open, entries are dropped and answer
+/// false. A second log on the same file, in this process or another, cannot be opened.
+class CPluginLog final : public CLogWriter {
+public:
+    using Clock = std::function<std::optional<platform::LocalTime>()>;
+
+    explicit CPluginLog(Clock clock = platform::LocalTimeNow);
+    CPluginLog(const CPluginLog&) = delete;
+    CPluginLog& operator=(const CPluginLog&) = delete;
+    ~CPluginLog() override;
+
+    /// Closes a log that is open (without plug-in name), archives a large one when appending, and writes the start
+    /// line. False: the log is closed, the file as it was.
+    bool Open(const std::string& path, bool append);
+
+    /// Writes the stop line and, while the header switch is 1, the run details. `pluginName` may be missing.
+    void Close(const std::optional<std::string>& pluginName);
+
+    /// Empties the open log, numbers from 1 again and writes a new start line.
+    bool Clear();
+
+    bool Flush();
+
+    /// Up to `maxBytes` from the current position; nothing at the end or when the log is not open. Entries continue
+    /// at the position where reading or seeking left off: seek to the end first.
+    std::optional<std::string> ReadText(std::size_t maxBytes);
+    bool SeekBegin();
+    bool SeekEnd();
+
+    bool IsOpen() const { return m_file.IsOpen(); }
+    const std::string& Path() const { return m_path; }
+    void SetHeaderSwitch(int value) { m_headerSwitch = value; }
+    void SetHostFacts(HostFacts facts) { m_facts = std::move(facts); }
+
+    bool Line(std::string_view text) override;
+
+    /// Writes the machine's memory figures in millions of bytes, when `write` says so. Always false.
+    bool MemoryUsage(int indentTabs, bool write);
+
+private:
+    platform::LocalTime Now() const;
+    std::string StampedLine(const char* label) const;
+    bool WriteStart();
+    void WriteRunDetails(const std::optional<std::string>& pluginName);
+    bool ArchiveWhenLarge(const std::string& path);
+    std::string ArchivePath(const std::string& path) const;
+
+    Clock m_clock;
+    platform::CLogFile m_file;
+    std::string m_path;
+    std::uint32_t m_nextLine = 1;
+    int m_headerSwitch = 1;
+    HostFacts m_facts;
+};

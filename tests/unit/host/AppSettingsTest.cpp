@@ -1,0 +1,106 @@
+#include "host/AppSettings.h"
+
+#include "common/Log.h"
+#include "common/SettingsFile.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+class CLinesLog final : public CLogWriter {
+public:
+    bool Line(std::string_view text) override { return lines.emplace_back(text), true; }
+    std::vector<std::string> lines;
+};
+
+// A file of the next version, made from one of ours.
+std::string NewerFile()
+{
+    CSettingsRecord record;
+    record.PutBool("AllowLogging", false);
+    std::string bytes = FormatSettings(record);
+    const std::size_t version = bytes.find('1');
+    bytes[version] = '9';
+    return bytes;
+}
+
+}  // namespace
+
+TEST(AppSettings, FirstRunStillSavesBothSettings)
+{
+    const CTemporaryFolder folder;
+    const std::string path = folder / "Ferrule.cfs";
+    CLinesLog log;
+    EXPECT_TRUE(LoadAppSettings(path).allowLogging);
+    ASSERT_TRUE(SaveAppSettings(path, LoadAppSettings(path), log));
+
+    const SettingsFileContent file = ReadSettingsFile(path);
+    ASSERT_TRUE(file.Ok()) << file.problem;
+    EXPECT_TRUE(file.record.Bool("AllowLogging", false));
+    ASSERT_NE(file.record.Record("PasswordProtectFiles"), nullptr);
+    EXPECT_NE(file.record.Record("PasswordProtectFiles")->Record("SecuritySettings"), nullptr);
+    EXPECT_TRUE(log.lines.empty());
+}
+
+TEST(AppSettings, SavingKeepsWhatOthersStored)
+{
+    const CTemporaryFolder folder;
+    const std::string path = folder / "Ferrule.cfs";
+    CSettingsRecord before;
+    before.PutString("SomeTool", "kept");
+    ASSERT_TRUE(WriteSettingsFile(path, before).Ok());
+
+    AppSettings settings;
+    settings.allowLogging = false;
+    settings.passwordTool.password = "secret";
+    settings.passwordTool.canExtractPages = true;
+    CLinesLog log;
+    ASSERT_TRUE(SaveAppSettings(path, settings, log));
+    ASSERT_TRUE(SaveAppSettings(path, LoadAppSettings(path), log));
+
+    EXPECT_EQ(ReadSettingsFile(path).record.String("SomeTool"), "kept");
+    EXPECT_FALSE(LoadAppSettings(path).allowLogging);
+    EXPECT_TRUE(LoadAppSettings(path).passwordTool == settings.passwordTool);
+}
+
+TEST(AppSettings, AFileThatIsNotOursStaysAsItIs)
+{
+    const struct {
+        const char* name;
+        std::string bytes;
+    } rows[] = {{"foreign", "another program's file\n"}, {"newer", NewerFile()}};
+    for (const auto& row : rows) {
+        const CTemporaryFolder folder;
+        const std::string path = folder.Write("Ferrule.cfs", row.bytes);
+        CLinesLog log;
+        EXPECT_TRUE(LoadAppSettings(path).allowLogging) << row.name;
+        EXPECT_FALSE(SaveAppSettings(path, {}, log)) << row.name;
+        EXPECT_EQ(FileBytes(path), row.bytes) << row.name;
+        ASSERT_EQ(log.lines.size(), 1u) << row.name;
+        EXPECT_EQ(log.lines[0].rfind("Settings are not saved : ", 0), 0u) << log.lines[0];
+    }
+}
+
+TEST(AppSettings, ADamagedFileOfOursIsReplaced)
+{
+    const CTemporaryFolder folder;
+    const std::string path = folder / "Ferrule.cfs";
+    CLinesLog log;
+    ASSERT_TRUE(SaveAppSettings(path, {}, log));
+    const std::string whole = FileBytes(path);
+    folder.Write("Ferrule.cfs", whole.substr(0, whole.size() / 2));
+    ASSERT_EQ(ReadSettingsFile(path).state, SettingsFileState::Damaged);
+    EXPECT_TRUE(SaveAppSettings(path, {}, log));
+    EXPECT_EQ(FileBytes(path), whole);
+}
+
+TEST(AppSettings, AFailedSaveIsLogged)
+{
+    const CTemporaryFolder folder;
+    CLinesLog log;
+    EXPECT_FALSE(SaveAppSettings(folder / "missing/Ferrule.cfs", {}, log));
+    ASSERT_EQ(log.lines.size(), 1u);
+}

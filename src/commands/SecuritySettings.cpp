@@ -1,9 +1,8 @@
 #include "commands/SecuritySettings.h"
 
-#include "common/Encoding.h"
+#include "commands/LetterCase.h"
 #include "common/Text.h"
 
-#include <cwctype>
 #include <variant>
 
 namespace {
@@ -70,17 +69,6 @@ struct Writer {
     void Rectangle(const char* key, const SettingsRectangle& value) const { PutRectangle(record, key, value); }
 };
 
-// File names of any language, as far as the system knows the letters; bytes that are no text stay as they are.
-std::string LowerCased(const std::string& name)
-{
-    if (!IsValidUtf8(name)) return ToLowerAscii(name);
-    std::u32string letters = Utf8ToUtf32(name);
-    for (char32_t& letter : letters) {
-        letter = static_cast<char32_t>(std::towlower(static_cast<std::wint_t>(letter)));
-    }
-    return Utf32ToUtf8(letters);
-}
-
 }  // namespace
 
 SecuritySettings ReadSecuritySettings(const CSettingsRecord& parameters)
@@ -126,9 +114,9 @@ bool HasSecurityWork(const SecuritySettings& settings)
 
 std::optional<std::string> FindMappedPassword(const SecuritySettings& settings, const std::string& fileName)
 {
-    const std::string wanted = LowerCased(fileName);
+    const std::string wanted = LowerCasedName(fileName);
     for (const auto& [name, password] : settings.fileMapping) {
-        if (LowerCased(name) == wanted) return password;
+        if (LowerCasedName(name) == wanted) return password;
     }
     return std::nullopt;
 }

@@ -1,0 +1,188 @@
+#include "commands/SecuritySettings.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+SecuritySettings NothingAllowed()
+{
+    SecuritySettings s;
+    s.canCopy = s.canEdit = s.canEditNotes = s.canPrint = s.canFillForms = s.canAssemble = s.canCreateTemplates =
+        s.hiResPrinting = s.canExtractPages = false;
+    return s;
+}
+
+// Every field differs from both of its defaults.
+SecuritySettings Unusual()
+{
+    SecuritySettings s = NothingAllowed();
+    s.encryptionMethod = 3;
+    s.passwordProtect = true;
+    s.password = "open\xC3\xA9 ";
+    s.permPassword = "permissions";
+    s.useDataSourceForOpenPassword = true;
+    s.passwordField = "field 1";
+    s.useDataSourceForPermissionsPassword = true;
+    s.permPasswordField = "field 2";
+    s.allowAll = true;
+    s.canExtractPages = true;
+    s.fileMapping = {{"a.pdf", "first"}, {"b.pdf", ""}};
+    s.useFileMapping = true;
+    s.searchRegex = "\\d+";
+    s.searchRegexFormat = "$1";
+    s.searchForPassword = true;
+    s.firstPageToSearch = 2;
+    s.lastPageToSearch = 7;
+    s.extractionArea = {.left = 1.5, .right = 100, .top = 200.25, .bottom = -3};
+    s.extractPasswordFromPage = true;
+    return s;
+}
+
+}  // namespace
+
+TEST(SecuritySettings, AbsentKeysGiveAFreshRecordExceptForExtraction)
+{
+    SecuritySettings expected;
+    EXPECT_TRUE(expected.canExtractPages);
+    expected.canExtractPages = false;
+    EXPECT_TRUE(ReadSecuritySettings({}) == expected);
+    EXPECT_EQ(ReadSecuritySettings({}).lastPageToSearch, -1);
+}
+
+TEST(SecuritySettings, EveryFieldSurvivesWritingAndReading)
+{
+    EXPECT_TRUE(ReadSecuritySettings(WriteSecuritySettings(Unusual())) == Unusual());
+    EXPECT_TRUE(ReadSecuritySettings(WriteSecuritySettings({})) == SecuritySettings{});
+}
+
+TEST(SecuritySettings, KeysAreStoredInTheirFixedOrder)
+{
+    std::vector<std::string> keys;
+    const CSettingsRecord record = WriteSecuritySettings({});
+    for (const auto& entry : record.Entries()) keys.push_back(entry.key);
+    const std::vector<std::string> expected = {"EncryptionMethod",
+                                               "PasswordProtect",
+                                               "Password",
+                                               "PermPassword",
+                                               "UseDataSourceForOpenPassword",
+                                               "PasswordField",
+                                               "UseDataSourceForPermissionsPassword",
+                                               "PermPasswordField",
+                                               "CanCopy",
+                                               "CanEdit",
+                                               "CanEditNotes",
+                                               "CanPrint",
+                                               "CanFillForms",
+                                               "CanAssemble",
+                                               "CanCreateTemplates",
+                                               "AllowAll",
+                                               "HiResPrinting",
+                                               "CanExtractPages",
+                                               "FileMapping",
+                                               "UseFileMapping",
+                                               "SearchRegex",
+                                               "SearchRegexFormat",
+                                               "SearchForPassword",
+                                               "FirstPageToSearch",
+                                               "LastPageToSearch",
+                                               "ExtractionArea",
+                                               "ExtractPasswordFromPage"};
+    EXPECT_EQ(keys, expected);
+}
+
+TEST(SecuritySettings, PasswordsMayBeWideAndLoseTheirLeadingBlanksOnly)
+{
+    CSettingsRecord record;
+    record.PutWide("Password", " \t\r\n p \xE2\x82\xAC ");
+    record.PutString("PermPassword", "  q ");
+    record.PutInt("SearchRegex", 5);
+    const SecuritySettings settings = ReadSecuritySettings(record);
+    EXPECT_EQ(settings.password, "p \xE2\x82\xAC ");
+    EXPECT_EQ(settings.permPassword, "q ");
+    EXPECT_EQ(settings.searchRegex, "");
+}
+
+TEST(SecuritySettings, EachPermissionSetsItsOwnBits)
+{
+    const struct {
+        const char* name;
+        bool SecuritySettings::*flag;
+        std::uint32_t word;
+    } rows[] = {{"nothing", nullptr, 0xFFFDF243},
+                {"all", &SecuritySettings::allowAll, 0xFFFFFFFF},
+                {"copy", &SecuritySettings::canCopy, 0xFFFDF253},
+                {"edit", &SecuritySettings::canEdit, 0xFFFDF24B},
+                {"notes", &SecuritySettings::canEditNotes, 0xFFFDF263},
+                {"print", &SecuritySettings::canPrint, 0xFFFDF247},
+                {"forms", &SecuritySettings::canFillForms, 0xFFFDF343},
+                {"templates", &SecuritySettings::canCreateTemplates, 0xFFFFF243},
+                {"assemble", &SecuritySettings::canAssemble, 0xFFFDF643},
+                {"high resolution", &SecuritySettings::hiResPrinting, 0xFFFDFA43},
+                {"extract", &SecuritySettings::canExtractPages, 0xFFFDF2C3}};
+    for (const auto& row : rows) {
+        SecuritySettings settings = NothingAllowed();
+        if (row.flag != nullptr) settings.*row.flag = true;
+        EXPECT_EQ(PermissionWord(settings), row.word) << row.name;
+    }
+    EXPECT_EQ(PermissionWord({}), 0xFFFFFFFF);
+    EXPECT_EQ(PermissionWord(ReadSecuritySettings({})), 0xFFFFFF7F) << "absent keys forbid extraction";
+}
+
+TEST(SecuritySettings, WorkIsThereForRestrictionsOrForPasswordsThatAreAskedFor)
+{
+    const struct {
+        const char* name;
+        void (*change)(SecuritySettings&);
+        bool work;
+    } rows[] = {
+        {"nothing", [](SecuritySettings&) {}, false},
+        {"a restriction alone", [](SecuritySettings& s) { s.canPrint = false; }, true},
+        {"a restriction lifted by all", [](SecuritySettings& s) { s.canPrint = false, s.allowAll = true; }, false},
+        {"a password that is not asked for", [](SecuritySettings& s) { s.password = "p"; }, false},
+        {"asked for without a password", [](SecuritySettings& s) { s.passwordProtect = true; }, false},
+        {"open password", [](SecuritySettings& s) { s.passwordProtect = true, s.password = "p"; }, true},
+        {"permissions password", [](SecuritySettings& s) { s.passwordProtect = true, s.permPassword = "p"; }, true},
+        {"open password from data",
+         [](SecuritySettings& s) { s.passwordProtect = s.useDataSourceForOpenPassword = true; }, true},
+        {"permissions password from data",
+         [](SecuritySettings& s) { s.passwordProtect = s.useDataSourceForPermissionsPassword = true; }, true},
+        {"lookup table alone", [](SecuritySettings& s) { s.passwordProtect = s.useFileMapping = true; }, false},
+    };
+    for (const auto& row : rows) {
+        SecuritySettings settings;
+        row.change(settings);
+        EXPECT_EQ(HasSecurityWork(settings), row.work) << row.name;
+    }
+}
+
+TEST(SecuritySettings, LookupIgnoresLetterCase)
+{
+    SecuritySettings settings;
+    settings.fileMapping = {{"report.pdf", "one"},
+                            {"UPPER.PDF", "two"},
+                            {"\xC3\x9C"
+                             "ber.pdf",
+                             "three"},                 // U umlaut
+                            {"\xD0\x96.pdf", "four"},  // Cyrillic zhe
+                            {"\xFFraw.pdf", "five"},   // no UTF-8
+                            {"empty.pdf", ""},
+                            {"REPORT.pdf", "never reached"}};
+    const struct {
+        const char* name;
+        std::optional<std::string> password;
+    } rows[] = {{"Report.PDF", "one"},
+                {"upper.pdf", "two"},
+                {"\xC3\xBC"
+                 "BER.pdf",
+                 "three"},
+                {"\xD0\xB6.PDF", "four"},
+                {"\xFFRAW.pdf", "five"},
+                {"empty.pdf", ""},
+                {"/in/report.pdf", std::nullopt},
+                {"other.pdf", std::nullopt},
+                {"", std::nullopt}};
+    for (const auto& row : rows) EXPECT_EQ(FindMappedPassword(settings, row.name), row.password) << row.name;
+}

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -105,7 +106,8 @@ FileResult MoveAcross(const std::string& from, const std::string& to, Existing e
 {
     const auto slash = from.rfind('/');
     const std::string sourceFolder = slash == std::string::npos ? "." : from.substr(0, slash + 1);
-    if (access(sourceFolder.c_str(), W_OK | X_OK) != 0) return {errno};  // before the target is touched
+    // Asked before the target is touched, and of the user that the file calls act for.
+    if (faccessat(AT_FDCWD, sourceFolder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) return {errno};
     if (const auto copied = CopyTo(from, to, existing); !copied) return copied;
     if (const auto flushed = FlushFolderOf(to); !flushed) return flushed;
     if (unlink(from.c_str()) == 0) return {};

@@ -31,17 +31,6 @@ std::string TemporaryName()
     return name;
 }
 
-// For file systems without hard links: an empty file of our own claims the name, then the real one replaces it.
-FileResult RenameOverClaim(const std::string& from, const std::string& to)
-{
-    const CDescriptor claim(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    if (!claim.Valid()) return {errno};
-    if (rename(from.c_str(), to.c_str()) == 0) return {};
-    const int error = errno;
-    unlink(to.c_str());
-    return {error};
-}
-
 }  // namespace
 
 CTemporaryFile::~CTemporaryFile()
@@ -125,14 +114,29 @@ FileResult RenameExclusively(const std::string& from, const std::string& to)
 {
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return {};
     if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP) return {errno};
-    if (link(from.c_str(), to.c_str()) == 0) {
-        if (unlink(from.c_str()) == 0) return {};
-        const int error = errno;
-        unlink(to.c_str());
-        return {error};
-    }
-    if (errno != EPERM && errno != ENOTSUP && errno != ENOSYS && errno != EMLINK) return {errno};
-    return RenameOverClaim(from, to);
+    const auto linked = RenameByLink(from, to);
+    const bool noLinks = linked.errorNumber == EPERM || linked.errorNumber == ENOTSUP ||
+                         linked.errorNumber == ENOSYS || linked.errorNumber == EMLINK;
+    return noLinks ? RenameOverClaim(from, to) : linked;
+}
+
+FileResult RenameByLink(const std::string& from, const std::string& to)
+{
+    if (link(from.c_str(), to.c_str()) != 0) return {errno};
+    if (unlink(from.c_str()) == 0) return {};
+    const int error = errno;
+    unlink(to.c_str());
+    return {error};
+}
+
+FileResult RenameOverClaim(const std::string& from, const std::string& to)
+{
+    const CDescriptor claim(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (!claim.Valid()) return {errno};
+    if (rename(from.c_str(), to.c_str()) == 0) return {};
+    const int error = errno;
+    unlink(to.c_str());
+    return {error};
 }
 
 std::string ThroughLinks(const std::string& path)

@@ -62,6 +62,10 @@ FileResult FlushFolderOf(const std::string& path);
 
 /// Renames without ever replacing, also where the file system lacks the call for it.
 FileResult RenameExclusively(const std::string& from, const std::string& to);
+/// The same by a second name for the file, where such names exist.
+FileResult RenameByLink(const std::string& from, const std::string& to);
+/// The same where neither is to be had: an empty file of our own claims the name, then the real one replaces it.
+FileResult RenameOverClaim(const std::string& from, const std::string& to);
 
 /// The path with trailing name links resolved, so that writing replaces the file and keeps the link.
 std::string ThroughLinks(const std::string& path);

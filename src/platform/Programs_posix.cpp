@@ -22,7 +22,10 @@ std::string WithoutQuotes(const std::string& program)
     return quoted ? program.substr(1, program.size() - 2) : program;
 }
 
-bool IsExecutable(const std::string& path) { return FileExists(path) && access(path.c_str(), X_OK) == 0; }
+bool IsExecutable(const std::string& path)
+{
+    return FileExists(path) && faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
+}
 
 // Looked up before the fork: afterwards only calls that need no locks are safe.
 std::string FindProgram(const std::string& program)

@@ -1,0 +1,99 @@
+#include "platform/Programs.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "support/TemporaryFolder.h"
+
+namespace {
+
+std::string WriteProgram(const CTemporaryFolder& folder, const std::string& name, const std::string& text)
+{
+    const auto path = folder.Write(name, text);
+    std::filesystem::permissions(path, std::filesystem::perms(0755));
+    return path;
+}
+
+/// What a started program writes into a pipe, up to its end.
+class CPipe {
+public:
+    explicit CPipe(const std::string& path)
+    {
+        if (mkfifo(path.c_str(), 0600) == 0) m_reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    }
+    ~CPipe() { close(m_reader); }
+    std::string ReadToEnd()
+    {
+        constexpr int kPatienceMilliseconds = 30'000;
+        std::string text;
+        char buffer[4096];
+        pollfd waiting{m_reader, POLLIN, 0};
+        while (poll(&waiting, 1, kPatienceMilliseconds) > 0) {
+            const ssize_t count = read(m_reader, buffer, sizeof buffer);
+            if (count <= 0) break;
+            text.append(buffer, static_cast<std::size_t>(count));
+        }
+        return text;
+    }
+
+private:
+    int m_reader = -1;
+};
+
+// What a program finds when it starts: its arguments, standard input, and the signals that are blocked or ignored.
+constexpr char kTellAll[] =
+    "exec > \"$(dirname \"$0\")/pipe\"\n"
+    "echo \"$# $1\"\n"
+    "readlink /proc/$$/fd/0\n"
+    "sed -n 's/^Sig[BI][lg][kn]:[[:space:]]*//p' /proc/$$/status\n";
+
+}  // namespace
+
+TEST(Programs, StartWithTheDocumentAsOneArgumentAndAFreshState)
+{
+    const struct {
+        const char* name;
+        bool quoted, firstLine;
+    } rows[] = {{"plain", false, true}, {"with blank", true, true}, {"no first line", false, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const CTemporaryFolder folder;
+        CPipe pipe(folder / "pipe");
+        auto program = WriteProgram(folder, row.name, std::string(row.firstLine ? "#!/bin/sh\n" : "") + kTellAll);
+        if (row.quoted) program = '"' + program + '"';
+        sigset_t blocked, before;
+        sigemptyset(&blocked);
+        sigaddset(&blocked, SIGTERM);
+        sigprocmask(SIG_BLOCK, &blocked, &before);
+        const auto handler = signal(SIGPIPE, SIG_IGN);
+        EXPECT_TRUE(platform::OpenWithShell(program, "a \"b\" $HOME;'c.pdf"));
+        signal(SIGPIPE, handler);
+        sigprocmask(SIG_SETMASK, &before, nullptr);
+        EXPECT_EQ(pipe.ReadToEnd(), "1 a \"b\" $HOME;'c.pdf\n/dev/null\n0000000000000000\n0000000000000000\n");
+        EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left to collect";
+        EXPECT_EQ(errno, ECHILD);
+    }
+}
+
+TEST(Programs, WhatCannotStartIsReportedAtOnce)
+{
+    const CTemporaryFolder folder;
+    folder.Write("data", "no program");
+    const std::string rows[] = {"",
+                                "\"\"",
+                                folder / "missing",
+                                folder.Path(),
+                                folder / "data",
+                                "no-such-program-in-the-path",
+                                WriteProgram(folder, "bad", "#!/no/such/interpreter\n")};
+    for (const auto& program : rows) EXPECT_FALSE(platform::OpenWithShell(program, "x")) << program;
+    EXPECT_TRUE(platform::OpenWithShell("true", "x")) << "looked up in the path";
+}

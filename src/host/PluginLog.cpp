@@ -32,7 +32,9 @@ bool CPluginLog::Open(const std::string& path, bool append)
 void CPluginLog::Close(const std::optional<std::string>& pluginName)
 {
     if (!IsOpen()) return;
-    Line(StampedLine("LOG STOPPED"));
+    const platform::LocalTime now = Now();
+    Line(FormatText("LOG STOPPED: %d/%d/%d , TIME: %d:%d:%d", now.day, now.month, now.year, now.hour, now.minute,
+                    now.second));
     if (m_headerSwitch == 1) WriteRunDetails(pluginName);
     m_file.Close();
 }
@@ -62,8 +64,7 @@ bool CPluginLog::SeekEnd() { return IsOpen() && m_file.SeekEnd(); }
 bool CPluginLog::Line(std::string_view text)
 {
     if (!IsOpen()) return false;
-    const std::string line = FormatText("%u: ", m_nextLine) + OneLogLine(text) + "\r\n";
-    if (!m_file.Write(line)) return false;
+    if (!m_file.Write(FormatText("%d: %s\r\n", static_cast<int>(m_nextLine), OneLogLine(text).c_str()))) return false;
     ++m_nextLine;
     return true;
 }
@@ -89,16 +90,11 @@ bool CPluginLog::MemoryUsage(int indentTabs, bool write)
 
 platform::LocalTime CPluginLog::Now() const { return m_clock().value_or(kNoTime); }
 
-std::string CPluginLog::StampedLine(const char* label) const
-{
-    const platform::LocalTime now = Now();
-    return FormatText("%s: %d/%d/%d , TIME: %d:%d:%d", label, now.day, now.month, now.year, now.hour, now.minute,
-                      now.second);
-}
-
 bool CPluginLog::WriteStart()
 {
-    Line(StampedLine("LOG STARTED"));
+    const platform::LocalTime now = Now();
+    Line(FormatText("LOG STARTED: %d/%d/%d , TIME: %d:%d:%d", now.day, now.month, now.year, now.hour, now.minute,
+                    now.second));
     m_file.Flush();
     return true;
 }
@@ -129,6 +125,6 @@ std::string CPluginLog::ArchivePath(const std::string& path) const
 {
     const platform::LocalTime now = Now();
     const PathParts parts = SplitPath(path);
-    return parts.folder + parts.base +
-           FormatText("-%d-%d-%d-%d-%d-%d.log", now.day, now.month, now.year, now.hour, now.minute, now.second);
+    return FormatText("%s-%d-%d-%d-%d-%d-%d.log", (parts.folder + parts.base).c_str(), now.day, now.month, now.year,
+                      now.hour, now.minute, now.second);
 }

@@ -62,7 +62,6 @@ public:
 
 private:
     platform::LocalTime Now() const;
-    std::string StampedLine(const char* label) const;
     bool WriteStart();
     void WriteRunDetails(const std::optional<std::string>& pluginName);
     bool ArchiveWhenLarge(const std::string& path);

@@ -1,6 +1,7 @@
 #include "pdflib/AcrobatDoc.h"
 
-#include "hostapi/HostInterface.h"
+#include "hostapi/HostConstants.h"
+#include "hostapi/HostErrors.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Views.h"
 

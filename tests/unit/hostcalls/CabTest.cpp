@@ -1,0 +1,213 @@
+#include "hostcalls/Cab.h"
+
+#include "common/SettingsRecord.h"
+#include "hostapi/HostConstants.h"
+#include "hostapi/HostErrors.h"
+#include "hostcalls/Atoms.h"
+#include "hostcalls/CabRecord.h"
+#include "hostcalls/HostFrame.h"
+#include "hostcalls/HostTables.h"
+#include "hostcalls/HostText.h"
+#include "openhost/core/Memory.h"
+#include "openhost/core/Tables.h"
+#include "openhost/values/Cabinet.h"
+#include "openhost/values/Slots.h"
+#include "openhost/values/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+/// The typed calls over the values of the real open host; at the end of each test nothing may be left.
+class CabCalls : public testing::Test {
+protected:
+    CabCalls()
+    {
+        auto& tables = openhost::Part<openhost::CTables>();
+        openhost::OfferCoreSlots(tables);
+        openhost::OfferValuesSlots(tables);
+        EXPECT_TRUE(HostTables().Import(tables.Get(openhost::Table::Core)));
+    }
+    ~CabCalls() override
+    {
+        EXPECT_EQ(openhost::LiveCabs(), 0u);
+        EXPECT_EQ(openhost::LiveTexts(), 0u);
+        EXPECT_EQ(openhost::LiveSharedBlocks(), 0u);
+        EXPECT_EQ(openhost::Part<openhost::CFrames>().Depth(), 0u);
+        HostTables() = CHostTables{};
+    }
+
+private:
+    openhost::CHost m_host;
+};
+
+const std::string kZeros("a\0b\0", 4);
+
+CCab OneOfEach()
+{
+    CCab cab;
+    cab.PutBool("bool", true);
+    cab.PutInt("int", -7);
+    cab.PutDouble("double", 0.5);
+    cab.PutAtom("atom", Atom("DOS"));
+    cab.PutString("string", "caf\xC3\xA9");
+    cab.PutText("text", "\xF0\x9D\x84\x9E clef");  // beyond 16 bits
+    cab.PutBinary("binary", kZeros);
+    cab.PutNull("null");
+    cab.PutPointer("pointer", "PDDoc", &cab);
+    CCab nested;
+    nested.PutInt("deep", 1);
+    cab.PutCab("cab", std::move(nested));
+    return cab;
+}
+
+}  // namespace
+
+TEST_F(CabCalls, EveryTypeComesBackAsItWasPut)
+{
+    const CCab cab = OneOfEach();
+    EXPECT_TRUE(cab.Bool("bool", false));
+    EXPECT_EQ(cab.Int("int", 0), -7);
+    EXPECT_EQ(cab.Double("double", 0), 0.5);
+    EXPECT_EQ(cab.Double("int", 0), -7);
+    EXPECT_EQ(AtomText(cab.Atom("atom").value()), "DOS");
+    EXPECT_EQ(cab.String("string"), "caf\xC3\xA9");
+    EXPECT_EQ(cab.Text("text"), "\xF0\x9D\x84\x9E clef");
+    EXPECT_EQ(cab.Binary("binary"), kZeros);
+    EXPECT_NE(cab.Pointer("pointer", "PDDoc"), nullptr);
+    EXPECT_EQ(cab.Pointer("pointer", "AVDoc"), nullptr);
+    EXPECT_EQ(cab.Cab("cab").Int("deep", 0), 1);
+    EXPECT_EQ(cab.Int("cab:deep", 0), 1);
+    EXPECT_TRUE(cab.Known("null"));
+    EXPECT_EQ(cab.Type("null"), kASValueNull);
+    EXPECT_EQ(cab.Size(), 10);
+}
+
+TEST_F(CabCalls, AbsentKeysWrongTypesAndNullViewsAnswerTheFallback)
+{
+    const CCab cab = OneOfEach();
+    const struct {
+        const char* what;
+        CCabView view;
+        const char* key;
+    } rows[] = {{"absent key", cab, "nothing"}, {"null value", cab, "null"}, {"null view", CCabView(), "bool"}};
+    for (const auto& row : rows) {
+        EXPECT_TRUE(row.view.Bool(row.key, true)) << row.what;
+        EXPECT_EQ(row.view.Int(row.key, 3), 3) << row.what;
+        EXPECT_EQ(row.view.Double(row.key, 4), 4) << row.what;
+        EXPECT_FALSE(row.view.Atom(row.key)) << row.what;
+        EXPECT_FALSE(row.view.String(row.key)) << row.what;
+        EXPECT_FALSE(row.view.StringOrText(row.key)) << row.what;
+        EXPECT_FALSE(row.view.Binary(row.key)) << row.what;
+        EXPECT_FALSE(row.view.Cab(row.key)) << row.what;
+        EXPECT_EQ(row.view.Cab(row.key).Cab("further").Int("down", 5), 5) << row.what;
+    }
+    EXPECT_EQ(cab.Int("bool", 3), 3);
+    EXPECT_FALSE(cab.String("text"));
+    EXPECT_FALSE(cab.Text("string"));
+    EXPECT_EQ(cab.StringOrText("text"), "\xF0\x9D\x84\x9E clef");
+    EXPECT_EQ(CCabView().Size(), 0);
+    EXPECT_TRUE(CCabView().Keys().empty());
+    EXPECT_EQ(CCabView().Copy().Size(), 0);
+}
+
+TEST_F(CabCalls, EmptyValuesAreNotAbsentOnes)
+{
+    CCab cab;
+    cab.PutString("string", "");
+    cab.PutText("text", "");
+    cab.PutBinary("binary", "");
+    EXPECT_EQ(cab.String("string"), "");
+    EXPECT_EQ(cab.Text("text"), "");
+    EXPECT_EQ(cab.Binary("binary"), "");
+    EXPECT_EQ(cab.Size(), 3);
+}
+
+TEST_F(CabCalls, KeysComeDigitsFirstByNumberThenByBytes)
+{
+    CCab cab;
+    for (const char* key : {"b", "10", "9", "B", "a"}) cab.PutNull(key);
+    EXPECT_EQ(cab.Keys(), (std::vector<std::string>{"9", "10", "B", "a", "b"}));
+}
+
+TEST_F(CabCalls, WhatTheHostRefusesToTakeStaysOurs)
+{
+    CCab cab;
+    CCab value;
+    value.PutInt("kept", 1);
+    const struct {
+        const char* type;
+        std::function<void()> put;
+    } rows[] = {
+        {"string", [&] { cab.PutString("", "x"); }},
+        {"text", [&] { cab.PutText("", "x"); }},
+        {"binary", [&] { cab.PutBinary("", "x"); }},
+        {"cab", [&] { cab.PutCab("", std::move(value)); }},
+    };
+    for (const auto& row : rows) {
+        const auto error = CatchHostError(row.put);
+        ASSERT_TRUE(error) << row.type;
+        EXPECT_TRUE(error->Is(genErrBadParm)) << row.type;
+    }
+    EXPECT_EQ(cab.Size(), 0);
+    EXPECT_EQ(value.Int("kept", 0), 1);
+}
+
+TEST_F(CabCalls, CopiesStandAloneAndCopyFromKeepsOtherKeys)
+{
+    CCab source = OneOfEach();
+    const CCab copy = source.Copy();
+    source.EditCab("cab").PutInt("deep", 2);
+    EXPECT_EQ(copy.Int("cab:deep", 0), 1);
+
+    CCab target;
+    target.PutInt("int", 100);
+    target.PutInt("other", 200);
+    target.CopyFrom(source);
+    target.CopyFrom(CCabView());
+    EXPECT_EQ(target.Int("int", 0), -7);
+    EXPECT_EQ(target.Int("other", 0), 200);
+    target.Remove("other");
+    EXPECT_FALSE(target.Known("other"));
+    target.MakeEmpty();
+    EXPECT_EQ(target.Size(), 0);
+}
+
+TEST_F(CabCalls, SettingsRecordsSurviveTheWayThroughACab)
+{
+    CSettingsRecord nested;
+    nested.PutString("0", "first");
+    nested.PutRecord("empty", CSettingsRecord());
+    CSettingsRecord record;
+    record.PutBool("bool", true);
+    record.PutInt("int", -1);
+    record.PutDouble("double", 1e300);
+    record.PutString("string", "raw \x80");  // not UTF-8: strings are bytes
+    record.PutWide("wide", "\xE2\x82\xAC");
+    record.PutBinary("binary", kZeros);
+    record.PutNull("null");
+    record.PutRecord("record", nested);
+    EXPECT_TRUE(RecordFromCab(CabFromRecord(record)) == record);
+
+    const CSettingsRecord fromCab = RecordFromCab(OneOfEach());
+    EXPECT_EQ(fromCab.String("atom"), "DOS");
+    EXPECT_FALSE(fromCab.Known("pointer"));
+    EXPECT_EQ(fromCab.Entries().size(), 9u);
+}
+
+TEST_F(CabCalls, TextsKeepEveryCharacterAndReplaceWhatIsNone)
+{
+    const struct {
+        const char* in;
+        const char* out;
+    } rows[] = {{"", ""}, {"plain", "plain"}, {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"}, {"a\x80z", "a\xEF\xBF\xBDz"}};
+    for (const auto& row : rows) EXPECT_EQ(CHostText::FromNarrow(row.in).ToNarrow(), row.out);
+    const std::string wide("\xFE\xFF\x20\xAC\x00z", 6);
+    EXPECT_EQ(CHostText::FromPdText(wide).ToUtf8(), "\xE2\x82\xACz");
+    EXPECT_EQ(CHostText::FromPdText("caf\xE9").ToUtf8(), "caf\xC3\xA9");
+    EXPECT_EQ(CHostText::FromUtf8("caf\xC3\xA9").ToPdText(), "caf\xE9");
+    EXPECT_EQ(AtomText(kNullAtom), "");
+    EXPECT_EQ(AtomText(Atom("x y")), "x y");
+}

@@ -29,6 +29,7 @@ struct CHostDocument {
     ASInt32 setFlags = 0;              // flags that plug-ins switched on or off by hand
     ASInt32 clearedFlags = 0;
     ASFile file = nullptr;  // made when somebody asks for it
+    std::string madeFrom;   // the file that a converter made the document from; it never becomes the document's own
 };
 
 struct DocumentSaveRequest {

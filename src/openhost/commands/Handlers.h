@@ -1,0 +1,56 @@
+#ifndef FERRULE_OPENHOST_COMMANDS_HANDLERS_H
+#define FERRULE_OPENHOST_COMMANDS_HANDLERS_H
+
+#include <vector>
+
+#include "hostapi/HostRecords.h"
+#include "openhost/core/Atoms.h"
+#include "openhost/core/Frames.h"
+
+namespace openhost {
+
+/// The procedure in a handler's record, or null when it is absent or the record ends before it.
+template <class Procedure>
+Procedure ProcedureOf(const AVCommandHandlerRec* handler, Procedure AVCommandHandlerRec::*member)
+{
+    const auto* const start = reinterpret_cast<const char*>(handler);
+    const auto offset = static_cast<std::size_t>(reinterpret_cast<const char*>(&(handler->*member)) - start);
+    return offset + sizeof(Procedure) <= handler->size ? handler->*member : nullptr;
+}
+
+/// All command handlers by name. The records belong to those who registered them.
+class CCommandHandlers {
+public:
+    /// Registering a name again replaces its handler; commands made before keep theirs. Before Start nothing of the
+    /// handler is called; after it, the handler starts at once.
+    void Register(ASAtom name, AVCommandHandler handler);
+    /// Null when there is none.
+    AVCommandHandler Find(ASAtom name) const;
+    ASExtension OwnerOf(ASAtom name) const;
+
+    /// Starts each handler in order of registration: Initialize, and when that agrees RegisterCommands. One that
+    /// declines or raises is removed.
+    void Start();
+    /// Calls Terminate of each handler that was started. No handler is known afterwards.
+    void Terminate();
+    /// Terminates and removes the handlers of one plug-in.
+    void DropOwner(ASExtension owner);
+
+private:
+    struct Registered {
+        ASAtom name;
+        AVCommandHandler handler;
+        ASExtension owner;
+        bool started;
+    };
+    const Registered* FindEntry(ASAtom name) const;
+    void StartOne(ASAtom name);
+    void Remove(ASAtom name);
+
+    std::vector<Registered> m_handlers;
+    bool m_running = false;
+};
+
+}  // namespace openhost
+
+#endif

@@ -1,0 +1,215 @@
+#include "openhost/commands/SaveStep.h"
+
+#include <cstring>
+#include <filesystem>
+
+#include "openhost/commands/BuiltInCommands.h"
+#include "openhost/commands/Commands.h"
+#include "openhost/conversion/Converters.h"
+#include "openhost/core/Diagnostics.h"
+#include "openhost/documents/Documents.h"
+#include "openhost/files/FilePaths.h"
+
+namespace openhost {
+
+namespace {
+
+constexpr char kDestination[] = "DocSaveDestType";
+constexpr char kInAFolder[] = "WorkflowPlaybackSaveInAFolder";
+constexpr char kFolder[] = "PreselectedFolderPath";
+constexpr StepTitles kTitles = {"Document", "Save"};
+
+/// A folder as text, or as a cab that describes a path; native.
+std::optional<std::string> ReadFolder(const CCabinet& params)
+{
+    auto text = TextOrString(&params, kFolder);
+    if (const CCabinet* const path = params.GetCab(kFolder))
+        for (const char* key : {"DIText", "DI", "DIPath"})
+            if (!text || text->empty()) text = TextOrString(path, key);
+    if (!text || text->empty()) return std::nullopt;
+    return NativeFromDeviceIndependent(*text, nullptr);
+}
+
+std::string FolderOf(const std::string& path) { return std::filesystem::path(path).parent_path().string(); }
+std::string StemOf(const std::string& path) { return std::filesystem::path(path).stem().string(); }
+
+std::string Joined(const std::string& folder, const std::string& name)
+{
+    return folder.empty() || folder.back() == '/' ? folder + name : folder + "/" + name;
+}
+
+void RequireInsideFolder(const std::string& affix)
+{
+    if (affix.find('/') != std::string::npos) Raise(genErrBadParm, "\"" + affix + "\" cannot be part of a file name");
+}
+
+/// What is saved beside it: the document's own file, or the file that it was made from.
+const std::string& Neighbour(const SaveStepDocument& document)
+{
+    return document.path.empty() ? document.madeFrom : document.path;
+}
+
+std::string ChooseFolder(const SaveStepSettings& settings, const SaveStepDocument& document)
+{
+    if (settings.inFolder) {
+        if (!settings.folder) Raise(genErrBadParm, "the save step names no folder to save in");
+        return *settings.folder;
+    }
+    if (Neighbour(document).empty())
+        Raise(genErrBadParm, "the document has no file yet, so there is no place to save it in");
+    return FolderOf(Neighbour(document));
+}
+
+std::string Unique(const std::string& folder, const std::string& base, const std::string& extension,
+                   const std::function<bool(const std::string&)>& exists)
+{
+    std::string path = Joined(folder, base + "." + extension);
+    for (int number = 1; exists(path); ++number)
+        path = Joined(folder, base + " (" + std::to_string(number) + ")." + extension);
+    return path;
+}
+
+}  // namespace
+
+SaveStepSettings SaveStepSettings::Read(const CCabinet* params)
+{
+    SaveStepSettings settings;
+    if (!params) return settings;
+    settings.inFolder = TextOrString(params, kDestination).value_or("") == kInAFolder;
+    settings.folder = ReadFolder(*params);
+    if (params->GetBool("AddToBaseName")) {
+        settings.before = TextOrString(params, "InsertBeforeBaseName").value_or("");
+        settings.after = TextOrString(params, "InsertAfterBaseName").value_or("");
+    }
+    settings.dontOverwrite = params->GetBool("DontOverwrite", true);
+    settings.optimise = params->GetBool("OptimizePDF", true);
+    settings.converterId = TextOrString(params, "HandlerUniqueID").value_or("");
+    if (settings.converterId == PDF_FILEFILTERREC_UNIQUEID) settings.converterId.clear();
+    return settings;
+}
+
+SaveTarget PlanSaveTarget(const SaveStepSettings& settings, const SaveStepDocument& document,
+                          const std::string& extension, const std::function<bool(const std::string&)>& exists)
+{
+    RequireInsideFolder(settings.before);
+    RequireInsideFolder(settings.after);
+    const bool affixed = !settings.before.empty() || !settings.after.empty();
+    const bool asPdf = settings.converterId.empty();
+    if (asPdf && !settings.inFolder && !affixed && !document.path.empty()) return {document.path, true};
+    const std::string base = document.baseName.empty() ? StemOf(Neighbour(document)) : document.baseName;
+    if (base.empty()) Raise(genErrBadParm, "the document has no name to be saved under");
+    RequireInsideFolder(base);
+    const std::string folder = ChooseFolder(settings, document);
+    const std::string name = settings.before + base + settings.after;
+    if (settings.dontOverwrite) return {Unique(folder, name, extension, exists), false};
+    const std::string path = Joined(folder, name + "." + extension);
+    return {path, path == document.path};
+}
+
+namespace {
+
+bool Exists(const std::string& path)
+{
+    std::error_code failed;
+    return std::filesystem::symlink_status(path, failed).type() != std::filesystem::file_type::not_found;
+}
+
+void RequireFolder(const SaveStepSettings& settings)
+{
+    std::error_code failed;
+    if (settings.inFolder && settings.folder && !std::filesystem::is_directory(*settings.folder, failed))
+        Raise(fileErrFNF, *settings.folder + ": the folder to save in does not exist");
+}
+
+/// Parts of the step that this host does not have: said, so that nobody takes them for done.
+void SayWhatIsMissing(const CCabinet* params)
+{
+    if (!params) return;
+    if (params->GetBool("RunPDFOptimizer"))
+        Diagnose("the save step's optimizer preset \"" + TextOrString(params, "PresetName").value_or("") +
+                 "\" is not applied: the host has no optimizer");
+    if (params->GetBool("EmbedIndex")) Diagnose("the save step embeds no search index: the host has none");
+    if (params->GetBool("NumbericNaming")) Diagnose("the save step numbers no files: the host does not offer that");
+}
+
+SaveStepDocument Describe(PDDoc document, const CCabinet* inputs)
+{
+    const CHostDocument& held = DocumentAt(document);
+    auto base = TextOrString(inputs, kAVCommandKeyBaseFileName);
+    if (!base) base = TextOrString(inputs, kAVCommandKeyBaseFileNameASText);
+    return {held.pdf.Path(), held.madeFrom, base.value_or("")};
+}
+
+void SaveAsPdf(PDDoc document, const SaveStepSettings& settings, const SaveTarget& target)
+{
+    DocumentSaveRequest request;
+    request.path = target.path;
+    request.linearise = settings.optimise;
+    request.mustNotExist = settings.dontOverwrite && !target.inPlace;
+    Part<CDocuments>().Save(document, request);
+}
+
+/// A path for the time of one call.
+class COwnedPath {
+public:
+    explicit COwnedPath(const std::string& native) : m_path(NewPath(native)) {}
+    ~COwnedPath() { ReleasePath(m_path); }
+    COwnedPath(const COwnedPath&) = delete;
+    COwnedPath& operator=(const COwnedPath&) = delete;
+    ASPathName Get() const { return m_path; }
+
+private:
+    ASPathName m_path;
+};
+
+std::string ExtensionOf(const AVConversionFromPDFHandlerRec& converter)
+{
+    const AVFileFilterRec& filter = converter.convFilter;
+    if (!filter.fileDescs || filter.numFileDescs == 0) return {};
+    const auto& extension = filter.fileDescs[0].extension;
+    return std::string(extension, strnlen(extension, sizeof(extension)));
+}
+
+AVCommandStatus SaveThroughConverter(PDDoc document, const SaveStepSettings& settings,
+                                     const SaveStepDocument& described)
+{
+    auto& converters = Part<CConverters>();
+    const auto converter = converters.FromPdfNamed(settings.converterId);
+    const std::string source = Neighbour(described);
+    if (!converter)
+        Raise(genErrGeneral, source + ": cannot be saved, there is no converter named " + settings.converterId);
+    const SaveTarget target = PlanSaveTarget(settings, described, ExtensionOf(*converter), &Exists);
+    const COwnedPath path(target.path);
+    ConversionOrder order;
+    if (settings.dontOverwrite) order.flags = kAVConversionDontOverwrite;
+    const AVConversionStatus status = converters.Convert(converter, order, document, path.Get());
+    if (status == kAVConversionSuccess) return kAVCommandDone;
+    if (status == kAVConversionCancelled) return kAVCommandCanceled;
+    const std::string& reason = converters.LastFailure();
+    Raise(genErrGeneral, target.path + ": the converter " + settings.converterId + " could not write it" +
+                             (reason.empty() ? std::string() : " (" + reason + ")"));
+}
+
+/// A save that fails raises: the message names file and reason, and nobody takes the step for done.
+AVCommandStatus Work(AVCommand command)
+{
+    auto& commands = Part<CCommands>();
+    const PDDoc document = commands.Document(command);
+    Require(document != nullptr, "the save step was given no document");
+    const CCabinet* const params = commands.Cab(command, kAVCommandKeyParams, false);
+    const auto settings = SaveStepSettings::Read(params);
+    const auto described = Describe(document, commands.Cab(command, "Inputs", false));
+    SayWhatIsMissing(params);
+    RequireFolder(settings);
+    if (!settings.converterId.empty()) return SaveThroughConverter(document, settings, described);
+    SaveAsPdf(document, settings, PlanSaveTarget(settings, described, "pdf", &Exists));
+    return kAVCommandDone;
+}
+
+void GetProps(AVCommand, ASCab props) { PutStepProps(CabAt(props), kTitles); }
+
+}  // namespace
+
+AVCommandHandler SaveStepHandler() { return StepHandler<&Work, &GetProps>(); }
+
+}  // namespace openhost

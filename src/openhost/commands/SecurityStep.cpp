@@ -1,0 +1,70 @@
+#include "openhost/commands/BuiltInCommands.h"
+#include "openhost/commands/Commands.h"
+#include "openhost/documents/Documents.h"
+
+namespace openhost {
+
+namespace {
+
+constexpr StepTitles kTitles = {"Document", "Security"};
+constexpr char kStandard[] = "Standard";
+
+/// The settings carry the names of the fields of the security record. A password that is there counts unless its
+/// "has" flag says no.
+StandardSecurity ReadSettings(const CCabinet& settings)
+{
+    StandardSecurity security;
+    security.userPasswordUtf8 = TextOrString(&settings, "userPW").value_or("");
+    security.ownerPasswordUtf8 = TextOrString(&settings, "ownerPW").value_or("");
+    security.hasUser = !security.userPasswordUtf8.empty() && settings.GetBool("hasUserPW", true);
+    security.hasOwner = !security.ownerPasswordUtf8.empty() && settings.GetBool("hasOwnerPW", true);
+    security.permissions = static_cast<std::uint32_t>(settings.GetInt("perms", -1));
+    security.keyLengthBytes = settings.GetInt("keyLength", 32);
+    security.revision = settings.GetInt("revision", 6);
+    security.method = settings.GetInt("encryptMethod", 7);
+    security.encryptMetadata = settings.GetBool("encryptMetadata", true);
+    return security;
+}
+
+void RemoveSecurity(CHostDocument& held)
+{
+    Translated([&] { held.pdf.RemoveSecurity(); });
+    held.newHandler = kNullAtom;
+    held.newHandlerHasData = false;
+}
+
+void SetStandardSecurity(CHostDocument& held, const CCabinet* settings)
+{
+    if (!settings)
+        Raise(genErrBadParm, held.pdf.Path() + ": the security step names a handler but gives it no settings");
+    held.newHandler = AtomFromText(kStandard);
+    held.newHandlerHasData = false;  // until the settings are accepted, nothing may be written
+    Translated([&] { held.pdf.SetSecurity(ReadSettings(*settings)); });
+    held.newHandlerHasData = true;
+}
+
+/// Prepares the document's security; the next full save writes it.
+AVCommandStatus Work(AVCommand command)
+{
+    auto& commands = Part<CCommands>();
+    const PDDoc document = commands.Document(command);
+    Require(document != nullptr, "the security step was given no document");
+    CHostDocument& held = DocumentAt(document);
+    const CCabinet* const params = commands.Cab(command, kAVCommandKeyParams, false);
+    const std::string handler = params ? AtomText(params->GetAtom("CryptHandler")) : std::string();
+    if (handler.empty())
+        RemoveSecurity(held);
+    else if (handler == kStandard)
+        SetStandardSecurity(held, params->GetCab("SecuritySettings"));
+    else
+        Raise(pdErrNoCryptHandler, held.pdf.Path() + ": there is no security handler named " + handler);
+    return kAVCommandDone;
+}
+
+void GetProps(AVCommand, ASCab props) { PutStepProps(CabAt(props), kTitles); }
+
+}  // namespace
+
+AVCommandHandler SecurityStepHandler() { return StepHandler<&Work, &GetProps>(); }
+
+}  // namespace openhost

@@ -1,0 +1,172 @@
+#include "openhost/conversion/Converters.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "openhost/app/Alerts.h"
+#include "openhost/app/AppState.h"
+#include "openhost/core/Frames.h"
+#include "openhost/documents/Documents.h"
+#include "openhost/files/FilePaths.h"
+#include "openhost/values/Cabinet.h"
+
+namespace openhost {
+
+namespace {
+
+template <class Record>
+bool Contains(const std::vector<Record>& list, const void* converter)
+{
+    return std::any_of(list.begin(), list.end(), [&](const Record& one) { return one.converter == converter; });
+}
+
+bool EqualIgnoringCase(std::string_view one, std::string_view other)
+{
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [&](char a, char b) { return lower(a) == lower(b); });
+}
+
+/// A text in an array of fixed size that need not be ended.
+template <std::size_t size>
+std::string_view Text(const char (&array)[size])
+{
+    return {array, strnlen(array, size)};
+}
+
+bool TakesExtension(const AVFileFilterRec& filter, std::string_view extension)
+{
+    for (int index = 0; filter.fileDescs && index < filter.numFileDescs; ++index)
+        if (EqualIgnoringCase(Text(filter.fileDescs[index].extension), extension)) return true;
+    return false;
+}
+
+/// The order's settings, or the converter's defaults, which live as long as this.
+class CSettings {
+public:
+    template <class Record>
+    CSettings(const Record& converter, ASCab ordered) : m_settings(ordered)
+    {
+        if (ordered || !converter.defaultSettings) return;
+        m_own = COwnedCab(CallPlugIn(converter.defaultSettings, static_cast<const char*>(converter.uniqueID),
+                                     converter.clientData));
+        m_settings = m_own.Get();
+    }
+    ASCab Get() const { return m_settings; }
+
+private:
+    COwnedCab m_own;
+    ASCab m_settings;
+};
+
+template <class Record>
+bool CanWork(const Record& converter, AVConversionFlags flags)
+{
+    return converter.convert && (converter.canDoSync || (flags & kAVConversionAsyncOkay));
+}
+
+std::string Unable(const char* uniqueId)
+{
+    return std::string("the converter \"") + uniqueId + "\" cannot work while the caller waits";
+}
+
+}  // namespace
+
+void CConverters::Register(AVConversionToPDFHandler converter)
+{
+    Require(converter && converter->size >= offsetof(AVConversionToPDFHandlerRec, append), "unusable converter");
+    if (!Contains(m_toPdf, converter)) m_toPdf.push_back({converter, Part<ActiveExtension>().current});
+}
+
+void CConverters::Register(AVConversionFromPDFHandler converter)
+{
+    Require(converter && converter->size >= offsetof(AVConversionFromPDFHandlerRec, streamMimeTypes),
+            "unusable converter");
+    if (!Contains(m_fromPdf, converter)) m_fromPdf.push_back({converter, Part<ActiveExtension>().current});
+}
+
+void CConverters::DropOwner(ASExtension owner)
+{
+    std::erase_if(m_toPdf, [&](const auto& one) { return one.owner == owner; });
+    std::erase_if(m_fromPdf, [&](const auto& one) { return one.owner == owner; });
+}
+
+std::vector<AVConversionToPDFHandler> CConverters::ToPdf() const
+{
+    std::vector<AVConversionToPDFHandler> all;
+    for (const auto& one : m_toPdf) all.push_back(one.converter);
+    return all;
+}
+
+std::vector<AVConversionFromPDFHandler> CConverters::FromPdf() const
+{
+    std::vector<AVConversionFromPDFHandler> all;
+    for (const auto& one : m_fromPdf) all.push_back(one.converter);
+    return all;
+}
+
+AVConversionToPDFHandler CConverters::ToPdfFor(std::string_view extension) const
+{
+    for (const auto& one : m_toPdf)
+        if (TakesExtension(one.converter->convFilter, extension)) return one.converter;
+    return nullptr;
+}
+
+AVConversionFromPDFHandler CConverters::FromPdfNamed(std::string_view uniqueId) const
+{
+    for (const auto& one : m_fromPdf)
+        if (Text(one.converter->uniqueID) == uniqueId) return one.converter;
+    return nullptr;
+}
+
+AVConversionStatus CConverters::Failed(std::string reason)
+{
+    SayAlert(reason);
+    m_lastFailure = std::move(reason);
+    return kAVConversionFailed;
+}
+
+AVConversionStatus CConverters::Convert(AVConversionToPDFHandler converter, const ConversionOrder& order,
+                                        ASPathName source, PDDoc* made)
+{
+    Require(Contains(m_toPdf, converter), "not a registered converter to PDF");
+    Require(made != nullptr, "no place for the converted document");
+    const std::string path = PathAt(source).Native();
+    *made = nullptr;
+    m_lastFailure.clear();
+    if (!CanWork(*converter, order.flags)) return Failed(path + ": " + Unable(converter->uniqueID));
+    PDDoc document = nullptr;
+    AVConversionStatus status = kAVConversionFailed;
+    try {
+        const CSettings settings(*converter, order.settings);
+        status = CallPlugIn(converter->convert, settings.Get(), order.flags, source, DefaultFileSys(), &document,
+                            order.monitor, converter->clientData);
+    } catch (const CHostRaise& raise) {
+        return Failed(raise.Message().find(path) == std::string::npos ? path + ": " + raise.Message()
+                                                                      : raise.Message());
+    }
+    if (status != kAVConversionSuccess) return status;
+    if (!Part<CDocuments>().Known(document)) return Failed(path + ": the converter made no document");
+    if (Part<CDocuments>().At(document).pdf.Path().empty()) Part<CDocuments>().At(document).madeFrom = path;
+    *made = document;
+    return status;
+}
+
+AVConversionStatus CConverters::Convert(AVConversionFromPDFHandler converter, const ConversionOrder& order,
+                                        PDDoc document, ASPathName target)
+{
+    Require(Contains(m_fromPdf, converter), "not a registered converter from PDF");
+    static_cast<void>(DocumentAt(document));
+    const std::string path = PathAt(target).Native();
+    m_lastFailure.clear();
+    if (!CanWork(*converter, order.flags)) return Failed(path + ": " + Unable(converter->uniqueID));
+    try {
+        const CSettings settings(*converter, order.settings);
+        return CallPlugIn(converter->convert, settings.Get(), order.flags, document, target, DefaultFileSys(),
+                          order.monitor, converter->clientData);
+    } catch (const CHostRaise& raise) {
+        return Failed(raise.Message());
+    }
+}
+
+}  // namespace openhost

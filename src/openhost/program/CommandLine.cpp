@@ -1,0 +1,121 @@
+#include "openhost/program/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+
+#include "openhost/app/AppState.h"
+#include "openhost/program/EventLoop.h"
+#include "openhost/program/OpenHost.h"
+#include "openhost/program/PasswordFile.h"
+#include "platform/Paths.h"
+
+namespace openhost {
+
+namespace {
+
+constexpr char kDescription[] =
+    "Runs plug-ins without a window: loads them, lets them do what they have scheduled, and ends.\n"
+    "What a plug-in is to do is told to the plug-in, not to this program.";
+
+constexpr char kFooter[] =
+    "Exit codes: 0 all files are fine; 1 the run could not start or broke off; 2 wrong arguments;\n"
+    "3 the run finished, but some files did not come out.\n\n"
+    "Examples:\n"
+    "  FERRULESEQU=protect.sequ FERRULEALTPATH=in FERRULEALTOUTPUTPATH=out ferrule-host\n"
+    "  ferrule-host --plugin ./Ferrule.api --password-file passwords.txt --verbose\n\n"
+    "The password file holds one password in each line, UTF-8. Only the line end is cut, so that\n"
+    "blanks count. The passwords are tried in this order on documents that need one.";
+
+struct Arguments {
+    std::vector<std::string> plugIns;
+    std::string passwordFile;
+    int hostVersion = 21;
+    bool stay = false;
+    bool verbose = false;
+    bool noQuitItem = false;
+};
+
+void Declare(CLI::App& app, Arguments& arguments)
+{
+    app.footer(kFooter);
+    app.set_version_flag("--version", std::string("ferrule-host ") + FERRULE_VERSION);
+    app.add_option("--plugin", arguments.plugIns,
+                   "Plug-in to load, repeatable [every *.api in the folder plug_ins "
+                   "beside this program]")
+        ->type_name("FILE");
+    app.add_option("--host-version", arguments.hostVersion, "Version that the host says it has, 5 to 99")
+        ->type_name("N")
+        ->check(CLI::Range(5, 99))
+        ->capture_default_str();
+    app.add_option("--password-file", arguments.passwordFile, "Passwords to try on encrypted documents")
+        ->type_name("FILE");
+    app.add_flag("--stay", arguments.stay, "Go on until a plug-in asks the host to quit");
+    app.add_flag("--verbose", arguments.verbose, "Say what is loaded and how every file ends");
+    app.add_flag("--no-quit-item", arguments.noQuitItem, "Leave the Quit item out of the menus")->group("");
+}
+
+std::vector<std::string> ChoosePlugIns(const Arguments& arguments)
+{
+    if (!arguments.plugIns.empty()) return arguments.plugIns;
+    return PlugInsOfFolder((std::filesystem::path(platform::ExecutablePath()).parent_path() / "plug_ins").string());
+}
+
+int Fail(const std::string& message)
+{
+    std::fprintf(stderr, "ferrule-host: %s\n", message.c_str());
+    return kExitBroken;
+}
+
+int RunHost(const Arguments& arguments)
+{
+    OpenHostOptions options;
+    options.majorVersion = arguments.hostVersion;
+    options.quitItem = !arguments.noQuitItem;
+    options.stay = arguments.stay;
+    options.verbose = arguments.verbose;
+    if (!arguments.passwordFile.empty()) {
+        auto passwords = ReadPasswordFile(arguments.passwordFile);
+        if (!passwords) return Fail("the password file " + arguments.passwordFile + " cannot be read");
+        options.passwordCandidates = std::move(*passwords);
+    }
+    for (const std::string& path : ChoosePlugIns(arguments)) options.plugIns.push_back({path, nullptr});
+    if (options.plugIns.empty()) return Fail("there is no plug-in to load");
+    COpenHost host(std::move(options));
+    if (!host.StartUp()) return Fail("no plug-in could be used");
+    const int code = host.Run();
+    host.ShutDown();
+    return code;
+}
+
+}  // namespace
+
+std::vector<std::string> PlugInsOfFolder(const std::string& folder)
+{
+    std::vector<std::string> found;
+    std::error_code failed;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, failed))
+        if (entry.path().extension() == ".api") found.push_back(entry.path().string());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+int RunCommandLine(int argumentCount, char** argumentValues)
+{
+    CLI::App app(kDescription, "ferrule-host");
+    Arguments arguments;
+    Declare(app, arguments);
+    try {
+        app.parse(argumentCount, argumentValues);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kExitFine : kExitUsage;
+    }
+    try {
+        return RunHost(arguments);
+    } catch (const std::exception& error) {
+        return Fail(error.what());
+    }
+}
+
+}  // namespace openhost

@@ -1,0 +1,101 @@
+#include "openhost/program/OpenHost.h"
+
+#include "openhost/app/AppState.h"
+#include "openhost/app/Notifications.h"
+#include "openhost/app/Slots.h"
+#include "openhost/app/Views.h"
+#include "openhost/commands/Commands.h"
+#include "openhost/commands/Handlers.h"
+#include "openhost/commands/Slots.h"
+#include "openhost/conversion/Slots.h"
+#include "openhost/core/Diagnostics.h"
+#include "openhost/documents/Documents.h"
+#include "openhost/documents/Slots.h"
+#include "openhost/files/Slots.h"
+#include "openhost/program/EventLoop.h"
+#include "openhost/program/RunRecord.h"
+#include "openhost/values/Slots.h"
+
+namespace openhost {
+
+namespace {
+
+void OfferAllSlots(CTables& tables)
+{
+    OfferCoreSlots(tables);
+    OfferValuesSlots(tables);
+    OfferFilesSlots(tables);
+    OfferDocumentsSlots(tables);
+    OfferAppSlots(tables);
+    OfferConversionSlots(tables);
+    OfferCommandsSlots(tables);
+    OfferJobsTable();
+}
+
+/// Whatever plug-ins left open; nothing of it is saved.
+void CloseViews()
+{
+    const auto open = Part<CViews>().All();
+    for (AVDoc view : open) {
+        try {
+            Part<CViews>().Close(view, true);
+        } catch (const CHostRaise& raise) {
+            Diagnose("a document view could not be closed: " + raise.Message());
+        }
+    }
+}
+
+}  // namespace
+
+COpenHost::COpenHost(OpenHostOptions options) : m_options(std::move(options)), m_host(std::make_unique<CHost>())
+{
+    Prepare();
+}
+
+COpenHost::~COpenHost() { ShutDown(); }
+
+void COpenHost::Prepare()
+{
+    if (m_options.diagnostics) Part<CDiagnostics>().SetListener(m_options.diagnostics);
+    if (m_options.clockMilliseconds) Part<AppClock>().milliseconds = m_options.clockMilliseconds;
+    Part<AppSettings>().majorVersion = m_options.majorVersion;
+    Part<AppSettings>().quitItem = m_options.quitItem;
+    Part<CRunRecord>().verbose = m_options.verbose;
+    Part<CDocuments>().passwordCandidates = m_options.passwordCandidates;
+    OfferAllSlots(Tables());
+    if (m_options.afterOffering) m_options.afterOffering(Tables());
+    PrepareApplication();
+    RegisterBuiltInConverters();
+    RegisterBuiltInCommands();
+}
+
+bool COpenHost::StartUp()
+{
+    m_up = true;
+    for (const PlugInSource& source : m_options.plugIns) m_plugIns.Load(source);
+    m_plugIns.RunStages();
+    Part<CCommandHandlers>().Start();
+    return m_plugIns.Living() > 0;
+}
+
+int COpenHost::Run()
+{
+    Notify(AVAppDidInitializeNSEL);
+    EventLoopOptions loop;
+    loop.stay = m_options.stay;
+    loop.sleep = m_options.sleep;
+    return RunEventLoop(loop);
+}
+
+void COpenHost::ShutDown()
+{
+    if (!m_up) return;
+    m_up = false;
+    Notify(AVAppWillQuitNSEL);
+    CloseViews();
+    Part<CCommands>().DestroyAll();
+    Part<CCommandHandlers>().Terminate();
+    m_plugIns.Unload();
+}
+
+}  // namespace openhost

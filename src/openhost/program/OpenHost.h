@@ -1,0 +1,62 @@
+#ifndef FERRULE_OPENHOST_PROGRAM_OPEN_HOST_H
+#define FERRULE_OPENHOST_PROGRAM_OPEN_HOST_H
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "openhost/core/Host.h"
+#include "openhost/core/Tables.h"
+#include "openhost/program/PlugIns.h"
+
+namespace openhost {
+
+struct OpenHostOptions {
+    int majorVersion = 21;
+    bool quitItem = true;
+    bool stay = false;
+    bool verbose = false;
+    std::vector<std::string> passwordCandidates;  ///< UTF-8, tried in this order on encrypted documents
+    std::vector<PlugInSource> plugIns;            ///< loaded in this order
+    /// Gets the host's remarks, one line each; absent: standard error.
+    std::function<void(std::string_view)> diagnostics;
+    /// May exchange entries of the tables; called once, before the first plug-in is.
+    std::function<void(CTables&)> afterOffering;
+    std::function<std::uint64_t()> clockMilliseconds;  ///< absent: the system's
+    std::function<void(std::uint64_t)> sleep;          ///< absent: really sleeps
+};
+
+/// A whole host without windows, from start to end; one at a time in a process.
+///
+/// Order: StartUp, Run, ShutDown, each once. The destructor shuts down what is still up.
+class COpenHost {
+public:
+    explicit COpenHost(OpenHostOptions options);
+    ~COpenHost();
+    COpenHost(const COpenHost&) = delete;
+    COpenHost& operator=(const COpenHost&) = delete;
+
+    /// Offers the tables, loads the plug-ins and takes them through their stages. False when none is left.
+    bool StartUp();
+    /// Announces that the host is up and runs the event loop; answers the exit code.
+    int Run();
+    /// Ends in order: quit is announced, views close unsaved, commands and handlers end, plug-ins unload.
+    void ShutDown();
+
+    CTables& Tables() { return m_host->Get<CTables>(); }
+
+private:
+    void Prepare();
+
+    OpenHostOptions m_options;
+    CPlugIns m_plugIns;  // outlives the host, which may still hold pointers into the libraries
+    std::unique_ptr<CHost> m_host;
+    bool m_up = false;
+};
+
+}  // namespace openhost
+
+#endif

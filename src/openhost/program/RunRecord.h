@@ -1,0 +1,44 @@
+#ifndef FERRULE_OPENHOST_PROGRAM_RUN_RECORD_H
+#define FERRULE_OPENHOST_PROGRAM_RUN_RECORD_H
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "hostapi/JobsTable.h"
+
+namespace openhost {
+
+/// What plug-ins have told of their runs over files, and what the host says about it.
+class CRunRecord {
+public:
+    bool verbose = false;  ///< says every file, not only those that did not come out
+
+    void RunStarts();
+    void FileDone(std::string_view path, ASInt32 outcome, std::string_view message);
+    void RunEnds(ASInt32 end, std::string_view message);
+
+    bool Told() const { return m_told; }  ///< somebody has used the table at all
+    bool Running() const { return m_running > 0; }
+    /// A run did not start, broke off, or never said how it ended.
+    bool Broken() const { return m_broken || Running(); }
+    int Files() const;
+    int Saved() const { return m_counts[kJobFileSaved]; }
+    /// "12 files: 10 saved, 2 failed".
+    std::string Summary() const;
+
+private:
+    static constexpr int kOutcomes = kJobFileStopped + 1;
+
+    std::array<int, kOutcomes> m_counts{};
+    int m_running = 0;
+    bool m_told = false;
+    bool m_broken = false;
+};
+
+/// Offers the table through which plug-ins tell of their runs. Once for each host.
+void OfferJobsTable();
+
+}  // namespace openhost
+
+#endif

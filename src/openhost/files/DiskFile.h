@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "hostapi/HostTypes.h"
+#include "hostapi/HostRecords.h"
 
 namespace openhost {
 
@@ -41,6 +41,10 @@ private:
 
 /// The code of the interface that says what the system's error number says; never 0.
 ASErrorCode FileErrorFromSystem(int errorNumber);
+
+/// What is known of a file or folder; `isThere` is false for a missing one. Dates are in universal time. The caller
+/// sets `size`.
+ASFileSysItemPropsRec ItemProperties(const std::string& nativePath);
 
 }  // namespace openhost
 

@@ -10,10 +10,10 @@
 namespace openhost {
 
 /// The absolute native path of a file or folder that need not exist, held by plug-ins as ASPathName. Bytes as the
-/// system has them; no "." or ".." steps are resolved, no separator at the end (but for the top).
+/// system has them, without "." and empty steps.
 class CFilePath {
 public:
-    /// A relative path is made absolute against the current folder.
+    /// A relative path is made absolute against the current folder. Raises genErrBadParm for an empty one.
     explicit CFilePath(std::string_view native);
 
     const std::string& Native() const { return m_native; }
@@ -25,10 +25,11 @@ private:
     std::string m_native;
 };
 
-/// The absolute native path of device-independent text, which may be relative to the folder of `relativeTo` (null:
-/// the current folder).
+/// The absolute native path of device-independent text. Relative text starts from `relativeTo`, that is the folder
+/// itself when it is one, else the folder that holds the file; null: the current folder. Raises genErrBadParm for an
+/// empty text.
 std::string NativeFromDeviceIndependent(std::string_view text, const CFilePath* relativeTo);
-/// The device-independent text of `path` as seen from the folder of `relativeTo`; absolute without one.
+/// The device-independent text of `path` as seen from `relativeTo` in the same sense; absolute without one.
 std::string DeviceIndependentFrom(const CFilePath& path, const CFilePath* relativeTo);
 
 /// All living paths; each is released exactly once.

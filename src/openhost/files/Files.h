@@ -27,10 +27,15 @@ public:
     CHandles<CHostFile, ASFile> handles{"file"};
 };
 
-/// Opens a file or the one that is open already. Answers 0, or an error code; does not raise for what the disk says.
+/// Opens a file or the one that is open already, with more rights when the mode wants more. A file opened for writing
+/// and creating but not for reading starts empty. Answers 0, or an error code; does not raise for what the disk says.
 ASErrorCode OpenFile(const CFilePath& path, ASFileMode mode, ASFile* file);
-/// Answers 0 or an error code. The file is gone with the last close that is due.
+/// Answers 0 or an error code. The file is gone with the last close that is due, or with the last stream on it when
+/// that is closed later.
 ASErrorCode CloseFile(ASFile file);
+/// Streams note their use of a file; the last one lets go of a file that was closed before it.
+void AddStream(CHostFile& file);
+ASErrorCode RemoveStream(CHostFile& file);
 /// Raises genErrBadParm unless `file` is a living file.
 CHostFile& FileAt(ASFile file);
 std::size_t LiveFiles();

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include "hostapi/HostTypes.h"
 #include "openhost/core/Handles.h"
@@ -14,15 +16,23 @@ class CHostStream {
 public:
     virtual ~CHostStream() = default;
     /// Fewer than `count` only at the end. Raises genErrBadParm for a writing stream, or a file error.
-    virtual std::size_t Read(char* bytes, std::size_t count);
-    /// Raises genErrBadParm for a reading stream, or a file error: what this answers has been taken.
-    virtual std::size_t Write(const char* bytes, std::size_t count);
+    std::size_t Read(char* bytes, std::size_t count);
+    /// The next read gives these bytes first.
+    void PushBack(std::string_view bytes) { m_pushedBack.insert(0, bytes); }
+
+    /// Takes all bytes. Raises genErrBadParm for a reading stream, or a file error, perhaps about earlier bytes.
+    virtual void Write(const char* bytes, std::size_t count);
     /// Hands everything on to file or procedure. Raises a file error when that fails.
     virtual void Flush() {}
-    /// The last call: flushes and lets go of file or procedure.
+    /// The last call: flushes and lets go of file or procedure. Raises a file error; the stream is done all the same.
     virtual void Close() {}
-    /// Goes back by `count` bytes that were just read; false when the stream cannot.
-    virtual bool GoBack(std::size_t count);
+
+protected:
+    virtual std::size_t ReadMore(char* bytes, std::size_t count);
+    std::size_t PushedBack() const { return m_pushedBack.size(); }
+
+private:
+    std::string m_pushedBack;
 };
 
 class CStreams {

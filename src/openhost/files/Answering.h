@@ -1,0 +1,21 @@
+#ifndef FERRULE_OPENHOST_FILES_ANSWERING_H
+#define FERRULE_OPENHOST_FILES_ANSWERING_H
+
+#include "openhost/core/Raise.h"
+
+namespace openhost {
+
+/// For the functions that answer an error code instead of raising it.
+template <class Work>
+ASErrorCode Answering(Work work)
+{
+    try {
+        return work();
+    } catch (const CHostRaise& raise) {
+        return raise.Code() != 0 ? raise.Code() : static_cast<ASErrorCode>(genErrGeneral);
+    }
+}
+
+}  // namespace openhost
+
+#endif

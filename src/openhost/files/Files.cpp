@@ -1,0 +1,82 @@
+#include "openhost/files/Files.h"
+
+#include "openhost/core/Host.h"
+
+namespace openhost {
+
+namespace {
+
+DiskFileMode DiskMode(ASFileMode mode)
+{
+    return {(mode & ASFILE_READ) != 0, (mode & ASFILE_WRITE) != 0, (mode & ASFILE_CREATE) != 0};
+}
+
+CHostFile* FindOpen(const std::string& nativePath)
+{
+    CHostFile* found = nullptr;
+    Part<CFiles>().handles.ForEach([&](CHostFile& file) {
+        if (file.opened > 0 && file.disk.IsSame(nativePath)) found = &file;
+    });
+    return found;
+}
+
+/// Opens the same file once more when it needs rights that it does not have yet.
+ASErrorCode Widen(CHostFile& file, ASFileMode mode)
+{
+    constexpr ASFileMode kRights = ASFILE_READ | ASFILE_WRITE;
+    if ((mode & kRights & ~file.mode) == 0) return 0;
+    const auto wider = static_cast<ASFileMode>((file.mode | mode) & kRights);
+    CDiskFile disk;
+    if (const ASErrorCode failed = disk.Open(file.path.Native(), DiskMode(wider))) return failed;
+    file.disk = std::move(disk);
+    file.mode = static_cast<ASFileMode>(file.mode | wider);
+    return 0;
+}
+
+}  // namespace
+
+ASErrorCode OpenFile(const CFilePath& path, ASFileMode mode, ASFile* file)
+{
+    if ((mode & (ASFILE_READ | ASFILE_WRITE)) == 0) return genErrBadParm;
+    if (CHostFile* const open = FindOpen(path.Native())) {
+        if (const ASErrorCode failed = Widen(*open, mode)) return failed;
+        ++open->opened;
+        *file = CHandles<CHostFile, ASFile>::HandleOf(*open);
+        return 0;
+    }
+    CDiskFile disk;
+    if (const ASErrorCode failed = disk.Open(path.Native(), DiskMode(mode))) return failed;
+    const bool startsEmpty = (mode & ASFILE_CREATE) && (mode & ASFILE_WRITE) && !(mode & ASFILE_READ);
+    std::uint64_t length = 0;
+    if (startsEmpty && disk.Length(&length) == 0 && length > 0)
+        if (const ASErrorCode failed = disk.SetLength(0)) return failed;
+    *file = Part<CFiles>().handles.Add(std::make_unique<CHostFile>(CHostFile{path, std::move(disk), mode}));
+    return 0;
+}
+
+ASErrorCode CloseFile(ASFile handle)
+{
+    CHostFile* const file = Part<CFiles>().handles.Find(handle);
+    if (!file || file->opened == 0) return genErrBadParm;
+    if (--file->opened > 0 || file->streams > 0) return 0;
+    return Part<CFiles>().handles.Take(handle)->disk.Close();
+}
+
+void AddStream(CHostFile& file) { ++file.streams; }
+
+ASErrorCode RemoveStream(CHostFile& file)
+{
+    if (--file.streams > 0 || file.opened > 0) return 0;
+    return Part<CFiles>().handles.Take(CHandles<CHostFile, ASFile>::HandleOf(file))->disk.Close();
+}
+
+CHostFile& FileAt(ASFile handle)
+{
+    CHostFile& file = Part<CFiles>().handles.At(handle);
+    Require(file.opened > 0, "the file is closed");
+    return file;
+}
+
+std::size_t LiveFiles() { return Part<CFiles>().handles.Live(); }
+
+}  // namespace openhost

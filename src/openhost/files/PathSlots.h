@@ -1,0 +1,27 @@
+#ifndef FERRULE_OPENHOST_FILES_PATH_SLOTS_H
+#define FERRULE_OPENHOST_FILES_PATH_SLOTS_H
+
+#include "openhost/core/Tables.h"
+
+namespace openhost {
+
+// The functions that stand both in a table and in the record of the file system.
+ASPathName CreatePathName(const ASFileSys fileSys, ASAtom type, const void* spec, const void* extra);
+ASPathName CopyPath(ASFileSys fileSys, ASPathName path);
+void ReleasePathName(ASFileSys fileSys, ASPathName path);
+ASPathName AcquireParent(ASFileSys fileSys, ASPathName path);
+char* DIPathFromPath(ASFileSys fileSys, ASPathName path, ASPathName relativeTo);
+ASPathName PathFromDIPath(ASFileSys fileSys, const char* diPath, ASPathName relativeTo);
+ASErrorCode NameFromPath(ASFileSys fileSys, ASPathName path, char* buffer, ASTArraySize size);
+ASErrorCode NameFromPathToText(ASFileSys fileSys, ASPathName path, ASText name);
+char* DisplayString(ASFileSys fileSys, ASPathName path);
+ASErrorCode DisplayText(ASFileSys fileSys, ASPathName path, ASText text);
+ASErrorCode RemoveFile(ASFileSys fileSys, ASPathName path);
+ASErrorCode ItemProps(ASFileSys fileSys, ASPathName path, ASFileSysItemProps props);
+ASDiskSpace64 FreeSpace(ASFileSys fileSys, ASPathName path);
+
+std::size_t LivePlatformPaths();
+
+}  // namespace openhost
+
+#endif

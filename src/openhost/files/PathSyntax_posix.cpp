@@ -1,0 +1,68 @@
+#include <cctype>
+#include <filesystem>
+
+#include "openhost/files/PathSyntax.h"
+
+namespace openhost {
+
+const char* const kFileSysName = "Unix";
+
+std::string AbsoluteNative(std::string_view native)
+{
+    std::string given(native);
+    if (given.empty() || given[0] != '/') {
+        std::error_code failed;
+        given = std::filesystem::current_path(failed).native() + "/" + given;
+    }
+    std::string result;
+    for (std::size_t at = 0; at < given.size();) {
+        const std::size_t end = std::min(given.find('/', at), given.size());
+        const std::string_view step = std::string_view(given).substr(at, end - at);
+        if (!step.empty() && step != ".") result.append("/").append(step);
+        at = end + 1;
+    }
+    return result.empty() ? "/" : result;
+}
+
+std::string FolderOfNative(std::string_view absolute)
+{
+    if (absolute == "/") return {};
+    const std::size_t last = absolute.rfind('/');
+    return last == 0 ? "/" : std::string(absolute.substr(0, last));
+}
+
+std::string NameOfNative(std::string_view absolute) { return std::string(absolute.substr(absolute.rfind('/') + 1)); }
+
+std::string JoinNative(std::string_view folder, std::string_view name)
+{
+    std::string path(folder);
+    if (!path.ends_with('/')) path += '/';
+    return path.append(name);
+}
+
+bool IsPlainName(std::string_view name)
+{
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos;
+}
+
+std::string DeviceIndependentOfNative(std::string_view absolute) { return std::string(absolute); }
+
+std::string NativeOfDeviceIndependent(std::string_view absolute) { return AbsoluteNative(absolute); }
+
+std::string UrlOfNative(std::string_view absolute)
+{
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string url = "file://";
+    for (const char character : absolute) {
+        const auto byte = static_cast<unsigned char>(character);
+        const bool plain = byte < 0x80 && (std::isalnum(byte) ||
+                                           std::string_view("/-._~").find(character) != std::string_view::npos);
+        if (plain)
+            url += character;
+        else
+            url.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
+    }
+    return url;
+}
+
+}  // namespace openhost

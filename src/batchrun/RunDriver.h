@@ -5,13 +5,10 @@
 #include "batchrun/RunEvents.h"
 #include "batchrun/RunSettings.h"
 
-#include <functional>
-#include <memory>
-
 class CLogWriter;
-class CProgressMonitorWrapper;
+class CSequence;
 
-/// Everything is borrowed and must outlive the driver.
+/// The references are borrowed and must outlive the driver.
 struct RunDriverServices {
     EnvironmentReader environment;
     CLogWriter& log;
@@ -25,13 +22,13 @@ class CRunDriver {
 public:
     explicit CRunDriver(RunDriverServices services);
 
-    /// Never throws: a host error or any other exception ends the run, is logged, and leaves the host open.
+    /// Throws nothing: a host error or any other exception ends the run, is logged, and leaves the host open.
     void Idle() noexcept;
 
     bool HasStarted() const { return m_started; }
 
-    /// Set from the environment at the start of a run; kept for whoever asks, nothing depends on it.
-    bool ExecuteInSteps() const { return m_executeInSteps; }
+    /// Set from the environment during a run; kept for whoever asks, nothing depends on it.
+    bool ExecutesInSteps() const { return m_executeInSteps; }
 
 private:
     struct Ending {
@@ -39,9 +36,10 @@ private:
         std::string message;
     };
 
+    Ending RunGuarded() noexcept;
     Ending Run();
-    Ending RunOrReport();
-    Ending RunSequence(const RunSettings& settings, class CSequence& sequence);
+    Ending RunLoaded(const RunSettings& settings, CSequence& sequence);
+    std::string ApplyFinalActionTo(const std::string& inputPath, const RunSettings& settings);
 
     RunDriverServices m_services;
     bool m_started = false;

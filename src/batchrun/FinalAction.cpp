@@ -1,0 +1,131 @@
+#include "batchrun/FinalAction.h"
+
+#include "common/FileNames.h"
+#include "common/Log.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+#include "platform/Programs.h"
+
+#include <cerrno>
+
+namespace {
+
+using platform::Existing;
+using platform::FileResult;
+using FileOperation = FileResult (*)(const std::string&, const std::string&, Existing);
+
+/// Another program may take a free name before we do; then the next free one is tried, so often at most.
+constexpr int kNameAttempts = 100;
+
+FinalActionResult Report(bool done, const char* success, const char* failure, const std::string& value,
+                         CLogWriter& log)
+{
+    log.NameValue(done ? success : failure, value, 1);
+    return done ? FinalActionResult::Done : FinalActionResult::Failed;
+}
+
+/// Kept: the separator is appended whatever the destination ends with.
+std::string TargetPath(const std::string& inputPath, const std::string& destination)
+{
+    return destination + platform::kSeparator + FileName(inputPath);
+}
+
+FinalActionResult ReportCopy(const FileResult& result, const std::string& target, CLogWriter& log)
+{
+    return Report(result.Ok(), "File is copied to", "Can't copy file to", target, log);
+}
+
+FinalActionResult ReportMove(const FileResult& result, const std::string& target, CLogWriter& log)
+{
+    return Report(result.Ok(), "File is moved to", "Can't move file to", target, log);
+}
+
+struct UniqueResult {
+    FileResult result;
+    std::string target;
+};
+
+UniqueResult UnderFreeName(FileOperation operation, const std::string& inputPath, const std::string& wanted)
+{
+    UniqueResult unique;
+    for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
+        unique.target = UniqueSpaced(wanted);
+        unique.result = operation(inputPath, unique.target, Existing::Fail);
+        if (unique.result.errorNumber != EEXIST) break;
+    }
+    return unique;
+}
+
+void LogMissingFolder(const std::string& destination, CLogWriter& log)
+{
+    if (!platform::FolderExists(destination)) log.NameValue("Missing output folder", destination, 1);
+}
+
+FinalActionResult MoveAndReplace(const std::string& inputPath, const std::string& destination, CLogWriter& log)
+{
+    const std::string target = TargetPath(inputPath, destination);
+    const FileResult result = platform::MoveFile(inputPath, target, Existing::Replace);
+    const FinalActionResult outcome = ReportMove(result, target, log);
+    if (outcome == FinalActionResult::Done) return outcome;
+    LogMissingFolder(destination, log);
+    log.NameNumber("Error code", result.errorNumber, 1);
+    return outcome;
+}
+
+FinalActionResult MoveUnderFreeName(const std::string& inputPath, const std::string& destination, CLogWriter& log)
+{
+    const UniqueResult unique = UnderFreeName(platform::MoveFile, inputPath, TargetPath(inputPath, destination));
+    const FinalActionResult outcome = ReportMove(unique.result, unique.target, log);
+    if (outcome == FinalActionResult::Done) return outcome;
+    LogMissingFolder(destination, log);
+    log.NameValue("Input file location", inputPath, 1);
+    log.NameNumber("Error code", unique.result.errorNumber, 1);
+    return outcome;
+}
+
+FinalActionResult CopyUnderFreeName(const std::string& inputPath, const std::string& destination, CLogWriter& log)
+{
+    const UniqueResult unique = UnderFreeName(platform::CopyFile, inputPath, TargetPath(inputPath, destination));
+    return ReportCopy(unique.result, unique.target, log);
+}
+
+FinalActionResult Rename(const std::string& inputPath, const std::string& newName, CLogWriter& log)
+{
+    const std::string target = FolderOf(inputPath) + newName;
+    const bool done = platform::MoveFile(inputPath, target, Existing::Fail).Ok();
+    return Report(done, "File is renamed to", "Can't rename file to", target, log);
+}
+
+}  // namespace
+
+FinalActionResult ApplyFinalAction(const std::string& inputPath, const FinalAction& action, CLogWriter& log)
+{
+    const std::string& destination = action.destination;
+    const std::string target = TargetPath(inputPath, destination);
+    const Existing copyMode = action.failIfExists ? Existing::Fail : Existing::Replace;
+    switch (action.code) {
+        case 0:
+            return FinalActionResult::Done;
+        case 1:
+            return ReportCopy(platform::CopyFile(inputPath, target, copyMode), target, log);
+        case 2:
+            return ReportMove(platform::MoveFile(inputPath, target, Existing::Fail), target, log);
+        case 3:
+            return Report(platform::DeleteFile(inputPath).Ok(), "File is deleted", "Can't delete file", inputPath,
+                          log);
+        case 4:
+            return Rename(inputPath, destination, log);
+        case 5:
+            return Report(platform::OpenWithShell(destination, inputPath), "File is executed",
+                          "An error occured while trying to execute file", destination, log);  // sic
+        case 6:
+            return MoveAndReplace(inputPath, destination, log);
+        case 7:
+            return MoveUnderFreeName(inputPath, destination, log);
+        case 8:
+            return CopyUnderFreeName(inputPath, destination, log);
+        default:
+            log.NameNumber("ERROR: Unknown final action", action.code, 1);
+            return FinalActionResult::UnknownCode;
+    }
+}

@@ -1,0 +1,25 @@
+// What happens to an input file after it has been processed.
+#pragma once
+
+#include <string>
+
+class CLogWriter;
+
+enum class FinalActionResult {
+    Done,
+    Failed,      // logged; the input file is where it was
+    UnknownCode  // logged; nothing was done
+};
+
+struct FinalAction {
+    int code = 0;               // 0 to 8
+    std::string destination;    // a folder, a new name, or a program, as the code demands
+    bool failIfExists = false;  // for code 1 alone: do not replace an existing copy
+};
+
+/// Applies an action to an input file and logs the outcome.
+///
+/// 0 nothing, 1 copy and replace, 2 move, 3 delete, 4 rename, 5 open with a program, 6 move and replace, 7 move under
+/// a free name, 8 copy under a free name. Nothing but 1 and 6 ever replaces a file, and no failure loses the input.
+[[nodiscard]] FinalActionResult ApplyFinalAction(const std::string& inputPath, const FinalAction& action,
+                                                 CLogWriter& log);

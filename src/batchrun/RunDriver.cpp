@@ -1,0 +1,110 @@
+#include "batchrun/RunDriver.h"
+
+#include "batchrun/FinalAction.h"
+#include "common/Log.h"
+#include "common/Progress.h"
+#include "engine/Executor.h"
+#include "engine/SequenceFile.h"
+
+#include <exception>
+#include <memory>
+#include <utility>
+
+namespace {
+
+constexpr char kEndOfRun[] = "--------------------------------------------------------------------------------------";
+
+ExecutorSettings SettingsForExecutor(const RunSettings& settings)
+{
+    return {.alternativeInputPath = settings.alternativeInputPath,
+            .alternativeOutputPath = settings.alternativeOutputPath,
+            .allowedExtensions = settings.allowedExtensions,
+            .noSubfolders = settings.noSubfolders};
+}
+
+/// The monitor of a run; it shows nothing as long as there is no progress window to show.
+std::unique_ptr<CCustomMonitor> StartMonitor()
+{
+    auto monitor = std::make_unique<CCustomMonitor>();
+    monitor->Start(nullptr);
+    monitor->BeginOperation();
+    return monitor;
+}
+
+RunEnd EndOf(ExecutionEnd end)
+{
+    switch (end) {
+        case ExecutionEnd::Finished:
+            return RunEnd::Finished;
+        case ExecutionEnd::NotStarted:
+            return RunEnd::NotStarted;
+        case ExecutionEnd::Stopped:
+            return RunEnd::Broken;
+    }
+    return RunEnd::Broken;
+}
+
+}  // namespace
+
+CRunDriver::CRunDriver(RunDriverServices services) : m_services(std::move(services)) {}
+
+void CRunDriver::Idle() noexcept
+{
+    if (m_started) return;
+    m_started = true;  // before anything else: the host's idle loop may come back here during the run
+    const Ending ending = RunGuarded();
+    m_services.log.Line(kEndOfRun);
+    m_services.events.RunEnds(ending.end, ending.message);
+}
+
+CRunDriver::Ending CRunDriver::RunGuarded() noexcept
+{
+    std::string reason;
+    try {
+        return Run();
+    } catch (const std::exception& exception) {  // host errors are of this kind
+        reason = exception.what();
+    } catch (...) {
+        reason = "unknown exception";
+    }
+    // The host stays open for the operator.
+    m_services.log.NameValue("Unexpected application exception occured during Ferrule execution", reason, 1);  // sic
+    return {RunEnd::Broken, reason};
+}
+
+CRunDriver::Ending CRunDriver::Run()
+{
+    const RunSettings settings = ReadRunSettings(m_services.environment, m_services.log);
+    Expected<CSequence> sequence = LoadSequenceFile(settings.sequencePath, m_services.log);
+    Ending ending{RunEnd::NotStarted, sequence ? "" : sequence.Error()};
+    if (sequence) ending = RunLoaded(settings, *sequence);
+    m_services.host.CloseHost();
+    return ending;
+}
+
+CRunDriver::Ending CRunDriver::RunLoaded(const RunSettings& settings, CSequence& sequence)
+{
+    CLogWriter& log = m_services.log;
+    log.NameValue("Processing batch sequence", settings.sequencePath, 1);
+    const std::unique_ptr<CCustomMonitor> monitor = settings.showProgress ? StartMonitor() : nullptr;
+    m_executeInSteps = settings.executeInSteps;
+    for (const std::string& extension : settings.allowedExtensions)
+        log.NameValue("Allowed file extension", extension, 1);
+
+    CRunEvents& events = m_services.events;
+    const ExecutorCallbacks callbacks{
+        .inputsFound = [&](int inputs) { events.RunStarts(inputs); },
+        .finalAction = [&](const ProcessedFile& file) { return ApplyFinalActionTo(file.path, settings); },
+        .fileDone = [&](const ProcessedFile& file) { events.FileDone(file); }};
+    const ExecutionResult result =
+        ::RunSequence(SettingsForExecutor(settings), sequence, monitor.get(), callbacks, log);
+    if (monitor) monitor->EndOperation();
+    return {EndOf(result.end), result.message};
+}
+
+std::string CRunDriver::ApplyFinalActionTo(const std::string& inputPath, const RunSettings& settings)
+{
+    const FinalAction action{.code = settings.finalAction, .destination = settings.destination};
+    if (ApplyFinalAction(inputPath, action, m_services.log) == FinalActionResult::Done) return {};
+    return "The final action on the input file failed.";
+}

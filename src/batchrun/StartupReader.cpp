@@ -1,0 +1,30 @@
+#include "batchrun/StartupReader.h"
+
+#include "common/Log.h"
+#include "common/Text.h"
+
+namespace {
+
+constexpr int kRunDriverPeriodTicks = 60;
+
+}  // namespace
+
+StartupDecision ReadStartup(const EnvironmentReader& environment, CLogWriter& log, CStartupActions& actions)
+{
+    const std::string sequence = environment("FERRULESEQU");
+    if (sequence.empty()) {
+        log.Line("No sequence file specified");
+        return {};
+    }
+    StartupDecision decision;
+    // Kept: not trimmed here, so " yes" hides the progress dialog later but not the host window now.
+    if (EqualsIgnoreCaseAscii(environment("FERRULENOPROGRESS"), "yes")) {
+        decision.hostWindowHidden = true;
+        actions.HideHostWindow();
+    }
+    actions.KeepHostWindowOffScreen();
+    log.NameValue("Registering sequence file", sequence, 0);
+    actions.ScheduleRunDriver(kRunDriverPeriodTicks);
+    decision.runScheduled = true;
+    return decision;
+}

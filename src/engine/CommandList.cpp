@@ -1,0 +1,98 @@
+#include "engine/CommandList.h"
+
+#include "common/Log.h"
+#include "engine/HandlerAlternatives.h"
+#include "hostapi/HostConstants.h"
+#include "hostcalls/Atoms.h"
+
+#include <utility>
+
+namespace {
+
+std::optional<std::string> HandlerName(CCabView entry)
+{
+    if (const auto atom = entry.Atom("HandlerName")) return AtomText(*atom);
+    return entry.StringOrText("HandlerName");
+}
+
+/// The name under which the host has a handler; nothing when it has none.
+std::optional<std::string> AvailableHandler(const std::string& name, CLogWriter& log)
+{
+    if (FindCommandHandler(name)) return name;
+    log.NameValue("Batch command does not exists", name, 1);  // sic
+    if (const auto alternative = AlternativeHandler(name)) {
+        log.NameValue("Trying to load alternative command", *alternative, 1);
+        if (FindCommandHandler(*alternative)) return alternative;
+    }
+    log.Line("\tCommand handler is not available");
+    return std::nullopt;
+}
+
+void LogDescription(const CHostCommand& command, CLogWriter& log)
+{
+    const CCab props = command.Props({kAVCommandKeyParamsDesc});
+    const CCabView description = props.Cab(kAVCommandKeyParamsDesc);
+    const auto keys = description.Keys();
+    if (keys.empty()) {
+        log.Line("Command does not support parameter descriptions");
+        return;
+    }
+    log.Line("Command's parameters description:");
+    for (const std::string& key : keys) log.Line("\t" + description.StringOrText(key.c_str()).value_or(""));
+}
+
+/// Answers why the command cannot be used; empty when it can.
+std::string SetUp(CHostCommand& command, CCabView entry, CLogWriter& log)
+{
+    if (const CCabView config = entry.Cab("Config"); config && command.SetConfig(config) == kAVCommandInError) {
+        log.Line("ERROR: Setting command configuration failed");
+        return "its configuration was refused";
+    }
+    if (const CCabView params = entry.Cab("Params")) {
+        log.NameNumber("Params cab entries", params.Size(), 1);
+        if (command.SetParams(params) == kAVCommandInError) {
+            log.Line("ERROR: Setting parameters failed");
+            return "its parameters were refused";
+        }
+    }
+    const int policy = entry.Int("UIPolicy", kAVCommandUISilent);
+    command.SetUIPolicy(static_cast<AVCommandUIPolicy>(policy));
+    LogDescription(command, log);
+    return {};
+}
+
+Expected<SequenceCommand> MakeCommand(CCabView entry, CLogWriter& log)
+{
+    const auto name = HandlerName(entry);
+    if (!name || name->empty()) {
+        log.Line("Error reading batch command from a cab");
+        return Failure("A command of the sequence has no handler name.");
+    }
+    SequenceCommand made{*name, entry.StringOrText("Title").value_or(*name), std::nullopt};
+    const auto handler = AvailableHandler(*name, log);
+    if (!handler) return made;
+    made.handlerName = *handler;
+    made.command = CHostCommand::Create(*handler);
+    if (!made.command) {
+        log.NameValue("Error creating a batch command", *handler, 1);
+        return Failure("The command " + *handler + " cannot be created.");
+    }
+    const std::string problem = SetUp(*made.command, entry, log);
+    if (!problem.empty()) return Failure("The command " + *handler + " cannot be used: " + problem + ".");
+    return made;
+}
+
+}  // namespace
+
+Expected<CommandList> MakeCommands(CCabView commands, CLogWriter& log)
+{
+    const int count = commands.Size();
+    log.NameNumber("Number of batch commands in the sequence", count, 1);
+    CommandList list;
+    for (int index = 0; index < count; ++index) {
+        auto command = MakeCommand(commands.Cab(CabKey(index).c_str()), log);
+        if (!command) return Failure(command.Error());
+        list.push_back(std::move(*command));
+    }
+    return list;
+}

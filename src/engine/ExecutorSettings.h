@@ -1,0 +1,13 @@
+// What the caller of a run may set beside the sequence itself.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct ExecutorSettings {
+    std::string alternativeInputPath;            // a folder or a file in place of the sequence's input; empty = none
+    std::string alternativeOutputPath;           // a folder in place of the sequence's output folder; empty = none
+    std::vector<std::string> allowedExtensions;  // in place of the file types that the sequence accepts; empty = none
+    bool noSubfolders = false;
+    bool interactive = false;  // whether a command may show its settings dialog
+};

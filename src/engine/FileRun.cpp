@@ -1,0 +1,254 @@
+#include "engine/FileRun.h"
+
+#include "common/FileNames.h"
+#include "common/Log.h"
+#include "common/Progress.h"
+#include "common/Text.h"
+#include "engine/CommandExecution.h"
+#include "engine/CommandFlights.h"
+#include "engine/InputOpening.h"
+#include "engine/SaveStepRedirection.h"
+#include "hostapi/HostConstants.h"
+#include "hostcalls/HostFrame.h"
+
+#include <utility>
+
+namespace {
+
+constexpr int kFirstMajorWithViews = 11;
+
+/// The further down, the worse.
+int Badness(FileOutcome outcome)
+{
+    switch (outcome) {
+        case FileOutcome::Saved:
+            return 0;
+        case FileOutcome::CopiedUnchanged:
+            return 1;
+        case FileOutcome::Incomplete:
+            return 2;
+        case FileOutcome::Failed:
+            return 3;
+        default:
+            return 4;
+    }
+}
+
+}  // namespace
+
+CFileRun::CFileRun(RunContext& run, std::string path, int fileNumber)
+    : m_run(run), m_log(run.log), m_result{std::move(path), FileOutcome::Saved, {}}, m_number(fileNumber)
+{
+}
+
+ProcessedFile CFileRun::Process()
+{
+    m_log.NameValue("Opening input document", m_result.path, 1);
+    if (!Open()) return m_result;
+    if (const auto error = CatchHostError([&] { ProcessOpen(); })) {
+        m_log.NameValue("ERROR: Command execution failed", error->text, 1);
+        Mark(FileOutcome::Failed, error->text);
+    }
+    Close();
+    return m_result;
+}
+
+bool CFileRun::Open()
+{
+    std::string reason;
+    const auto error = CatchHostError([&] {
+        reason = OpenInput(m_document, m_result.path, m_log);
+        if (reason.empty()) m_permissions = {m_document.MayModify(), m_document.MayFullSave()};
+    });
+    if (error) reason = error->text;
+    if (reason.empty()) return true;
+    m_log.NameValue("Can't open input document", m_result.path + " (" + reason + ")", 1);
+    Mark(FileOutcome::Failed, "The file cannot be opened: " + reason);
+    return false;
+}
+
+void CFileRun::ProcessOpen()
+{
+    if (!PrepareCommands()) return;
+    ShowDocument();
+    m_run.progress.SetOperationText(
+        FormatText("Processing file %d out %d (%s)", m_number, m_run.fileCount, FileName(m_result.path).c_str()));
+    m_run.progress.SetCurrentValue(m_number);
+    Preflight();
+    if (RunCommands() && m_result.outcome != FileOutcome::Failed) Save();
+}
+
+bool CFileRun::PrepareCommands()
+{
+    const CCabView commands = m_run.sequence.Commands();
+    if (commands.Size() == 0) m_log.Line("Batch sequence does not contain any commands.");
+    m_run.commands.clear();
+    std::string reason;
+    const auto error = CatchHostError([&] {
+        auto made = MakeCommands(commands, m_log);
+        if (made) m_run.commands = std::move(*made);
+        if (!made) reason = made.Error();
+    });
+    if (error) reason = error->text;
+    if (!reason.empty()) {
+        m_log.NameValue("Error preparing commands", reason, 1);
+        Mark(FileOutcome::Failed, reason);
+        return false;
+    }
+    if (m_run.sequencePreflighted) return true;
+    m_run.sequencePreflighted = true;
+    if (const std::string problem = PreflightSequence(m_run.commands, m_log); !problem.empty()) Stop(problem);
+    return m_stopReason.empty();
+}
+
+void CFileRun::ShowDocument()
+{
+    if (m_run.hostMajor < kFirstMajorWithViews || m_document.View()) return;
+    if (m_document.OpenView()) m_log.Line("Displaying input document...");
+}
+
+void CFileRun::Preflight()
+{
+    const std::string problem = PreflightFile(m_run.commands, m_document.Document(), Inputs(), m_log);
+    if (!problem.empty()) Mark(FileOutcome::Incomplete, problem);
+}
+
+bool CFileRun::RunCommands()
+{
+    m_log.NameNumber("Number of commands to execute", static_cast<long long>(m_run.commands.size()), 1);
+    int number = 0;
+    for (SequenceCommand& command : m_run.commands) {
+        if (!RunCommand(command, ++number)) return false;
+        if (!m_run.progress.IsCancelled()) continue;
+        m_log.Line("Command execution is aborted");
+        Stop("The run was canceled.");
+        return false;
+    }
+    if (m_lastCommandInError) m_log.Line("ERROR: Command execution failed without an exception.");
+    return true;
+}
+
+/// False when the file's command loop ends here.
+bool CFileRun::RunCommand(SequenceCommand& command, int number)
+{
+    m_log.NameNumber("Processing command", number, 1);
+    if (!command.command) {
+        m_log.Line("Skipping command because it is not available");
+        // Without its save step nothing of a file is kept, so the input must stay.
+        Mark(IsSaveStep(command.handlerName) ? FileOutcome::Failed : FileOutcome::Incomplete,
+             "The command " + command.handlerName + " is not available.");
+        return true;
+    }
+    m_log.NameValue("Command handler name", command.handlerName, 1);
+    m_run.progress.SetStatusText(FormatText("Executing command: %s (%d out of %d). Please wait...",
+                                            command.title.c_str(), number, static_cast<int>(m_run.commands.size())));
+    return ExecuteReady(command);
+}
+
+bool CFileRun::ExecuteReady(SequenceCommand& command)
+{
+    CHostCommand& host = *command.command;
+    const AVCommandStatus before = host.Status();
+    if (before != kAVCommandReady) m_log.Line("Command is not ready. ");
+    m_log.NameNumber("Status", before, 1);
+    if (host.SetInputs(Inputs()) == kAVCommandInError) {
+        m_log.Line("ERROR: Setting input file failed");
+        Mark(FileOutcome::Incomplete, "The command " + command.handlerName + " did not take the document.");
+    }
+    Redirect(command);
+    const ExecutionOutcome outcome = ExecuteCommand(host, m_run.settings.interactive, m_run.progress, m_log);
+    if (outcome.raised) {
+        m_log.NameValue("ERROR: Command execution failed", outcome.raised->text, 1);
+        Mark(FileOutcome::Failed, "The command " + command.handlerName + " failed: " + outcome.raised->text);
+        return false;
+    }
+    Evaluate(command, outcome.status);
+    SaveTemporaryFile(m_document, m_result.path, m_log);
+    return true;
+}
+
+void CFileRun::Redirect(SequenceCommand& command)
+{
+    if (m_run.hostMajor < kFirstMajorWithSaveStep || !IsSaveStep(command.handlerName)) return;
+    const std::string folder = RedirectionFolder(m_result.path, m_run.settings.alternativeOutputPath);
+    const std::string problem = RedirectSaveStep(*command.command, folder, m_log);
+    if (!problem.empty()) Mark(FileOutcome::Failed, problem);
+}
+
+void CFileRun::Evaluate(SequenceCommand& command, AVCommandStatus status)
+{
+    m_lastCommandInError = status == kAVCommandInError;
+    if (status == kAVCommandDone) {
+        m_log.Line("Batch command is successfully completed.");
+        return;
+    }
+    std::string reason = "The command " + command.handlerName + " was not completed.";
+    if (status == kAVCommandInError) {
+        const std::string lastError = command.command->LastError();
+        m_log.Line("Batch command is finished with an error.");
+        m_log.NameValue("Last error", lastError, 1);
+        reason = "The command " + command.handlerName + " failed: " + lastError;
+    } else {
+        m_log.Line("Batch command is finished without kAVCommandDone.");
+    }
+    Mark(IsSaveStep(command.handlerName) ? FileOutcome::Failed : FileOutcome::Incomplete, reason);
+}
+
+void CFileRun::Save()
+{
+    m_run.progress.SetStatusText("Saving document...");
+    SaveResult result;
+    const auto error = CatchHostError([&] {
+        if (m_run.hostMajor >= kFirstMajorWithSaveStep)
+            RedirectOutput(m_run.sequence, RedirectionFolder(m_result.path, m_run.settings.alternativeOutputPath),
+                           m_log);
+        const SavingInput input{m_result.path, m_run.settings.alternativeOutputPath, m_permissions};
+        result = SaveProcessed(m_document, OutputSettings::Read(m_run.sequence.Output()), input, m_log);
+    });
+    if (!error) return TakeSaveResult(result);
+    m_log.NameValue("Error saving document:", error->text, 1);
+    Mark(FileOutcome::Failed, "The document cannot be saved: " + error->text);
+}
+
+void CFileRun::TakeSaveResult(const SaveResult& result)
+{
+    if (result.status == SaveStatus::Failed) {
+        m_log.Line("Document did not save correctly");
+        return Mark(FileOutcome::Failed, result.reason);
+    }
+    m_log.Line("Document has been saved successfully");
+    if (result.status == SaveStatus::CopiedUnchanged) Mark(FileOutcome::CopiedUnchanged, result.reason);
+    // A success for the log, but there is no output, so the input must not be moved or deleted.
+    if (result.status == SaveStatus::ConversionFailed) Mark(FileOutcome::Failed, result.reason);
+    const std::string problem = PostflightFile(m_run.commands, m_document.Document(), m_log);
+    if (!problem.empty()) Mark(FileOutcome::Incomplete, problem);
+}
+
+void CFileRun::Close()
+{
+    CAcrobatDoc::Closed closed = CAcrobatDoc::Closed::NothingOpen;
+    const auto error = CatchHostError([&] { closed = m_document.Close(); });
+    if (closed == CAcrobatDoc::Closed::View) m_log.Line("AVDoc is closed.");
+    if (!error) return;
+    m_log.NameValue("Exception occured during a document closing", error->text, 1);  // sic
+    Mark(FileOutcome::Incomplete, "The document cannot be closed: " + error->text);
+}
+
+void CFileRun::Mark(FileOutcome outcome, const std::string& reason)
+{
+    if (Badness(outcome) <= Badness(m_result.outcome)) return;
+    m_result.outcome = outcome;
+    m_result.message = reason;
+}
+
+void CFileRun::Stop(const std::string& reason)
+{
+    m_stopReason = reason;
+    Mark(FileOutcome::Stopped, reason);
+}
+
+CCab CFileRun::Inputs() const
+{
+    const PathParts parts = SplitPath(m_result.path);
+    return CommandInputs(m_document.Document(), parts.base, parts.extension);
+}

@@ -1,0 +1,69 @@
+// Processes one input file of a run.
+#pragma once
+
+#include "engine/CommandList.h"
+#include "engine/ExecutorSettings.h"
+#include "engine/FileOutcome.h"
+#include "engine/OutputSaving.h"
+#include "engine/Sequence.h"
+#include "pdflib/AcrobatDoc.h"
+
+#include <string>
+
+class CLogWriter;
+class CProgressMonitorWrapper;
+struct HostError;
+
+/// What all files of a run share. Everything is borrowed.
+struct RunContext {
+    const ExecutorSettings& settings;
+    CSequence& sequence;
+    CLogWriter& log;
+    CProgressMonitorWrapper& progress;
+    CommandList& commands;  // those of the file before; replaced by each file
+    int hostMajor = 0;
+    int fileCount = 0;
+    bool sequencePreflighted = false;
+};
+
+/// Opens one file, runs the commands on it, saves and closes it. A host error in any of these steps is logged and
+/// ends in the outcome; the document is closed in all cases.
+class CFileRun {
+public:
+    /// `fileNumber` counts from 1.
+    CFileRun(RunContext& run, std::string path, int fileNumber);
+
+    [[nodiscard]] ProcessedFile Process();
+
+    /// Why the whole run has to stop after this file; empty when it goes on.
+    const std::string& StopReason() const { return m_stopReason; }
+
+private:
+    bool Open();
+    void ProcessOpen();
+    bool PrepareCommands();
+    void ShowDocument();
+    void Preflight();
+    bool RunCommands();
+    bool RunCommand(SequenceCommand& command, int number);
+    bool ExecuteReady(SequenceCommand& command);
+    void Redirect(SequenceCommand& command);
+    void Evaluate(SequenceCommand& command, AVCommandStatus status);
+    void Save();
+    void TakeSaveResult(const SaveResult& result);
+    void Close();
+
+    /// Lowers the outcome, never raises it; the first reason of the lowest outcome stays.
+    void Mark(FileOutcome outcome, const std::string& reason);
+    void Stop(const std::string& reason);
+    CCab Inputs() const;
+
+    RunContext& m_run;
+    CLogWriter& m_log;
+    CAcrobatDoc m_document;
+    OpenPermissions m_permissions;
+    ProcessedFile m_result;
+    std::string m_stopReason;
+    int m_number;
+    bool m_lastCommandInError = false;
+};

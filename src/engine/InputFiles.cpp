@@ -1,0 +1,85 @@
+#include "engine/InputFiles.h"
+
+#include "common/Log.h"
+#include "engine/InputCollector.h"
+#include "engine/InputKinds.h"
+#include "engine/PathEntry.h"
+#include "hostcalls/Application.h"
+#include "platform/Files.h"
+
+namespace {
+
+constexpr char kFilesKey[] = "PreselectedFilesPaths";
+constexpr char kFolderKey[] = "PreselectedFolderPath";
+
+using Paths = Expected<std::vector<std::string>>;
+
+/// One place or several, to be collected from.
+Paths PreselectedFiles(CCabView input, CLogWriter& log)
+{
+    std::vector<std::string> paths;
+    const CCabView files = input.Cab(kFilesKey);
+    for (const std::string& key : files.Keys())
+        if (auto path = PathEntry(files, key.c_str())) paths.push_back(std::move(*path));
+    if (!paths.empty()) return paths;
+    constexpr char kNone[] = "No pre-selected file paths available";
+    log.Line(kNone);
+    return Failure(kNone);
+}
+
+Paths PreselectedFolder(CCabView input, CLogWriter& log)
+{
+    constexpr char kNone[] = "No pre-selected folder/file paths available";
+    const auto folder = PathEntry(input, kFolderKey);
+    if (folder) {
+        log.NameValue("Source folder path", *folder, 1);
+        return std::vector{*folder};
+    }
+    if (input.Known(kFolderKey)) log.Line("Missing DI in pre-selected folder path");
+    log.Line(kNone);
+    return Failure(kNone);
+}
+
+Paths AskUser(const std::vector<std::string>& extensions, CLogWriter& log)
+{
+    log.Line("Prompting user for the input document.");
+    auto paths = OpenFilesDialog({{"Input documents", extensions}});
+    if (!paths) return Failure("No input document was chosen.");
+    return std::move(*paths);
+}
+
+Paths Places(const ExecutorSettings& settings, CCabView input, const std::vector<std::string>& extensions,
+             CLogWriter& log)
+{
+    const int kind = input.Int("FileVariation", -1);
+    if (!settings.alternativeInputPath.empty()) {
+        log.NameValue(kind == kInputFolder ? "Alternative source folder path" : "Source file path",
+                      settings.alternativeInputPath, 1);
+        return std::vector{settings.alternativeInputPath};
+    }
+    switch (kind) {
+        case kInputFiles:
+            return PreselectedFiles(input, log);
+        case kInputFolder:
+            return PreselectedFolder(input, log);
+        case kInputAskUser:
+            return AskUser(extensions, log);
+        default:
+            log.NameNumber("ERROR: Unknown input option", kind, 1);
+            return Failure("ERROR: Unknown input option");
+    }
+}
+
+}  // namespace
+
+Expected<std::vector<std::string>> FindInputFiles(const ExecutorSettings& settings, CCabView input,
+                                                  std::vector<std::string> extensions, CLogWriter& log)
+{
+    const Paths places = Places(settings, input, extensions, log);
+    if (!places) return places;
+    CInputCollector collector({.extensions = std::move(extensions), .subfolders = !settings.noSubfolders});
+    for (const std::string& place : *places) collector.AddPath(place);
+    for (const UnreadableFolder& folder : collector.Unreadable())
+        log.NameValue("Folder cannot be read", folder.path + " (" + platform::ErrorText(folder.errorNumber) + ")", 1);
+    return collector.Paths();
+}

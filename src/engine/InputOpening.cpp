@@ -1,0 +1,59 @@
+#include "engine/InputOpening.h"
+
+#include "common/FileNames.h"
+#include "common/Log.h"
+#include "common/Text.h"
+#include "hostapi/HostConstants.h"
+#include "hostcalls/Conversions.h"
+#include "platform/Files.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+std::optional<ToPdfConverter> ConverterFor(const std::string& extension, CLogWriter& log)
+{
+    for (ToPdfConverter& converter : EnumerateToPdf()) {
+        log.NameValue("Checking conversion handler", converter.uniqueId, 1);
+        const bool matches = std::any_of(converter.extensions.begin(), converter.extensions.end(),
+                                         [&](const auto& known) { return EqualsIgnoreCaseAscii(known, extension); });
+        if (!matches) continue;
+        log.NameValue("File extension has been matched", extension, 1);
+        return std::move(converter);
+    }
+    return std::nullopt;
+}
+
+std::string Convert(CAcrobatDoc& document, const std::string& path, CLogWriter& log)
+{
+    log.NameValue("Preparing to convert from non-PDF file type", path, 1);
+    std::string reason = "no converter for files of its type";
+    if (const auto converter = ConverterFor(Extension(path), log)) {
+        log.NameValue("Converting to PDF from", path, 1);
+        ConversionResult result = ConvertToPdf(converter->handler, path);
+        if (result.status == kAVConversionSuccess && result.document) {
+            document.Adopt(std::move(result.document), path);
+            log.Line("\tFile conversion status is ok.");
+            return {};
+        }
+        reason = "the conversion to PDF failed (" + std::to_string(result.status) + ")";
+    }
+    log.Line("\tFile conversion failed. No file convertor found or invalid file format.");
+    return reason;
+}
+
+}  // namespace
+
+bool IsPdfPath(const std::string& path) { return EqualsIgnoreCaseAscii(Extension(path), "pdf"); }
+
+std::string OpenInput(CAcrobatDoc& document, const std::string& path, CLogWriter& log)
+{
+    if (const platform::FileResult readable = platform::CheckReadable(path); !readable) {
+        log.Line("File does not exist or is exclusively used by another application.");
+        return platform::ErrorText(readable.errorNumber);
+    }
+    if (!IsPdfPath(path)) return Convert(document, path, log);
+    document.Open(path);
+    return {};
+}

@@ -1,0 +1,44 @@
+// Saves a processed document by the output rules of its sequence.
+#pragma once
+
+#include "engine/OutputSettings.h"
+#include "pdflib/AcrobatDoc.h"
+
+#include <string>
+
+class CLogWriter;
+
+/// What the document's security allowed when the document was opened.
+struct OpenPermissions {
+    bool mayModify = true;
+    bool mayFullSave = true;
+};
+
+struct SavingInput {
+    std::string path;               // of the input file
+    std::string alternativeFolder;  // the engine's alternative output path; empty = none
+    OpenPermissions permissions;
+};
+
+enum class SaveStatus {
+    NotWanted,         // the sequence saves for itself
+    Saved,             // the result is written
+    CopiedUnchanged,   // security forbade saving: the output is a copy of the input
+    ConversionFailed,  // counts as a success in the log, but nothing was written
+    Failed
+};
+
+struct SaveResult {
+    SaveStatus status = SaveStatus::Failed;
+    std::string reason;  // one sentence, unless all went well
+};
+
+/// Never replaces the input by anything but the saved document itself, nor another file when the settings forbid it.
+/// Throws CHostException from everything but the saving itself, which is logged and answered.
+[[nodiscard]] SaveResult SaveProcessed(CAcrobatDoc& document, const OutputSettings& settings,
+                                       const SavingInput& input, CLogWriter& log);
+
+/// Saves a document that a step left in a temporary file: as "<base name of the input>.pdf" in the input's folder. A
+/// file of that name which is not the input stays; then a number is added. False when the document is in no temporary
+/// file.
+bool SaveTemporaryFile(CAcrobatDoc& document, const std::string& inputPath, CLogWriter& log);

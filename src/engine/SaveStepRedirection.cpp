@@ -1,0 +1,66 @@
+#include "engine/SaveStepRedirection.h"
+
+#include "common/Encoding.h"
+#include "common/FileNames.h"
+#include "common/Log.h"
+#include "engine/PathEntry.h"
+#include "hostapi/HostConstants.h"
+#include "hostcalls/HostPath.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+
+namespace {
+
+constexpr char kSaveStep[] = "WorkflowPlaybackSaveFiles";
+constexpr char kDestinationKey[] = "DocSaveDestType";
+constexpr char kInAFolder[] = "WorkflowPlaybackSaveInAFolder";
+constexpr char kFolderKey[] = "PreselectedFolderPath";
+
+/// The folder as a device-independent path that ends with a slash.
+std::string DIFolder(const std::string& folder)
+{
+    std::string path = CHostPath::FromNative(folder).ToDIPath();
+    if (!path.ends_with('/')) path += '/';
+    return path;
+}
+
+/// Saved sequences hold a text here; a folder name that is no text can only go as bytes of a path.
+void PutFolder(CCabEditor params, const std::string& folder)
+{
+    const std::string path = DIFolder(folder);
+    if (IsValidUtf8(path)) return params.PutText(kFolderKey, path);
+    params.PutCab(kFolderKey, PathCab(folder));
+}
+
+}  // namespace
+
+bool IsSaveStep(const std::string& handlerName) { return handlerName == kSaveStep; }
+
+std::string RedirectionFolder(const std::string& inputPath, const std::string& alternativeOutputPath)
+{
+    if (!alternativeOutputPath.empty() && platform::FolderExists(alternativeOutputPath))
+        return WithTrailingSeparator(alternativeOutputPath);
+    const std::string folder = FolderOf(inputPath);
+    return folder.empty() ? std::string(".") + platform::kSeparator : folder;
+}
+
+std::string RedirectSaveStep(CHostCommand& command, const std::string& folder, CLogWriter& log)
+{
+    CCab params = command.Params();
+    if (!params.Known(kDestinationKey)) return {};
+    log.NameValue("Setting save path", folder, 1);
+    params.PutString(kDestinationKey, kInAFolder);
+    PutFolder(params, folder);
+    if (command.SetParams(params) == kAVCommandInError) return "The save step does not take its output folder.";
+    log.NameValue("Save path", PathEntry(command.Params(), kFolderKey).value_or(""), 1);
+    return {};
+}
+
+void RedirectOutput(CSequence& sequence, const std::string& folder, CLogWriter& log)
+{
+    CCabEditor output = sequence.EditOutput();
+    if (!output || !output.Known(kDestinationKey)) return;
+    log.NameValue("Saving to alternative path", folder, 1);
+    output.PutString(kDestinationKey, kInAFolder);
+    output.PutCab(kFolderKey, PathCab(folder));
+}

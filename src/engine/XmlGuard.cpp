@@ -1,0 +1,195 @@
+#include "engine/XmlGuard.h"
+
+#include "common/Encoding.h"
+#include "common/Text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::size_t kNone = std::string_view::npos;
+
+int DigitValue(char c, bool hexadecimal)
+{
+    if (c >= '0' && c <= '9') return c - '0';
+    if (hexadecimal && c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (hexadecimal && c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+bool IsCharacter(unsigned long code)
+{
+    return code == 9 || code == 10 || code == 13 || (code >= 0x20 && code < 0xD800) ||
+           (code >= 0xE000 && code <= 0x10FFFF);
+}
+
+/// `rest` begins behind the number sign of a reference.
+bool IsCharacterReference(std::string_view rest)
+{
+    const bool hexadecimal = rest.starts_with('x');
+    if (hexadecimal) rest.remove_prefix(1);
+    unsigned long code = 0;
+    for (std::size_t at = 0; at < rest.size(); ++at) {
+        if (rest[at] == ';') return at > 0 && IsCharacter(code);
+        const int digit = DigitValue(rest[at], hexadecimal);
+        if (digit < 0 || code > 0x10FFFF) return false;
+        code = code * (hexadecimal ? 16 : 10) + static_cast<unsigned long>(digit);
+    }
+    return false;
+}
+
+bool StartsName(char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || byte >= 0x80;
+}
+
+/// Walks over the tags of a text and stops at the first thing that the parser should not see. Where the parser reads
+/// a construct in a way of its own (it ends instructions at the first ">"), the scan reads it alike or refuses it:
+/// nothing may look like a comment here and like elements there.
+class CXmlScan {
+public:
+    CXmlScan(std::string_view text, const XmlLimits& limits) : m_text(text), m_limits(limits) {}
+
+    std::string Problem()
+    {
+        while (m_at < m_text.size() && m_problem.empty()) {
+            if (m_text[m_at] == '<') {
+                Markup();
+            } else {
+                CharacterData();
+            }
+        }
+        if (!m_problem.empty()) return m_problem;
+        if (m_elements == 0) return "The file does not contain an XML document.";
+        if (m_depth != 0) return "The XML document is cut off: an element is not closed.";
+        return {};
+    }
+
+private:
+    bool StartsWith(std::string_view what) const { return m_text.substr(m_at, what.size()) == what; }
+    void Fail(const char* sentence) { m_problem = sentence; }
+
+    void Skip(std::string_view start, std::string_view end)
+    {
+        const std::size_t found = m_text.find(end, m_at + start.size());
+        if (found == kNone) return Fail("The XML document is cut off inside a tag or a comment.");
+        m_at = found + end.size();
+    }
+
+    void CharacterData()
+    {
+        const std::size_t end = std::min(m_text.find('<', m_at), m_text.size());
+        const std::string_view data = m_text.substr(m_at, end - m_at);
+        if (m_depth == 0 && data.find_first_not_of(kBlanks) != kNone)
+            return Fail("There is text outside of the root element.");
+        CheckReferences(data);
+        m_at = end;
+    }
+
+    void Markup()
+    {
+        if (StartsWith("<!--")) return Skip("<!--", "-->");
+        if (StartsWith("<![CDATA[")) return Skip("<![CDATA[", "]]>");
+        if (StartsWith("<!")) return Fail("Document type and entity declarations are not allowed.");
+        if (StartsWith("<?")) return Instruction();
+        if (StartsWith("</")) return EndTag();
+        StartTag();
+    }
+
+    void Instruction()
+    {
+        if (EqualsIgnoreCaseAscii(m_text.substr(m_at, 5), "<?xml"))
+            return Fail("There is an XML declaration inside of the document.");
+        Skip("<?", ">");
+        if (m_problem.empty() && m_text[m_at - 2] != '?') Fail("An instruction is not closed.");
+    }
+
+    void EndTag()
+    {
+        if (--m_depth < 0) return Fail("An element is closed that was not opened.");
+        Skip("</", ">");
+    }
+
+    void StartTag()
+    {
+        if (m_depth == 0 && m_elements > 0) return Fail("There is more than one root element.");
+        if (++m_elements > m_limits.elements) return Fail("The XML document has too many elements.");
+        if (++m_depth > m_limits.depth) return Fail("The elements are nested too deeply.");
+        if (m_at + 1 >= m_text.size() || !StartsName(m_text[m_at + 1])) return Fail("An element has no proper name.");
+        m_at = m_text.find_first_of(" \t\r\n/>", m_at);
+        for (int attributes = 0; m_problem.empty(); ++attributes) {
+            if (EndOfTag()) return;
+            if (attributes >= m_limits.attributesOfOneElement) return Fail("An element has too many attributes.");
+            Attribute();
+        }
+    }
+
+    /// Steps over blanks and the end of the tag; false when an attribute follows.
+    bool EndOfTag()
+    {
+        SkipBlanks();
+        if (m_at == kNone) {
+            Fail("The XML document is cut off inside an element.");
+            return true;
+        }
+        const bool empty = StartsWith("/>");
+        if (!empty && m_text[m_at] != '>') return false;
+        if (empty) --m_depth;
+        m_at += empty ? 2 : 1;
+        return true;
+    }
+
+    void SkipBlanks()
+    {
+        if (m_at != kNone) m_at = m_text.find_first_not_of(kBlanks, m_at);
+    }
+
+    void Attribute()
+    {
+        m_at = m_text.find_first_of(" \t\r\n=<>/&\"'", m_at);
+        SkipBlanks();
+        if (m_at == kNone || m_text[m_at] != '=') return Fail("An attribute has no value.");
+        ++m_at;
+        SkipBlanks();
+        if (m_at == kNone || (m_text[m_at] != '"' && m_text[m_at] != '\''))
+            return Fail("An attribute has no value in quotes.");
+        const std::size_t end = m_text.find(m_text[m_at], m_at + 1);
+        if (end == kNone) return Fail("The XML document is cut off inside an attribute.");
+        CheckReferences(m_text.substr(m_at + 1, end - m_at - 1));
+        m_at = end + 1;
+    }
+
+    void CheckReferences(std::string_view data)
+    {
+        for (std::size_t at = data.find("&#"); at != kNone; at = data.find("&#", at + 2))
+            if (!IsCharacterReference(data.substr(at + 2)))
+                return Fail("A reference names a character that does not exist.");
+    }
+
+    std::string_view m_text;
+    XmlLimits m_limits;
+    std::size_t m_at = 0;
+    int m_depth = 0, m_elements = 0;
+    std::string m_problem;
+};
+
+}  // namespace
+
+Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits)
+{
+    if (bytes.size() > limits.bytes) return Failure("The file is too large for a sequence.");
+    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+    if (bytes.find_first_not_of(kBlanks) == kNone) return Failure("The file is empty.");
+    if (bytes.find('\0') != kNone || !IsValidUtf8(bytes)) return Failure("The file is not UTF-8 text.");
+    if (bytes.starts_with("<?xml")) {
+        const std::size_t end = bytes.find("?>");
+        if (end == kNone) return Failure("The XML document is cut off inside a tag or a comment.");
+        bytes.remove_prefix(end + 2);
+    }
+    if (std::string problem = CXmlScan(bytes, limits).Problem(); !problem.empty()) return Failure(std::move(problem));
+    return bytes;
+}

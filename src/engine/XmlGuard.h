@@ -1,0 +1,21 @@
+// A look at the raw bytes of an XML file before a recursive parser sees them.
+#pragma once
+
+#include "common/Expected.h"
+
+#include <cstdint>
+#include <string_view>
+
+struct XmlLimits {
+    std::uint64_t bytes = 64u * 1024 * 1024;
+    int depth = 100;
+    int elements = 1'000'000;
+    int attributesOfOneElement = 100;
+};
+
+/// Answers the part of the bytes that may be parsed (behind byte order mark and XML declaration), or why nothing may.
+///
+/// Accepts UTF-8 text whose tags and quotes are balanced within the limits; what an XML declaration says about the
+/// encoding has no effect. Document types and entity declarations are refused, and so are references to characters
+/// that do not exist. Runs in one pass, without recursion.
+[[nodiscard]] Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits = {});

@@ -1,0 +1,103 @@
+#include "common/FileNames.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+
+#include "support/TemporaryFolder.h"
+
+TEST(FileNames, PathsComeApartAtTheLastSeparatorAndTheLastDotOfTheName)
+{
+    const struct {
+        const char *path, *folder, *base, *extension;
+    } rows[] = {{"/a/b.pdf", "/a/", "b", "pdf"},   {"/a.d/b", "/a.d/", "b", ""},
+                {"b.tar.gz", "", "b.tar", "gz"},   {"/a/.hidden", "/a/", "", "hidden"},
+                {"/a.b/", "/a.b/", "", ""},        {"name.", "", "name", ""},
+                {"/a\\b.pdf", "/", "a\\b", "pdf"}, {"", "", "", ""}};
+    for (const auto& row : rows) {
+        const auto parts = SplitPath(row.path);
+        EXPECT_EQ(parts.folder, row.folder) << row.path;
+        EXPECT_EQ(parts.base, row.base) << row.path;
+        EXPECT_EQ(parts.extension, row.extension) << row.path;
+        EXPECT_EQ(parts.folder + FileName(row.path), row.path);
+        EXPECT_EQ(parts.folder + parts.base + (parts.hasDot ? "." : "") + parts.extension, row.path);
+    }
+    EXPECT_EQ(WithTrailingSeparator("/a"), "/a/");
+    EXPECT_EQ(WithTrailingSeparator("/a/"), "/a/");
+    EXPECT_EQ(WithTrailingSeparator(""), "");
+}
+
+TEST(FileNames, UniqueNamesTakeTheFirstFreeNumber)
+{
+    using Maker = std::string (*)(const std::string&, const NameTest&);
+    const struct {
+        Maker maker;
+        const char* path;
+        std::set<std::string> taken;
+        const char* expected;
+    } rows[] = {
+        {UniqueSpaced, "/o/a.pdf", {}, "/o/a.pdf"},
+        {UniqueSpaced, "/o/a.pdf", {"/o/a (1).pdf"}, "/o/a.pdf"},
+        {UniqueSpaced, "/o/a.pdf", {"/o/a.pdf", "/o/a (1).pdf"}, "/o/a (2).pdf"},
+        {UniqueSpaced, "/o/a.pdf", {"/o/a.pdf", "/o/a (2).pdf"}, "/o/a (1).pdf"},
+        {UniqueSpaced, "/o.d/a", {"/o.d/a"}, "/o.d/a (1)"},
+        {UniqueSpaced, "/o/a.", {"/o/a."}, "/o/a (1)."},
+        {UniqueUnderscore, "/o/a.b.txt", {"/o/a.b.txt"}, "/o/a.b_1.txt"},
+        {UniqueNoExtension, "/o/a.b", {"/o/a.b"}, "/o/a.b_1"},
+        {UniqueSuffix, "a.b", {"a.b", "a.b (1)"}, "a.b (2)"},
+    };
+    for (const auto& row : rows) {
+        const auto taken = [&](const std::string& path) { return row.taken.count(path) != 0; };
+        EXPECT_EQ(row.maker(row.path, taken), row.expected) << row.path;
+    }
+}
+
+TEST(FileNames, FoldersAndDanglingLinksTakeANameToo)
+{
+    const CTemporaryFolder folder;
+    folder.MakeFolder("a.pdf");
+    std::filesystem::create_symlink("nowhere", folder / "a (1).pdf");
+    EXPECT_EQ(UniqueSpaced(folder / "a.pdf"), folder / "a (2).pdf");
+    const auto tooLong = folder / std::string(300, 'n');
+    EXPECT_EQ(UniqueSpaced(tooLong), tooLong) << "a name that no file can have must not count up for ever";
+}
+
+TEST(FileNames, ExtendedLengthPathsGetTheirPrefixOnce)
+{
+    const char* rows[][2] = {{"C:\\out\\x.pdf", "\\\\?\\C:\\out\\x.pdf"},
+                             {"\\\\server\\share\\x.pdf", "\\\\?\\UNC\\server\\share\\x.pdf"},
+                             {"\\\\?\\C:\\x.pdf", "\\\\?\\C:\\x.pdf"},
+                             {"\\x", "\\\\?\\\\x"},
+                             {"", "\\\\?\\"}};
+    for (const auto& [path, expected] : rows) EXPECT_EQ(ExtendedLengthPath(path), expected);
+}
+
+TEST(FileNames, ACompletePathStartsAtADriveAndEndsInPdf)
+{
+    const struct {
+        const char* path;
+        bool complete;
+    } rows[] = {{"C:\\a.pdf", true},     {"C:\\a b\\c\\d.pdf", true},
+                {"C:\\a/b.pdf", true},   {"c:\\a.pdf", false},
+                {"C:a.pdf", false},      {"C:\\.pdf", false},
+                {"C:\\\\.pdf", true},    {"C:\\a.PDF", false},
+                {"C:\\a.pdf ", false},   {"C:\\a:b.pdf", false},
+                {"C:\\a?.pdf", false},   {"C:\\a\"b.pdf", false},
+                {"\\\\s\\a.pdf", false}, {"", false},
+                {"C:\\a|\\b.pdf", false}};
+    for (const auto& row : rows) EXPECT_EQ(IsCompletePdfPath(row.path), row.complete) << row.path;
+}
+
+TEST(FileNames, TheWritabilityTestLeavesNothingBehindAndTouchesNothing)
+{
+    const CTemporaryFolder folder;
+    EXPECT_TRUE(IsFolderWritable(folder.Path()));
+    EXPECT_EQ(folder.EntryCount(), 0u);
+    const auto mine = folder.Write("__testfile.txt", "mine");
+    EXPECT_TRUE(IsFolderWritable(folder.Path() + "/"));
+    EXPECT_EQ(FileBytes(mine), "mine");
+    EXPECT_EQ(folder.EntryCount(), 1u);
+    EXPECT_FALSE(IsFolderWritable(folder / "missing"));
+    EXPECT_FALSE(IsFolderWritable(mine));
+}

@@ -1,0 +1,206 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <climits>
+#include <filesystem>
+#include <limits>
+
+#include "common/SettingsFile.h"
+#include "common/SettingsLists.h"
+#include "common/SettingsRecord.h"
+#include "support/TemporaryFolder.h"
+
+namespace {
+
+CSettingsRecord EveryType()
+{
+    CSettingsRecord nested;
+    nested.PutString("empty", "");
+    nested.PutRecord("empty record", {});
+    CSettingsRecord record;
+    record.PutBool("AllowLogging", false);
+    record.PutInt("least", INT_MIN);
+    record.PutDouble("tenth", 0.1);
+    record.PutDouble("tiny", std::numeric_limits<double>::denorm_min());
+    record.PutDouble("endless", -std::numeric_limits<double>::infinity());
+    record.PutString("bytes", std::string(" \\ a\r\nb\0\xFF\x7F ", 11));
+    record.PutWide("OutputFolderW", "/\xC3\xA4 \xF0\x9F\x98\x80");
+    record.PutBinary("key", std::string("\0\x01\xFF", 3));
+    record.PutNull("nothing");
+    record.PutRecord("Password Files\n\xC3\xA4", nested);
+    record.PutString("", "under the empty key");
+    return record;
+}
+
+CSettingsRecord Nested(int levels)
+{
+    CSettingsRecord record;
+    for (int i = 0; i < levels; ++i) {
+        CSettingsRecord outer;
+        outer.PutRecord("inner", std::move(record));
+        record = std::move(outer);
+    }
+    return record;
+}
+
+}  // namespace
+
+TEST(SettingsRecord, AnotherTypeReadsAsTheDefault)
+{
+    const auto record = EveryType();
+    EXPECT_TRUE(record.Bool("least", true));
+    EXPECT_EQ(record.Int("AllowLogging", 7), 7);
+    EXPECT_EQ(record.Double("least", 1.5), 1.5);
+    EXPECT_EQ(record.String("OutputFolderW", "d"), "d");
+    EXPECT_EQ(record.Wide("bytes", "d"), "d");
+    EXPECT_EQ(record.Record("bytes"), nullptr);
+    EXPECT_EQ(record.Int("absent", 7), 7);
+    EXPECT_TRUE(record.Known("nothing"));
+}
+
+TEST(SettingsRecord, KeysKeepTheirPlaceUntilErased)
+{
+    CSettingsRecord record;
+    for (const char* key : {"a", "b", "c", "d"}) record.PutInt(key, 1);
+    record.PutString("b", "changed");
+    record.Erase("a");
+    record.Erase("absent");
+    record.PutInt("c", 3);
+    record.PutInt("a", 4);
+    std::string order;
+    for (const auto& entry : record.Entries()) order += entry.key;
+    EXPECT_EQ(order, "bcda");
+    EXPECT_EQ(record.String("b"), "changed");
+    EXPECT_EQ(record.Int("c", 0), 3);
+    EXPECT_EQ(record.Int("a", 0), 4);
+}
+
+TEST(SettingsRecord, CopiesAreIndependentAndEqualByContent)
+{
+    const auto original = EveryType();
+    auto copy = EveryType();
+    EXPECT_EQ(copy, original);
+    auto nested = *copy.Record("Password Files\n\xC3\xA4");
+    nested.PutString("empty", "no longer");
+    copy.PutRecord("Password Files\n\xC3\xA4", nested);
+    EXPECT_NE(copy, original);
+    EXPECT_EQ(original, EveryType());
+}
+
+TEST(SettingsLists, MapsCountTextsAndListsDistrustTheCount)
+{
+    CSettingsRecord record;
+    PutMap(record, "map", {{"a", "1"}, {"b", "2"}, {"a", "3"}});
+    EXPECT_EQ(record.Record("map")->Int("NumItems", 0), 6);
+    EXPECT_EQ(record.Record("map")->String("5"), "3");
+    EXPECT_EQ(ReadMap(record, "map"), (TextPairs{{"a", "1"}, {"b", "2"}, {"a", "3"}}));
+    EXPECT_EQ(ReadList(record, "absent"), std::vector<std::string>{});
+
+    const struct {
+        int stored;
+        std::vector<std::string> read;
+    } rows[] = {{-1, {}}, {1, {"x"}}, {3, {"x", "", "z"}}, {INT_MAX, {"x", "", "z"}}};
+    for (const auto& row : rows) {
+        CSettingsRecord list;
+        list.PutString("0", "x");
+        list.PutWide("2", "z");
+        list.PutInt("NumItems", row.stored);
+        record.PutRecord("list", list);
+        EXPECT_EQ(ReadList(record, "list"), row.read) << row.stored;
+    }
+}
+
+TEST(SettingsLists, TheOlderNarrowKeyCountsFirst)
+{
+    CSettingsRecord record;
+    EXPECT_EQ(ReadWideOrNarrow(record, "SearchW", "default"), "default");
+    record.PutWide("SearchW", "wide");
+    EXPECT_EQ(ReadWideOrNarrow(record, "SearchW", "default"), "wide");
+    record.PutString("Search", "narrow");
+    EXPECT_EQ(ReadWideOrNarrow(record, "SearchW", "default"), "narrow");
+
+    const SettingsRectangle rectangle{1, 2.5, -3, 4};
+    PutRectangle(record, "area", rectangle);
+    EXPECT_EQ(record.Record("area")->Double("Right", 0), 2.5);
+    EXPECT_EQ(ReadRectangle(record, "area", {}), rectangle);
+    EXPECT_EQ(ReadRectangle(record, "absent", rectangle), rectangle);
+}
+
+TEST(SettingsFile, EveryTypeComesBackAndOnlyTheOwnerMayRead)
+{
+    const CTemporaryFolder folder;
+    const auto path = folder / "Ferrule.cfs";
+    ASSERT_TRUE(WriteSettingsFile(path, EveryType()));
+    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
+    const auto read = ReadSettingsFile(path);
+    ASSERT_TRUE(read.Ok()) << read.problem;
+    EXPECT_EQ(read.record, EveryType());
+    EXPECT_EQ(read.record.Entries().front().key, "AllowLogging");
+}
+
+TEST(SettingsFile, NoCutAndNoChangedByteGoesUnnoticed)
+{
+    const auto good = FormatSettings(EveryType());
+    ASSERT_TRUE(ParseSettings(good).Ok());
+    // Without its last line end the file still says all.
+    for (std::size_t length = 0; length + 1 < good.size(); ++length) {
+        EXPECT_EQ(ParseSettings(good.substr(0, length)).state, SettingsFileState::Damaged) << length;
+    }
+    for (std::size_t i = 0; i < good.size(); ++i) {
+        for (const char flip : {'\x01', '\x10', '\x80'}) {
+            std::string changed = good;
+            changed[i] = static_cast<char>(changed[i] ^ flip);
+            const auto parsed = ParseSettings(changed);
+            EXPECT_TRUE(!parsed.Ok() || parsed.record == EveryType()) << i;
+            EXPECT_TRUE(parsed.Ok() || parsed.record.Empty()) << i;
+        }
+    }
+    EXPECT_FALSE(ParseSettings(good + "more\n").Ok());
+    EXPECT_FALSE(ParseSettings(good + good).Ok());
+}
+
+TEST(SettingsFile, TravelsAsATextFile)
+{
+    std::string travelled;
+    for (const char c : FormatSettings(EveryType())) travelled += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    const auto parsed = ParseSettings(travelled);
+    ASSERT_TRUE(parsed.Ok()) << parsed.problem;
+    EXPECT_EQ(parsed.record, EveryType());
+}
+
+TEST(SettingsFile, RefusalsSayWhy)
+{
+    const CTemporaryFolder folder;
+    const struct {
+        std::string bytes;
+        SettingsFileState state;
+    } rows[] = {{"", SettingsFileState::Damaged},
+                {"%PDF-1.7\n", SettingsFileState::Foreign},
+                {"Ferrule settings 2\nanything\n", SettingsFileState::Newer},
+                {"Ferrule settings 99999999999999999999\n", SettingsFileState::Newer},
+                {"Ferrule settings 1\n", SettingsFileState::Damaged},
+                {"Ferrule settings 1\n.\nend 0\n", SettingsFileState::Damaged},
+                {FormatSettings(Nested(65)), SettingsFileState::Damaged}};
+    for (const auto& row : rows) {
+        const auto content = ReadSettingsFile(folder.Write("file", row.bytes));
+        EXPECT_EQ(content.state, row.state) << row.bytes;
+        EXPECT_FALSE(content.problem.empty());
+    }
+    EXPECT_EQ(ReadSettingsFile(folder / "missing").state, SettingsFileState::Missing);
+    EXPECT_EQ(ReadSettingsFile(folder.Path()).state, SettingsFileState::Unreadable);
+    std::filesystem::resize_file(folder.Write("huge", ""), kMaxSettingsBytes + 1);
+    EXPECT_EQ(ReadSettingsFile(folder / "huge").state, SettingsFileState::Unreadable);
+}
+
+TEST(SettingsFile, WhatCouldNotBeReadBackIsNotWritten)
+{
+    const CTemporaryFolder folder;
+    const auto path = folder / "file";
+    ASSERT_TRUE(WriteSettingsFile(path, Nested(64)));
+    EXPECT_EQ(ReadSettingsFile(path).record, Nested(64));
+    EXPECT_EQ(WriteSettingsFile(path, Nested(65)).errorNumber, EINVAL);
+    CSettingsRecord large;
+    large.PutBinary("bytes", std::string(kMaxSettingsBytes, 'x'));
+    EXPECT_EQ(WriteSettingsFile(path, large).errorNumber, EFBIG);
+    EXPECT_EQ(ReadSettingsFile(path).record, Nested(64)) << "the old file stays";
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "openhost/program/OpenHost.h"
+#include "support/TemporaryFolder.h"
+
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+extern "C" ASBool HOSTCALL PlugInMain(ASUns32 hostVersion, ASUns32* handshakeVersion, PISetupSDKProcType* setup,
+                                      void* platformWords);
+
+/// The plug-in, linked into the test, inside the open host, with a folder for application data of its own. One at a
+/// time; while it lives, the plug-in's own calls reach this host.
+class CPlugInHost {
+public:
+    explicit CPlugInHost(openhost::OpenHostOptions options = {}) : m_host(Completed(std::move(options)))
+    {
+        m_started = m_host.StartUp();
+    }
+
+    bool Started() const { return m_started; }
+
+    /// Ends the host; the plug-in unloads and closes its log.
+    void ShutDown() { m_host.ShutDown(); }
+
+    int Run() { return m_host.Run(); }
+
+    /// What the host said so far, alerts among it.
+    const std::vector<std::string>& Remarks() const { return m_remarks; }
+    void ForgetRemarks() { m_remarks.clear(); }
+
+    std::string LogText() const { return FileBytes(m_folder / "Quillon/Ferrule/FerruleLog.txt"); }
+    const CTemporaryFolder& Folder() const { return m_folder; }
+
+private:
+    openhost::OpenHostOptions Completed(openhost::OpenHostOptions options)
+    {
+        setenv("XDG_CONFIG_HOME", m_folder.Path().c_str(), 1);
+        options.plugIns = {{"Ferrule.api", &PlugInMain}};
+        options.diagnostics = [this](std::string_view remark) { m_remarks.emplace_back(remark); };
+        return options;
+    }
+
+    CTemporaryFolder m_folder;
+    std::vector<std::string> m_remarks;
+    openhost::COpenHost m_host;
+    bool m_started = false;
+};

@@ -1,0 +1,141 @@
+// The plug-in as the host sees it, from loading to unloading.
+#include "common/Log.h"
+#include "common/SettingsFile.h"
+#include "host/HostClosing.h"
+#include "openhost/app/AppState.h"
+#include "openhost/app/Menus.h"
+#include "support/PlugInHost.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+class CLinesLog final : public CLogWriter {
+public:
+    bool Line(std::string_view text) override { return lines.emplace_back(text), true; }
+    std::vector<std::string> lines;
+};
+
+std::vector<std::string> TitlesAndNames(const char* menu)
+{
+    std::vector<std::string> items;
+    const openhost::CMenu* found = openhost::Part<openhost::CMenus>().FindMenu(menu);
+    if (found == nullptr) return {"no such menu"};
+    for (const openhost::CMenuItem* item : found->items) items.push_back(item->title + " | " + item->name);
+    return items;
+}
+
+openhost::CMenuItem& Item(const char* name)
+{
+    openhost::CMenuItem* item = openhost::Part<openhost::CMenus>().FindItem(name);
+    if (item == nullptr) throw std::runtime_error(std::string("no item ") + name);
+    return *item;
+}
+
+}  // namespace
+
+TEST(PlugInInHost, MenusHoldTheItemsInTheirOrder)
+{
+    const CPlugInHost host;
+    ASSERT_TRUE(host.Started());
+    using Items = std::vector<std::string>;
+    EXPECT_EQ(TitlesAndNames("Extensions"),
+              (Items{"&Create Batch File... | QLNX:Ferrule", "Ferrule Tools | QLNX:FerruleTools"}));
+    EXPECT_EQ(
+        TitlesAndNames("QLNX:FerruleToolsMenu"),
+        (Items{"&Password Protect Multiple Documents... | QLNX:FerrulePasswordProtect",
+               "&Edit Metadata For Multiple Documents... | QLNX:FerruleEditMetadata",
+               "E&xport Metadata and Document Properties For Multiple Documents... | QLNX:FerruleExportMetadata",
+               "&Rename PDF Files... | QLNX:FerruleAutoRename", "- | QLNX:FerruleSepHelpDest",
+               "&Help... | QLNX:FerruleHelp2"}));
+    EXPECT_EQ(TitlesAndNames("AboutExtensions"), Items{"Ferrule... | QLNX:AboutFerrule"});
+    EXPECT_EQ(TitlesAndNames("UsingExtensions"), Items{"Ferrule... | QLNX:FerruleHelp"});
+}
+
+TEST(PlugInInHost, MenusKeepNoReferencesOfOurs)
+{
+    const CPlugInHost host;
+    for (const char* name : {"QLNX:Ferrule", "QLNX:FerruleTools", "QLNX:FerruleSepHelpDest", "QLNX:FerruleHelp2",
+                             "QLNX:AboutFerrule", "QLNX:FerruleHelp"}) {
+        EXPECT_EQ(Item(name).references.held, 0) << name;
+    }
+    EXPECT_EQ(openhost::Part<openhost::CMenus>().FindMenu("QLNX:FerruleToolsMenu")->references.held, 0);
+    EXPECT_EQ(openhost::Part<openhost::CMenus>().FindMenu("Extensions")->references.held, 0);
+}
+
+TEST(PlugInInHost, ToolsAskForHostVersion9AndHelpDoesNot)
+{
+    const std::string guard = "alert: Can't execute in the Acrobat version prior 9.0.";
+    const struct {
+        int version;
+        bool guarded;
+    } rows[] = {{5, true}, {6, true}, {8, true}, {9, false}, {21, false}};
+    for (const auto& row : rows) {
+        openhost::OpenHostOptions options;
+        options.majorVersion = row.version;
+        CPlugInHost host(std::move(options));
+        ASSERT_TRUE(host.Started()) << row.version;
+        for (const char* name : {"QLNX:Ferrule", "QLNX:FerrulePasswordProtect", "QLNX:FerruleEditMetadata",
+                                 "QLNX:FerruleExportMetadata", "QLNX:FerruleAutoRename"}) {
+            host.ForgetRemarks();
+            EXPECT_TRUE(openhost::IsEnabled(Item(name)));
+            openhost::Execute(Item(name));
+            ASSERT_EQ(host.Remarks().size(), 1u) << name;
+            EXPECT_EQ(host.Remarks()[0] == guard, row.guarded) << row.version << ": " << host.Remarks()[0];
+        }
+        for (const char* name : {"QLNX:FerruleHelp2", "QLNX:FerruleHelp", "QLNX:AboutFerrule"}) {
+            host.ForgetRemarks();
+            openhost::Execute(Item(name));
+            ASSERT_EQ(host.Remarks().size(), 1u) << name;
+            EXPECT_NE(host.Remarks()[0], guard) << name;
+        }
+    }
+}
+
+TEST(PlugInInHost, TheHostIsClosedAsItsVersionDemands)
+{
+    const struct {
+        int version;
+        bool quitItem, quits;
+        std::vector<std::string> lines;
+    } rows[] = {{5, true, false, {}},  // no window to post to
+                {6, true, true, {"Adobe Acrobat has been closed. : "}},
+                {21, true, true, {"Adobe Acrobat has been closed. : "}},
+                {21, false, false, {"Quit command is not available. Cannot close Adobe Acrobat. : "}}};
+    for (const auto& row : rows) {
+        openhost::OpenHostOptions options;
+        options.majorVersion = row.version;
+        options.quitItem = row.quitItem;
+        const CPlugInHost host(std::move(options));
+        ASSERT_TRUE(host.Started());
+        CLinesLog log;
+        CHostClosing(nullptr, log).CloseHost();
+        EXPECT_EQ(log.lines, row.lines) << "version " << row.version;
+        EXPECT_EQ(openhost::Part<openhost::AppWishes>().quit, row.quits) << "version " << row.version;
+    }
+}
+
+TEST(PlugInInHost, LogAndSettingsAreWrittenFromStartToEnd)
+{
+    CPlugInHost host;
+    ASSERT_TRUE(host.Started());
+    EXPECT_EQ(host.LogText().rfind("1: LOG STARTED: ", 0), 0u);
+    host.Run();
+    host.ShutDown();
+
+    const std::string log = host.LogText();
+    EXPECT_NE(log.find("2: No sequence file specified\r\n3: LOG STOPPED: "), std::string::npos) << log;
+    EXPECT_NE(log.find("\r\n4: Plugin : /"), std::string::npos) << log;
+    EXPECT_NE(log.find("5: Acrobat viewer host application : Ferrule Host\r\n6: Language : ENU\r\n"),
+              std::string::npos)
+        << log;
+    EXPECT_NE(log.find(", Adobe Acrobat version: 21.0 \r\n"), std::string::npos) << log;
+
+    const SettingsFileContent settings = ReadSettingsFile(host.Folder() / "Quillon/Ferrule/Ferrule.cfs");
+    ASSERT_TRUE(settings.Ok()) << settings.problem;
+    EXPECT_TRUE(settings.record.Known("AllowLogging"));
+    EXPECT_TRUE(settings.record.Known("PasswordProtectFiles"));
+}

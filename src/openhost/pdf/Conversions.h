@@ -16,9 +16,9 @@ namespace openhost {
 CPdfDocument JpegToPdf(const std::string& path);
 
 struct TextOutput {
-    std::string path;
+    std::string path = {};
     bool mustNotExist = false;
-    std::function<bool()> cancelled;  ///< asked before each page
+    std::function<bool()> cancelled = {};  ///< asked before each page
 };
 
 /// Writes the text of the document's present state: UTF-8, a form feed between pages. The file appears complete

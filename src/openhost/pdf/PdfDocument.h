@@ -42,16 +42,16 @@ struct PdfOpenOptions {
     bool repair = true;  ///< false: a damaged file is refused with NeedsRepair
     /// Called once with the locked document when the empty password does not open it; tries its candidates by
     /// Authorize and answers whether to go on. Absent, or the document still locked afterwards: NeedsPassword.
-    std::function<bool(CPdfDocument&)> authorise;
+    std::function<bool(CPdfDocument&)> authorise = {};
 };
 
 struct PdfSaveOptions {
-    std::string path;  ///< empty: the document's own file
+    std::string path = {};  ///< empty: the document's own file
     bool linearise = false;
-    bool copy = false;                ///< the document keeps its old file, its modifications and its pending security
-    bool mustNotExist = false;        ///< an existing target is left alone: Exists
-    std::function<bool()> cancelled;  ///< asked now and then; true ends the save, nothing is changed
-    std::function<void(int percent)> progress;
+    bool copy = false;          ///< the document keeps its old file, its modifications and its pending security
+    bool mustNotExist = false;  ///< an existing target is left alone: Exists
+    std::function<bool()> cancelled = {};  ///< asked now and then; true ends the save, nothing is changed
+    std::function<void(int percent)> progress = {};
 };
 
 /// One PDF document.
@@ -115,6 +115,7 @@ public:
     std::optional<std::string> Info(const std::string& key);
     std::vector<std::string> InfoKeys();
     /// Key without a slash; unknown keys are added, an empty value stays as an empty string. Marks modified.
+    /// Fails: NotPermitted; UnsupportedInput for an empty key or one with a number sign.
     void SetInfo(const std::string& key, const std::string& value);
 
     /// Writes the whole document: beside the target under a temporary name, flushed, then put in its place at once.

@@ -18,12 +18,27 @@ void CheckMaySave(const CPdfDocument& document, const CPdfDocument::State& state
     }
 }
 
-/// Streams keep the coding they have; what has none is packed, as are object streams.
-void CopyStreams(QPDFWriter& writer)
+bool HasObjectStreams(QPDF& library)
 {
-    writer.setDecodeLevel(qpdf_dl_none);
-    writer.setCompressStreams(true);
+    for (const auto& [id, entry] : library.getXRefTable()) {
+        if (entry.getType() == 2) return true;
+    }
+    return false;
+}
+
+/// Every stream is copied as it is. To pack object streams the writer must be allowed to pack, and it would then
+/// recode all others; each one has to be exempted. Descriptive metadata are not: the writer unpacks them where they
+/// stay unencrypted.
+void CopyStreams(QPDFWriter& writer, QPDF& library)
+{
+    const bool pack = HasObjectStreams(library);
     writer.setObjectStreamMode(qpdf_o_preserve);
+    writer.setDecodeLevel(qpdf_dl_none);
+    writer.setCompressStreams(pack);
+    if (!pack) return;
+    for (QPDFObjectHandle object : library.getAllObjects()) {
+        if (object.isStream() && !object.getDict().isDictionaryOfType("/Metadata")) object.setFilterOnWrite(false);
+    }
 }
 
 void ApplySecurity(QPDFWriter& writer, const CPdfDocument::State& state)
@@ -58,13 +73,19 @@ void WriteInto(CAtomicFile& file, CPdfDocument::State& state, const PdfSaveOptio
                const std::string& target)
 {
     CFilePipeline pipeline(file);
-    QPDFWriter writer(state.Current());
+    QPDF& library = state.Current();
+    QPDFWriter writer(library);
     writer.setOutputPipeline(&pipeline);
-    CopyStreams(writer);
+    CopyStreams(writer, library);
     ApplySecurity(writer, state);
     writer.setLinearization(options.linearise);
     writer.registerProgressReporter(std::make_shared<CSaveProgress>(options, file, target));
-    writer.write();
+    try {
+        writer.write();
+    } catch (...) {
+        file.Check();  // the reason, when it is the disk
+        throw;
+    }
 }
 
 /// The document lives in the new file from here on.
@@ -109,9 +130,10 @@ void CPdfDocument::Save(const PdfSaveOptions& options)
 std::string CPdfDocument::WriteToMemory()
 {
     return Guarded(m_state->description, PdfProblem::Damaged, [&] {
-        QPDFWriter writer(m_state->Current());
+        QPDF& library = m_state->Current();
+        QPDFWriter writer(library);
         writer.setOutputMemory();
-        CopyStreams(writer);
+        CopyStreams(writer, library);
         writer.setPreserveEncryption(false);
         writer.write();
         const auto buffer = writer.getBufferSharedPointer();

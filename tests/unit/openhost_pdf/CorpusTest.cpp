@@ -1,0 +1,201 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "TestPdfs.h"
+#include "openhost/pdf/Conversions.h"
+#include "support/TemporaryFolder.h"
+
+using namespace openhost;
+
+namespace {
+
+std::string CorpusFolder()
+{
+    const char* named = std::getenv("FERRULE_CORPUS");
+    return named && *named ? named : FERRULE_CORPUS_DIR;
+}
+
+std::vector<std::string> Columns(const std::string& line)
+{
+    std::vector<std::string> columns;
+    std::istringstream stream(line);
+    for (std::string column; std::getline(stream, column, '\t');) columns.push_back(column);
+    return columns;
+}
+
+/// A column of the manifest that holds a JSON string; nothing when it is blank or "(empty)".
+std::string Unquoted(const std::string& text)
+{
+    if (text.size() < 2 || text.front() != '"') return {};
+    std::string result;
+    for (std::size_t i = 1; i + 1 < text.size(); ++i) {
+        if (text[i] == '\\') ++i;
+        result += text[i];
+    }
+    return result;
+}
+
+/// What ends this process instead of failing; such files are for a process of their own.
+const std::map<std::string, const char*> kKillers = {
+    {"damaged/GHOSTSCRIPT-691770-0.pdf", "the library does not come back"},
+    {"damaged/xref-compressed-in-compressed.pdf", "the library overflows the stack"},
+};
+
+using ManifestRow = std::map<std::string, std::string>;
+
+/// The documents of the manifest, without those that kill.
+std::vector<ManifestRow> Manifest()
+{
+    std::ifstream file(CorpusFolder() + "/MANIFEST.tsv");
+    std::string line;
+    std::getline(file, line);
+    const auto names = Columns(line);
+    std::vector<ManifestRow> rows;
+    while (std::getline(file, line)) {
+        ManifestRow row;
+        const auto columns = Columns(line);
+        for (std::size_t i = 0; i < columns.size() && i < names.size(); ++i) row[names[i]] = columns[i];
+        const bool document = row["path"] != "-" && row["theme"] != "nonpdf";
+        if (document && !kKillers.contains(row["path"])) rows.push_back(row);
+    }
+    return rows;
+}
+
+class Corpus : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!std::filesystem::exists(CorpusFolder() + "/MANIFEST.tsv")) GTEST_SKIP() << "no corpus here";
+    }
+};
+
+}  // namespace
+
+TEST_F(Corpus, FilesEndAsTheManifestLetsExpect)
+{
+    // Damaged beyond what the library repairs, although another reader shows a page or counts one that is not there.
+    const std::map<std::string, PdfProblem> known = {
+        {"damaged/PDFBOX-4352-0.pdf", PdfProblem::Damaged},
+        {"damaged/T02-02_002_page-tree-kids-links-recursive.pdf", PdfProblem::NoPages},
+        {"damaged/T02-03_006_page-object-missing.pdf", PdfProblem::NoPages},
+        {"damaged/deep-pages.pdf", PdfProblem::NoPages},
+        {"damaged/issue-202.pdf", PdfProblem::Damaged},
+        {"damaged/missing_xref_trailer_dict.pdf", PdfProblem::Damaged},
+        {"damaged/recover-xref-stream.pdf", PdfProblem::Damaged},
+    };
+    // Here the number that the file claims is wrong.
+    const std::map<std::string, int> pages = {{"damaged/T02-02_007_page-tree-wrong-count.pdf", 1},
+                                              {"damaged/circular-page-tree.pdf", 1}};
+    int opened = 0;
+    for (ManifestRow& row : Manifest()) {
+        const std::string path = row["path"], expected = row["expected"];
+        std::optional<int> found;
+        const auto problem = ProblemOf([&] { found = CPdfDocument::Open(CorpusFolder() + '/' + path).PageCount(); });
+        if (expected == "needs password") {
+            const bool foreign = row["encryption"] == "public key";
+            EXPECT_EQ(problem, foreign ? PdfProblem::UnsupportedSecurity : PdfProblem::NeedsPassword) << path;
+        } else if (expected == "not a usable PDF") {
+            EXPECT_TRUE(problem) << path;
+        } else if (known.contains(path)) {
+            EXPECT_EQ(problem, known.at(path)) << path;
+        } else {
+            EXPECT_EQ(problem, std::nullopt) << path;
+            EXPECT_EQ(found, pages.contains(path) ? pages.at(path) : std::stoi(row["pages"])) << path;
+            ++opened;
+        }
+    }
+    EXPECT_GT(opened, 150);
+}
+
+TEST_F(Corpus, EveryKnownPasswordOpensItsFile)
+{
+    int tried = 0;
+    for (ManifestRow& row : Manifest()) {
+        const std::string path = CorpusFolder() + '/' + row["path"];
+        for (const char* column : {"user_password", "owner_password"}) {
+            const std::string password = Unquoted(row[column]);
+            if (password.empty() || row["expected"] != "needs password") continue;
+            ++tried;
+            EXPECT_EQ(ProblemOf([&] {
+                          CPdfDocument document =
+                              CPdfDocument::Open(path, WithPassword(password, WantedRights::Owner));
+                          EXPECT_EQ(document.PageCount(), std::stoi(row["pages"])) << path;
+                          const bool owner = column[0] == 'o' || row["owner_password"] == row["user_password"];
+                          EXPECT_TRUE(!owner || document.OpenedBy() == OpenedWith::Owner) << path << ' ' << password;
+                      }),
+                      std::nullopt)
+                << path << ' ' << password;
+        }
+    }
+    EXPECT_GT(tried, 35);
+    const std::string typed = "S\u00aaSL\u00adprep";
+    const std::string path = CorpusFolder() + "/encrypted/saslprep-r6.pdf";
+    EXPECT_EQ(CPdfDocument::Open(path, WithPassword(typed)).PageCount(), 1);
+}
+
+TEST_F(Corpus, RestrictedFilesRiseToOwnerRights)
+{
+    int raised = 0;
+    for (ManifestRow& row : Manifest()) {
+        const std::string password = Unquoted(row["owner_password"]);
+        if (row["theme"] != "restricted" || password.empty()) continue;
+        CPdfDocument document = CPdfDocument::Open(CorpusFolder() + '/' + row["path"]);
+        EXPECT_EQ(document.OpenedBy(), OpenedWith::User) << row["path"];
+        EXPECT_FALSE(document.Allows(PdfRight::ChangeSecurity)) << row["path"];
+        EXPECT_TRUE(document.Authorize(password, WantedRights::Owner)) << row["path"];
+        EXPECT_TRUE(document.Allows(PdfRight::ChangeSecurity)) << row["path"];
+        ++raised;
+    }
+    EXPECT_GT(raised, 4);
+}
+
+TEST_F(Corpus, ProtectedFilesReadTheSameElsewhere)
+{
+    if (!HaveTool("qpdf") || !HaveTool("pdftotext") || !HaveTool("mutool")) GTEST_SKIP() << "tools are missing";
+    const CTemporaryFolder folder;
+    const char* files[] = {"text/Paclitaxel.PDF", "languages/korean.pdf", "text/pdflatex-4-pages.pdf",
+                           "info/unicode.pdf", "signed/two_signatures.pdf"};
+    const struct {
+        int method, revision, keyBytes;
+    } kinds[] = {{2, 3, 16}, {6, 4, 16}, {7, 5, 32}};
+    for (const std::string file : files) {
+        const std::string source = CorpusFolder() + '/' + file, out = folder / "out.pdf";
+        const std::string text = RunTool({"pdftotext", "-q", source, "-"}).output;
+        for (const auto& kind : kinds) {
+            CPdfDocument document = CPdfDocument::Open(source);
+            const int pages = document.PageCount();
+            StandardSecurity security;
+            security.method = kind.method;
+            security.revision = kind.revision;
+            security.keyLengthBytes = kind.keyBytes;
+            security.hasUser = security.hasOwner = true;
+            security.userPasswordUtf8 = "open";
+            security.ownerPasswordUtf8 = "change";
+            document.SetSecurity(security);
+            document.Save({.path = out, .linearise = kind.method == 6});
+            const ToolResult check = RunTool({"qpdf", "--check", "--password=open", out});
+            EXPECT_TRUE(check.code == 0 || check.code == 3) << file << kind.method << check.output;
+            EXPECT_EQ(RunTool({"qpdf", "--password=open", "--show-npages", out}).output,
+                      std::to_string(pages) + '\n');
+            EXPECT_EQ(RunTool({"pdftotext", "-q", "-upw", "open", out, "-"}).output, text) << file << kind.method;
+            const ToolResult drawn = RunTool({"mutool", "info", "-p", "open", out});
+            EXPECT_EQ(drawn.code, 0) << file << kind.method;
+            EXPECT_THAT(drawn.output, testing::HasSubstr("Pages: " + std::to_string(pages))) << file << kind.method;
+        }
+    }
+}
+
+TEST_F(Corpus, PicturesBecomePages)
+{
+    const CTemporaryFolder folder;
+    for (const char* name : {"testJPEG_EXIF.jpg", "jpegcmyk.jpg"}) {
+        const std::string source = CorpusFolder() + "/nonpdf/" + name;
+        CPdfDocument document = JpegToPdf(source);
+        document.Save({.path = folder / "out.pdf"});
+        EXPECT_THAT(FileBytes(folder / "out.pdf"), testing::HasSubstr(FileBytes(source))) << name;
+        EXPECT_EQ(CPdfDocument::Open(folder / "out.pdf", {.repair = false}).PageCount(), 1) << name;
+    }
+    EXPECT_EQ(ProblemOf([&] { JpegToPdf(CorpusFolder() + "/nonpdf/testBMP.bmp"); }), PdfProblem::UnsupportedInput);
+}

@@ -1,0 +1,96 @@
+#ifndef FERRULE_TESTS_OPENHOST_PDF_TEST_PDFS_H
+#define FERRULE_TESTS_OPENHOST_PDF_TEST_PDFS_H
+
+#include <sys/wait.h>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "openhost/pdf/PdfDocument.h"
+
+/// A file of `pages` pages; page n shows "Page n of the sample". `extra` goes into the trailer, `objects` after the
+/// pages (they begin with object 100).
+inline std::string SamplePdf(int pages, const std::string& extra = {}, const std::string& objects = {})
+{
+    std::string kids;
+    std::string body;
+    for (int i = 0; i < pages; ++i) {
+        const std::string page = std::to_string(1000 + 2 * i), content = std::to_string(1001 + 2 * i);
+        const std::string draw = "BT /F1 18 Tf 72 700 Td (Page " + std::to_string(i + 1) + " of the sample) Tj ET";
+        kids += page + " 0 R ";
+        body += page +
+                " 0 obj\n<</Type/Page/Parent 2 0 R/MediaBox[0 0 612 792]/Resources<</Font<</F1 3 0 R>>>>/Contents " +
+                content + " 0 R>>\nendobj\n" + content + " 0 obj\n<</Length " + std::to_string(draw.size()) +
+                ">>\nstream\n" + draw + "\nendstream\nendobj\n";
+    }
+    const std::string count = std::to_string(pages);
+    std::string file = "%PDF-1.4\n1 0 obj\n<</Type/Catalog/Pages 2 0 R/Metadata 100 0 R/AcroForm 101 0 R>>\nendobj\n";
+    file += "2 0 obj\n<</Type/Pages/Kids[" + kids + "]/Count " + count + ">>\nendobj\n";
+    file += "3 0 obj\n<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>\nendobj\n" + body + objects;
+    // A table with right offsets, so that nothing needs repair.
+    std::vector<std::pair<int, std::size_t>> places;
+    for (std::size_t at = file.find(" 0 obj"); at != std::string::npos; at = file.find(" 0 obj", at + 1)) {
+        const std::size_t start = file.rfind('\n', at) + 1;
+        places.emplace_back(std::atoi(file.c_str() + start), start);
+    }
+    const std::size_t table = file.size();
+    file += "xref\n0 1\n0000000000 65535 f \n";
+    for (const auto& [number, offset] : places) {
+        char line[64];
+        std::snprintf(line, sizeof line, "%d 1\n%010zu 00000 n \n", number, offset);
+        file += line;
+    }
+    file += "trailer\n<</Size 9000/Root 1 0 R" + extra + ">>\nstartxref\n" + std::to_string(table) + "\n%%EOF\n";
+    return file;
+}
+
+inline std::string ShellQuoted(const std::string& text)
+{
+    std::string quoted = "'";
+    for (const char c : text) quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    return quoted + '\'';
+}
+
+struct ToolResult {
+    int code = -1;
+    std::string output;
+};
+
+/// Runs a program of another maker; arguments are passed as they are.
+inline ToolResult RunTool(const std::vector<std::string>& command)
+{
+    std::string line;
+    for (const std::string& word : command) line += ShellQuoted(word) + ' ';
+    ToolResult result;
+    std::FILE* pipe = ::popen((line + "2>&1 </dev/null").c_str(), "r");
+    if (!pipe) return result;
+    char chunk[4096];
+    while (const std::size_t got = std::fread(chunk, 1, sizeof chunk, pipe)) result.output.append(chunk, got);
+    const int status = ::pclose(pipe);
+    result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+inline bool HaveTool(const std::string& name) { return RunTool({"which", name}).code == 0; }
+
+/// Runs `body` and answers which problem it ended with; nothing when it went well.
+template <class Body>
+std::optional<openhost::PdfProblem> ProblemOf(Body body)
+{
+    try {
+        body();
+    } catch (const openhost::CPdfError& error) {
+        return error.Problem();
+    }
+    return std::nullopt;
+}
+
+inline openhost::PdfOpenOptions WithPassword(const std::string& utf8,
+                                             openhost::WantedRights wanted = openhost::WantedRights::Open)
+{
+    return {.authorise = [=](openhost::CPdfDocument& document) { return document.Authorize(utf8, wanted); }};
+}
+
+#endif

@@ -1,0 +1,111 @@
+#include "hostcalls/HostPath.h"
+
+#include "common/SettingsRecord.h"
+#include "hostapi/HostErrors.h"
+#include "hostcalls/Atoms.h"
+#include "hostcalls/CabFile.h"
+#include "hostcalls/CabRecord.h"
+#include "hostcalls/HostFrame.h"
+#include "unit/hostcalls/HostedCalls.h"
+
+#include <filesystem>
+
+class HostPath : public CHostedCalls {};
+class CabFile : public CHostedCalls {};
+
+TEST_F(HostPath, NamesGoToTheHostAndBackByteForByte)
+{
+    const char* names[] = {"plain.pdf",       "two  blanks.pdf", "\"quoted\".pdf", "caf\xC3\xA9.pdf",
+                           "broken \xC3.pdf", "a:b.pdf",         "per%20cent.pdf"};
+    for (const char* name : names) {
+        const std::string path = m_folder / name;
+        const CHostPath hostPath = CHostPath::FromNative(path);
+        EXPECT_EQ(hostPath.ToNative(), path);
+        const auto again = CHostPath::FromDIPath(hostPath.ToDIPath());
+        ASSERT_TRUE(again) << name;
+        EXPECT_EQ(again->ToNative(), path);
+        EXPECT_EQ(NativeFromPathCab(PathCab(path)), path);
+    }
+}
+
+TEST_F(HostPath, AZeroByteIsRefusedInsteadOfCuttingThePath)
+{
+    const auto error = CatchHostError([&] { (void)CHostPath::FromNative(std::string("/tmp/a\0b", 8)); });
+    ASSERT_TRUE(error);
+    EXPECT_TRUE(error->Is(genErrBadParm));
+}
+
+TEST_F(HostPath, APathCabHoldsItsThreeKeys)
+{
+    const CCab cab = PathCab(m_folder / "a b.pdf");
+    EXPECT_EQ(cab.Keys(), (std::vector<std::string>{"DI", "DIText", "FS"}));
+    EXPECT_EQ(AtomText(cab.Atom("FS").value()), "DOS");
+    EXPECT_EQ(cab.String("DI"), m_folder / "a b.pdf");
+    EXPECT_EQ(cab.Text("DIText"), m_folder / "a b.pdf");
+}
+
+TEST_F(HostPath, APathCabIsReadFromTheFirstKeyThatIsThere)
+{
+    const struct {
+        const char *di, *diPath, *diText;
+        std::optional<std::string> expected;
+    } rows[] = {
+        {"/a", "/b", "/c", "/a"},
+        {nullptr, "/b", "/c", "/b"},
+        {nullptr, nullptr, "/c", "/c"},
+        {"", "", "/c", "/c"},
+        {nullptr, nullptr, nullptr, std::nullopt},
+        {nullptr, nullptr, "", std::nullopt},
+    };
+    for (const auto& row : rows) {
+        CCab cab;
+        if (row.di) cab.PutString("DI", row.di);
+        if (row.diPath) cab.PutText("DIPath", row.diPath);
+        if (row.diText) cab.PutText("DIText", row.diText);
+        EXPECT_EQ(NativeFromPathCab(cab), row.expected) << row.expected.value_or("nothing");
+    }
+    EXPECT_EQ(NativeFromPathCab(CCabView()), std::nullopt);
+}
+
+TEST_F(CabFile, WhatIsWrittenIsReadBackEqual)
+{
+    CSettingsRecord record;
+    record.PutString("string", std::string(100'000, 's'));
+    record.PutWide("wide", "\xF0\x9D\x84\x9E");
+    record.PutBinary("binary", std::string("\0\x1A\r\n", 4));
+    record.PutRecord("nested", CSettingsRecord());
+    const std::string path = m_folder / "some file.sequ";
+    ASSERT_TRUE(WriteCabFile(path, CabFromRecord(record)));
+    auto read = ReadCabFile(path);
+    ASSERT_TRUE(read) << read.Error();
+    EXPECT_TRUE(RecordFromCab(*read) == record);
+
+    CCab shorter;
+    shorter.PutInt("int", 1);
+    ASSERT_TRUE(WriteCabFile(path, shorter));
+    auto readShorter = ReadCabFile(path);
+    ASSERT_TRUE(readShorter) << readShorter.Error();
+    EXPECT_EQ(readShorter->Keys(), std::vector<std::string>{"int"});
+}
+
+TEST_F(CabFile, WhatIsNoCabIsRefusedWithASentenceAndClosed)
+{
+    const struct {
+        const char* what;
+        std::string path;
+    } rows[] = {
+        {"missing", m_folder / "missing.sequ"},
+        {"folder", m_folder.MakeFolder("folder.sequ")},
+        {"empty", m_folder.Write("empty.sequ", "")},
+        {"XML", m_folder.Write("xml.sequ", "<?xml version=\"1.0\"?><Workflow/>")},
+        {"garbage", m_folder.Write("garbage.sequ", std::string(5000, '\xFF'))},
+        {"empty name", ""},
+    };
+    for (const auto& row : rows) {
+        const auto read = ReadCabFile(row.path);
+        ASSERT_FALSE(read) << row.what;
+        EXPECT_NE(read.Error(), "") << row.what;
+        EXPECT_EQ(openhost::LiveFiles() + openhost::LiveStreams(), 0u) << row.what;
+    }
+    EXPECT_FALSE(WriteCabFile(m_folder / "no such folder/x.sequ", CCab()));
+}

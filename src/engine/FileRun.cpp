@@ -155,7 +155,7 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
         m_log.Line("ERROR: Setting input file failed");
         Mark(FileOutcome::Incomplete, "The command " + command.handlerName + " did not take the document.");
     }
-    Redirect(command);
+    if (!Redirect(command)) return false;
     const ExecutionOutcome outcome = ExecuteCommand(host, m_run.settings.interactive, m_run.progress, m_log);
     if (outcome.raised) {
         m_log.NameValue("ERROR: Command execution failed", outcome.raised->text, 1);
@@ -167,12 +167,16 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
     return true;
 }
 
-void CFileRun::Redirect(SequenceCommand& command)
+/// False when a save step would save somewhere else than it should.
+bool CFileRun::Redirect(SequenceCommand& command)
 {
-    if (m_run.hostMajor < kFirstMajorWithSaveStep || !IsSaveStep(command.handlerName)) return;
+    if (m_run.hostMajor < kFirstMajorWithSaveStep || !IsSaveStep(command.handlerName)) return true;
     const std::string folder = RedirectionFolder(m_result.path, m_run.settings.alternativeOutputPath);
     const std::string problem = RedirectSaveStep(*command.command, folder, m_log);
-    if (!problem.empty()) Mark(FileOutcome::Failed, problem);
+    if (problem.empty()) return true;
+    m_log.NameValue("ERROR: Command execution failed", problem, 1);
+    Mark(FileOutcome::Failed, problem);
+    return false;
 }
 
 void CFileRun::Evaluate(SequenceCommand& command, AVCommandStatus status)

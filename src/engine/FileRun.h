@@ -47,7 +47,7 @@ private:
     bool RunCommands();
     bool RunCommand(SequenceCommand& command, int number);
     bool ExecuteReady(SequenceCommand& command);
-    void Redirect(SequenceCommand& command);
+    bool Redirect(SequenceCommand& command);
     void Evaluate(SequenceCommand& command, AVCommandStatus status);
     void Save();
     void TakeSaveResult(const SaveResult& result);

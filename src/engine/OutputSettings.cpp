@@ -12,7 +12,7 @@ OutputSettings OutputSettings::Read(CCabView output)
     }
     settings.dontOverwrite = output.Bool("DontOverwrite", true);
     settings.optimizePdf = output.Bool("OptimizePDF", true);
-    // "RunPDFOptimizer" belongs to the same part and has no effect on the engine's own save.
+    settings.runPdfOptimizer = output.Bool("RunPDFOptimizer", false);
     if (auto handler = output.StringOrText("HandlerUniqueID"); handler && !handler->empty())
         settings.handlerId = std::move(handler);
     settings.selectedFolder = PathEntry(output, "PreselectedFolderPath");

@@ -14,6 +14,7 @@ struct OutputSettings {
     std::string insertBefore, insertAfter;  // empty unless the sequence adds them
     bool dontOverwrite = true;
     bool optimizePdf = true;
+    bool runPdfOptimizer = false;               // without effect on the engine's own save
     std::optional<std::string> handlerId;       // of the converter that writes another format than PDF
     std::optional<std::string> selectedFolder;  // platform path
 

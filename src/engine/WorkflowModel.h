@@ -41,9 +41,8 @@ struct WorkflowCommand {
     std::string handlerName;  // without white space at its end
     std::string label;        // that of its group
     WorkflowItems parameters;
-    // Kept: XML sequences never pause or prompt, whatever their attributes say.
-    bool pauseBefore = false;
-    bool promptUser = false;
+    // As written. Kept: workflows never pause or prompt, whatever stands here.
+    std::string pauseBefore, promptUser;
 };
 
 struct WorkflowGroup {

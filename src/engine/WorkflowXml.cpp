@@ -73,6 +73,8 @@ WorkflowCommand ReadCommand(const TiXmlElement& element, const std::string& labe
     command.handlerName = AttributeText(element, "name");
     command.handlerName.erase(command.handlerName.find_last_not_of(" \t\n\v\f\r") + 1);
     command.label = label;
+    command.pauseBefore = AttributeText(element, "pauseBefore");
+    command.promptUser = AttributeText(element, "promptUser");
     ForEachChild(element, [&](const TiXmlElement& child) {
         if (IsNamed(child, "Items")) ReadItems(child, command.parameters);
     });

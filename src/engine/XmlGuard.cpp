@@ -41,6 +41,14 @@ bool IsCharacterReference(std::string_view rest)
     return false;
 }
 
+/// `rest` begins behind the ampersand.
+bool IsEntityReference(std::string_view rest)
+{
+    for (const char* entity : {"amp;", "lt;", "gt;", "quot;", "apos;"})
+        if (rest.starts_with(entity)) return true;
+    return false;
+}
+
 bool StartsName(char c)
 {
     const auto byte = static_cast<unsigned char>(c);
@@ -163,11 +171,18 @@ private:
         m_at = end + 1;
     }
 
+    /// The parser drops the ampersand of a reference that it does not know, so there must be none.
     void CheckReferences(std::string_view data)
     {
-        for (std::size_t at = data.find("&#"); at != kNone; at = data.find("&#", at + 2))
-            if (!IsCharacterReference(data.substr(at + 2)))
-                return Fail("A reference names a character that does not exist.");
+        for (std::size_t at = data.find('&'); at != kNone; at = data.find('&', at + 1)) {
+            const std::string_view rest = data.substr(at + 1);
+            if (rest.starts_with('#')) {
+                if (!IsCharacterReference(rest.substr(1)))
+                    return Fail("A reference names a character that does not exist.");
+            } else if (!IsEntityReference(rest)) {
+                return Fail("A reference names an unknown entity.");
+            }
+        }
     }
 
     std::string_view m_text;

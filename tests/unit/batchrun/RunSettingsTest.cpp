@@ -1,0 +1,103 @@
+#include "batchrun/RunSettings.h"
+
+#include "support/MemoryLog.h"
+
+#include <gtest/gtest.h>
+#include <map>
+
+namespace {
+
+using Variables = std::map<std::string, std::string>;
+
+EnvironmentReader Environment(Variables variables)
+{
+    return [variables = std::move(variables)](const char* name) {
+        const auto found = variables.find(name);
+        return found == variables.end() ? std::string() : found->second;
+    };
+}
+
+RunSettings Read(const char* name, const std::string& value)
+{
+    CNullLog log;
+    return ReadRunSettings(Environment({{name, value}}), log);
+}
+
+TEST(RunSettings, FinalActionCodesOutsideTheListDoNothing)
+{
+    const struct {
+        const char* value;
+        int code;
+    } rows[] = {{"", 0},    {"0", 0},           {"8", 8},          {"9", 0},
+                {"-1", 0},  {"-9999999999", 0}, {"3x", 3},         {" 6", 6},
+                {"abc", 0}, {"+7", 7},          {"4294967297", 0}, {"0x3", 0},
+                {"08", 8},  {"2.9", 2},         {"\t5", 5},        {"18446744073709551617", 0}};
+    for (const auto& row : rows) EXPECT_EQ(Read("FERRULEFINAL", row.value).finalAction, row.code) << row.value;
+}
+
+TEST(RunSettings, YesIsReadInThreeDifferentWays)
+{
+    const struct {
+        const char* value;
+        bool progress, noSubfolders, inSteps;
+    } rows[] = {{"", true, false, false},      {"yes", false, true, true},   {"YES", false, true, true},
+                {" yes", false, false, true},  {"yes ", false, false, true}, {"no", true, false, false},
+                {"yesyes", true, false, false}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(Read("FERRULENOPROGRESS", row.value).showProgress, row.progress) << '"' << row.value << '"';
+        EXPECT_EQ(Read("FERRULENOSUBFOLDERS", row.value).noSubfolders, row.noSubfolders) << '"' << row.value << '"';
+        EXPECT_EQ(Read("EXECUTEINSTEPS", row.value).executeInSteps, row.inSteps) << '"' << row.value << '"';
+    }
+}
+
+TEST(RunSettings, PathsLoseOnePairOfQuotes)
+{
+    const struct {
+        const char* value;
+        const char* path;
+    } rows[] = {
+        {"/a/b.sequ", "/a/b.sequ"}, {" \"/a b/c\" ", "/a b/c"},       {"\"", "\""}, {"\"\"", ""}, {"\" /x \"", "/x"},
+        {"/a\"b", "/a\"b"},         {"\"\"/twice\"\"", "\"/twice\""}, {"  ", ""}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(Read("FERRULESEQU", row.value).sequencePath, row.path) << row.value;
+        EXPECT_EQ(Read("FERRULEALTPATH", row.value).alternativeInputPath, row.path) << row.value;
+        EXPECT_EQ(Read("FERRULEALTOUTPUTPATH", row.value).alternativeOutputPath, row.path) << row.value;
+    }
+    EXPECT_EQ(Read("FERRULEDEST", " \"/kept as it is\" ").destination, " \"/kept as it is\" ");
+}
+
+TEST(RunSettings, ExtensionsAreSplitAndTrimmed)
+{
+    const struct {
+        const char* value;
+        std::vector<std::string> extensions;
+    } rows[] = {{"pdf;tif,jpg", {"pdf", "tif", "jpg"}},
+                {" pdf , .tif ;; . png,", {"pdf", "tif", "png"}},
+                {"", {}},
+                {";,.", {}},
+                {"tar.gz", {"tar.gz"}}};
+    for (const auto& row : rows)
+        EXPECT_EQ(Read("FERRULEFILEEXT", row.value).allowedExtensions, row.extensions) << row.value;
+}
+
+TEST(RunSettings, LogsAllNineAsTheyCame)
+{
+    CMemoryLog log;
+    (void)ReadRunSettings(Environment({{"FERRULESEQU", "\"/a b.sequ\""},
+                                       {"FERRULEFINAL", "9"},
+                                       {"FERRULEDEST", "/d "},
+                                       {"FERRULEALTPATH", "\"/in\""},
+                                       {"EXECUTEINSTEPS", "Yes"},
+                                       {"FERRULENOPROGRESS", " YES"},
+                                       {"FERRULEALTOUTPUTPATH", " \"/out\" "},
+                                       {"FERRULEFILEEXT", " pdf;tif "},
+                                       {"FERRULENOSUBFOLDERS", "yes "}}),
+                          log);
+    EXPECT_EQ(log.lines, (std::vector<std::string>{"\tSequence file : \"/a b.sequ\"", "\tFinal action : 9",
+                                                   "\tDestination : /d ", "\tAlternative path : \"/in\"",
+                                                   "\tExecute in steps : Yes", "\tProgress dialog :  YES",
+                                                   "\tAlternative output path : \"/out\"",
+                                                   "Allowed file extentions : pdf;tif", "No subfolders : yes "}));
+}
+
+}  // namespace

@@ -11,6 +11,25 @@ namespace {
 
 bool IsCatalogue(QPDFObjectHandle object) { return object.isDictionary() && object.getKey("/Pages").isDictionary(); }
 
+/// A page's own entry or the one it inherits.
+QPDFObjectHandle InheritedEntry(QPDFObjectHandle node, const char* key)
+{
+    constexpr int kDeepestTree = 1000;
+    for (int level = 0; level < kDeepestTree && node.isDictionary(); ++level) {
+        if (node.hasKey(key)) return node.getKey(key);
+        node = node.getKey("/Parent");
+    }
+    return QPDFObjectHandle::newNull();
+}
+
+void MakeChildOf(QPDFObjectHandle root, QPDFObjectHandle page)
+{
+    for (const char* key : {"/Resources", "/MediaBox", "/CropBox", "/Rotate"}) {
+        page.replaceKey(key, InheritedEntry(page, key));
+    }
+    page.replaceKey("/Parent", root);
+}
+
 /// A node whose children are being walked.
 struct OpenNode {
     QPDFObjectHandle kids;
@@ -40,6 +59,23 @@ bool HasUsablePages(QPDF& document)
     QPDFObjectHandle claim = document.getTrailer().getKey("/Root").getKey("/Pages").getKey("/Count");
     const bool possible = claim.isInteger() && claim.getIntValue() > 0 && claim.getIntValue() <= INT_MAX;
     return possible && !PagesOf(document, 1).empty();
+}
+
+void MendPageTree(QPDF& document)
+{
+    QPDFObjectHandle root = document.getTrailer().getKey("/Root").getKey("/Pages");
+    std::vector<QPDFObjectHandle> pages = PagesOf(document);
+    const auto count = static_cast<long long>(pages.size());
+    QPDFObjectHandle claim = root.getKey("/Count");
+    if (claim.isInteger() && claim.getIntValue() == count) return;
+    std::set<QPDFObjGen> placed;
+    for (QPDFObjectHandle& page : pages) {
+        const bool again = page.isIndirect() && !placed.insert(page.getObjGen()).second;
+        if (again || !page.isIndirect()) page = document.makeIndirectObject(page.shallowCopy());
+        MakeChildOf(root, page);
+    }
+    root.replaceKey("/Kids", QPDFObjectHandle::newArray(pages));
+    root.replaceKey("/Count", QPDFObjectHandle::newInteger(count));
 }
 
 std::vector<QPDFObjectHandle> PagesOf(QPDF& document, std::optional<std::size_t> most)

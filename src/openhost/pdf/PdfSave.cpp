@@ -4,6 +4,7 @@
 #include "openhost/pdf/AtomicFile.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/FilePipeline.h"
+#include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfGuard.h"
 
 namespace openhost {
@@ -74,6 +75,7 @@ void WriteInto(CAtomicFile& file, CPdfDocument::State& state, const PdfSaveOptio
 {
     CFilePipeline pipeline(file);
     QPDF& library = state.Current();
+    MendPageTree(library);
     QPDFWriter writer(library);
     writer.setOutputPipeline(&pipeline);
     CopyStreams(writer, library);
@@ -131,6 +133,7 @@ std::string CPdfDocument::WriteToMemory()
 {
     return Guarded(m_state->description, PdfProblem::Damaged, [&] {
         QPDF& library = m_state->Current();
+        MendPageTree(library);
         QPDFWriter writer(library);
         writer.setOutputMemory();
         CopyStreams(writer, library);

@@ -119,6 +119,22 @@ TEST(Save, SurvivesTheLossOfItsNewFile)
     EXPECT_EQ(again.Info("Title"), "kept");
 }
 
+TEST(Save, MendsAPageTreeThatClaimsTooMany)
+{
+    const CTemporaryFolder folder;
+    std::string wrong = SamplePdf(2);
+    wrong.replace(wrong.find("/Count 2"), 8, "/Count 9");
+    // Both pages inherit their size, and the tree leads back to its root.
+    wrong.replace(wrong.find("/Kids[1000 0 R 1002 0 R ]"), 25,
+                  "/Kids[1000 0 R 1002 0 R 2 0 R]/MediaBox[0 0 300 400]");
+    for (std::size_t at; (at = wrong.find("/MediaBox[0 0 612 792]")) != std::string::npos;) wrong.erase(at, 22);
+    CPdfDocument document = CPdfDocument::Open(folder.Write("a.pdf", wrong));
+    document.Save({.path = folder / "b.pdf", .linearise = true});
+    const ToolResult info = RunTool({"pdfinfo", folder / "b.pdf"});
+    EXPECT_THAT(info.output, testing::ContainsRegex("Pages: *2\n"));
+    EXPECT_THAT(info.output, testing::ContainsRegex("Page size: *300 x 400"));
+}
+
 TEST(Save, KeepsLinksAndReplacesWhatTheyLeadTo)
 {
     const CTemporaryFolder folder;

@@ -45,18 +45,17 @@ std::string NativeFromDeviceIndependent(std::string_view text, const CFilePath* 
 {
     Require(!text.empty(), "a path cannot be empty");
     if (text.starts_with('/')) return NativeOfDeviceIndependent(text);
+    const std::string whole = DeviceIndependentOfNative(BaseFolder(relativeTo)) + "/" + std::string(text);
     std::vector<std::string_view> steps;
-    const std::string base = DeviceIndependentOfNative(BaseFolder(relativeTo));
-    for (const std::string& part : {base, std::string(text)})
-        for (const std::string_view step : Steps(part)) {
-            if (step == ".." && !steps.empty())
-                steps.pop_back();
-            else if (step != "..")
-                steps.push_back(step);
-        }
-    std::string whole;
-    for (const std::string_view step : steps) whole.append("/").append(step);
-    return NativeOfDeviceIndependent(whole.empty() ? "/" : whole);
+    for (const std::string_view step : Steps(whole)) {
+        if (step != "..")
+            steps.push_back(step);
+        else if (!steps.empty())
+            steps.pop_back();
+    }
+    std::string result;
+    for (const std::string_view step : steps) result.append("/").append(step);
+    return NativeOfDeviceIndependent(result.empty() ? "/" : result);
 }
 
 std::string DeviceIndependentFrom(const CFilePath& path, const CFilePath* relativeTo)

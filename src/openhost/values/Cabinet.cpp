@@ -248,10 +248,9 @@ void CCabinet::PutText(std::string_view key, std::string_view utf8)
 CCabinet& CCabinet::PutNewCab(std::string_view key)
 {
     if (CCabinet* const there = GetCab(key)) return *there;
-    RequirePuttable(key);
-    CCabinet& made = CabAt(NewCab());
-    Put(key, &made);
-    return made;
+    COwnedCab made = COwnedCab::New();
+    Put(key, &*made);
+    return CabAt(made.Release());
 }
 
 void CCabinet::PutPointer(std::string_view key, std::string typeName, void* pointer, ASCabPointerDestroyProc destroy)

@@ -1,0 +1,183 @@
+#include <cmath>
+#include <cstring>
+
+#include "openhost/values/CabStream.h"
+#include "unit/openhost_values/ValuesHost.h"
+
+namespace {
+
+constexpr std::size_t kHeader = 24;
+
+class CabStreams : public CValuesHost {
+protected:
+    static std::string BytesOf(ASCab cab)
+    {
+        std::string bytes;
+        const ASStm stream = SUPPORT(ASProcStmWrOpen)(&Append, nullptr, &bytes);
+        EXTRA(ASCabWriteToStream)(cab, stream);
+        SUPPORT(ASStmClose)(stream);
+        return bytes;
+    }
+    /// Null when refused.
+    static ASCab Read(const std::string& bytes)
+    {
+        const ASStm stream = SUPPORT(ASMemStmRdOpen)(bytes.data(), static_cast<ASArraySize>(bytes.size()));
+        const ASCab cab = EXTRA(ASCabReadFromStream)(stream);
+        SUPPORT(ASStmClose)(stream);
+        return cab;
+    }
+    static bool Refused(const std::string& bytes)
+    {
+        const ASCab cab = Read(bytes);
+        if (cab) EXTRA(ASCabDestroy)(cab);
+        return !cab;
+    }
+    static ASTCount HOSTCALL Append(char* data, ASTArraySize size, void* bytes)
+    {
+        static_cast<std::string*>(bytes)->append(data, static_cast<std::size_t>(size));
+        return size;
+    }
+};
+
+ASCab CabOfAllTypes()
+{
+    const ASCab cab = EXTRA(ASCabNew)();
+    EXTRA(ASCabPutBool)(cab, "Bool", 1);
+    EXTRA(ASCabPutInt)(cab, "Int", -2147483647 - 1);
+    EXTRA(ASCabPutUns)(cab, "Uns", 0xFFFFFFFFu);
+    EXTRA(ASCabPutInt64)(cab, "Int64", -1);
+    EXTRA(ASCabPutUns64)(cab, "Uns64", ~0ull);
+    EXTRA(ASCabPutDouble)(cab, "Double", -0.1);
+    EXTRA(ASCabPutAtom)(cab, "Atom", CORE(ASAtomFromString)("WorkflowName"));
+    EXTRA(ASCabPutAtom)(cab, "NullAtom", 0xFFFF);
+    EXTRA(ASCabPutString)(cab, "String", openhost::SharedCopy("caf\xC3\xA9 \xFF"));
+    EXTRA(ASCabPutString)(cab, "EmptyString", openhost::SharedCopy(""));
+    EXTRA(ASCabPutBinary)(cab, "Binary", openhost::SharedCopy(std::string_view("\0\1\xFF", 3)), 3);
+    EXTRA(ASCabPutNull)(cab, "Null");
+    const ASUTF16Val lone[] = {'a', 0xDC80, 0xD83D, 0xDE00};
+    const ASText text = EXTRA(ASTextFromSizedUnicode)(lone, kUTF16HostEndian, sizeof lone);
+    EXTRA(ASTextSetCountry)(text, 0x4445);
+    EXTRA(ASTextSetLanguage)(text, 0x6465);
+    EXTRA(ASCabPutText)(cab, "Nested:1", text);
+    EXTRA(ASCabPutCab)(cab, "Nested:2", EXTRA(ASCabNew)());
+    return cab;
+}
+
+TEST_F(CabStreams, AllTypesComeBackAndPointersAreLeftOut)
+{
+    const ASCab cab = CabOfAllTypes();
+    const ASCab stored = EXTRA(ASCabDup)(cab);
+    EXTRA(ASCabPutPointerRaw)(stored, "Nested:Pointer", "PDDoc", this, nullptr);
+    const ASCab back = Read(BytesOf(stored));
+    ASSERT_NE(back, nullptr);
+    EXPECT_TRUE(EXTRA(ASCabEqual)(back, cab));
+    const ASText text = EXTRA(ASCabGetText)(back, "Nested:1");
+    EXPECT_EQ(EXTRA(ASTextGetCountry)(text), 0x4445);
+    EXPECT_EQ(EXTRA(ASTextGetLanguage)(text), 0x6465);
+    for (const ASCab each : {cab, stored, back}) EXTRA(ASCabDestroy)(each);
+}
+
+TEST_F(CabStreams, ExactlyOneCabIsReadAndForeignBytesStay)
+{
+    std::string bytes;
+    for (const int number : {1, 2}) {
+        const ASCab cab = EXTRA(ASCabNew)();
+        EXTRA(ASCabPutInt)(cab, "number", number);
+        bytes += BytesOf(cab);
+        EXTRA(ASCabDestroy)(cab);
+    }
+    bytes += "<?xml version=\"1.0\"?><Workflow/>";
+    const ASStm stream = SUPPORT(ASMemStmRdOpen)(bytes.data(), static_cast<ASArraySize>(bytes.size()));
+    for (const int number : {1, 2}) {
+        const ASCab cab = EXTRA(ASCabReadFromStream)(stream);
+        ASSERT_NE(cab, nullptr);
+        EXPECT_EQ(EXTRA(ASCabGetInt)(cab, "number", 0), number);
+        EXTRA(ASCabDestroy)(cab);
+    }
+    EXPECT_EQ(EXTRA(ASCabReadFromStream)(stream), nullptr);
+    char rest[64] = {};
+    EXPECT_EQ(SUPPORT(ASStmRead)(rest, 1, sizeof rest, stream), 32);
+    EXPECT_STREQ(rest, "<?xml version=\"1.0\"?><Workflow/>");
+    SUPPORT(ASStmClose)(stream);
+}
+
+TEST_F(CabStreams, TruncatedAndForeignBytesAreRefused)
+{
+    const ASCab cab = CabOfAllTypes();
+    const std::string bytes = BytesOf(cab);
+    EXTRA(ASCabDestroy)(cab);
+    for (std::size_t length = 0; length < bytes.size(); ++length)
+        EXPECT_TRUE(Refused(bytes.substr(0, length))) << "cut off after " << length << " bytes";
+    for (const std::string& foreign : {std::string("<?xml version=\"1.0\"?>\n<Workflow></Workflow>"),
+                                       std::string(200, '\0'), "\xEF\xBB\xBF" + bytes, bytes.substr(1)})
+        EXPECT_TRUE(Refused(foreign)) << foreign.substr(0, 10);
+}
+
+TEST_F(CabStreams, EveryFlippedBitIsNoticed)
+{
+    const ASCab cab = CabOfAllTypes();
+    const std::string bytes = BytesOf(cab);
+    EXTRA(ASCabDestroy)(cab);
+    for (std::size_t bit = 0; bit < bytes.size() * 8; ++bit) {
+        std::string damaged = bytes;
+        damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << (bit % 8)));
+        EXPECT_TRUE(Refused(damaged)) << "bit " << bit;
+    }
+}
+
+std::uint32_t Crc32(std::string_view bytes)
+{
+    std::uint32_t sum = ~0u;
+    for (const char byte : bytes) {
+        sum ^= static_cast<unsigned char>(byte);
+        for (int bit = 0; bit < 8; ++bit) sum = (sum >> 1) ^ (sum & 1 ? 0xEDB88320u : 0);
+    }
+    return ~sum;
+}
+
+/// A stored cab with this body, as somebody with bad intentions would make it: length and checksum are right.
+std::string Forged(const std::string& genuine, const std::string& body)
+{
+    std::string bytes = genuine.substr(0, kHeader);
+    const std::uint32_t sum = Crc32(body);
+    const std::uint64_t length = body.size();
+    std::memcpy(bytes.data() + 12, &sum, sizeof sum);
+    std::memcpy(bytes.data() + 16, &length, sizeof length);
+    return bytes + body;
+}
+
+TEST_F(CabStreams, ForgedBytesNeverDoHarm)
+{
+    const ASCab cab = CabOfAllTypes();
+    const std::string bytes = BytesOf(cab);
+    EXTRA(ASCabDestroy)(cab);
+    const std::string body = bytes.substr(kHeader);
+    ASSERT_FALSE(Refused(Forged(bytes, body)));
+    std::size_t refused = 0;
+    for (std::size_t at = 0; at < body.size(); ++at)
+        for (const int value : {0, 1, 8, 0x3A, 0x7F, 0x80, 0xFF}) {
+            std::string damaged = body;
+            damaged[at] = static_cast<char>(value);
+            refused += Refused(Forged(bytes, damaged));
+        }
+    EXPECT_GT(refused, body.size());
+    EXPECT_TRUE(Refused(Forged(bytes, body + "x")));
+    EXPECT_TRUE(Refused(Forged(bytes, {})));
+}
+
+TEST_F(CabStreams, DeepNestingIsRefused)
+{
+    const ASCab cab = EXTRA(ASCabNew)();
+    const std::string header = BytesOf(cab);
+    EXTRA(ASCabDestroy)(cab);
+    const auto nested = [&](int depth) {
+        std::string body;
+        for (int level = 1; level < depth; ++level) body += std::string("\1\0\0\0\x08\1\0\0\0k", 10);
+        return Forged(header, body + std::string(4, '\0'));
+    };
+    EXPECT_FALSE(Refused(nested(128)));
+    EXPECT_TRUE(Refused(nested(129)));
+    EXPECT_TRUE(Refused(nested(100000)));
+}
+
+}  // namespace

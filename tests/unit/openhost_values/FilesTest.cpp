@@ -1,0 +1,172 @@
+
+#include <filesystem>
+
+#include "support/TemporaryFolder.h"
+#include "unit/openhost_values/ValuesHost.h"
+
+namespace {
+
+constexpr ASFileMode kRead = ASFILE_READ;
+constexpr ASFileMode kWrite = ASFILE_WRITE;
+constexpr ASFileMode kCreate = ASFILE_WRITE | ASFILE_CREATE;
+
+class Files : public CValuesHost {
+protected:
+    static ASPathName Path(const std::string& native) { return openhost::NewPath(native); }
+    static ASErrorCode Open(const std::string& native, ASFileMode mode, ASFile* file)
+    {
+        const ASPathName path = Path(native);
+        const ASErrorCode failed = SUPPORT(ASFileSysOpenFile64)(nullptr, path, mode, file);
+        SUPPORT(ASFileSysReleasePath)(nullptr, path);
+        return failed;
+    }
+    static ASFile Opened(const std::string& native, ASFileMode mode)
+    {
+        ASFile file = nullptr;
+        EXPECT_EQ(Open(native, mode, &file), 0) << native;
+        return file;
+    }
+    CTemporaryFolder folder;
+};
+
+TEST_F(Files, OpeningAnswersAnErrorCode)
+{
+    folder.Write("there.pdf", "x");
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(std::system(("mkfifo '" + pipe + "'").c_str()), 0);
+    const struct {
+        std::string path;
+        ASFileMode mode;
+        ASErrorCode code;
+    } rows[] = {{folder / "missing.pdf", kRead, fileErrFNF},           {folder / "missing.pdf", kWrite, fileErrFNF},
+                {folder / "no folder/x.pdf", kCreate, fileErrFNF},     {folder.Path(), kRead, fileErrOpenFailed},
+                {folder.Path(), kCreate, fileErrOpenFailed},           {pipe, kRead, fileErrOpenFailed},
+                {folder / std::string(300, 'n'), kCreate, fileErrFNF}, {folder / "there.pdf", 0, genErrBadParm}};
+    for (const auto& row : rows) {
+        ASFile file = nullptr;
+        EXPECT_EQ(Open(row.path, row.mode, &file), row.code) << row.path << ' ' << row.mode;
+        EXPECT_EQ(file, nullptr);
+    }
+    ASFile file = nullptr;
+    ASFileSysRec foreign{};
+    EXPECT_EQ(SUPPORT(ASFileSysOpenFile)(nullptr, nullptr, kRead, &file), genErrBadParm);
+    EXPECT_EQ(SUPPORT(ASFileSysOpenFile)(&foreign, nullptr, kRead, &file), genErrBadParm);
+    EXPECT_EQ(SUPPORT(ASFileClose)(nullptr), genErrBadParm);
+}
+
+TEST_F(Files, AnOpenFileGivesTheSameHandleUnderEveryName)
+{
+    const std::string path = folder.Write("a.pdf", "12345");
+    std::filesystem::create_symlink(path, folder / "link.pdf");
+    const ASFile file = Opened(path, kRead);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileWrite)(file, "x", 1); }), fileErrPerm);
+    EXPECT_EQ(Opened(folder / "link.pdf", kRead | kWrite), file);
+    EXPECT_EQ(SUPPORT(ASFileGetOpenMode)(file) & 3, 3);
+    EXPECT_EQ(SUPPORT(ASFileWrite)(file, "x", 1), 1);  // it has the wider rights now
+    EXPECT_EQ(SUPPORT(ASFileClose)(file), 0);
+    char rest[8] = {};
+    EXPECT_EQ(SUPPORT(ASFileRead)(file, rest, 8), 4);
+    EXPECT_STREQ(rest, "2345");
+    const ASPathName link = Path(folder / "link.pdf");
+    EXPECT_TRUE(SUPPORT(ASFileIsSame)(file, link, nullptr));
+    SUPPORT(ASFileSysReleasePath)(nullptr, link);
+    const ASPathName acquired = SUPPORT(ASFileAcquirePathName)(file);
+    EXPECT_EQ(openhost::PathAt(acquired).Native(), path);
+    EXPECT_EQ(SUPPORT(ASFileClose)(file), 0);
+    EXPECT_EQ(SUPPORT(ASFileClose)(file), genErrBadParm);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileGetEOF)(file); }), genErrBadParm);
+    SUPPORT(ASFileSysReleasePath)(nullptr, acquired);  // the reference outlives the file
+}
+
+TEST_F(Files, CreatingForWritingStartsEmptyAndOtherModesKeepTheContent)
+{
+    const struct {
+        ASFileMode mode;
+        const char* after;
+    } rows[] = {{kWrite, "New45"}, {kRead | kCreate, "New45"}, {kCreate, "New"}};
+    for (const auto& row : rows) {
+        const std::string path = folder.Write("a.txt", "12345");
+        const ASFile file = Opened(path, row.mode);
+        EXPECT_EQ(SUPPORT(ASFileWrite)(file, "New", 3), 3);
+        EXPECT_EQ(SUPPORT(ASFileClose)(file), 0);
+        EXPECT_EQ(FileBytes(path), row.after) << row.mode;
+    }
+}
+
+TEST_F(Files, PositionsAndLengthsBeyondTwoGibibytesNeedTheWideCalls)
+{
+    constexpr ASFilePos64 kFar = 5'000'000'000;
+    const ASFile file = Opened(folder / "sparse", kRead | kCreate);
+    SUPPORT(ASFileSetPos64)(file, kFar);
+    EXPECT_EQ(SUPPORT(ASFileWrite)(file, "end", 3), 3);
+    EXPECT_EQ(SUPPORT(ASFileGetEOF64)(file), kFar + 3);
+    EXPECT_EQ(SUPPORT(ASFileGetPos64)(file), kFar + 3);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileGetEOF)(file); }), fileErrTooBig);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileGetPos)(file); }), fileErrTooBig);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileSetPos)(file, -1); }), genErrBadParm);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileSetEOF64)(file, ~0ull); }), genErrBadParm);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileRead)(file, nullptr, 1); }), genErrBadParm);
+    SUPPORT(ASFileSetEOF)(file, 2);
+    EXPECT_EQ(SUPPORT(ASFileGetEOF)(file), 2);
+    EXPECT_EQ(SUPPORT(ASFileHardFlush)(file), 0);
+    EXPECT_EQ(SUPPORT(ASFileClose)(file), 0);
+}
+
+TEST_F(Files, AFullDiskRaisesItsOwnError)
+{
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+    const ASFile file = Opened("/dev/full", kWrite);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileWrite)(file, "x", 1); }), fileErrDiskFull);
+    EXPECT_EQ(SUPPORT(ASFileClose)(file), 0);
+}
+
+TEST_F(Files, FoldersAreMadeWalkedThroughAndRemoved)
+{
+    const ASPathName deep = Path(folder / "new/deep");
+    const ASPathName top = Path(folder / "new");
+    EXPECT_EQ(SUPPORT(ASFileSysCreateFolder)(nullptr, deep, 0), fileErrFNF);
+    EXPECT_EQ(SUPPORT(ASFileSysCreateFolder)(nullptr, deep, 1), 0);
+    EXPECT_EQ(SUPPORT(ASFileSysCreateFolder)(nullptr, deep, 1), fileErrExists);
+    EXPECT_EQ(SUPPORT(ASFileSysRemoveFolder)(nullptr, top), fileErrBusy);
+    folder.Write("new/b.pdf", "12345");
+    folder.Write("new/.hidden", "");
+    ASFileSysItemPropsRec props{};
+    props.size = sizeof props;
+    ASPathName item = nullptr;
+    std::string seen;
+    const ASFolderIterator walk = SUPPORT(ASFileSysFirstFolderItem)(nullptr, top, &props, &item);
+    ASSERT_NE(walk, nullptr);
+    do {
+        seen += openhost::PathAt(item).Name() + (props.type == kASFileSysFolder ? "/ " : " ");
+        if (props.isHidden) seen += "(hidden) ";
+        if (props.fileSize > 0) seen += std::to_string(props.fileSize) + " bytes ";
+        SUPPORT(ASFileSysReleasePath)(nullptr, item);
+    } while (SUPPORT(ASFileSysNextFolderItem)(nullptr, walk, &props, &item));
+    SUPPORT(ASFileSysDestroyFolderIterator)(nullptr, walk);
+    EXPECT_EQ(seen, ".hidden (hidden) b.pdf 5 bytes deep/ ");
+    EXPECT_EQ(SUPPORT(ASFileSysFirstFolderItem)(nullptr, deep, &props, &item), nullptr);
+    const ASPathName file = Path(folder / "new/b.pdf");
+    EXPECT_EQ(SUPPORT(ASFileSysRemoveFile)(nullptr, deep), fileErrOpenFailed);
+    EXPECT_EQ(SUPPORT(ASFileSysRemoveFolder)(nullptr, file), fileErrNotADir);
+    EXPECT_EQ(SUPPORT(ASFileSysRemoveFile)(nullptr, file), 0);
+    EXPECT_EQ(SUPPORT(ASFileSysRemoveFile)(nullptr, file), fileErrFNF);
+    EXPECT_EQ(SUPPORT(ASFileSysGetItemProps)(nullptr, file, &props), 0);
+    EXPECT_FALSE(props.isThere);
+    EXPECT_EQ(Raised([&] { SUPPORT(ASFileSysFirstFolderItem)(nullptr, file, &props, &item); }), fileErrFNF);
+    for (const ASPathName path : {deep, top, file}) SUPPORT(ASFileSysReleasePath)(nullptr, path);
+}
+
+TEST_F(Files, PropertiesNeverGoPastTheCallersRecord)
+{
+    ASFileSysItemPropsRec props{};
+    props.size = offsetof(ASFileSysItemPropsRec, isHidden);
+    props.fileSize = 77;
+    const ASPathName path = Path(folder.Write("a.pdf", "12345"));
+    EXPECT_EQ(SUPPORT(ASFileSysGetItemProps)(nullptr, path, &props), 0);
+    EXPECT_TRUE(props.isThere);
+    EXPECT_EQ(props.fileSize, 77u);
+    EXPECT_EQ(props.size, offsetof(ASFileSysItemPropsRec, isHidden));
+    SUPPORT(ASFileSysReleasePath)(nullptr, path);
+}
+
+}  // namespace

@@ -1,0 +1,295 @@
+#include <cstring>
+
+#include "openhost/values/Encoding.h"
+#include "unit/openhost_values/ValuesHost.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+const ASUTF16Val* Units(const std::string& bytes) { return reinterpret_cast<const ASUTF16Val*>(bytes.data()); }
+
+class Texts : public CValuesHost {
+protected:
+    static std::string Utf8(ASText text)
+    {
+        auto* const copy = reinterpret_cast<char*>(EXTRA(ASTextGetUnicodeCopy)(text, kUTF8));
+        std::string bytes = copy;
+        SUPPORT(ASfree)(copy);
+        return bytes;
+    }
+    static std::string PdText(ASText text)
+    {
+        ASTArraySize length = -1;
+        char* const copy = EXTRA(ASTextGetPDTextCopy)(text, &length);
+        std::string bytes(copy, static_cast<std::size_t>(length));
+        SUPPORT(ASfree)(copy);
+        return bytes;
+    }
+    static ASText FromUtf8(const char* utf8) { return EXTRA(ASTextFromEncoded)(utf8, 0); }
+};
+
+TEST_F(Texts, EveryFormatGoesInAndComesOut)
+{
+    // "A", e with acute, a smiling face
+    const struct {
+        ASUnicodeFormat format;
+        std::string bytes;
+        std::size_t width;
+    } rows[] = {{kUTF16BigEndian, "\0A\0\xE9\xD8\x3D\xDE\0"s, 2},
+                {kUTF16HostEndian, "A\0\xE9\0\x3D\xD8\0\xDE"s, 2},
+                {kUTF8, "A\xC3\xA9\xF0\x9F\x98\x80"s, 1},
+                {kUTF32BigEndian, "\0\0\0A\0\0\0\xE9\0\1\xF6\0"s, 4},
+                {kUTF32HostEndian, "A\0\0\0\xE9\0\0\0\0\xF6\1\0"s, 4}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.format);
+        const std::string ended = row.bytes + std::string(4, '\0');
+        const ASText toZero = EXTRA(ASTextFromUnicode)(Units(ended), row.format);
+        const ASText sized =
+            EXTRA(ASTextFromSizedUnicode)(Units(ended), row.format, static_cast<ASTArraySize>(row.bytes.size()));
+        EXPECT_EQ(Utf8(toZero), rows[2].bytes);
+        EXPECT_EQ(EXTRA(ASTextCaseSensitiveCmp)(toZero, sized), 0);
+        ASUTF16Val* const copy = EXTRA(ASTextGetUnicodeCopy)(toZero, row.format);
+        const std::string back(reinterpret_cast<char*>(copy), row.bytes.size() + row.width);
+        EXPECT_EQ(back, row.bytes + std::string(row.width, '\0'));
+        SUPPORT(ASfree)(copy);
+        const ASUTF16Val* const lent = EXTRA(ASTextGetUnicode)(sized);
+        EXPECT_EQ(lent[2], 0xD83D);
+        EXPECT_EQ(lent[4], 0);
+        EXTRA(ASTextDestroy)(toZero);
+        EXTRA(ASTextDestroy)(sized);
+    }
+}
+
+TEST_F(Texts, ZerosInsideASizedTextStay)
+{
+    const ASText text = EXTRA(ASTextFromSizedEncoded)("a\0b", 3, 0);
+    EXPECT_EQ(PdText(text), "a\0b"s);
+    EXTRA(ASTextSetSizedUnicode)(text, Units("\0a\0\0\0b"s), kUTF16BigEndian, 6);
+    EXPECT_EQ(PdText(text), "a\0b"s);
+    EXTRA(ASTextSetSizedUnicode)(text, Units("\0a\0"s), kUTF16BigEndian, 3);  // half a unit
+    EXPECT_EQ(PdText(text), "a"s);
+    EXTRA(ASTextDestroy)(text);
+}
+
+TEST_F(Texts, PdTextIsPdfDocEncodingOrMarkedUnicode)
+{
+    const struct {
+        std::string pdText, utf8;
+        bool returnsSame;
+    } rows[] = {
+        {"plain \xE9", "plain \xC3\xA9", true},
+        {"\x80\x8A\x92\xA0\x18\x1F", "\xE2\x80\xA2\xE2\x88\x92\xE2\x84\xA2\xE2\x82\xAC\xCB\x98\xCB\x9C", true},
+        {"\xFE\xFF\x04\x14\0A"s, "\xD0\x94"s + "A", true},
+        {"\xFE\xFF\0A"s, "A", false},
+        {"\xEF\xBB\xBF\xD0\x94", "\xD0\x94", false},
+        {"\x9F\x7F\xAD", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD", false},
+        {"\xFE\xFF\0\xFE\0\xFF"s, "\xC3\xBE\xC3\xBF", true}};  // unmarked it would look like a mark
+    for (const auto& row : rows) {
+        const ASText text =
+            EXTRA(ASTextFromSizedPDText)(row.pdText.data(), static_cast<ASTArraySize>(row.pdText.size()));
+        EXPECT_EQ(Utf8(text), row.utf8);
+        EXPECT_EQ(PdText(text) == row.pdText, row.returnsSame) << row.utf8;
+        EXTRA(ASTextSetPDText)(text, (row.pdText + "\0"s).c_str());  // up to the zero of its own width
+        EXPECT_EQ(Utf8(text), row.utf8);
+        EXTRA(ASTextDestroy)(text);
+    }
+}
+
+TEST_F(Texts, HostBytesSurviveEvenWhenTheyAreNoUtf8)
+{
+    for (const char* bytes :
+         {"caf\xC3\xA9.pdf", "caf\xE9.pdf", "\xFF\xFE\x80", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80", "\xE2\x82"}) {
+        const ASText text = FromUtf8(bytes);
+        EXPECT_STREQ(EXTRA(ASTextGetEncoded)(text, 0), bytes);
+        char* const copy = EXTRA(ASTextGetScriptTextCopy)(text, kASRomanScript);
+        EXPECT_STREQ(copy, bytes);
+        SUPPORT(ASfree)(copy);
+        EXPECT_TRUE(openhost::IsValidUtf8(Utf8(text))) << bytes;
+        EXTRA(ASTextDestroy)(text);
+    }
+}
+
+TEST_F(Texts, Utf8IsValidOnlyInItsShortestForm)
+{
+    const struct {
+        const char* bytes;
+        bool valid;
+    } rows[] = {{"", true},          {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", true},
+                {"\xC0\xAF", false}, {"\xE0\x80\xAF", false},
+                {"\x80", false},     {"\xED\xA0\x80", false},
+                {"\xC3", false},     {"\xF4\x90\x80\x80", false},
+                {"\xE2\x82", false}, {"\xF0\x9F\x98", false}};
+    for (const auto& row : rows)
+        EXPECT_EQ(EXTRA(ASIsValidUTF8)(reinterpret_cast<const ASUns8*>(row.bytes),
+                                       static_cast<ASCount>(std::strlen(row.bytes))),
+                  row.valid)
+            << row.bytes;
+}
+
+TEST_F(Texts, ComparingForPeopleIgnoresCaseFirst)
+{
+    const struct {
+        const char *one, *other;
+        int people, exact;
+    } rows[] = {{"a", "B", -1, 1}, {"a", "A", 1, 1},  {"\xC3\x84z", "\xC3\xA4y", 1, -1},           {"a", "a", 0, 0},
+                {"", "a", -1, -1}, {"ab", "a", 1, 1}, {"\xEF\xBF\xBD", "\xF0\x9F\x98\x80", -1, -1}};
+    for (const auto& row : rows) {
+        const ASText one = FromUtf8(row.one);
+        const ASText other = FromUtf8(row.other);
+        EXPECT_EQ(EXTRA(ASTextCmp)(one, other), row.people) << row.one << ' ' << row.other;
+        EXPECT_EQ(EXTRA(ASTextCaseSensitiveCmp)(one, other), row.exact) << row.one << ' ' << row.other;
+        EXTRA(ASTextDestroy)(one);
+        EXTRA(ASTextDestroy)(other);
+    }
+}
+
+TEST_F(Texts, FiltersChangeTheTextInPlace)
+{
+    const struct {
+        ASTextFilterType filter;
+        const char *before, *after;
+    } rows[] = {{kASTextFilterIdentity, "a\r\n&b", "a\r\n&b"},
+                {kASTextFilterLineEndings, "a\r\nb\rc\nd\r", "a\nb\nc\nd\n"},
+                {kASTextRemoveLineEndings, "a\r\nb\rc\nd", "abcd"},
+                {kASTextFilterUpperCase,
+                 "stra\xC3\x9F"
+                 "e \xC3\xA4\xC4\x8D\xD0\xB4\xCF\x89",
+                 "STRA\xC3\x9F"
+                 "E \xC3\x84\xC4\x8C\xD0\x94\xCE\xA9"},
+                {kASTextFilterLowerCase, "\xC3\x84\xC4\x8C\xD0\x94\xCE\xA9Z", "\xC3\xA4\xC4\x8D\xD0\xB4\xCF\x89z"},
+                {kASTextFilterRemoveAmpersands, "&Save && Close&", "Save & Close"},
+                {kASTextFilterNormalizeFullWidthASCIIVariants, "\xEF\xBC\xA1\xEF\xBD\x9A", "Az"}};
+    for (const auto& row : rows) {
+        const ASText text = FromUtf8(row.before);
+        EXTRA(ASTextFilter)(text, row.filter);
+        EXPECT_EQ(Utf8(text), row.after) << "filter " << row.filter;
+        EXTRA(ASTextDestroy)(text);
+    }
+}
+
+TEST_F(Texts, AppendingAndReplacingWorkOnTheSameTextToo)
+{
+    const ASText text = FromUtf8("aXa");
+    const ASText x = FromUtf8("X");
+    const ASText longer = FromUtf8("aXX");
+    EXTRA(ASTextReplace)(text, x, longer);  // what comes in is not searched again
+    EXPECT_EQ(Utf8(text), "aaXXa");
+    EXTRA(ASTextReplaceASCII)(text, "a", x);
+    EXPECT_EQ(Utf8(text), "XXXXX");
+    EXTRA(ASTextReplaceASCII)(text, "", x);
+    EXTRA(ASTextReplace)(text, text, x);
+    EXPECT_EQ(Utf8(text), "X");
+    EXTRA(ASTextCat)(text, text);
+    EXTRA(ASTextCatMany)(text, longer, text, static_cast<ASText>(nullptr));
+    EXPECT_EQ(Utf8(text), "XXaXXXX");
+    EXTRA(ASTextReplaceBadChars)(text, "a?", '_');
+    EXPECT_EQ(Utf8(text), "XX_XXXX");
+    EXPECT_EQ(Raised([&] {
+                  EXTRA(ASTextCatMany)
+                  (text, reinterpret_cast<ASText>(this), static_cast<ASText>(nullptr));
+              }),
+              genErrBadParm);
+    EXPECT_EQ(Utf8(text), "XX_XXXX");
+    EXTRA(ASTextMakeEmptyClear)(text);
+    EXPECT_TRUE(EXTRA(ASTextIsEmpty)(text));
+    for (const ASText each : {text, x, longer}) EXTRA(ASTextDestroy)(each);
+}
+
+TEST_F(Texts, UnusableArgumentsRaise)
+{
+    const ASText text = EXTRA(ASTextFromInt32)(-7);
+    const ASText gone = EXTRA(ASTextFromUns32)(4000000000u);
+    EXPECT_EQ(Utf8(text) + " " + Utf8(gone), "-7 4000000000");
+    EXTRA(ASTextDestroy)(gone);
+    const ASUTF16Val zero = 0;
+    const ASErrorCode raised[] = {
+        Raised([&] {
+            EXTRA(ASTextDestroy)
+            (gone);
+        }),
+        Raised([&] {
+            EXTRA(ASTextDestroy)
+            (nullptr);
+        }),
+        Raised([&] {
+            EXTRA(ASTextGetUnicode)
+            (nullptr);
+        }),
+        Raised([&] {
+            EXTRA(ASTextIsEmpty)
+            (gone);
+        }),
+        Raised([&] {
+            EXTRA(ASTextFromUnicode)
+            (nullptr, kUTF8);
+        }),
+        Raised([&] {
+            EXTRA(ASTextFromUnicode)
+            (&zero, 5);
+        }),
+        Raised([&] {
+            EXTRA(ASTextFromUnicode)
+            (&zero, -1);
+        }),
+        Raised([&] {
+            EXTRA(ASTextFromSizedUnicode)
+            (&zero, kUTF8, -1);
+        }),
+        Raised([&] {
+            EXTRA(ASTextFromPDText)
+            (nullptr);
+        }),
+        Raised([&] {
+            EXTRA(ASTextSetEncoded)
+            (text, nullptr, 0);
+        }),
+        Raised([&] {
+            EXTRA(ASTextGetUnicodeCopy)
+            (text, 9);
+        }),
+        Raised([&] {
+            EXTRA(ASTextCat)
+            (text, nullptr);
+        }),
+        Raised([&] {
+            EXTRA(ASTextFilter)
+            (text, kASTextFilterRsvd1);
+        }),
+    };
+    for (const ASErrorCode code : raised) EXPECT_EQ(code, BadParm()) << "row " << &code - raised;
+    EXPECT_EQ(Utf8(text), "-7");
+    EXTRA(ASTextDestroy)(text);
+}
+
+TEST_F(Texts, AnErrorsTextGoesIntoATextObject)
+{
+    const ASText text = FromUtf8(
+        "Drucker \xC3\xBC"
+        "berlastet");
+    const ASErrorCode code = SUPPORT(ASRegisterErrorStringASText)(1, text);
+    EXTRA(ASTextSetEncoded)(text, "kept", 0);
+    SUPPORT(ASGetErrorStringASText)(0, text);
+    EXPECT_EQ(Utf8(text), "kept");
+    SUPPORT(ASGetErrorStringASText)(code, text);
+    EXPECT_EQ(Utf8(text),
+              "Drucker \xC3\xBC"
+              "berlastet");
+    EXTRA(ASTextDestroy)(text);
+}
+
+TEST_F(Texts, DocumentTextIsTranslatedIntoTheCallersBuffer)
+{
+    const auto toHost = At<PDXlateToHostExSlotProc>(openhost::Table::PDModel, kSlotPDXlateToHostEx);
+    const auto toPdf = At<PDXlateToPDFDocEncExSlotProc>(openhost::Table::PDModel, kSlotPDXlateToPDFDocEncEx);
+    char buffer[6] = "#####";
+    EXPECT_EQ(toHost("caf\xE9!", 5, buffer, 5), 6);  // answers the whole length
+    EXPECT_STREQ(buffer, "caf\xC3");
+    EXPECT_EQ(toHost("caf\xE9!", 5, nullptr, 0), 6);
+    EXPECT_EQ(toPdf(0, "caf\xC3\xA9", 5, buffer, 6), 4);
+    EXPECT_STREQ(buffer, "caf\xE9");
+    EXPECT_EQ(toPdf(1, "a", 1, buffer, 6), 4);
+    EXPECT_EQ(std::string(buffer, 5), "\xFE\xFF\0a\0"s);
+}
+
+}  // namespace

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Memory.h"
+#include "openhost/core/Tables.h"
+#include "openhost/files/FilePaths.h"
+#include "openhost/files/Files.h"
+#include "openhost/files/PathSlots.h"
+#include "openhost/files/Slots.h"
+#include "openhost/files/Streams.h"
+#include "openhost/values/Cabinet.h"
+#include "openhost/values/Slots.h"
+#include "openhost/values/Text.h"
+
+/// A host with its values and files; everything is called through the entries of the tables, as a plug-in does it.
+/// Each test must leave nothing alive.
+class CValuesHost : public ::testing::Test {
+protected:
+    CValuesHost()
+    {
+        auto& tables = openhost::Part<openhost::CTables>();
+        openhost::OfferCoreSlots(tables);
+        openhost::OfferValuesSlots(tables);
+        openhost::OfferFilesSlots(tables);
+        m_blocks = openhost::LiveSharedBlocks();
+    }
+    void TearDown() override
+    {
+        EXPECT_EQ(openhost::LiveCabs(), 0u);
+        EXPECT_EQ(openhost::LiveTexts(), 0u);
+        EXPECT_EQ(openhost::LivePaths(), 0u);
+        EXPECT_EQ(openhost::LivePlatformPaths(), 0u);
+        EXPECT_EQ(openhost::LiveFiles(), 0u);
+        EXPECT_EQ(openhost::LiveStreams(), 0u);
+        EXPECT_EQ(openhost::LiveSharedBlocks(), m_blocks);
+    }
+
+private:
+    openhost::CHost m_host;
+    std::size_t m_blocks = 0;
+};
+
+template <class SlotProc>
+SlotProc At(openhost::Table table, int slot)
+{
+    return reinterpret_cast<SlotProc>(openhost::Part<openhost::CTables>().Get(table)[slot]);
+}
+
+#define EXTRA(function) At<function##SlotProc>(openhost::Table::ASExtra, kSlot##function)
+#define SUPPORT(function) At<function##SlotProc>(openhost::Table::AcroSupport, kSlot##function)
+#define CORE(function) At<function##SlotProc>(openhost::Table::Core, kSlot##function)
+
+/// The code with which `work` raised, or 0. No object with a destructor may be made inside.
+template <class Work>
+ASErrorCode Raised(Work work)
+{
+    return openhost::RunInFrame([](void* body) { (*static_cast<Work*>(body))(); }, &work);
+}
+
+inline ASErrorCode BadParm() { return genErrBadParm; }

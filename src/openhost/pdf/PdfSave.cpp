@@ -6,6 +6,7 @@
 #include "openhost/pdf/FilePipeline.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfGuard.h"
+#include "openhost/pdf/Xmp.h"
 
 namespace openhost {
 namespace {
@@ -76,6 +77,7 @@ void WriteInto(CAtomicFile& file, CPdfDocument::State& state, const PdfSaveOptio
     CFilePipeline pipeline(file);
     QPDF& library = state.Current();
     MendPageTree(library);
+    SyncMetadata(library, state.changedInfo);
     QPDFWriter writer(library);
     writer.setOutputPipeline(&pipeline);
     CopyStreams(writer, library);

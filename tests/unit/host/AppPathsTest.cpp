@@ -22,11 +22,11 @@ TEST(AppPaths, HelpFileFollowsTheUpperCasedModulePath)
 
 TEST(AppPaths, FilesStandInThePerUserFolder)
 {
-    const AppPaths paths = MakeAppPaths("", "/home/me/.config");
-    EXPECT_EQ(paths.settingsFolder, "/home/me/.config/Quillon/Ferrule/");
-    EXPECT_EQ(paths.settingsFile, "/home/me/.config/Quillon/Ferrule/Ferrule.cfs");
-    EXPECT_EQ(paths.searchSettingsFile, "/home/me/.config/Quillon/Ferrule/FerruleSearchSettings.cfs");
-    EXPECT_EQ(paths.logFile, "/home/me/.config/Quillon/Ferrule/FerruleLog.txt");
+    const AppPaths paths = MakeAppPaths("", "/data/me");
+    EXPECT_EQ(paths.settingsFolder, "/data/me/Quillon/Ferrule/");
+    EXPECT_EQ(paths.settingsFile, "/data/me/Quillon/Ferrule/Ferrule.cfs");
+    EXPECT_EQ(paths.searchSettingsFile, "/data/me/Quillon/Ferrule/FerruleSearchSettings.cfs");
+    EXPECT_EQ(paths.logFile, "/data/me/Quillon/Ferrule/FerruleLog.txt");
     EXPECT_TRUE(paths.logFileEnabled);
     EXPECT_EQ(MakeAppPaths("", "").settingsFolder, "/Quillon/Ferrule/");
 }

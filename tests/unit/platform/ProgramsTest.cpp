@@ -49,11 +49,14 @@ private:
 };
 
 // What a program finds when it starts: its arguments, standard input, and the signals that are blocked or ignored.
+// The status is read by the shell itself: while it starts another program, it blocks signals on its own.
 constexpr char kTellAll[] =
     "exec > \"$(dirname \"$0\")/pipe\"\n"
     "echo \"$# $1\"\n"
     "readlink /proc/$$/fd/0\n"
-    "sed -n 's/^Sig[BI][lg][kn]:[[:space:]]*//p' /proc/$$/status\n";
+    "while read -r name value; do\n"
+    "  case $name in SigBlk:|SigIgn:) echo \"$value\";; esac\n"
+    "done < /proc/$$/status\n";
 
 }  // namespace
 

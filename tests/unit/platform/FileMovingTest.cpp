@@ -223,6 +223,23 @@ TEST(FileMoving, AFolderThatForbidsWritingStopsEveryOperation)
     EXPECT_EQ(open.EntryCount(), 0u);
 }
 
+TEST(FileMoving, ASourceThatCannotBeRemovedIsNotThereTwice)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "needs files of two users";
+    const auto other = OtherFileSystem();
+    const CTemporaryFolder shared, open{other.value_or("")};
+    const auto from = shared.Write("a.pdf", "content");
+    fs::permissions(from, fs::perms(0644));
+    fs::permissions(open.Path(), fs::perms(0777));
+    fs::permissions(shared.Path(), fs::perms(01777));  // anyone may add files, but only owners take theirs away
+    {
+        const CWithoutPrivileges nobody;
+        EXPECT_EQ(MoveFile(from, open / "b.pdf", Existing::Fail).errorNumber, EPERM);
+    }
+    EXPECT_EQ(FileBytes(from), "content");
+    EXPECT_EQ(open.EntryCount(), 0u);
+}
+
 TEST(FileMoving, AmongManyAtOnceOnlyOneGetsTheName)
 {
     constexpr int kThreads = 8;

@@ -57,23 +57,15 @@ TEST(Files, FoldersAreListedInUpperCasedOrderOfAnyLanguage)
 {
     const CTemporaryFolder folder;
     // "_" stands between the upper-case and the lower-case letters, and the umlaut counts as its capital.
-    for (const char* name : {"b", "A", "a", "_", "B.txt",
-                             "\xC3\xA4"
-                             "2",
-                             "\xC3\x84"
-                             "1",
-                             "\xFF", ".hidden", "Z"}) {
-        folder.Write(name, "");
-    }
+    const std::string capital = "\xC3\x84", small = "\xC3\xA4";
+    for (const char* name : {"b", "A", "a", "_", "B.txt", ".hidden", "Z", "\xFF"}) folder.Write(name, "");
+    for (const auto& name : {small + "1", capital + "2"}) folder.Write(name, "");
     fs::create_symlink(".", folder / "link");
     std::string order;
     for (const auto& entry : platform::ListFolder(folder.Path())) {
         order += entry.name + (entry.isFolder ? "/" : "") + (entry.isHidden ? "*" : "") + " ";
     }
-    EXPECT_EQ(order,
-              ".hidden* A a b B.txt link/ Z _ \xC3\x84"
-              "1 \xC3\xA4"
-              "2 \xFF ");
+    EXPECT_EQ(order, ".hidden* A a b B.txt link/ Z _ " + small + "1 " + capital + "2 \xFF ");
 
     platform::FileResult result;
     EXPECT_TRUE(platform::ListFolder(folder / "missing", &result).empty());

@@ -49,14 +49,14 @@ private:
 };
 
 // What a program finds when it starts: its arguments, standard input, and the signals that are blocked or ignored.
-// The status is read by the shell itself: while it starts another program, it blocks signals on its own.
+// The status comes first, and without a child: a shell that forks changes what it blocks.
 constexpr char kTellAll[] =
-    "exec > \"$(dirname \"$0\")/pipe\"\n"
-    "echo \"$# $1\"\n"
-    "readlink /proc/$$/fd/0\n"
+    "exec > \"${0%/*}/pipe\"\n"
     "while read -r name value; do\n"
     "  case $name in SigBlk:|SigIgn:) echo \"$value\";; esac\n"
-    "done < /proc/$$/status\n";
+    "done < /proc/$$/status\n"
+    "echo \"$# $1\"\n"
+    "readlink /proc/$$/fd/0\n";
 
 }  // namespace
 
@@ -80,7 +80,7 @@ TEST(Programs, StartWithTheDocumentAsOneArgumentAndAFreshState)
         EXPECT_TRUE(platform::OpenWithShell(program, "a \"b\" $HOME;'c.pdf"));
         signal(SIGPIPE, handler);
         sigprocmask(SIG_SETMASK, &before, nullptr);
-        EXPECT_EQ(pipe.ReadToEnd(), "1 a \"b\" $HOME;'c.pdf\n/dev/null\n0000000000000000\n0000000000000000\n");
+        EXPECT_EQ(pipe.ReadToEnd(), "0000000000000000\n0000000000000000\n1 a \"b\" $HOME;'c.pdf\n/dev/null\n");
         EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left to collect";
         EXPECT_EQ(errno, ECHILD);
     }

@@ -1,0 +1,188 @@
+"""Bad sequences and bad documents: each ends in a clear line that names the file, the run goes on, nothing is lost."""
+import os
+import unittest
+from pathlib import Path
+
+from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items, tool
+
+
+def workflow(inside, root="Workflow"):
+    return f'<?xml version="1.0" encoding="UTF-8"?><{root}>{inside}</{root}>'.encode()
+
+
+STEP = '<Group label="a"><Command name="X"><Items><Item name="a" type="text" value="b"/></Items></Command></Group>'
+
+
+class BadSequences(unittest.TestCase):
+    def setUp(self):
+        self.place = Workplace()
+        self.addCleanup(self.place.close)
+        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
+
+    def test_unusable_sequence_files_are_named_and_nothing_is_processed(self):
+        nested = "<Items name='a'>" * 150 + "</Items>" * 150
+        bombs = '<!DOCTYPE x [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;">]>'
+        rows = {
+            "empty.sequ": b"",
+            "garbage.sequ": os.urandom(5000),
+            "zeros.sequ": bytes(100000),
+            "truncated.sequ": workflow(STEP)[:-20],
+            "other root.sequ": workflow(STEP, "workflow"),
+            "no group.sequ": workflow(""),
+            "empty group.sequ": workflow('<Group label="a"></Group>'),
+            "deep.sequ": workflow(f'<Group><Command name="X">{nested}</Command></Group>'),
+            "entities.sequ": b'<?xml version="1.0"?>' + bombs.encode() + workflow(STEP)[38:],
+            "many.sequ": workflow('<Group><Command name="X"><Items>' + '<Item name="a" type="text" value="b"/>' * 1000001
+                                  + "</Items></Command></Group>"),
+            "damaged host form.sequ": None,
+        }
+        good = self.place.host_sequence("good.sequ", [("cab", "Commands", ""), ("cab", "Input", ""), ("cab", "Output", "")])
+        rows["damaged host form.sequ"] = good.read_bytes()[:-3]
+        for name, content in rows.items():
+            with self.subTest(name):
+                path = self.place.root / name
+                path.write_bytes(content)
+                outcome = self.place.run_folder(path, final=3)
+                self.assertEqual(outcome.code, 1, outcome)
+                self.assertEqual(outcome.values("Error reading sequence file"), [str(path)], outcome)
+                self.assertTrue((self.place.input / "a.pdf").exists())
+                self.assertEqual(outcome.lines[-1].split(" ")[0], "Software", outcome)
+
+    def test_a_missing_sequence_and_a_folder_instead_of_one(self):
+        for path in (self.place.root / "missing.sequ", self.place.input):
+            outcome = self.place.run_folder(path)
+            self.assertEqual(outcome.code, 1, outcome)
+            self.assertTrue(outcome.values("Error reading sequence file"), outcome)
+
+    def test_a_host_form_sequence_needs_its_three_parts(self):
+        parts = ["Commands", "Input", "Output"]
+        for missing in parts:
+            with self.subTest(missing):
+                path = self.place.host_sequence("x.sequ", [("cab", part, "") for part in parts if part != missing])
+                outcome = self.place.run_folder(path, final=3)
+                self.assertEqual(outcome.code, 1, outcome)
+                self.assertTrue((self.place.input / "a.pdf").exists())
+
+    def test_nothing_scheduled_ends_at_once_and_says_so(self):
+        outcome = self.place.run({})
+        self.assertEqual(outcome.code, 1, outcome)
+        self.assertIn("nothing", outcome.errors.lower(), outcome)
+        self.assertTrue(outcome.has("No sequence file specified"), outcome)
+
+    def test_unknown_steps_are_skipped_and_counted_as_not_fine(self):
+        sequence = self.place.sequence("x.sequ", [("NoSuchStep", {}), ("WatermarkCmd", {}), (SAVE, save_items())])
+        outcome = self.place.run_folder(sequence)
+        self.assertEqual(outcome.code, 3, outcome)
+        self.assertTrue(outcome.has("Skipping command because it is not available"), outcome)
+        self.assertTrue(outcome.has("Trying to load alternative command"), outcome)
+        self.assertEqual(page_count(self.place.output / "a.pdf"), 1)
+
+
+class BadDocuments(unittest.TestCase):
+    def setUp(self):
+        self.place = Workplace()
+        self.addCleanup(self.place.close)
+        self.sequence = self.place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
+
+    def test_each_bad_document_costs_only_itself(self):
+        good = minimal_pdf("Good", 3)
+        bad = {
+            "empty.pdf": b"", "text.pdf": b"just text\n", "cut.pdf": good[:120], "jpeg in name.jpg": b"no picture",
+            "zeros.pdf": bytes(5000), "half header.pdf": b"%PDF-1.4\n%%EOF",
+        }
+        names = ["a good one.pdf", "zz \"quoted\" 'name'.pdf", "naïve 文書 Файл.pdf", os.fsdecode(b"bad \xff\xfe bytes.pdf"),
+                 "n" * 251 + ".pdf"]
+        for name in names:
+            (self.place.input / name).write_bytes(good)
+        for name, content in bad.items():
+            (self.place.input / name).write_bytes(content)
+        encrypted = self.place.input / "locked.pdf"
+        plain = self.place.root / "plain.pdf"
+        plain.write_bytes(good)
+        tool("qpdf", "--encrypt", "secret", "owner", "256", "--", plain, encrypted)
+        bad["locked.pdf"] = encrypted.read_bytes()
+        os.mkfifo(self.place.input / "pipe.pdf")
+        (self.place.input / "gone.pdf").symlink_to(self.place.root / "not there")
+        (self.place.input / "folder.pdf").mkdir()
+        outcome = self.place.run_folder(self.sequence, final=3)
+        self.assertEqual(outcome.code, 3, outcome)
+        for name in names:
+            self.assertEqual(page_count(self.place.output / name, "open sesame"), 3, name)
+            self.assertFalse((self.place.input / name).exists(), name)
+        for name, content in bad.items():
+            self.assertEqual((self.place.input / name).read_bytes(), content, name)
+            self.assertFalse((self.place.output / name).exists(), name)
+            self.assertTrue(any(name in line for line in outcome.errors.splitlines()), f"{name} is not reported\n{outcome}")
+        self.assertEqual(len(outcome.values("File is deleted")), len(names), outcome)
+        self.assertEqual(sorted(p.name for p in self.place.output.iterdir()), sorted(names))
+
+    def test_an_unreadable_document(self):
+        if os.geteuid() == 0:
+            self.skipTest("the superuser can read everything")
+        path = self.place.input / "mine.pdf"
+        path.write_bytes(minimal_pdf())
+        path.chmod(0)
+        outcome = self.place.run_folder(self.sequence, final=3)
+        self.assertEqual(outcome.code, 3, outcome)
+        self.assertTrue(path.exists())
+
+    def test_a_password_the_encryption_cannot_express_is_never_dropped(self):
+        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
+        sequence = self.place.sequence("p.sequ", [(PROTECT, protect_items(2, "密码")), (SAVE, save_items())])
+        outcome = self.place.run_folder(sequence, final=3)
+        self.assertEqual(outcome.code, 3, outcome)
+        self.assertEqual(list(self.place.output.iterdir()), [], outcome)
+        self.assertTrue((self.place.input / "a.pdf").exists())
+
+    def test_passwords_are_in_no_log_and_in_no_message(self):
+        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
+        (self.place.input / "b.pdf").write_bytes(b"broken")
+        outcome = self.place.run_folder(self.sequence, arguments=["--verbose"])
+        for secret in ("open sesame", "owner secret"):
+            self.assertNotIn(secret, outcome.errors)
+            self.assertNotIn(secret.encode(), outcome.raw_log)
+        settings = (self.place.root / "config" / "Quillon" / "Ferrule" / "Ferrule.cfs")
+        self.assertEqual(settings.stat().st_mode & 0o777, 0o600)
+        self.assertNotIn(b"open sesame", settings.read_bytes())
+
+    def test_two_protect_steps_with_different_passwords_both_act(self):
+        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
+        first, second = self.place.root / "first", self.place.root / "second"
+        for path in (first, second):
+            path.mkdir()
+        sequence = self.place.sequence("two.sequ", [
+            (PROTECT, protect_items(3, "one", "owner")), (SAVE, save_items("WorkflowPlaybackSaveInAFolder")),
+            (PROTECT, protect_items(2, "two", "owner")),
+            (SAVE, save_items("WorkflowPlaybackSaveInAFolder", AddToBaseName=("boolean", "true"),
+                              InsertAfterBaseName=("text", " two")))])
+        outcome = self.place.run_folder(sequence)
+        self.assertEqual(outcome.code, 0, outcome)
+        self.assertEqual(page_count(self.place.output / "a.pdf", "one"), 1, outcome)
+        self.assertEqual(page_count(self.place.output / "a two.pdf", "two"), 1, outcome)
+
+    def test_the_output_folder_may_be_inside_the_input_folder_or_the_same(self):
+        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
+        inside = self.place.input / "results"
+        inside.mkdir()
+        outcome = self.place.run_folder(self.sequence, FERRULEALTOUTPUTPATH=str(inside))
+        self.assertEqual(outcome.values("Number of input files"), ["1"], outcome)
+        self.assertEqual(page_count(inside / "a.pdf", "open sesame"), 1)
+        (inside / "a.pdf").unlink()
+        outcome = self.place.run_folder(self.sequence, FERRULEALTOUTPUTPATH=str(self.place.input))
+        found = sorted(p.name for p in self.place.input.iterdir() if p.is_file())
+        self.assertEqual(outcome.code, 0, outcome)
+        self.assertTrue(all(page_count(self.place.input / n, "open sesame") or page_count(self.place.input / n)
+                            for n in found), found)
+
+    def test_many_inputs_cost_no_more_than_in_proportion(self):
+        # The list of inputs alone: the files are no documents, so that each fails at once.
+        count = 3000
+        for number in range(count):
+            (self.place.input / f"{number:05}.pdf").write_bytes(b"x")
+        outcome = self.place.run_folder(self.sequence)
+        self.assertEqual(outcome.values("Number of input files"), [str(count)], outcome.errors[-500:])
+        self.assertEqual(outcome.code, 3)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,161 @@
+"""Real documents: every usable one is protected by each method and opens again; every other ends as its record says."""
+import csv
+import json
+import os
+import shutil
+import sys
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+from unattended import PROTECT, SAVE, Workplace, page_count, protect_items, save_items, text_of, tool
+
+CORPUS = Path(os.environ.get("FERRULE_CORPUS", ""))
+# Files on which the PDF library itself does not survive; only a process of their own could contain them.
+LIBRARY_KILLERS = {
+    "damaged/GHOSTSCRIPT-691770-0.pdf": "the library never comes back from it",
+    "damaged/xref-compressed-in-compressed.pdf": "the library overflows its stack on it",
+}
+REVISIONS = {0: 4, 1: 3, 2: 4, 3: 6}
+CIPHERS = {0: b"AESv2", 1: b"RC4", 2: b"AESv2", 3: b"AESv3"}
+
+
+def manifest():
+    with open(CORPUS / "MANIFEST.tsv", encoding="utf-8", newline="") as stream:
+        for row in csv.DictReader(stream, delimiter="\t", quoting=csv.QUOTE_NONE):
+            if row["path"] not in ("-", "") and row["theme"] != "nonpdf" and row["path"] not in LIBRARY_KILLERS:
+                yield row
+
+
+def flat(row):
+    return row["path"].replace("/", "--")
+
+
+def passwords(row):
+    found = []
+    for column in ("user_password", "owner_password"):
+        text = row[column]
+        if text and text != "(empty)":
+            found.append(json.loads(text))
+    return found
+
+
+class Corpus(unittest.TestCase):
+    def setUp(self):
+        self.place = Workplace()
+        self.addCleanup(self.place.close)
+
+    def fill(self, rows):
+        for row in rows:
+            shutil.copyfile(CORPUS / row["path"], self.place.input / flat(row))
+
+    def run_protect(self, items, **more):
+        sequence = self.place.sequence("protect.sequ", [(PROTECT, items), (SAVE, save_items())])
+        return self.place.run({"FERRULESEQU": sequence, "FERRULEALTPATH": self.place.input,
+                               "FERRULEALTOUTPUTPATH": self.place.output, "FERRULENOPROGRESS": "yes", **more.pop("env", {})},
+                              timeout=1500, **more)
+
+    def check_protected(self, row, method, source_text):
+        """Complaints about one protected result, judged by three independent libraries."""
+        path, source = self.place.output / flat(row), self.place.input / flat(row)
+        if not path.exists():
+            return ["did not come out"]
+        wrong = []
+        code, out = tool("qpdf", "--show-encryption", "--password=open ü", path)
+        if code not in (0, 3) or f"R = {REVISIONS[method]}\n".encode() not in out or CIPHERS[method] not in out:
+            wrong.append(f"qpdf: {code} {out[:60]}")
+        for line in (b"print high resolution: not allowed", b"print low resolution: allowed",
+                     b"extract for any purpose: not allowed", b"modify annotations: allowed"):
+            if line not in out:
+                wrong.append(f"permission missing: {line.decode()}")
+        if tool("qpdf", "--show-npages", path)[0] != 2:
+            wrong.append("qpdf opens it without a password")
+        pages = page_count(path, "open ü")
+        if pages != page_count(source):
+            wrong.append(f"pages: {page_count(source)} before, {pages} after")
+        if text_of(path, "open ü") != source_text:
+            wrong.append("the text has changed")
+        if page_count(path) is not None:
+            wrong.append("poppler opens it without a password")
+        code, out = tool("mutool", "info", "-p", "open ü", path)
+        before = tool("mutool", "info", source)[0]
+        if code != 0 and before == 0:
+            wrong.append(f"mutool: {out[:60]}")
+        return wrong
+
+    def test_usable_documents_with_each_method(self):
+        rows = [row for row in manifest() if not row["encryption"] and
+                (row["expected"] == "opens" or (row["expected"].startswith("damaged") and row["qpdf"] in ("ok", "minor", "warn")))]
+        self.assertGreater(len(rows), 150)
+        self.fill(rows)
+        with ThreadPoolExecutor(2) as pool:
+            texts = list(pool.map(lambda row: text_of(self.place.input / flat(row)), rows))
+            for method in REVISIONS:
+                outcome = self.run_protect(protect_items(method, "open ü", "owner ü", CanCopy=False, HiResPrinting=False))
+                done = list(pool.map(lambda pair, m=method: (pair[0]["path"], self.check_protected(pair[0], m, pair[1])),
+                                     zip(rows, texts)))
+                wrong = {path: complaints for path, complaints in done if complaints}
+                self.assertEqual(wrong, {}, f"method {method}\n{outcome.errors[-3000:]}")
+                for path in self.place.output.iterdir():
+                    path.unlink()
+
+    def test_encrypted_documents_open_with_their_passwords(self):
+        rows = [row for row in manifest() if row["encryption"]]
+        self.fill(rows)
+        originals = {row["path"]: (CORPUS / row["path"]).read_bytes() for row in rows}
+        candidates = []
+        for row in rows:
+            candidates += [word for word in passwords(row) if word not in candidates]
+        file = self.place.root / "passwords.txt"
+        file.write_text("not this one\n" + "\n".join(candidates) + "\n", encoding="utf-8")
+        without = self.run_protect(protect_items(3, "open ü", "owner ü"))
+        came_out = {path.name for path in self.place.output.iterdir()}
+        for row in rows:
+            if row["expected"] == "needs password":
+                self.assertNotIn(flat(row), came_out, "opened without its password")
+                self.assertIn(flat(row), without.errors)
+        for path in self.place.output.iterdir():
+            path.unlink()
+        outcome = self.run_protect(protect_items(3, "open ü", "owner ü"), arguments=["--password-file", file])
+        for row in rows:
+            with self.subTest(row["path"]):
+                self.assertEqual((self.place.input / flat(row)).read_bytes(), originals[row["path"]], "the input was written to")
+                result = self.place.output / flat(row)
+                owner = row["owner_password"] not in ("", "(empty)")
+                if row["encryption"] == "public key":
+                    self.assertFalse(result.exists())
+                    self.assertIn(flat(row), outcome.errors)
+                elif owner:
+                    self.assertTrue(result.exists(), f"{row['owner_password']}\n" + "\n".join(
+                        line for line in outcome.errors.splitlines() if flat(row) in line))
+                    self.assertEqual(page_count(result, "open ü"), int(row["pages"]))
+                elif result.exists():  # opened by its user password: either left as protected as it was, or not at all
+                    self.assertNotEqual(page_count(result, "open ü"), None)
+        text = outcome.raw_log.decode("utf-8", "replace") + outcome.errors
+        for word in candidates + ["open ü", "owner ü"]:
+            if len(word.strip()) > 6:
+                self.assertNotIn(word, text, "a password was written down")
+
+    def test_damaged_documents_end_as_expected(self):
+        rows = [row for row in manifest() if not row["encryption"] and
+                (row["expected"] == "not a usable PDF" or row["qpdf"] in ("error", "crash", "timeout"))]
+        self.fill(rows)
+        outcome = self.run_protect(protect_items(3, "open ü", "owner ü"), env={"FERRULEFINAL": "2", "FERRULEDEST": self.place.done})
+        for row in rows:
+            with self.subTest(row["path"]):
+                result, source = self.place.output / flat(row), self.place.input / flat(row)
+                if row["expected"] == "not a usable PDF":
+                    self.assertFalse(result.exists())
+                if result.exists():
+                    self.assertGreater(page_count(result, "open ü") or 0, 0)
+                    self.assertTrue((self.place.done / flat(row)).exists())
+                else:
+                    self.assertEqual(source.read_bytes(), (CORPUS / row["path"]).read_bytes())
+                    self.assertIn(flat(row), outcome.errors)
+
+
+if __name__ == "__main__":
+    if not (CORPUS / "MANIFEST.tsv").is_file():
+        print("skipped: the folder of real documents is not here")
+        sys.exit(77)
+    unittest.main()

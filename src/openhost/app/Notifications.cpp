@@ -10,7 +10,7 @@ namespace openhost {
 void CNotifications::Register(NSelector selector, ASExtension owner, void* procedure, void* clientData)
 {
     Require(procedure != nullptr, "a notification needs a procedure");
-    m_registrations.push_back({selector, owner, procedure, clientData, m_serial++});
+    m_registrations.push_back({selector, owner, Part<ActiveExtension>().current, procedure, clientData, m_serial++});
 }
 
 void CNotifications::Unregister(NSelector selector, ASExtension owner, void* procedure, void* clientData)
@@ -24,7 +24,8 @@ void CNotifications::Unregister(NSelector selector, ASExtension owner, void* pro
 
 void CNotifications::DropOwner(ASExtension owner)
 {
-    std::erase_if(m_registrations, [&](const Registration& one) { return one.owner == owner; });
+    std::erase_if(m_registrations,
+                  [&](const Registration& one) { return one.owner == owner || one.registeredBy == owner; });
 }
 
 void CNotifications::ForEach(NSelector selector, const std::function<void(void*, void*)>& call)
@@ -35,7 +36,7 @@ void CNotifications::ForEach(NSelector selector, const std::function<void(void*,
         const bool still = std::any_of(m_registrations.begin(), m_registrations.end(),
                                        [&](const Registration& each) { return each.serial == one.serial; });
         if (!still) continue;
-        const CActiveExtensionScope active(one.owner);
+        const CActiveExtensionScope active(one.registeredBy);
         try {
             call(one.procedure, one.clientData);
         } catch (const CHostRaise& raise) {

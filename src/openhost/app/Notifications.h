@@ -33,7 +33,8 @@ public:
 private:
     struct Registration {
         NSelector selector;
-        ASExtension owner;
+        ASExtension owner;         // as the plug-in says
+        ASExtension registeredBy;  // whose code registered it
         void* procedure;
         void* clientData;
         unsigned long long serial;

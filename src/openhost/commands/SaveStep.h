@@ -11,12 +11,12 @@ namespace openhost {
 
 /// How a sequence's save step wants the document saved. All texts in host encoding.
 struct SaveStepSettings {
-    bool inFolder = false;              ///< in `folder`, else where the document is
-    std::optional<std::string> folder;  ///< native
-    std::string before, after;          ///< put around the base name
-    bool dontOverwrite = true;          ///< a new file gets a name that is not taken
-    bool optimise = true;               ///< linearised
-    std::string converterId;            ///< empty: PDF
+    bool inFolder = false;                   ///< in `folder`, else where the document is
+    std::optional<std::string> folder = {};  ///< native
+    std::string before = {}, after = {};     ///< put around the base name
+    bool dontOverwrite = true;               ///< a new file gets a name that is not taken
+    bool optimise = true;                    ///< linearised
+    std::string converterId = {};            ///< empty: PDF
 
     /// Reads the step's parameters; null stands for none: save in place.
     static SaveStepSettings Read(const CCabinet* params);

@@ -6,6 +6,7 @@
 
 #include "openhost/core/Diagnostics.h"
 #include "openhost/core/Host.h"
+#include "openhost/core/Slot.h"
 
 namespace openhost {
 
@@ -58,7 +59,12 @@ __attribute__((noinline)) ASErrorCode RunInFrame(void (*work)(void*), void* cont
         frames->CutTo(depth);
         return frames->LastCode() != 0 ? frames->LastCode() : static_cast<ASErrorCode>(genErrGeneral);
     }
-    work(context);
+    try {
+        work(context);
+    } catch (...) {  // a plug-in let an exception out: it counts as a raise, and must not leave this frame behind
+        frames->CutTo(depth);
+        return RememberCurrentException();
+    }
     if (frames->Depth() != depth + 1) Diagnose("a plug-in left its exception frames in disorder");
     frames->CutTo(depth);
     return 0;

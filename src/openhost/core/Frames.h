@@ -37,7 +37,8 @@ private:
 };
 
 /// Runs `work(context)` inside a frame of the host's own. Answers 0, or the code with which something inside raised.
-/// Frames that the plug-in pushed and forgot are removed and reported.
+/// Frames that the plug-in pushed and forgot are removed and reported. A C++ exception that comes out of it counts as
+/// a raise.
 ASErrorCode RunInFrame(void (*work)(void*), void* context);
 
 /// Calls a procedure of a plug-in. A raise inside it becomes a CHostRaise, so that host code unwinds properly.

@@ -24,9 +24,12 @@ std::optional<std::vector<std::string>> ReadPasswordFile(const std::string& path
 {
     std::ifstream file(path, std::ios::binary);
     if (!file) return std::nullopt;
-    const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    if (file.bad()) return std::nullopt;
-    return PasswordsFromText(text);
+    try {
+        return PasswordsFromText(
+            std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>()));
+    } catch (const std::ios_base::failure&) {  // reading fails half-way, or it is a folder
+        return std::nullopt;
+    }
 }
 
 }  // namespace openhost

@@ -1,0 +1,327 @@
+#include "openhost/commands/Commands.h"
+
+#include <functional>
+#include <map>
+
+#include "openhost/commands/Handlers.h"
+#include "unit/openhost_app/HostFixture.h"
+
+using namespace openhost;
+
+namespace {
+
+/// What the test's handler does in each callback; a missing entry answers `answer`.
+struct Script {
+    std::map<std::string, int> calls;
+    std::map<std::string, std::function<AVCommandStatus(AVCommand)>> does;
+    AVCommandStatus answer = kAVCommandDone;
+    bool start = true;
+};
+Script* g_script = nullptr;
+
+AVCommandStatus Called(const char* where, AVCommand command)
+{
+    ++g_script->calls[where];
+    const auto found = g_script->does.find(where);
+    return found == g_script->does.end() ? g_script->answer : found->second(command);
+}
+
+ASBool Initialise(ASAtom) { return ++g_script->calls["Initialize"], g_script->start; }
+void TerminateName(ASAtom) { ++g_script->calls["Terminate"]; }
+void RegisterNames(ASAtom name)
+{
+    ++g_script->calls["RegisterCommands"];
+    HOST(AcroView, AVAppRegisterGlobalCommand, HOST(AcroView, AVCommandNew, name));
+}
+void Created(AVCommand command) { Called("Created", command); }
+void Destroyed(AVCommand command) { Called("Destroy", command); }
+AVCommandStatus SetParams(AVCommand command, ASCab) { return Called("SetParams", command); }
+void GetParams(AVCommand command, ASCab) { Called("GetParams", command); }
+void GetProps(AVCommand command, ASCab) { Called("GetProps", command); }
+AVCommandStatus ShowDialog(AVCommand command) { return Called("ShowDialog", command); }
+AVCommandStatus Work(AVCommand command) { return Called("Work", command); }
+AVCommandStatus Cancel(AVCommand command) { return Called("Cancel", command); }
+AVCommandStatus Reset(AVCommand command) { return Called("Reset", command); }
+
+AVCommandHandlerRec FullHandler()
+{
+    AVCommandHandlerRec record = {};
+    record.size = sizeof(record);
+    record.Initialize = &CSlot<&Initialise>::Entry;
+    record.Terminate = &CSlot<&TerminateName>::Entry;
+    record.RegisterCommands = &CSlot<&RegisterNames>::Entry;
+    record.Created = &CSlot<&Created>::Entry;
+    record.Destroy = &CSlot<&Destroyed>::Entry;
+    record.SetParams = &CSlot<&SetParams>::Entry;
+    record.GetParams = &CSlot<&GetParams>::Entry;
+    record.GetProps = &CSlot<&GetProps>::Entry;
+    record.ShowDialog = &CSlot<&ShowDialog>::Entry;
+    record.Work = &CSlot<&Work>::Entry;
+    record.Cancel = &CSlot<&Cancel>::Entry;
+    record.Reset = &CSlot<&Reset>::Entry;
+    return record;
+}
+
+class Commands : public CHostFixture {
+protected:
+    Commands() { g_script = &script; }
+    ~Commands() override { Part<CCommands>().DestroyAll(); }
+
+    void Register(const char* name = "T:Step")
+    {
+        HOST(AcroView, AVAppRegisterCommandHandler, AtomFromText(name), &handler);
+    }
+    AVCommand New(const char* name = "T:Step") { return HOST(AcroView, AVCommandNew, AtomFromText(name)); }
+    AVCommandStatus Status(AVCommand command) { return HOST(AcroView, AVCommandGetStatus, command); }
+    AVCommandStatus Do(const char* operation, AVCommand command, ASCab cab)
+    {
+        const std::string wanted = operation;
+        if (wanted == "Work") return HOST(AcroView, AVCommandWork, command);
+        if (wanted == "Cancel") return HOST(AcroView, AVCommandCancel, command);
+        if (wanted == "Reset") return HOST(AcroView, AVCommandReset, command);
+        if (wanted == "ShowDialog") return HOST(AcroView, AVCommandShowDialog, command);
+        if (wanted == "GetParams") return HOST(AcroView, AVCommandGetParams, command, cab), Status(command);
+        if (wanted == "GetProps") return HOST(AcroView, AVCommandGetProps, command, cab), Status(command);
+        return HOST(AcroView, AVCommandSetParams, command, cab);
+    }
+
+    Script script;
+    AVCommandHandlerRec handler = FullHandler();
+};
+
+const char* const kOperations[] = {"Work", "Cancel", "Reset", "ShowDialog", "GetParams", "GetProps", "SetParams"};
+
+}  // namespace
+
+TEST_F(Commands, EachAnswerOfWorkEndsInItsState)
+{
+    Register();
+    const struct {
+        int answer, status;
+    } rows[] = {{kAVCommandWorking, kAVCommandWorking},         {kAVCommandDone, kAVCommandDone},
+                {kAVCommandCanceled, kAVCommandCanceled},       {kAVCommandInError, kAVCommandInError},
+                {kAVCommandPaused, kAVCommandPaused},           {kAVCommandReady, kAVCommandInError},
+                {kAVCommandNotExecuted, kAVCommandNotExecuted}, {99, kAVCommandInError}};
+    for (const auto& row : rows) {
+        const AVCommand command = New();
+        script.does["Work"] = [&](AVCommand running) {
+            EXPECT_EQ(Status(running), kAVCommandWorking);
+            EXPECT_EQ(HOST(AcroView, AVCommandWork, running), kAVCommandWorking) << "it is not entered again";
+            return static_cast<AVCommandStatus>(row.answer);
+        };
+        script.calls.clear();
+        EXPECT_EQ(HOST(AcroView, AVCommandWork, command), row.status) << row.answer;
+        const bool goesOn = row.status == kAVCommandWorking || row.status == kAVCommandPaused;
+        HOST(AcroView, AVCommandWork, command);
+        EXPECT_EQ(script.calls["Work"], goesOn ? 2 : 1) << "a finished command does not work, answer " << row.answer;
+        HOST(AcroView, AVCommandDestroy, command);
+    }
+}
+
+TEST_F(Commands, ARaiseOfAnyCallbackPutsTheCommandInErrorAndGoesOn)
+{
+    Register();
+    for (const char* operation : kOperations) {
+        const AVCommand command = New();
+        script.does[operation] = [](AVCommand) -> AVCommandStatus { Raise(genErrGeneral, "deliberate"); };
+        const COwnedCab cab = COwnedCab::New();
+        EXPECT_EQ(RaisedBy([&] { Do(operation, command, cab.Get()); }), genErrGeneral) << operation;
+        EXPECT_EQ(ErrorText(genErrGeneral), "deliberate") << operation;
+        EXPECT_EQ(Status(command), kAVCommandInError) << operation;
+        script.does.clear();
+        script.answer = kAVCommandReady;
+        EXPECT_EQ(HOST(AcroView, AVCommandReset, command), kAVCommandReady) << operation;
+        HOST(AcroView, AVCommandDestroy, command);
+    }
+    EXPECT_EQ(Part<CCommands>().Live(), 0u);
+}
+
+TEST_F(Commands, ARaiseWhileMakingLeavesNoCommand)
+{
+    Register();
+    script.does["Created"] = [](AVCommand) -> AVCommandStatus { Raise(genErrGeneral); };
+    const auto cabs = LiveCabs();
+    EXPECT_EQ(RaisedBy([&] { New(); }), genErrGeneral);
+    EXPECT_EQ(Part<CCommands>().Live(), 0u);
+    EXPECT_EQ(LiveCabs(), cabs);
+}
+
+TEST_F(Commands, EveryCallbackMayBeMissing)
+{
+    const struct {
+        const char* operation;
+        int status;
+    } rows[] = {{"Work", kAVCommandNotExecuted}, {"Cancel", kAVCommandCanceled}, {"Reset", kAVCommandReady},
+                {"ShowDialog", kAVCommandReady}, {"GetParams", kAVCommandReady}, {"GetProps", kAVCommandReady},
+                {"SetParams", kAVCommandReady}};
+    AVCommandHandlerRec empty = {};
+    for (const ASSize_t size : {sizeof(AVCommandHandlerRec), offsetof(AVCommandHandlerRec, Created)}) {
+        handler = size == sizeof(AVCommandHandlerRec) ? empty : FullHandler();
+        handler.size = size;  // a short record ends before its callbacks, whatever stands there
+        Register();
+        for (const auto& row : rows) {
+            const AVCommand command = New();
+            const COwnedCab cab = COwnedCab::New();
+            EXPECT_EQ(Do(row.operation, command, cab.Get()), row.status) << row.operation << ", size " << size;
+            HOST(AcroView, AVCommandDestroy, command);
+        }
+    }
+    EXPECT_EQ(script.calls.count("Work"), 0u);
+}
+
+TEST_F(Commands, OnlyAReadyCommandTakesParametersConfigurationAndInputs)
+{
+    handler.SetParams = nullptr;
+    Register();
+    const AVCommand command = New();
+    const COwnedCab given = COwnedCab::New();
+    given->PutInt("n", 1);
+    EXPECT_EQ(HOST(AcroView, AVCommandSetParams, command, given.Get()), kAVCommandReady);
+    HOST(AcroView, AVCommandWork, command);
+    given->PutInt("n", 2);
+    EXPECT_EQ(HOST(AcroView, AVCommandSetParams, command, given.Get()), kAVCommandDone);
+    EXPECT_EQ(HOST(AcroView, AVCommandSetConfig, command, given.Get()), kAVCommandDone);
+    EXPECT_EQ(HOST(AcroView, AVCommandSetInputs, command, given.Get()), kAVCommandDone);
+    const COwnedCab seen = COwnedCab::New();
+    HOST(AcroView, AVCommandGetInputs, command, seen.Get());
+    HOST(AcroView, AVCommandGetConfig, command, seen.Get());
+    EXPECT_EQ(seen->NumEntries(), 0u);
+    const ASCab params = HOST(AcroView, AVCommandGetCab, command, kAVCommandKeyParams, ASBool{0});
+    EXPECT_EQ(CabAt(params).GetInt("n"), 1) << "a copy, and not the second one";
+}
+
+TEST_F(Commands, ParametersWithoutACallbackAreReplacedAndReadBackAsCopies)
+{
+    handler.SetParams = nullptr;
+    handler.GetParams = nullptr;
+    Register();
+    const AVCommand command = New(), other = New();
+    const COwnedCab given = COwnedCab::New(), seen = COwnedCab::New();
+    given->PutInt("a", 1);
+    HOST(AcroView, AVCommandSetParams, command, given.Get());
+    given->MakeEmpty();
+    given->PutInt("b", 2);
+    HOST(AcroView, AVCommandSetParams, command, given.Get());
+    seen->PutInt("old", 1);
+    HOST(AcroView, AVCommandGetParams, command, seen.Get());
+    EXPECT_TRUE(seen->Equals(*given));
+    HOST(AcroView, AVCommandGetParams, other, seen.Get());
+    EXPECT_EQ(seen->NumEntries(), 0u) << "parameters live with each command";
+}
+
+TEST_F(Commands, ConfigurationMergesAndNullErases)
+{
+    Register();
+    const AVCommand command = New();
+    const COwnedCab first = COwnedCab::New(), second = COwnedCab::New(), seen = COwnedCab::New();
+    first->PutInt(kAVCommandUIPolicy, kAVCommandUISilent);
+    first->PutInt("kept", 1);
+    HOST(AcroView, AVCommandSetConfig, command, first.Get());
+    EXPECT_EQ(HOST(AcroView, AVCommandGetUIPolicy, command), kAVCommandUISilent);
+    second->PutNull(kAVCommandUIPolicy);
+    second->PutInt("added", 2);
+    HOST(AcroView, AVCommandSetConfig, command, second.Get());
+    HOST(AcroView, AVCommandGetConfig, command, seen.Get());
+    EXPECT_EQ(seen->NumEntries(), 2u);
+    EXPECT_FALSE(seen->Known(kAVCommandUIPolicy));
+    EXPECT_EQ(HOST(AcroView, AVCommandGetUIPolicy, command), kAVCommandUIErrorsOnly) << "nobody to interact with";
+}
+
+TEST_F(Commands, CancellingAnErrorCleansUpAndStaysAnError)
+{
+    Register();
+    const AVCommand command = New();
+    script.answer = kAVCommandInError;
+    HOST(AcroView, AVCommandWork, command);
+    EXPECT_EQ(HOST(AcroView, AVCommandCancel, command), kAVCommandInError);
+    EXPECT_EQ(script.calls["Cancel"], 1);
+    EXPECT_EQ(HOST(AcroView, AVCommandReset, command), kAVCommandInError) << "the handler says it still is";
+}
+
+TEST_F(Commands, ExecuteResetsAndWorksToTheEnd)
+{
+    Register();
+    const AVCommand command = New();
+    script.does["Work"] = [&](AVCommand) -> AVCommandStatus {
+        return static_cast<AVCommandStatus>(script.calls["Work"] % 3 ? kAVCommandWorking : kAVCommandDone);
+    };
+    EXPECT_EQ(HOST(AcroView, AVCommandExecute, command), kAVCommandDone);
+    EXPECT_EQ(HOST(AcroView, AVCommandExecute, command), kAVCommandDone);
+    EXPECT_EQ(script.calls["Work"], 6);
+    EXPECT_EQ(script.calls["Reset"], 1);
+    Part<AppWishes>().stop = true;
+    EXPECT_EQ(HOST(AcroView, AVCommandExecute, command), kAVCommandCanceled);
+    EXPECT_EQ(script.calls["Cancel"], 1);
+}
+
+TEST_F(Commands, CabsBelongToTheCommand)
+{
+    Register();
+    const auto cabs = LiveCabs();
+    const AVCommand command = New();
+    EXPECT_EQ(HOST(AcroView, AVCommandGetCab, command, "Own", ASBool{0}), nullptr);
+    const ASCab made = HOST(AcroView, AVCommandGetCab, command, "Own", ASBool{1});
+    EXPECT_EQ(HOST(AcroView, AVCommandGetCab, command, "Own", ASBool{0}), made);
+    EXPECT_EQ(RaisedBy([&] { HOST(ASExtra, ASCabDestroy, made); }), genErrBadParm);
+    HOST(AcroView, AVCommandPutCab, command, "Own", NewCab());
+    EXPECT_EQ(RaisedBy([&] { CabAt(made); }), genErrBadParm) << "the former cab is gone";
+    HOST(AcroView, AVCommandPutCab, command, "Own", static_cast<ASCab>(nullptr));
+    EXPECT_EQ(HOST(AcroView, AVCommandGetCab, command, "Own", ASBool{0}), nullptr);
+    HOST(AcroView, AVCommandGetCab, command, "Other", ASBool{1});
+    HOST(AcroView, AVCommandDestroy, command);
+    EXPECT_EQ(LiveCabs(), cabs);
+}
+
+TEST_F(Commands, DestroyingIsRefusedForTheHostsCommandsAndInsideACall)
+{
+    Register();
+    const AVCommand command = New();
+    script.does["Work"] = [&](AVCommand running) -> AVCommandStatus {
+        HOST(AcroView, AVCommandDestroy, running);
+        return kAVCommandDone;
+    };
+    EXPECT_EQ(RaisedBy([&] { HOST(AcroView, AVCommandWork, command); }), genErrBadParm);
+    HOST(AcroView, AVAppRegisterGlobalCommand, command);
+    EXPECT_EQ(RaisedBy([&] { HOST(AcroView, AVCommandDestroy, command); }), genErrBadParm);
+    EXPECT_EQ(HOST(AcroView, AVAppFindGlobalCommandByName, AtomFromText("T:Step")), command);
+    HOST(AcroView, AVAppUnregisterGlobalCommand, command);
+    HOST(AcroView, AVCommandDestroy, command);
+    EXPECT_EQ(script.calls["Destroy"], 1);
+    EXPECT_EQ(RaisedBy([&] { Status(command); }), genErrBadParm);
+}
+
+TEST_F(Commands, HandlersStartOnceAndEndOnce)
+{
+    auto& handlers = Part<CCommandHandlers>();
+    Register("T:Early");
+    EXPECT_EQ(script.calls["Initialize"], 0);
+    handlers.Start();
+    Register("T:Late");
+    EXPECT_EQ(script.calls["Initialize"], 2);
+    EXPECT_EQ(script.calls["RegisterCommands"], 2);
+    EXPECT_NE(HOST(AcroView, AVAppFindGlobalCommandByName, AtomFromText("T:Early")), nullptr);
+    script.start = false;
+    Register("T:Declines");
+    EXPECT_EQ(HOST(AcroView, AVAppFindCommandHandlerByName, AtomFromText("T:Declines")), nullptr);
+    EXPECT_EQ(New("T:Declines"), nullptr);
+    Part<CCommands>().DestroyAll();
+    handlers.Terminate();
+    handlers.Terminate();
+    EXPECT_EQ(script.calls["Terminate"], 2) << "not the one that declined";
+}
+
+TEST_F(Commands, TheRecordIsGivenBackAndReplacedByName)
+{
+    AVCommandHandlerRec second = FullHandler();
+    const ASAtom name = AtomFromText("T:Step");
+    Register();
+    const AVCommand old = New();
+    EXPECT_EQ(HOST(AcroView, AVAppFindCommandHandlerByName, name), &handler);
+    HOST(AcroView, AVAppRegisterCommandHandler, name, &second);
+    EXPECT_EQ(HOST(AcroView, AVAppFindCommandHandlerByName, name), &second);
+    EXPECT_EQ(Part<CCommands>().At(old).handler, &handler) << "commands made before keep theirs";
+    EXPECT_EQ(New("T:Unknown"), nullptr);
+    EXPECT_EQ(
+        RaisedBy([&] { HOST(AcroView, AVAppRegisterCommandHandler, name, static_cast<AVCommandHandler>(nullptr)); }),
+        genErrBadParm);
+}

@@ -1,0 +1,256 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "openhost/app/IdleProcedures.h"
+#include "openhost/app/Menus.h"
+#include "openhost/core/Extensions.h"
+#include "openhost/program/CommandLine.h"
+#include "openhost/program/EventLoop.h"
+#include "openhost/program/OpenHost.h"
+#include "openhost/program/PasswordFile.h"
+#include "support/TemporaryFolder.h"
+
+#include "hostapi/JobsTable.h"
+
+using namespace openhost;
+
+namespace {
+
+// A plug-in in this process: its initialisation and its idle procedure do what the test says.
+std::function<void()> g_initialise, g_idle;
+HFT g_core = nullptr;
+
+template <class SlotProc>
+SlotProc Slot(const char* table, ASVersion version, int slot)
+{
+    const auto atom = reinterpret_cast<ASAtomFromStringSlotProc>(g_core[kSlotASAtomFromString])(table);
+    const HFT found =
+        reinterpret_cast<ASExtensionMgrGetHFTSlotProc>(g_core[kSlotASExtensionMgrGetHFT])(atom, version);
+    return reinterpret_cast<SlotProc>(found[slot]);
+}
+template <class SlotProc>
+SlotProc Jobs(int slot)
+{
+    return Slot<SlotProc>(HOST_TABLE_JOBS, kTableJobsVersion, slot);
+}
+
+void HOSTCALL Idle(void*)
+{
+    if (g_idle) g_idle();
+}
+ASBool HOSTCALL Init()
+{
+    if (g_initialise) g_initialise();
+    return 1;
+}
+ASBool HOSTCALL Handshake(ASUns32, void* data)
+{
+    static_cast<PIHandshakeData_V0200*>(data)->initCallback = reinterpret_cast<ASCallback>(&Init);
+    return 1;
+}
+ASBool HOSTCALL Setup(ASUns32, void* data)
+{
+    auto& sdk = *static_cast<PISDKData_V0200*>(data);
+    g_core = sdk.coreHFT;
+    sdk.handshakeCallback = reinterpret_cast<ASCallback>(&Handshake);
+    return 1;
+}
+ASBool HOSTCALL Entry(ASUns32 version, ASUns32* answered, PISetupSDKProcType* setup, void*)
+{
+    *answered = version;
+    *setup = &Setup;
+    return 1;
+}
+
+void RegisterIdle()
+{
+    Slot<AVAppRegisterIdleProcSlotProc>("AcroView", 0x00060000, kSlotAVAppRegisterIdleProc)(&Idle, nullptr, 60);
+}
+
+void Quit()
+{
+    const auto bar = Slot<AVAppGetMenubarSlotProc>("AcroView", 0, kSlotAVAppGetMenubar)();
+    const auto find =
+        Slot<AVMenubarAcquireMenuItemByNameSlotProc>("AcroView", 0, kSlotAVMenubarAcquireMenuItemByName);
+    if (const AVMenuItem item = find(bar, "Quit"))
+        Slot<AVMenuItemExecuteSlotProc>("AcroView", 0, kSlotAVMenuItemExecute)(item);
+}
+
+/// Tells a run over these outcomes; a negative end is never told.
+void TellRun(const std::vector<int>& outcomes, int end)
+{
+    Jobs<JobsRunStartsSlotProc>(kSlotJobsRunStarts)(static_cast<ASInt32>(outcomes.size()));
+    for (const int outcome : outcomes) Jobs<JobsFileDoneSlotProc>(kSlotJobsFileDone)("/in/a\nb.pdf", outcome, "why");
+    if (end >= 0) Jobs<JobsRunEndsSlotProc>(kSlotJobsRunEnds)(end, "told");
+}
+
+struct Outcome {
+    int code = -1;
+    std::string remarks;
+    std::uint64_t clock = 0;
+};
+
+Outcome RunWith(OpenHostOptions options = {})
+{
+    Outcome outcome;
+    options.plugIns = {{"in-process", &Entry}};
+    options.diagnostics = [&](std::string_view line) { outcome.remarks += std::string(line) + "\n"; };
+    options.clockMilliseconds = [&] { return outcome.clock; };
+    options.sleep = [&](std::uint64_t milliseconds) { outcome.clock += milliseconds; };
+    COpenHost host(std::move(options));
+    EXPECT_TRUE(host.StartUp());
+    outcome.code = host.Run();
+    return outcome;
+}
+
+}  // namespace
+
+TEST(ExitCodes, TellHowTheRunWent)
+{
+    constexpr int kSaved = kJobFileSaved, kFailed = kJobFileFailed, kNever = -1;
+    const struct {
+        const char* what;
+        bool idle, tells;
+        std::vector<int> outcomes;
+        int end;
+        bool quit;
+        int code;
+        const char* said;
+    } rows[] = {
+        {"nothing to do", false, false, {}, 0, false, 1, "nothing was scheduled"},
+        {"work of which nothing is told", true, false, {}, 0, true, 0, ""},
+        {"work without an end", true, false, {}, 0, false, 1, "was not asked to quit"},
+        {"all fine", true, true, {kSaved, kSaved}, kJobRunFinished, true, 0, "2 files: 2 saved"},
+        {"no files", true, true, {}, kJobRunFinished, true, 0, "0 files"},
+        {"some failed", true, true, {kSaved, kFailed}, kJobRunFinished, true, 3, "2 files: 1 saved, 1 failed"},
+        {"copied", true, true, {kJobFileCopiedUnchanged}, kJobRunFinished, true, 3, "1 file: 1 copied unchanged"},
+        {"incomplete", true, true, {kJobFileIncomplete}, kJobRunFinished, true, 3, "incomplete: /in/a b.pdf: why"},
+        {"an outcome of a later table", true, true, {77}, kJobRunFinished, true, 3, "1 file: 1 failed"},
+        {"broken off", true, true, {kSaved}, kJobRunBroken, true, 1, "the run broke off: told"},
+        {"not started", true, true, {}, kJobRunNotStarted, true, 1, "the run did not start: told"},
+        {"fine but no quit",
+         true,
+         true,
+         {kSaved},
+         kJobRunFinished,
+         false,
+         1,
+         "the run is over, but the host was not"},
+        {"its end was never told", true, true, {kSaved}, kNever, true, 1, ""},
+    };
+    for (const auto& row : rows) {
+        g_initialise = [&] { row.idle ? RegisterIdle() : void(); };
+        g_idle = [&] {
+            if (row.tells) TellRun(row.outcomes, row.end);
+            if (row.quit) Quit();
+        };
+        const Outcome outcome = RunWith();
+        EXPECT_EQ(outcome.code, row.code) << row.what;
+        EXPECT_NE(outcome.remarks.find(row.said), std::string::npos) << row.what << ": " << outcome.remarks;
+    }
+}
+
+TEST(ExitCodes, WithoutAQuitItemTheRunEndsAnywayButNotWell)
+{
+    g_initialise = &RegisterIdle;
+    g_idle = [] {
+        TellRun({kJobFileSaved}, kJobRunFinished);
+        Quit();
+    };
+    OpenHostOptions options;
+    options.quitItem = false;
+    EXPECT_EQ(RunWith(std::move(options)).code, 1);
+}
+
+TEST(ExitCodes, ARunThatTakesSeveralIdleCallsIsWaitedFor)
+{
+    int calls = 0;
+    g_initialise = &RegisterIdle;
+    g_idle = [&] {
+        ++calls;
+        if (calls == 1) Jobs<JobsRunStartsSlotProc>(kSlotJobsRunStarts)(-1);
+        if (calls == 3) {
+            Jobs<JobsRunEndsSlotProc>(kSlotJobsRunEnds)(kJobRunFinished, nullptr);
+            Quit();
+        }
+    };
+    const Outcome outcome = RunWith();
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(outcome.clock, 2000u) << "two periods of a second";
+}
+
+TEST(ExitCodes, StayingGoesOnUntilQuit)
+{
+    int calls = 0;
+    g_initialise = &RegisterIdle;
+    g_idle = [&] {
+        if (++calls == 5) Quit();
+    };
+    OpenHostOptions options;
+    options.stay = true;
+    EXPECT_EQ(RunWith(std::move(options)).code, 0);
+    EXPECT_EQ(calls, 5);
+}
+
+TEST(ExitCodes, TheTablesMayBeExchangedBeforeAPlugInSeesThem)
+{
+    g_initialise = [] {
+        AVTVersionNumPart major = 0;
+        Slot<AVAppGetVersionSlotProc>("AcroView", 0, kSlotAVAppGetVersion)(&major, nullptr);
+        EXPECT_EQ(major, 77);
+    };
+    OpenHostOptions options;
+    options.afterOffering = [](CTables& tables) {
+        tables.PutTyped<AVAppGetVersionSlotProc>(Table::AcroView, kSlotAVAppGetVersion,
+                                                 [](AVTVersionNumPart* major, AVTVersionNumPart*) { *major = 77; });
+    };
+    RunWith(std::move(options));
+}
+
+TEST(CommandLine, WrongArgumentsAreUsageAndMissingFilesBreakTheRun)
+{
+    const CTemporaryFolder folder;
+    const std::string none = folder / "none";
+    const struct {
+        std::vector<std::string> arguments;
+        int code;
+    } rows[] = {{{"--version"}, 0},
+                {{"--help"}, 0},
+                {{"--no-such-option"}, 2},
+                {{"--host-version", "4"}, 2},
+                {{"--host-version", "100"}, 2},
+                {{"--host-version", "x"}, 2},
+                {{"--plugin"}, 2},
+                {{"stray"}, 2},
+                {{"--plugin", none}, 1},
+                {{"--plugin", none, "--password-file", none}, 1}};
+    for (const auto& row : rows) {
+        std::vector<std::string> words = row.arguments;
+        words.insert(words.begin(), "ferrule-host");
+        std::vector<char*> values;
+        for (std::string& word : words) values.push_back(word.data());
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const int code = RunCommandLine(static_cast<int>(values.size()), values.data());
+        const std::string said = testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
+        EXPECT_EQ(code, row.code) << row.arguments.front();
+        EXPECT_FALSE(said.empty()) << row.arguments.front();
+    }
+}
+
+TEST(CommandLine, PasswordsKeepTheirBlanks)
+{
+    const struct {
+        const char* text;
+        std::vector<std::string> passwords;
+    } rows[] = {{"", {}},
+                {"one", {"one"}},
+                {"    \n two \n", {"    ", " two "}},
+                {"a\r\n\r\nb\n\nc\r", {"a", "b", "c"}},
+                {"\xEF\xBB\xBF\xC3\xA4\n", {"\xC3\xA4"}}};
+    for (const auto& row : rows) EXPECT_EQ(PasswordsFromText(row.text), row.passwords) << '"' << row.text << '"';
+    EXPECT_FALSE(ReadPasswordFile("/no/such/file").has_value());
+    EXPECT_FALSE(ReadPasswordFile("/").has_value()) << "a folder";
+}

@@ -17,6 +17,23 @@ struct FinalAction {
     bool failIfExists = false;  // for code 1 alone: do not replace an existing copy
 };
 
+struct FinalActionName {
+    int code;
+    const char* name;
+};
+
+/// The actions that people are offered, by name, in the order of the list they choose from. Code 4 is not offered.
+inline constexpr FinalActionName kOfferedFinalActions[] = {
+    {0, "Do nothing"},
+    {1, "Copy to a different folder (overwrite existing files)"},
+    {8, "Copy to a different folder (create multiple versions)"},
+    {2, "Move to a different folder (do not overwrite)"},
+    {6, "Move to a different folder (overwrite existing files)"},
+    {7, "Move to a different folder (create multiple versions)"},
+    {3, "Delete document from disk"},
+    {5, "Execute application"},
+};
+
 /// Applies an action to an input file and logs the outcome.
 ///
 /// 0 nothing, 1 copy and replace, 2 move, 3 delete, 4 rename, 5 open with a program, 6 move and replace, 7 move under

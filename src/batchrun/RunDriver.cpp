@@ -106,5 +106,8 @@ std::string CRunDriver::ApplyFinalActionTo(const std::string& inputPath, const R
 {
     const FinalAction action{.code = settings.finalAction, .destination = settings.destination};
     if (ApplyFinalAction(inputPath, action, m_services.log) == FinalActionResult::Done) return {};
+    for (const FinalActionName& offered : kOfferedFinalActions)
+        if (offered.code == settings.finalAction)
+            return std::string("The final action on the input file failed: ") + offered.name + ".";
     return "The final action on the input file failed.";
 }

@@ -11,8 +11,8 @@ enum class RunEnd {
     Broken       // ended before every input file was dealt with
 };
 
-/// Order: RunStarts once, then FileDone once for each input, then RunEnds exactly once; a run that does not get as
-/// far as its inputs sends RunEnds alone. None of them throws.
+/// Order: RunStarts once, then FileDone once for each input that was begun, then RunEnds exactly once; a run that
+/// does not get as far as its inputs sends RunEnds alone. None of them throws.
 class CRunEvents {
 public:
     virtual ~CRunEvents() = default;

@@ -84,6 +84,8 @@ int RunHost(const Arguments& arguments)
     if (options.plugIns.empty()) return Fail("there is no plug-in to load");
     COpenHost host(std::move(options));
     if (!host.StartUp()) return Fail("no plug-in could be used");
+    if (!arguments.plugIns.empty() && !host.AllPlugInsLive())
+        return Fail("not every plug-in that was named could be used");
     const int code = host.Run();
     host.ShutDown();
     return code;

@@ -9,6 +9,7 @@
 #include "openhost/commands/Slots.h"
 #include "openhost/conversion/Slots.h"
 #include "openhost/core/Diagnostics.h"
+#include "openhost/core/Extensions.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/documents/Slots.h"
 #include "openhost/files/Slots.h"
@@ -30,6 +31,14 @@ void OfferAllSlots(CTables& tables)
     OfferConversionSlots(tables);
     OfferCommandsSlots(tables);
     OfferJobsTable();
+}
+
+void SayLoaded()
+{
+    for (ASExtension extension : Part<CExtensions>().InOrder()) {
+        const CExtension& plugIn = Part<CExtensions>().At(extension);
+        if (plugIn.living) Diagnose("loaded: " + AtomText(plugIn.registeredName) + " from " + plugIn.fileName);
+    }
 }
 
 /// Whatever plug-ins left open; nothing of it is saved.
@@ -75,6 +84,7 @@ bool COpenHost::StartUp()
     for (const PlugInSource& source : m_options.plugIns) m_plugIns.Load(source);
     m_plugIns.RunStages();
     Part<CCommandHandlers>().Start();
+    if (m_options.verbose) SayLoaded();
     return m_plugIns.Living() > 0;
 }
 

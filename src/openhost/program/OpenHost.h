@@ -41,6 +41,8 @@ public:
 
     /// Offers the tables, loads the plug-ins and takes them through their stages. False when none is left.
     bool StartUp();
+    /// Whether every plug-in that was asked for passed its stages.
+    bool AllPlugInsLive() const { return m_plugIns.Living() == m_options.plugIns.size(); }
     /// Announces that the host is up and runs the event loop; answers the exit code.
     int Run();
     /// Ends in order: quit is announced, views close unsaved, commands and handlers end, plug-ins unload.

@@ -212,20 +212,24 @@ TEST(ExitCodes, TheTablesMayBeExchangedBeforeAPlugInSeesThem)
 TEST(CommandLine, WrongArgumentsAreUsageAndMissingFilesBreakTheRun)
 {
     const CTemporaryFolder folder;
-    const std::string none = folder / "none";
+    const std::string none = folder / "none", good = std::string(TEST_PLUG_INS) + "/good.api";
     const struct {
         std::vector<std::string> arguments;
         int code;
-    } rows[] = {{{"--version"}, 0},
-                {{"--help"}, 0},
-                {{"--no-such-option"}, 2},
-                {{"--host-version", "4"}, 2},
-                {{"--host-version", "100"}, 2},
-                {{"--host-version", "x"}, 2},
-                {{"--plugin"}, 2},
-                {{"stray"}, 2},
-                {{"--plugin", none}, 1},
-                {{"--plugin", none, "--password-file", none}, 1}};
+        const char* said;
+    } rows[] = {{{"--version"}, 0, "ferrule-host 0."},
+                {{"--help"}, 0, "Exit codes"},
+                {{"--no-such-option"}, 2, "--no-such-option"},
+                {{"--host-version", "4"}, 2, "--host-version"},
+                {{"--host-version", "100"}, 2, "--host-version"},
+                {{"--host-version", "x"}, 2, "--host-version"},
+                {{"--plugin"}, 2, "--plugin"},
+                {{"stray"}, 2, "stray"},
+                {{"--plugin", none}, 1, "no plug-in could be used"},
+                {{"--plugin", good, "--plugin", none}, 1, "not every plug-in that was named"},
+                {{"--plugin", good, "--verbose"}, 1, "loaded: T:Good from"},
+                {{"--plugin", good}, 1, "nothing was scheduled"},
+                {{"--plugin", none, "--password-file", none}, 1, "password file"}};
     for (const auto& row : rows) {
         std::vector<std::string> words = row.arguments;
         words.insert(words.begin(), "ferrule-host");
@@ -236,7 +240,7 @@ TEST(CommandLine, WrongArgumentsAreUsageAndMissingFilesBreakTheRun)
         const int code = RunCommandLine(static_cast<int>(values.size()), values.data());
         const std::string said = testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
         EXPECT_EQ(code, row.code) << row.arguments.front();
-        EXPECT_FALSE(said.empty()) << row.arguments.front();
+        EXPECT_NE(said.find(row.said), std::string::npos) << said;
     }
 }
 

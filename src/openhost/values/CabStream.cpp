@@ -121,7 +121,7 @@ public:
         return static_cast<Number>(bits);
     }
     std::string_view GetBytes() { return Take(Get<std::uint32_t>()); }
-    void GetEntries(CCabinet& cab, std::size_t depth);
+    void GetEntries(CCabinet& cab);
     bool AtEnd() const { return m_bytes.empty(); }
 
 private:
@@ -132,7 +132,7 @@ private:
         m_bytes.remove_prefix(count);
         return part;
     }
-    void GetValue(CCabinet& cab, std::string_view key, ASCabValueType type, std::size_t depth);
+    void GetValue(CCabinet& cab, std::string_view key, ASCabValueType type);
     void GetText(CCabinet& cab, std::string_view key);
 
     std::string_view m_bytes;
@@ -152,7 +152,7 @@ void CReader::GetText(CCabinet& cab, std::string_view key)
     cab.Put(key, &text);
 }
 
-void CReader::GetValue(CCabinet& cab, std::string_view key, ASCabValueType type, std::size_t depth)
+void CReader::GetValue(CCabinet& cab, std::string_view key, ASCabValueType type)
 {
     switch (type) {
         case kASValueNull:
@@ -178,21 +178,20 @@ void CReader::GetValue(CCabinet& cab, std::string_view key, ASCabValueType type,
         case kASValueText:
             return GetText(cab, key);
         case kASValueCabinet:
-            return GetEntries(cab.PutNewCab(key), depth + 1);
+            return GetEntries(cab.PutNewCab(key));
         default:
             throw NotACab{};
     }
 }
 
-void CReader::GetEntries(CCabinet& cab, std::size_t depth)
+void CReader::GetEntries(CCabinet& cab)
 {
-    if (depth > kMaxCabDepth) throw NotACab{};
     const auto count = Get<std::uint32_t>();
     for (std::uint32_t index = 0; index < count; ++index) {
         const auto type = static_cast<ASCabValueType>(Get<std::uint8_t>());
         const std::string_view key = GetBytes();
         if (!IsKeyStep(key) || cab.Known(key)) throw NotACab{};
-        GetValue(cab, key, type, depth);
+        GetValue(cab, key, type);
     }
 }
 
@@ -238,10 +237,10 @@ COwnedCab ReadCab(const ReadBytes& read)
     COwnedCab cab = COwnedCab::New();
     try {
         CReader reader(body);
-        reader.GetEntries(*cab, 1);
+        reader.GetEntries(*cab);
         return reader.AtEnd() ? std::move(cab) : COwnedCab();
     } catch (const NotACab&) {
-    } catch (const CHostRaise&) {  // no atom left
+    } catch (const CHostRaise&) {  // nested too deeply, or no atom is left
     }
     return COwnedCab();
 }

@@ -163,6 +163,8 @@ TEST_F(CabStreams, ForgedBytesNeverDoHarm)
     EXPECT_GT(refused, body.size());
     EXPECT_TRUE(Refused(Forged(bytes, body + "x")));
     EXPECT_TRUE(Refused(Forged(bytes, {})));
+    const std::string sameKeyTwice("\2\0\0\0\x09\1\0\0\0k\x09\1\0\0\0k", 16);
+    EXPECT_TRUE(Refused(Forged(bytes, sameKeyTwice)));
 }
 
 TEST_F(CabStreams, DeepNestingIsRefused)

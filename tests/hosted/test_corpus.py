@@ -16,8 +16,13 @@ LIBRARY_KILLERS = {
     "damaged/GHOSTSCRIPT-691770-0.pdf": "the library never comes back from it",
     "damaged/xref-compressed-in-compressed.pdf": "the library overflows its stack on it",
 }
+# Counted as usable by their record, but there is nothing to compare.
+NOTHING_TO_SHOW = {
+    "damaged/T02-03_006_page-object-missing.pdf": "its only page is not in the file",
+    "damaged/T02-02_007_page-tree-wrong-count.pdf": "claims nine pages and has one",
+}
 REVISIONS = {0: 4, 1: 3, 2: 4, 3: 6}
-CIPHERS = {0: b"AESv2", 1: b"RC4", 2: b"AESv2", 3: b"AESv3"}
+CIPHERS = {0: b"AESv2", 1: b"", 2: b"AESv2", 3: b"AESv3"}  # nothing is said for RC4
 
 
 def manifest():
@@ -27,8 +32,17 @@ def manifest():
                 yield row
 
 
+def word(password, method):
+    """What a reader has to be given: up to revision 4 readers pass on bytes, which are those of the document encoding."""
+    return password.encode("latin-1" if REVISIONS[method] < 5 else "utf-8")
+
+
 def flat(row):
     return row["path"].replace("/", "--")
+
+
+def result_name(row):
+    return str(Path(flat(row)).with_suffix(".pdf"))
 
 
 def passwords(row):
@@ -41,6 +55,8 @@ def passwords(row):
 
 
 class Corpus(unittest.TestCase):
+    maxDiff = None
+
     def setUp(self):
         self.place = Workplace()
         self.addCleanup(self.place.close)
@@ -57,7 +73,7 @@ class Corpus(unittest.TestCase):
 
     def check_protected(self, row, method, source_text):
         """Complaints about one protected result, judged by three independent libraries."""
-        path, source = self.place.output / flat(row), self.place.input / flat(row)
+        path, source = self.place.output / result_name(row), self.place.input / flat(row)
         if not path.exists():
             return ["did not come out"]
         wrong = []
@@ -70,10 +86,11 @@ class Corpus(unittest.TestCase):
                 wrong.append(f"permission missing: {line.decode()}")
         if tool("qpdf", "--show-npages", path)[0] != 2:
             wrong.append("qpdf opens it without a password")
-        pages = page_count(path, "open ü")
+        password = word("open ü", method)
+        pages = page_count(path, password)
         if pages != page_count(source):
             wrong.append(f"pages: {page_count(source)} before, {pages} after")
-        if text_of(path, "open ü") != source_text:
+        if text_of(path, password) != source_text:
             wrong.append("the text has changed")
         if page_count(path) is not None:
             wrong.append("poppler opens it without a password")
@@ -84,7 +101,7 @@ class Corpus(unittest.TestCase):
         return wrong
 
     def test_usable_documents_with_each_method(self):
-        rows = [row for row in manifest() if not row["encryption"] and
+        rows = [row for row in manifest() if not row["encryption"] and row["path"] not in NOTHING_TO_SHOW and
                 (row["expected"] == "opens" or (row["expected"].startswith("damaged") and row["qpdf"] in ("ok", "minor", "warn")))]
         self.assertGreater(len(rows), 150)
         self.fill(rows)
@@ -105,7 +122,7 @@ class Corpus(unittest.TestCase):
         originals = {row["path"]: (CORPUS / row["path"]).read_bytes() for row in rows}
         candidates = []
         for row in rows:
-            candidates += [word for word in passwords(row) if word not in candidates]
+            candidates += [each for each in passwords(row) if each not in candidates]
         file = self.place.root / "passwords.txt"
         file.write_text("not this one\n" + "\n".join(candidates) + "\n", encoding="utf-8")
         without = self.run_protect(protect_items(3, "open ü", "owner ü"))
@@ -120,8 +137,8 @@ class Corpus(unittest.TestCase):
         for row in rows:
             with self.subTest(row["path"]):
                 self.assertEqual((self.place.input / flat(row)).read_bytes(), originals[row["path"]], "the input was written to")
-                result = self.place.output / flat(row)
-                owner = row["owner_password"] not in ("", "(empty)")
+                result = self.place.output / result_name(row)
+                owner = row["owner_password"] != ""
                 if row["encryption"] == "public key":
                     self.assertFalse(result.exists())
                     self.assertIn(flat(row), outcome.errors)
@@ -129,21 +146,23 @@ class Corpus(unittest.TestCase):
                     self.assertTrue(result.exists(), f"{row['owner_password']}\n" + "\n".join(
                         line for line in outcome.errors.splitlines() if flat(row) in line))
                     self.assertEqual(page_count(result, "open ü"), int(row["pages"]))
-                elif result.exists():  # opened by its user password: either left as protected as it was, or not at all
-                    self.assertNotEqual(page_count(result, "open ü"), None)
+                elif result.exists():  # opened by its user password: left as protected as it was
+                    self.assertIsNone(page_count(result, "open ü"))
+                    self.assertEqual(page_count(result, *passwords(row)[:1]), int(row["pages"]))
         text = outcome.raw_log.decode("utf-8", "replace") + outcome.errors
-        for word in candidates + ["open ü", "owner ü"]:
-            if len(word.strip()) > 6:
-                self.assertNotIn(word, text, "a password was written down")
+        names = "".join(flat(row) for row in rows)
+        for secret in candidates + ["open ü", "owner ü"]:
+            if len(secret.strip()) > 5 and secret not in names:
+                self.assertNotIn(secret, text, "a password was written down")
 
     def test_damaged_documents_end_as_expected(self):
         rows = [row for row in manifest() if not row["encryption"] and
-                (row["expected"] == "not a usable PDF" or row["qpdf"] in ("error", "crash", "timeout"))]
+                (row["expected"] == "not a usable PDF" or row["path"] in NOTHING_TO_SHOW or row["qpdf"] in ("error", "crash", "timeout"))]
         self.fill(rows)
         outcome = self.run_protect(protect_items(3, "open ü", "owner ü"), env={"FERRULEFINAL": "2", "FERRULEDEST": self.place.done})
         for row in rows:
             with self.subTest(row["path"]):
-                result, source = self.place.output / flat(row), self.place.input / flat(row)
+                result, source = self.place.output / result_name(row), self.place.input / flat(row)
                 if row["expected"] == "not a usable PDF":
                     self.assertFalse(result.exists())
                 if result.exists():

@@ -137,7 +137,8 @@ def minimal_pdf(text="Hello", pages=1):
 
 def tool(*arguments, **options):
     """Runs an independent PDF tool; answers (exit code, standard output)."""
-    done = subprocess.run([str(a) for a in arguments], stdin=subprocess.DEVNULL, capture_output=True, timeout=60, check=False,
+    words = [argument if isinstance(argument, bytes) else os.fsencode(argument) for argument in arguments]
+    done = subprocess.run(words, stdin=subprocess.DEVNULL, capture_output=True, timeout=60, check=False,
                           **options)
     return done.returncode, done.stdout
 

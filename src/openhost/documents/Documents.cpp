@@ -172,6 +172,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         options.mustNotExist = request.mustNotExist;
         options.cancelled = request.cancelled;
         options.progress = request.progress;
+        options.remark = [](const std::string& text) { Diagnose(text); };
         Translated([&] { document.pdf.Save(options); });
     } catch (const CHostRaise& raise) {
         failed = raise.Code();

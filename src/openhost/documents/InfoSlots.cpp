@@ -8,9 +8,6 @@ namespace openhost {
 
 namespace {
 
-/// Windows' number for "the system's own 8-bit encoding"; here that is UTF-8.
-constexpr ASHostEncoding kSystemEncoding = 1;
-
 /// The length of the value; with a buffer as much of it as fits, ended by a zero where there is room.
 ASInt32 GetInfo(PDDoc document, const char* key, char* buffer, ASInt32 size)
 {
@@ -34,15 +31,12 @@ void SetInfo(PDDoc document, const char* key, const char* value, ASInt32 length)
     held.clearedFlags &= ~PDDocNeedsSave;
 }
 
-ASHostEncoding HostEncoding() { return kSystemEncoding; }
-
 }  // namespace
 
 void OfferInfoSlots(CTables& tables)
 {
     OFFER(tables, PDModel, PDDocGetInfo, GetInfo);
     OFFER(tables, PDModel, PDDocSetInfo, SetInfo);
-    OFFER(tables, PDModel, PDGetHostEncoding, HostEncoding);
 }
 
 }  // namespace openhost

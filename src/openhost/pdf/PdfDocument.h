@@ -46,12 +46,13 @@ struct PdfOpenOptions {
 };
 
 struct PdfSaveOptions {
-    std::string path = {};  ///< empty: the document's own file
-    bool linearise = false;
+    std::string path = {};      ///< empty: the document's own file
+    bool linearise = false;     ///< as far as the library can; see remark
     bool copy = false;          ///< the document keeps its old file, its modifications and its pending security
     bool mustNotExist = false;  ///< an existing target is left alone: Exists
     std::function<bool()> cancelled = {};  ///< asked now and then; true ends the save, nothing is changed
     std::function<void(int percent)> progress = {};
+    std::function<void(const std::string&)> remark = {};  ///< gets what was done otherwise than asked
 };
 
 /// One PDF document.

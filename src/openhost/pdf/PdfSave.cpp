@@ -72,7 +72,7 @@ private:
 };
 
 void WriteInto(CAtomicFile& file, CPdfDocument::State& state, const PdfSaveOptions& options,
-               const std::string& target)
+               const std::string& target, bool linearise)
 {
     CFilePipeline pipeline(file);
     QPDF& library = state.Current();
@@ -82,13 +82,44 @@ void WriteInto(CAtomicFile& file, CPdfDocument::State& state, const PdfSaveOptio
     writer.setOutputPipeline(&pipeline);
     CopyStreams(writer, library);
     ApplySecurity(writer, state);
-    writer.setLinearization(options.linearise);
+    writer.setLinearization(linearise);
     writer.registerProgressReporter(std::make_shared<CSaveProgress>(options, file, target));
     try {
         writer.write();
     } catch (...) {
         file.Check();  // the reason, when it is the disk
         throw;
+    }
+}
+
+CAtomicFile::Existing WhatExists(const PdfSaveOptions& options)
+{
+    return options.mustNotExist ? CAtomicFile::Existing::Fail : CAtomicFile::Existing::Replace;
+}
+
+/// The library cannot linearise every document. Fast display in a browser is no reason to lose a save: such a
+/// document is written without it, and the client is told.
+void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target)
+{
+    const auto write = [&](bool linearise) {
+        CAtomicFile file(target, WhatExists(options));
+        WriteInto(file, state, options, target, linearise);
+        file.Commit();
+    };
+    const auto writePlain = [&](const std::exception& error) {
+        if (options.remark) options.remark(target + ": written without linearisation: " + error.what());
+        write(false);
+    };
+    try {
+        write(options.linearise);
+    } catch (const CPdfError&) {
+        throw;  // cancelled, disk full and their like: a second try would end the same
+    } catch (const std::runtime_error& error) {
+        if (!options.linearise) throw;
+        writePlain(error);
+    } catch (const std::logic_error& error) {
+        if (!options.linearise) throw;
+        writePlain(error);
     }
 }
 
@@ -124,9 +155,7 @@ void CPdfDocument::Save(const PdfSaveOptions& options)
     if (target.empty()) throw CPdfError(PdfProblem::NoPath, state.description + ": has no file to be saved to");
     Guarded(target, PdfProblem::Damaged, [&] {
         state.Current();
-        CAtomicFile file(target, options.mustNotExist ? CAtomicFile::Existing::Fail : CAtomicFile::Existing::Replace);
-        WriteInto(file, state, options, target);
-        file.Commit();
+        WriteAndCommit(state, options, target);
         if (!options.copy) MoveTo(state, target);
     });
 }

@@ -1,5 +1,6 @@
 #include "hostcalls/CabFile.h"
 #include "hostcalls/HostFrame.h"
+#include "hostcalls/HostPath.h"
 #include "pdflib/AcrobatDoc.h"
 #include "support/Interposer.h"
 #include "unit/hostcalls/HostedCalls.h"
@@ -21,6 +22,10 @@ void UseTheHost(const std::string& input, const std::string& output, const std::
     if (shown) {
         EXPECT_EQ(doc.Close(), CAcrobatDoc::Closed::View);
     }
+    CCab outer;
+    outer.PutBinary("bytes", "x");
+    outer.PutCab("path", PathCab(input));
+    (void)NativeFromPathCab(outer.Cab("path"));
     const auto cab = ReadCabFile(cabFile);
     EXPECT_TRUE(cab || testsupport::CCallGate::Instance().Raised());
 }

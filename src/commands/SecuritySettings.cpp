@@ -1,6 +1,6 @@
 #include "commands/SecuritySettings.h"
 
-#include "commands/LetterCase.h"
+#include "common/LetterCase.h"
 #include "common/Text.h"
 
 #include <variant>

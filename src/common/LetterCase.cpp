@@ -1,4 +1,4 @@
-#include "commands/LetterCase.h"
+#include "common/LetterCase.h"
 
 #include "common/Encoding.h"
 #include "common/Text.h"

@@ -52,14 +52,16 @@ AVDoc CViews::OpenFromFile(ASPathName path, const std::string& title)
 
 bool CViews::Close(AVDoc handle, bool giveUpChanges)
 {
-    CView& view = At(handle);
+    const CView& view = At(handle);
+    const PDDoc document = view.document;
     auto& documents = Part<CDocuments>();
-    if (!giveUpChanges && documents.At(view.document).pdf.IsModified()) {
+    if (!giveUpChanges && documents.At(document).pdf.IsModified()) {
         Diagnose("alert: \"" + view.title + "\" has changes that are not saved; it stays open");
         return false;
     }
     Notify(AVDocWillCloseNSEL, handle);
-    documents.Close(view.document);
+    if (!m_views.Find(handle)) return true;  // whoever heard of it has closed it already
+    documents.Close(document);
     Notify(AVDocDidCloseNSEL, handle);
     std::erase(m_order, handle);
     m_views.Take(handle);

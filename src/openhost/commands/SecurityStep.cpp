@@ -33,12 +33,17 @@ void RemoveSecurity(CHostDocument& held)
     held.newHandlerHasData = false;
 }
 
+/// Protection was asked for: until it is accepted the document is not written at all.
+void ForbidSavingUnprotected(CHostDocument& held)
+{
+    held.newHandler = AtomFromText(kStandard);
+    held.newHandlerHasData = false;
+}
+
 void SetStandardSecurity(CHostDocument& held, const CCabinet* settings)
 {
     if (!settings)
         Raise(genErrBadParm, held.pdf.Path() + ": the security step names a handler but gives it no settings");
-    held.newHandler = AtomFromText(kStandard);
-    held.newHandlerHasData = false;  // until the settings are accepted, nothing may be written
     Translated([&] { held.pdf.SetSecurity(ReadSettings(*settings)); });
     held.newHandlerHasData = true;
 }
@@ -52,12 +57,14 @@ AVCommandStatus Work(AVCommand command)
     CHostDocument& held = DocumentAt(document);
     const CCabinet* const params = commands.Cab(command, kAVCommandKeyParams, false);
     const std::string handler = params ? AtomText(params->GetAtom("CryptHandler")) : std::string();
-    if (handler.empty())
+    if (handler.empty()) {
         RemoveSecurity(held);
-    else if (handler == kStandard)
-        SetStandardSecurity(held, params->GetCab("SecuritySettings"));
-    else
+        return kAVCommandDone;
+    }
+    ForbidSavingUnprotected(held);
+    if (handler != kStandard)
         Raise(pdErrNoCryptHandler, held.pdf.Path() + ": there is no security handler named " + handler);
+    SetStandardSecurity(held, params->GetCab("SecuritySettings"));
     return kAVCommandDone;
 }
 

@@ -240,8 +240,17 @@ TEST_F(Steps, TheSecurityStepProtectsAndRemovesAndNeverLeavesADocumentHalfProtec
     const std::string path = Sample("a.pdf");
     const PDDoc document = Open(path);
     const COwnedCab params = COwnedCab::New(), none = COwnedCab::New();
-    params->PutAtom("CryptHandler", AtomFromText("Standard"));
-    EXPECT_EQ(RaisedBy([&] { Run("DocSecurity", document, "a", params); }), genErrBadParm) << "no settings";
+    const struct {
+        const char* handler;
+        ASErrorCode code;
+    } refused[] = {{"T.unknown", pdErrNoCryptHandler}, {"Standard", genErrBadParm}};
+    for (const auto& row : refused) {
+        params->PutAtom("CryptHandler", AtomFromText(row.handler));
+        EXPECT_EQ(RaisedBy([&] { Run("DocSecurity", document, "a", params); }), row.code) << row.handler;
+        EXPECT_NE(RaisedBy([&] { Save(document, "a", none); }), 0) << row.handler << ": not saved without";
+        EXPECT_EQ(Run("DocSecurity", document, "a", none), kAVCommandDone) << "removing it allows saving again";
+        EXPECT_EQ(Save(document, "a", none), kAVCommandDone) << row.handler;
+    }
     CCabinet& settings = params->PutNewCab("SecuritySettings");
     settings.PutText("userPW", "geheim ");
     settings.PutInt("perms", 4);

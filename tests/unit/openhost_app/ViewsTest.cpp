@@ -96,6 +96,20 @@ TEST_F(ViewTests, UnsavedChangesKeepAViewOpenUnlessTheyAreGivenUp)
     EXPECT_EQ(HOST(AcroView, AVDocClose, view, ASBool{1}), 1);
 }
 
+TEST_F(ViewTests, AListenerMayCloseTheViewThatIsAboutToClose)
+{
+    const auto closes = [](AVDoc closing, void*) {
+        static bool again = false;
+        if (again) return;
+        again = true;
+        HOST(AcroView, AVDocClose, closing, ASBool{1});
+    };
+    Listen(AVDocWillCloseNSEL, reinterpret_cast<void*>(static_cast<void(HOSTCALL*)(AVDoc, void*)>(closes)));
+    EXPECT_EQ(HOST(AcroView, AVDocClose, View(Open()), ASBool{1}), 1);
+    EXPECT_EQ(Part<CDocuments>().Live(), 0u);
+    EXPECT_EQ(HOST(AcroView, AVAppGetNumDocs), 0);
+}
+
 TEST_F(ViewTests, ADocumentInUseKeepsItsView)
 {
     const PDDoc document = Open();

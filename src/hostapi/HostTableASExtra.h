@@ -10,8 +10,12 @@
 enum { kTableASExtraVersion = 0x00090000, kTableASExtraSelectors = 148 };
 
 /* ---- texts ---- */
+
+/* The host encoding for texts of a script. Here: one encoding, UTF-8, serves all of them. */
 typedef ASHostEncoding (HOSTCALL *ASScriptToHostEncodingSlotProc)(ASScript asScript);
 enum { kSlotASScriptToHostEncoding = 1 };
+
+/* The script whose texts the host encoding holds. */
 typedef ASScript (HOSTCALL *ASScriptFromHostEncodingSlotProc)(ASHostEncoding osScript);
 enum { kSlotASScriptFromHostEncoding = 2 };
 
@@ -40,6 +44,8 @@ enum { kSlotASTextFromSizedEncoded = 7 };
 /* Makes a text from a C string in a script's encoding. The caller destroys it. */
 typedef ASText (HOSTCALL *ASTextFromScriptTextSlotProc)(const char *str, ASScript script);
 enum { kSlotASTextFromScriptText = 8 };
+
+/* A new text from len bytes of a script; the caller destroys it. The bytes are copied. */
 typedef ASText (HOSTCALL *ASTextFromSizedScriptTextSlotProc)(const char *str, ASTArraySize len, ASScript script);
 enum { kSlotASTextFromSizedScriptText = 9 };
 
@@ -73,8 +79,12 @@ enum { kSlotASTextSetEncoded = 15 };
 typedef void (HOSTCALL *ASTextSetSizedEncodedSlotProc)(ASText str, const char *text, ASTArraySize len, ASHostEncoding
     encoding);
 enum { kSlotASTextSetSizedEncoded = 16 };
+
+/* Replaces the content by bytes of a script, ended by a zero and copied. */
 typedef void (HOSTCALL *ASTextSetScriptTextSlotProc)(ASText str, const char *text, ASScript script);
 enum { kSlotASTextSetScriptText = 17 };
+
+/* Replaces the content by len bytes of a script, copied. */
 typedef void (HOSTCALL *ASTextSetSizedScriptTextSlotProc)(ASText str, const char *text, ASTArraySize len, ASScript
     script);
 enum { kSlotASTextSetSizedScriptText = 18 };
@@ -103,8 +113,12 @@ enum { kSlotASTextGetEncoded = 23 };
 /* As ASTextGetEncoded, as a copy that the caller frees with ASfree. */
 typedef char * (HOSTCALL *ASTextGetEncodedCopySlotProc)(ASConstText str, ASHostEncoding encoding);
 enum { kSlotASTextGetEncodedCopy = 24 };
+
+/* The text as bytes of a script, ended by a zero. Belongs to the text and dies with the next call on it. */
 typedef const char * (HOSTCALL *ASTextGetScriptTextSlotProc)(ASConstText str, ASScript script);
 enum { kSlotASTextGetScriptText = 25 };
+
+/* The text as bytes of a script, ended by a zero; the caller frees the copy with ASfree. */
 typedef char * (HOSTCALL *ASTextGetScriptTextCopySlotProc)(ASConstText str, ASScript script);
 enum { kSlotASTextGetScriptTextCopy = 26 };
 
@@ -115,6 +129,8 @@ enum { kSlotASTextGetPDTextCopy = 27 };
 /* Answers a host encoding that can hold the whole text, the preferred one where it serves. */
 typedef ASHostEncoding (HOSTCALL *ASTextGetBestEncodingSlotProc)(ASConstText str, ASHostEncoding preferredEncoding);
 enum { kSlotASTextGetBestEncoding = 28 };
+
+/* The script that can hold the whole text, the preferred one if it can. */
 typedef ASScript (HOSTCALL *ASTextGetBestScriptSlotProc)(ASConstText str, ASScript preferredScript);
 enum { kSlotASTextGetBestScript = 29 };
 
@@ -138,7 +154,8 @@ enum { kSlotASTextSetLanguage = 33 };
 typedef void (HOSTCALL *ASTextCatSlotProc)(ASText to, ASConstText from);
 enum { kSlotASTextCat = 34 };
 
-/* Appends texts up to a null one. The only entry with a variable argument list: avoid it. */
+/* Appends the texts behind the first one, up to a null. The only function with a variable number of arguments; avoid
+ * it. */
 typedef void (HOSTCALL *ASTextCatManySlotProc)(ASText to, ...);
 enum { kSlotASTextCatMany = 35 };
 
@@ -165,6 +182,8 @@ enum { kSlotASTextReplaceASCII = 40 };
 /* True when the text has no characters. The test to use. */
 typedef ASBool (HOSTCALL *ASTextIsEmptySlotProc)(ASConstText str);
 enum { kSlotASTextIsEmpty = 90 };
+
+/* Turns every kind of line end in the text into the one of the system. */
 typedef void (HOSTCALL *ASTextNormalizeEndOfLineSlotProc)(ASText text);
 enum { kSlotASTextNormalizeEndOfLine = 91 };
 
@@ -179,6 +198,8 @@ enum { kSlotASTextFromUns32 = 93 };
 /* Removes the content; the text stays the caller's. */
 typedef void (HOSTCALL *ASTextMakeEmptySlotProc)(ASText str);
 enum { kSlotASTextMakeEmpty = 94 };
+
+/* Replaces every character of the text that stands in the list, borrowed, by another one. */
 typedef void (HOSTCALL *ASTextReplaceBadCharsSlotProc)(ASText str, const char *pszBadCharList, char replaceChar);
 enum { kSlotASTextReplaceBadChars = 95 };
 typedef void (HOSTCALL *ASTextEvalSlotProc)(ASText theText, ASCab params);
@@ -191,8 +212,13 @@ enum { kSlotASIsValidUTF8 = 138 };
 /* Compares with the same outcome on every system; below 0, 0, above 0. */
 typedef ASInt32 (HOSTCALL *ASTextCaseSensitiveCmpSlotProc)(ASConstText str1, ASConstText str2);
 enum { kSlotASTextCaseSensitiveCmp = 139 };
+
+/* Changes the text in place as the filter says (letter case, line ends, widths and the like). Unknown filters leave
+ * it. */
 typedef void (HOSTCALL *ASTextFilterSlotProc)(ASText text, ASTextFilterType filter);
 enum { kSlotASTextFilter = 141 };
+
+/* Empties the text and overwrites what it held, for texts that were secret. */
 typedef void (HOSTCALL *ASTextMakeEmptyClearSlotProc)(ASText str);
 enum { kSlotASTextMakeEmptyClear = 147 };
 

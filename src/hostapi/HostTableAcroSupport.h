@@ -93,27 +93,50 @@ typedef HFT (HOSTCALL *HFTNewExSlotProc)(HFTServer hftServer, HFTData data);
 enum { kSlotHFTNewEx = 104 };
 
 /* ---- fixed-point numbers ---- */
+
+/* Product of two 16.16 numbers; an overflow gives the largest number with its sign. Does not raise. */
 typedef ASFixed (HOSTCALL *ASFixedMulSlotProc)(ASFixed a, ASFixed b);
 enum { kSlotASFixedMul = 12 };
+
+/* Quotient of two 16.16 numbers; an overflow and a division by 0 give the largest number with the sign. Does not
+ * raise. */
 typedef ASFixed (HOSTCALL *ASFixedDivSlotProc)(ASFixed a, ASFixed b);
 enum { kSlotASFixedDiv = 13 };
+
+/* Writes the number in decimal with at most the given digits behind the point, closing zeros left out; at most
+ * maxLength bytes with the zero. */
 typedef void (HOSTCALL *ASFixedToCStringSlotProc)(ASFixed f, char *s, ASSize_t maxLength, ASSmallCount precision);
 enum { kSlotASFixedToCString = 14 };
+
+/* Reads a number from a text, borrowed, as 16.16; what is no number gives 0. */
 typedef ASFixed (HOSTCALL *ASCStringToFixedSlotProc)(const char *s);
 enum { kSlotASCStringToFixed = 15 };
+
+/* Writes into result what two transformations do one after the other, the second one first; result may be one of the
+ * two. */
 typedef void (HOSTCALL *ASFixedMatrixConcatSlotProc)(ASFixedMatrixP result, const ASFixedMatrix *m1, const
     ASFixedMatrix *m2);
 enum { kSlotASFixedMatrixConcat = 16 };
+
+/* Writes into result the transformation that undoes m; raises genErrBadParm when there is none. */
 typedef void (HOSTCALL *ASFixedMatrixInvertSlotProc)(ASFixedMatrixP result, const ASFixedMatrixP m);
 enum { kSlotASFixedMatrixInvert = 17 };
+
+/* Writes into result where m takes the point p. */
 typedef void (HOSTCALL *ASFixedMatrixTransformSlotProc)(ASFixedPointP result, const ASFixedMatrixP m, const
     ASFixedPointP p);
 enum { kSlotASFixedMatrixTransform = 18 };
+
+/* Writes into result the smallest upright rectangle around what m makes of rectIn. */
 typedef void (HOSTCALL *ASFixedMatrixTransformRectSlotProc)(ASFixedRectP result, const ASFixedMatrixP m, const
     ASFixedRectP rectIn);
 enum { kSlotASFixedMatrixTransformRect = 19 };
+
+/* The number as floating point. Does not raise. */
 typedef float (HOSTCALL *ASFixedToFloatSlotProc)(ASFixed inASFixed);
 enum { kSlotASFixedToFloat = 110 };
+
+/* The number as 16.16, rounded; what does not fit gives the largest number with its sign. */
 typedef ASFixed (HOSTCALL *FloatToASFixedSlotProc)(double inFloat);
 enum { kSlotFloatToASFixed = 111 };
 
@@ -228,10 +251,14 @@ enum { kSlotASFileSysPathFromDIPathEx = 106 };
 /* Answers the file system for temporary files. The host owns it. */
 typedef ASFileSys (HOSTCALL *ASGetTempFileSysSlotProc)(void);
 enum { kSlotASGetTempFileSys = 107 };
+
+/* Chooses the file system for temporary files. Here: only the default one is accepted. */
 typedef void (HOSTCALL *ASSetTempFileSysSlotProc)(ASFileSys fileSys);
 enum { kSlotASSetTempFileSys = 108 };
 typedef ASFileSys (HOSTCALL *ASGetRamFileSysSlotProc)(void);
 enum { kSlotASGetRamFileSys = 109 };
+
+/* Puts the last component of the path, as people may read it, into the caller's text. Answers 0 or an error code. */
 typedef ASErrorCode (HOSTCALL *ASFileSysGetNameFromPathForDisplaySlotProc)(ASFileSys fileSys, ASPathName pathName,
     ASText nameForDisplay);
 enum { kSlotASFileSysGetNameFromPathForDisplay = 119 };
@@ -243,6 +270,8 @@ enum { kSlotASGetDefaultUnicodeFileSys = 120 };
 /* Answers the file system that understands this form of path. The host owns it. */
 typedef ASFileSys (HOSTCALL *ASGetDefaultFileSysForPathSlotProc)(ASAtom pathSpecType, const void *pathSpec);
 enum { kSlotASGetDefaultFileSysForPath = 123 };
+
+/* Whether files of this file system are on the machine itself. Here: always. */
 typedef ASBool (HOSTCALL *ASFileSysIsLocalSlotProc)(ASFileSys fileSys);
 enum { kSlotASFileSysIsLocal = 124 };
 
@@ -326,6 +355,8 @@ enum { kSlotASFileSysDestroyFolderIterator = 61 };
 /* True when the path names the open file. */
 typedef ASBool (HOSTCALL *ASFileIsSameSlotProc)(ASFile fN, ASPathName pathName, ASFileSys fileSys);
 enum { kSlotASFileIsSame = 63 };
+
+/* Writes out what waits for the disk that holds the path. Answers 0 or an error code; does not raise for the disk. */
 typedef ASErrorCode (HOSTCALL *ASFileSysFlushVolumeSlotProc)(ASFileSys fileSys, ASPathName pathName);
 enum { kSlotASFileSysFlushVolume = 67 };
 
@@ -336,6 +367,8 @@ enum { kSlotASFileSysCreateFolder = 72 };
 /* Deletes an empty folder. Answers 0 or an error code. */
 typedef ASErrorCode (HOSTCALL *ASFileSysRemoveFolderSlotProc)(ASFileSys fileSys, ASPathName path);
 enum { kSlotASFileSysRemoveFolder = 73 };
+
+/* The modes, ORed, with which the file is open. Raises genErrBadParm for a file that is not open. */
 typedef ASFileMode (HOSTCALL *ASFileGetOpenModeSlotProc)(ASFile fN);
 enum { kSlotASFileGetOpenMode = 74 };
 typedef ASCount (HOSTCALL *ASGetSecsSlotProc)(void);
@@ -349,6 +382,8 @@ enum { kSlotASFileHardFlush = 80 };
 typedef ASErrorCode (HOSTCALL *ASFileSysOpenFile64SlotProc)(ASFileSys fileSys, ASPathName pathName, ASFileMode mode,
     ASFile *fP);
 enum { kSlotASFileSysOpenFile64 = 112 };
+
+/* The largest position a file of this file system can have. */
 typedef ASFilePos64 (HOSTCALL *ASFileSysGetFilePosLimitSlotProc)(ASFileSys fileSys);
 enum { kSlotASFileSysGetFilePosLimit = 113 };
 
@@ -367,6 +402,8 @@ enum { kSlotASFileSetEOF64 = 116 };
 /* Answers the length of a file in bytes, of any size. */
 typedef ASFilePos64 (HOSTCALL *ASFileGetEOF64SlotProc)(ASFile aFile);
 enum { kSlotASFileGetEOF64 = 117 };
+
+/* Free bytes on the disk that holds the path; 0 when it cannot be told. */
 typedef ASDiskSpace64 (HOSTCALL *ASFileSysGetStorageFreeSpace64SlotProc)(ASFileSys fileSys, ASPathName pathName);
 enum { kSlotASFileSysGetStorageFreeSpace64 = 125 };
 
@@ -418,8 +455,12 @@ typedef ASTCount (HOSTCALL *ASStmFlushSlotProc)(ASStm stm);
 enum { kSlotASStmFlush = 100 };
 
 /* ---- unique names ---- */
+
+/* Fills in a new identifier that nobody else has. Answers false when none can be made. */
 typedef ASBool (HOSTCALL *ASUUIDGenUniqueSlotProc)(ASUUID *dst);
 enum { kSlotASUUIDGenUnique = 84 };
+
+/* Writes the identifier as text into dst, which needs room for 36 characters and the zero. */
 typedef void (HOSTCALL *ASUUIDToCStringSlotProc)(char *dst, const ASUUID *src);
 enum { kSlotASUUIDToCString = 88 };
 

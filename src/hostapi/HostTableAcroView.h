@@ -38,6 +38,8 @@ enum { kSlotAVDocAlertNote = 284 };
 /* As AVAlertConfirm, in front of a document's window. */
 typedef ASBool (HOSTCALL *AVDocAlertConfirmSlotProc)(AVDoc doc, const char *msg);
 enum { kSlotAVDocAlertConfirm = 285 };
+
+/* Asks a yes-or-no question about a document. Here: said on one line and answered by No, because nobody read it. */
 typedef ASInt32 (HOSTCALL *AVDocAlertYesNoSlotProc)(AVDoc doc, AVIconType iconType, const char *msg, ASBool cancel,
     ASBool beep);
 enum { kSlotAVDocAlertYesNo = 286 };
@@ -46,10 +48,16 @@ enum { kSlotAVDocAlertYesNo = 286 };
  * The record receives the state of the check box. */
 typedef ASInt32 (HOSTCALL *AVAlertWithParamsSlotProc)(AVAlertParams params);
 enum { kSlotAVAlertWithParams = 370 };
+
+/* Remembers an answer for the alert of this name. Here: without effect, nobody could have given it. */
 typedef void (HOSTCALL *AVAlertSetPrefSlotProc)(const char *name, ASInt32 nAnswer);
 enum { kSlotAVAlertSetPref = 371 };
+
+/* The answer remembered for the alert of this name, 0 for none. Here: nothing is remembered. */
 typedef ASInt32 (HOSTCALL *AVAlertGetPrefSlotProc)(const char *name);
 enum { kSlotAVAlertGetPref = 372 };
+
+/* Forgets all remembered answers. */
 typedef void (HOSTCALL *AVAlertResetPrefsSlotProc)(void);
 enum { kSlotAVAlertResetPrefs = 373 };
 
@@ -167,8 +175,12 @@ enum { kSlotAVWindowGetPlatformThing = 190 };
 /* Saves as the user's Save does, asking where needed; true when saved. */
 typedef ASBool (HOSTCALL *AVDocDoSaveSlotProc)(AVDoc doc);
 enum { kSlotAVDocDoSave = 210 };
+
+/* The name of the program that opened the view; answers its length, without a buffer only that. */
 typedef AVTArraySize (HOSTCALL *AVDocGetClientNameSlotProc)(AVDoc avDoc, char *buffer, AVTBufferSize bufSize);
 enum { kSlotAVDocGetClientName = 211 };
+
+/* Notes the name of the program that opened the view; copied. */
 typedef void (HOSTCALL *AVDocSetClientNameSlotProc)(AVDoc avDoc, char *clientName);
 enum { kSlotAVDocSetClientName = 212 };
 
@@ -224,6 +236,8 @@ typedef AVDoc (HOSTCALL *AVDocOpenFromPDDocSlotProc)(PDDoc doc, const ASText tem
 enum { kSlotAVDocOpenFromPDDoc = 486 };
 typedef ASBool (HOSTCALL *AVDocIsInProtectedViewSlotProc)(AVDoc avDoc);
 enum { kSlotAVDocIsInProtectedView = 582 };
+
+/* Puts the title of the view into the caller's text. Answers false when it has none. */
 typedef ASBool (HOSTCALL *AVDocGetDisplayTitleSlotProc)(AVDoc doc, ASText title);
 enum { kSlotAVDocGetDisplayTitle = 598 };
 
@@ -232,8 +246,12 @@ enum { kSlotAVDocGetDisplayTitle = 598 };
 /* Answers the menu bar. The host owns it. */
 typedef AVMenubar (HOSTCALL *AVAppGetMenubarSlotProc)(void);
 enum { kSlotAVAppGetMenubar = 16 };
+
+/* Shows the bar again. Here: only remembered. */
 typedef void (HOSTCALL *AVMenubarShowSlotProc)(AVMenubar menubar);
 enum { kSlotAVMenubarShow = 68 };
+
+/* Hides the bar. Here: only remembered. */
 typedef void (HOSTCALL *AVMenubarHideSlotProc)(AVMenubar menubar);
 enum { kSlotAVMenubarHide = 69 };
 
@@ -248,6 +266,9 @@ enum { kSlotAVMenubarAcquireMenuByName = 71 };
 /* Answers a menu by its place with a reference of the caller's own; null past the end. */
 typedef AVMenu (HOSTCALL *AVMenubarAcquireMenuByIndexSlotProc)(AVMenubar menubar, AVMenuIndex menuIndex);
 enum { kSlotAVMenubarAcquireMenuByIndex = 72 };
+
+/* The first menu for which the procedure answers true, acquired for the caller; null for none. A raise in the
+ * procedure passes through. */
 typedef AVMenu (HOSTCALL *AVMenubarAcquireMenuByPredicateSlotProc)(AVMenubar menubar, AVMenuPredicate predicate, void
     *clientData);
 enum { kSlotAVMenubarAcquireMenuByPredicate = 73 };
@@ -256,6 +277,8 @@ enum { kSlotAVMenubarAcquireMenuByPredicate = 73 };
  * none. "Quit" finds the one that closes the host. */
 typedef AVMenuItem (HOSTCALL *AVMenubarAcquireMenuItemByNameSlotProc)(AVMenubar menubar, const char *name);
 enum { kSlotAVMenubarAcquireMenuItemByName = 74 };
+
+/* The first item, submenus included, for which the procedure answers true, acquired for the caller; null for none. */
 typedef AVMenuItem (HOSTCALL *AVMenubarAcquireMenuItemByPredicateSlotProc)(AVMenubar menubar, AVMenuItemPredicate
     predicate, void *clientData);
 enum { kSlotAVMenubarAcquireMenuItemByPredicate = 75 };
@@ -304,8 +327,12 @@ enum { kSlotAVMenuAcquireMenuItemByIndex = 85 };
 /* Answers the place of an item in the menu. */
 typedef AVMenuIndex (HOSTCALL *AVMenuGetMenuItemIndexSlotProc)(AVMenu menu, AVMenuItem menuItem);
 enum { kSlotAVMenuGetMenuItemIndex = 86 };
+
+/* The bar that the menu is on; null while it is on none. Nothing to release. */
 typedef AVMenubar (HOSTCALL *AVMenuGetParentMenubarSlotProc)(AVMenu menu);
 enum { kSlotAVMenuGetParentMenubar = 87 };
+
+/* The item that carries this submenu, not counted for the caller; null for a menu of the bar. */
 typedef AVMenuItem (HOSTCALL *AVMenuGetParentMenuItemSlotProc)(AVMenu menu);
 enum { kSlotAVMenuGetParentMenuItem = 88 };
 
@@ -343,8 +370,12 @@ enum { kSlotAVMenuItemGetTitle = 95 };
 /* Gives the item a title in host encoding; it is copied. */
 typedef void (HOSTCALL *AVMenuItemSetTitleSlotProc)(AVMenuItem menuItem, const char *title);
 enum { kSlotAVMenuItemSetTitle = 96 };
+
+/* Fills in the key of the item and the modifiers that go with it. Answers false when it has none. */
 typedef ASBool (HOSTCALL *AVMenuItemGetShortcutSlotProc)(AVMenuItem menuItem, char *key, AVFlagBits16 *flags);
 enum { kSlotAVMenuItemGetShortcut = 97 };
+
+/* Whether the item appears in long menus only. */
 typedef ASBool (HOSTCALL *AVMenuItemGetLongOnlySlotProc)(AVMenuItem menuItem);
 enum { kSlotAVMenuItemGetLongOnly = 98 };
 
@@ -378,10 +409,16 @@ enum { kSlotAVMenuItemIsMarked = 104 };
 /* Does what choosing the item does. Nothing happens when it is disabled or has a submenu. */
 typedef void (HOSTCALL *AVMenuItemExecuteSlotProc)(AVMenuItem menuItem);
 enum { kSlotAVMenuItemExecute = 105 };
+
+/* The menu that the item is in, not counted for the caller; null while it is in none. */
 typedef AVMenu (HOSTCALL *AVMenuItemGetParentMenuSlotProc)(AVMenuItem menuItem);
 enum { kSlotAVMenuItemGetParentMenu = 106 };
+
+/* Puts a menu on the bar without showing it, so that its items can be found and executed. */
 typedef void (HOSTCALL *AVMenubarAddHiddenMenuSlotProc)(AVMenubar menubar, AVMenu menu);
 enum { kSlotAVMenubarAddHiddenMenu = 287 };
+
+/* Whether the menu is on the bar without being shown. */
 typedef ASBool (HOSTCALL *AVMenuIsHiddenOnMenubarSlotProc)(AVMenu menu);
 enum { kSlotAVMenuIsHiddenOnMenubar = 288 };
 
@@ -405,9 +442,14 @@ enum { kSlotAVMenuItemGetTitleAsASText = 481 };
 /* As AVMenuItemSetTitle, from a text object that the caller keeps. */
 typedef void (HOSTCALL *AVMenuItemSetTitleWithASTextSlotProc)(AVMenuItem menuItem, ASConstText title);
 enum { kSlotAVMenuItemSetTitleWithASText = 482 };
+
+/* Sets the test that tells whether the item is shown. The procedure is wrapped; data is borrowed as long as the item
+ * lives. */
 typedef void (HOSTCALL *AVMenuItemSetComputeVisibleProcSlotProc)(AVMenuItem menuItem, AVComputeVisibleProc proc, void
     *data);
 enum { kSlotAVMenuItemSetComputeVisibleProc = 530 };
+
+/* Asks the item's visible test; without one it is visible. */
 typedef ASBool (HOSTCALL *AVMenuItemIsVisibleSlotProc)(AVMenuItem menuItem);
 enum { kSlotAVMenuItemIsVisible = 531 };
 
@@ -418,12 +460,20 @@ typedef void (HOSTCALL *AVAppSetPreferenceSlotProc)(AVPrefsType preference, void
 enum { kSlotAVAppSetPreference = 32 };
 typedef ASText (HOSTCALL *AVIdentityGetTextSlotProc)(AVIdentity it, ASText ast);
 enum { kSlotAVIdentityGetText = 343 };
+
+/* A setting of the host; the default given when there is none. Here: always the default. */
 typedef ASBool (HOSTCALL *AVAppGetPrefBoolSlotProc)(const char *section, const char *key, ASBool defValue);
 enum { kSlotAVAppGetPrefBool = 362 };
+
+/* A setting of the host; the default given when there is none. Here: always the default. */
 typedef ASInt32 (HOSTCALL *AVAppGetPrefIntSlotProc)(const char *section, const char *key, ASInt32 defVal);
 enum { kSlotAVAppGetPrefInt = 363 };
+
+/* A setting of the host as text, freed by the caller with ASfree; null when there is none. Here: always null. */
 typedef char * (HOSTCALL *AVAppGetPrefStringSlotProc)(const char *section, const char *key);
 enum { kSlotAVAppGetPrefString = 366 };
+
+/* A group of settings of the host as a cab that the caller destroys; null when there is none. Here: always null. */
 typedef ASCab (HOSTCALL *AVAppGetPrefCabSlotProc)(const char *section, const char *key);
 enum { kSlotAVAppGetPrefCab = 368 };
 
@@ -456,6 +506,9 @@ enum { kSlotAVAppUnregisterIdleProc = 40 };
 typedef void (HOSTCALL *AVAppRegisterIdleProcWithNameSlotProc)(AVIdleProc idleProc, void *clientData, ASUns32 period,
     const char *pPgmFileName, const char *pProcName);
 enum { kSlotAVAppRegisterIdleProcWithName = 583 };
+
+/* Registers an idle procedure under names of its program and procedure, with a delay before the first call. The names
+ * are for diagnosis only. */
 typedef void (HOSTCALL *AVAppRegisterIdleProcExWithNameSlotProc)(AVIdleProc idleProc, void *clientData, ASBool
     lowPriority, ASUns32 initialDelay, ASBool repeating, ASUns32 period, ASUns32 maxPeriod, const char *pPgmFileName,
     const char *pProcName);
@@ -489,6 +542,8 @@ enum { kSlotAVSysSetCursor = 160 };
 /* Answers the cursor on show. The host owns it. */
 typedef AVCursor (HOSTCALL *AVSysGetCursorSlotProc)(void);
 enum { kSlotAVSysGetCursor = 161 };
+
+/* Switches the wait cursor on, for so many ticks at most, or off. Here: only remembered. */
 typedef void (HOSTCALL *AVSysSetWaitCursorSlotProc)(ASBool turnOn, ASUns32 timeLimit);
 enum { kSlotAVSysSetWaitCursor = 386 };
 
@@ -560,6 +615,8 @@ typedef AVConversionStatus (HOSTCALL *AVConversionAppendToPDFWithHandlerSlotProc
     ASCab inSettings, AVConversionFlags flags, ASPathName inPath, ASFileSys inFileSys, PDDoc outPDDoc,
     AVStatusMonitorProcs statusMonitor);
 enum { kSlotAVConversionAppendToPDFWithHandler = 579 };
+
+/* Hands settings to a converter to keep as its own; the cab stays the caller's. Answers false when it keeps none. */
 typedef ASBool (HOSTCALL *AVConversionToPDFSetSettingsSlotProc)(AVConversionToPDFHandler inHandler, ASCab inSettings);
 enum { kSlotAVConversionToPDFSetSettings = 581 };
 
@@ -737,6 +794,8 @@ enum { kSlotAVAppSaveDialog = 490 };
 typedef ASBool (HOSTCALL *AVAppChooseFolderDialogSlotProc)(AVOpenSaveDialogParams dialogParams, ASFileSys *outFileSys,
     ASPathName *outASPathName);
 enum { kSlotAVAppChooseFolderDialog = 491 };
+
+/* Asks for a file to save to. Here: answers false, as if it had been dismissed, and leaves the outputs alone. */
 typedef ASBool (HOSTCALL *AVAppSaveDialogExSlotProc)(AVOpenSaveDialogParams dialogParams, AVOpenSaveDialogOutParams
     outDialogParams);
 enum { kSlotAVAppSaveDialogEx = 586 };

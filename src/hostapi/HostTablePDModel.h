@@ -682,12 +682,20 @@ typedef void (HOSTCALL *PDXlateToPDFDocEncSlotProc)(char *in, char *out, ASInt32
 enum { kSlotPDXlateToPDFDocEnc = 116 };
 typedef void (HOSTCALL *PDXlateToHostSlotProc)(char *in, char *out, ASInt32 numBytes);
 enum { kSlotPDXlateToHost = 117 };
+
+/* Turns a string of a document into host encoding, into the caller's buffer. Answers the length, without a buffer
+ * only that. */
 typedef ASInt32 (HOSTCALL *PDXlateToHostExSlotProc)(const char *inPdfStr, ASInt32 inPdfStrSize, char *outHostStr,
     ASInt32 outHostStrSize);
 enum { kSlotPDXlateToHostEx = 303 };
+
+/* Turns host-encoded bytes into the form of strings in documents, into the caller's buffer; in Unicode when asked
+ * for. Answers the length. */
 typedef ASInt32 (HOSTCALL *PDXlateToPDFDocEncExSlotProc)(ASBool bUseUnicode, const char *inHostStr, ASInt32
     inHostStrSize, char *outPDFStr, ASInt32 outPDFStrSize);
 enum { kSlotPDXlateToPDFDocEncEx = 304 };
+
+/* Bytes that the character at the pointer takes in host encoding. */
 typedef ASInt32 (HOSTCALL *PDHostMBLenSlotProc)(const char *cp);
 enum { kSlotPDHostMBLen = 305 };
 
@@ -696,6 +704,8 @@ typedef ASHostEncoding (HOSTCALL *PDGetHostEncodingSlotProc)(void);
 enum { kSlotPDGetHostEncoding = 306 };
 typedef void (HOSTCALL *PDSetHostEncodingSlotProc)(ASHostEncoding encoding, char *parseTable);
 enum { kSlotPDSetHostEncoding = 504 };
+
+/* Puts host-encoded bytes into the caller's text. */
 typedef void (HOSTCALL *PDXlateToASTextSlotProc)(const char *inHostString, ASInt32 inHostStringSize, ASText
     outPDFString);
 enum { kSlotPDXlateToASText = 551 };

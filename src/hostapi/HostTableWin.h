@@ -28,6 +28,8 @@ typedef BOOL (HOSTCALL *WinAppRegisterInterfaceSlotProc)(COMServer);
 enum { kSlotWinAppRegisterInterface = 7 };
 typedef void (HOSTCALL *WinAppLockViewerSlotProc)(BOOL);
 enum { kSlotWinAppLockViewer = 8 };
+
+/* The window to use as parent of a dialog that does not block. Here: null, there is none. */
 typedef HWND (HOSTCALL *WinAppGetModelessParentSlotProc)(void);
 enum { kSlotWinAppGetModelessParent = 9 };
 typedef void (HOSTCALL *WinAppUnregisterInterfaceSlotProc)(COMServer);

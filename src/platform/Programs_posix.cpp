@@ -56,8 +56,12 @@ int Become(const char* path, const char* argument)
 {
     setsid();
     ResetSignals();
-    const int input = open("/dev/null", O_RDONLY);
-    if (input < 0 || dup2(input, STDIN_FILENO) < 0) return errno;
+    // Not our own streams: whoever reads what we write would wait for the program's end as well.
+    const int nowhere = open("/dev/null", O_RDWR);
+    if (nowhere < 0) return errno;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (dup2(nowhere, stream) < 0) return errno;
+    }
     // Documents that the libraries hold open do not concern the program.
     close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
     const char* direct[] = {path, argument, nullptr};

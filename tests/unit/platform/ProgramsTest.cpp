@@ -48,15 +48,16 @@ private:
     int m_reader = -1;
 };
 
-// What a program finds when it starts: its arguments, standard input, and the signals that are blocked or ignored.
+// What a program finds when it starts: its arguments, standard streams, and the signals that are blocked or ignored.
 // The status comes first, and without a child: a shell that forks changes what it blocks.
 constexpr char kTellAll[] =
-    "exec > \"${0%/*}/pipe\"\n"
+    "exec 3> \"${0%/*}/pipe\"\n"
     "while read -r name value; do\n"
-    "  case $name in SigBlk:|SigIgn:) echo \"$value\";; esac\n"
+    "  case $name in SigBlk:|SigIgn:) echo \"$value\" >&3;; esac\n"
     "done < /proc/$$/status\n"
-    "echo \"$# $1\"\n"
-    "readlink /proc/$$/fd/0\n";
+    "echo \"$# $1\" >&3\n"
+    "streams=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)\n"
+    "echo \"$streams\" >&3\n";
 
 }  // namespace
 
@@ -80,7 +81,9 @@ TEST(Programs, StartWithTheDocumentAsOneArgumentAndAFreshState)
         EXPECT_TRUE(platform::OpenWithShell(program, "a \"b\" $HOME;'c.pdf"));
         signal(SIGPIPE, handler);
         sigprocmask(SIG_SETMASK, &before, nullptr);
-        EXPECT_EQ(pipe.ReadToEnd(), "0000000000000000\n0000000000000000\n1 a \"b\" $HOME;'c.pdf\n/dev/null\n");
+        EXPECT_EQ(pipe.ReadToEnd(),
+                  "0000000000000000\n0000000000000000\n1 a \"b\" $HOME;'c.pdf\n"
+                  "/dev/null\n/dev/null\n/dev/null\n");
         EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left to collect";
         EXPECT_EQ(errno, ECHILD);
     }

@@ -1,16 +1,24 @@
 #include "commands/BatchCommandProcessExternal.h"
 
+#include "common/FileNames.h"
 #include "common/Log.h"
 #include "common/Text.h"
 #include "hostcalls/HostFrame.h"
 #include "pdflib/AcrobatDoc.h"
 #include "platform/Files.h"
+#include "platform/Paths.h"
 #include "platform/Programs.h"
 
 namespace {
 
 constexpr char kFile[] = "File";
 constexpr char kCommandLine[] = "CommandLine";  // kept with the parameters, used by nothing
+
+/// The file itself and not a program of that name somewhere in the search path.
+std::string ThisVeryFile(const std::string& path)
+{
+    return FolderOf(path).empty() ? std::string(".") + platform::kSeparator + path : path;
+}
 
 }  // namespace
 
@@ -41,7 +49,7 @@ bool CBatchCommandProcessExternal::ProcessDocument(PDDoc document, CCabView para
         const std::string program = parameters.StringOrText(kFile).value_or("");
         const std::string documentPath = CAcrobatDoc(document).CurrentFile();
         if (!platform::FileExists(program)) return;
-        const bool started = platform::OpenWithShell('"' + program + '"', documentPath);
+        const bool started = platform::OpenWithShell('"' + ThisVeryFile(program) + '"', documentPath);
         m_log.NameValue(started ? "External application started" : "Could not start external application", program,
                         3);
     });

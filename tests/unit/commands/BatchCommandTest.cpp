@@ -247,6 +247,20 @@ TEST(BatchCommand, TheApplicationGetsTheDocumentAsOneArgument)
               std::string::npos);
 }
 
+TEST(BatchCommand, AFileWithoutAFolderIsNotLookedUpInTheSearchPath)
+{
+    const CPlugInHost host;
+    const CHostDocument document = CHostDocument::Open(host.Folder().Write("a.pdf", kPdf));
+    host.Folder().Write("true", "no program, but named like one");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(host.Folder().Path());
+    CHostCommand command = Command(kExternal);
+    command.SetParams(Parameters("File", "true").View());
+    EXPECT_EQ(WorkOn(command, document), kAVCommandDone);
+    std::filesystem::current_path(before);
+    EXPECT_NE(host.LogText().find("Could not start external application : true"), std::string::npos);
+}
+
 TEST(BatchCommand, StepsWithoutTheirFileAreSkippedSilently)
 {
     const CPlugInHost host;

@@ -53,7 +53,8 @@ void CFerruleApp::Initialize()
 void CFerruleApp::Unload()
 {
     m_commands.ReleaseAll();
-    SaveAppSettings(m_paths.settingsFile, m_settings, m_log);
+    // A start that failed before the settings were read must not overwrite them with defaults.
+    if (m_settings) SaveAppSettings(m_paths.settingsFile, *m_settings, m_log);
     m_log.Close(m_paths.modulePath);
 }
 

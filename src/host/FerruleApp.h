@@ -8,6 +8,7 @@
 #include "host/PluginLog.h"
 #include "host/UnattendedRun.h"
 
+#include <optional>
 #include <string>
 
 /// Owns everything that lives as long as the plug-in is loaded. One object, made once the host's tables are there.
@@ -36,7 +37,7 @@ private:
 
     AppPaths m_paths;
     CPluginLog m_log;
-    AppSettings m_settings;
+    std::optional<AppSettings> m_settings;  // none until they have been read
     CHostClosing m_hostClosing;
     CCommandRegistry m_commands;
     CUnattendedRun m_unattendedRun;

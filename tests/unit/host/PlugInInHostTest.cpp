@@ -1,9 +1,14 @@
 // The plug-in as the host sees it, from loading to unloading.
+#include "common/FileNames.h"
 #include "common/Log.h"
 #include "common/SettingsFile.h"
 #include "host/HostClosing.h"
+#include "hostapi/HostInterface.h"
 #include "openhost/app/AppState.h"
 #include "openhost/app/Menus.h"
+#include "openhost/core/Tables.h"
+#include "platform/Environment.h"
+#include "platform/Files.h"
 #include "support/PlugInHost.h"
 
 #include <gtest/gtest.h>
@@ -138,4 +143,26 @@ TEST(PlugInInHost, LogAndSettingsAreWrittenFromStartToEnd)
     ASSERT_TRUE(settings.Ok()) << settings.problem;
     EXPECT_TRUE(settings.record.Known("AllowLogging"));
     EXPECT_TRUE(settings.record.Known("PasswordProtectFiles"));
+}
+
+TEST(PlugInInHost, AStartThatFailsEarlyLeavesTheStoredSettings)
+{
+    CSettingsRecord stored;
+    stored.PutBool("AllowLogging", false);
+    std::string path;
+    openhost::OpenHostOptions options;
+    options.afterOffering = [&](openhost::CTables& tables) {
+        path = platform::ApplicationDataFolder() + "/Quillon/Ferrule/Ferrule.cfs";
+        ASSERT_TRUE(platform::CreateFolders(FolderOf(path)));
+        ASSERT_TRUE(WriteSettingsFile(path, stored));
+        tables.PutTyped<AVAppGetMenubarSlotProc>(openhost::Table::AcroView, kSlotAVAppGetMenubar, []() -> AVMenubar {
+            HFT core = openhost::Part<openhost::CTables>().Get(openhost::Table::Core);
+            reinterpret_cast<ASRaiseSlotProc>(core[kSlotASRaise])(genErrGeneral);
+            return nullptr;
+        });
+    };
+    CPlugInHost host(std::move(options));
+    host.ShutDown();
+    ASSERT_FALSE(host.Remarks().empty()) << "the plug-in was to fail";
+    EXPECT_TRUE(ReadSettingsFile(path).record == stored);
 }

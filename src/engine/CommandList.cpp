@@ -4,6 +4,7 @@
 #include "engine/HandlerAlternatives.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Atoms.h"
+#include "hostcalls/HostFrame.h"
 
 #include <utility>
 
@@ -28,31 +29,49 @@ std::optional<std::string> AvailableHandler(const std::string& name, CLogWriter&
     return std::nullopt;
 }
 
+/// The lines of a command's description. One that cannot be had is nothing that keeps a command from its work.
+std::vector<std::string> Description(const CHostCommand& command)
+{
+    std::vector<std::string> lines;
+    const auto error = CatchHostError([&] {
+        const CCab props = command.Props({kAVCommandKeyParamsDesc});
+        const CCabView description = props.Cab(kAVCommandKeyParamsDesc);
+        for (const std::string& key : description.Keys())
+            lines.push_back(description.StringOrText(key.c_str()).value_or(""));
+    });
+    return error ? std::vector<std::string>() : lines;
+}
+
 void LogDescription(const CHostCommand& command, CLogWriter& log)
 {
-    const CCab props = command.Props({kAVCommandKeyParamsDesc});
-    const CCabView description = props.Cab(kAVCommandKeyParamsDesc);
-    const auto keys = description.Keys();
-    if (keys.empty()) {
-        log.Line("Command does not support parameter descriptions");
-        return;
-    }
-    log.Line("Command's parameters description:");
-    for (const std::string& key : keys) log.Line("\t" + description.StringOrText(key.c_str()).value_or(""));
+    const auto lines = Description(command);
+    log.Line(lines.empty() ? "Command does not support parameter descriptions" : "Command's parameters description:");
+    for (const std::string& line : lines) log.Line("\t" + line);
+}
+
+/// Hands the command one of its cabs. Answers why it does not take it; empty when it does.
+template <class Setter>
+std::string Refusal(Setter set)
+{
+    AVCommandStatus status = kAVCommandReady;
+    if (const auto error = CatchHostError([&] { status = set(); })) return error->text;
+    return status == kAVCommandInError ? "it answers with an error" : "";
 }
 
 /// Answers why the command cannot be used; empty when it can.
 std::string SetUp(CHostCommand& command, CCabView entry, CLogWriter& log)
 {
-    if (const CCabView config = entry.Cab("Config"); config && command.SetConfig(config) == kAVCommandInError) {
-        log.Line("ERROR: Setting command configuration failed");
-        return "its configuration was refused";
+    if (const CCabView config = entry.Cab("Config")) {
+        if (const std::string reason = Refusal([&] { return command.SetConfig(config); }); !reason.empty()) {
+            log.NameValue("ERROR: Setting command configuration failed", reason, 1);
+            return "its configuration was refused (" + reason + ")";
+        }
     }
     if (const CCabView params = entry.Cab("Params")) {
         log.NameNumber("Params cab entries", params.Size(), 1);
-        if (command.SetParams(params) == kAVCommandInError) {
-            log.Line("ERROR: Setting parameters failed");
-            return "its parameters were refused";
+        if (const std::string reason = Refusal([&] { return command.SetParams(params); }); !reason.empty()) {
+            log.NameValue("ERROR: Setting parameters failed", reason, 1);
+            return "its parameters were refused (" + reason + ")";
         }
     }
     const int policy = entry.Int("UIPolicy", kAVCommandUISilent);
@@ -72,10 +91,11 @@ Expected<SequenceCommand> MakeCommand(CCabView entry, CLogWriter& log)
     const auto handler = AvailableHandler(*name, log);
     if (!handler) return made;
     made.handlerName = *handler;
-    made.command = CHostCommand::Create(*handler);
+    const auto error = CatchHostError([&] { made.command = CHostCommand::Create(*handler); });
     if (!made.command) {
-        log.NameValue("Error creating a batch command", *handler, 1);
-        return Failure("The command " + *handler + " cannot be created.");
+        const std::string which = *handler + (error ? " (" + error->text + ")" : "");
+        log.NameValue("Error creating a batch command", which, 1);
+        return Failure("The command " + which + " cannot be created.");
     }
     const std::string problem = SetUp(*made.command, entry, log);
     if (!problem.empty()) return Failure("The command " + *handler + " cannot be used: " + problem + ".");

@@ -1,5 +1,6 @@
 #include "hostcalls/Commands.h"
 
+#include "hostapi/HostErrors.h"
 #include "hostcalls/Atoms.h"
 #include "hostcalls/CommandErrors.h"
 #include "hostcalls/HostSlot.h"
@@ -112,39 +113,51 @@ CCab CHostCommand::Params() const
     return params;
 }
 
-AVCommandHandler CHostCommand::Handler() const
+/// Calls one callback of the command's handler; nothing when the handler has none. Its record may end before the
+/// callback: older handlers have shorter ones. What the callback throws ends here like a raise, because the handler
+/// may be anybody's.
+template <class Callback, class... Arguments>
+std::optional<AVCommandStatus> CHostCommand::CallHandler(Callback AVCommandHandlerRec::*member,
+                                                         Arguments... arguments)
 {
     const ASAtom name = HostCall(HOST_SLOT(AcroView, AVCommandGetName), m_command);
     AVCommandHandler handler = HostCall(HOST_SLOT(AcroView, AVAppFindCommandHandlerByName), name);
-    return handler && handler->size >= sizeof(AVCommandHandlerRec) ? handler : nullptr;
+    if (!handler) return std::nullopt;
+    const auto* const field = reinterpret_cast<const char*>(&(handler->*member));
+    if (field + sizeof(Callback) > reinterpret_cast<const char*>(handler) + handler->size) return std::nullopt;
+    Callback callback = handler->*member;
+    if (!callback) return std::nullopt;
+    return Remembering([&] {
+        try {
+            return HostCall(callback, m_command, arguments...);
+        } catch (const CHostException&) {
+            throw;
+        } catch (const std::exception& exception) {
+            throw CHostException({genErrGeneral, exception.what()});
+        } catch (...) {
+            throw CHostException({genErrGeneral, HostErrorText(genErrGeneral)});
+        }
+    });
 }
 
 std::optional<AVCommandStatus> CHostCommand::PreflightSequence()
 {
-    AVCommandHandler handler = Handler();
-    if (!handler || !handler->PreflightSequence) return std::nullopt;
-    return Remembering([&] { return HostCall(handler->PreflightSequence, m_command); });
+    return CallHandler(&AVCommandHandlerRec::PreflightSequence);
 }
 
 std::optional<AVCommandStatus> CHostCommand::PreflightFile(PDDoc document)
 {
-    AVCommandHandler handler = Handler();
-    if (!handler || !handler->PreflightFile) return std::nullopt;
-    return Remembering([&] { return HostCall(handler->PreflightFile, m_command, document); });
+    return CallHandler(&AVCommandHandlerRec::PreflightFile, document);
 }
 
 std::optional<AVCommandStatus> CHostCommand::PostflightFile(PDDoc document)
 {
-    AVCommandHandler handler = Handler();
-    if (!handler || !handler->PostflightFile) return std::nullopt;
-    return Remembering([&] { return HostCall(handler->PostflightFile, m_command, document); });
+    return CallHandler(&AVCommandHandlerRec::PostflightFile, document);
 }
 
 std::optional<AVCommandStatus> CHostCommand::PostflightSequence()
 {
-    AVCommandHandler handler = Handler();
-    if (!handler || !handler->PostflightSequence) return std::nullopt;
-    return Remembering([&] { return HostCall(handler->PostflightSequence, m_command); });
+    return CallHandler(&AVCommandHandlerRec::PostflightSequence);
 }
 
 std::string CHostCommand::LastError() const { return CommandError(m_command); }

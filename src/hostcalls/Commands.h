@@ -60,7 +60,8 @@ private:
     /// Runs a host call; a raise is remembered as the command's last error and goes on.
     template <class Call>
     auto Remembering(Call call);
-    AVCommandHandler Handler() const;
+    template <class Callback, class... Arguments>
+    std::optional<AVCommandStatus> CallHandler(Callback AVCommandHandlerRec::*member, Arguments... arguments);
 
     AVCommand m_command = nullptr;
 };

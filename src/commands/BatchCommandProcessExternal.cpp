@@ -49,7 +49,9 @@ bool CBatchCommandProcessExternal::ProcessDocument(PDDoc document, CCabView para
         const std::string program = parameters.StringOrText(kFile).value_or("");
         const std::string documentPath = CAcrobatDoc(document).CurrentFile();
         if (!platform::FileExists(program)) return;
-        const bool started = platform::OpenWithShell('"' + ThisVeryFile(program) + '"', documentPath);
+        // A document that is not in a file yet, as after a conversion, has nothing to hand over.
+        const bool started =
+            !documentPath.empty() && platform::OpenWithShell('"' + ThisVeryFile(program) + '"', documentPath);
         m_log.NameValue(started ? "External application started" : "Could not start external application", program,
                         3);
     });

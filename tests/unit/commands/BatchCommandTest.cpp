@@ -2,6 +2,7 @@
 #include "common/Text.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
+#include "hostcalls/Conversions.h"
 #include "hostcalls/Documents.h"
 #include "hostcalls/HandlerRegistration.h"
 #include "hostcalls/HostFrame.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <fstream>
 
 namespace {
@@ -259,6 +261,22 @@ TEST(BatchCommand, AFileWithoutAFolderIsNotLookedUpInTheSearchPath)
     EXPECT_EQ(WorkOn(command, document), kAVCommandDone);
     std::filesystem::current_path(before);
     EXPECT_NE(host.LogText().find("Could not start external application : true"), std::string::npos);
+}
+
+TEST(BatchCommand, NoApplicationIsStartedForADocumentWithoutAFile)
+{
+    const CPlugInHost host;
+    const std::vector<ToPdfConverter> converters = EnumerateToPdf();
+    const auto jpeg = std::find_if(converters.begin(), converters.end(), [](const ToPdfConverter& converter) {
+        return std::count(converter.extensions.begin(), converter.extensions.end(), "jpg") > 0;
+    });
+    ASSERT_NE(jpeg, converters.end());
+    const ConversionResult converted = ConvertToPdf(jpeg->handler, FERRULE_SAMPLE_JPEG);
+    ASSERT_EQ(FilePath(converted.document.Get()).value_or(""), "");
+    CHostCommand command = Command(kExternal);
+    command.SetParams(Parameters("File", "/bin/true").View());
+    EXPECT_EQ(WorkOn(command, converted.document), kAVCommandDone);
+    EXPECT_NE(host.LogText().find("\t\t\tCould not start external application : /bin/true\r\n"), std::string::npos);
 }
 
 TEST(BatchCommand, StepsWithoutTheirFileAreSkippedSilently)

@@ -25,7 +25,13 @@ void ShowDialogIfWanted(CHostCommand& command, bool interactive, CLogWriter& log
 AVCommandStatus WorkToTheEnd(CHostCommand& command, CProgressMonitorWrapper& progress)
 {
     AVCommandStatus status = command.Work();
-    while (status == kAVCommandWorking) status = progress.IsCancelled() ? command.Cancel() : command.Work();
+    while (status == kAVCommandWorking) {
+        if (progress.IsCancelled()) {
+            status = command.Cancel();
+            return status == kAVCommandWorking ? AVCommandStatus{kAVCommandCanceled} : status;
+        }
+        status = command.Work();
+    }
     return status;
 }
 

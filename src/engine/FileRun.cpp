@@ -119,10 +119,12 @@ bool CFileRun::RunCommands()
     int number = 0;
     for (SequenceCommand& command : m_run.commands) {
         if (!RunCommand(command, ++number)) return false;
-        if (!m_run.progress.IsCancelled()) continue;
-        m_log.Line("Command execution is aborted");
-        Stop("The run was canceled.");
-        return false;
+        if (m_run.progress.IsCancelled()) {
+            m_log.Line("Command execution is aborted");
+            Stop("The run was canceled.");
+            return false;
+        }
+        SaveTemporaryFile(m_document, m_result.path, m_log);
     }
     if (m_lastCommandInError) m_log.Line("ERROR: Command execution failed without an exception.");
     return true;
@@ -163,7 +165,6 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
         return false;
     }
     Evaluate(command, outcome.status);
-    SaveTemporaryFile(m_document, m_result.path, m_log);
     return true;
 }
 

@@ -4,8 +4,10 @@
 #include "engine/WorkflowToCab.h"
 #include "engine/WorkflowXml.h"
 #include "hostcalls/CabFile.h"
+#include "hostcalls/HostFrame.h"
 #include "platform/Files.h"
 
+#include <optional>
 #include <utility>
 
 namespace {
@@ -28,9 +30,13 @@ Expected<CSequence> LoadEitherForm(const std::string& path, CLogWriter& log)
         log.NameValue("Error loading XML format", workflow.Error(), 0);
         return Failure("The sequence file " + path + " cannot be read: " + workflow.Error());
     }
-    CSequence sequence(CabFromWorkflow(*workflow));
+    std::optional<CSequence> sequence;
+    if (const auto error = CatchHostError([&] { sequence.emplace(CabFromWorkflow(*workflow)); })) {
+        log.NameValue("Sequence file cannot be converted", error->text, 0);
+        return Failure("The sequence file " + path + " cannot be converted: " + error->text);
+    }
     log.NameValue("Sequence file is loaded from XML format", "", 1);
-    return sequence;
+    return std::move(*sequence);
 }
 
 }  // namespace

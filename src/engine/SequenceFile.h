@@ -9,5 +9,4 @@
 class CLogWriter;
 
 /// Loads a sequence; `path` without quotes. A failure is logged, and comes back as a sentence that names the file.
-/// May throw CHostException while a workflow is converted.
 [[nodiscard]] Expected<CSequence> LoadSequenceFile(const std::string& path, CLogWriter& log);

@@ -3,6 +3,7 @@
 #include "engine/InputKinds.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Atoms.h"
+#include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
 
 namespace {
@@ -30,7 +31,11 @@ struct ValueWriter {
 CCab CabFromItems(const WorkflowItems& items)
 {
     CCab cab;
-    for (const auto& [name, value] : items.entries) std::visit(ValueWriter{cab.Edit(), name.c_str()}, value);
+    for (const auto& [name, value] : items.entries) {
+        const auto error = CatchHostError([&] { std::visit(ValueWriter{cab.Edit(), name.c_str()}, value); });
+        // A step without one of its parameters would do something else than the sequence says.
+        if (error) throw CHostException({error->code, "item \"" + name + "\": " + error->text});
+    }
     return cab;
 }
 

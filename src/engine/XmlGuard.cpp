@@ -55,6 +55,18 @@ bool StartsName(char c)
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || byte >= 0x80;
 }
 
+/// Whether the parser reads an instruction as an XML declaration with values in quotes, in which it does not see the
+/// end of the instruction. It takes every instruction whose name begins with "xml" for a declaration.
+bool LooksLikeDeclaration(std::string_view instruction)
+{
+    if (!EqualsIgnoreCaseAscii(instruction.substr(0, 5), "<?xml")) return false;
+    if (instruction.size() < 6 || instruction[5] != '-') return true;
+    const std::string lower = ToLowerAscii(instruction);
+    for (const char* word : {"version", "encoding", "standalone"})
+        if (lower.find(word) != kNone) return true;
+    return false;
+}
+
 /// Walks over the tags of a text and stops at the first thing that the parser should not see. Where the parser reads
 /// a construct in a way of its own (it ends instructions at the first ">"), the scan reads it alike or refuses it:
 /// nothing may look like a comment here and like elements there.
@@ -110,10 +122,12 @@ private:
 
     void Instruction()
     {
-        if (EqualsIgnoreCaseAscii(m_text.substr(m_at, 5), "<?xml"))
-            return Fail("There is an XML declaration inside of the document.");
+        const std::size_t start = m_at;
         Skip("<?", ">");
-        if (m_problem.empty() && m_text[m_at - 2] != '?') Fail("An instruction is not closed.");
+        if (!m_problem.empty()) return;
+        const std::string_view instruction = m_text.substr(start, m_at - start);
+        if (LooksLikeDeclaration(instruction)) return Fail("There is an XML declaration inside of the document.");
+        if (!instruction.ends_with("?>")) Fail("An instruction is not closed.");
     }
 
     void EndTag()
@@ -198,7 +212,8 @@ Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& l
 {
     if (bytes.size() > limits.bytes) return Failure("The file is too large for a sequence.");
     if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
-    if (bytes.find_first_not_of(kBlanks) == kNone) return Failure("The file is empty.");
+    bytes.remove_prefix(std::min(bytes.find_first_not_of(kBlanks), bytes.size()));
+    if (bytes.empty()) return Failure("The file is empty.");
     if (bytes.find('\0') != kNone || !IsValidUtf8(bytes)) return Failure("The file is not UTF-8 text.");
     if (bytes.starts_with("<?xml")) {
         const std::size_t end = bytes.find("?>");

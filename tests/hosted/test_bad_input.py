@@ -34,6 +34,7 @@ class BadSequences(unittest.TestCase):
             "entities.sequ": b'<?xml version="1.0"?>' + bombs.encode() + workflow(STEP)[38:],
             "many.sequ": workflow('<Group><Command name="X"><Items>' + '<Item name="a" type="text" value="b"/>' * 1000001
                                   + "</Items></Command></Group>"),
+            "name that no cab takes.sequ": workflow(STEP.replace('name="a"', 'name="größe"')),
             "damaged host form.sequ": None,
         }
         good = self.place.host_sequence("good.sequ", [("cab", "Commands", ""), ("cab", "Input", ""), ("cab", "Output", "")])

@@ -46,6 +46,7 @@ TEST(XmlGuard, RefusesWhatAParserShouldNotSee)
         {"cut in the declaration", "<?xml version=\"1.0\"", "cut off"},
         {"second declaration", "<a/><?xml version='?><!--'?>", "declaration inside"},
         {"declaration in capitals", "<?XML version='1'?><a/>", "declaration inside"},
+        {"style sheet that is read as a declaration", "<a/><?xml-x Version='?><!--'?>", "declaration inside"},
         {"instruction with elements in it", "<a><?p ><b> ?></a>", "not closed"},
         {"value without quotes", "<a b=1/>", "quotes"},
         {"attribute without value", "<a b/>", "no value"},
@@ -73,6 +74,7 @@ TEST(XmlGuard, TakesOrdinaryDocuments)
         "<a b='>' c=\"<'/>\"><!-- <b> &#0; -- > --><![CDATA[<b> &#0;]]><c d = \"&#xD;&#10;&#x1F600;&amp;\"/></a >",
         Repeated("<a>", 100) + Repeated("</a>", 100),
         "<?pi some data?><a/><!-- end -->",
+        "\n <?xml version='1.0'?>\n<?xml-stylesheet href='a.xsl'?><a/>",
     };
     for (const auto& xml : rows) EXPECT_EQ(Problem(xml), "") << xml.substr(0, 60);
 }

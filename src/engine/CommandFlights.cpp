@@ -42,6 +42,7 @@ std::string Fly(const FlightTexts& texts, SequenceCommand& command, Callback cal
 {
     std::optional<AVCommandStatus> status;
     if (const auto error = CatchHostError([&] { status = callback(*command.command); })) {
+        log.NameValue(texts.start, command.handlerName, 1);
         log.NameValue(texts.onException, error->text, 1);
         return Sentence(texts.onException, command, error->text);
     }

@@ -192,7 +192,7 @@ void CFileRun::Evaluate(SequenceCommand& command, AVCommandStatus status)
         const std::string lastError = command.command->LastError();
         m_log.Line("Batch command is finished with an error.");
         m_log.NameValue("Last error", lastError, 1);
-        reason = "The command " + command.handlerName + " failed: " + lastError;
+        reason = "The command " + command.handlerName + " failed" + (lastError.empty() ? "." : ": " + lastError);
     } else {
         m_log.Line("Batch command is finished without kAVCommandDone.");
     }

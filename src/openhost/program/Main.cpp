@@ -1,3 +1,8 @@
 #include "openhost/program/CommandLine.h"
+#include "openhost/program/Surroundings.h"
 
-int main(int argumentCount, char** arguments) { return openhost::RunCommandLine(argumentCount, arguments); }
+int main(int argumentCount, char** arguments)
+{
+    openhost::SettleSurroundings();
+    return openhost::RunCommandLine(argumentCount, arguments);
+}

@@ -96,7 +96,8 @@ PDDoc CDocuments::OpenNew(const std::string& path, const std::string& key, bool 
     }
     CHostDocument& document = At(asked);
     document.openedFully = true;
-    if (document.pdf.IsEncrypted() && document.pdf.OpenedBy() == OpenedWith::User) AskPassword(asked);
+    if (document.pdf.IsEncrypted() && document.pdf.OpenedBy() == OpenedWith::User && !document.candidatesTried)
+        AskPassword(asked);
     if (document.pdf.WasRepaired())
         Diagnose(path + ": the file is damaged; its content was recovered as far as possible");
     Tell(events.didOpen, asked);
@@ -195,6 +196,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
 bool CDocuments::AskPassword(PDDoc handle)
 {
     CHostDocument& document = At(handle);
+    document.candidatesTried = true;
     for (const std::string& candidate : passwordCandidates) {
         if (document.pdf.OpenedBy() == OpenedWith::Owner) break;
         Translated([&] { return document.pdf.Authorize(candidate, WantedRights::Owner); });

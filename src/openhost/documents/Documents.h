@@ -24,6 +24,7 @@ struct CHostDocument {
     int openCount = 1;         // openings, each matched by one closing
     int acquireCount = 0;      // acquisitions beyond the openings
     bool openedFully = false;  // false while its password is still being asked for
+    bool candidatesTried = false;
     std::optional<ASAtom> newHandler;  // security handler chosen for the next save; the null atom removes security
     bool newHandlerHasData = false;    // the chosen handler got its settings
     ASInt32 setFlags = 0;              // flags that plug-ins switched on or off by hand

@@ -133,6 +133,7 @@ class BadDocuments(unittest.TestCase):
         outcome = self.place.run_folder(sequence, final=3)
         self.assertEqual(outcome.code, 3, outcome)
         self.assertEqual(list(self.place.output.iterdir()), [], outcome)
+        self.assertIn("characters that this encryption cannot express", outcome.errors, outcome)
         self.assertTrue((self.place.input / "a.pdf").exists())
 
     def test_passwords_are_in_no_log_and_in_no_message(self):

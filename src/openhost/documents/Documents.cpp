@@ -32,6 +32,7 @@ void DropFile(CHostDocument& document)
 /// A handler without settings would write the document open to everybody, although protection was asked for.
 void RequireSecurityData(const CHostDocument& document)
 {
+    if (const auto& refusal = document.pdf.SecurityRefusal()) RaisePdfError(*refusal);
     if (document.newHandler && *document.newHandler != kNullAtom && !document.newHandlerHasData)
         Raise(pdErrNeedCryptHandler, document.pdf.Path() +
                                          ": protection was asked for, but its settings were not given; "

@@ -27,7 +27,10 @@ std::optional<std::string> SaslPrepared(const std::string& utf8)
 
 std::optional<std::string> InPdfDocEncoding(const std::string& utf8)
 {
+    // The library has a code for this character, although the encoding has none.
+    constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
     std::string encoded;
+    if (utf8.find(kReplacementCharacter) != std::string::npos) return std::nullopt;
     if (!QUtil::utf8_to_pdf_doc(utf8, encoded)) return std::nullopt;
     return encoded;
 }

@@ -109,6 +109,8 @@ public:
     void SetSecurity(const StandardSecurity& security);
     /// The next full save writes without encryption. Fails: NotPermitted.
     void RemoveSecurity();
+    /// Why the last security request was refused, so that every save fails; nothing when none was.
+    const std::optional<CPdfError>& SecurityRefusal() const;
     /// True when the next save cannot leave the encryption as it is in the file.
     bool HasPendingSecurity() const;
 

@@ -71,6 +71,8 @@ SecurityInfo CPdfDocument::Security() const
     return info;
 }
 
+const std::optional<CPdfError>& CPdfDocument::SecurityRefusal() const { return m_state->refusal; }
+
 void CPdfDocument::SetSecurity(const StandardSecurity& security)
 {
     State& state = *m_state;

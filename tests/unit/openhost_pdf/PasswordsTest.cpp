@@ -19,6 +19,7 @@ TEST(Passwords, AreStoredAsEachRevisionDemands)
         {"accents from 5", "h\u00f4tel", 6, "h\u00f4tel"},
         {"euro sign up to 4", "5\u20ac", 3, "5\xa0"},
         {"no Greek up to 4", "\u03b1", 4, std::nullopt},
+        {"no replacement character up to 4", "\ufffd", 4, std::nullopt},
         {"Greek from 5", "\u03b1", 6, "\u03b1"},
         {"compatibility form", "S\u00aaSL\u00adprep", 6, "SaSLprep"},
         {"wide blank", "a\u00a0b", 6, "a b"},

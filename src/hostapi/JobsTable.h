@@ -1,14 +1,15 @@
-/* The optional table of the open host through which a plug-in tells how a run over many files goes.
+/* The optional table of the open host through which a plug-in receives a job, asks before it acts for good, and tells how
+ * a run over many files goes.
  *
  * Other hosts do not have this table, and a plug-in must not miss it. Slots are never renumbered; new ones go at the end.
- * Nothing here raises. Texts are borrowed for the call. Thread: user interface. */
+ * Nothing here raises. Texts are borrowed for the call. Paths are in host encoding. Thread: user interface. */
 #ifndef FERRULE_HOSTAPI_JOBS_TABLE_H
 #define FERRULE_HOSTAPI_JOBS_TABLE_H
 
 #include "HostTypes.h"
 
 #define HOST_TABLE_JOBS "FerruleJobs"
-enum { kTableJobsVersion = 0x00010000, kTableJobsSelectors = 3 };
+enum { kTableJobsVersion = 0x00010000, kTableJobsSelectors = 9 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
 enum {
@@ -44,5 +45,71 @@ enum { kSlotJobsFileDone = 2 };
  * message   one sentence for people, empty when there is nothing to say */
 typedef void(HOSTCALL *JobsRunEndsSlotProc)(ASInt32 end, const char *message);
 enum { kSlotJobsRunEnds = 3 };
+
+/* The job that this start of the host is for: one JSON object, UTF-8, with "kind" and what the kind needs.
+ * Null when there is none: then the plug-in does what it does in any other host. The text is the host's and stays valid
+ * until the host ends; every call answers the same. */
+typedef const char *(HOSTCALL *JobsNextJobSlotProc)(void);
+enum { kSlotJobsNextJob = 4 };
+
+/* What is left to do for an input file. */
+enum {
+    kJobInputWhole = 0,       /* everything */
+    kJobInputFinalAction = 1  /* its result is written already: only the final action */
+};
+
+typedef struct JobInput_t {
+    ASUns32 size;    /* of this record, set by the plug-in */
+    ASInt32 number;  /* of the file in the whole run, from 1 */
+    ASInt32 total;   /* number of files of the whole run */
+    ASInt32 toDo;    /* kJobInput... */
+    const char *path; /* the host's; valid until the next call of this slot */
+} JobInput;
+
+/* The next input file of a job that gets its inputs from the host. 1: `input` is filled; 0: there is none left, or the
+ * run is to end early, which is not an error. May wait until the host knows. */
+typedef ASInt32(HOSTCALL *JobsNextInputSlotProc)(JobInput *input);
+enum { kSlotJobsNextInput = 5 };
+
+/* What is going to be done for good. */
+enum {
+    kJobActPut = 0,    /* the complete file `file` takes the place or the free name `target` */
+    kJobActMove = 1,   /* `file` gets the name `target` */
+    kJobActDelete = 2, /* `file` is removed; no target */
+    kJobActStart = 3   /* the program `target` is started with `file` as its argument */
+};
+enum {
+    kJobActRefused = 0,  /* do not; treat it as a failure of this file */
+    kJobActAllowed = 1,  /* do it now; the intention is on record */
+    kJobActPretended = 2 /* do not, but go on as if it had been done (a trial run) */
+};
+
+/* Asked immediately before each such act, never earlier: after it the host takes it that the act happens or fails. */
+typedef ASInt32(HOSTCALL *JobsMayActSlotProc)(ASInt32 act, const char *file, const char *target);
+enum { kSlotJobsMayAct = 6 };
+
+enum {
+    kJobPathAsOnDisk = 0, /* nothing was pretended about this path */
+    kJobPathThere = 1,    /* a pretended act has created it */
+    kJobPathGone = 2      /* a pretended act has removed it */
+};
+
+/* What pretended acts of this run have made of a path; always kJobPathAsOnDisk when the run is no trial. */
+typedef ASInt32(HOSTCALL *JobsPathStateSlotProc)(const char *path);
+enum { kSlotJobsPathState = 7 };
+
+/* A result of a job that is no run over files, or a line of a plan: one JSON object, UTF-8. */
+typedef void(HOSTCALL *JobsReportSlotProc)(const char *json);
+enum { kSlotJobsReport = 8 };
+
+/* Parts of the plug-in's log that belong to the whole run although they stand among the lines of one file. */
+enum {
+    kJobMarkSequencePreflightBegins = 0,
+    kJobMarkSequencePreflightEnds = 1
+};
+
+/* Everything logged so far is written. Answers when the host has taken note of the place. */
+typedef void(HOSTCALL *JobsLogMarkSlotProc)(ASInt32 mark);
+enum { kSlotJobsLogMark = 9 };
 
 #endif

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "platform/Files.h"
+
+namespace platform {
+
+/// A file that appears under its name complete or not at all: written under a temporary name in the target's folder,
+/// flushed, then put in its place at once, with the access rights and, as far as the system lets us, the owner of the
+/// file it replaces. A target that is a symbolic link stays one; the file it leads to is replaced.
+/// Without Commit nothing but the temporary file was touched, and the destructor removes that.
+///
+/// During a trial run nothing is created: what is written is dropped, and Commit asks the overseer and is done.
+class CAtomicFile {
+public:
+    /// Creates the temporary file; Result tells whether that worked.
+    CAtomicFile(const std::string& target, Existing existing);
+    CAtomicFile(const CAtomicFile&) = delete;
+    CAtomicFile& operator=(const CAtomicFile&) = delete;
+    ~CAtomicFile();
+
+    /// The first failure so far.
+    FileResult Result() const noexcept { return {m_error}; }
+    /// Never throws: the first failure is kept, and later writes do nothing.
+    void Write(const char* bytes, std::size_t length) noexcept;
+    /// Flushes, asks the overseer, puts the file in place and flushes the folder.
+    /// Fails: the target is as it was.
+    FileResult Commit();
+
+private:
+    std::string m_target;
+    int m_error = 0;
+  
+};
+
+}  // namespace platform

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Files.h"
+
+namespace platform {
+
+struct ChildOptions {
+    std::string program;                 ///< path
+    std::vector<std::string> arguments;  ///< without the program's name
+    /// "NAME=value" in place of, or beside, this process's own; "NAME" alone removes it.
+    std::vector<std::string> environment;
+    /// Lets the child's memory grow to so many bytes of address space at most; 0: no limit.
+    std::uint64_t addressSpaceBytes = 0;
+};
+
+enum class ChildEvent {
+    Line,     ///< a whole line of its standard output, without the line end
+    Error,    ///< a whole line of its standard error
+    Ended     ///< it is gone, and everything it wrote has been delivered
+};
+
+struct ChildEnding {
+    int exitCode = 0;  ///< meaningless when killed
+    int signal = 0;    ///< the signal that killed it, 0 for none
+};
+
+/// A started program of ours that we talk to in lines over its standard streams.
+///
+/// It ends together with this process, however that ends, and keyboard interrupts of the terminal do not reach it.
+/// The destructor kills it and waits for its end.
+class CChildProcess {
+public:
+    static std::optional<CChildProcess> Start(const ChildOptions& options, FileResult* result = nullptr);
+    CChildProcess(CChildProcess&&) noexcept;
+    CChildProcess& operator=(CChildProcess&&) noexcept;
+    ~CChildProcess();
+
+    /// Writes the line and a line end to its standard input, waiting as long as the pipe is full.
+    FileResult Send(std::string_view line);
+    /// Lets its standard input end.
+    void CloseInput();
+    /// Ends it at once; Ended is still delivered.
+    void Kill();
+    int ProcessId() const;
+    /// Physical memory it uses, in bytes; 0 when unknown.
+    std::uint64_t ResidentBytes() const;
+    /// Valid after Ended.
+    ChildEnding Ending() const;
+
+private:
+    friend class CChildWatch;
+    struct State;
+    explicit CChildProcess(State* state);
+    State* m_state;  // owned
+};
+
+struct ChildNews {
+    CChildProcess* child;
+    ChildEvent event;
+    std::string text;  ///< of Line and Error
+};
+
+/// Waits for several children at once. One thread.
+class CChildWatch {
+public:
+    /// The next news of any of them, in the order in which each child wrote; nothing after `milliseconds`, or at once
+    /// when a stop was asked for meanwhile (see Interrupts.h). Lines are at most `kLongestLine` bytes; a longer one is
+    /// cut.
+    static constexpr std::size_t kLongestLine = 64 << 20;
+    std::optional<ChildNews> Wait(const std::vector<CChildProcess*>& children, int milliseconds);
+};
+
+}  // namespace platform

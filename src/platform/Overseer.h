@@ -1,0 +1,50 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace platform {
+
+/// Watches over what this module does to files and programs for good.
+///
+/// The file services of this folder ask the installed overseer themselves, so no caller can forget it. Not asked:
+/// logs, settings files and temporary files, which are nobody's documents.
+class COverseer {
+public:
+    enum class Act {
+        Put,     ///< the complete file takes the place, or the free name, `target`
+        Move,    ///< the file gets the name `target`
+        Delete,  ///< the file is removed; `target` is empty
+        Start    ///< the program `target` is started with the file as its argument
+    };
+    enum class Answer {
+        Go,
+        Refuse,  ///< the act fails with the error "canceled"
+        Pretend  ///< the act is left out and counts as done
+    };
+
+    virtual ~COverseer() = default;
+
+    /// Asked immediately before the act: for Put after the content is complete and flushed. `file` holds the content
+    /// that the act is about; while Pretends, for Put it may be empty.
+    virtual Answer Ask(Act act, const std::string& file, const std::string& target) = 0;
+
+    /// True during a trial run: every answer will be Pretend or Refuse, so nothing needs to be written for it.
+    virtual bool Pretends() const = 0;
+
+    /// Whether a pretended act has created (true) or removed (false) the path; nothing when the disk tells.
+    virtual std::optional<bool> Exists(const std::string& path) const = 0;
+};
+
+/// Borrowed until another one, or null for none, is installed; answers the former one. Each module has its own.
+COverseer* InstallOverseer(COverseer* overseer);
+/// Null when none is installed.
+COverseer* Overseer();
+
+/// From now on the names of this module's temporary files begin with ".ferrule-<tag>-", so that whoever gave out the
+/// tag can find what a killed process left. Letters and digits only.
+void SetTemporaryTag(const std::string& tag);
+/// What such names begin with; "" as tag: those of runs without one.
+std::string TemporaryPrefix(const std::string& tag);
+
+}  // namespace platform

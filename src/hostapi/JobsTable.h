@@ -9,7 +9,7 @@
 #include "HostTypes.h"
 
 #define HOST_TABLE_JOBS "FerruleJobs"
-enum { kTableJobsVersion = 0x00010000, kTableJobsSelectors = 9 };
+enum { kTableJobsVersion = 0x00010000, kTableJobsSelectors = 10 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
 enum {
@@ -111,5 +111,9 @@ enum {
 /* Everything logged so far is written. Answers when the host has taken note of the place. */
 typedef void(HOSTCALL *JobsLogMarkSlotProc)(ASInt32 mark);
 enum { kSlotJobsLogMark = 9 };
+
+/* The present input's results are written; what the plug-in asks for from now until the file is done is its final action. */
+typedef void(HOSTCALL *JobsFinalActionBeginsSlotProc)(void);
+enum { kSlotJobsFinalActionBegins = 10 };
 
 #endif

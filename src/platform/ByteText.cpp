@@ -1,0 +1,93 @@
+#include "platform/ByteText.h"
+
+#include <cstddef>
+
+namespace platform {
+
+namespace {
+
+// U+F780..U+F7FF stand for the bytes 80..FF: EF 9E 80..BF and EF 9F 80..BF.
+constexpr unsigned char kMarkLead = 0xEF, kMarkLow = 0x9E, kMarkHigh = 0x9F;
+
+unsigned char ByteAt(std::string_view bytes, std::size_t at) { return static_cast<unsigned char>(bytes[at]); }
+
+bool Within(unsigned char byte, unsigned char first, unsigned char last) { return byte >= first && byte <= last; }
+
+// Overlong forms, surrogates and numbers above U+10FFFF show in the second byte.
+bool SecondFits(unsigned char lead, unsigned char second)
+{
+    if (lead == 0xE0) return Within(second, 0xA0, 0xBF);
+    if (lead == 0xED) return Within(second, 0x80, 0x9F);
+    if (lead == 0xF0) return Within(second, 0x90, 0xBF);
+    if (lead == 0xF4) return Within(second, 0x80, 0x8F);
+    return Within(second, 0x80, 0xBF);
+}
+
+std::size_t LengthAfter(unsigned char lead)
+{
+    if (lead < 0x80) return 1;
+    if (Within(lead, 0xC2, 0xDF)) return 2;
+    if (Within(lead, 0xE0, 0xEF)) return 3;
+    return Within(lead, 0xF0, 0xF4) ? 4 : 0;
+}
+
+/// Bytes of the valid character at the beginning; 0 when there is none.
+std::size_t CharacterLength(std::string_view bytes)
+{
+    const std::size_t length = LengthAfter(ByteAt(bytes, 0));
+    if (length < 2) return length;
+    if (bytes.size() < length || !SecondFits(ByteAt(bytes, 0), ByteAt(bytes, 1))) return 0;
+    for (std::size_t index = 2; index < length; ++index)
+        if (!Within(ByteAt(bytes, index), 0x80, 0xBF)) return 0;
+    return length;
+}
+
+bool IsMark(std::string_view bytes)
+{
+    return bytes.size() >= 3 && ByteAt(bytes, 0) == kMarkLead && Within(ByteAt(bytes, 1), kMarkLow, kMarkHigh) &&
+           Within(ByteAt(bytes, 2), 0x80, 0xBF);
+}
+
+void AppendMark(std::string& text, unsigned char byte)
+{
+    text += static_cast<char>(kMarkLead);
+    text += static_cast<char>(byte < 0xC0 ? kMarkLow : kMarkHigh);
+    text += static_cast<char>(0x80 | (byte & 0x3F));
+}
+
+}  // namespace
+
+std::string TextFromBytes(std::string_view bytes)
+{
+    std::string text;
+    text.reserve(bytes.size());
+    while (!bytes.empty()) {
+        std::size_t length = CharacterLength(bytes);
+        if (length > 0 && !IsMark(bytes)) {
+            text += bytes.substr(0, length);
+        } else {
+            length = 1;
+            AppendMark(text, ByteAt(bytes, 0));
+        }
+        bytes.remove_prefix(length);
+    }
+    return text;
+}
+
+std::string BytesFromText(std::string_view text)
+{
+    std::string bytes;
+    bytes.reserve(text.size());
+    while (!text.empty()) {
+        if (IsMark(text)) {
+            bytes += static_cast<char>(ByteAt(text, 2) | (ByteAt(text, 1) == kMarkHigh ? 0x40 : 0));
+            text.remove_prefix(3);
+        } else {
+            bytes += text.front();
+            text.remove_prefix(1);
+        }
+    }
+    return bytes;
+}
+
+}  // namespace platform

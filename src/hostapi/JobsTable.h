@@ -9,7 +9,8 @@
 #include "HostTypes.h"
 
 #define HOST_TABLE_JOBS "FerruleJobs"
-enum { kTableJobsVersion = 0x00010000, kTableJobsSelectors = 10 };
+/* The first version had the slots 1 to 3 only. */
+enum { kTableJobsFirstVersion = 0x00010000, kTableJobsVersion = 0x00010001, kTableJobsSelectors = 10 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
 enum {

@@ -40,7 +40,7 @@ constexpr TableRow kRequiredTables[] = {
 constexpr TableRow kOptionalTables[] = {
     {HostTable::Forms, HOST_TABLE_FORMS, 0x00010002},
     {HostTable::Catalog, HOST_TABLE_CATALOG, 0},
-    {HostTable::FerruleJobs, HOST_TABLE_JOBS, kTableJobsVersion},
+    {HostTable::FerruleJobs, HOST_TABLE_JOBS, kTableJobsFirstVersion},
 };
 
 struct TableRequest {

@@ -3,22 +3,84 @@
 #include "hostapi/JobsTable.h"
 #include "hostcalls/HostSlot.h"
 
+namespace {
+
+/// Tables of the first version end before the slots of jobs.
+bool HasJobSlots() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsFirstVersion; }
+
+template <class Call>
+void Tell(bool possible, Call call) noexcept
+{
+    if (possible) hostcalls::Quietly(call);
+}
+
+}  // namespace
+
 bool JobsTablePresent() { return HostTables().Has(HostTable::FerruleJobs); }
 
 void JobRunStarts(int inputs) noexcept
 {
-    if (JobsTablePresent()) hostcalls::Quietly([&] { HostCall(HOST_SLOT(FerruleJobs, JobsRunStarts), inputs); });
+    Tell(JobsTablePresent(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsRunStarts), inputs); });
 }
 
 void JobFileDone(const std::string& path, int outcome, const std::string& message) noexcept
 {
-    if (JobsTablePresent())
-        hostcalls::Quietly(
-            [&] { HostCall(HOST_SLOT(FerruleJobs, JobsFileDone), path.c_str(), outcome, message.c_str()); });
+    Tell(JobsTablePresent(),
+         [&] { HostCall(HOST_SLOT(FerruleJobs, JobsFileDone), path.c_str(), outcome, message.c_str()); });
 }
 
 void JobRunEnds(int end, const std::string& message) noexcept
 {
-    if (JobsTablePresent())
-        hostcalls::Quietly([&] { HostCall(HOST_SLOT(FerruleJobs, JobsRunEnds), end, message.c_str()); });
+    Tell(JobsTablePresent(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsRunEnds), end, message.c_str()); });
+}
+
+std::optional<std::string> JobText() noexcept
+{
+    std::optional<std::string> text;
+    Tell(HasJobSlots(), [&] {
+        if (const char* job = HostCall(HOST_SLOT(FerruleJobs, JobsNextJob))) text = job;
+    });
+    return text;
+}
+
+std::optional<HostJobInput> NextJobInput() noexcept
+{
+    std::optional<HostJobInput> next;
+    Tell(HasJobSlots(), [&] {
+        JobInput input = {};
+        input.size = sizeof(input);
+        if (HostCall(HOST_SLOT(FerruleJobs, JobsNextInput), &input) == 0 || input.path == nullptr) return;
+        next = {input.path, input.number, input.total, input.toDo == kJobInputFinalAction};
+    });
+    return next;
+}
+
+int JobMayAct(int act, const std::string& file, const std::string& target) noexcept
+{
+    int answer = HasJobSlots() ? kJobActRefused : kJobActAllowed;
+    Tell(HasJobSlots(),
+         [&] { answer = HostCall(HOST_SLOT(FerruleJobs, JobsMayAct), act, file.c_str(), target.c_str()); });
+    return answer;
+}
+
+int JobPathState(const std::string& path) noexcept
+{
+    int state = kJobPathAsOnDisk;
+    Tell(HasJobSlots(), [&] { state = HostCall(HOST_SLOT(FerruleJobs, JobsPathState), path.c_str()); });
+    return state;
+}
+
+void JobFinalActionBegins() noexcept
+{
+    Tell(HasJobSlots(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsFinalActionBegins)); });
+}
+
+void JobReport(const std::string& json) noexcept
+{
+    Tell(HasJobSlots(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsReport), json.c_str()); });
+}
+
+void JobLogMark(int mark) noexcept
+{
+    Tell(HasJobSlots(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsLogMark), mark); });
 }

@@ -1,6 +1,8 @@
-// Tells the host how a run goes, when it has the table for that; otherwise nothing happens. None of them throws.
+// The host's jobs table. Without it, or with an older one that lacks a function, everything here does nothing and
+// answers as stated. None of the functions throws.
 #pragma once
 
+#include <optional>
 #include <string>
 
 [[nodiscard]] bool JobsTablePresent();
@@ -10,3 +12,27 @@
 void JobRunStarts(int inputs) noexcept;
 void JobFileDone(const std::string& path, int outcome, const std::string& message) noexcept;
 void JobRunEnds(int end, const std::string& message) noexcept;
+
+/// The JSON text of the job that this start of the host is for; nothing when there is none.
+[[nodiscard]] std::optional<std::string> JobText() noexcept;
+
+struct HostJobInput {
+    std::string path;  // host encoding
+    int number = 0;    // in the whole run, from 1
+    int total = 0;     // of the whole run
+    bool finalActionOnly = false;
+};
+/// The next input of the job; nothing when there is none left. May wait.
+[[nodiscard]] std::optional<HostJobInput> NextJobInput() noexcept;
+
+/// A kJobAct... value; without the table "allowed", and "refused" when the host cannot be asked.
+[[nodiscard]] int JobMayAct(int act, const std::string& file, const std::string& target) noexcept;
+/// A kJobPath... value; without the table "as on disk".
+[[nodiscard]] int JobPathState(const std::string& path) noexcept;
+
+/// From now on the present input's acts are its final action.
+void JobFinalActionBegins() noexcept;
+/// One JSON object, UTF-8.
+void JobReport(const std::string& json) noexcept;
+/// A kJobMark... value. Everything logged before must be written.
+void JobLogMark(int mark) noexcept;

@@ -11,18 +11,21 @@
 namespace platform {
 
 struct ChildOptions {
-    std::string program;                 ///< path
-    std::vector<std::string> arguments;  ///< without the program's name
+    std::string program;                      ///< path
+    std::vector<std::string> arguments = {};  ///< without the program's name
     /// "NAME=value" in place of, or beside, this process's own; "NAME" alone removes it.
-    std::vector<std::string> environment;
-    /// Lets the child's memory grow to so many bytes of address space at most; 0: no limit.
+    std::vector<std::string> environment = {};
+    /// Lets the child's memory grow to so many bytes of address space at most; 0: no limit. Not applied in a build
+    /// with the address sanitizer, which reserves more than any machine has.
     std::uint64_t addressSpaceBytes = 0;
+    /// Descriptors that stay open in the child under the same numbers, above those of the standard streams.
+    std::vector<int> inheritedDescriptors = {};
 };
 
 enum class ChildEvent {
-    Line,     ///< a whole line of its standard output, without the line end
-    Error,    ///< a whole line of its standard error
-    Ended     ///< it is gone, and everything it wrote has been delivered
+    Line,   ///< a whole line of its standard output, without the line end
+    Error,  ///< a whole line of its standard error
+    Ended   ///< it is gone, and everything it wrote has been delivered; what it left in its process group is ended
 };
 
 struct ChildEnding {
@@ -32,20 +35,24 @@ struct ChildEnding {
 
 /// A started program of ours that we talk to in lines over its standard streams.
 ///
-/// It ends together with this process, however that ends, and keyboard interrupts of the terminal do not reach it.
-/// The destructor kills it and waits for its end.
+/// It ends together with the thread that started it, however that ends, and keyboard interrupts of the terminal do
+/// not reach it. It finds no descriptors but its standard streams and those it was to inherit, and the signals'
+/// defaults. The destructor kills it and waits for its end.
 class CChildProcess {
 public:
+    /// Fails: nothing, with the reason in `result`; also when the program cannot be executed.
     static std::optional<CChildProcess> Start(const ChildOptions& options, FileResult* result = nullptr);
     CChildProcess(CChildProcess&&) noexcept;
     CChildProcess& operator=(CChildProcess&&) noexcept;
     ~CChildProcess();
 
-    /// Writes the line and a line end to its standard input, waiting as long as the pipe is full.
+    /// Writes the line and a line end to its standard input. Never waits: what the pipe does not take at once is kept
+    /// and written by CChildWatch::Wait, so a child that does not read cannot hold up its sender.
+    /// Fails: EPIPE when the child has closed its input or is gone.
     FileResult Send(std::string_view line);
-    /// Lets its standard input end.
+    /// Lets its standard input end, behind what was sent.
     void CloseInput();
-    /// Ends it at once; Ended is still delivered.
+    /// Ends it at once, and what it has started unless that left its process group; Ended is still delivered.
     void Kill();
     int ProcessId() const;
     /// Physical memory it uses, in bytes; 0 when unknown.
@@ -70,8 +77,8 @@ struct ChildNews {
 class CChildWatch {
 public:
     /// The next news of any of them, in the order in which each child wrote; nothing after `milliseconds`, or at once
-    /// when a stop was asked for meanwhile (see Interrupts.h). Lines are at most `kLongestLine` bytes; a longer one is
-    /// cut.
+    /// when a stop was asked for meanwhile (see Interrupts.h). Lines are at most `kLongestLine` bytes; a longer one
+    /// is cut.
     static constexpr std::size_t kLongestLine = 64 << 20;
     std::optional<ChildNews> Wait(const std::vector<CChildProcess*>& children, int milliseconds);
 };

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <linux/close_range.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 #include "platform/Environment.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/Files.h"
+#include "platform/Processes_posix.h"
 
 namespace platform {
 namespace {
@@ -41,14 +41,6 @@ std::string FindProgram(const std::string& program)
         start = end + 1;
     }
     return {};
-}
-
-void ResetSignals()
-{
-    for (int number = 1; number < NSIG; ++number) signal(number, SIG_DFL);
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 // In the child: becomes the program, or answers why not.

@@ -1,0 +1,76 @@
+#include <fcntl.h>
+#include <openssl/evp.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <new>
+#include <vector>
+
+#include "platform/FileHandles_posix.h"
+#include "platform/Sha256.h"
+
+namespace platform {
+namespace {
+
+constexpr std::size_t kReadAtOnce = 256 * 1024;
+
+}  // namespace
+
+struct CSha256::State {
+    EVP_MD_CTX* context = EVP_MD_CTX_new();
+    ~State() { EVP_MD_CTX_free(context); }
+};
+
+CSha256::CSha256() : m_state(std::make_unique<State>())
+{
+    // Without the algorithm nothing about a run could be proved; the library only lacks it when memory is short.
+    if (!m_state->context || EVP_DigestInit_ex(m_state->context, EVP_sha256(), nullptr) != 1) throw std::bad_alloc();
+}
+
+CSha256::~CSha256() = default;
+
+void CSha256::Add(const char* bytes, std::size_t length) { EVP_DigestUpdate(m_state->context, bytes, length); }
+
+std::string CSha256::Digest()
+{
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    unsigned length = 0;
+    EVP_DigestFinal_ex(m_state->context, digest.data(), &length);
+    std::string text;
+    for (unsigned i = 0; i < length; ++i) {
+        text += kDigits[digest[i] >> 4];
+        text += kDigits[digest[i] & 15];
+    }
+    return text;
+}
+
+namespace {
+
+FileResult AddFile(const std::string& path, CSha256& digest)
+{
+    CDescriptor file;
+    struct stat status;
+    if (const auto opened = OpenRegular(path, file, status); !opened) return opened;
+    std::vector<char> buffer(kReadAtOnce);
+    for (;;) {
+        const ssize_t count = read(file.Get(), buffer.data(), buffer.size());
+        if (count == 0) return {};
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return {errno};
+        digest.Add(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+}  // namespace
+
+std::string Sha256OfFile(const std::string& path, FileResult* result)
+{
+    CSha256 digest;
+    const auto added = AddFile(path, digest);
+    if (result) *result = added;
+    return added ? digest.Digest() : std::string();
+}
+
+}  // namespace platform

@@ -32,6 +32,15 @@ bool FolderExists(const std::string& path);
 bool NameExists(const std::string& path);
 /// Size in bytes of a regular file.
 std::optional<std::uint64_t> FileSize(const std::string& path);
+/// What tells one state of a file from another, and one file from another; links are followed.
+struct FileStamp {
+    std::uint64_t size = 0;                ///< bytes
+    std::int64_t modifiedNanoseconds = 0;  ///< since 1970
+    std::uint64_t device = 0, inode = 0;
+    std::uint64_t links = 0;  ///< names of the file
+};
+std::optional<FileStamp> StampOf(const std::string& path);
+
 /// Tells whether a regular file can be opened for reading. Never blocks: pipes and devices are refused unopened.
 FileResult CheckReadable(const std::string& path);
 

@@ -41,6 +41,18 @@ std::optional<std::uint64_t> FileSize(const std::string& path)
     return static_cast<std::uint64_t>(status.st_size);
 }
 
+std::optional<FileStamp> StampOf(const std::string& path)
+{
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    constexpr std::int64_t kNanosecondsOfSecond = 1'000'000'000;
+    return FileStamp{.size = static_cast<std::uint64_t>(status.st_size),
+                     .modifiedNanoseconds = status.st_mtim.tv_sec * kNanosecondsOfSecond + status.st_mtim.tv_nsec,
+                     .device = status.st_dev,
+                     .inode = status.st_ino,
+                     .links = status.st_nlink};
+}
+
 FileResult CheckReadable(const std::string& path)
 {
     CDescriptor file;

@@ -98,6 +98,10 @@ FinalActionResult Rename(const std::string& inputPath, const std::string& newNam
 
 }  // namespace
 
+bool TakesInputAway(int code) { return code == 2 || code == 3 || code == 6 || code == 7; }
+
+bool WantsFolder(int code) { return code == 1 || code == 2 || code == 6 || code == 7 || code == 8; }
+
 FinalActionResult ApplyFinalAction(const std::string& inputPath, const FinalAction& action, CLogWriter& log)
 {
     const std::string& destination = action.destination;

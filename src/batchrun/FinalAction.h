@@ -34,6 +34,13 @@ inline constexpr FinalActionName kOfferedFinalActions[] = {
     {5, "Execute application"},
 };
 
+inline constexpr int kFinalActionNothing = 0;
+
+/// Whether the action, when it succeeds, removes the input from its place for good or for another folder.
+[[nodiscard]] bool TakesInputAway(int code);
+/// Whether the action wants a folder as its destination.
+[[nodiscard]] bool WantsFolder(int code);
+
 /// Applies an action to an input file and logs the outcome.
 ///
 /// 0 nothing, 1 copy and replace, 2 move, 3 delete, 4 rename, 5 open with a program, 6 move and replace, 7 move under

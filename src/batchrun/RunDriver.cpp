@@ -3,7 +3,6 @@
 #include "batchrun/FinalAction.h"
 #include "common/Log.h"
 #include "common/Progress.h"
-#include "engine/Executor.h"
 #include "engine/SequenceFile.h"
 
 #include <exception>
@@ -14,12 +13,14 @@ namespace {
 
 constexpr char kEndOfRun[] = "--------------------------------------------------------------------------------------";
 
-ExecutorSettings SettingsForExecutor(const RunSettings& settings)
+ExecutorSettings SettingsForExecutor(const RunSettings& settings, const RunVariation& variation)
 {
     return {.alternativeInputPath = settings.alternativeInputPath,
+            .furtherInputPaths = variation.furtherInputPaths,
             .alternativeOutputPath = settings.alternativeOutputPath,
             .allowedExtensions = settings.allowedExtensions,
-            .noSubfolders = settings.noSubfolders};
+            .noSubfolders = settings.noSubfolders,
+            .trialRun = variation.trialRun};
 }
 
 /// The monitor of a run; it shows nothing as long as there is no progress window to show.
@@ -91,21 +92,39 @@ CRunDriver::Ending CRunDriver::RunLoaded(const RunSettings& settings, CSequence&
     for (const std::string& extension : settings.allowedExtensions)
         log.NameValue("Allowed file extension", extension, 1);
 
-    CRunEvents& events = m_services.events;
-    const ExecutorCallbacks callbacks{
-        .inputsFound = [&](int inputs) { events.RunStarts(inputs); },
-        .finalAction = [&](const ProcessedFile& file) { return ApplyFinalActionTo(file.path, settings); },
-        .fileDone = [&](const ProcessedFile& file) { events.FileDone(file); }};
     const ExecutionResult result =
-        ::RunSequence(SettingsForExecutor(settings), sequence, monitor.get(), callbacks, log);
+        m_services.variation.use
+            ? m_services.variation.use(settings, SettingsForExecutor(settings, m_services.variation), sequence)
+            : RunFiles(settings, sequence, monitor.get());
     if (monitor) monitor->EndOperation();
     return {EndOf(result.end), result.message};
 }
 
-std::string CRunDriver::ApplyFinalActionTo(const std::string& inputPath, const RunSettings& settings)
+ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& sequence,
+                                     CProgressMonitorWrapper* monitor)
 {
+    CRunEvents& events = m_services.events;
+    const ExecutorCallbacks callbacks{
+        .inputsFound = [&](int inputs) { events.RunStarts(inputs); },
+        .finalAction = [&](const ProcessedFile& file) { return ApplyFinalActionTo(file, settings); },
+        .fileDone = [&](const ProcessedFile& file) { events.FileDone(file); },
+        .sequencePreflight = [&](bool begins) { events.SequencePreflight(begins); },
+        .inputs = m_services.variation.inputs};
+    return ::RunSequence(SettingsForExecutor(settings, m_services.variation), sequence, monitor, callbacks,
+                         m_services.log);
+}
+
+std::string CRunDriver::ApplyFinalActionTo(const ProcessedFile& file, const RunSettings& settings)
+{
+    if (settings.finalAction == kFinalActionNothing) return {};
+    if (m_services.variation.keepIncomplete && file.outcome == FileOutcome::Incomplete &&
+        TakesInputAway(settings.finalAction)) {
+        m_services.log.Line("\tThe final action is left out because the file is incomplete.");
+        return "The input stays where it is.";
+    }
+    m_services.events.FinalActionBegins();
     const FinalAction action{.code = settings.finalAction, .destination = settings.destination};
-    if (ApplyFinalAction(inputPath, action, m_services.log) == FinalActionResult::Done) return {};
+    if (ApplyFinalAction(file.path, action, m_services.log) == FinalActionResult::Done) return {};
     for (const FinalActionName& offered : kOfferedFinalActions)
         if (offered.code == settings.finalAction)
             return std::string("The final action on the input file failed: ") + offered.name + ".";

@@ -4,9 +4,30 @@
 #include "batchrun/HostCloser.h"
 #include "batchrun/RunEvents.h"
 #include "batchrun/RunSettings.h"
+#include "engine/Executor.h"
 
+#include <functional>
+
+class CInputSource;
 class CLogWriter;
 class CSequence;
+
+/// What is done with a loaded sequence.
+using SequenceUse = std::function<ExecutionResult(const RunSettings& settings, const ExecutorSettings& executor,
+                                                  CSequence& sequence)>;
+
+/// What a run may do otherwise than one that is started from the environment.
+struct RunVariation {
+    /// Borrowed; hands out the input files. Null: they are collected.
+    CInputSource* inputs = nullptr;
+    /// An input whose file came out incomplete is neither moved nor deleted.
+    bool keepIncomplete = false;
+    /// Nothing is to be done for good.
+    bool trialRun = false;
+    std::vector<std::string> furtherInputPaths = {};
+    /// In place of running the sequence.
+    SequenceUse use = {};
+};
 
 /// The references are borrowed and must outlive the driver.
 struct RunDriverServices {
@@ -14,6 +35,7 @@ struct RunDriverServices {
     CLogWriter& log;
     CRunEvents& events;
     CHostCloser& host;
+    RunVariation variation = {};
 };
 
 /// Order: Idle is called from the host's idle loop; its first call does the whole run, each later one returns at
@@ -39,7 +61,8 @@ private:
     Ending RunGuarded() noexcept;
     Ending Run();
     Ending RunLoaded(const RunSettings& settings, CSequence& sequence);
-    std::string ApplyFinalActionTo(const std::string& inputPath, const RunSettings& settings);
+    ExecutionResult RunFiles(const RunSettings& settings, CSequence& sequence, CProgressMonitorWrapper* monitor);
+    std::string ApplyFinalActionTo(const ProcessedFile& file, const RunSettings& settings);
 
     RunDriverServices m_services;
     bool m_started = false;

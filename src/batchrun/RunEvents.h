@@ -17,6 +17,10 @@ class CRunEvents {
 public:
     virtual ~CRunEvents() = default;
     virtual void RunStarts(int inputs) = 0;
+    /// Around the sequence's preflight, whose log lines stand among those of a file: before (true) and after (false).
+    virtual void SequencePreflight(bool /*begins*/) {}
+    /// The present file's results are written; its final action, which is something to do, comes next.
+    virtual void FinalActionBegins() {}
     virtual void FileDone(const ProcessedFile& file) = 0;
     virtual void RunEnds(RunEnd end, const std::string& message) = 0;
 };

@@ -9,6 +9,7 @@
 #include "engine/InputFiles.h"
 #include "hostcalls/Application.h"
 
+#include <memory>
 #include <utility>
 
 namespace {
@@ -34,23 +35,6 @@ private:
 
 ExecutionResult NotStarted(std::string message) { return {ExecutionEnd::NotStarted, std::move(message), 0, {}}; }
 
-/// Why the sequence cannot be run, logged; empty when it can.
-std::string SequenceProblem(const CSequence& sequence, int hostMajor, CLogWriter& log)
-{
-    std::string problem;
-    if (hostMajor < kFirstSupportedMajor) {
-        problem = "Sequences need a host of version " + std::to_string(kFirstSupportedMajor) + " or later.";
-    } else if (!sequence.IsComplete()) {
-        problem = "The sequence lacks its commands, its input or its output part.";
-    }
-    if (problem.empty()) {
-        log.Line("Sequence information has been successfully loaded.");
-    } else {
-        log.NameValue("Sequence is rejected", problem, 1);
-    }
-    return problem;
-}
-
 bool MayActOnInput(FileOutcome outcome)
 {
     return outcome == FileOutcome::Saved || outcome == FileOutcome::CopiedUnchanged ||
@@ -72,52 +56,104 @@ void Finish(ProcessedFile& file, int number, const ExecutorCallbacks& callbacks,
     callbacks.fileDone(file);
 }
 
-void ProcessFiles(RunContext& run, const std::vector<std::string>& paths, const ExecutorCallbacks& callbacks,
-                  ExecutionResult& result)
+void Stop(ExecutionResult& result, const std::string& reason)
 {
-    int number = 0;
-    for (const std::string& path : paths) {
+    result.end = ExecutionEnd::Stopped;
+    result.message = reason;
+}
+
+void ProcessFiles(RunContext& run, CInputSource& inputs, const ExecutorCallbacks& callbacks, ExecutionResult& result)
+{
+    while (const auto input = inputs.Next()) {
         if (run.progress.IsCancelled()) {
             run.log.Line("Command execution is aborted");
-            result.end = ExecutionEnd::Stopped;
-            result.message = "The run was canceled.";
-            return;
+            return Stop(result, "The run was canceled.");
         }
-        CFileRun fileRun(run, path, ++number);
+        if (input->finalActionOnly) {
+            ProcessedFile file{input->path, FileOutcome::Saved, {}};
+            Finish(file, input->number, callbacks, result);
+            continue;
+        }
+        CFileRun fileRun(run, input->path, input->number);
         ProcessedFile file = fileRun.Process();
-        Finish(file, number, callbacks, result);
-        if (fileRun.StopReason().empty()) continue;
-        result.end = ExecutionEnd::Stopped;
-        result.message = fileRun.StopReason();
-        return;
+        Finish(file, input->number, callbacks, result);
+        if (!fileRun.StopReason().empty()) return Stop(result, fileRun.StopReason());
     }
+}
+
+/// The files that the caller hands out, or else those that are collected. Fails: logged.
+using Source = Expected<std::unique_ptr<CInputSource>>;
+Source CollectedSource(const ExecutorSettings& settings, CCabView input, std::vector<std::string> extensions,
+                       CLogWriter& log)
+{
+    auto collected = CollectInputFiles(settings, input, std::move(extensions), log);
+    if (!collected) return Failure(collected.Error());
+    return std::unique_ptr<CInputSource>(std::make_unique<CCollectedInputs>(std::move(*collected)));
+}
+
+ExecutionResult RunFiles(RunContext& run, CInputSource& inputs, const ExecutorCallbacks& callbacks)
+{
+    ExecutionResult result;
+    const CProgressScope scope(run.progress, run.fileCount);
+    ProcessFiles(run, inputs, callbacks, result);
+    PostflightSequence(run.commands, run.log);
+    return result;
 }
 
 }  // namespace
 
+std::string SequenceProblem(const CSequence& sequence, CLogWriter& log)
+{
+    std::string problem;
+    if (GetHostVersion().major < kFirstSupportedMajor) {
+        problem = "Sequences need a host of version " + std::to_string(kFirstSupportedMajor) + " or later.";
+    } else if (!sequence.IsComplete()) {
+        problem = "The sequence lacks its commands, its input or its output part.";
+    }
+    if (problem.empty()) {
+        log.Line("Sequence information has been successfully loaded.");
+    } else {
+        log.NameValue("Sequence is rejected", problem, 1);
+    }
+    return problem;
+}
+
+void LogInputCount(std::size_t inputs, CLogWriter& log)
+{
+    log.NameNumber("Number of input files", static_cast<long long>(inputs), 1);
+    if (inputs == 0) log.Line("No input files have been found at specified location, processing is terminated");
+}
+
 ExecutionResult RunSequence(const ExecutorSettings& settings, CSequence& sequence, CProgressMonitorWrapper* progress,
                             const ExecutorCallbacks& callbacks, CLogWriter& log)
 {
-    const int hostMajor = GetHostVersion().major;
-    if (std::string problem = SequenceProblem(sequence, hostMajor, log); !problem.empty())
-        return NotStarted(std::move(problem));
+    if (std::string problem = SequenceProblem(sequence, log); !problem.empty()) return NotStarted(std::move(problem));
     const CCabView input = sequence.Input();
-    const auto paths = FindInputFiles(settings, input, AcceptedExtensions(settings, input, log), log);
-    if (!paths) return NotStarted(paths.Error());
-
-    ExecutionResult result;
-    log.NameNumber("Number of input files", static_cast<long long>(paths->size()), 1);
-    callbacks.inputsFound(static_cast<int>(paths->size()));
-    if (paths->empty()) {
-        log.Line("No input files have been found at specified location, processing is terminated");
-        return result;
+    auto extensions = AcceptedExtensions(settings, input, log);
+    Source collected = std::unique_ptr<CInputSource>();
+    if (callbacks.inputs) {
+        LogInputPlaces(settings, input, log);
+    } else {
+        collected = CollectedSource(settings, input, std::move(extensions), log);
+        if (!collected) return NotStarted(collected.Error());
     }
+    CInputSource& inputs = callbacks.inputs ? *callbacks.inputs : **collected;
+    const int total = inputs.Total();
+    // Somebody else's files that are all taken are not files that were not found.
+    if (total > 0 || !callbacks.inputs) LogInputCount(static_cast<std::size_t>(total), log);
+    callbacks.inputsFound(total);
+    if (total == 0) return {};
+
     CCustomMonitor silent;
-    CProgressMonitorWrapper& monitor = progress ? *progress : silent;
     CommandList commands;
-    RunContext run{settings, sequence, log, monitor, commands, hostMajor, static_cast<int>(paths->size()), false};
-    const CProgressScope scope(monitor, run.fileCount);
-    ProcessFiles(run, *paths, callbacks, result);
-    PostflightSequence(commands, log);
-    return result;
+    RunContext run{settings,
+                   sequence,
+                   log,
+                   progress ? *progress : silent,
+                   commands,
+                   callbacks.sequencePreflight,
+                   GetHostVersion().major,
+                   total,
+                   false};
+    return RunFiles(run, inputs, callbacks);
 }

@@ -96,9 +96,19 @@ bool CFileRun::PrepareCommands()
         return false;
     }
     if (m_run.sequencePreflighted) return true;
-    m_run.sequencePreflighted = true;
-    if (const std::string problem = PreflightSequence(m_run.commands, m_log); !problem.empty()) Stop(problem);
+    PreflightWholeSequence();
     return m_stopReason.empty();
+}
+
+void CFileRun::PreflightWholeSequence()
+{
+    m_run.sequencePreflighted = true;
+    const auto mark = [this](bool begins) {
+        if (m_run.sequencePreflight) m_run.sequencePreflight(begins);
+    };
+    mark(true);
+    if (const std::string problem = PreflightSequence(m_run.commands, m_log); !problem.empty()) Stop(problem);
+    mark(false);
 }
 
 void CFileRun::ShowDocument()

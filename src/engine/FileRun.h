@@ -8,6 +8,7 @@
 #include "engine/Sequence.h"
 #include "pdflib/AcrobatDoc.h"
 
+#include <functional>
 #include <string>
 
 class CLogWriter;
@@ -20,7 +21,8 @@ struct RunContext {
     CSequence& sequence;
     CLogWriter& log;
     CProgressMonitorWrapper& progress;
-    CommandList& commands;  // those of the file before; replaced by each file
+    CommandList& commands;                                      // those of the file before; replaced by each file
+    const std::function<void(bool begins)>& sequencePreflight;  // may be empty
     int hostMajor = 0;
     int fileCount = 0;
     bool sequencePreflighted = false;
@@ -42,6 +44,7 @@ private:
     bool Open();
     void ProcessOpen();
     bool PrepareCommands();
+    void PreflightWholeSequence();
     void ShowDocument();
     void Preflight();
     bool RunCommands();

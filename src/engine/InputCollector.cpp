@@ -4,17 +4,18 @@
 #include "common/Text.h"
 #include "platform/Files.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
 namespace {
 
-bool HasExtension(const std::string& name, const std::string& extension)
+bool HasExtension(std::string_view name, std::string_view extension)
 {
     if (extension == "*") return true;
     if (name.size() < extension.size() + 1) return false;
     const std::size_t start = name.size() - extension.size();
-    return name[start - 1] == '.' && EqualsIgnoreCaseAscii(std::string_view(name).substr(start), extension);
+    return name[start - 1] == '.' && EqualsIgnoreCaseAscii(name.substr(start), extension);
 }
 
 }  // namespace
@@ -23,37 +24,37 @@ CInputCollector::CInputCollector(CollectorOptions options) : m_options(std::move
 
 void CInputCollector::AddPath(const std::string& path)
 {
-    if (!platform::FolderExists(path)) return AddOnce(path);
-    std::unordered_set<std::string> entered;
-    const Folder folder = ReadFolder(path, entered);
-    for (const std::string& extension : m_options.extensions) AddMatching(folder, extension);
+    if (!platform::FolderExists(path)) {
+        m_paths.AddPath(path);
+        return;
+    }
+    Walk walk;
+    ReadFolder(path, walk);
+    for (const std::string& extension : m_options.extensions)
+        for (const CPathStore::Item& file : walk.files)
+            if (HasExtension({file.name, file.length}, extension)) m_paths.Add(file);
 }
 
-CInputCollector::Folder CInputCollector::ReadFolder(const std::string& path, std::unordered_set<std::string>& entered)
+void CInputCollector::ReadFolder(const std::string& path, Walk& walk)
 {
-    Folder folder{WithTrailingSeparator(path), {}, {}};
-    if (!entered.insert(platform::CanonicalPath(path)).second) return folder;
+    if (!walk.entered.insert(platform::CanonicalPath(path)).second) return;
+    const std::string folder = WithTrailingSeparator(path);
+    std::vector<std::string> subfolders;
     platform::FileResult result;
-    for (platform::FolderEntry& entry : platform::ListFolder(path, &result)) {
+    for (const platform::FolderEntry& entry : platform::ListFolder(path, &result)) {
         if (entry.isHidden || entry.name.starts_with('.')) continue;
-        if (!entry.isFolder) {
-            folder.files.push_back(std::move(entry.name));
-        } else if (m_options.subfolders) {
-            folder.subfolders.push_back(ReadFolder(folder.path + entry.name, entered));
+        if (entry.isFolder) {
+            if (m_options.subfolders) subfolders.push_back(entry.name);
+        } else if (IsWanted(entry.name)) {
+            walk.files.push_back(m_paths.Hold(m_paths.FolderNumber(folder), entry.name));
         }
     }
+    for (const std::string& name : subfolders) ReadFolder(folder + name, walk);
     if (!result) m_unreadable.push_back({path, result.errorNumber});
-    return folder;
 }
 
-void CInputCollector::AddMatching(const Folder& folder, const std::string& extension)
+bool CInputCollector::IsWanted(const std::string& name) const
 {
-    for (const std::string& name : folder.files)
-        if (HasExtension(name, extension)) AddOnce(folder.path + name);
-    for (const Folder& subfolder : folder.subfolders) AddMatching(subfolder, extension);
-}
-
-void CInputCollector::AddOnce(const std::string& path)
-{
-    if (m_known.insert(path).second) m_paths.push_back(path);
+    return std::any_of(m_options.extensions.begin(), m_options.extensions.end(),
+                       [&](const std::string& extension) { return HasExtension(name, extension); });
 }

@@ -1,6 +1,8 @@
 // Collects the input files of a run from files and folders.
 #pragma once
 
+#include "engine/PathStore.h"
+
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -29,22 +31,20 @@ public:
     /// nothing is there.
     void AddPath(const std::string& path);
 
-    const std::vector<std::string>& Paths() const { return m_paths; }
+    const CPathStore& Paths() const { return m_paths; }
     const std::vector<UnreadableFolder>& Unreadable() const { return m_unreadable; }
 
 private:
-    struct Folder {
-        std::string path;  // with its trailing separator
-        std::vector<std::string> files;
-        std::vector<Folder> subfolders;
+    /// What one walk over a folder has found, in order.
+    struct Walk {
+        std::unordered_set<std::string> entered;
+        std::vector<CPathStore::Item> files;
     };
 
-    Folder ReadFolder(const std::string& path, std::unordered_set<std::string>& entered);
-    void AddMatching(const Folder& folder, const std::string& extension);
-    void AddOnce(const std::string& path);
+    void ReadFolder(const std::string& path, Walk& walk);
+    bool IsWanted(const std::string& name) const;
 
     CollectorOptions m_options;
-    std::vector<std::string> m_paths;
-    std::unordered_set<std::string> m_known;
+    CPathStore m_paths;
     std::vector<UnreadableFolder> m_unreadable;
 };

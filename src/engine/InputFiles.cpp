@@ -1,7 +1,6 @@
 #include "engine/InputFiles.h"
 
 #include "common/Log.h"
-#include "engine/InputCollector.h"
 #include "engine/InputKinds.h"
 #include "engine/PathEntry.h"
 #include "hostcalls/Application.h"
@@ -48,15 +47,8 @@ Paths AskUser(const std::vector<std::string>& extensions, CLogWriter& log)
     return std::move(*paths);
 }
 
-Paths Places(const ExecutorSettings& settings, CCabView input, const std::vector<std::string>& extensions,
-             CLogWriter& log)
+Paths OwnPlaces(int kind, CCabView input, const std::vector<std::string>& extensions, CLogWriter& log)
 {
-    const int kind = input.Int("FileVariation", -1);
-    if (!settings.alternativeInputPath.empty()) {
-        log.NameValue(kind == kInputFolder ? "Alternative source folder path" : "Source file path",
-                      settings.alternativeInputPath, 1);
-        return std::vector{settings.alternativeInputPath};
-    }
     switch (kind) {
         case kInputFiles:
             return PreselectedFiles(input, log);
@@ -70,16 +62,50 @@ Paths Places(const ExecutorSettings& settings, CCabView input, const std::vector
     }
 }
 
+/// The places that stand in for those of the sequence; none when nothing does.
+std::vector<std::string> AlternativePlaces(const ExecutorSettings& settings, int kind, CLogWriter& log)
+{
+    std::vector<std::string> places = settings.furtherInputPaths;
+    if (!settings.alternativeInputPath.empty()) places.insert(places.begin(), settings.alternativeInputPath);
+    for (const std::string& place : places)
+        log.NameValue(kind == kInputFolder ? "Alternative source folder path" : "Source file path", place, 1);
+    return places;
+}
+
+Paths Places(const ExecutorSettings& settings, CCabView input, const std::vector<std::string>& extensions,
+             CLogWriter& log)
+{
+    const int kind = input.Int("FileVariation", -1);
+    auto places = AlternativePlaces(settings, kind, log);
+    if (!places.empty()) return places;
+    return OwnPlaces(kind, input, extensions, log);
+}
+
 }  // namespace
 
-Expected<std::vector<std::string>> FindInputFiles(const ExecutorSettings& settings, CCabView input,
-                                                  std::vector<std::string> extensions, CLogWriter& log)
+Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, CCabView input,
+                                            std::vector<std::string> extensions, CLogWriter& log)
 {
     const Paths places = Places(settings, input, extensions, log);
-    if (!places) return places;
+    if (!places) return Failure(places.Error());
     CInputCollector collector({.extensions = std::move(extensions), .subfolders = !settings.noSubfolders});
     for (const std::string& place : *places) collector.AddPath(place);
     for (const UnreadableFolder& folder : collector.Unreadable())
         log.NameValue("Folder cannot be read", folder.path + " (" + platform::ErrorText(folder.errorNumber) + ")", 1);
-    return collector.Paths();
+    return collector;
+}
+
+void LogInputPlaces(const ExecutorSettings& settings, CCabView input, CLogWriter& log)
+{
+    const int kind = input.Int("FileVariation", -1);
+    if (!AlternativePlaces(settings, kind, log).empty()) return;
+    if (kind != kInputAskUser) (void)OwnPlaces(kind, input, {}, log);
+}
+
+std::optional<RunInput> CCollectedInputs::Next()
+{
+    if (m_next == m_collector.Paths().Size()) return std::nullopt;
+    RunInput input{.path = m_collector.Paths().Path(m_next)};
+    input.number = static_cast<int>(++m_next);
+    return input;
 }

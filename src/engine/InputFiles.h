@@ -3,14 +3,32 @@
 
 #include "common/Expected.h"
 #include "engine/ExecutorSettings.h"
+#include "engine/InputCollector.h"
+#include "engine/InputSource.h"
 #include "hostcalls/Cab.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 class CLogWriter;
 
-/// The input files, in the order in which they are to be processed; empty when the place is there and holds none.
-/// Fails, logged, when there is no place to look at. `extensions`: the accepted ones. Throws CHostException.
-[[nodiscard]] Expected<std::vector<std::string>> FindInputFiles(const ExecutorSettings& settings, CCabView input,
-                                                                std::vector<std::string> extensions, CLogWriter& log);
+/// Collects the input files, in the order in which they are to be processed; none when the place is there and holds
+/// none. Fails, logged, when there is no place to look at. `extensions`: the accepted ones. Throws CHostException.
+[[nodiscard]] Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, CCabView input,
+                                                          std::vector<std::string> extensions, CLogWriter& log);
+
+/// Logs where the input files come from, as collecting them does, for a run that gets them from somebody else.
+void LogInputPlaces(const ExecutorSettings& settings, CCabView input, CLogWriter& log);
+
+/// The files that were collected.
+class CCollectedInputs final : public CInputSource {
+public:
+    explicit CCollectedInputs(CInputCollector collector) : m_collector(std::move(collector)) {}
+    int Total() override { return static_cast<int>(m_collector.Paths().Size()); }
+    std::optional<RunInput> Next() override;
+
+private:
+    CInputCollector m_collector;
+    std::size_t m_next = 0;
+};

@@ -4,11 +4,8 @@
 
 #include <array>
 #include <charconv>
-#include <cstddef>
 
 namespace {
-
-constexpr std::size_t kMaxValueBytes = 1'000'000;
 
 std::string_view CutBetweenCharacters(std::string_view utf8, std::size_t most)
 {
@@ -67,7 +64,7 @@ double LeadingDouble(std::string_view text)
 
 std::optional<WorkflowValue> ItemValue(std::string_view type, std::string_view valueUtf8)
 {
-    const std::string_view value = CutBetweenCharacters(valueUtf8, kMaxValueBytes);
+    const std::string_view value = CutBetweenCharacters(valueUtf8, kMaxItemValueBytes);
     if (type == "boolean") return value == "true";
     if (type == "text") return WorkflowText{std::string(value)};
     if (type == "string") return WorkflowString{std::string(value)};

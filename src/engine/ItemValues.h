@@ -1,14 +1,18 @@
 // How the text of an item becomes a value.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "engine/WorkflowModel.h"
 
+/// How much of an item's text counts.
+inline constexpr std::size_t kMaxItemValueBytes = 1'000'000;
+
 /// The value of an item of the given type word; nothing for an unknown word and for an empty number.
-/// Takes at most the first 1,000,000 bytes of the text, cut between characters.
+/// Takes at most the first kMaxItemValueBytes of the text, cut between characters.
 [[nodiscard]] std::optional<WorkflowValue> ItemValue(std::string_view type, std::string_view valueUtf8);
 
 /// Bytes of a Base64 text. Characters outside the alphabet are skipped, padding included; a last group of two or

@@ -1,6 +1,7 @@
 #include "engine/WorkflowXml.h"
 
 #include "common/Text.h"
+#include "engine/GuardedXml.h"
 #include "engine/ItemValues.h"
 #include "engine/XmlGuard.h"
 #include "platform/Files.h"
@@ -103,20 +104,12 @@ void ReadGroup(const TiXmlElement& element, Workflow& workflow)
     if (!group.commands.empty()) workflow.groups.push_back(std::move(group));
 }
 
-std::string ParserError(const TiXmlDocument& document)
-{
-    return std::string(document.ErrorDesc()) + " (line " + std::to_string(document.ErrorRow()) + ")";
-}
-
 }  // namespace
 
 Expected<Workflow> ParseWorkflow(std::string_view bytes)
 {
-    const auto checked = CheckedXml(bytes);
-    if (!checked) return Failure(checked.Error());
     TiXmlDocument document;
-    document.Parse(std::string(*checked).c_str(), nullptr, TIXML_ENCODING_UTF8);
-    if (document.Error()) return Failure(ParserError(document));
+    if (const auto fault = ParseGuardedXml(bytes, document)) return Failure(FaultSentence(*fault));
     const TiXmlElement* root = document.RootElement();
     if (!root || !IsNamed(*root, "Workflow")) return Failure("The root element is not \"Workflow\".");
 

@@ -77,6 +77,7 @@ public:
     std::string Problem()
     {
         while (m_at < m_text.size() && m_problem.empty()) {
+            m_construct = m_at;
             if (m_text[m_at] == '<') {
                 Markup();
             } else {
@@ -84,14 +85,22 @@ public:
             }
         }
         if (!m_problem.empty()) return m_problem;
-        if (m_elements == 0) return "The file does not contain an XML document.";
-        if (m_depth != 0) return "The XML document is cut off: an element is not closed.";
-        return {};
+        if (m_elements == 0) Fail("The file does not contain an XML document.");
+        if (m_depth != 0) Fail("The XML document is cut off: an element is not closed.");
+        return m_problem;
     }
+
+    /// Where the problem is, in bytes from the start of the text.
+    std::size_t ProblemAt() const { return m_problemAt; }
 
 private:
     bool StartsWith(std::string_view what) const { return m_text.substr(m_at, what.size()) == what; }
-    void Fail(const char* sentence) { m_problem = sentence; }
+    void Fail(const char* sentence) { FailAt(m_at == kNone ? m_construct : m_at, sentence); }
+    void FailAt(std::size_t at, const char* sentence)
+    {
+        m_problem = sentence;
+        m_problemAt = at;
+    }
 
     void Skip(std::string_view start, std::string_view end)
     {
@@ -104,8 +113,8 @@ private:
     {
         const std::size_t end = std::min(m_text.find('<', m_at), m_text.size());
         const std::string_view data = m_text.substr(m_at, end - m_at);
-        if (m_depth == 0 && data.find_first_not_of(kBlanks) != kNone)
-            return Fail("There is text outside of the root element.");
+        if (const std::size_t text = data.find_first_not_of(kBlanks); m_depth == 0 && text != kNone)
+            return FailAt(m_at + text, "There is text outside of the root element.");
         CheckReferences(data);
         m_at = end;
     }
@@ -126,8 +135,9 @@ private:
         Skip("<?", ">");
         if (!m_problem.empty()) return;
         const std::string_view instruction = m_text.substr(start, m_at - start);
-        if (LooksLikeDeclaration(instruction)) return Fail("There is an XML declaration inside of the document.");
-        if (!instruction.ends_with("?>")) Fail("An instruction is not closed.");
+        if (LooksLikeDeclaration(instruction))
+            return FailAt(start, "There is an XML declaration inside of the document.");
+        if (!instruction.ends_with("?>")) FailAt(start, "An instruction is not closed.");
     }
 
     void EndTag()
@@ -185,41 +195,51 @@ private:
         m_at = end + 1;
     }
 
-    /// The parser drops the ampersand of a reference that it does not know, so there must be none.
+    /// The parser drops the ampersand of a reference that it does not know, so there must be none. `data` is a part
+    /// of the text.
     void CheckReferences(std::string_view data)
     {
+        const auto start = static_cast<std::size_t>(data.data() - m_text.data());
         for (std::size_t at = data.find('&'); at != kNone; at = data.find('&', at + 1)) {
             const std::string_view rest = data.substr(at + 1);
             if (rest.starts_with('#')) {
                 if (!IsCharacterReference(rest.substr(1)))
-                    return Fail("A reference names a character that does not exist.");
+                    return FailAt(start + at, "A reference names a character that does not exist.");
             } else if (!IsEntityReference(rest)) {
-                return Fail("A reference names an unknown entity.");
+                return FailAt(start + at, "A reference names an unknown entity.");
             }
         }
     }
 
     std::string_view m_text;
     XmlLimits m_limits;
-    std::size_t m_at = 0;
+    std::size_t m_at = 0, m_construct = 0, m_problemAt = 0;
     int m_depth = 0, m_elements = 0;
     std::string m_problem;
 };
 
 }  // namespace
 
-Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits)
+Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits, std::size_t* faultAt)
 {
-    if (bytes.size() > limits.bytes) return Failure("The file is too large for a sequence.");
+    const std::string_view whole = bytes;
+    const auto place = [&](std::string_view rest) { return static_cast<std::size_t>(rest.data() - whole.data()); };
+    const auto fail = [&](std::size_t at, std::string sentence) {
+        if (faultAt) *faultAt = at;
+        return Failure(std::move(sentence));
+    };
+    if (bytes.size() > limits.bytes) return fail(0, "The file is too large for a sequence.");
     if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
     bytes.remove_prefix(std::min(bytes.find_first_not_of(kBlanks), bytes.size()));
-    if (bytes.empty()) return Failure("The file is empty.");
-    if (bytes.find('\0') != kNone || !IsValidUtf8(bytes)) return Failure("The file is not UTF-8 text.");
+    if (bytes.empty()) return fail(0, "The file is empty.");
+    if (bytes.find('\0') != kNone || !IsValidUtf8(bytes)) return fail(0, "The file is not UTF-8 text.");
     if (bytes.starts_with("<?xml")) {
         const std::size_t end = bytes.find("?>");
-        if (end == kNone) return Failure("The XML document is cut off inside a tag or a comment.");
+        if (end == kNone) return fail(place(bytes), "The XML document is cut off inside a tag or a comment.");
         bytes.remove_prefix(end + 2);
     }
-    if (std::string problem = CXmlScan(bytes, limits).Problem(); !problem.empty()) return Failure(std::move(problem));
+    CXmlScan scan(bytes, limits);
+    if (std::string problem = scan.Problem(); !problem.empty())
+        return fail(place(bytes) + scan.ProblemAt(), std::move(problem));
     return bytes;
 }

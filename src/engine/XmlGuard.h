@@ -3,6 +3,7 @@
 
 #include "common/Expected.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -17,5 +18,7 @@ struct XmlLimits {
 ///
 /// Accepts UTF-8 text whose tags and quotes are balanced within the limits; what an XML declaration says about the
 /// encoding has no effect. Document types and entity declarations are refused, and so are references to characters
-/// that do not exist. Runs in one pass, without recursion.
-[[nodiscard]] Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits = {});
+/// that do not exist. Runs in one pass, without recursion. `faultAt`, when given, learns at which byte a refused text
+/// is refused; 0 when it is as a whole.
+[[nodiscard]] Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits = {},
+                                                    std::size_t* faultAt = nullptr);

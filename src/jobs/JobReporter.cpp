@@ -41,6 +41,13 @@ int JobEnd(RunEnd end)
 
 void CJobReporter::RunStarts(int inputs) { JobRunStarts(inputs); }
 
+void CJobReporter::SequencePreflight(bool begins)
+{
+    JobLogMark(begins ? kJobMarkSequencePreflightBegins : kJobMarkSequencePreflightEnds);
+}
+
+void CJobReporter::FinalActionBegins() { JobFinalActionBegins(); }
+
 void CJobReporter::FileDone(const ProcessedFile& file)
 {
     JobFileDone(file.path, JobOutcome(file.outcome), file.message);

@@ -6,6 +6,8 @@
 class CJobReporter final : public CRunEvents {
 public:
     void RunStarts(int inputs) override;
+    void SequencePreflight(bool begins) override;
+    void FinalActionBegins() override;
     void FileDone(const ProcessedFile& file) override;
     void RunEnds(RunEnd end, const std::string& message) override;
 };

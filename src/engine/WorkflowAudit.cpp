@@ -1,0 +1,206 @@
+#include "engine/WorkflowAudit.h"
+
+#include "common/Text.h"
+#include "engine/ItemValues.h"
+
+#include <tinyxml.h>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <set>
+
+namespace {
+
+using Severity = WorkflowRemark::Severity;
+
+bool IsNamed(const TiXmlElement& element, const char* name) { return std::strcmp(element.Value(), name) == 0; }
+
+std::string AttributeText(const TiXmlElement& element, const char* name)
+{
+    const std::string* value = element.Attribute(std::string(name));
+    return value ? *value : std::string();
+}
+
+std::string Quoted(const std::string& name) { return '"' + name + '"'; }
+
+/// Whether the text is a number and nothing else.
+template <class Number>
+bool IsNumber(const std::string& text)
+{
+    const std::string trimmed = Trim(text);
+    const char* const start = trimmed.data() + (trimmed.starts_with('+') ? 1 : 0);
+    Number number{};
+    const auto [end, error] = std::from_chars(start, trimmed.data() + trimmed.size(), number);
+    return error == std::errc() && end == trimmed.data() + trimmed.size();
+}
+
+bool IsItemType(const std::string& type)
+{
+    for (const char* known : {"boolean", "text", "integer", "double", "string", "atom", "null", "binary"})
+        if (type == known) return true;
+    return false;
+}
+
+class CWorkflowAuditor {
+public:
+    explicit CWorkflowAuditor(TextPlace start) : m_start(start) {}
+
+    WorkflowAudit Look(const TiXmlElement& root)
+    {
+        if (!IsNamed(root, "Workflow")) {
+            return NoWorkflow(root, "wrong-root",
+                              "The root element is not \"Workflow\" but " + Quoted(root.ValueStr()) + ".");
+        }
+        for (const TiXmlElement* child = root.FirstChildElement(); child; child = child->NextSiblingElement()) {
+            if (IsNamed(*child, "Sources")) {
+                Sources(*child);
+            } else if (IsNamed(*child, "Group")) {
+                Group(*child);
+            } else {
+                Unknown(*child);
+            }
+        }
+        if (m_audit.steps.empty())
+            return NoWorkflow(root, "no-commands", "The workflow has no group with a command.");
+        return std::move(m_audit);
+    }
+
+private:
+    TextPlace Place(const TiXmlElement& element) const { return PlaceFrom(m_start, element.Row(), element.Column()); }
+
+    void Add(Severity severity, const char* code, std::string text, const TiXmlElement& element)
+    {
+        m_audit.remarks.push_back({severity, code, std::move(text), m_step, Place(element)});
+    }
+
+    void Unknown(const TiXmlElement& element)
+    {
+        Add(Severity::Warning, "unknown-element", "The element " + Quoted(element.ValueStr()) + " is passed over.",
+            element);
+    }
+
+    WorkflowAudit NoWorkflow(const TiXmlElement& root, const char* code, std::string text) const
+    {
+        return {false, {{Severity::Error, code, std::move(text), 0, Place(root)}}, {}};
+    }
+
+    void Sources(const TiXmlElement& element)
+    {
+        if (element.Attribute("defaultCommand"))
+            Add(Severity::Note, "source-dialog", "Which dialog asks for the input has no effect here.", element);
+        for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
+            if (AttributeText(*child, "path").empty()) {
+                Add(Severity::Warning, "source-without-path", "A source without a path is passed over.", *child);
+            } else if (!IsNamed(*child, "Folder") && !IsNamed(*child, "File")) {
+                Add(Severity::Warning, "unknown-element",
+                    "The source " + Quoted(child->ValueStr()) + " is neither a \"File\" nor a \"Folder\".", *child);
+            }
+        }
+    }
+
+    void Group(const TiXmlElement& element)
+    {
+        bool anyCommand = false;
+        for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
+            if (IsNamed(*child, "Command")) {
+                anyCommand = true;
+                Command(*child);
+            } else if (IsNamed(*child, "Instruction")) {
+                Add(Severity::Note, "instruction", "The instruction is for people; nobody sees it in a run.", *child);
+            } else if (IsNamed(*child, "Separator")) {
+                Add(Severity::Note, "separator", "The separator has no effect.", *child);
+            } else {
+                Unknown(*child);
+            }
+        }
+        if (!anyCommand)
+            Add(Severity::Note, "group-without-commands",
+                "The group " + Quoted(AttributeText(element, "label")) + " has no commands and is passed over.",
+                element);
+    }
+
+    void Command(const TiXmlElement& element)
+    {
+        m_audit.steps.push_back(Place(element));
+        m_step = static_cast<int>(m_audit.steps.size());
+        if (Trim(AttributeText(element, "name")).empty())
+            Add(Severity::Error, "step-without-handler", "The command has no name, so nothing can be run.", element);
+        std::set<std::string> names;  // several sets of items count as one
+        for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
+            if (IsNamed(*child, "Items")) {
+                Items(*child, names);
+            } else {
+                Unknown(*child);
+            }
+        }
+        m_step = 0;
+    }
+
+    void Items(const TiXmlElement& element, std::set<std::string>& names)
+    {
+        for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
+            const bool nested = IsNamed(*child, "Items");
+            if (!nested && !IsNamed(*child, "Item")) {
+                Unknown(*child);
+                continue;
+            }
+            const std::string name = AttributeText(*child, "name");
+            if (name.empty()) {
+                Add(Severity::Warning, "item-ignored", "A parameter without a name is passed over.", *child);
+            } else if (!names.insert(name).second) {
+                Add(Severity::Warning, "item-repeated",
+                    "The parameter " + Quoted(name) + " is there twice; the last one counts.", *child);
+            }
+            if (nested) {
+                std::set<std::string> inner;
+                Items(*child, inner);
+            } else if (!name.empty()) {
+                Item(*child, name);
+            }
+        }
+    }
+
+    void Item(const TiXmlElement& element, const std::string& name)
+    {
+        const std::string type = AttributeText(element, "type"), value = AttributeText(element, "value");
+        const std::string which = "The parameter " + Quoted(name);
+        if (!IsItemType(type))
+            return Add(Severity::Warning, "item-ignored",
+                       which + " is passed over: there is no type " + Quoted(type) + ".", element);
+        if (value.size() > kMaxItemValueBytes)
+            return Add(Severity::Error, "value-cut", which + " is too long: only its start counts.", element);
+        if (type == "boolean" && value != "true" && value != "false")
+            Add(Severity::Warning, "value-misread",
+                which + " is neither \"true\" nor \"false\"; it counts as \"false\".", element);
+        if (type == "integer" || type == "double") Number(element, which, type, value);
+    }
+
+    void Number(const TiXmlElement& element, const std::string& which, const std::string& type,
+                const std::string& value)
+    {
+        if (value.empty()) {
+            Add(Severity::Warning, "item-ignored", which + " is passed over: it has no value.", element);
+        } else if (type == "integer" ? !IsNumber<std::int32_t>(value) : !IsNumber<double>(value)) {
+            Add(Severity::Warning, "value-misread", which + " is no number that fits; it counts as another one.",
+                element);
+        }
+    }
+
+    TextPlace m_start;
+    WorkflowAudit m_audit;
+    int m_step = 0;
+};
+
+}  // namespace
+
+WorkflowAudit AuditWorkflow(std::string_view bytes)
+{
+    TiXmlDocument document;
+    TextPlace start;
+    if (const auto fault = ParseGuardedXml(bytes, document, &start))
+        return {false, {{Severity::Error, "not-xml", fault->sentence, 0, fault->place}}, {}};
+    const TiXmlElement* const root = document.RootElement();
+    if (!root)
+        return {false, {{Severity::Error, "not-xml", "The file does not contain an XML document.", 0, {}}}, {}};
+    return CWorkflowAuditor(start).Look(*root);
+}

@@ -31,7 +31,7 @@ std::optional<XmlFault> ParseGuardedXml(std::string_view bytes, TiXmlDocument& d
 {
     std::size_t faultAt = 0;
     const auto checked = CheckedXml(bytes, {}, &faultAt);
-    if (!checked) return XmlFault{checked.Error(), faultAt == 0 ? TextPlace{} : PlaceOfByte(bytes, faultAt)};
+    if (!checked) return XmlFault{checked.Error(), faultAt == bytes.npos ? TextPlace{} : PlaceOfByte(bytes, faultAt)};
     const TextPlace from = PlaceOfByte(bytes, static_cast<std::size_t>(checked->data() - bytes.data()));
     if (start) *start = from;
     document.SetTabSize(1);

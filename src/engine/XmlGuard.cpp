@@ -228,11 +228,11 @@ Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& l
         if (faultAt) *faultAt = at;
         return Failure(std::move(sentence));
     };
-    if (bytes.size() > limits.bytes) return fail(0, "The file is too large for a sequence.");
+    if (bytes.size() > limits.bytes) return fail(kNone, "The file is too large for a sequence.");
     if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
     bytes.remove_prefix(std::min(bytes.find_first_not_of(kBlanks), bytes.size()));
-    if (bytes.empty()) return fail(0, "The file is empty.");
-    if (bytes.find('\0') != kNone || !IsValidUtf8(bytes)) return fail(0, "The file is not UTF-8 text.");
+    if (bytes.empty()) return fail(kNone, "The file is empty.");
+    if (bytes.find('\0') != kNone || !IsValidUtf8(bytes)) return fail(kNone, "The file is not UTF-8 text.");
     if (bytes.starts_with("<?xml")) {
         const std::size_t end = bytes.find("?>");
         if (end == kNone) return fail(place(bytes), "The XML document is cut off inside a tag or a comment.");

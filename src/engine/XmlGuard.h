@@ -19,6 +19,6 @@ struct XmlLimits {
 /// Accepts UTF-8 text whose tags and quotes are balanced within the limits; what an XML declaration says about the
 /// encoding has no effect. Document types and entity declarations are refused, and so are references to characters
 /// that do not exist. Runs in one pass, without recursion. `faultAt`, when given, learns at which byte a refused text
-/// is refused; 0 when it is as a whole.
+/// is refused; npos when it is as a whole.
 [[nodiscard]] Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits = {},
                                                     std::size_t* faultAt = nullptr);

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <filesystem>
 #include <limits>
-#include <set>
 
 namespace {
 
@@ -35,11 +34,6 @@ WorkflowValue AfterWriting(const WorkflowValue& value)
 TEST(WorkflowWriter, GivesEveryRealFileBackByteForByteExceptForWhatTheReaderDrops)
 {
     if (!fs::is_directory(FERRULE_SEQUENCES)) GTEST_SKIP() << "the folder of real sequences is not here";
-    // These hold instructions, separators, or the choice of a dialog.
-    const std::set<std::string> richer = {"add-footer-save-twice.sequ",        "compress-pictures-no-save-zh.sequ",
-                                          "compress-pictures-save-as.sequ",    "delete-all-comments-zh.sequ",
-                                          "delete-all-comments.sequ",          "export-folder-as-text-zh.sequ",
-                                          "optimize-for-web-lossless-zh.sequ", "outline-text-save-as.sequ"};
     int equal = 0;
     for (const auto& entry : fs::directory_iterator(FERRULE_SEQUENCES)) {
         const std::string name = entry.path().filename();
@@ -48,8 +42,12 @@ TEST(WorkflowWriter, GivesEveryRealFileBackByteForByteExceptForWhatTheReaderDrop
         ASSERT_TRUE(workflow) << name;
         const auto written = WriteWorkflow(*workflow);
         ASSERT_TRUE(written) << name << ": " << written.Error();
-        if (richer.contains(name)) continue;
-        EXPECT_EQ(*written, FileBytes(entry.path())) << name;
+        const std::string original = FileBytes(entry.path());
+        bool richer = false;
+        for (const char* dropped : {"<Instruction", "<Separator", "defaultCommand="})
+            richer = richer || original.find(dropped) != std::string::npos;
+        if (richer) continue;
+        EXPECT_EQ(*written, original) << name;
         ++equal;
     }
     EXPECT_GE(equal, 11);
@@ -67,8 +65,8 @@ TEST(WorkflowWriter, KeepsEveryValue)
         EXPECT_EQ(std::get<std::int32_t>(AfterWriting(value)), value);
     for (const double value : {0.0, -0.5, 36.0, 0.1234567890123, 1e-300, -1.7976931348623157e308, 1.0 / 3})
         EXPECT_EQ(std::get<double>(AfterWriting(value)), value);
-    for (const std::string bytes : {std::string(), std::string("\0", 1), std::string("\xFF\x00\x10", 3),
-                                    std::string("abcd"), std::string(1000, '\xAA')})
+    for (const std::string& bytes : {std::string(), std::string("\0", 1), std::string("\xFF\x00\x10", 3),
+                                     std::string("abcd"), std::string(1000, '\xAA')})
         EXPECT_EQ(std::get<WorkflowBinary>(AfterWriting(WorkflowBinary{bytes})).bytes, bytes);
     EXPECT_TRUE(std::get<WorkflowItems>(AfterWriting(WorkflowItems{})).entries.empty());
 }
@@ -101,8 +99,9 @@ TEST(WorkflowWriter, PutsTheItemsOfALevelIntoTheOrderOfACab)
                                              {"1a", true},
                                              {"007", true}}}));
     ASSERT_TRUE(xml);
+    const auto read = ParseWorkflow(*xml);
+    ASSERT_TRUE(read) << read.Error();
     std::string order;
-    for (const auto& [name, value] : ParseWorkflow(*xml)->groups[0].commands[0].parameters.entries)
-        order += name + ' ';
+    for (const auto& [name, value] : read->groups[0].commands[0].parameters.entries) order += name + ' ';
     EXPECT_EQ(order, "007 9 10 1a B a b ");
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/Overseer.h"
 #include "platform/Paths.h"
 
 namespace {
@@ -107,6 +108,7 @@ bool IsCompletePdfPath(std::string_view path)
 bool IsFolderWritable(const std::string& folder)
 {
     const auto path = UniqueUnderscore(WithTrailingSeparator(folder) + "__testfile.txt");
+    const platform::CUnwatched ownFile;
     if (!platform::CreateNewFile(path)) return false;
     (void)platform::DeleteFile(path);
     return true;

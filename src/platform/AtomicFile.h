@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 #include "platform/Files.h"
@@ -15,7 +16,8 @@ namespace platform {
 /// During a trial run nothing is created: what is written is dropped, and Commit asks the overseer and is done.
 class CAtomicFile {
 public:
-    /// Creates the temporary file; Result tells whether that worked.
+    /// Creates the temporary file; Result tells whether that worked. Fails: "exists" (Existing::Fail only), "is a
+    /// folder", "invalid argument" when the target is no regular file either, and what the system says.
     CAtomicFile(const std::string& target, Existing existing);
     CAtomicFile(const CAtomicFile&) = delete;
     CAtomicFile& operator=(const CAtomicFile&) = delete;
@@ -25,14 +27,18 @@ public:
     FileResult Result() const noexcept { return {m_error}; }
     /// Never throws: the first failure is kept, and later writes do nothing.
     void Write(const char* bytes, std::size_t length) noexcept;
-    /// Flushes, asks the overseer, puts the file in place and flushes the folder.
-    /// Fails: the target is as it was.
+    /// Flushes, asks the overseer, puts the file in place and flushes the folder. Once.
+    /// Fails: the target is as it was; "canceled" when the overseer refuses.
     FileResult Commit();
 
 private:
-    std::string m_target;
+    struct State;
+    FileResult Prepare(const std::string& target);
+    FileResult Complete();
+    void FlushBuffer() noexcept;
+
+    std::unique_ptr<State> m_state;
     int m_error = 0;
-  
 };
 
 }  // namespace platform

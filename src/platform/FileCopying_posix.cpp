@@ -1,14 +1,13 @@
-#include <fcntl.h>
 #include <strings.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <vector>
 
+#include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/Files.h"
+#include "platform/Oversight.h"
 
 namespace platform {
 namespace {
@@ -20,12 +19,12 @@ bool SameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b
 FileResult CopyBytes(int from, int to)
 {
     constexpr std::size_t kAtOnce = 1U << 30;
-    while (copy_file_range(from, nullptr, to, nullptr, kAtOnce, 0) > 0) {
+    while (calls::CopyRange(from, to, kAtOnce) > 0) {
     }
     // Where the kernel cannot copy by itself, or stopped early, the rest is copied here; at the end nothing is left.
     std::vector<char> buffer(1U << 18);
     for (;;) {
-        const ssize_t count = read(from, buffer.data(), buffer.size());
+        const ssize_t count = calls::Read(from, buffer.data(), buffer.size());
         if (count == 0) return {};
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return {errno};
@@ -37,83 +36,147 @@ FileResult CopyBytes(int from, int to)
 // File systems without owners and modes refuse these; the copy is good without them.
 void CopyAttributes(const struct stat& source, int to)
 {
-    (void)!fchmod(to, source.st_mode & kPermissionBits);
+    (void)calls::SetMode(to, source.st_mode & kPermissionBits);
     const timespec times[] = {source.st_atim, source.st_mtim};
-    (void)!futimens(to, times);
+    (void)calls::SetTimes(to, times);
 }
 
-FileResult CopyTo(const std::string& from, const std::string& target, Existing existing)
+/// Makes the copy beside its target. Fails: there is no copy.
+FileResult MakeCopy(const std::string& from, const std::string& target, CTemporaryFile& copy)
 {
     CDescriptor source;
     struct stat status;
     if (const auto opened = OpenRegular(from, source, status); !opened) return opened;
-    CTemporaryFile copy;
     if (const auto created = copy.CreateBeside(target, 0600); !created) return created;
     if (const auto copied = CopyBytes(source.Get(), copy.Descriptor()); !copied) return copied;
     CopyAttributes(status, copy.Descriptor());
-    return copy.Publish(target, existing);
+    return copy.Complete();
+}
+
+// As far as it can be told without making the copy.
+FileResult CheckCopying(const std::string& from, const std::string& target)
+{
+    const bool pretended = PretendedExistence(from) == true;
+    if (const auto readable = pretended ? FileResult{} : CheckReadable(from); !readable) return readable;
+    return CheckFolderOf(target);
+}
+
+FileResult CopyTo(const std::string& from, const std::string& target, Existing existing)
+{
+    CTemporaryFile copy;
+    const auto made = Pretending() ? CheckCopying(from, target) : MakeCopy(from, target, copy);
+    if (!made) return made;
+    const auto answer = AskOverseer(COverseer::Act::Put, Pretending() ? from : copy.Path(), target);
+    if (answer) return *answer;
+    const auto put = copy.PutInPlace(target, existing);
+    // The copy is in place by now; a folder that cannot be flushed is no failure.
+    if (put) (void)FlushFolderOf(target);
+    return put;
 }
 
 // What stands at the target and forbids to replace it. Devices and pipes are never replaced by a file.
 FileResult CheckReplaceable(const std::string& to)
 {
     struct stat target;
-    if (stat(to.c_str(), &target) != 0 || S_ISREG(target.st_mode)) return {};
+    bool isThere = false;
+    if (const auto asked = StatusIfThere(to, target, isThere); !asked) return asked;
+    if (!isThere || S_ISREG(target.st_mode)) return {};
     return {S_ISDIR(target.st_mode) ? EISDIR : EINVAL};
 }
 
 FileResult CheckFree(const std::string& to)
 {
     const auto replaceable = CheckReplaceable(to);
-    if (replaceable.errorNumber == EISDIR) return replaceable;
+    if (!replaceable && replaceable.errorNumber != EINVAL) return replaceable;
     return {NameExists(to) ? EEXIST : 0};
 }
 
 bool SameFile(const struct stat& source, const std::string& to)
 {
     struct stat target;
-    return stat(to.c_str(), &target) == 0 && SameFile(source, target);
+    return calls::Status(to, target) == 0 && SameFile(source, target);
 }
 
-std::string NameOf(const std::string& path)
-{
-    const auto slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
+std::string NameOf(const std::string& path) { return path.substr(FolderPrefix(path).size()); }
 
 bool SameFolder(const std::string& a, const std::string& b)
 {
-    const auto folderOf = [](const std::string& path) {
-        const auto slash = path.rfind('/');
-        return slash == std::string::npos ? std::string(".") : path.substr(0, slash + 1);
+    const auto statusOfFolder = [](const std::string& path, struct stat& status) {
+        const std::string folder = FolderPrefix(path);
+        return calls::Status(folder.empty() ? "." : folder, status) == 0;
     };
     struct stat statusA, statusB;
-    return stat(folderOf(a).c_str(), &statusA) == 0 && stat(folderOf(b).c_str(), &statusB) == 0 &&
-           SameFile(statusA, statusB);
+    return statusOfFolder(a, statusA) && statusOfFolder(b, statusB) && SameFile(statusA, statusB);
 }
 
-// Two names of one file. Renaming would succeed and leave both, so the old name is removed here; but only when it is
-// certainly another name, not the same one on another way or in another letter case.
-FileResult MoveOntoOtherName(const std::string& from, const std::string& to, const struct stat& source)
+// The same name on another way, or in another letter case.
+bool NamesAlike(const std::string& a, const std::string& b)
 {
-    const bool namesAlike = strcasecmp(NameOf(from).c_str(), NameOf(to).c_str()) == 0;
-    if (namesAlike && SameFolder(from, to)) return {rename(from.c_str(), to.c_str()) == 0 ? 0 : errno};
-    if (source.st_nlink < 2) return {};
-    return {unlink(from.c_str()) == 0 ? 0 : errno};
+    return strcasecmp(NameOf(a).c_str(), NameOf(b).c_str()) == 0 && SameFolder(a, b);
+}
+
+void FlushFoldersOf(const std::string& from, const std::string& to)
+{
+    (void)FlushFolderOf(to);
+    (void)FlushFolderOf(from);
 }
 
 FileResult MoveAcross(const std::string& from, const std::string& to, Existing existing)
 {
-    const auto slash = from.rfind('/');
-    const std::string sourceFolder = slash == std::string::npos ? "." : from.substr(0, slash + 1);
-    // Asked before the target is touched, and of the user that the file calls act for.
-    if (faccessat(AT_FDCWD, sourceFolder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) return {errno};
-    if (const auto copied = CopyTo(from, to, existing); !copied) return copied;
-    if (const auto flushed = FlushFolderOf(to); !flushed) return flushed;
-    if (unlink(from.c_str()) == 0) return {};
-    const int error = errno;
-    if (existing == Existing::Fail) unlink(to.c_str());
+    // Asked before the target is touched.
+    if (const auto writable = CheckFolderOf(from); !writable) return writable;
+    CTemporaryFile copy;
+    if (const auto made = MakeCopy(from, to, copy); !made) return made;
+    if (const auto put = copy.PutInPlace(to, existing); !put) return put;
+    int error = FlushFolderOf(to).errorNumber;
+    if (error == 0 && calls::Unlink(from) != 0) error = errno;
+    if (error != 0 && existing == Existing::Fail) calls::Unlink(to);
     return {error};
+}
+
+FileResult Rename(const std::string& from, const std::string& to, Existing existing)
+{
+    if (existing == Existing::Fail) return RenameExclusively(from, to);
+    return {calls::Rename(from, to) == 0 ? 0 : errno};
+}
+
+/// After all checks: asks, and does it.
+FileResult MoveNow(const std::string& from, const std::string& to, Existing existing)
+{
+    if (Pretending()) {
+        for (const auto* path : {&from, &to}) {
+            if (const auto writable = CheckFolderOf(*path); !writable) return writable;
+        }
+    }
+    if (const auto answer = AskOverseer(COverseer::Act::Move, from, to)) return *answer;
+    auto moved = Rename(from, to, existing);
+    if (moved.errorNumber == EXDEV) moved = MoveAcross(from, to, existing);
+    if (moved) FlushFoldersOf(from, to);
+    return moved;
+}
+
+// Two names of one file. Renaming would succeed and leave both, so the old name is removed here; but only when it is
+// certainly another name.
+FileResult MoveOntoOtherName(const std::string& from, const std::string& to, const struct stat& source)
+{
+    if (NamesAlike(from, to)) return Rename(from, to, Existing::Replace);
+    if (source.st_nlink < 2) return {};
+    if (const auto answer = AskOverseer(COverseer::Act::Move, from, to)) return *answer;
+    if (calls::Unlink(from) != 0) return {errno};
+    FlushFoldersOf(from, to);
+    return {};
+}
+
+FileResult MoveReplacing(const std::string& from, const std::string& to, const struct stat& source)
+{
+    if (const auto replaceable = CheckReplaceable(to); !replaceable) return replaceable;
+    struct stat target, content;
+    const bool onDisk = PretendedExistence(to) != false;
+    if (onDisk && calls::LinkStatus(to, target) == 0 && SameFile(source, target))
+        return MoveOntoOtherName(from, to, source);
+    // A link moved onto the file that it leads to would replace the only content by a link to itself.
+    if (S_ISLNK(source.st_mode) && calls::Status(from, content) == 0 && SameFile(content, to)) return {EINVAL};
+    return MoveNow(from, to, Existing::Replace);
 }
 
 }  // namespace
@@ -125,29 +188,41 @@ FileResult CopyFile(const std::string& from, const std::string& to, Existing exi
         return free ? CopyTo(from, to, existing) : free;
     }
     struct stat source;
-    if (stat(from.c_str(), &source) != 0) return {errno};
+    bool isThere = PretendedExistence(from) == true;
+    if (!isThere && calls::Status(from, source) != 0) return {errno};
     if (const auto replaceable = CheckReplaceable(to); !replaceable) return replaceable;
-    if (SameFile(source, to)) return {EINVAL};
-    return CopyTo(from, ThroughLinks(to), existing);
+    if (!isThere && SameFile(source, to)) return {EINVAL};
+    std::string end;
+    if (const auto followed = FollowLinks(to, end); !followed) return followed;
+    return CopyTo(from, end, existing);
 }
 
 FileResult MoveFile(const std::string& from, const std::string& to, Existing existing)
 {
-    struct stat source, target;
-    if (lstat(from.c_str(), &source) != 0) return {errno};
+    const auto pretended = PretendedExistence(from);
+    struct stat source {};
+    if (pretended == false) return {ENOENT};
+    if (calls::LinkStatus(from, source) != 0 && pretended != true) return {errno};
     if (S_ISDIR(source.st_mode)) return {EISDIR};
-    if (existing == Existing::Fail) {
-        if (const auto free = CheckFree(to); !free) return free;
-        const auto renamed = RenameExclusively(from, to);
-        return renamed.errorNumber == EXDEV ? MoveAcross(from, to, existing) : renamed;
+    if (existing == Existing::Replace) return MoveReplacing(from, to, source);
+    const auto free = CheckFree(to);
+    return free ? MoveNow(from, to, existing) : free;
+}
+
+FileResult DeleteFile(const std::string& path)
+{
+    const auto pretended = PretendedExistence(path);
+    struct stat status {};
+    if (pretended == false) return {ENOENT};
+    if (calls::LinkStatus(path, status) != 0 && pretended != true) return {errno};
+    if (S_ISDIR(status.st_mode)) return {EISDIR};
+    if (Pretending()) {
+        if (const auto writable = CheckFolderOf(path); !writable) return writable;
     }
-    if (const auto replaceable = CheckReplaceable(to); !replaceable) return replaceable;
-    if (lstat(to.c_str(), &target) == 0 && SameFile(source, target)) return MoveOntoOtherName(from, to, source);
-    // A link moved onto the file that it leads to would replace the only content by a link to itself.
-    struct stat content;
-    if (S_ISLNK(source.st_mode) && stat(from.c_str(), &content) == 0 && SameFile(content, to)) return {EINVAL};
-    if (rename(from.c_str(), to.c_str()) == 0) return {};
-    return errno == EXDEV ? MoveAcross(from, to, existing) : FileResult{errno};
+    if (const auto answer = AskOverseer(COverseer::Act::Delete, path, {})) return *answer;
+    if (calls::Unlink(path) != 0) return {errno};
+    (void)FlushFolderOf(path);
+    return {};
 }
 
 }  // namespace platform

@@ -6,11 +6,12 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <system_error>
 
+#include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
+#include "platform/Oversight.h"
 
 namespace platform {
 
@@ -18,33 +19,35 @@ std::string ErrorText(int errorNumber) { return std::generic_category().message(
 
 bool FileExists(const std::string& path)
 {
+    if (const auto pretended = PretendedExistence(path)) return *pretended;
     struct stat status;
-    return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+    return calls::Status(path, status) == 0 && !S_ISDIR(status.st_mode);
 }
 
 bool FolderExists(const std::string& path)
 {
     struct stat status;
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    return calls::Status(path, status) == 0 && S_ISDIR(status.st_mode);
 }
 
 bool NameExists(const std::string& path)
 {
+    if (const auto pretended = PretendedExistence(path)) return *pretended;
     struct stat status;
-    return lstat(path.c_str(), &status) == 0;
+    return calls::LinkStatus(path, status) == 0;
 }
 
 std::optional<std::uint64_t> FileSize(const std::string& path)
 {
     struct stat status;
-    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    if (calls::Status(path, status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
     return static_cast<std::uint64_t>(status.st_size);
 }
 
 std::optional<FileStamp> StampOf(const std::string& path)
 {
     struct stat status;
-    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    if (calls::Status(path, status) != 0) return std::nullopt;
     constexpr std::int64_t kNanosecondsOfSecond = 1'000'000'000;
     return FileStamp{.size = static_cast<std::uint64_t>(status.st_size),
                      .modifiedNanoseconds = status.st_mtim.tv_sec * kNanosecondsOfSecond + status.st_mtim.tv_nsec,
@@ -60,39 +63,46 @@ FileResult CheckReadable(const std::string& path)
     return OpenRegular(path, file, status);
 }
 
-FileResult DeleteFile(const std::string& path)
+namespace {
+
+FileResult CreateFolder(const std::string& path)
 {
-    struct stat status;
-    if (lstat(path.c_str(), &status) != 0) return {errno};
-    if (S_ISDIR(status.st_mode)) return {EISDIR};
-    return {unlink(path.c_str()) == 0 ? 0 : errno};
+    if (calls::MakeFolder(path) == 0) return {};
+    const int error = errno;
+    if (FolderExists(path)) return {};
+    return {error == EEXIST ? ENOTDIR : error};
 }
+
+}  // namespace
 
 FileResult CreateFolders(const std::string& path)
 {
     if (path.empty()) return {ENOENT};
-    std::error_code error;
-    std::filesystem::create_directories(path, error);
     if (FolderExists(path)) return {};
-    return {error ? error.value() : ENOTDIR};
+    for (auto end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
+        const std::string above = path.substr(0, end);
+        if (FolderExists(above)) continue;
+        if (const auto created = CreateFolder(above); !created) return created;
+    }
+    return CreateFolder(path);
 }
 
 FileResult CreateNewFile(const std::string& path)
 {
-    const CDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    const CDescriptor file(calls::Open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     return {file.Valid() ? 0 : errno};
 }
 
 Stream OpenStream(const std::string& path, const char* mode, FileResult* result)
 {
-    Stream stream(std::fopen(path.c_str(), (std::string(mode) + 'e').c_str()));
+    Stream stream(calls::OpenStream(path, mode));
     if (result) *result = {stream ? 0 : errno};
     return stream;
 }
 
 std::string CanonicalPath(const std::string& path)
 {
-    const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
+    const std::unique_ptr<char, decltype(&std::free)> resolved(calls::RealPath(path), &std::free);
     return resolved ? resolved.get() : std::string();
 }
 
@@ -103,7 +113,7 @@ FileResult ReadAtMost(int descriptor, std::uint64_t maxBytes, std::string& bytes
 {
     char buffer[1U << 14];
     for (;;) {
-        const ssize_t count = read(descriptor, buffer, sizeof buffer);
+        const ssize_t count = calls::Read(descriptor, buffer, sizeof buffer);
         if (count == 0) return {};
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return {errno};
@@ -137,14 +147,16 @@ std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t 
 FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode)
 {
     struct stat status;
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    if (calls::Status(path, status) == 0 && !S_ISREG(status.st_mode)) {
         return {S_ISDIR(status.st_mode) ? EISDIR : EINVAL};
     }
-    const std::string target = ThroughLinks(path);
+    std::string target;
+    if (const auto followed = FollowLinks(path, target); !followed) return followed;
     CTemporaryFile file;
     if (const auto created = file.CreateBeside(target, mode); !created) return created;
     if (const auto written = WriteAll(file.Descriptor(), bytes); !written) return written;
-    if (const auto published = file.Publish(target, Existing::Replace); !published) return published;
+    if (const auto completed = file.Complete(); !completed) return completed;
+    if (const auto put = file.PutInPlace(target, Existing::Replace); !put) return put;
     return FlushFolderOf(target);
 }
 

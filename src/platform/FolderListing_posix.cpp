@@ -8,6 +8,7 @@
 #include <cwchar>
 #include <memory>
 
+#include "platform/FileCalls_posix.h"
 #include "platform/Files.h"
 
 namespace platform {
@@ -61,8 +62,7 @@ FileResult ReadEntries(DIR* folder, const std::string& prefix, std::vector<Liste
 {
     const CUtf8Locale locale;
     for (;;) {
-        errno = 0;
-        const dirent* found = readdir(folder);
+        const dirent* found = calls::ReadFolder(folder);
         if (!found) return {errno};
         std::string name = found->d_name;
         if (name == "." || name == "..") continue;
@@ -74,7 +74,8 @@ FileResult ReadEntries(DIR* folder, const std::string& prefix, std::vector<Liste
 
 FileResult List(const std::string& path, std::vector<Listed>& listed)
 {
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), [](DIR* open) { return closedir(open); });
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(calls::OpenFolder(path),
+                                                     [](DIR* open) { return closedir(open); });
     if (!folder) return {errno};
     return ReadEntries(folder.get(), path.ends_with('/') ? path : path + '/', listed);
 }

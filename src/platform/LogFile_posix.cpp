@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 
 namespace platform {
@@ -16,11 +17,11 @@ namespace {
 FileResult Claim(int descriptor)
 {
     struct stat status;
-    if (fstat(descriptor, &status) != 0) return {errno};
+    if (calls::StatusOf(descriptor, status) != 0) return {errno};
     if (!S_ISREG(status.st_mode)) return {EINVAL};
     // The lock belongs to this open file, so it also holds against a second open in this process. A file system
     // without locks must not cost the log.
-    if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return {EWOULDBLOCK};
+    if (calls::Lock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return {EWOULDBLOCK};
     return {};
 }
 
@@ -39,10 +40,10 @@ CLogFile::~CLogFile() { Close(); }
 FileResult CLogFile::Open(const std::string& path, bool append)
 {
     Close();
-    CDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644));
+    CDescriptor file(calls::Open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644));
     if (!file.Valid()) return {errno};
     if (const auto claimed = Claim(file.Get()); !claimed) return claimed;
-    if (!append && ftruncate(file.Get(), 0) != 0) return {errno};
+    if (!append && calls::Truncate(file.Get(), 0) != 0) return {errno};
     m_file = file.Release();
     return {};
 }
@@ -57,7 +58,7 @@ std::string CLogFile::Read(std::size_t maxBytes)
     std::string bytes(IsOpen() ? maxBytes : 0, '\0');
     std::size_t filled = 0;
     while (filled < bytes.size()) {
-        const ssize_t count = read(static_cast<int>(m_file), bytes.data() + filled, bytes.size() - filled);
+        const ssize_t count = calls::Read(static_cast<int>(m_file), bytes.data() + filled, bytes.size() - filled);
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) break;
         filled += static_cast<std::size_t>(count);
@@ -70,7 +71,7 @@ bool CLogFile::SeekBegin() { return IsOpen() && lseek(static_cast<int>(m_file), 
 
 bool CLogFile::SeekEnd() { return IsOpen() && lseek(static_cast<int>(m_file), 0, SEEK_END) >= 0; }
 
-bool CLogFile::Truncate() { return IsOpen() && ftruncate(static_cast<int>(m_file), 0) == 0; }
+bool CLogFile::Truncate() { return IsOpen() && calls::Truncate(static_cast<int>(m_file), 0) == 0; }
 
 bool CLogFile::Flush() { return IsOpen() && FlushDescriptor(static_cast<int>(m_file)).Ok(); }
 

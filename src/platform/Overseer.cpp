@@ -1,6 +1,9 @@
 #include "platform/Overseer.h"
 
+#include <cerrno>
 #include <utility>
+
+#include "platform/Oversight.h"
 
 namespace platform {
 namespace {
@@ -16,8 +19,25 @@ COverseer* Overseer() { return installed; }
 
 void SetTemporaryTag(const std::string& tag) { temporaryTag = tag; }
 
-std::string TemporaryTag() { return temporaryTag; }
-
 std::string TemporaryPrefix(const std::string& tag) { return tag.empty() ? ".ferrule-" : ".ferrule-" + tag + '-'; }
+
+std::string OwnTemporaryPrefix() { return TemporaryPrefix(temporaryTag); }
+
+std::optional<FileResult> AskOverseer(COverseer::Act act, const std::string& file, const std::string& target)
+{
+    if (!installed) return std::nullopt;
+    const auto answer = installed->Ask(act, file, target);
+    if (answer == COverseer::Answer::Refuse) return FileResult{ECANCELED};
+    // In a trial run nothing was prepared that could be done.
+    if (answer == COverseer::Answer::Pretend || Pretending()) return FileResult{};
+    return std::nullopt;
+}
+
+bool Pretending() { return installed && installed->Pretends(); }
+
+std::optional<bool> PretendedExistence(const std::string& path)
+{
+    return Pretending() ? installed->Exists(path) : std::nullopt;
+}
 
 }  // namespace platform

@@ -41,6 +41,18 @@ COverseer* InstallOverseer(COverseer* overseer);
 /// Null when none is installed.
 COverseer* Overseer();
 
+/// While it lives, the file services of this module ask nobody: for files that are nobody's documents.
+class CUnwatched {
+public:
+    CUnwatched() : m_former(InstallOverseer(nullptr)) {}
+    CUnwatched(const CUnwatched&) = delete;
+    CUnwatched& operator=(const CUnwatched&) = delete;
+    ~CUnwatched() { InstallOverseer(m_former); }
+
+private:
+    COverseer* m_former;
+};
+
 /// From now on the names of this module's temporary files begin with ".ferrule-<tag>-", so that whoever gave out the
 /// tag can find what a killed process left. Letters and digits only.
 void SetTemporaryTag(const std::string& tag);

@@ -9,8 +9,10 @@
 #include <cerrno>
 
 #include "platform/Environment.h"
+#include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/Files.h"
+#include "platform/Oversight.h"
 #include "platform/Processes_posix.h"
 
 namespace platform {
@@ -22,10 +24,7 @@ std::string WithoutQuotes(const std::string& program)
     return quoted ? program.substr(1, program.size() - 2) : program;
 }
 
-bool IsExecutable(const std::string& path)
-{
-    return FileExists(path) && faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
-}
+bool IsExecutable(const std::string& path) { return FileExists(path) && calls::Access(path, X_OK) == 0; }
 
 // Looked up before the fork: afterwards only calls that need no locks are safe.
 std::string FindProgram(const std::string& program)
@@ -90,7 +89,9 @@ bool OpenWithShell(const std::string& program, const std::string& argument)
 {
     const std::string path = FindProgram(WithoutQuotes(program));
     int ends[2];
-    if (path.empty() || pipe2(ends, O_CLOEXEC) != 0) return false;
+    if (path.empty() || !IsExecutable(path)) return false;
+    if (const auto answer = AskOverseer(COverseer::Act::Start, argument, path)) return answer->Ok();
+    if (!MakePipe(ends)) return false;
     const CDescriptor reader(ends[0]);
     CDescriptor writer(ends[1]);
     const pid_t middle = fork();

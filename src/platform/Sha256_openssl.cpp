@@ -1,12 +1,11 @@
-#include <fcntl.h>
 #include <openssl/evp.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <new>
 #include <vector>
 
+#include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/Sha256.h"
 
@@ -55,7 +54,7 @@ FileResult AddFile(const std::string& path, CSha256& digest)
     if (const auto opened = OpenRegular(path, file, status); !opened) return opened;
     std::vector<char> buffer(kReadAtOnce);
     for (;;) {
-        const ssize_t count = read(file.Get(), buffer.data(), buffer.size());
+        const ssize_t count = calls::Read(file.Get(), buffer.data(), buffer.size());
         if (count == 0) return {};
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return {errno};

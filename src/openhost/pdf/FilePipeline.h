@@ -3,7 +3,7 @@
 
 #include <qpdf/Pipeline.hh>
 
-#include "openhost/pdf/AtomicFile.h"
+#include "openhost/pdf/OutputFile.h"
 
 namespace openhost {
 
@@ -11,7 +11,7 @@ namespace openhost {
 /// exception ends the process. The caller asks the file for the failure.
 class CFilePipeline final : public Pipeline {
 public:
-    explicit CFilePipeline(CAtomicFile& file) : Pipeline("file", nullptr), m_file(file) {}
+    explicit CFilePipeline(COutputFile& file) : Pipeline("file", nullptr), m_file(file) {}
     void write(unsigned char const* data, size_t length) override
     {
         m_file.Write(reinterpret_cast<const char*>(data), length);
@@ -19,7 +19,7 @@ public:
     void finish() override {}
 
 private:
-    CAtomicFile& m_file;
+    COutputFile& m_file;
 };
 
 }  // namespace openhost

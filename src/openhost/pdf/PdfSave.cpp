@@ -1,9 +1,9 @@
 #include <qpdf/Buffer.hh>
 #include <qpdf/QPDFWriter.hh>
 
-#include "openhost/pdf/AtomicFile.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/FilePipeline.h"
+#include "openhost/pdf/OutputFile.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfGuard.h"
 #include "openhost/pdf/Xmp.h"
@@ -52,7 +52,7 @@ void ApplySecurity(QPDFWriter& writer, const CPdfDocument::State& state)
 /// Ends the writing between two objects when the client cancels or the disk is full.
 class CSaveProgress final : public QPDFWriter::ProgressReporter {
 public:
-    CSaveProgress(const PdfSaveOptions& options, const CAtomicFile& file, std::string name)
+    CSaveProgress(const PdfSaveOptions& options, const COutputFile& file, std::string name)
         : m_options(options), m_file(file), m_name(std::move(name))
     {
     }
@@ -67,11 +67,11 @@ public:
 
 private:
     const PdfSaveOptions& m_options;
-    const CAtomicFile& m_file;
+    const COutputFile& m_file;
     std::string m_name;
 };
 
-void WriteInto(CAtomicFile& file, CPdfDocument::State& state, const PdfSaveOptions& options,
+void WriteInto(COutputFile& file, CPdfDocument::State& state, const PdfSaveOptions& options,
                const std::string& target, bool linearise)
 {
     CFilePipeline pipeline(file);
@@ -92,9 +92,9 @@ void WriteInto(CAtomicFile& file, CPdfDocument::State& state, const PdfSaveOptio
     }
 }
 
-CAtomicFile::Existing WhatExists(const PdfSaveOptions& options)
+platform::Existing WhatExists(const PdfSaveOptions& options)
 {
-    return options.mustNotExist ? CAtomicFile::Existing::Fail : CAtomicFile::Existing::Replace;
+    return options.mustNotExist ? platform::Existing::Fail : platform::Existing::Replace;
 }
 
 /// The library cannot linearise every document. Fast display in a browser is no reason to lose a save: such a
@@ -102,7 +102,7 @@ CAtomicFile::Existing WhatExists(const PdfSaveOptions& options)
 void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target)
 {
     const auto write = [&](bool linearise) {
-        CAtomicFile file(target, WhatExists(options));
+        COutputFile file(target, WhatExists(options));
         WriteInto(file, state, options, target, linearise);
         file.Commit();
     };

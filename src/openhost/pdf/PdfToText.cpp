@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "openhost/pdf/AtomicFile.h"
 #include "openhost/pdf/Conversions.h"
 #include "openhost/pdf/DocumentState.h"
+#include "openhost/pdf/OutputFile.h"
 #include "openhost/pdf/PdfGuard.h"
 
 namespace openhost {
@@ -32,8 +32,7 @@ void PdfToText(CPdfDocument& document, const TextOutput& output)
         throw CPdfError(PdfProblem::NotPermitted, document.Description() + ": copying text is not permitted");
     }
     Guarded(output.path, PdfProblem::Internal, [&] {
-        CAtomicFile file(output.path,
-                         output.mustNotExist ? CAtomicFile::Existing::Fail : CAtomicFile::Existing::Replace);
+        COutputFile file(output.path, output.mustNotExist ? platform::Existing::Fail : platform::Existing::Replace);
         const auto engine = NewTextEngine();
         LoadPresentState(*engine, document);
         // A damaged document may claim pages that nobody can read.

@@ -119,7 +119,9 @@ void CheckRows(const std::string& targetParent, bool move)
             EXPECT_EQ(fs::symlink_status(to).type(), before);
             EXPECT_TRUE(row.target != Target::File || FileBytes(to) == "old");
         }
-        EXPECT_EQ(target.EntryCount(), 1u) << "leftovers";
+        // A link is kept by a copy and given up by a move.
+        const bool besideLink = row.error == 0 && !move && row.target == Target::DanglingLink;
+        EXPECT_EQ(target.EntryCount(), besideLink ? 2u : 1u) << "leftovers";
     }
 }
 

@@ -1,0 +1,32 @@
+#ifndef FERRULE_OPENHOST_PDF_OUTPUT_FILE_H
+#define FERRULE_OPENHOST_PDF_OUTPUT_FILE_H
+
+#include <cstddef>
+#include <string>
+
+#include "platform/AtomicFile.h"
+
+namespace openhost {
+
+/// The file that a document or its text is written to: complete or not at all, see platform::CAtomicFile. What goes
+/// wrong is a CPdfError about the target.
+class COutputFile {
+public:
+    /// Creates the temporary file. Fails: CPdfError Exists, NoAccess, NotAFile, DiskFull, CannotWrite.
+    COutputFile(const std::string& target, platform::Existing existing);
+
+    /// Does not throw: the first failure is kept, later writes do nothing, and Commit reports it.
+    void Write(const char* bytes, std::size_t length) noexcept { m_file.Write(bytes, length); }
+    /// Throws when a write failed.
+    void Check() const;
+    /// Puts the file in place. Fails: CPdfError, also Cancelled; the target is then as it was.
+    void Commit();
+
+private:
+    std::string m_target;
+    platform::CAtomicFile m_file;
+};
+
+}  // namespace openhost
+
+#endif

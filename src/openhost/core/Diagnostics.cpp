@@ -12,9 +12,14 @@ void CDiagnostics::Say(std::string_view remark)
         m_listener(remark);
         return;
     }
-    std::fprintf(stderr, "ferrule-host: %.*s\n", static_cast<int>(remark.size()), remark.data());
+    SayOnStandardError(remark);
 }
 
 void Diagnose(std::string_view remark) { Part<CDiagnostics>().Say(remark); }
+
+void SayOnStandardError(std::string_view remark)
+{
+    std::fprintf(stderr, "ferrule-host: %.*s\n", static_cast<int>(remark.size()), remark.data());
+}
 
 }  // namespace openhost

@@ -20,6 +20,8 @@ private:
 
 /// Says one remark about the host or a plug-in, for the person who operates the host.
 void Diagnose(std::string_view remark);
+/// Where remarks go that nobody hears.
+void SayOnStandardError(std::string_view remark);
 
 }  // namespace openhost
 

@@ -24,6 +24,15 @@ void Tell(const std::function<void(PDDoc)>& listener, PDDoc document)
     if (listener) listener(document);
 }
 
+bool IsSigned(CPdfDocument& pdf)
+{
+    try {
+        return pdf.IsSigned();
+    } catch (const CPdfError&) {
+        return false;  // nobody finds signatures in what cannot be read
+    }
+}
+
 void DropFile(CHostDocument& document)
 {
     if (document.file) CloseFile(std::exchange(document.file, nullptr));
@@ -165,6 +174,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
     if (other != m_byKey.end() && other->second != handle)
         Raise(pdErrAlreadyOpen, target + ": cannot be replaced, because it is open as another document");
     Tell(events.willSave, handle);
+    const bool breaksSignatures = IsSigned(document.pdf);
     ASErrorCode failed = 0;
     try {
         PdfSaveOptions options;
@@ -180,6 +190,10 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         failed = raise.Code();
         if (events.didSave) events.didSave(handle, failed);
         throw;
+    }
+    if (breaksSignatures) {
+        Diagnose(target + ": signatures broken");
+        Tell(events.didBreakSignatures, handle);
     }
     if (!request.copy) {
         DropFile(document);

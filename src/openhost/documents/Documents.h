@@ -46,6 +46,8 @@ struct DocumentSaveRequest {
 struct DocumentEvents {
     std::function<void(PDDoc)> didOpen, willSave, willClose, didClose;
     std::function<void(PDDoc, ASErrorCode)> didSave;
+    /// A signed document was written as a whole, which makes its signatures worthless.
+    std::function<void(PDDoc)> didBreakSignatures;
 };
 
 /// All open documents. Every failure is a CHostRaise whose message names the file and the reason.

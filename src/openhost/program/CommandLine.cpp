@@ -6,6 +6,8 @@
 #include <filesystem>
 
 #include "openhost/app/AppState.h"
+#include "openhost/jobs/RecordFile.h"
+#include "openhost/jobs/WorkerLink.h"
 #include "openhost/program/EventLoop.h"
 #include "openhost/program/OpenHost.h"
 #include "openhost/program/PasswordFile.h"
@@ -35,6 +37,8 @@ struct Arguments {
     bool stay = false;
     bool verbose = false;
     bool noQuitItem = false;
+    bool worker = false;
+    std::string recordFile;
 };
 
 void Declare(CLI::App& app, Arguments& arguments)
@@ -53,6 +57,13 @@ void Declare(CLI::App& app, Arguments& arguments)
         ->type_name("FILE");
     app.add_flag("--stay", arguments.stay, "Go on until a plug-in asks the host to quit");
     app.add_flag("--verbose", arguments.verbose, "Say what is loaded and how every file ends");
+    auto* const worker = app.add_flag("--worker", arguments.worker,
+                                      "Take job and input files from standard input and tell on standard output how "
+                                      "it goes, line by line; ferrule run starts its hosts so");
+    app.add_option("--record", arguments.recordFile,
+                   "Write what became of each input file, one line of JSON each; a file that is there is replaced")
+        ->type_name("FILE")
+        ->excludes(worker);
     app.add_flag("--no-quit-item", arguments.noQuitItem, "Leave the Quit item out of the menus")->group("");
 }
 
@@ -68,6 +79,29 @@ int Fail(const std::string& message)
     return kExitBroken;
 }
 
+/// Where the job comes from, when it does not come from the environment alone; says why it cannot.
+bool TakeJobs(const Arguments& arguments, OpenHostOptions& options)
+{
+    if (arguments.worker) {
+        const auto streams = CLineStream::TakeStandardStreams();
+        if (!streams) {
+            Fail("the standard streams cannot be used");
+            return false;
+        }
+        options.jobs = std::make_shared<CWorkerLink>(streams->first, streams->second);
+        options.sayRun = false;
+    }
+    if (!arguments.recordFile.empty()) {
+        platform::FileResult result;
+        options.jobs = CRecordFile::Create(arguments.recordFile, &result);
+        if (!options.jobs) {
+            Fail(arguments.recordFile + ": cannot be written: " + platform::ErrorText(result.errorNumber));
+            return false;
+        }
+    }
+    return true;
+}
+
 int RunHost(const Arguments& arguments)
 {
     OpenHostOptions options;
@@ -75,6 +109,7 @@ int RunHost(const Arguments& arguments)
     options.quitItem = !arguments.noQuitItem;
     options.stay = arguments.stay;
     options.verbose = arguments.verbose;
+    if (!TakeJobs(arguments, options)) return kExitBroken;
     if (!arguments.passwordFile.empty()) {
         auto passwords = ReadPasswordFile(arguments.passwordFile);
         if (!passwords) return Fail("the password file " + arguments.passwordFile + " cannot be read");

@@ -7,7 +7,8 @@
 #include "openhost/app/AppState.h"
 #include "openhost/app/IdleProcedures.h"
 #include "openhost/core/Diagnostics.h"
-#include "openhost/program/RunRecord.h"
+#include "openhost/jobs/Jobs.h"
+#include "openhost/jobs/RunRecord.h"
 
 namespace openhost {
 
@@ -44,7 +45,7 @@ int CodeWithoutQuit()
 int CodeOfRuns()
 {
     const auto& record = Part<CRunRecord>();
-    if (record.Broken()) return kExitBroken;
+    if (record.Broken() || Part<CJobs>().Source().Broken()) return kExitBroken;
     return record.Saved() == record.Files() ? kExitFine : kExitSomeFailed;
 }
 

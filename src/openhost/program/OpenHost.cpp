@@ -13,8 +13,9 @@
 #include "openhost/documents/Documents.h"
 #include "openhost/documents/Slots.h"
 #include "openhost/files/Slots.h"
+#include "openhost/jobs/Jobs.h"
+#include "openhost/jobs/RunRecord.h"
 #include "openhost/program/EventLoop.h"
-#include "openhost/program/RunRecord.h"
 #include "openhost/values/Slots.h"
 
 namespace openhost {
@@ -41,6 +42,13 @@ void SayLoaded()
     }
 }
 
+void SayThrough(const std::shared_ptr<CJobSource>& source)
+{
+    Part<CDiagnostics>().SetListener([source](std::string_view remark) {
+        if (!source->Remark(remark)) SayOnStandardError(remark);
+    });
+}
+
 /// Whatever plug-ins left open; nothing of it is saved.
 void CloseViews()
 {
@@ -65,11 +73,15 @@ COpenHost::~COpenHost() { ShutDown(); }
 
 void COpenHost::Prepare()
 {
+    if (m_options.jobs) SayThrough(m_options.jobs);
     if (m_options.diagnostics) Part<CDiagnostics>().SetListener(m_options.diagnostics);
     if (m_options.clockMilliseconds) Part<AppClock>().milliseconds = m_options.clockMilliseconds;
     Part<AppSettings>().majorVersion = m_options.majorVersion;
     Part<AppSettings>().quitItem = m_options.quitItem;
     Part<CRunRecord>().verbose = m_options.verbose;
+    Part<CRunRecord>().silent = !m_options.sayRun;
+    if (m_options.jobs) Part<CJobs>().TakeFrom(m_options.jobs);
+    Part<CDocuments>().events.didBreakSignatures = [](PDDoc) { Part<CJobs>().Ledger().SignaturesBroken(); };
     Part<CDocuments>().passwordCandidates = m_options.passwordCandidates;
     OfferAllSlots(Tables());
     if (m_options.afterOffering) m_options.afterOffering(Tables());

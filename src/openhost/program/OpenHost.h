@@ -10,6 +10,7 @@
 
 #include "openhost/core/Host.h"
 #include "openhost/core/Tables.h"
+#include "openhost/jobs/JobSource.h"
 #include "openhost/program/PlugIns.h"
 
 namespace openhost {
@@ -21,7 +22,9 @@ struct OpenHostOptions {
     bool verbose = false;
     std::vector<std::string> passwordCandidates;  ///< UTF-8, tried in this order on encrypted documents
     std::vector<PlugInSource> plugIns;            ///< loaded in this order
-    /// Gets the host's remarks, one line each; absent: standard error.
+    std::shared_ptr<CJobSource> jobs;             ///< absent: a run without a job
+    bool sayRun = true;                           ///< remarks tell how files and run ended
+    /// Gets the host's remarks, one line each; absent: the source of the job, or standard error.
     std::function<void(std::string_view)> diagnostics;
     /// May exchange entries of the tables; called once, before the first plug-in is.
     std::function<void(CTables&)> afterOffering;

@@ -1,5 +1,5 @@
-#ifndef FERRULE_OPENHOST_PROGRAM_RUN_RECORD_H
-#define FERRULE_OPENHOST_PROGRAM_RUN_RECORD_H
+#ifndef FERRULE_OPENHOST_JOBS_RUN_RECORD_H
+#define FERRULE_OPENHOST_JOBS_RUN_RECORD_H
 
 #include <array>
 #include <string>
@@ -13,6 +13,7 @@ namespace openhost {
 class CRunRecord {
 public:
     bool verbose = false;  ///< says every file, not only those that did not come out
+    bool silent = false;   ///< says nothing: somebody gets the records
 
     void RunStarts();
     void FileDone(std::string_view path, ASInt32 outcome, std::string_view message);
@@ -35,9 +36,6 @@ private:
     bool m_told = false;
     bool m_broken = false;
 };
-
-/// Offers the table through which plug-ins tell of their runs. Once for each host.
-void OfferJobsTable();
 
 }  // namespace openhost
 

@@ -1,4 +1,4 @@
-#include "openhost/program/RunRecord.h"
+#include "openhost/jobs/RunRecord.h"
 
 #include <numeric>
 
@@ -38,7 +38,7 @@ void CRunRecord::FileDone(std::string_view path, ASInt32 outcome, std::string_vi
     m_told = true;
     const int counted = outcome >= 0 && outcome < kOutcomes ? outcome : kJobFileFailed;
     ++m_counts[static_cast<std::size_t>(counted)];
-    if (counted == kJobFileSaved && !verbose) return;
+    if (silent || (counted == kJobFileSaved && !verbose)) return;
     Diagnose(WithMessage(kOutcomeWords[counted] + std::string(": ") + OneLine(path), message));
 }
 
@@ -47,6 +47,7 @@ void CRunRecord::RunEnds(ASInt32 end, std::string_view message)
     m_told = true;
     if (m_running > 0) --m_running;
     if (end != kJobRunFinished) m_broken = true;
+    if (silent) return;
     if (end == kJobRunNotStarted)
         Diagnose(WithMessage("the run did not start", message));
     else if (end != kJobRunFinished)

@@ -1,0 +1,164 @@
+#include "openhost/jobs/Ledger.h"
+
+#include <algorithm>
+
+namespace openhost {
+
+namespace {
+
+using Act = platform::COverseer::Act;
+
+const char* WordOf(Act act)
+{
+    switch (act) {
+        case Act::Put:
+            return "put";
+        case Act::Move:
+            return "move";
+        case Act::Delete:
+            return "delete";
+        case Act::Start:
+            return "start";
+    }
+    return "";
+}
+
+}  // namespace
+
+CLedger::CLedger(CJobSource& source, std::function<std::uint64_t()> clock)
+    : m_source(source), m_clock(std::move(clock))
+{
+    m_file.beganAt = m_clock();
+}
+
+void CLedger::InputBegins(const JobInputFile& input)
+{
+    m_file = {};
+    m_file.beganAt = m_clock();
+    m_file.input = input;
+    NoteBefore(input.path);
+}
+
+/// Looked at only the first time: later the path may hold something that this run has put there.
+void CLedger::NoteBefore(const std::string& path)
+{
+    if (!m_source.WantsRecords() || m_file.before.contains(path)) return;
+    Content content;
+    if (const auto identity = IdentityOf(path)) content = {identity->size, m_hashes.Of(path)};
+    m_file.before[path] = std::move(content);
+}
+
+CLedger::Answer CLedger::Ask(Act act, const std::string& file, const std::string& target)
+{
+    if (!m_source.WantsRecords()) return AskSource({act, m_file.finalActionBegun, file, target, {}, {}, false});
+    SettleLast();
+    Deed deed{act, m_file.finalActionBegun, file, target, {}, IdentityOf(file)};
+    // A run that finds its inputs itself does not tell which one it is at: whatever is going to change may be it.
+    if (!m_file.input) NoteBefore(act == Act::Put ? target : file);
+    if (deed.identity) deed.sha256 = m_hashes.Of(file);
+    const Answer answer = AskSource(deed);
+    deed.done = answer != Answer::Refuse;
+    m_file.unsettled = answer == Answer::Go;
+    m_file.deeds.push_back(std::move(deed));
+    return answer;
+}
+
+CLedger::Answer CLedger::AskSource(const Deed& deed)
+{
+    const int number = m_file.input ? m_file.input->number : 0;
+    return m_source.MayAct({number, deed.finalAction, deed.act, deed.file, deed.target, deed.sha256});
+}
+
+std::optional<bool> CLedger::Exists(const std::string& path) const
+{
+    return m_source.Pretends() ? m_source.Exists(path) : std::nullopt;
+}
+
+void CLedger::SettleLast()
+{
+    if (!m_file.unsettled) return;
+    m_file.unsettled = false;
+    Deed& deed = m_file.deeds.back();
+    deed.done = HasHappened(deed);
+    if (deed.done && deed.identity && (deed.act == Act::Put || deed.act == Act::Move))
+        m_hashes.Renamed(*deed.identity, deed.target);
+}
+
+bool CLedger::HasHappened(const Deed& deed)
+{
+    switch (deed.act) {
+        case Act::Put: {
+            const auto there = IdentityOf(deed.target);
+            if (!there || !deed.identity) return false;
+            return there->SameFile(*deed.identity) ||
+                   (there->size == deed.identity->size && m_hashes.Of(deed.target) == deed.sha256);
+        }
+        case Act::Move:
+            return !NameIsTaken(deed.file) && NameIsTaken(deed.target);
+        case Act::Delete:
+            return !NameIsTaken(deed.file);
+        case Act::Start:
+            return true;  // whether it could be started shows in the file's outcome
+    }
+    return false;
+}
+
+std::vector<FileRecord::Output> CLedger::Outputs() const
+{
+    std::vector<FileRecord::Output> outputs;
+    for (const Deed& deed : m_file.deeds) {
+        if (deed.finalAction || !deed.done || deed.act != Act::Put) continue;
+        std::erase_if(outputs, [&](const auto& output) { return output.path == deed.target; });
+        outputs.push_back({deed.target, deed.sha256});
+    }
+    return outputs;
+}
+
+std::optional<FileRecord::FinalAction> CLedger::FinalActionOf(int outcome) const
+{
+    if (!m_file.finalActionBegun) return std::nullopt;
+    const bool fine = outcome == kJobFileSaved || outcome == kJobFileCopiedUnchanged;
+    std::optional<FileRecord::FinalAction> action;
+    for (const Deed& deed : m_file.deeds) {
+        if (!deed.finalAction) continue;
+        // Across file systems a file is moved by putting a copy and deleting the file.
+        const bool secondHalf = action && action->act == "put" && deed.act == Act::Delete;
+        const std::string target = secondHalf ? action->target : deed.target;
+        const bool done = deed.act == Act::Start ? deed.done && fine : deed.done;
+        action = {secondHalf ? "move" : WordOf(deed.act), target, done};
+    }
+    if (!action && !fine) action.emplace();
+    return action;
+}
+
+FileRecord CLedger::NewRecord(const std::string& path)
+{
+    FileRecord record;
+    record.number = m_file.input ? m_file.input->number : m_filesDone;
+    record.path = m_file.input ? m_file.input->path : path;
+    NoteBefore(record.path);
+    if (const auto before = m_file.before.find(record.path); before != m_file.before.end()) {
+        record.size = before->second.size;
+        record.sha256 = before->second.sha256;
+    }
+    return record;
+}
+
+FileRecord CLedger::FileDone(const std::string& path, int outcome, const std::string& message)
+{
+    SettleLast();
+    ++m_filesDone;
+    FileRecord record = NewRecord(path);
+    record.outcome = outcome;
+    record.message = message;
+    record.outputs = Outputs();
+    record.finalAction = FinalActionOf(outcome);
+    record.signaturesBroken = m_file.signaturesBroken;
+    const std::uint64_t now = m_clock();
+    record.milliseconds = now - std::min(m_file.beganAt, now);
+    m_file = {};
+    m_file.beganAt = now;
+    return record;
+}
+
+}  // namespace openhost

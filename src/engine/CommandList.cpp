@@ -10,25 +10,6 @@
 
 namespace {
 
-std::optional<std::string> HandlerName(CCabView entry)
-{
-    if (const auto atom = entry.Atom("HandlerName")) return AtomText(*atom);
-    return entry.StringOrText("HandlerName");
-}
-
-/// The name under which the host has a handler; nothing when it has none.
-std::optional<std::string> AvailableHandler(const std::string& name, CLogWriter& log)
-{
-    if (FindCommandHandler(name)) return name;
-    log.NameValue("Batch command does not exists", name, 1);  // sic
-    if (const auto alternative = AlternativeHandler(name)) {
-        log.NameValue("Trying to load alternative command", *alternative, 1);
-        if (FindCommandHandler(*alternative)) return alternative;
-    }
-    log.Line("\tCommand handler is not available");
-    return std::nullopt;
-}
-
 /// The lines of a command's description. One that cannot be had is nothing that keeps a command from its work.
 std::vector<std::string> Description(const CHostCommand& command)
 {
@@ -82,7 +63,7 @@ std::string SetUp(CHostCommand& command, CCabView entry, CLogWriter& log)
 
 Expected<SequenceCommand> MakeCommand(CCabView entry, CLogWriter& log)
 {
-    const auto name = HandlerName(entry);
+    const auto name = HandlerNameOf(entry);
     if (!name || name->empty()) {
         log.Line("Error reading batch command from a cab");
         return Failure("A command of the sequence has no handler name.");
@@ -103,6 +84,24 @@ Expected<SequenceCommand> MakeCommand(CCabView entry, CLogWriter& log)
 }
 
 }  // namespace
+
+std::optional<std::string> HandlerNameOf(CCabView command)
+{
+    if (const auto atom = command.Atom("HandlerName")) return AtomText(*atom);
+    return command.StringOrText("HandlerName");
+}
+
+std::optional<std::string> AvailableHandler(const std::string& name, CLogWriter& log)
+{
+    if (FindCommandHandler(name)) return name;
+    log.NameValue("Batch command does not exists", name, 1);  // sic
+    if (const auto alternative = AlternativeHandler(name)) {
+        log.NameValue("Trying to load alternative command", *alternative, 1);
+        if (FindCommandHandler(*alternative)) return alternative;
+    }
+    log.Line("\tCommand handler is not available");
+    return std::nullopt;
+}
 
 Expected<CommandList> MakeCommands(CCabView commands, CLogWriter& log)
 {

@@ -5,6 +5,9 @@
 #include "hostcalls/Application.h"
 #include "hostcalls/HostEntry.h"
 #include "hostcalls/HostFrame.h"
+#include "hostcalls/Jobs.h"
+#include "jobs/JobDispatcher.h"
+#include "jobs/JobOverseer.h"
 #include "platform/Environment.h"
 #include "platform/HostWindow.h"
 
@@ -18,7 +21,9 @@ CUnattendedRun* theRun = nullptr;  // the callbacks carry nothing of ours
 }  // namespace
 
 CUnattendedRun::CUnattendedRun(CLogWriter& log, CHostCloser& host)
-    : m_log(log), m_driver({.environment = platform::EnvironmentText, .log = log, .events = m_events, .host = host})
+    : m_log(log),
+      m_host(host),
+      m_driver({.environment = platform::EnvironmentText, .log = log, .events = m_events, .host = host})
 {
 }
 
@@ -35,7 +40,14 @@ void CUnattendedRun::Register()
 
 void CUnattendedRun::HostHasStarted()
 {
-    const auto error = CatchHostError([this] { m_startup = ReadStartup(platform::EnvironmentText, m_log, *this); });
+    m_job = JobText();
+    const EnvironmentReader environment =
+        m_job ? JobEnvironment(*m_job) : EnvironmentReader(platform::EnvironmentText);
+    const auto error = CatchHostError([&] {
+        m_startup = ReadStartup(environment, m_log, *this);
+        // A job says itself what is missing.
+        if (m_job && !m_startup.runScheduled) ScheduleRunDriver(0);
+    });
     if (error) m_log.NameValue("The unattended run cannot be scheduled", error->text, 0);
 }
 
@@ -68,5 +80,22 @@ void CUnattendedRun::OnViewWillOpen(PDDoc, void*)
 
 void CUnattendedRun::OnIdle(void*)
 {
-    if (theRun != nullptr) theRun->m_driver.Idle();
+    GuardCallback([] {
+        if (theRun != nullptr) theRun->Idle();
+    });
+}
+
+void CUnattendedRun::Idle()
+{
+    if (m_job) return DoJobOnce();
+    if (m_driver.HasStarted()) return;
+    const CJobOverseer overseer(false);  // for the host's record of the run
+    m_driver.Idle();
+}
+
+void CUnattendedRun::DoJobOnce()
+{
+    if (m_jobBegun) return;
+    m_jobBegun = true;  // before anything else: the host's idle loop may come back here during the job
+    DoJob(*m_job, {.log = m_log, .events = m_events, .host = m_host, .report = JobReport});
 }

@@ -6,6 +6,9 @@
 #include "hostapi/HostTypes.h"
 #include "jobs/JobReporter.h"
 
+#include <optional>
+#include <string>
+
 class CLogWriter;
 
 /// There is at most one; the host's callbacks find it from Register until it goes.
@@ -17,11 +20,14 @@ public:
     CUnattendedRun& operator=(const CUnattendedRun&) = delete;
     ~CUnattendedRun() override;
 
-    /// Asks the host to say when it has started; the environment is read then. May throw CHostException.
+    /// Asks the host to say when it has started; its job, or else the environment, is read then. May throw
+    /// CHostException.
     void Register();
 
 private:
     void HostHasStarted();
+    void Idle();
+    void DoJobOnce();
     void HideHostWindow() override;
     void KeepHostWindowOffScreen() override;
     void ScheduleRunDriver(int periodTicks) override;
@@ -31,7 +37,10 @@ private:
     static void HOSTCALL OnIdle(void* clientData);
 
     CLogWriter& m_log;
+    CHostCloser& m_host;
     CJobReporter m_events;
     CRunDriver m_driver;
     StartupDecision m_startup;
+    std::optional<std::string> m_job;  // the host's, in place of the environment
+    bool m_jobBegun = false;
 };

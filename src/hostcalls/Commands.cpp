@@ -10,6 +10,27 @@ AVCommandHandler FindCommandHandler(const std::string& name)
     return HostCall(HOST_SLOT(AcroView, AVAppFindCommandHandlerByName), Atom(name));
 }
 
+namespace {
+
+/// A callback of a handler; null when it has none. The record may end before it: older handlers have shorter ones.
+template <class Callback>
+Callback CallbackOf(AVCommandHandler handler, Callback AVCommandHandlerRec::*member)
+{
+    if (!handler) return nullptr;
+    const auto* const field = reinterpret_cast<const char*>(&(handler->*member));
+    if (field + sizeof(Callback) > reinterpret_cast<const char*>(handler) + handler->size) return nullptr;
+    return handler->*member;
+}
+
+}  // namespace
+
+bool HasSequenceCallbacks(const std::string& handlerName)
+{
+    AVCommandHandler handler = FindCommandHandler(handlerName);
+    return CallbackOf(handler, &AVCommandHandlerRec::PreflightSequence) != nullptr ||
+           CallbackOf(handler, &AVCommandHandlerRec::PostflightSequence) != nullptr;
+}
+
 std::optional<CHostCommand> CHostCommand::Create(const std::string& handlerName)
 {
     AVCommand command = HostCall(HOST_SLOT(AcroView, AVCommandNew), Atom(handlerName));
@@ -113,19 +134,15 @@ CCab CHostCommand::Params() const
     return params;
 }
 
-/// Calls one callback of the command's handler; nothing when the handler has none. Its record may end before the
-/// callback: older handlers have shorter ones. What the callback throws ends here like a raise, because the handler
-/// may be anybody's.
+/// Calls one callback of the command's handler; nothing when the handler has none. What the callback throws ends here
+/// like a raise, because the handler may be anybody's.
 template <class Callback, class... Arguments>
 std::optional<AVCommandStatus> CHostCommand::CallHandler(Callback AVCommandHandlerRec::*member,
                                                          Arguments... arguments)
 {
     const ASAtom name = HostCall(HOST_SLOT(AcroView, AVCommandGetName), m_command);
     AVCommandHandler handler = HostCall(HOST_SLOT(AcroView, AVAppFindCommandHandlerByName), name);
-    if (!handler) return std::nullopt;
-    const auto* const field = reinterpret_cast<const char*>(&(handler->*member));
-    if (field + sizeof(Callback) > reinterpret_cast<const char*>(handler) + handler->size) return std::nullopt;
-    Callback callback = handler->*member;
+    Callback callback = CallbackOf(handler, member);
     if (!callback) return std::nullopt;
     return Remembering([&] {
         try {

@@ -14,6 +14,9 @@
 /// The handler registered under a name; null when there is none. It belongs to the plug-in that registered it.
 [[nodiscard]] AVCommandHandler FindCommandHandler(const std::string& name);
 
+/// Whether the handler of that name, which must be there, wants to be called before or after a whole sequence.
+[[nodiscard]] bool HasSequenceCallbacks(const std::string& handlerName);
+
 /// Owns one command, or nothing (after a move).
 class CHostCommand {
 public:

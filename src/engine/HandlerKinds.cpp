@@ -1,0 +1,93 @@
+#include "engine/HandlerKinds.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr std::string_view kOwnPrefix = "QLNX_Ferrule";
+
+constexpr std::string_view kHostPrefixes[] = {
+    "AccCheck:", "Adobe:", "Annots:", "CALS:", "COMP:", "Cpt:", "DIGSIG:", "Scan:"};
+
+constexpr std::string_view kHostNames[] = {"AccessibilityCheck",
+                                           "AddFileAttachment",
+                                           "ApplyRedactionsCmd",
+                                           "AttachFilesCmd",
+                                           "BackgroundCmd",
+                                           "BatesCmd",
+                                           "CALS_PREFLIGHT_CMD",
+                                           "CreateAllThumbs",
+                                           "CropPages",
+                                           "DeleteAll",
+                                           "DeleteAllThumbs",
+                                           "DeletePages",
+                                           "DocSecurity",
+                                           "ExamineDocCmd",
+                                           "ExtractAsJpeg",
+                                           "ExtractAsPng",
+                                           "ExtractAsTiff",
+                                           "FindsFormFields",
+                                           "FlattenLayers",
+                                           "FlattenOCGs",
+                                           "GeneralInfo",
+                                           "HeadFootCmd",
+                                           "ImportAsLayer",
+                                           "InsertPages",
+                                           "JavaScript",
+                                           "MakeAccessible",
+                                           "NumberPages",
+                                           "OpenInfo",
+                                           "OptContImport",
+                                           "OptimizeScan",
+                                           "PagesApp",
+                                           "PaperCapture",
+                                           "Print",
+                                           "RemoveBackgroundCmd",
+                                           "RemoveBatesCmd",
+                                           "RemoveHeadFootCmd",
+                                           "RemoveHiddenInfo",
+                                           "RemoveWatermarkCmd",
+                                           "RotatePages",
+                                           "SanitizeDocument",
+                                           "SearchAndRedactCmd",
+                                           "SetAlternateText",
+                                           "SetReadingLanguage",
+                                           "SetTabOrder",
+                                           "SpaceAuditAgent",
+                                           "SpaceReductionAgent",
+                                           "Summarize",
+                                           "UpdateBackgroundCmd",
+                                           "UpdateHeadFootCmd",
+                                           "UpdateWatermarkCmd",
+                                           "VirusCheck",
+                                           "WatermarkCmd",
+                                           "WorkflowPlaybackSaveFiles"};
+static_assert(std::is_sorted(std::begin(kHostNames), std::end(kHostNames)));
+
+}  // namespace
+
+bool IsOwnStep(std::string_view handlerName) { return handlerName.starts_with(kOwnPrefix); }
+
+bool IsHostStep(std::string_view handlerName)
+{
+    return std::binary_search(std::begin(kHostNames), std::end(kHostNames), handlerName) ||
+           std::any_of(std::begin(kHostPrefixes), std::end(kHostPrefixes),
+                       [&](std::string_view prefix) { return handlerName.starts_with(prefix); });
+}
+
+bool IsForeignStep(std::string_view handlerName) { return !IsOwnStep(handlerName) && !IsHostStep(handlerName); }
+
+bool IsCatalogStep(std::string_view handlerName)
+{
+    return handlerName == "QLNX_FerrulePurgeIndexCommand" || handlerName == "QLNX_FerruleRebuildIndexCommand";
+}
+
+bool IsReportingStep(std::string_view handlerName) { return handlerName == "QLNX_FerruleSearchAndCopyCommand"; }
+
+bool IsScriptStep(std::string_view handlerName) { return handlerName == "JavaScript"; }
+
+bool MayBeTried(std::string_view handlerName)
+{
+    return !IsForeignStep(handlerName) && !IsCatalogStep(handlerName) && !IsReportingStep(handlerName);
+}

@@ -1,0 +1,106 @@
+#include "jobs/PlanJob.h"
+
+#include "batchrun/RunDriver.h"
+#include "common/Log.h"
+#include "engine/AcceptedTypes.h"
+#include "engine/InputFiles.h"
+#include "hostcalls/Application.h"
+#include "jobs/JobSettings.h"
+#include "jobs/PlannedFiles.h"
+#include "jobs/SafetyRules.h"
+#include "platform/ByteText.h"
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using nlohmann::json;
+
+/// Stands in for running the sequence.
+class CPlanner {
+public:
+    CPlanner(const json& job, const JobServices& services) : m_job(job), m_services(services) {}
+
+    ExecutionResult Plan(const RunSettings& settings, const ExecutorSettings& executor, CSequence& sequence) const
+    {
+        CLogWriter& log = m_services.log;
+        if (std::string problem = SequenceProblem(sequence, log); !problem.empty()) return NotStarted(problem);
+        const SequenceFacts facts = ReadSequenceFacts(sequence, GetHostVersion().major);
+        const RunRequest request{settings, executor.furtherInputPaths, Switches()};
+        if (const std::string problem = SafetyProblem(facts, request); !problem.empty()) {
+            log.NameValue("The run is not started", problem, 1);
+            return NotStarted(problem);
+        }
+        const CCabView input = sequence.Input();
+        auto inputs = CollectInputFiles(executor, input, AcceptedExtensions(executor, input, log), log);
+        if (!inputs) return NotStarted(inputs.Error());
+        Report(facts, request, std::move(*inputs));
+        return {};
+    }
+
+private:
+    static ExecutionResult NotStarted(const std::string& message)
+    {
+        ExecutionResult result;
+        result.end = ExecutionEnd::NotStarted;
+        result.message = message;
+        return result;
+    }
+
+    SafetySwitches Switches() const
+    {
+        return {.skipUnavailable = JobFlag(m_job, "skipUnavailable", false),
+                .allowNoOutput = JobFlag(m_job, "allowNoOutput", false),
+                .allowInPlace = JobFlag(m_job, "allowInPlace", false)};
+    }
+
+    void Report(const SequenceFacts& facts, const RunRequest& request, CInputCollector inputs) const
+    {
+        json warnings = json::array();
+        for (const std::string& warning : SafetyWarnings(facts, request))
+            warnings.push_back(platform::TextFromBytes(warning));
+        for (const UnreadableFolder& folder : inputs.Unreadable())
+            warnings.push_back("The folder " + platform::TextFromBytes(folder.path) + " cannot be read.");
+
+        CPlannedFiles files(std::move(inputs), JobNumber(m_job, "minAge", 0));
+        LogInputCount(files.Count(), m_services.log);
+        CTouchedNames names(facts, request.settings);
+        files.ForEach(names, [this](const PlannedFile& file) { ReportInput(file); });
+        const std::string reason = OneWorkerReason(facts);
+        const json plan = {{"total", files.Count()},
+                           {"oneWorker", !reason.empty()},
+                           {"oneWorkerReason", platform::TextFromBytes(reason)},
+                           {"tooYoung", files.TooYoung()},
+                           {"warnings", warnings}};
+        m_services.report(json{{"plan", plan}}.dump());
+    }
+
+    void ReportInput(const PlannedFile& file) const
+    {
+        const json input = {{"number", file.number},
+                            {"path", platform::TextFromBytes(file.path)},
+                            {"size", file.size},
+                            {"modified", std::to_string(file.modifiedNanoseconds)},
+                            {"group", file.group}};
+        m_services.report(json{{"input", input}}.dump());
+    }
+
+    const json& m_job;
+    const JobServices& m_services;
+};
+
+}  // namespace
+
+void DoPlanJob(const json& job, const JobServices& services) noexcept
+{
+    const CPlanner planner(job, services);
+    CRunDriver driver(
+        {.environment = EnvironmentOf(job),
+         .log = services.log,
+         .events = services.events,
+         .host = services.host,
+         .variation = {.furtherInputPaths = JobBytesList(job, "inputs"),
+                       .use = [&](const RunSettings& settings, const ExecutorSettings& executor,
+                                  CSequence& sequence) { return planner.Plan(settings, executor, sequence); }}});
+    driver.Idle();
+}

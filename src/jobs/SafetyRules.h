@@ -1,0 +1,30 @@
+// Whether a run may start without anybody losing something by surprise.
+#pragma once
+
+#include "batchrun/RunSettings.h"
+#include "jobs/SequenceFacts.h"
+
+#include <string>
+#include <vector>
+
+/// What the user has said yes to.
+struct SafetySwitches {
+    bool skipUnavailable = false;
+    bool allowNoOutput = false;
+    bool allowInPlace = false;
+};
+
+struct RunRequest {
+    RunSettings settings;
+    std::vector<std::string> furtherInputPaths;
+    SafetySwitches switches;
+};
+
+/// Why the run must not start and what to do about it; empty when it may. Looks for the folders on the disk.
+[[nodiscard]] std::string SafetyProblem(const SequenceFacts& facts, const RunRequest& request);
+
+/// What the user may not expect, although the run may start; a sentence each.
+[[nodiscard]] std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const RunRequest& request);
+
+/// Why only one process may do the whole run; empty when several may.
+[[nodiscard]] std::string OneWorkerReason(const SequenceFacts& facts);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 namespace platform {
 
@@ -12,6 +13,11 @@ struct LocalTime {
 
 /// The current local time; nothing when the system cannot convert it.
 std::optional<LocalTime> LocalTimeNow();
+
+/// Nanoseconds since 1970, as the system's clock is set.
+std::int64_t NanosecondsSince1970();
+/// "2025-01-23T09:07:02Z"; the nanoseconds may be negative.
+std::string UtcText(std::int64_t nanosecondsSince1970);
 
 /// Milliseconds from an unspecified start; never goes back.
 std::uint64_t MonotonicMilliseconds();

@@ -14,6 +14,22 @@ std::optional<LocalTime> LocalTimeNow()
                      local.tm_hour, local.tm_min,     local.tm_sec};
 }
 
+std::int64_t NanosecondsSince1970()
+{
+    const auto sinceStart = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(sinceStart).count();
+}
+
+std::string UtcText(std::int64_t nanosecondsSince1970)
+{
+    using namespace std::chrono;
+    const std::time_t seconds = floor<std::chrono::seconds>(nanoseconds(nanosecondsSince1970)).count();
+    std::tm utc;
+    char text[64] = "";
+    if (gmtime_r(&seconds, &utc)) std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
+    return text;
+}
+
 std::uint64_t MonotonicMilliseconds()
 {
     const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();

@@ -144,8 +144,9 @@ std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t 
     return bytes;
 }
 
-FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode)
+FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode, Existing existing)
 {
+    if (existing == Existing::Fail && NameExists(path)) return {EEXIST};
     struct stat status;
     if (calls::Status(path, status) == 0 && !S_ISREG(status.st_mode)) {
         return {S_ISDIR(status.st_mode) ? EISDIR : EINVAL};
@@ -156,7 +157,7 @@ FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, 
     if (const auto created = file.CreateBeside(target, mode); !created) return created;
     if (const auto written = WriteAll(file.Descriptor(), bytes); !written) return written;
     if (const auto completed = file.Complete(); !completed) return completed;
-    if (const auto put = file.PutInPlace(target, Existing::Replace); !put) return put;
+    if (const auto put = file.PutInPlace(target, existing); !put) return put;
     return FlushFolderOf(target);
 }
 

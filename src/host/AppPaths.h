@@ -1,15 +1,13 @@
 // Where the plug-in finds and keeps its files.
 #pragma once
 
+#include "common/ProductPaths.h"
+
 #include <string>
 
-struct AppPaths {
+struct AppPaths : ProductPaths {
     std::string modulePath;  // of the plug-in itself, upper-cased
     std::string helpFile;
-    std::string settingsFolder;  // with its trailing separator
-    std::string settingsFile;
-    std::string searchSettingsFile;
-    std::string logFile;
     bool logFileEnabled = false;
 };
 

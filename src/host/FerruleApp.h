@@ -5,7 +5,7 @@
 #include "host/AppPaths.h"
 #include "host/AppSettings.h"
 #include "host/HostClosing.h"
-#include "host/PluginLog.h"
+#include "common/NumberedLog.h"
 #include "host/UnattendedRun.h"
 
 #include <optional>
@@ -36,7 +36,7 @@ private:
     void OpenLog();
 
     AppPaths m_paths;
-    CPluginLog m_log;
+    CNumberedLog m_log;
     std::optional<AppSettings> m_settings;  // none until they have been read
     CHostClosing m_hostClosing;
     CCommandRegistry m_commands;

@@ -1,9 +1,10 @@
-#include "host/PluginLog.h"
+#include "common/NumberedLog.h"
 
 #include "common/FileNames.h"
 #include "common/Text.h"
 #include "platform/Files.h"
 #include "platform/Memory.h"
+#include "platform/Overseer.h"
 
 #include <utility>
 
@@ -15,13 +16,14 @@ constexpr platform::LocalTime kNoTime = {.day = 0, .month = 0, .year = 0, .hour 
 
 }  // namespace
 
-CPluginLog::CPluginLog(Clock clock) : m_clock(std::move(clock)) {}
+CNumberedLog::CNumberedLog(Clock clock) : m_clock(std::move(clock)) {}
 
-CPluginLog::~CPluginLog() { Close(std::nullopt); }
+CNumberedLog::~CNumberedLog() { Close(std::nullopt); }
 
-bool CPluginLog::Open(const std::string& path, bool append)
+bool CNumberedLog::Open(const std::string& path, bool append, LogFrame frame)
 {
     Close(std::nullopt);
+    m_frame = frame;
     if (append && !ArchiveWhenLarge(path)) return false;
     m_path = path;
     if (!m_file.Open(path, append)) return false;
@@ -29,17 +31,14 @@ bool CPluginLog::Open(const std::string& path, bool append)
     return WriteStart();
 }
 
-void CPluginLog::Close(const std::optional<std::string>& pluginName)
+void CNumberedLog::Close(const std::optional<std::string>& pluginName)
 {
     if (!IsOpen()) return;
-    const platform::LocalTime now = Now();
-    Line(FormatText("LOG STOPPED: %d/%d/%d , TIME: %d:%d:%d", now.day, now.month, now.year, now.hour, now.minute,
-                    now.second));
-    if (m_headerSwitch == 1) WriteRunDetails(pluginName);
+    if (m_frame == LogFrame::Own) WriteEnd(pluginName);
     m_file.Close();
 }
 
-bool CPluginLog::Clear()
+bool CNumberedLog::Clear()
 {
     if (!IsOpen()) return false;
     if (!m_file.Flush() || !m_file.Truncate() || !m_file.SeekBegin()) return false;
@@ -47,9 +46,9 @@ bool CPluginLog::Clear()
     return WriteStart();
 }
 
-bool CPluginLog::Flush() { return IsOpen() && m_file.Flush(); }
+bool CNumberedLog::Flush() { return IsOpen() && m_file.Flush(); }
 
-std::optional<std::string> CPluginLog::ReadText(std::size_t maxBytes)
+std::optional<std::string> CNumberedLog::ReadText(std::size_t maxBytes)
 {
     if (!IsOpen()) return std::nullopt;
     std::string text = m_file.Read(maxBytes);
@@ -57,11 +56,11 @@ std::optional<std::string> CPluginLog::ReadText(std::size_t maxBytes)
     return text;
 }
 
-bool CPluginLog::SeekBegin() { return IsOpen() && m_file.SeekBegin(); }
+bool CNumberedLog::SeekBegin() { return IsOpen() && m_file.SeekBegin(); }
 
-bool CPluginLog::SeekEnd() { return IsOpen() && m_file.SeekEnd(); }
+bool CNumberedLog::SeekEnd() { return IsOpen() && m_file.SeekEnd(); }
 
-bool CPluginLog::Line(std::string_view text)
+bool CNumberedLog::Line(std::string_view text)
 {
     if (!IsOpen()) return false;
     if (!m_file.Write(FormatText("%d: %s\r\n", static_cast<int>(m_nextLine), OneLogLine(text).c_str()))) return false;
@@ -69,7 +68,7 @@ bool CPluginLog::Line(std::string_view text)
     return true;
 }
 
-bool CPluginLog::MemoryUsage(int indentTabs, bool write)
+bool CNumberedLog::MemoryUsage(int indentTabs, bool write)
 {
     const auto memory = platform::GlobalMemoryStatus();
     if (!write || !memory) return false;
@@ -88,10 +87,11 @@ bool CPluginLog::MemoryUsage(int indentTabs, bool write)
     return false;  // Kept: nobody uses the answer.
 }
 
-platform::LocalTime CPluginLog::Now() const { return m_clock().value_or(kNoTime); }
+platform::LocalTime CNumberedLog::Now() const { return m_clock().value_or(kNoTime); }
 
-bool CPluginLog::WriteStart()
+bool CNumberedLog::WriteStart()
 {
+    if (m_frame == LogFrame::None) return true;
     const platform::LocalTime now = Now();
     Line(FormatText("LOG STARTED: %d/%d/%d , TIME: %d:%d:%d", now.day, now.month, now.year, now.hour, now.minute,
                     now.second));
@@ -99,7 +99,15 @@ bool CPluginLog::WriteStart()
     return true;
 }
 
-void CPluginLog::WriteRunDetails(const std::optional<std::string>& pluginName)
+void CNumberedLog::WriteEnd(const std::optional<std::string>& pluginName)
+{
+    const platform::LocalTime now = Now();
+    Line(FormatText("LOG STOPPED: %d/%d/%d , TIME: %d:%d:%d", now.day, now.month, now.year, now.hour, now.minute,
+                    now.second));
+    if (m_headerSwitch == 1) WriteRunDetails(pluginName);
+}
+
+void CNumberedLog::WriteRunDetails(const std::optional<std::string>& pluginName)
 {
     if (pluginName) NameValue("Plugin", *pluginName, 0);
     NameValue("Acrobat viewer host application", m_facts.applicationName, 0);
@@ -108,7 +116,7 @@ void CPluginLog::WriteRunDetails(const std::optional<std::string>& pluginName)
                     m_facts.majorVersion, m_facts.minorVersion));
 }
 
-bool CPluginLog::ArchiveWhenLarge(const std::string& path)
+bool CNumberedLog::ArchiveWhenLarge(const std::string& path)
 {
     if (!platform::FileExists(path)) return true;
     const auto size = platform::FileSize(path);
@@ -118,10 +126,11 @@ bool CPluginLog::ArchiveWhenLarge(const std::string& path)
     platform::CLogFile claim;
     if (!claim.Open(path, true)) return false;
     claim.Close();
+    const platform::CUnwatched noDocument;
     return platform::MoveFile(path, ArchivePath(path), platform::Existing::Fail).Ok();
 }
 
-std::string CPluginLog::ArchivePath(const std::string& path) const
+std::string CNumberedLog::ArchivePath(const std::string& path) const
 {
     const platform::LocalTime now = Now();
     const PathParts parts = SplitPath(path);

@@ -1,4 +1,4 @@
-// The plug-in's log file: the only record that an operator has of an unattended run.
+// The log file of a run: the only record that an operator has of what nobody watched.
 #pragma once
 
 #include "common/Log.h"
@@ -21,20 +21,26 @@ struct HostFacts {
     std::string buildDate;
 };
 
+/// Who writes the lines that begin and end a log.
+enum class LogFrame {
+    Own,  ///< the log itself, when it is opened, cleared and closed
+    None  ///< nobody, or its user: they come with the lines
+};
+
 /// Every line is numbered and written with one write call. While the log is not open, entries are dropped and answer
 /// false. A second log on the same file, in this process or another, cannot be opened.
-class CPluginLog final : public CLogWriter {
+class CNumberedLog final : public CLogWriter {
 public:
     using Clock = std::function<std::optional<platform::LocalTime>()>;
 
-    explicit CPluginLog(Clock clock = platform::LocalTimeNow);
-    CPluginLog(const CPluginLog&) = delete;
-    CPluginLog& operator=(const CPluginLog&) = delete;
-    ~CPluginLog() override;
+    explicit CNumberedLog(Clock clock = platform::LocalTimeNow);
+    CNumberedLog(const CNumberedLog&) = delete;
+    CNumberedLog& operator=(const CNumberedLog&) = delete;
+    ~CNumberedLog() override;
 
     /// Closes a log that is open (without plug-in name), archives a large one when appending, and writes the start
     /// line. False: the log is closed, the file as it was.
-    bool Open(const std::string& path, bool append);
+    bool Open(const std::string& path, bool append, LogFrame frame = LogFrame::Own);
 
     /// Writes the stop line and, while the header switch is 1, the run details. `pluginName` may be missing.
     void Close(const std::optional<std::string>& pluginName);
@@ -63,6 +69,7 @@ public:
 private:
     platform::LocalTime Now() const;
     bool WriteStart();
+    void WriteEnd(const std::optional<std::string>& pluginName);
     void WriteRunDetails(const std::optional<std::string>& pluginName);
     bool ArchiveWhenLarge(const std::string& path);
     std::string ArchivePath(const std::string& path) const;
@@ -70,6 +77,7 @@ private:
     Clock m_clock;
     platform::CLogFile m_file;
     std::string m_path;
+    LogFrame m_frame = LogFrame::Own;
     std::uint32_t m_nextLine = 1;
     int m_headerSwitch = 1;
     HostFacts m_facts;

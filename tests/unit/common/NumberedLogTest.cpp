@@ -1,4 +1,4 @@
-#include "host/PluginLog.h"
+#include "common/NumberedLog.h"
 
 #include "support/TemporaryFolder.h"
 
@@ -23,11 +23,11 @@ constexpr char kStart[] = "1: LOG STARTED: 5/3/2025 , TIME: 9:7:2\r\n";
 
 }  // namespace
 
-TEST(PluginLog, ARunIsWrittenLineByLine)
+TEST(NumberedLog, ARunIsWrittenLineByLine)
 {
     const CTemporaryFolder folder;
     const std::string path = folder / "log.txt";
-    CPluginLog log(March5);
+    CNumberedLog log(March5);
     log.SetHostFacts(kHost);
     ASSERT_TRUE(log.Open(path, true));
     EXPECT_TRUE(log.Line("plain"));
@@ -52,7 +52,7 @@ TEST(PluginLog, ARunIsWrittenLineByLine)
               "12: Software build date: Jan 23 2025, Adobe Acrobat version: 21.7 \r\n");
 }
 
-TEST(PluginLog, ClosingTellsDetailsOnlyWhenTheHeaderSwitchIsOne)
+TEST(NumberedLog, ClosingTellsDetailsOnlyWhenTheHeaderSwitchIsOne)
 {
     const struct {
         int headerSwitch;
@@ -65,7 +65,7 @@ TEST(PluginLog, ClosingTellsDetailsOnlyWhenTheHeaderSwitchIsOne)
                  "5: Software build date: Jan 23 2025, Adobe Acrobat version: 21.7 \r\n"}};
     for (const auto& row : rows) {
         const CTemporaryFolder folder;
-        CPluginLog log(March5);
+        CNumberedLog log(March5);
         log.SetHostFacts(kHost);
         log.SetHeaderSwitch(row.headerSwitch);
         ASSERT_TRUE(log.Open(folder / "log.txt", true));
@@ -75,7 +75,7 @@ TEST(PluginLog, ClosingTellsDetailsOnlyWhenTheHeaderSwitchIsOne)
     }
 }
 
-TEST(PluginLog, AppendingContinuesTheFileAndOverwritingDoesNot)
+TEST(NumberedLog, AppendingContinuesTheFileAndOverwritingDoesNot)
 {
     const struct {
         bool append;
@@ -84,23 +84,23 @@ TEST(PluginLog, AppendingContinuesTheFileAndOverwritingDoesNot)
     for (const auto& row : rows) {
         const CTemporaryFolder folder;
         const std::string path = folder.Write("log.txt", "old\r\n");
-        CPluginLog log(March5);
+        CNumberedLog log(March5);
         ASSERT_TRUE(log.Open(path, row.append));
         EXPECT_EQ(FileBytes(path), row.before + std::string(kStart)) << "the start line is flushed";
     }
 }
 
-TEST(PluginLog, AnUnavailableClockLeavesPlaceholders)
+TEST(NumberedLog, AnUnavailableClockLeavesPlaceholders)
 {
     const CTemporaryFolder folder;
     const std::string path = folder.Write("log", std::string(2'000'001, 'x'));
-    CPluginLog log([] { return std::optional<platform::LocalTime>(); });
+    CNumberedLog log([] { return std::optional<platform::LocalTime>(); });
     ASSERT_TRUE(log.Open(path, true));
     EXPECT_EQ(FileBytes(path), "1: LOG STARTED: 0/0/0 , TIME: -1:-1:-1\r\n");
     EXPECT_TRUE(std::filesystem::exists(path + "-0-0-0--1--1--1.log"));
 }
 
-TEST(PluginLog, OnlyALogAboveTwoMillionBytesIsArchived)
+TEST(NumberedLog, OnlyALogAboveTwoMillionBytesIsArchived)
 {
     const struct {
         const char* name;
@@ -116,7 +116,7 @@ TEST(PluginLog, OnlyALogAboveTwoMillionBytesIsArchived)
         const CTemporaryFolder folder;
         const std::string old(row.size, 'x');
         const std::string path = folder.Write(row.name, old);
-        CPluginLog log(March5);
+        CNumberedLog log(March5);
         ASSERT_TRUE(log.Open(path, row.append)) << row.name;
         const std::size_t kept = row.append && row.archive == nullptr ? row.size : 0;
         EXPECT_EQ(FileBytes(path).size(), kept + sizeof kStart - 1) << row.name;
@@ -127,27 +127,27 @@ TEST(PluginLog, OnlyALogAboveTwoMillionBytesIsArchived)
     }
 }
 
-TEST(PluginLog, AnArchiveThatIsInTheWayKeepsTheLogClosed)
+TEST(NumberedLog, AnArchiveThatIsInTheWayKeepsTheLogClosed)
 {
     const CTemporaryFolder folder;
     const std::string big(2'000'001, 'x');
     const std::string path = folder.Write("log.txt", big);
     folder.Write("log-5-3-2025-9-7-2.log", "an older archive");
-    CPluginLog log(March5);
+    CNumberedLog log(March5);
     EXPECT_FALSE(log.Open(path, true));
     EXPECT_FALSE(log.Line("dropped"));
     EXPECT_EQ(FileBytes(path), big);
     EXPECT_EQ(FileBytes(folder / "log-5-3-2025-9-7-2.log"), "an older archive");
 }
 
-TEST(PluginLog, ASecondLogOnTheSameFileStaysClosed)
+TEST(NumberedLog, ASecondLogOnTheSameFileStaysClosed)
 {
     const CTemporaryFolder folder;
     const std::string path = folder / "log.txt";
-    CPluginLog first(March5);
+    CNumberedLog first(March5);
     ASSERT_TRUE(first.Open(path, true));
     first.Line(std::string(2'000'001, 'x'));  // large enough to be archived under the first one's hands
-    CPluginLog second(March5);
+    CNumberedLog second(March5);
     EXPECT_FALSE(second.Open(path, true));
     EXPECT_FALSE(second.Open(path, false));
     EXPECT_FALSE(second.Line("dropped"));
@@ -158,10 +158,10 @@ TEST(PluginLog, ASecondLogOnTheSameFileStaysClosed)
     EXPECT_EQ(FileBytes(path).substr(FileBytes(path).size() - 16), "3: still there\r\n");
 }
 
-TEST(PluginLog, AClosedLogDropsEverything)
+TEST(NumberedLog, AClosedLogDropsEverything)
 {
     const CTemporaryFolder folder;
-    CPluginLog log(March5);
+    CNumberedLog log(March5);
     EXPECT_FALSE(log.Open(folder / "missing folder/log.txt", true));
     EXPECT_FALSE(log.IsOpen());
     EXPECT_FALSE(log.Line("x"));
@@ -173,11 +173,11 @@ TEST(PluginLog, AClosedLogDropsEverything)
     EXPECT_FALSE(log.MemoryUsage(0, true));
 }
 
-TEST(PluginLog, ClearingStartsAgainAtLineOne)
+TEST(NumberedLog, ClearingStartsAgainAtLineOne)
 {
     const CTemporaryFolder folder;
     const std::string path = folder.Write("log.txt", "old\r\n");
-    CPluginLog log(March5);
+    CNumberedLog log(March5);
     ASSERT_TRUE(log.Open(path, true));
     log.Line("gone");
     ASSERT_TRUE(log.Clear());
@@ -186,10 +186,10 @@ TEST(PluginLog, ClearingStartsAgainAtLineOne)
     EXPECT_EQ(FileBytes(path), std::string(kStart) + "2: next\r\n");
 }
 
-TEST(PluginLog, ReadingGoesOnFromTheCurrentPosition)
+TEST(NumberedLog, ReadingGoesOnFromTheCurrentPosition)
 {
     const CTemporaryFolder folder;
-    CPluginLog log(March5);
+    CNumberedLog log(March5);
     ASSERT_TRUE(log.Open(folder / "log.txt", true));
     EXPECT_FALSE(log.ReadText(100)) << "nothing follows the last entry";
     ASSERT_TRUE(log.SeekBegin());
@@ -201,10 +201,10 @@ TEST(PluginLog, ReadingGoesOnFromTheCurrentPosition)
     EXPECT_EQ(FileBytes(folder / "log.txt"), std::string(kStart) + "2: last\r\n");
 }
 
-TEST(PluginLog, OpeningAgainClosesTheFormerLogWithoutPluginName)
+TEST(NumberedLog, OpeningAgainClosesTheFormerLogWithoutPluginName)
 {
     const CTemporaryFolder folder;
-    CPluginLog log(March5);
+    CNumberedLog log(March5);
     log.SetHeaderSwitch(0);
     ASSERT_TRUE(log.Open(folder / "a.txt", true));
     ASSERT_TRUE(log.Open(folder / "b.txt", true));
@@ -212,10 +212,10 @@ TEST(PluginLog, OpeningAgainClosesTheFormerLogWithoutPluginName)
     EXPECT_EQ(FileBytes(folder / "b.txt"), "3: LOG STARTED: 5/3/2025 , TIME: 9:7:2\r\n");
 }
 
-TEST(PluginLog, MemoryBlockNamesEveryFigureOneLevelDeeper)
+TEST(NumberedLog, MemoryBlockNamesEveryFigureOneLevelDeeper)
 {
     const CTemporaryFolder folder;
-    CPluginLog log(March5);
+    CNumberedLog log(March5);
     ASSERT_TRUE(log.Open(folder / "log.txt", true));
     EXPECT_FALSE(log.MemoryUsage(1, false));
     EXPECT_EQ(FileBytes(folder / "log.txt"), kStart) << "nothing is written without the flag";
@@ -231,4 +231,25 @@ TEST(PluginLog, MemoryBlockNamesEveryFigureOneLevelDeeper)
         const std::string entry = std::to_string(number++) + ": \t\t" + name + " : ";
         EXPECT_NE(text.find(entry), std::string::npos) << entry;
     }
+}
+
+TEST(NumberedLog, WithoutAFrameTheFileHoldsTheGivenLinesOnly)
+{
+    const CTemporaryFolder folder;
+    const std::string path = folder.Write("log.txt", "5: older\r\n");
+    {
+        CNumberedLog log(March5);
+        log.SetHostFacts(kHost);
+        ASSERT_TRUE(log.Open(path, true, LogFrame::None));
+        EXPECT_TRUE(log.Line("LOG STARTED: by another"));
+        EXPECT_TRUE(log.Line("\tindented : kept"));
+    }
+    EXPECT_EQ(FileBytes(path), "5: older\r\n1: LOG STARTED: by another\r\n2: \tindented : kept\r\n");
+    CNumberedLog log(March5);
+    ASSERT_TRUE(log.Open(path, false, LogFrame::None));
+    EXPECT_TRUE(log.Clear());
+    log.Close("P");
+    EXPECT_EQ(FileBytes(path), "");
+    ASSERT_TRUE(log.Open(path, false));
+    EXPECT_EQ(FileBytes(path), kStart);
 }

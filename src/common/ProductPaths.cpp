@@ -1,0 +1,20 @@
+#include "common/ProductPaths.h"
+
+#include "platform/Paths.h"
+
+namespace {
+
+constexpr const char* kVendorAndProduct[] = {"Quillon", "Ferrule"};
+
+}  // namespace
+
+ProductPaths MakeProductPaths(const std::string& applicationDataFolder)
+{
+    ProductPaths paths;
+    paths.settingsFolder = applicationDataFolder + platform::kSeparator;
+    for (const char* name : kVendorAndProduct) paths.settingsFolder += std::string(name) + platform::kSeparator;
+    paths.settingsFile = paths.settingsFolder + "Ferrule.cfs";
+    paths.searchSettingsFile = paths.settingsFolder + "FerruleSearchSettings.cfs";
+    paths.logFile = paths.settingsFolder + "FerruleLog.txt";
+    return paths;
+}

@@ -2,6 +2,7 @@
 #include <qpdf/QUtil.hh>
 
 #include "openhost/pdf/Encryption.h"
+#include "openhost/pdf/KeysRevision6.h"
 #include "openhost/pdf/Passwords.h"
 
 namespace openhost {
@@ -71,13 +72,12 @@ std::string Entry(const char* key, const std::string& bytes) { return key + ('<'
 void MakeKeys6(EncryptionPlan& plan, const PasswordPair& passwords)
 {
     const SecurityInfo& info = plan.record.info;
-    std::string o, u, oe, ue, perms;
-    QPDF::compute_encryption_parameters_V5(passwords.user.c_str(), passwords.owner.c_str(), info.version,
-                                           info.revision, info.keyLengthBytes,
-                                           static_cast<std::int32_t>(info.permissions), info.encryptMetadata,
-                                           plan.record.id, plan.fileKey, o, u, oe, ue, perms);
-    plan.record.dictionary = DictionarySource(
-        info, Entry("/O", o) + Entry("/U", u) + Entry("/OE", oe) + Entry("/UE", ue) + Entry("/Perms", perms));
+    const KeysRevision6 keys =
+        MakeKeysRevision6(passwords.user, passwords.owner, info.permissions, info.encryptMetadata);
+    plan.fileKey = keys.fileKey;
+    plan.record.dictionary =
+        DictionarySource(info, Entry("/O", keys.o) + Entry("/U", keys.u) + Entry("/OE", keys.oe) +
+                                   Entry("/UE", keys.ue) + Entry("/Perms", keys.perms));
 }
 
 /// Makes the keys of revisions 3 and 4.

@@ -64,6 +64,7 @@ std::string ForEachAvailable(CommandList& commands, CLogWriter& log, Work work)
 {
     std::string firstProblem;
     for (SequenceCommand& command : commands) {
+        if (command.leftOut) continue;
         if (!command.command) {
             log.NameValue("No command handler found", command.handlerName, 1);
             continue;

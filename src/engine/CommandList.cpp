@@ -2,6 +2,7 @@
 
 #include "common/Log.h"
 #include "engine/HandlerAlternatives.h"
+#include "engine/HandlerKinds.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Atoms.h"
 #include "hostcalls/HostFrame.h"
@@ -61,17 +62,19 @@ std::string SetUp(CHostCommand& command, CCabView entry, CLogWriter& log)
     return {};
 }
 
-Expected<SequenceCommand> MakeCommand(CCabView entry, CLogWriter& log)
+Expected<SequenceCommand> MakeCommand(CCabView entry, bool trialRun, CLogWriter& log)
 {
     const auto name = HandlerNameOf(entry);
     if (!name || name->empty()) {
         log.Line("Error reading batch command from a cab");
         return Failure("A command of the sequence has no handler name.");
     }
-    SequenceCommand made{*name, entry.StringOrText("Title").value_or(*name), std::nullopt};
+    SequenceCommand made{*name, entry.StringOrText("Title").value_or(*name), std::nullopt, false};
     const auto handler = AvailableHandler(*name, log);
     if (!handler) return made;
     made.handlerName = *handler;
+    made.leftOut = trialRun && !MayBeTried(*handler);
+    if (made.leftOut) return made;
     const auto error = CatchHostError([&] { made.command = CHostCommand::Create(*handler); });
     if (!made.command) {
         const std::string which = *handler + (error ? " (" + error->text + ")" : "");
@@ -103,13 +106,13 @@ std::optional<std::string> AvailableHandler(const std::string& name, CLogWriter&
     return std::nullopt;
 }
 
-Expected<CommandList> MakeCommands(CCabView commands, CLogWriter& log)
+Expected<CommandList> MakeCommands(CCabView commands, bool trialRun, CLogWriter& log)
 {
     const int count = commands.Size();
     log.NameNumber("Number of batch commands in the sequence", count, 1);
     CommandList list;
     for (int index = 0; index < count; ++index) {
-        auto command = MakeCommand(commands.Cab(CabKey(index).c_str()), log);
+        auto command = MakeCommand(commands.Cab(CabKey(index).c_str()), trialRun, log);
         if (!command) return Failure(command.Error());
         list.push_back(std::move(*command));
     }

@@ -14,7 +14,8 @@ class CLogWriter;
 struct SequenceCommand {
     std::string handlerName;  // the one under which it was made, or that of the sequence when it was not
     std::string title;
-    std::optional<CHostCommand> command;  // nothing when its handler is not available
+    std::optional<CHostCommand> command;  // nothing when its handler is not available, or is left out
+    bool leftOut = false;                 // a trial run does not touch it
 };
 
 using CommandList = std::vector<SequenceCommand>;
@@ -28,5 +29,6 @@ using CommandList = std::vector<SequenceCommand>;
 
 /// Makes the commands of a sequence, in order, with their configuration and parameters. A command without a handler
 /// keeps an empty place; one that cannot be made or does not take its parameters fails the whole list, because
-/// running it without them would not be what the sequence says. Throws CHostException.
-[[nodiscard]] Expected<CommandList> MakeCommands(CCabView commands, CLogWriter& log);
+/// running it without them would not be what the sequence says. A trial run leaves out the commands that could do
+/// something for good. Throws CHostException.
+[[nodiscard]] Expected<CommandList> MakeCommands(CCabView commands, bool trialRun, CLogWriter& log);

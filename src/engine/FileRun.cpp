@@ -44,13 +44,18 @@ CFileRun::CFileRun(RunContext& run, std::string path, int fileNumber)
 ProcessedFile CFileRun::Process()
 {
     m_log.NameValue("Opening input document", m_result.path, 1);
-    if (!Open()) return m_result;
+    if (Open()) Work();
+    m_result.message = Trim(m_result.message + m_notes);
+    return m_result;
+}
+
+void CFileRun::Work()
+{
     if (const auto error = CatchHostError([&] { ProcessOpen(); })) {
         m_log.NameValue("ERROR: Command execution failed", error->text, 1);
         Mark(FileOutcome::Failed, error->text);
     }
     Close();
-    return m_result;
 }
 
 bool CFileRun::Open()
@@ -85,7 +90,7 @@ bool CFileRun::PrepareCommands()
     m_run.commands.clear();
     std::string reason;
     const auto error = CatchHostError([&] {
-        auto made = MakeCommands(commands, m_log);
+        auto made = MakeCommands(commands, m_run.settings.trialRun, m_log);
         if (made) m_run.commands = std::move(*made);
         if (!made) reason = made.Error();
     });
@@ -144,6 +149,11 @@ bool CFileRun::RunCommands()
 bool CFileRun::RunCommand(SequenceCommand& command, int number)
 {
     m_log.NameNumber("Processing command", number, 1);
+    if (command.leftOut) {
+        m_log.Line("Skipping command because a trial run cannot contain what it does");
+        m_notes += " The command " + command.handlerName + " was left out of the trial run.";
+        return true;
+    }
     if (!command.command) {
         m_log.Line("Skipping command because it is not available");
         // Without its save step nothing of a file is kept, so the input must stay.

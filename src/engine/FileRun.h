@@ -42,6 +42,7 @@ public:
 
 private:
     bool Open();
+    void Work();
     void ProcessOpen();
     bool PrepareCommands();
     void PreflightWholeSequence();
@@ -66,6 +67,7 @@ private:
     CAcrobatDoc m_document;
     OpenPermissions m_permissions;
     ProcessedFile m_result;
+    std::string m_notes;  // sentences that change nothing of the outcome, each behind a blank
     std::string m_stopReason;
     int m_number;
     bool m_lastCommandInError = false;

@@ -8,6 +8,7 @@
 #include "platform/Files.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 
 namespace {
@@ -49,7 +50,9 @@ bool IsPdfPath(const std::string& path) { return EqualsIgnoreCaseAscii(Extension
 
 std::string OpenInput(CAcrobatDoc& document, const std::string& path, CLogWriter& log)
 {
-    if (const platform::FileResult readable = platform::CheckReadable(path); !readable) {
+    platform::FileResult readable = platform::CheckReadable(path);
+    if (readable && !platform::FileExists(path)) readable = {ENOENT};  // a trial run has taken it away
+    if (!readable) {
         log.Line("File does not exist or is exclusively used by another application.");
         return platform::ErrorText(readable.errorNumber);
     }

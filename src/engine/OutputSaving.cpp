@@ -26,6 +26,14 @@ std::optional<std::string> OutputFolder(const OutputSettings& settings, const Sa
     return folder ? std::optional(WithTrailingSeparator(*folder)) : std::nullopt;
 }
 
+/// A text that would lead the result out of its folder; null when both may be part of a file name.
+const std::string* StrayAffix(const OutputSettings& settings)
+{
+    for (const std::string* affix : {&settings.insertBefore, &settings.insertAfter})
+        if (FileName(*affix) != *affix) return affix;
+    return nullptr;
+}
+
 std::string OutputBase(const OutputSettings& settings, const std::string& inputPath)
 {
     return settings.insertBefore + SplitPath(inputPath).base + settings.insertAfter;
@@ -137,6 +145,12 @@ SaveResult SaveProcessed(CAcrobatDoc& document, const OutputSettings& settings, 
     if (!folder) {
         log.NameNumber("No output folder is available for output option", settings.kind, 1);
         return {SaveStatus::Failed, "There is no output folder."};
+    }
+    if (const std::string* affix = StrayAffix(settings)) {
+        log.NameValue("ERROR: The text cannot be part of an output file name", *affix, 1);
+        return {SaveStatus::Failed, "The text \"" + *affix +
+                                        "\" of the sequence's output part cannot be part of a "
+                                        "file name."};
     }
     const std::string wanted = *folder + OutputBase(settings, input.path);
     if (settings.handlerId) return SaveConverted(document.Document(), wanted, *settings.handlerId, input, log);

@@ -15,6 +15,9 @@ public:
     [[nodiscard]] CCabView Output() const { return m_cab.Cab("Output"); }
     [[nodiscard]] CCabEditor EditOutput() { return m_cab.EditCab("Output"); }
 
+    /// Everything, entries of other makers among it.
+    [[nodiscard]] CCabView Whole() const { return m_cab.View(); }
+
     /// Whether all three parts are there. Throws CHostException.
     [[nodiscard]] bool IsComplete() const { return Commands() && Input() && Output(); }
 

@@ -1,0 +1,72 @@
+"""The whole folder of real documents through `ferrule run` with two workers: each ends as its record lets expect."""
+import csv
+import json
+import os
+import shutil
+import sys
+import unittest
+from pathlib import Path
+
+from commandline import PASSWORD, CommandPlace, page_count, records, sha256
+
+CORPUS = Path(os.environ.get("FERRULE_CORPUS", ""))
+KILLERS = {"damaged/GHOSTSCRIPT-691770-0.pdf", "damaged/xref-compressed-in-compressed.pdf"}
+
+
+def manifest():
+    with open(CORPUS / "MANIFEST.tsv", encoding="utf-8", newline="") as stream:
+        for row in csv.DictReader(stream, delimiter="\t", quoting=csv.QUOTE_NONE):
+            if row["path"] not in ("-", "") and row["theme"] != "nonpdf":
+                yield row
+
+
+class Corpus(unittest.TestCase):
+    maxDiff = None
+
+    def test_every_document_ends_as_expected(self):
+        place = CommandPlace()
+        self.addCleanup(place.close)
+        rows = {row["path"]: row for row in manifest()}
+        for path in rows:
+            target = place.input / path
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copyfile(CORPUS / path, target)
+        words = place.root / "passwords.txt"
+        words.write_text("\n".join(json.loads(row[column]) for row in rows.values() for column in ("user_password", "owner_password")
+                                   if row[column] not in ("", "(empty)")) + "\n", encoding="utf-8")
+        record = place.root / "record.jsonl"
+        result = place.ferrule("run", place.protect_sequence(method=3), "--input", place.input, "--output", place.output, "--jobs", 2,
+                               "--password-file", words, "--timeout", "20", "--record", record, timeout=1500)
+        self.assertEqual(result.code, 3, result)
+        lines = {os.path.relpath(line["path"], place.input): line for line in records(record).values()}
+        self.assertEqual(sorted(lines), sorted(path for path in rows if path.lower().endswith(".pdf")))
+        wrong = []
+        for path, line in lines.items():
+            row, outcome = rows[path], line["outcome"]
+            if sha256(place.input / path) != row["sha256"]:
+                wrong.append(f"{path}: the input was changed")
+            for output in line.get("outputs", []):
+                if sha256(output["path"]) != output["sha256"]:
+                    wrong.append(f"{path}: the result is not the one on record")
+            if path in KILLERS:
+                expected = {"failed"}
+            elif row["expected"] == "opens" and not row["encryption"]:
+                expected = {"saved"}
+            elif row["expected"] == "not a usable PDF" or row["encryption"] == "public key":
+                expected = {"failed"}
+            else:
+                expected = {"saved", "failed", "copied-unchanged", "incomplete"}
+            if outcome not in expected:
+                wrong.append(f"{path}: {outcome} ({line['message']}), expected {expected}")
+            if outcome == "saved" and page_count(line["outputs"][-1]["path"], PASSWORD) is None:
+                wrong.append(f"{path}: its result does not open with the new password")
+            if outcome == "failed" and (not line["message"] or line.get("outputs")):
+                wrong.append(f"{path}: failed, but {line}")
+        self.assertEqual(wrong, [])
+
+
+if __name__ == "__main__":
+    if not (CORPUS / "MANIFEST.tsv").is_file():
+        print("skipped: the folder of real documents is not here")
+        sys.exit(77)
+    unittest.main()

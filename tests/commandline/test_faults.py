@@ -1,0 +1,110 @@
+"""Each file-system call of a run fails once, and once the process dies there: nothing is lost, and resume completes."""
+import os
+import sys
+import tempfile
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+from survival import Scene, preserve, undisturbed_names, wait_for_starts
+
+FAULTS = os.environ.get("FERRULE_FAULTS_LIBRARY", "")
+# Only every so many'th call is hurt where that is set: the sanitizers take their time.
+STEP = int(os.environ.get("FERRULE_FAULT_STEP", "1"))
+# What each kind of call may plausibly fail with; the process dies at each of them as well.
+PLAUSIBLE = {"open": ["EACCES", "EMFILE"], "create": ["ENOSPC"], "write": ["ENOSPC", "EIO"], "fsync": ["EIO"],
+             "rename": ["EACCES"], "link": ["EACCES"], "unlink": ["EACCES"], "mkdir": ["ENOSPC"]}
+
+
+def errors_for(call):
+    for name, errors in PLAUSIBLE.items():
+        if name in call.lower():
+            return errors
+    return ["EIO"]
+
+
+def count_calls(final):
+    """The calls of an undisturbed run, in order."""
+    scene = Scene(final)
+    try:
+        listing = scene.place.root / "calls"
+        result = scene.place.ferrule(*scene.arguments(), more={"LD_PRELOAD": FAULTS, "FERRULE_FAULT_COUNT": str(listing)})
+        assert result.code == 0, str(result)
+        return [line.split()[0] for line in listing.read_text(encoding="utf-8", errors="replace").splitlines() if line]
+    finally:
+        scene.close()
+
+
+def hurt_and_resume(final, number, fault, undisturbed):
+    """Complaints about one run that was hurt at its call `number`."""
+    scene = Scene(final)
+    try:
+        counter = Path(tempfile.mkstemp(dir=scene.place.root)[1])
+        hurt = scene.place.ferrule(*scene.arguments(), more={
+            "LD_PRELOAD": FAULTS, "FERRULE_FAULT_COUNT": str(counter), "FERRULE_FAULT_AT": f"{number}:{fault}"})
+        wrong = [f"after the fault: {each}" for each in scene.complaints_at_any_time()]
+        if hurt.code not in (0, 1, 3) and fault != "die":
+            wrong.append(f"after the fault: exit code {hurt.code}")
+        resumed = scene.place.ferrule(*scene.arguments("--resume", "--retry-failed"))
+        wait_for_starts(scene)
+        wrong += [f"after resuming: {each}" for each in scene.complaints_at_the_end(undisturbed)]
+        if resumed.code != 0 and final != 5:
+            wrong.append(f"after resuming: exit code {resumed.code}")
+        if wrong:
+            preserve(scene, f"{final}-{number}-{fault}")
+            wrong.append(f"--- the hurt run: {hurt}\n--- resumed: {resumed}")
+        return wrong
+    finally:
+        scene.close()
+
+
+class Faults(unittest.TestCase):
+    maxDiff = None
+
+    def check(self, final):
+        undisturbed = undisturbed_names(final)
+        calls = count_calls(final)
+        self.assertGreater(len(calls), 30, "the layer under test was not there")
+        cases = [(number, fault) for number, call in enumerate(calls, 1) if number % STEP == 0
+                 for fault in [*errors_for(call), "die"]]
+        with ThreadPoolExecutor(2) as pool:
+            outcomes = list(pool.map(lambda case: hurt_and_resume(final, *case, undisturbed), cases))
+        failed = [(case, wrong) for case, wrong in zip(cases, outcomes) if wrong]
+        print(f"final action {final}: {len(calls)} calls, {len(cases)} faults, {len(failed)} complaints", flush=True)
+        report = "\n\n".join(f"call {number} ({calls[number - 1]}), {fault}:\n" + "\n".join(wrong)
+                             for (number, fault), wrong in failed[:5])
+        self.assertEqual(len(failed), 0, report)
+
+    def test_in_place(self):
+        self.check(None)
+
+    def test_copy(self):
+        self.check(1)
+
+    def test_move(self):
+        self.check(2)
+
+    def test_delete(self):
+        self.check(3)
+
+    def test_rename(self):
+        self.check(4)
+
+    def test_execute(self):
+        self.check(5)
+
+    def test_move_and_replace(self):
+        self.check(6)
+
+    def test_move_versions(self):
+        self.check(7)
+
+    def test_copy_versions(self):
+        self.check(8)
+
+
+if __name__ == "__main__":
+    if not Path(FAULTS).is_file():
+        print("skipped: the library that makes calls fail was not built")
+        sys.exit(77)
+    unittest.main()

@@ -1,0 +1,223 @@
+"""Documents and surroundings that go wrong under workers: each costs its own file and nothing else."""
+import json
+import os
+import shutil
+import signal
+import subprocess
+import time
+import unittest
+from pathlib import Path
+
+from commandline import CommandPlace, documents, is_protected, minimal_pdf, records, temporaries
+
+CORPUS = Path(os.environ.get("FERRULE_CORPUS", ""))
+HANG = CORPUS / "damaged" / "GHOSTSCRIPT-691770-0.pdf"
+CRASH = CORPUS / "damaged" / "xref-compressed-in-compressed.pdf"
+
+
+def bomb(megabytes):
+    """A document whose one cross-reference stream grows to so many megabytes when it is read."""
+    import zlib
+    packer = zlib.compressobj(9)
+    block = bytes(1 << 20)
+    packed = b"".join(packer.compress(block) for _ in range(megabytes)) + packer.flush()
+    data = b"%PDF-1.5\n1 0 obj\n<</Type/Catalog/Pages 2 0 R>>\nendobj\n2 0 obj\n<</Type/Pages/Count 0/Kids[]>>\nendobj\n"
+    start = len(data)
+    data += (b"3 0 obj\n<</Type/XRef/Size %d/W[1 4 2]/Root 1 0 R/Filter/FlateDecode/Length %d>>stream\n"
+             % (megabytes * (1 << 20) // 7, len(packed)))
+    return data + packed + b"\nendstream\nendobj\nstartxref\n%d\n%%%%EOF\n" % start
+
+
+class Trouble(unittest.TestCase):
+    def setUp(self):
+        self.place = CommandPlace()
+        self.addCleanup(self.place.close)
+        self.record = self.place.root / "record.jsonl"
+        self.sequence = self.place.protect_sequence()
+
+    def words(self, *more, jobs=2):
+        return ["run", self.sequence, "--input", self.place.input, "--output", self.place.output, "--jobs", jobs,
+                "--record", self.record, *more]
+
+    def outcomes(self):
+        return {Path(line["path"]).name: line["outcome"] for line in records(self.record).values()}
+
+    def message(self, name):
+        return next(line["message"] for line in records(self.record).values() if Path(line["path"]).name == name)
+
+    def test_library_killers_cost_only_themselves(self):
+        if not HANG.is_file():
+            self.skipTest("the folder of real documents is not here")
+        good = documents(self.place, [f"good {number}.pdf" for number in range(12)])
+        shutil.copyfile(HANG, self.place.input / "good 1 hangs.pdf")
+        shutil.copyfile(CRASH, self.place.input / "good 2 crashes.pdf")
+        result = self.place.ferrule(*self.words("--timeout", "4"))
+        self.assertEqual(result.code, 3, result)
+        outcomes = self.outcomes()
+        self.assertEqual({outcomes[path.name] for path in good}, {"saved"}, result)
+        self.assertEqual(outcomes["good 1 hangs.pdf"], "failed")
+        self.assertIn("4 s", self.message("good 1 hangs.pdf"))
+        self.assertEqual(outcomes["good 2 crashes.pdf"], "failed")
+        self.assertIn("signal", self.message("good 2 crashes.pdf"))
+        for name in ("good 1 hangs.pdf", "good 2 crashes.pdf"):
+            self.assertIn(name, result.errors, "the reason is not told")
+        self.assertTrue(all(map(is_protected, self.place.output.iterdir())))
+        self.assertEqual(temporaries(self.place.root), [])
+
+    def test_a_document_that_allocates_without_end(self):
+        documents(self.place, ["a.pdf", "z.pdf"])
+        (self.place.input / "bomb.pdf").write_bytes(bomb(2000))
+        result = self.place.ferrule(*self.words("--memory", "200M"))
+        outcomes = self.outcomes()
+        self.assertEqual((outcomes["a.pdf"], outcomes["z.pdf"], outcomes["bomb.pdf"]), ("saved", "saved", "failed"), result)
+
+    def test_a_worker_killed_by_hand_costs_its_file(self):
+        if not HANG.is_file():
+            self.skipTest("the folder of real documents is not here")
+        documents(self.place, ["b.pdf", "c.pdf"])
+        shutil.copyfile(HANG, self.place.input / "a.pdf")
+        process = self.place.start(*self.words("--timeout", "100", jobs=1))
+        deadline, worker = time.monotonic() + 20, ""
+        while not worker and time.monotonic() < deadline:
+            time.sleep(0.3)
+            worker = subprocess.run(["pgrep", "-P", str(process.pid)], capture_output=True, text=True, check=False).stdout
+        time.sleep(1)
+        os.kill(int(worker.split()[0]), signal.SIGKILL)
+        process.communicate(timeout=60)
+        self.assertEqual(self.outcomes(), {"a.pdf": "failed", "b.pdf": "saved", "c.pdf": "saved"})
+
+    def test_first_interrupt_ends_the_run_after_the_file_and_resume_goes_on(self):
+        documents(self.place, [f"{number}.pdf" for number in range(400)])
+        process = self.place.start(*self.words(jobs=1))
+        while not list(self.place.output.glob("*.pdf")):
+            time.sleep(0.01)
+        process.send_signal(signal.SIGINT)
+        _, errors = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 130, errors)
+        done = list(self.place.output.glob("*.pdf"))
+        self.assertLess(len(done), 400)
+        times = {path: path.stat().st_mtime_ns for path in done}
+        result = self.place.ferrule(*self.words("--resume"))
+        self.assertEqual(result.code, 0, result)
+        self.assertEqual(len(list(self.place.output.glob("*.pdf"))), 400)
+        self.assertEqual({path: path.stat().st_mtime_ns for path in done}, times, "files were processed twice")
+        self.assertEqual(set(self.outcomes().values()), {"saved"})
+
+    def test_second_interrupt_ends_it_now(self):
+        if not HANG.is_file():
+            self.skipTest("the folder of real documents is not here")
+        shutil.copyfile(HANG, self.place.input / "a.pdf")
+        process = self.place.start(*self.words(jobs=1))
+        time.sleep(1.5)
+        process.send_signal(signal.SIGINT)
+        time.sleep(0.5)
+        self.assertIsNone(process.poll(), "the first one does not wait for the file")
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=10)
+        self.assertEqual(process.returncode, 130)
+        self.assertEqual(self.outcomes(), {"a.pdf": "stopped"})
+
+    def test_files_that_changed_since_the_plan(self):
+        made = documents(self.place, ["same.pdf", "changed.pdf", "gone.pdf"])
+        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
+        planned = self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output,
+                                     "--manifest", manifest)
+        self.assertEqual(planned.code, 0, planned)
+        for path in made:
+            if path.name == "changed.pdf":
+                path.write_bytes(minimal_pdf("another", 2))
+            elif path.name == "gone.pdf":
+                path.unlink()
+        result = self.place.ferrule("run", "--manifest", manifest, "--journal", journal, "--shard", "1/1", "--record", self.record)
+        self.assertEqual(result.code, 3, result)
+        self.assertEqual(self.outcomes(), {"changed.pdf": "skipped", "gone.pdf": "skipped", "same.pdf": "saved"})
+        self.assertIn("changed since plan", self.message("changed.pdf"))
+
+    def test_two_runs_on_the_same_folder_exclude_each_other(self):
+        documents(self.place, [f"{number}.pdf" for number in range(300)])
+        first = self.place.start(*self.words(jobs=1))
+        while not list(self.place.output.glob("*.pdf")):
+            time.sleep(0.01)
+        second = self.place.ferrule(*self.words("--record", self.place.root / "second"))
+        self.assertIsNone(first.poll(), "the first run was over too early for this test")
+        self.assertEqual(second.code, 1, second)
+        self.assertIn("another", second.errors)
+        first.communicate(timeout=120)
+        self.assertEqual(first.returncode, 0)
+        self.assertEqual(len(list(self.place.output.iterdir())), 300)
+
+    def test_a_log_in_use_costs_the_log_and_not_the_run(self):
+        import fcntl
+        documents(self.place, ["a.pdf"])
+        log = self.place.root / "log.txt"
+        with open(log, "wb") as held:
+            fcntl.flock(held, fcntl.LOCK_EX)
+            result = self.place.ferrule(*self.words("--log", log))
+        self.assertEqual(result.code, 0, result)
+        self.assertIn(str(log), result.errors)
+        self.assertEqual(log.read_bytes(), b"")
+
+    def test_hard_links_and_inputs_named_twice(self):
+        made = documents(self.place, ["a.pdf", "sub/x.pdf"])
+        os.link(self.place.input / "a.pdf", self.place.input / "b.pdf")
+        result = self.place.ferrule(*self.words("--input", self.place.input, "--input", self.place.input / "a.pdf"))
+        self.assertEqual(result.code, 0, result)
+        self.assertEqual(len(records(self.record)), 3, "an input named twice counts once")
+        self.assertEqual({path.name for path in self.place.output.iterdir()}, {"a.pdf", "b.pdf", "x.pdf"})
+        for path, content in made.items():
+            self.assertEqual(path.read_bytes(), content)
+
+    def test_journals_that_are_cut_or_belong_elsewhere(self):
+        documents(self.place, ["a.pdf", "b.pdf", "c.pdf"])
+        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
+        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
+        shard = ["run", "--manifest", manifest, "--journal", journal, "--shard", "1/1"]
+        self.assertEqual(self.place.ferrule(*shard).code, 0)
+        whole = journal.read_bytes()
+        for cut in sorted({0, 1, len(whole) // 3, len(whole) // 2, len(whole) - 40, len(whole) - 1}):
+            journal.write_bytes(whole[:cut])
+            result = self.place.ferrule(*shard)
+            self.assertEqual(result.code, 0, f"cut at {cut} of {len(whole)}\n{result}")
+            self.assertEqual(sorted(path.name for path in self.place.output.iterdir()), ["a.pdf", "b.pdf", "c.pdf"], cut)
+            merged = self.place.ferrule("merge", "--manifest", manifest, journal, "--record", self.record)
+            self.assertEqual(merged.code, 0, f"cut at {cut}\n{merged}")
+        other = self.place.root / "other manifest"
+        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", other)
+        for words in (["run", "--manifest", other, "--journal", journal, "--shard", "1/1"],
+                      ["merge", "--manifest", other, journal, "--record", self.record]):
+            result = self.place.ferrule(*words)
+            self.assertEqual(result.code, 1, result)
+            self.assertIn(str(journal), result.errors)
+        lines = whole.splitlines(keepends=True)
+        journal.write_bytes(lines[0] + b"{nonsense\n" + b"".join(lines[1:]))
+        result = self.place.ferrule("merge", "--manifest", manifest, journal, "--record", self.record)
+        self.assertEqual(result.code, 1, result)
+        self.assertIn("2", result.errors)
+
+    def test_merging_needs_each_file_exactly_once(self):
+        documents(self.place, [f"{number}.pdf" for number in range(8)])
+        manifest = self.place.root / "manifest"
+        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
+        journals = []
+        for shard in (1, 2):
+            journals.append(self.place.root / f"journal {shard}")
+            self.place.ferrule("run", "--manifest", manifest, "--journal", journals[-1], "--shard", f"{shard}/2")
+        for given in ([journals[0]], [journals[0], journals[0], journals[1]]):
+            result = self.place.ferrule("merge", "--manifest", manifest, *given, "--record", self.record)
+            self.assertEqual(result.code, 1, result)
+        self.assertEqual(self.place.ferrule("merge", "--manifest", manifest, *journals, "--record", self.record).code, 0)
+        self.assertEqual(len(records(self.record)), 8)
+
+    def test_names_that_are_no_text(self):
+        path = os.fsencode(self.place.input) + b"/caf\xe9 \xff.pdf"
+        with open(path, "wb") as stream:
+            stream.write(minimal_pdf("bytes"))
+        result = self.place.ferrule(*self.words("--final-action", "move", "--destination", self.place.done))
+        self.assertEqual(result.code, 0, result)
+        self.assertEqual(os.listdir(os.fsencode(self.place.done)), [b"caf\xe9 \xff.pdf"])
+        self.assertEqual(os.listdir(os.fsencode(self.place.output)), [b"caf\xe9 \xff.pdf"])
+        json.loads(self.record.read_text(encoding="utf-8"))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,205 @@
+#include "cli/RunArguments.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <thread>
+#include <utility>
+
+#include "cli/CommandError.h"
+#include "cli/FinalActions.h"
+#include "common/Text.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+
+namespace cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string BesideProgram(const char* name)
+{
+    return (fs::path(platform::ExecutablePath()).parent_path() / name).string();
+}
+
+std::vector<std::string> PlugInsOfFolder(const std::string& folder)
+{
+    std::vector<std::string> plugIns;
+    for (const auto& entry : platform::ListFolder(folder))
+        if (!entry.isFolder && entry.name.ends_with(".api"))
+            plugIns.push_back((fs::path(folder) / entry.name).string());
+    return plugIns;
+}
+
+/// The run takes blanks and double quotes from both ends of paths. A separator keeps them from the end of a folder.
+std::string KeptAsItIs(const std::string& path)
+{
+    if (path == RemoveQuotes(path)) return path;
+    if (platform::FolderExists(path)) return path + platform::kSeparator;
+    FailStart(path + ": a name that ends with a blank or a double quote cannot be passed on; please rename the file");
+}
+
+/// Looked for here already, so that nothing is started for a path that was mistyped.
+std::string ExistingPath(const std::string& typed)
+{
+    const std::string path = AbsolutePath(typed);
+    if (!platform::FileExists(path) && !platform::FolderExists(path))
+        FailStart(path + ": there is no such file or folder");
+    return KeptAsItIs(path);
+}
+
+void RequireReadable(const std::string& path)
+{
+    if (const auto readable = platform::CheckReadable(path); !readable)
+        FailStart(path + ": " + platform::ErrorText(readable.errorNumber));
+}
+
+std::string ReadDestination(const CArguments& arguments, const FinalActionRow& action)
+{
+    const std::string place = arguments.Text("--destination");
+    if (action.destination.empty()) {
+        if (arguments.Has("--destination"))
+            FailUsage("--destination means nothing with the final action \"" + action.name + "\"; leave it out");
+        return {};
+    }
+    if (place.empty())
+        FailUsage("the final action \"" + action.name + "\" needs --destination with the " + action.destination);
+    const bool hasSeparator = place.find(platform::kSeparator) != std::string::npos;
+    if (action.destination == "new name" && hasSeparator)
+        FailUsage("--destination: the final action \"rename\" takes a file name without a folder");
+    // A program without a separator is looked up like the shell does.
+    return action.destination == "folder" || (action.destination == "program" && hasSeparator) ? AbsolutePath(place)
+                                                                                               : place;
+}
+
+void AddSetting(RunRequest& request, const char* name, const std::string& value)
+{
+    if (!value.empty()) request.settings.emplace_back(name, value);
+}
+
+/// "2/4" as 2 and 4.
+std::pair<int, int> ParseShard(const std::string& text)
+{
+    int part = 0, parts = 0;
+    const char* const end = text.data() + text.size();
+    const auto first = std::from_chars(text.data(), end, part);
+    if (first.ec == std::errc() && first.ptr != end && *first.ptr == '/') {
+        const auto second = std::from_chars(first.ptr + 1, end, parts);
+        if (second.ec == std::errc() && second.ptr == end && part >= 1 && part <= parts) return {part, parts};
+    }
+    FailUsage("--shard: \"" + text + "\": it takes I/N with I from 1 to N, such as 2/4");
+}
+
+/// Options that say nothing about one part of a plan, because the plan has said it.
+void RefuseWithManifest(const CArguments& arguments)
+{
+    for (const char* const name :
+         {"--input", "--output", "--ext", "--no-subfolders", "--min-age", "--final-action", "--destination",
+          "--dry-run", "--log", "--skip-unavailable", "--allow-no-output", "--allow-in-place"})
+        if (arguments.Has(name)) FailUsage(std::string(name) + " has no place beside --manifest");
+    if (!arguments.Operands().empty())
+        FailUsage("\"" + arguments.Operands().front() +
+                  "\": with --manifest the plan names the sequence; leave it out");
+}
+
+}  // namespace
+
+std::string AbsolutePath(const std::string& path)
+{
+    const fs::path absolute = fs::absolute(path);
+    if (std::find(absolute.begin(), absolute.end(), fs::path("..")) != absolute.end()) {
+        const std::string canonical = platform::CanonicalPath(absolute.string());
+        return canonical.empty() ? absolute.string() : canonical;
+    }
+    std::string normal = absolute.lexically_normal().string();
+    while (normal.size() > 1 && normal.back() == platform::kSeparator) normal.pop_back();
+    return normal;
+}
+
+std::string OptionalPath(const CArguments& arguments, const char* option)
+{
+    const std::string path = arguments.Text(option);
+    return path.empty() || path == "-" ? path : AbsolutePath(path);
+}
+
+EngineOptions ReadEngine(const CArguments& arguments)
+{
+    EngineOptions engine;
+    engine.hostProgram = OptionalPath(arguments, "--host");
+    if (engine.hostProgram.empty()) engine.hostProgram = BesideProgram("ferrule-host");
+    RequireReadable(engine.hostProgram);
+    for (const std::string& plugIn : arguments.All("--plugin")) engine.plugIns.push_back(AbsolutePath(plugIn));
+    const std::string plugInFolder = BesideProgram("plug_ins");
+    if (engine.plugIns.empty()) engine.plugIns = PlugInsOfFolder(plugInFolder);
+    if (engine.plugIns.empty())
+        FailStart(plugInFolder +
+                  ": there is no plug-in; keep ferrule, ferrule-host and the folder plug_ins together");
+    if (!FindOption(arguments.Command(), "--jobs")) return engine;
+    engine.passwordFile = OptionalPath(arguments, "--password-file");
+    if (!engine.passwordFile.empty()) RequireReadable(engine.passwordFile);
+    engine.jobs = arguments.Has("--jobs") ? static_cast<int>(arguments.Number("--jobs"))
+                                          : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    engine.timeoutSeconds = static_cast<int>(arguments.Number("--timeout"));
+    engine.memoryBytes = arguments.Size("--memory");
+    return engine;
+}
+
+RunRequest ReadRequest(const CArguments& arguments)
+{
+    if (arguments.Operands().empty()) FailUsage("name the sequence to run, or a plan with --manifest");
+    const FinalActionRow& action = *FindFinalAction(arguments.Text("--final-action"));
+    const std::string destination = ReadDestination(arguments, action);
+    RunRequest request;
+    AddSetting(request, "FERRULESEQU", ExistingPath(arguments.Operands().front()));
+    const auto inputs = arguments.All("--input");
+    for (const std::string& input : inputs) request.inputs.push_back(ExistingPath(input));
+    if (!request.inputs.empty()) {
+        AddSetting(request, "FERRULEALTPATH", request.inputs.front());
+        request.inputs.erase(request.inputs.begin());
+    }
+    if (arguments.Has("--output"))
+        AddSetting(request, "FERRULEALTOUTPUTPATH", ExistingPath(arguments.Text("--output")));
+    AddSetting(request, "FERRULEFINAL", std::to_string(action.code));
+    AddSetting(request, "FERRULEDEST", destination);
+    const std::string extensions = Trim(arguments.Text("--ext"));
+    if (!EqualsIgnoreCaseAscii(extensions, "all")) AddSetting(request, "FERRULEFILEEXT", extensions);
+    if (arguments.Has("--no-subfolders")) AddSetting(request, "FERRULENOSUBFOLDERS", "yes");
+    request.minAgeSeconds = static_cast<int>(arguments.Number("--min-age"));
+    request.skipUnavailable = arguments.Has("--skip-unavailable");
+    request.allowNoOutput = arguments.Has("--allow-no-output");
+    request.allowInPlace = arguments.Has("--allow-in-place");
+    return request;
+}
+
+RunOptions ReadRun(const CArguments& arguments)
+{
+    if (arguments.Has("--shard") || arguments.Has("--journal"))
+        FailUsage("--shard and --journal belong to a plan; name it with --manifest");
+    RunOptions options;
+    options.request = ReadRequest(arguments);
+    options.engine = ReadEngine(arguments);
+    options.retryFailed = arguments.Has("--retry-failed");
+    options.resume = arguments.Has("--resume") || options.retryFailed;
+    options.dryRun = arguments.Has("--dry-run");
+    if (options.dryRun && options.resume) FailUsage("--dry-run tries out a whole run; leave --resume out");
+    options.logPath = OptionalPath(arguments, "--log");
+    return options;
+}
+
+ShardOptions ReadShard(const CArguments& arguments)
+{
+    RefuseWithManifest(arguments);
+    ShardOptions options;
+    std::tie(options.shard, options.shards) = ParseShard(arguments.Text("--shard"));
+    options.manifestPath = OptionalPath(arguments, "--manifest");
+    options.journalPath = OptionalPath(arguments, "--journal");
+    if (options.journalPath.empty())
+        FailUsage("--manifest needs --journal with the file that keeps what this part has done");
+    RequireReadable(options.manifestPath);
+    options.retryFailed = arguments.Has("--retry-failed");
+    options.engine = ReadEngine(arguments);
+    return options;
+}
+
+}  // namespace cli

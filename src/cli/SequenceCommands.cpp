@@ -1,0 +1,206 @@
+#include "cli/SequenceCommands.h"
+
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "cli/CommandError.h"
+#include "cli/FinalActions.h"
+#include "cli/Printable.h"
+#include "cli/RunArguments.h"
+#include "cli/Summary.h"
+#include "common/Text.h"
+#include "platform/ByteText.h"
+#include "platform/Files.h"
+#include "supervisor/Supervisor.h"
+
+namespace cli {
+
+namespace {
+
+using nlohmann::json;
+using platform::TextFromBytes;
+
+constexpr std::uint64_t kLongestPasswordFile = 64 * 1024;
+
+/// Tells warnings and remarks of a host that does one small job.
+class CJobPrinter final : public CRunObserver {
+public:
+    explicit CJobPrinter(const Screen& screen) : m_screen(screen) {}
+    void Remark(const std::string& text) override { *m_screen.messages << "ferrule: " << Printable(text) << '\n'; }
+    void Warning(const std::string& text) override { Remark("warning: " + text); }
+
+private:
+    const Screen& m_screen;
+};
+
+/// What the job reports under "sequence"; nothing when it could not be done, which is said then.
+std::optional<json> Answer(const CArguments& arguments, const json& job, const Screen& screen)
+{
+    CJobPrinter printer(screen);
+    const JobResult result = RunJob(ReadEngine(arguments), job.dump(), printer);
+    for (const std::string& report : result.reports) {
+        const json answer = json::parse(report, nullptr, false);
+        if (result.exit == ExitClass::Fine && answer.is_object() && answer.contains("sequence"))
+            return answer["sequence"];
+    }
+    if (result.end.empty())
+        for (const std::string& line : result.errorLines) *screen.messages << Printable(line) << '\n';
+    const std::string message = result.message.empty() ? "the host answered nothing" : result.message;
+    *screen.messages << "ferrule: " << Printable(message) << '\n';
+    return std::nullopt;
+}
+
+void PrintFindings(const std::string& path, const json& findings, std::ostream& stream)
+{
+    for (const json& finding : findings) stream << FindingText(path, finding);
+}
+
+std::string SequencePath(const std::string& typed) { return TextFromBytes(AbsolutePath(typed)); }
+
+/// The first line without its end.
+std::string ReadPassword(const std::string& path)
+{
+    std::string text;
+    if (path == "-") {
+        std::getline(std::cin, text);
+    } else {
+        platform::FileResult result;
+        const auto bytes = platform::ReadWholeFile(path, kLongestPasswordFile, &result);
+        if (!bytes) FailStart(path + ": " + platform::ErrorText(result.errorNumber));
+        text = bytes->substr(0, bytes->find('\n'));
+    }
+    if (text.ends_with('\r')) text.pop_back();
+    if (text.empty()) FailStart((path == "-" ? "standard input" : path) + ": its first line holds no password");
+    return text;
+}
+
+void PutText(json& object, const char* name, const CArguments& arguments, const char* option)
+{
+    if (arguments.Has(option)) object[name] = TextFromBytes(arguments.Text(option));
+}
+
+json RightsList(const std::string& list)
+{
+    json rights = json::array();
+    for (const std::string& piece : Split(list, ",")) rights.push_back(Trim(piece));
+    return rights;
+}
+
+json ProtectSettings(const CArguments& arguments)
+{
+    if (arguments.Text("--user-password-file") == "-" && arguments.Text("--owner-password-file") == "-")
+        FailUsage("only one password can be read from standard input");
+    json protect = {{"method", arguments.Text("--method")}};
+    const struct {
+        const char *option, *key;
+    } passwords[] = {{"--user-password-file", "userPassword"}, {"--owner-password-file", "ownerPassword"}};
+    for (const auto& [option, key] : passwords)
+        if (arguments.Has(option)) protect[key] = TextFromBytes(ReadPassword(OptionalPath(arguments, option)));
+    const std::string allowed = Trim(arguments.Text("--allow"));
+    if (allowed != "all") protect["allow"] = allowed == "none" ? json::array() : RightsList(allowed);
+    return protect;
+}
+
+json OutputSettings(const CArguments& arguments)
+{
+    json output = json::object();
+    if (arguments.Has("--in-folder")) output["folder"] = TextFromBytes(AbsolutePath(arguments.Text("--in-folder")));
+    PutText(output, "prefix", arguments, "--prefix");
+    PutText(output, "suffix", arguments, "--suffix");
+    output["overwrite"] = arguments.Has("--replace");
+    output["optimize"] = !arguments.Has("--no-linearize");
+    return output;
+}
+
+/// Says what was written and what to know about it.
+int ConcludeWriting(const CArguments& arguments, const json& answer, const char* listName, const std::string& path,
+                    const Screen& screen)
+{
+    if (arguments.Has("--json")) *screen.data << answer.dump() << '\n';
+    PrintFindings(path, answer.value(listName, json::array()), *screen.messages);
+    *screen.messages << "Written: " << Printable(path) << '\n';
+    if (answer.value("holdsPasswords", false))
+        *screen.messages << "It holds passwords in clear and can be read by you alone.\n";
+    return kExitFine;
+}
+
+}  // namespace
+
+int SequenceShowCommand(const CArguments& arguments, const Screen& screen)
+{
+    const json job = {{"kind", "sequence-show"}, {"path", SequencePath(arguments.Operands().front())}};
+    const auto answer = Answer(arguments, job, screen);
+    if (!answer) return kExitBroken;
+    *screen.data << (arguments.Has("--json") ? answer->dump() + "\n" : SequenceText(*answer));
+    return kExitFine;
+}
+
+int SequenceCheckCommand(const CArguments& arguments, const Screen& screen)
+{
+    json settings = json::object();
+    if (arguments.Has("--input")) settings["FERRULEALTPATH"] = SequencePath(arguments.Text("--input"));
+    if (arguments.Has("--output")) settings["FERRULEALTOUTPUTPATH"] = SequencePath(arguments.Text("--output"));
+    if (arguments.Has("--final-action"))
+        settings["FERRULEFINAL"] = std::to_string(FindFinalAction(arguments.Text("--final-action"))->code);
+    bool allOk = true;
+    for (const std::string& file : arguments.Operands()) {
+        json job = {{"kind", "sequence-check"}, {"path", SequencePath(file)}};
+        if (!settings.empty()) job["settings"] = settings;
+        const auto answer = Answer(arguments, job, screen);
+        if (!answer) return kExitBroken;
+        const bool ok = answer->value("ok", false);
+        allOk = allOk && ok;
+        if (arguments.Has("--json")) {
+            *screen.data << answer->dump() << '\n';
+            continue;
+        }
+        PrintFindings(file, answer->value("findings", json::array()), *screen.data);
+        if (ok) *screen.data << Printable(file) << ": no errors\n";
+    }
+    return allOk ? kExitFine : kExitNotAllFine;
+}
+
+json NewSequenceJob(const CArguments& arguments)
+{
+    const std::string name = arguments.Text("--template");
+    json job = {{"kind", "sequence-new"},
+                {"path", SequencePath(arguments.Operands().front())},
+                {"template", name},
+                {"overwrite", arguments.Has("--overwrite")},
+                {"force", arguments.Has("--force")},
+                {"output", OutputSettings(arguments)}};
+    PutText(job, "title", arguments, "--title");
+    PutText(job, "description", arguments, "--description");
+    if (name == "protect") {
+        job["protect"] = ProtectSettings(arguments);
+        return job;
+    }
+    for (const char* const option : {"--user-password-file", "--owner-password-file", "--method", "--allow"})
+        if (arguments.Has(option)) FailUsage(std::string(option) + " belongs to --template protect");
+    return job;
+}
+
+int SequenceNewCommand(const CArguments& arguments, const Screen& screen)
+{
+    const auto answer = Answer(arguments, NewSequenceJob(arguments), screen);
+    if (!answer) return kExitBroken;
+    return ConcludeWriting(arguments, *answer, "findings", arguments.Operands().front(), screen);
+}
+
+int SequenceConvertCommand(const CArguments& arguments, const Screen& screen)
+{
+    json job = {{"kind", "sequence-convert"},
+                {"path", SequencePath(arguments.Operands()[0])},
+                {"target", SequencePath(arguments.Operands()[1])},
+                {"to", arguments.Text("--to")},
+                {"overwrite", arguments.Has("--overwrite")},
+                {"allowLoss", arguments.Has("--allow-loss")}};
+    PutText(job, "title", arguments, "--title");
+    PutText(job, "description", arguments, "--description");
+    const auto answer = Answer(arguments, job, screen);
+    if (!answer) return kExitBroken;
+    return ConcludeWriting(arguments, *answer, "losses", arguments.Operands()[1], screen);
+}
+
+}  // namespace cli

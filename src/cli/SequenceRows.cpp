@@ -1,0 +1,168 @@
+#include "cli/CommandRows.h"
+
+namespace cli {
+
+namespace {
+
+OptionRow OverwriteOption() { return {.name = "--overwrite", .help = "Replace a file that is there already."}; }
+
+std::vector<OptionRow> ProtectOptions()
+{
+    return {
+        {.name = "--user-password-file",
+         .kind = ValueKind::File,
+         .valueName = "FILE",
+         .help = "File whose first line is the password that opens the results; - for standard input."},
+        {.name = "--owner-password-file",
+         .kind = ValueKind::File,
+         .valueName = "FILE",
+         .help = "File whose first line is the password that gives all rights; - for standard input."},
+        {.name = "--method",
+         .kind = ValueKind::Choice,
+         .valueName = "METHOD",
+         .help = "How to encrypt.",
+         .fallback = "aes256",
+         .choices = {"aes256", "aes128", "rc4"}},
+        {.name = "--allow",
+         .kind = ValueKind::Text,
+         .valueName = "LIST",
+         .help =
+             "What stays allowed, separated by commas: print (at low resolution), print-high, copy, edit, annotate, "
+             "fill-forms, assemble, templates, extract; or all, or none.",
+         .fallback = "all"},
+    };
+}
+
+std::vector<OptionRow> SaveOptions()
+{
+    return {
+        {.name = "--in-folder",
+         .kind = ValueKind::Folder,
+         .valueName = "FOLDER",
+         .help = "Where the sequence saves; without it beside each input. --output of a run goes before both."},
+        {.name = "--prefix",
+         .kind = ValueKind::Text,
+         .valueName = "TEXT",
+         .help = "Put before the name of each result."},
+        {.name = "--suffix",
+         .kind = ValueKind::Text,
+         .valueName = "TEXT",
+         .help = "Put after the name of each result."},
+        {.name = "--replace", .help = "Let results replace files of the same name, instead of taking a free name."},
+        {.name = "--no-linearize", .help = "Do not arrange the results for fast web view."},
+    };
+}
+
+}  // namespace
+
+CommandRow SequenceShowRow()
+{
+    CommandRow row{.name = "sequence show",
+                   .summary = "show what a sequence does",
+                   .text = "Prints the steps of a sequence with their parameters. Passwords are never shown.",
+                   .operands = {{.name = "FILE", .help = "Sequence file (.sequ)."}},
+                   .examples = {{"", "ferrule sequence show protect.sequ"}}};
+    AddSection(row, "Options", {JsonOption("Print it as JSON.")});
+    AddSection(row, "", ProgramOptions());
+    return row;
+}
+
+CommandRow SequenceCheckRow()
+{
+    CommandRow row{.name = "sequence check",
+                   .summary = "find what would go wrong in a run",
+                   .text =
+                       "Names what an unattended run of the sequence would stumble over: errors with line and "
+                       "column, steps that are not available, results that would be lost, weak protection. Ends "
+                       "with 3 when there are errors; warnings and notes do not count.",
+                   .operands = {{.name = "FILE", .help = "Sequence files (.sequ).", .repeatable = true}},
+                   .examples = {{"", "ferrule sequence check *.sequ"}}};
+    AddSection(row, "Options", {JsonOption("Print the findings as JSON, one object for each file.")});
+    AddSection(row, "What a run would bring along",
+               {{.name = "--input",
+                 .shortName = "-i",
+                 .kind = ValueKind::Path,
+                 .valueName = "PATH",
+                 .help = "The input, as in \"ferrule run\"."},
+                {.name = "--output",
+                 .shortName = "-o",
+                 .kind = ValueKind::Folder,
+                 .valueName = "FOLDER",
+                 .help = "The output, as in \"ferrule run\"."},
+                {.name = "--final-action",
+                 .kind = ValueKind::FinalAction,
+                 .valueName = "NAME",
+                 .help = "The final action, as in \"ferrule run\"."}});
+    AddSection(row, "", ProgramOptions());
+    return row;
+}
+
+CommandRow SequenceNewRow()
+{
+    CommandRow row{
+        .name = "sequence new",
+        .summary = "write a sequence from a template",
+        .text =
+            "Templates: protect sets passwords and permissions and saves; save only saves, which repairs "
+            "damaged files and converts images; text writes the text of each document.\n\n"
+            "Passwords are read from files so that they stay out of the command line. The sequence "
+            "holds them in clear and can therefore be read by you alone.",
+        .operands = {{.name = "FILE", .help = "Sequence file to write (.sequ)."}},
+        .examples = {{"One password for all rights, printing allowed:",
+                      "ferrule sequence new protect.sequ --template protect --owner-password-file owner.txt "
+                      "--allow print,print-high"},
+                     {"Text beside each document:", "ferrule sequence new text.sequ --template text"}}};
+    AddSection(row, "Options",
+               {{.name = "--template",
+                 .kind = ValueKind::Choice,
+                 .valueName = "NAME",
+                 .help = "What to begin with.",
+                 .choices = {"protect", "save", "text"},
+                 .required = true},
+                {.name = "--title", .kind = ValueKind::Text, .valueName = "TEXT", .help = "Title of the sequence."},
+                {.name = "--description",
+                 .kind = ValueKind::Text,
+                 .valueName = "TEXT",
+                 .help = "A sentence for people about what the sequence does."},
+                OverwriteOption(),
+                {.name = "--force", .help = "Write the sequence although a check of it finds errors."},
+                JsonOption("Print what was written as JSON.")});
+    AddSection(row, "Template protect", ProtectOptions());
+    AddSection(row, "How results are saved", SaveOptions());
+    AddSection(row, "", ProgramOptions());
+    return row;
+}
+
+CommandRow SequenceConvertRow()
+{
+    CommandRow row{.name = "sequence convert",
+                   .summary = "write a sequence in the other form",
+                   .text =
+                       "Between XML and the host's own form. What has no place in the other form is named; nothing "
+                       "is left out silently. Passwords are kept.",
+                   .operands = {{.name = "FILE", .help = "Sequence file to read."},
+                                {.name = "TARGET", .help = "Sequence file to write."}},
+                   .examples = {{"", "ferrule sequence convert old.sequ new.sequ --to xml"}}};
+    AddSection(row, "Options",
+               {{.name = "--to",
+                 .kind = ValueKind::Choice,
+                 .valueName = "FORM",
+                 .help = "The form to write.",
+                 .fallback = "xml",
+                 .choices = {"xml", "host"}},
+                {.name = "--title",
+                 .kind = ValueKind::Text,
+                 .valueName = "TEXT",
+                 .help = "Title when the source has none; the name of the source without it."},
+                {.name = "--description",
+                 .kind = ValueKind::Text,
+                 .valueName = "TEXT",
+                 .help = "Description when the source has none."},
+                {.name = "--allow-loss", .help = "Write the target although a run of it would do something else."},
+                OverwriteOption(),
+                JsonOption("Print what was written as JSON.")});
+    AddSection(row, "", ProgramOptions());
+    return row;
+}
+
+}  // namespace cli

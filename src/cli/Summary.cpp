@@ -1,0 +1,159 @@
+#include "cli/Summary.h"
+
+#include <nlohmann/json.hpp>
+
+#include "cli/Printable.h"
+#include "cli/ProgressMeter.h"
+#include "cli/RunPrinter.h"
+#include "common/Text.h"
+#include "platform/ByteText.h"
+
+namespace cli {
+
+namespace {
+
+constexpr FileOutcomeClass kOutcomes[] = {FileOutcomeClass::Saved,      FileOutcomeClass::CopiedUnchanged,
+                                          FileOutcomeClass::Incomplete, FileOutcomeClass::Failed,
+                                          FileOutcomeClass::Skipped,    FileOutcomeClass::Stopped};
+
+std::string Words(FileOutcomeClass outcome) { return ReplaceAll(OutcomeWord(outcome), "-", " "); }
+
+std::string WithMessage(const std::string& text, const std::string& message)
+{
+    return message.empty() ? text : text + ": " + Printable(message);
+}
+
+std::string CountLines(const RunResult& result)
+{
+    std::string text;
+    for (const FileOutcomeClass outcome : kOutcomes)
+        if (const int count = result.Count(outcome); count > 0 || outcome == FileOutcomeClass::Saved)
+            text += FormatText("  %-18s%10s\n", Words(outcome).c_str(),
+                               Grouped(static_cast<std::uint64_t>(count)).c_str());
+    if (result.remaining > 0)
+        text +=
+            FormatText("  %-18s%10s\n", "not begun", Grouped(static_cast<std::uint64_t>(result.remaining)).c_str());
+    return text;
+}
+
+std::string UnfineLines(const CRunPrinter& printer, const SummaryFacts& facts)
+{
+    std::string text;
+    for (const Unfine& file : printer.FirstUnfine())
+        text += WithMessage("  " + Printable(file.path) + ": " + Words(file.outcome), file.message) + "\n";
+    const std::uint64_t more = printer.UnfineCount() - printer.FirstUnfine().size();
+    if (more > 0)
+        text += "  ... and " + Grouped(more) + " more" +
+                (facts.kept.empty() ? "; --record FILE keeps a list of all files" : ", all in " + facts.kept) + "\n";
+    return text.empty() ? text : "Not fine:\n" + text;
+}
+
+std::string PlaceLines(const RunResult& result)
+{
+    std::string text;
+    if (!result.recordPath.empty()) text += "Record: " + result.recordPath + "\n";
+    if (!result.logPath.empty()) text += "Log: " + result.logPath + "\n";
+    if (!result.logProblem.empty()) text += "No log was written: " + result.logProblem + "\n";
+    return text;
+}
+
+std::string Hint(const RunResult& result, const SummaryFacts& facts)
+{
+    if (facts.dryRun) return "This was a dry run: nothing was touched.\n";
+    if (!facts.canResume) return {};
+    const bool begun = result.plan.total > 0;
+    if (begun && (result.exit == ExitClass::Stopped || result.exit == ExitClass::Broken))
+        return "To go on, give the same command with --resume.\n";
+    if (result.exit == ExitClass::SomeNotSaved)
+        return "To do these files again, give the same command with --resume --retry-failed.\n";
+    return {};
+}
+
+const char* ExitWord(ExitClass exit)
+{
+    switch (exit) {
+        case ExitClass::Fine:
+            return "fine";
+        case ExitClass::Broken:
+            return "broken";
+        case ExitClass::SomeNotSaved:
+            return "not-all-fine";
+        case ExitClass::Stopped:
+            return "stopped";
+    }
+    return "broken";
+}
+
+}  // namespace
+
+std::string Counted(std::uint64_t number, const char* one, const char* many)
+{
+    return Grouped(number) + " " + (number == 1 ? one : many);
+}
+
+std::string Bytes(std::uint64_t number)
+{
+    if (number < 1000) return Counted(number, "byte", "bytes");
+    double value = static_cast<double>(number);
+    const char* unit = "";
+    for (const char* const next : {"kB", "MB", "GB", "TB"}) {
+        if (value < 999.5) break;
+        value /= 1000;
+        unit = next;
+    }
+    return FormatText(value < 9.95 ? "%.1f %s" : "%.0f %s", value, unit);
+}
+
+std::string PlanSentence(const PlanSummary& plan)
+{
+    std::string text = Counted(static_cast<std::uint64_t>(plan.total), "file", "files") + ", " + Bytes(plan.bytes);
+    if (plan.tooYoung > 0)
+        text += ", " + Grouped(static_cast<std::uint64_t>(plan.tooYoung)) +
+                " more left alone because they changed just now";
+    if (plan.alreadyDone > 0) text += ", " + Grouped(static_cast<std::uint64_t>(plan.alreadyDone)) + " already done";
+    return text;
+}
+
+std::string PretendedText(const FileRecord& record)
+{
+    std::string text = Printable(record.path) + "\n";
+    for (const FileOutput& output : record.outputs) text += "  -> " + Printable(output.path) + "\n";
+    if (!record.finalAct.empty())
+        text += "  then " + record.finalAct +
+                (record.finalTarget.empty() ? "" : " " + Printable(record.finalTarget)) +
+                (record.finalState == "done" ? "" : " (" + record.finalState + ")") + "\n";
+    if (record.outcome != FileOutcomeClass::Saved || !record.message.empty())
+        text += WithMessage("  " + Words(record.outcome), record.message) + "\n";
+    if (!record.signatures.empty()) text += "  signatures would be " + record.signatures + "\n";
+    return text;
+}
+
+std::string SummaryText(const RunResult& result, const CRunPrinter& printer, const SummaryFacts& facts)
+{
+    std::string text;
+    if (result.plan.total > 0) text += CountLines(result) + UnfineLines(printer, facts);
+    if (printer.BrokenSignatures() > 0)
+        text += "Signatures broken by saving: " + Counted(printer.BrokenSignatures(), "file", "files") + "\n";
+    return text + PlaceLines(result) + Hint(result, facts);
+}
+
+std::string SummaryJson(const RunResult& result)
+{
+    nlohmann::ordered_json json;
+    json["run"] = result.plan.run;
+    json["end"] = ExitWord(result.exit);
+    json["message"] = platform::TextFromBytes(result.message);
+    json["total"] = result.plan.total;
+    json["bytes"] = result.plan.bytes;
+    for (const FileOutcomeClass outcome : kOutcomes)
+        json["outcomes"][std::string(OutcomeWord(outcome))] = result.Count(outcome);
+    json["remaining"] = result.remaining;
+    json["tooYoung"] = result.plan.tooYoung;
+    json["oneWorker"] = result.plan.oneWorker;
+    json["record"] = platform::TextFromBytes(result.recordPath);
+    json["log"] = platform::TextFromBytes(result.logPath);
+    json["logProblem"] = platform::TextFromBytes(result.logProblem);
+    return json.dump();
+}
+
+}  // namespace cli

@@ -1,0 +1,36 @@
+// Sentences and tables about a run.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "supervisor/RunObserver.h"
+
+namespace cli {
+
+class CRunPrinter;
+
+/// "1 file", "4,711 files".
+std::string Counted(std::uint64_t number, const char* one, const char* many);
+/// "512 bytes", "1.2 MB".
+std::string Bytes(std::uint64_t number);
+
+/// "10,000 files, 1.2 GB, 3 of them already done"
+std::string PlanSentence(const PlanSummary& plan);
+
+/// What a trial run says about one file: the input, what would come out, and what would become of the input.
+std::string PretendedText(const FileRecord& record);
+
+struct SummaryFacts {
+    bool dryRun = false;
+    bool canResume = true;  ///< --resume goes on with this run
+    std::string kept;       ///< where to find more of the files that are not fine; empty: nowhere
+};
+
+/// The lines at the end of a run for people, each with a line end.
+std::string SummaryText(const RunResult& result, const CRunPrinter& printer, const SummaryFacts& facts);
+/// The same for programs: one JSON object without line end.
+std::string SummaryJson(const RunResult& result);
+
+}  // namespace cli

@@ -1,0 +1,149 @@
+#include "cli/RunArguments.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "cli/CommandError.h"
+#include "support/TemporaryFolder.h"
+
+namespace {
+
+cli::CArguments Parsed(const char* command, const std::vector<std::string>& words)
+{
+    auto parsed = cli::ParseArguments(*cli::FindCommand(command), words);
+    EXPECT_TRUE(parsed.arguments) << parsed.problem;
+    return *parsed.arguments;
+}
+
+std::string Setting(const RunRequest& request, const std::string& name)
+{
+    for (const auto& [key, value] : request.settings)
+        if (key == name) return value;
+    return "<absent>";
+}
+
+/// A folder with a sequence, two inputs and an output.
+struct Place {
+    CTemporaryFolder folder;
+    std::string sequence = folder.Write("s.sequ", "");
+    std::string one = folder.MakeFolder("one"), two = folder.MakeFolder("two"), out = folder.MakeFolder("out");
+
+    RunRequest Request(std::vector<std::string> words) const
+    {
+        words.insert(words.begin(), sequence);
+        return cli::ReadRequest(Parsed("run", words));
+    }
+    /// The exit code and message with which a request is refused.
+    std::pair<int, std::string> Refusal(const std::vector<std::string>& words) const
+    {
+        try {
+            (void)Request(words);
+            return {0, ""};
+        } catch (const cli::CCommandError& error) {
+            return {error.ExitCode(), error.what()};
+        }
+    }
+};
+
+}  // namespace
+
+TEST(RunArguments, BecomeTheSettingsOfTheEnvironmentForm)
+{
+    const Place place;
+    const RunRequest request =
+        place.Request({"-i", place.one + "/", "-i", place.two, "-o", place.out, "--final-action", "move-versions",
+                       "--destination", place.two, "--ext", "pdf;jpg", "--no-subfolders", "--min-age", "60"});
+    EXPECT_EQ(Setting(request, "FERRULESEQU"), place.sequence);
+    EXPECT_EQ(Setting(request, "FERRULEALTPATH"), place.one);
+    EXPECT_EQ(request.inputs, std::vector<std::string>{place.two});
+    EXPECT_EQ(Setting(request, "FERRULEALTOUTPUTPATH"), place.out);
+    EXPECT_EQ(Setting(request, "FERRULEFINAL"), "7");
+    EXPECT_EQ(Setting(request, "FERRULEDEST"), place.two);
+    EXPECT_EQ(Setting(request, "FERRULEFILEEXT"), "pdf;jpg");
+    EXPECT_EQ(Setting(request, "FERRULENOSUBFOLDERS"), "yes");
+    EXPECT_EQ(request.minAgeSeconds, 60);
+}
+
+TEST(RunArguments, WithoutOptionsOnlyPdfAndNothingElseIsSet)
+{
+    const Place place;
+    const RunRequest request = place.Request({});
+    EXPECT_EQ(Setting(request, "FERRULEFILEEXT"), "pdf");
+    EXPECT_EQ(Setting(request, "FERRULEFINAL"), "0");
+    for (const char* const name : {"FERRULEALTPATH", "FERRULEALTOUTPUTPATH", "FERRULEDEST", "FERRULENOSUBFOLDERS"})
+        EXPECT_EQ(Setting(request, name), "<absent>") << name;
+    EXPECT_FALSE(request.skipUnavailable || request.allowNoOutput || request.allowInPlace);
+    EXPECT_EQ(Setting(place.Request({"--ext", "ALL"}), "FERRULEFILEEXT"), "<absent>");
+}
+
+TEST(RunArguments, DestinationsFitTheirActions)
+{
+    const Place place;
+    const struct {
+        std::vector<std::string> words;
+        int exitCode;
+        const char* named;
+    } rows[] = {
+        {{"--final-action", "move"}, 2, "--destination"},
+        {{"--final-action", "rename", "--destination", "a/b.pdf"}, 2, "without a folder"},
+        {{"--final-action", "delete", "--destination", place.two}, 2, "leave it out"},
+        {{"--destination", place.two}, 2, "leave it out"},
+        {{"-i", place.one + "/no\x1bpe"}, 1, "no such file"},
+        {{"-o", place.folder / "nope"}, 1, "no such file"},
+    };
+    for (const auto& row : rows) {
+        const auto [exitCode, message] = place.Refusal(row.words);
+        EXPECT_EQ(exitCode, row.exitCode) << row.named;
+        EXPECT_NE(message.find(row.named), std::string::npos) << message;
+    }
+    EXPECT_EQ(Setting(place.Request({"--final-action", "rename", "--destination", "new.pdf"}), "FERRULEDEST"),
+              "new.pdf");
+    EXPECT_EQ(Setting(place.Request({"--final-action", "execute", "--destination", "true"}), "FERRULEDEST"), "true");
+    EXPECT_EQ(Setting(place.Request({"--final-action", "5", "--destination", "./x"}), "FERRULEDEST"),
+              (std::filesystem::current_path() / "x").string());
+}
+
+TEST(RunArguments, NamesThatThePlugInWouldCutAreKeptOrRefused)
+{
+    const Place place;
+    const std::string blank = place.folder.MakeFolder("ends with blank ");
+    EXPECT_EQ(Setting(place.Request({"-i", blank}), "FERRULEALTPATH"), blank + "/");
+    const auto [exitCode, message] = place.Refusal({"-i", place.folder.Write("quote\"", "")});
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_NE(message.find("rename"), std::string::npos);
+}
+
+TEST(RunArguments, PathsBecomeAbsoluteWithoutGuessingWhereLinksLead)
+{
+    const CTemporaryFolder folder;
+    const std::string inside = std::filesystem::canonical(folder.MakeFolder("far/inside")).string();
+    std::filesystem::create_directory_symlink(inside, folder / "link");
+    EXPECT_EQ(cli::AbsolutePath(folder / "link/.."), std::filesystem::path(inside).parent_path().string());
+    EXPECT_EQ(cli::AbsolutePath(folder / "link"), folder / "link");
+    EXPECT_EQ(cli::AbsolutePath(folder.Path() + "/./a//b/"), folder / "a/b");
+    EXPECT_EQ(cli::AbsolutePath(folder.Path() + "/no/../such"), folder.Path() + "/no/../such");
+    EXPECT_EQ(cli::AbsolutePath("x"), (std::filesystem::current_path() / "x").string());
+    EXPECT_EQ(cli::AbsolutePath("/"), "/");
+}
+
+TEST(RunArguments, PartsOfPlansAreCounted)
+{
+    const CTemporaryFolder folder;
+    const std::string manifest = folder.Write("m", ""), program = folder.Write("host", "");
+    const auto read = [&](std::vector<std::string> more) {
+        std::vector<std::string> words = {"--manifest", manifest, "--host", program, "--plugin", program};
+        words.insert(words.end(), more.begin(), more.end());
+        return cli::ReadShard(Parsed("run", words));
+    };
+    const ShardOptions options = read({"--journal", folder / "j", "--shard", "2/4"});
+    EXPECT_EQ(options.shard, 2);
+    EXPECT_EQ(options.shards, 4);
+    EXPECT_EQ(read({"--journal", folder / "j"}).shards, 1);
+    for (const char* const shard : {"0/4", "5/4", "1", "1/", "/4", "1/4x", "a/b", "-1/4", "1/4/4", "99999999999/4"})
+        EXPECT_THROW(read({"--journal", folder / "j", "--shard", shard}), cli::CCommandError) << shard;
+    EXPECT_THROW(read({}), cli::CCommandError);
+    EXPECT_THROW(read({"--journal", folder / "j", "--output", folder.Path()}), cli::CCommandError);
+    EXPECT_THROW(read({"--journal", folder / "j", "s.sequ"}), cli::CCommandError);
+}

@@ -1,0 +1,142 @@
+#include "cli/Summary.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "cli/Printable.h"
+#include "cli/RunPrinter.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+struct Scene {
+    std::ostringstream data, messages;
+    cli::Screen screen{
+        &data, &messages, false, false, [] { return std::size_t{80}; }, [] { return std::uint64_t{0}; }};
+    cli::CRunPrinter printer;
+    RunResult result;
+
+    explicit Scene(const cli::PrintOptions& options = {}) : printer(screen, options) {}
+    void Done(const std::string& path, FileOutcomeClass outcome, const std::string& message = "")
+    {
+        FileRecord record;
+        record.path = path;
+        record.outcome = outcome;
+        record.message = message;
+        printer.FileDone(record, {});
+        ++result.counts[static_cast<std::size_t>(outcome)];
+        ++result.plan.total;
+    }
+    std::string Text(const cli::SummaryFacts& facts = {}) const { return cli::SummaryText(result, printer, facts); }
+};
+
+}  // namespace
+
+TEST(Summary, ListsTheFirstTwentyAndSaysWhereTheOthersAre)
+{
+    Scene run;
+    for (int number = 1; number <= 25; ++number)
+        run.Done("/in/" + std::to_string(number) + ".pdf", FileOutcomeClass::Failed, "broken");
+    run.Done("/in/good.pdf", FileOutcomeClass::Saved);
+    run.result.exit = ExitClass::SomeNotSaved;
+    const std::string text = run.Text({.dryRun = false, .canResume = true, .kept = "/r.jsonl"});
+    EXPECT_THAT(text, HasSubstr("  saved                      1\n  failed                    25\n"));
+    EXPECT_THAT(text, HasSubstr("  /in/20.pdf: failed: broken\n  ... and 5 more, all in /r.jsonl\n"));
+    EXPECT_THAT(text, Not(HasSubstr("/in/21.pdf")));
+    EXPECT_THAT(text, HasSubstr("--resume --retry-failed"));
+    EXPECT_THAT(run.Text(), HasSubstr("... and 5 more; --record FILE"));
+}
+
+TEST(Summary, HintsFitTheEnd)
+{
+    const struct {
+        ExitClass exit;
+        bool dryRun;
+        bool canResume;
+        const char* hint;
+    } rows[] = {{ExitClass::Fine, false, true, ""},
+                {ExitClass::Stopped, false, true, "with --resume.\n"},
+                {ExitClass::Broken, false, true, "with --resume.\n"},
+                {ExitClass::SomeNotSaved, true, true, "nothing was touched.\n"},
+                {ExitClass::Stopped, false, false, ""}};
+    for (const auto& row : rows) {
+        Scene run;
+        run.Done("a", FileOutcomeClass::Saved);
+        run.result.exit = row.exit;
+        const std::string text = run.Text({.dryRun = row.dryRun, .canResume = row.canResume, .kept = ""});
+        EXPECT_EQ(text, std::string("  saved                      1\n") +
+                            (*row.hint ? text.substr(text.find('\n') + 1) : ""));
+        EXPECT_TRUE(text.ends_with(row.hint)) << text;
+    }
+    Scene notStarted;
+    notStarted.result.exit = ExitClass::Broken;
+    EXPECT_EQ(notStarted.Text({.dryRun = false, .canResume = true, .kept = ""}), "");
+}
+
+TEST(Summary, JsonCountsEveryClassAndSurvivesNamesThatAreNoText)
+{
+    Scene run;
+    run.Done("a", FileOutcomeClass::CopiedUnchanged);
+    run.result.exit = ExitClass::SomeNotSaved;
+    run.result.recordPath = "/r\xFF";
+    run.result.message = "it \"ends\"";
+    const auto json = nlohmann::json::parse(cli::SummaryJson(run.result));
+    EXPECT_EQ(json["end"], "not-all-fine");
+    EXPECT_EQ(json["total"], 1);
+    EXPECT_EQ(json["outcomes"]["copied-unchanged"], 1);
+    EXPECT_EQ(json["outcomes"].size(), 6U);
+    EXPECT_EQ(json["message"], "it \"ends\"");
+}
+
+TEST(RunPrinter, DryRunsPrintWhatWouldHappenAsData)
+{
+    Scene run({.quiet = false, .dryRun = true, .recordToData = false, .jobs = 1, .record = nullptr});
+    FileRecord record;
+    record.path = "/in/a\x1b[2J.pdf";
+    record.outcome = FileOutcomeClass::Saved;
+    record.outputs = {{"/out/a.pdf", ""}};
+    record.finalAct = "move";
+    record.finalTarget = "/done/a.pdf";
+    record.finalState = "done";
+    run.printer.FileDone(record, {});
+    EXPECT_EQ(run.data.str(), "/in/a\\x1b[2J.pdf\n  -> /out/a.pdf\n  then move /done/a.pdf\n");
+}
+
+TEST(RunPrinter, QuietKeepsWarningsAndTheRecordGoesWhereItIsWanted)
+{
+    std::ostringstream file;
+    Scene run({.quiet = true, .dryRun = false, .recordToData = true, .jobs = 2, .record = &file});
+    PlanSummary plan;
+    plan.total = 3;
+    run.printer.Planned(plan);
+    run.printer.Remark("damaged");
+    run.printer.Warning("the log is locked");
+    run.printer.RecordLine("{}");
+    EXPECT_EQ(run.messages.str(), "ferrule: warning: the log is locked\n");
+    EXPECT_EQ(run.data.str(), "{}\n");
+    EXPECT_EQ(file.str(), "{}\n");
+}
+
+TEST(Printable, ControlCharactersAreSpelledOutAndTextStays)
+{
+    EXPECT_EQ(cli::Printable("a\nb\t\x1b[31m\x7f"), "a\\nb\\t\\x1b[31m\\x7f");
+    EXPECT_EQ(cli::Printable("\xC3\xA4 \xC2\xA0 \xE6\x97\xA5"), "\xC3\xA4 \xC2\xA0 \xE6\x97\xA5");
+    EXPECT_EQ(cli::Printable("\xC2\x9B"
+                             "2J"),
+              "\\x9b2J");
+}
+
+TEST(Summary, BytesAreRounded)
+{
+    const struct {
+        std::uint64_t number;
+        const char* text;
+    } rows[] = {{1, "1 byte"},         {999, "999 bytes"},  {1000, "1.0 kB"},         {9949, "9.9 kB"},
+                {46'000'000, "46 MB"}, {999'999, "1.0 MB"}, {1'200'000'000, "1.2 GB"}};
+    for (const auto& row : rows) EXPECT_EQ(cli::Bytes(row.number), row.text);
+}

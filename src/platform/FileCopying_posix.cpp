@@ -74,27 +74,25 @@ FileResult CopyTo(const std::string& from, const std::string& target, Existing e
     return put;
 }
 
-// What stands at the target and forbids to replace it. Devices and pipes are never replaced by a file.
-FileResult CheckReplaceable(const std::string& to)
-{
-    struct stat target;
+struct Target {
     bool isThere = false;
-    if (const auto asked = StatusIfThere(to, target, isThere); !asked) return asked;
-    if (!isThere || S_ISREG(target.st_mode)) return {};
-    return {S_ISDIR(target.st_mode) ? EISDIR : EINVAL};
+    struct stat status {};  // links followed
+};
+
+// What stands at the target and forbids to replace it. Devices and pipes are never replaced by a file.
+FileResult CheckReplaceable(const std::string& to, Target& target)
+{
+    if (const auto asked = StatusIfThere(to, target.status, target.isThere); !asked) return asked;
+    if (!target.isThere || S_ISREG(target.status.st_mode)) return {};
+    return {S_ISDIR(target.status.st_mode) ? EISDIR : EINVAL};
 }
 
 FileResult CheckFree(const std::string& to)
 {
-    const auto replaceable = CheckReplaceable(to);
+    Target target;
+    const auto replaceable = CheckReplaceable(to, target);
     if (!replaceable && replaceable.errorNumber != EINVAL) return replaceable;
     return {NameExists(to) ? EEXIST : 0};
-}
-
-bool SameFile(const struct stat& source, const std::string& to)
-{
-    struct stat target;
-    return calls::Status(to, target) == 0 && SameFile(source, target);
 }
 
 std::string NameOf(const std::string& path) { return path.substr(FolderPrefix(path).size()); }
@@ -167,15 +165,26 @@ FileResult MoveOntoOtherName(const std::string& from, const std::string& to, con
     return {};
 }
 
+// A link moved onto the file that it leads to would replace the only content by a link to itself.
+FileResult CheckNotBehindLink(const std::string& from, const struct stat& source, const Target& target)
+{
+    if (!S_ISLNK(source.st_mode) || !target.isThere) return {};
+    struct stat content;
+    bool isThere = false;
+    if (const auto asked = StatusIfThere(from, content, isThere); !asked) return asked;
+    return {isThere && SameFile(content, target.status) ? EINVAL : 0};
+}
+
 FileResult MoveReplacing(const std::string& from, const std::string& to, const struct stat& source)
 {
-    if (const auto replaceable = CheckReplaceable(to); !replaceable) return replaceable;
-    struct stat target, content;
-    const bool onDisk = PretendedExistence(to) != false;
-    if (onDisk && calls::LinkStatus(to, target) == 0 && SameFile(source, target))
-        return MoveOntoOtherName(from, to, source);
-    // A link moved onto the file that it leads to would replace the only content by a link to itself.
-    if (S_ISLNK(source.st_mode) && calls::Status(from, content) == 0 && SameFile(content, to)) return {EINVAL};
+    Target target;
+    if (const auto replaceable = CheckReplaceable(to, target); !replaceable) return replaceable;
+    if (target.isThere) {
+        struct stat name;
+        if (calls::LinkStatus(to, name) != 0) return {errno};
+        if (SameFile(source, name)) return MoveOntoOtherName(from, to, source);
+    }
+    if (const auto allowed = CheckNotBehindLink(from, source, target); !allowed) return allowed;
     return MoveNow(from, to, Existing::Replace);
 }
 
@@ -188,10 +197,11 @@ FileResult CopyFile(const std::string& from, const std::string& to, Existing exi
         return free ? CopyTo(from, to, existing) : free;
     }
     struct stat source;
-    bool isThere = PretendedExistence(from) == true;
-    if (!isThere && calls::Status(from, source) != 0) return {errno};
-    if (const auto replaceable = CheckReplaceable(to); !replaceable) return replaceable;
-    if (!isThere && SameFile(source, to)) return {EINVAL};
+    const bool onDisk = PretendedExistence(from) != true;
+    if (onDisk && calls::Status(from, source) != 0) return {errno};
+    Target target;
+    if (const auto replaceable = CheckReplaceable(to, target); !replaceable) return replaceable;
+    if (onDisk && target.isThere && SameFile(source, target.status)) return {EINVAL};
     std::string end;
     if (const auto followed = FollowLinks(to, end); !followed) return followed;
     return CopyTo(from, end, existing);

@@ -60,7 +60,8 @@ FileResult CTemporaryFile::Complete()
 {
     if (const auto flushed = FlushDescriptor(m_descriptor.Get()); !flushed) return flushed;
     // Some file systems tell only now that the disk was full.
-    return {calls::Close(m_descriptor.Release()) == 0 ? 0 : errno};
+    if (calls::Close(m_descriptor.Release()) == 0 || errno == EINTR) return {};
+    return {errno};
 }
 
 FileResult CTemporaryFile::PutInPlace(const std::string& target, Existing existing)

@@ -2,10 +2,12 @@
 
 #include "common/Expected.h"
 #include "common/Log.h"
+#include "hostcalls/HostFrame.h"
 #include "jobs/JobOverseer.h"
 #include "jobs/JobSettings.h"
 #include "jobs/PlanJob.h"
 #include "jobs/RunJob.h"
+#include "jobs/SequenceJobs.h"
 #include "platform/Overseer.h"
 
 #include <algorithm>
@@ -24,6 +26,16 @@ struct RunKind {
 };
 constexpr RunKind kRunKinds[] = {{"run", DoRunJob}, {"plan", DoPlanJob}};
 
+/// Kinds that answer one report and touch no document.
+struct SequenceKind {
+    const char* name;
+    Expected<json> (*answer)(const json& job);
+};
+constexpr SequenceKind kSequenceKinds[] = {{"sequence-show", ShowSequence},
+                                           {"sequence-check", CheckSequence},
+                                           {"sequence-new", NewSequence},
+                                           {"sequence-convert", ConvertSequence}};
+
 json Parsed(const std::string& jobText) { return json::parse(jobText, nullptr, false); }
 
 /// The tag becomes part of file names.
@@ -41,12 +53,24 @@ void EndOther(const JobResult& result, const JobServices& services)
     services.events.RunEnds(result.end, result.message);
 }
 
+JobResult DoSequenceJob(const SequenceKind& kind, const json& job, const JobServices& services)
+{
+    Expected<json> answer = Failure("The host does not answer.");
+    if (const auto error = CatchHostError([&] { answer = kind.answer(job); }))
+        return {RunEnd::NotStarted, "The sequence " + JobBytes(job, "path") + " cannot be worked on: " + error->text};
+    if (!answer) return {RunEnd::NotStarted, answer.Error()};
+    services.report(json{{"sequence", *answer}}.dump());
+    return {};
+}
+
 void Dispatch(const json& job, const JobServices& services)
 {
     if (!job.is_object()) return EndOther({RunEnd::NotStarted, "The job is no JSON object."}, services);
     const std::string kind = JobBytes(job, "kind");
     for (const RunKind& known : kRunKinds)
         if (kind == known.name) return known.conduct(job, services);
+    for (const SequenceKind& known : kSequenceKinds)
+        if (kind == known.name) return EndOther(DoSequenceJob(known, job, services), services);
     EndOther({RunEnd::NotStarted, "There are no jobs of the kind \"" + kind + "\"."}, services);
 }
 

@@ -1,0 +1,44 @@
+#include "common/Text.h"
+#include "jobs/SequenceChecks.h"
+#include "jobs/SequenceReport.h"
+
+#include <algorithm>
+
+RunSurroundings RunSurroundings::Read(const EnvironmentReader& settings)
+{
+    RunSurroundings run;
+    run.hasInput = !CleanPath(settings("FERRULEALTPATH")).empty();
+    run.hasOutputFolder = !CleanPath(settings("FERRULEALTOUTPUTPATH")).empty();
+    run.finalAction = ParseDecimal(settings("FERRULEFINAL"));
+    return run;
+}
+
+namespace {
+
+/// Those of the whole sequence first, then step by step.
+std::vector<SequenceFinding> InStepOrder(std::vector<SequenceFinding> findings)
+{
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const SequenceFinding& a, const SequenceFinding& b) { return a.step < b.step; });
+    return findings;
+}
+
+}  // namespace
+
+std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const RunSurroundings& run)
+{
+    CSequenceFindings findings;
+    for (const SequenceFinding& remark : source.audit.remarks) findings.Add(remark);
+    if (!source.sequence.IsComplete()) {
+        findings.Error("incomplete", "It lacks one of the parts \"Commands\", \"Input\" and \"Output\".");
+        return InStepOrder(findings.All());
+    }
+    const auto steps = StepsOf(source);
+    if (steps.empty()) findings.Error("no-commands", "The sequence has no commands.");
+    CheckInput(source, run, findings);
+    for (const SequenceStep& step : steps) CheckStep(step, findings);
+    CheckSaving(source, steps, run, findings);
+    if (HoldsPasswords(steps))
+        findings.Note("holds-passwords", "The file holds passwords that whoever can read it can read.");
+    return InStepOrder(findings.All());
+}

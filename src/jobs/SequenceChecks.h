@@ -1,0 +1,65 @@
+// The single checks that make up the check of a sequence. None of them tells a value that may be a password.
+#pragma once
+
+#include "batchrun/RunSettings.h"
+#include "jobs/SequenceSource.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+/// What is found, in the order in which it was found.
+class CSequenceFindings {
+public:
+    void Error(const char* code, std::string text) { Add(SequenceFinding::Severity::Error, code, std::move(text)); }
+    void Warning(const char* code, std::string text)
+    {
+        Add(SequenceFinding::Severity::Warning, code, std::move(text));
+    }
+    void Note(const char* code, std::string text) { Add(SequenceFinding::Severity::Note, code, std::move(text)); }
+
+    /// What follows is about this step, until the next call; null: about the whole sequence.
+    void About(const SequenceStep* step) { m_step = step; }
+    void Add(SequenceFinding finding) { m_findings.push_back(std::move(finding)); }
+
+    const std::vector<SequenceFinding>& All() const { return m_findings; }
+
+private:
+    void Add(SequenceFinding::Severity severity, const char* code, std::string text)
+    {
+        m_findings.push_back(
+            {severity, code, std::move(text), m_step ? m_step->number : 0, m_step ? m_step->place : TextPlace{}});
+    }
+
+    const SequenceStep* m_step = nullptr;
+    std::vector<SequenceFinding> m_findings;
+};
+
+/// What a run brings along besides the sequence.
+struct RunSurroundings {
+    bool hasInput = false, hasOutputFolder = false;
+    int finalAction = 0;
+
+    [[nodiscard]] static RunSurroundings Read(const EnvironmentReader& settings);
+};
+
+// All of them throw CHostException.
+
+/// Everything that is to be said about a sequence. Errors keep a run from doing what the sequence says.
+[[nodiscard]] std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const RunSurroundings& run);
+
+void CheckInput(const SequenceSource& source, const RunSurroundings& run, CSequenceFindings& findings);
+
+/// Where results go, whether anything is overwritten or lost.
+void CheckSaving(const SequenceSource& source, const std::vector<SequenceStep>& steps, const RunSurroundings& run,
+                 CSequenceFindings& findings);
+
+/// Whether the host has the step and what it lacks of it in an unattended run; its parameters when it is one of ours.
+void CheckStep(const SequenceStep& step, CSequenceFindings& findings);
+
+/// Weak, missing or useless protection; of our own security step and of the host's.
+void CheckSecurity(const SequenceStep& step, CSequenceFindings& findings);
+
+/// The handlers of the plug-in's own steps begin like this.
+inline constexpr char kOwnStepPrefix[] = "QLNX_Ferrule";
+inline constexpr char kProtectStep[] = "QLNX_FerrulePasswordProtectCommand";

@@ -1,0 +1,22 @@
+// From the shape of the host's own form to that of XML.
+#pragma once
+
+#include "engine/Sequence.h"
+#include "engine/WorkflowModel.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The commands and sources of a sequence as XML states them; neighbours of one title make a group. What XML has no
+/// place for is left out: whoever needs to know compares. Commands without a handler's name keep an empty one.
+/// Throws CHostException.
+[[nodiscard]] Workflow WorkflowFromSequence(const CSequence& sequence);
+
+/// A save step that does what the output settings say, as far as a step can; nothing when they save nothing or are
+/// of an unknown kind. Throws CHostException.
+[[nodiscard]] std::optional<WorkflowCommand> SaveStepFromOutput(CCabView output);
+
+/// Where two cabs differ in keys, types or values: the keys from the top, joined by ":", in the order of a cab.
+/// Values of types that only the host knows always differ. Throws CHostException.
+[[nodiscard]] std::vector<std::string> CabDifferences(CCabView one, CCabView other);

@@ -1,0 +1,119 @@
+#include "jobs/SequenceJobs.h"
+
+#include "common/FileNames.h"
+#include "engine/WorkflowWriter.h"
+#include "jobs/JobSettings.h"
+#include "jobs/SequenceChecks.h"
+#include "jobs/SequenceReport.h"
+#include "jobs/SequenceSteps.h"
+#include "jobs/SequenceWriting.h"
+#include "platform/ByteText.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using nlohmann::json;
+using platform::TextFromBytes;
+using Severity = SequenceFinding::Severity;
+
+long CountOf(const std::vector<SequenceFinding>& findings, Severity severity)
+{
+    return std::count_if(findings.begin(), findings.end(),
+                         [&](const SequenceFinding& finding) { return finding.severity == severity; });
+}
+
+json CheckReport(const std::string& path, const char* form, const std::vector<SequenceFinding>& findings)
+{
+    const long errors = CountOf(findings, Severity::Error);
+    return {{"path", TextFromBytes(path)},
+            {"form", form},
+            {"ok", errors == 0},
+            {"errors", errors},
+            {"warnings", CountOf(findings, Severity::Warning)},
+            {"notes", CountOf(findings, Severity::Note)},
+            {"findings", FindingsReport(findings)}};
+}
+
+/// Neighbours of one label make a group.
+Workflow MakeWorkflow(const json& job, std::vector<WorkflowCommand> commands)
+{
+    Workflow workflow;
+    workflow.title = JobBytes(job, "title");
+    if (workflow.title.empty()) workflow.title = SplitPath(FileName(JobBytes(job, "path"))).base;
+    workflow.description = JobBytes(job, "description");
+    for (WorkflowCommand& command : commands) {
+        if (command.label.empty()) command.label = workflow.title;
+        if (workflow.groups.empty() || workflow.groups.back().label != command.label)
+            workflow.groups.push_back({command.label, {}});
+        workflow.groups.back().commands.push_back(std::move(command));
+    }
+    return workflow;
+}
+
+/// The first errors as one sentence; empty without errors.
+std::string ErrorsOf(const std::vector<SequenceFinding>& findings)
+{
+    std::string all;
+    for (const SequenceFinding& finding : findings)
+        if (finding.severity == Severity::Error) all += (all.empty() ? "" : " ") + finding.text;
+    return all;
+}
+
+struct MadeSequence {
+    std::string xml;
+    std::vector<SequenceFinding> findings;
+    bool holdsPasswords = false;
+};
+
+/// Makes the text and looks at it as at any other sequence.
+Expected<MadeSequence> MakeSequence(const json& job)
+{
+    const std::string path = JobBytes(job, "path");
+    auto commands = StepsFromJob(job);
+    if (!commands) return Failure("The sequence " + path + " cannot be made: " + commands.Error());
+    auto xml = WriteWorkflow(MakeWorkflow(job, std::move(*commands)));
+    if (!xml) return Failure("The sequence " + path + " cannot be made: " + xml.Error());
+    const auto read = SequenceFromText(path, *xml);
+    if (const auto* problem = std::get_if<SequenceFinding>(&read))
+        return Failure("The sequence " + path + " cannot be made: " + problem->text);
+    const auto& source = std::get<SequenceSource>(read);
+    return MadeSequence{std::move(*xml), CheckSource(source, {}), HoldsPasswords(StepsOf(source))};
+}
+
+}  // namespace
+
+Expected<json> ShowSequence(const json& job)
+{
+    const std::string path = JobBytes(job, "path");
+    const auto read = ReadSequenceSource(path);
+    if (const auto* problem = std::get_if<SequenceFinding>(&read)) return Failure(FindingSentence(path, *problem));
+    return SequenceReport(std::get<SequenceSource>(read));
+}
+
+Expected<json> CheckSequence(const json& job)
+{
+    const std::string path = JobBytes(job, "path");
+    const auto read = ReadSequenceSource(path);
+    if (const auto* problem = std::get_if<SequenceFinding>(&read)) return CheckReport(path, "", {*problem});
+    const auto& source = std::get<SequenceSource>(read);
+    const auto run = RunSurroundings::Read(EnvironmentOf(job));
+    return CheckReport(path, FormWord(source.form), CheckSource(source, run));
+}
+
+Expected<json> NewSequence(const json& job)
+{
+    const std::string path = JobBytes(job, "path");
+    const auto made = MakeSequence(job);
+    if (!made) return Failure(made.Error());
+    if (const std::string errors = ErrorsOf(made->findings); !errors.empty() && !JobFlag(job, "force", false))
+        return Failure("The sequence " + path + " was not written because it would not run: " + errors);
+    const SequenceTarget target{path, JobFlag(job, "overwrite", false), made->holdsPasswords};
+    if (std::string problem = PutSequenceFile(target, made->xml); !problem.empty())
+        return Failure(std::move(problem));
+    return json{{"path", TextFromBytes(path)},
+                {"bytes", made->xml.size()},
+                {"holdsPasswords", made->holdsPasswords},
+                {"findings", FindingsReport(made->findings)}};
+}

@@ -1,0 +1,129 @@
+#include "jobs/SequenceSource.h"
+
+#include "engine/HandlerAlternatives.h"
+#include "engine/WorkflowToCab.h"
+#include "engine/WorkflowXml.h"
+#include "engine/XmlGuard.h"
+#include "hostapi/HostConstants.h"
+#include "hostcalls/Atoms.h"
+#include "hostcalls/CabFile.h"
+#include "hostcalls/Commands.h"
+#include "hostcalls/HostFrame.h"
+#include "platform/Files.h"
+
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+using Severity = SequenceFinding::Severity;
+
+SequenceFinding Error(const char* code, std::string text) { return {Severity::Error, code, std::move(text), 0, {}}; }
+
+bool LooksLikeXml(std::string_view bytes)
+{
+    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+    const std::size_t first = bytes.find_first_not_of(" \t\r\n");
+    return first != bytes.npos && bytes[first] == '<';
+}
+
+std::string HandlerName(CCabView entry)
+{
+    if (const auto atom = entry.Atom("HandlerName")) return AtomText(*atom);
+    return entry.StringOrText("HandlerName").value_or("");
+}
+
+/// The name under which the host has a handler; empty when it has none.
+std::string AvailableName(const std::string& name)
+{
+    if (name.empty()) return {};
+    if (FindCommandHandler(name)) return name;
+    const auto alternative = AlternativeHandler(name);
+    return alternative && FindCommandHandler(*alternative) ? *alternative : std::string();
+}
+
+/// What only the XML says about the command of this number, from 0.
+void AddXmlDetails(const SequenceSource& source, std::size_t index, SequenceStep& step)
+{
+    if (index < source.audit.steps.size()) step.place = source.audit.steps[index];
+    if (!source.workflow) return;
+    for (const WorkflowGroup& group : source.workflow->groups) {
+        if (index < group.commands.size()) {
+            step.prompts = group.commands[index].promptUser == "true";
+            step.pauses = group.commands[index].pauseBefore == "true";
+            return;
+        }
+        index -= group.commands.size();
+    }
+}
+
+}  // namespace
+
+std::variant<SequenceSource, SequenceFinding> SequenceFromText(const std::string& path, const std::string& xml)
+{
+    if (!LooksLikeXml(xml))
+        return Error("not-a-sequence", "It is neither a sequence in the form of this host nor XML.");
+    WorkflowAudit audit = AuditWorkflow(xml);
+    if (!audit.isWorkflow) return audit.remarks.front();
+    auto workflow = ParseWorkflow(xml);
+    if (!workflow) return Error("not-xml", workflow.Error());
+    std::optional<CSequence> sequence;
+    if (const auto error = CatchHostError([&] { sequence.emplace(CabFromWorkflow(*workflow)); }))
+        return Error("not-convertible", error->text);
+    return SequenceSource{path, SequenceForm::Xml, std::move(*sequence), std::move(*workflow), std::move(audit)};
+}
+
+std::variant<SequenceSource, SequenceFinding> ReadSequenceSource(const std::string& path)
+{
+    if (!platform::FileExists(path)) return Error("not-found", "There is no such file; check the path.");
+    // Asked first because the host would wait for ever on a pipe.
+    platform::FileResult readable = platform::CheckReadable(path);
+    if (!readable)
+        return Error("not-readable", "It cannot be read: " + platform::ErrorText(readable.errorNumber) + ".");
+    if (Expected<CCab> cab = ReadCabFile(path))
+        return SequenceSource{path, SequenceForm::Host, CSequence(std::move(*cab)), std::nullopt, {}};
+    const auto bytes = platform::ReadWholeFile(path, XmlLimits{}.bytes, &readable);
+    if (!bytes) return Error("not-readable", "It cannot be read: " + platform::ErrorText(readable.errorNumber) + ".");
+    return SequenceFromText(path, *bytes);
+}
+
+std::vector<SequenceStep> StepsOf(const SequenceSource& source)
+{
+    std::vector<SequenceStep> steps;
+    const CCabView commands = source.sequence.Commands();
+    const int count = commands.Size();
+    for (int index = 0; index < count; ++index) {
+        SequenceStep step;
+        step.number = index + 1;
+        step.entry = commands.Cab(CabKey(index).c_str());
+        step.parameters = step.entry.Cab("Params");
+        step.handler = HandlerName(step.entry);
+        step.label = step.entry.StringOrText("Title").value_or(step.handler);
+        step.runsAs = AvailableName(step.handler);
+        AddXmlDetails(source, static_cast<std::size_t>(index), step);
+        steps.push_back(std::move(step));
+    }
+    return steps;
+}
+
+std::string HostTitle(const std::string& handler)
+{
+    std::string title;
+    const auto error = CatchHostError([&] {
+        const auto command = CHostCommand::Create(handler);
+        if (!command) return;
+        const CCab properties = command->Props({kAVCommandKeyGenericTitle, kAVCommandKeyTitle});
+        for (const char* key : {kAVCommandKeyTitle, kAVCommandKeyGenericTitle})
+            if (const auto text = properties.StringOrText(key)) title = *text;
+    });
+    return error ? std::string() : title;
+}
+
+std::string FindingSentence(const std::string& path, const SequenceFinding& finding)
+{
+    const std::string line = finding.place.line == 0 ? std::string()
+                                                     : " (line " + std::to_string(finding.place.line) + ", column " +
+                                                           std::to_string(finding.place.column) + ")";
+    return "The sequence " + path + " cannot be used" + line + ": " + finding.text;
+}

@@ -1,0 +1,14 @@
+// Puts sequence files where they belong.
+#pragma once
+
+#include <string>
+
+struct SequenceTarget {
+    std::string path;
+    bool overwrite = false;
+    bool holdsPasswords = false;  // then only the owner may read the file
+};
+
+/// Writes the file completely or not at all. Answers a sentence that names the file and says what to do; empty when
+/// it is written.
+[[nodiscard]] std::string PutSequenceFile(const SequenceTarget& target, const std::string& bytes);

@@ -18,43 +18,43 @@ std::optional<FileOutcomeClass> OutcomeFromWord(std::string_view word);
 /// A line of the manifest.
 struct PlannedFile {
     int number = 0;  ///< in the whole run, from 1
-    std::string path;
+    std::string path = {};
     std::uint64_t size = 0;
-    std::string modified;     ///< nanoseconds since 1970, decimal
-    std::uint64_t group = 0;  ///< 0: its names collide with nobody's
+    std::string modified = {};  ///< nanoseconds since 1970, decimal
+    std::uint64_t group = 0;    ///< 0: its names collide with nobody's
 };
 
 struct PlanSummary {
-    std::string run;
+    std::string run = {};
     int total = 0;
     std::uint64_t bytes = 0;
     bool oneWorker = false;
-    std::string oneWorkerReason;
+    std::string oneWorkerReason = {};
     int tooYoung = 0;  ///< files that were left out because they may still be growing
-    std::vector<std::string> warnings;
-    std::string json;  ///< the report of the plan as it came, one line
-    int alreadyDone = 0;  ///< files that an earlier start of the same run has dealt with
+    std::vector<std::string> warnings = {};
+    std::string json = {};  ///< the report of the plan as it came, one line
+    int alreadyDone = 0;    ///< files that an earlier start of the same run has dealt with
 };
 
 struct FileOutput {
-    std::string path;
-    std::string sha256;
+    std::string path = {};
+    std::string sha256 = {};
 };
 
 /// A line of the record, taken apart.
 struct FileRecord {
     int number = 0;
-    std::string path;
+    std::string path = {};
     std::uint64_t size = 0;
-    std::string sha256;  ///< of the input as it was read; empty when unknown
+    std::string sha256 = {};  ///< of the input as it was read; empty when unknown
     FileOutcomeClass outcome = FileOutcomeClass::Failed;
-    std::string message;
+    std::string message = {};
     std::int64_t milliseconds = 0;
-    std::vector<FileOutput> outputs;
-    std::string finalAct;     ///< "move" ...; empty when there was none
-    std::string finalTarget;
-    std::string finalState;   ///< "done", "failed", "unknown"
-    std::string signatures;   ///< "broken" or empty
+    std::vector<FileOutput> outputs = {};
+    std::string finalAct = {};  ///< "move" ...; empty when there was none
+    std::string finalTarget = {};
+    std::string finalState = {};  ///< "done", "failed", "unknown"
+    std::string signatures = {};  ///< "broken" or empty
 };
 
 /// How far a run is; earlier starts of the same run included.
@@ -68,13 +68,13 @@ enum class ExitClass { Fine = 0, Broken = 1, SomeNotSaved = 3, Stopped = 130 };
 
 struct RunResult {
     ExitClass exit = ExitClass::Broken;
-    std::string message;  ///< why it did not start, broke or stopped; empty otherwise
-    PlanSummary plan;     ///< `total` 0 when it came to none
+    std::string message;                            ///< why it did not start, broke or stopped; empty otherwise
+    PlanSummary plan;                               ///< `total` 0 when it came to none
     std::array<int, kFileOutcomeClasses> counts{};  ///< by FileOutcomeClass
-    int remaining = 0;       ///< files that nothing was begun with
-    std::string recordPath;  ///< where the record is; empty: none
-    std::string logPath;     ///< where the log is; empty: none was written
-    std::string logProblem;  ///< why none was written
+    int remaining = 0;                              ///< files that nothing was begun with
+    std::string recordPath;                         ///< where the record is; empty: none
+    std::string logPath;                            ///< where the log is; empty: none was written
+    std::string logProblem;                         ///< why none was written
 
     int Count(FileOutcomeClass outcome) const { return counts[static_cast<std::size_t>(outcome)]; }
 };

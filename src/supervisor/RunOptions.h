@@ -8,20 +8,20 @@
 
 /// How workers are started and what they may use. Paths are absolute and may be any bytes.
 struct EngineOptions {
-    std::string hostProgram;
-    std::vector<std::string> plugIns;
-    std::string passwordFile;  ///< empty: none
-    int jobs = 1;              ///< workers at the same time, at most
-    int timeoutSeconds = 300;  ///< for each file
+    std::string hostProgram = {};
+    std::vector<std::string> plugIns = {};
+    std::string passwordFile = {};                       ///< empty: none
+    int jobs = 1;                                        ///< workers at the same time, at most
+    int timeoutSeconds = 300;                            ///< for each file
     std::uint64_t memoryBytes = std::uint64_t{2} << 30;  ///< for each worker
 };
 
 /// What is to be done to which files.
 struct RunRequest {
     /// Names of the run's environment variables ("FERRULESEQU" ...) with their values; what is absent is not set.
-    std::vector<std::pair<std::string, std::string>> settings;
+    std::vector<std::pair<std::string, std::string>> settings = {};
     /// Files and folders in addition to the setting FERRULEALTPATH, which names the first.
-    std::vector<std::string> inputs;
+    std::vector<std::string> inputs = {};
     int minAgeSeconds = 0;
     bool skipUnavailable = false;
     bool allowNoOutput = false;
@@ -29,33 +29,33 @@ struct RunRequest {
 };
 
 struct RunOptions {
-    EngineOptions engine;
-    RunRequest request;
-    std::string recordPath;  ///< empty: no file
-    std::string logPath;     ///< empty: the product's own log
-    bool resume = false;     ///< goes on with the unfinished run of the same request
-    bool retryFailed = false;  ///< with resume: does the files that were not saved again, too
-    bool dryRun = false;       ///< touches nothing, neither log nor record
+    EngineOptions engine = {};
+    RunRequest request = {};
+    std::string recordPath = {};  ///< empty: no file
+    std::string logPath = {};     ///< empty: the product's own log
+    bool resume = false;          ///< goes on with the unfinished run of the same request
+    bool retryFailed = false;     ///< with resume: does the files that were not saved again, too
+    bool dryRun = false;          ///< touches nothing, neither log nor record
 };
 
 struct PlanOptions {
-    EngineOptions engine;
-    RunRequest request;
-    std::string manifestPath;  ///< created or replaced; empty: only told to the observer
+    EngineOptions engine = {};
+    RunRequest request = {};
+    std::string manifestPath = {};  ///< created or replaced; empty: only told to the observer
 };
 
 /// One part of a planned run. Doing it again finishes what was begun and repeats nothing.
 struct ShardOptions {
-    EngineOptions engine;
-    std::string manifestPath;
+    EngineOptions engine = {};
+    std::string manifestPath = {};
     int shard = 1, shards = 1;  ///< the first is 1
-    std::string journalPath;
+    std::string journalPath = {};
     bool retryFailed = false;
 };
 
 struct MergeOptions {
-    std::string manifestPath;
-    std::vector<std::string> journalPaths;
-    std::string recordPath;  ///< empty: no file
-    std::string logPath;     ///< empty: the product's own log
+    std::string manifestPath = {};
+    std::vector<std::string> journalPaths = {};
+    std::string recordPath = {};  ///< empty: no file
+    std::string logPath = {};     ///< empty: the product's own log
 };

@@ -26,13 +26,13 @@
 
 struct JobResult {
     ExitClass exit = ExitClass::Broken;  ///< Fine when the job ended with "finished"
-    std::string end;                     ///< "finished", "not-started", "broken"; empty: the host died before telling
-    std::string message;
-    std::vector<std::string> reports;     ///< JSON, as they came; empty when `onReport` was given
-    std::vector<std::string> errorLines;  ///< what the host wrote to standard error, the last 100 lines
+    std::string end = {};                ///< "finished", "not-started", "broken"; empty: the host died before telling
+    std::string message = {};
+    std::vector<std::string> reports = {};     ///< JSON, as they came; empty when `onReport` was given
+    std::vector<std::string> errorLines = {};  ///< what the host wrote to standard error, the last 100 lines
 };
 
-/// One start of the host for any other kind of job. `job`: a JSON object, UTF-8. The host has a settings folder of its
-/// own with a copy of the user's settings and writes to a log of its own, which is dropped.
+/// One start of the host for any other kind of job. `job`: a JSON object, UTF-8. The host has a settings folder of
+/// its own with a copy of the user's settings and writes to a log of its own, which is dropped.
 [[nodiscard]] JobResult RunJob(const EngineOptions& engine, const std::string& job, CRunObserver& observer,
                                const std::function<void(const std::string& json)>& onReport = {});

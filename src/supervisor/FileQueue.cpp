@@ -1,0 +1,178 @@
+#include "supervisor/FileQueue.h"
+
+#include "platform/Files.h"
+#include "platform/Sha256.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+bool IsUnchanged(const PlannedFile& file, const platform::FileStamp& stamp)
+{
+    return stamp.size == file.size && std::to_string(stamp.modifiedNanoseconds) == file.modified;
+}
+
+/// Whether the input of a file whose results are written is still what they were made of, or what they are.
+bool IsAsKnown(const FileInHand& hand)
+{
+    const auto stamp = platform::StampOf(hand.file.path);
+    if (!stamp) return false;
+    if (IsUnchanged(hand.file, *stamp)) return true;
+    const std::string content = platform::Sha256OfFile(hand.file.path);
+    if (content.empty()) return false;
+    if (content == hand.results->sha256) return true;
+    return std::any_of(hand.results->outputs.begin(), hand.results->outputs.end(),
+                       [&](const FileOutput& output) { return output.sha256 == content; });
+}
+
+}  // namespace
+
+DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcomeClass outcome, const std::string& message)
+{
+    DoneFile done;
+    done.record.number = file.number;
+    done.record.path = file.path;
+    done.record.size = file.size;
+    done.record.outcome = outcome;
+    done.record.message = message;
+    done.log = {"\tInput document : " + file.path, "\t" + message};
+    return done;
+}
+
+std::optional<FileInHand> CFileQueue::Next()
+{
+    while (m_problem.empty()) {
+        if (!m_returned.empty()) {
+            FileInHand hand = std::move(m_returned.front());
+            m_returned.pop_front();
+            return hand;
+        }
+        auto file = m_parts.files.Take();
+        if (!file) return std::nullopt;
+        FileInHand hand{.file = std::move(*file)};
+        if (Prepare(hand) == Readiness::Ready) return hand;
+    }
+    return std::nullopt;
+}
+
+bool CFileQueue::Finish(const DoneFile& done, const PlannedFile& file)
+{
+    m_parts.files.Done(file.group);
+    return Journaled(m_parts.results.AddDone(done));
+}
+
+void CFileQueue::NoteTarget(const PlannedFile& file, const std::string& target)
+{
+    if (file.group != 0 && !target.empty()) m_targets.insert(target);
+}
+
+CFileQueue::Readiness CFileQueue::Prepare(FileInHand& hand)
+{
+    TakeUpAgain(hand);
+    TakeUp(hand);
+    if (!m_problem.empty()) return Readiness::DealtWith;
+    if (!hand.intents.empty() || hand.results) return Settle(hand);
+    return PrepareWhole(hand);
+}
+
+/// A file that has an outcome is begun once more, as far as something is left to do.
+void CFileQueue::TakeUpAgain(FileInHand& hand)
+{
+    if (!m_parts.again) return;
+    const auto place = m_parts.again->find(hand.file.number);
+    if (place == m_parts.again->end() || place->second.outcome == FileOutcomeClass::Stopped) return;
+    const auto done = m_parts.readDone(place->second);
+    if (done && !done->record.outputs.empty() && done->record.finalState == "failed") {
+        hand.toDo = ToDo::FinalAction;
+        hand.results = done->record;
+    }
+    // Who asks for a file again that had changed since the plan knows that it has.
+    if (done && done->record.outcome == FileOutcomeClass::Skipped)
+        if (const auto stamp = platform::StampOf(hand.file.path)) {
+            hand.file.size = stamp->size;
+            hand.file.modified = std::to_string(stamp->modifiedNanoseconds);
+        }
+    Journaled(m_parts.results.AddAgain(hand.file.number, hand.toDo));
+}
+
+/// What an earlier start of the run has begun with the file.
+void CFileQueue::TakeUp(FileInHand& hand)
+{
+    if (!m_parts.earlier) return;
+    const auto place = m_parts.earlier->Open().find(hand.file.number);
+    if (place == m_parts.earlier->Open().end()) return;
+    hand.intents = std::move(place->second.intents);
+    if (place->second.resultsOffset)
+        if (auto done = m_parts.readDone({.offset = *place->second.resultsOffset}))
+            hand.results = std::move(done->record);
+    m_parts.earlier->Open().erase(place);
+}
+
+CFileQueue::Readiness CFileQueue::Settle(FileInHand& hand)
+{
+    Settlement settlement = ::Settle(hand.file, hand.intents, hand.results, m_parts.facts.rules);
+    switch (settlement.left) {
+        case Left::Everything:
+            for (const std::string& path : settlement.takeBack) (void)platform::DeleteFile(path);
+            hand.results.reset();
+            return PrepareWhole(hand);
+        case Left::FinalAction:
+            hand.toDo = ToDo::FinalAction;
+            hand.results = std::move(settlement.record);
+            return PrepareFinalAction(hand);
+        case Left::Nothing:
+        case Left::Unknowable:
+            break;
+    }
+    DoneFile done = DoneWithoutWorker(hand.file, settlement.record.outcome, settlement.record.message);
+    if (done.record.message.empty()) done.log.back() = "\tThe file was completed before the run was interrupted.";
+    done.record = std::move(settlement.record);
+    Finish(done, hand.file);
+    return Readiness::DealtWith;
+}
+
+CFileQueue::Readiness CFileQueue::PrepareWhole(FileInHand& hand)
+{
+    const auto stamp = platform::StampOf(hand.file.path);
+    if (!stamp) return Skip(hand, FileOutcomeClass::Skipped, "missing since plan");
+    // The result of another file may have taken the place of this one, as it does without workers.
+    if (!IsUnchanged(hand.file, *stamp) && !WasOurs(hand.file))
+        return Skip(hand, FileOutcomeClass::Skipped, "changed since plan");
+    return Readiness::Ready;
+}
+
+CFileQueue::Readiness CFileQueue::PrepareFinalAction(FileInHand& hand)
+{
+    if (IsAsKnown(hand)) return Readiness::Ready;
+    const bool there = platform::FileExists(hand.file.path);
+    DoneFile done = DoneWithoutWorker(hand.file, FileOutcomeClass::Incomplete,
+                                      std::string("The file ") + (there ? "was changed" : "is missing") +
+                                          " since its result was written; the final action is left out.");
+    const std::string message = done.record.message;
+    done.record = *hand.results;
+    done.record.outcome = FileOutcomeClass::Incomplete;
+    done.record.message = message;
+    Finish(done, hand.file);
+    return Readiness::DealtWith;
+}
+
+CFileQueue::Readiness CFileQueue::Skip(const FileInHand& hand, FileOutcomeClass outcome, const std::string& message)
+{
+    Finish(DoneWithoutWorker(hand.file, outcome, message), hand.file);
+    return Readiness::DealtWith;
+}
+
+bool CFileQueue::WasOurs(const PlannedFile& file) const
+{
+    if (file.group == 0) return false;
+    return m_targets.contains(file.path) || (m_parts.earlier && m_parts.earlier->HasTarget(file.path));
+}
+
+bool CFileQueue::Journaled(const platform::FileResult& result)
+{
+    if (!result && m_problem.empty())
+        m_problem = "The journal cannot be written (" + platform::ErrorText(result.errorNumber) +
+                    "). Nothing more is begun; the run can be resumed.";
+    return result.Ok();
+}

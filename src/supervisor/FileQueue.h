@@ -1,0 +1,65 @@
+// Files on their way to workers: what an earlier start of the run has left of them, and whether they changed.
+#pragma once
+
+#include "supervisor/JournalIndex.h"
+#include "supervisor/Results.h"
+#include "supervisor/RunFacts.h"
+#include "supervisor/Scheduler.h"
+#include "supervisor/Worker.h"
+
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_set>
+
+class CFileQueue {
+public:
+    /// Everything is borrowed. `earlier`: what the journal says of an earlier start; null for a new run.
+    /// `again`: the files with an outcome that are to be done again, with where that stands.
+    struct Parts {
+        CScheduler& files;
+        CResults& results;
+        const RunFacts& facts;
+        CJournalIndex* earlier = nullptr;
+        const std::map<int, DonePlace>* again = nullptr;
+        CInputOrder::Reader readDone;
+    };
+    explicit CFileQueue(const Parts& parts) : m_parts(parts) {}
+
+    /// The next file for a worker. What needs none (changed since the plan, or done by an earlier start) is dealt
+    /// with on the way. Fails: nothing, and Problem says why; also nothing while all that is left has to wait.
+    [[nodiscard]] std::optional<FileInHand> Next();
+    [[nodiscard]] bool Empty() { return m_returned.empty() && m_parts.files.Empty(); }
+    /// A file whose worker died and that goes on with another one.
+    void Return(FileInHand file) { m_returned.push_back(std::move(file)); }
+    /// The file has its outcome. Fails: Problem says why.
+    bool Finish(const DoneFile& done, const PlannedFile& file);
+    /// Something is going to be written to the path of a target.
+    void NoteTarget(const PlannedFile& file, const std::string& target);
+
+    /// Why the journal cannot be written; empty as long as it can.
+    const std::string& Problem() const { return m_problem; }
+
+private:
+    enum class Readiness { Ready, DealtWith };
+
+    Readiness Prepare(FileInHand& hand);
+    Readiness PrepareWhole(FileInHand& hand);
+    Readiness PrepareFinalAction(FileInHand& hand);
+    void TakeUp(FileInHand& hand);
+    void TakeUpAgain(FileInHand& hand);
+    Readiness Settle(FileInHand& hand);
+    Readiness Skip(const FileInHand& hand, FileOutcomeClass outcome, const std::string& message);
+    bool WasOurs(const PlannedFile& file) const;
+    bool Journaled(const platform::FileResult& result);
+
+    Parts m_parts;
+    std::deque<FileInHand> m_returned;
+    std::unordered_set<std::string> m_targets;  // of files in groups
+    std::string m_problem;
+};
+
+/// The block of the log and the record of a file that no worker has said anything about.
+[[nodiscard]] DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcomeClass outcome,
+                                         const std::string& message);

@@ -1,0 +1,19 @@
+// One start of the host for a job without files from us.
+#pragma once
+
+#include "supervisor/Supervisor.h"
+#include "supervisor/Worker.h"
+#include "supervisor/WorkerLog.h"
+
+#include <functional>
+#include <string>
+
+struct HostJobResult {
+    JobResult job = {};
+    std::vector<std::string> log = {};  ///< what the plug-in logged, bytes
+};
+
+/// `place`: the name of the private folder. `interruptsSeen`: those before; a new one ends the host.
+[[nodiscard]] HostJobResult RunHostJob(const CWorkerStarter& starter, const std::string& place,
+                                       const std::string& job, int interruptsSeen, CRunObserver& observer,
+                                       const std::function<void(const std::string& json)>& onReport);

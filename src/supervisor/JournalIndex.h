@@ -1,0 +1,55 @@
+// What a journal says about where its shard stands.
+#pragma once
+
+#include "supervisor/DoneIndex.h"
+#include "supervisor/Journal.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+/// What was begun with a file that has no final outcome.
+struct FileHistory {
+    std::vector<Intent> intents = {};
+    /// Its results were complete before: where the outcome stands that says so.
+    std::optional<std::uint64_t> resultsOffset = {};
+};
+
+/// Filled by ReadJournal. Memory: eight bytes a file and eight for each intent, and what is open.
+class CJournalIndex final : public CJournalVisitor {
+public:
+    /// `done` is borrowed. `journal`: the position of this journal in the caller's list.
+    explicit CJournalIndex(CDoneIndex& done, int journal = 0) : m_done(done), m_journal(journal) {}
+
+    /// By number.
+    std::map<int, FileHistory>& Open() { return m_open; }
+    /// "finished", "stopped", "broken"; empty when the journal does not end with an end line.
+    const std::string& Ending() const { return m_ending; }
+    /// Of the last end line.
+    const std::vector<std::string>& Epilogue() const { return m_epilogue; }
+    /// Whether the run was going to write to this path.
+    bool HasTarget(const std::string& path) const;
+    /// Folders of everything that the run was going to write.
+    const std::set<std::string>& TargetFolders() const { return m_targetFolders; }
+    /// Once, after reading.
+    void Complete();
+
+private:
+    std::string OnIntent(Intent intent) override;
+    std::string OnDone(const FileRecord& record, std::uint64_t offset) override;
+    std::string OnAgain(int number, ToDo toDo) override;
+    std::string OnEnd(const std::string& outcome, std::vector<std::string> epilogue) override;
+    void MarkAllLogged();
+
+    CDoneIndex& m_done;
+    int m_journal;
+    std::map<int, FileHistory> m_open;
+    std::vector<std::uint64_t> m_targets;  // hashes, sorted by Complete
+    std::set<std::string> m_targetFolders;
+    std::vector<int> m_sinceEnd;  // done since the last end line
+    std::string m_ending;
+    std::vector<std::string> m_epilogue;
+};

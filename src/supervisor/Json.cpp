@@ -1,0 +1,74 @@
+#include "supervisor/Json.h"
+
+#include "platform/ByteText.h"
+
+#include <limits>
+
+namespace {
+
+const Json* Find(const Json& object, const char* key)
+{
+    if (!object.is_object()) return nullptr;
+    const auto place = object.find(key);
+    return place == object.end() ? nullptr : &*place;
+}
+
+}  // namespace
+
+std::optional<Json> ParseObject(std::string_view text)
+{
+    Json value = Json::parse(text, nullptr, false);
+    if (!value.is_object()) return std::nullopt;
+    return value;
+}
+
+std::string LineOf(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+std::string TextAt(const Json& object, const char* key)
+{
+    const Json* value = Find(object, key);
+    return value && value->is_string() ? value->get<std::string>() : std::string();
+}
+
+std::string BytesAt(const Json& object, const char* key) { return platform::BytesFromText(TextAt(object, key)); }
+
+std::int64_t IntegerAt(const Json& object, const char* key)
+{
+    const Json* value = Find(object, key);
+    return value && value->is_number_integer() ? value->get<std::int64_t>() : 0;
+}
+
+std::uint64_t UnsignedAt(const Json& object, const char* key)
+{
+    const Json* value = Find(object, key);
+    return value && value->is_number_unsigned() ? value->get<std::uint64_t>() : 0;
+}
+
+int CountAt(const Json& object, const char* key)
+{
+    const std::uint64_t value = UnsignedAt(object, key);
+    return value > static_cast<std::uint64_t>(std::numeric_limits<int>::max()) ? 0 : static_cast<int>(value);
+}
+
+bool FlagAt(const Json& object, const char* key)
+{
+    const Json* value = Find(object, key);
+    return value && value->is_boolean() && value->get<bool>();
+}
+
+std::vector<std::string> TextsAt(const Json& object, const char* key)
+{
+    std::vector<std::string> texts;
+    const Json* value = Find(object, key);
+    if (value == nullptr || !value->is_array()) return texts;
+    for (const Json& text : *value)
+        if (text.is_string()) texts.push_back(text.get<std::string>());
+    return texts;
+}
+
+const Json& ObjectAt(const Json& object, const char* key)
+{
+    static const Json kEmpty = Json::object();
+    const Json* value = Find(object, key);
+    return value && value->is_object() ? *value : kEmpty;
+}

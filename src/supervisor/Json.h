@@ -1,0 +1,31 @@
+// JSON of manifest, journal, record and worker protocol. Only .cpp files of this folder include this header.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Keeps the keys in the order in which they are written.
+using Json = nlohmann::ordered_json;
+
+/// Nothing when the text is no JSON object. Never throws.
+[[nodiscard]] std::optional<Json> ParseObject(std::string_view text);
+/// One line, without line end. Texts that are not valid UTF-8 are repaired rather than refused.
+[[nodiscard]] std::string LineOf(const Json& value);
+
+// What a key holds; the empty value, 0 or false when it is absent or of another type.
+[[nodiscard]] std::string TextAt(const Json& object, const char* key);
+/// A text that stands for bytes, see platform/ByteText.h.
+[[nodiscard]] std::string BytesAt(const Json& object, const char* key);
+[[nodiscard]] std::int64_t IntegerAt(const Json& object, const char* key);
+[[nodiscard]] std::uint64_t UnsignedAt(const Json& object, const char* key);
+/// An integer that is a count or a number of a file; 0 when it is not between 0 and the largest int.
+[[nodiscard]] int CountAt(const Json& object, const char* key);
+[[nodiscard]] bool FlagAt(const Json& object, const char* key);
+[[nodiscard]] std::vector<std::string> TextsAt(const Json& object, const char* key);
+/// An empty object when it is absent.
+[[nodiscard]] const Json& ObjectAt(const Json& object, const char* key);

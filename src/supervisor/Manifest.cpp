@@ -1,0 +1,125 @@
+#include "supervisor/Manifest.h"
+
+#include "platform/AtomicFile.h"
+#include "platform/ByteText.h"
+#include "supervisor/FileRecord.h"
+
+#include <cerrno>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kCopyPiece = 1 << 16;
+
+Json TextsFromBytes(const std::vector<std::string>& lines)
+{
+    Json texts = Json::array();
+    for (const std::string& line : lines) texts.push_back(platform::TextFromBytes(line));
+    return texts;
+}
+
+std::vector<std::string> BytesOf(std::vector<std::string> texts)
+{
+    for (std::string& text : texts) text = platform::BytesFromText(text);
+    return texts;
+}
+
+std::string HeaderLine(const ManifestHeader& header)
+{
+    const Json object = {{"ferrule", "manifest"},
+                         {"version", 1},
+                         {"run", header.run},
+                         {"job", ParseObject(header.job).value_or(Json::object())},
+                         {"total", header.total},
+                         {"bytes", header.bytes},
+                         {"oneWorker", header.oneWorker},
+                         {"oneWorkerReason", header.oneWorkerReason},
+                         {"outputsPerFile", header.outputsPerFile},
+                         {"preamble", TextsFromBytes(header.preamble)},
+                         {"epilogue", TextsFromBytes(header.epilogue)}};
+    return LineOf(object) + '\n';
+}
+
+std::optional<ManifestHeader> HeaderFrom(const std::string& line)
+{
+    const auto object = ParseObject(line);
+    if (!object || TextAt(*object, "ferrule") != "manifest" || CountAt(*object, "version") != 1) return std::nullopt;
+    ManifestHeader header{
+        .run = TextAt(*object, "run"),
+        .job = LineOf(ObjectAt(*object, "job")),
+        .total = CountAt(*object, "total"),
+        .bytes = UnsignedAt(*object, "bytes"),
+        .oneWorker = FlagAt(*object, "oneWorker"),
+        .oneWorkerReason = TextAt(*object, "oneWorkerReason"),
+        .outputsPerFile = object->contains("outputsPerFile") ? CountAt(*object, "outputsPerFile") : 1,
+        .preamble = BytesOf(TextsAt(*object, "preamble")),
+        .epilogue = BytesOf(TextsAt(*object, "epilogue"))};
+    if (header.run.empty()) return std::nullopt;
+    return header;
+}
+
+}  // namespace
+
+CManifestWriter::CManifestWriter(std::string path) : m_path(std::move(path))
+{
+    platform::FileResult opened;
+    m_lines = platform::OpenStream(LinesPath(), "w+b", &opened);
+    m_error = opened.errorNumber;
+}
+
+CManifestWriter::~CManifestWriter()
+{
+    if (!m_lines) return;
+    m_lines.reset();
+    (void)platform::DeleteFile(LinesPath());
+}
+
+void CManifestWriter::Add(const PlannedFile& file)
+{
+    if (m_error != 0) return;
+    const std::string line = LineOf(PlannedFileJson(file)) + '\n';
+    if (std::fwrite(line.data(), 1, line.size(), m_lines.get()) != line.size()) m_error = errno ? errno : EIO;
+}
+
+platform::FileResult CManifestWriter::Finish(const ManifestHeader& header)
+{
+    if (m_error != 0) return {m_error};
+    if (std::fflush(m_lines.get()) != 0 || std::fseek(m_lines.get(), 0, SEEK_SET) != 0) return {errno};
+    platform::CAtomicFile file(m_path, platform::Existing::Replace);
+    const std::string first = HeaderLine(header);
+    file.Write(first.data(), first.size());
+    std::string piece(kCopyPiece, '\0');
+    while (file.Result()) {
+        const std::size_t count = std::fread(piece.data(), 1, piece.size(), m_lines.get());
+        if (count == 0) break;
+        file.Write(piece.data(), count);
+    }
+    if (std::ferror(m_lines.get()) != 0) return {EIO};
+    return file.Commit();
+}
+
+Expected<ManifestHeader> CManifestReader::Open(const std::string& path)
+{
+    m_path = path;
+    if (!m_reader.Open(path)) return Failure("The manifest " + path + " cannot be opened.");
+    const auto header = m_reader.Next(m_line) ? HeaderFrom(m_line) : std::nullopt;
+    if (!header) return Failure(path + " is no manifest of this version.");
+    m_total = header->total;
+    return *header;
+}
+
+std::optional<PlannedFile> CManifestReader::Next()
+{
+    if (!m_problem.empty() || m_last == m_total) return std::nullopt;
+    const bool read = m_reader.Next(m_line);
+    const auto object = read ? ParseObject(m_line) : std::nullopt;
+    auto file = object ? PlannedFileFrom(*object) : std::nullopt;
+    if (file && file->number == m_last + 1) {
+        m_last = file->number;
+        return file;
+    }
+    m_problem = read ? "Line " + std::to_string(m_reader.LineNumber()) + " of the manifest " + m_path +
+                           " is not the file that belongs there."
+                     : "The manifest " + m_path + " ends before file " + std::to_string(m_last + 1) + ".";
+    return std::nullopt;
+}

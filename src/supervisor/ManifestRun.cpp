@@ -1,0 +1,279 @@
+#include "supervisor/ManifestRun.h"
+
+#include "common/FileNames.h"
+#include "platform/Overseer.h"
+#include "supervisor/Json.h"
+#include "supervisor/Temporaries.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+bool IsRetried(FileOutcomeClass outcome)
+{
+    return outcome != FileOutcomeClass::Saved && outcome != FileOutcomeClass::CopiedUnchanged;
+}
+
+/// Spreads neighbouring group numbers over the shards.
+std::uint64_t Scrambled(std::uint64_t value)
+{
+    value ^= value >> 31;
+    value *= 0x9E3779B97F4A7C15u;
+    return value ^ value >> 29;
+}
+
+}  // namespace
+
+bool IsInShard(const PlannedFile& file, int shard, int shards)
+{
+    const auto count = static_cast<std::uint64_t>(shards);
+    const std::uint64_t key = file.group == 0 ? static_cast<std::uint64_t>(file.number) : Scrambled(file.group);
+    return key % count == static_cast<std::uint64_t>(shard - 1);
+}
+
+CManifestRun::CManifestRun(const EngineOptions& engine, const CWorkerStarter& starter, ManifestRunOptions options,
+                           CRunObserver& observer)
+    : m_engine(engine), m_starter(starter), m_options(std::move(options)), m_observer(observer), m_record(observer)
+{
+}
+
+RunResult CManifestRun::Run()
+{
+    if (Load() && ReadEarlier() && CountFiles() && OpenOutputs()) Process();
+    m_result.plan = m_options.plan;
+    if (!m_problem.empty()) {
+        m_result.exit = ExitClass::Broken;
+        m_result.message = m_problem;
+    }
+    return std::move(m_result);
+}
+
+// ---- before the first file
+
+bool CManifestRun::Load()
+{
+    auto header = m_manifest.Open(m_options.manifestPath);
+    if (!header) return Broken(header.Error());
+    m_header = std::move(*header);
+    m_facts = ReadRunFacts(m_header);
+    if (m_header.oneWorker && m_options.shards > 1)
+        return Broken("This run cannot be divided: " + m_header.oneWorkerReason);
+    PlanSummary& plan = m_options.plan;
+    plan.run = m_header.run;
+    plan.total = m_header.total;
+    plan.bytes = m_header.bytes;
+    plan.oneWorker = m_header.oneWorker;
+    plan.oneWorkerReason = m_header.oneWorkerReason;
+    return true;
+}
+
+bool CManifestRun::ReadEarlier()
+{
+    m_done.emplace(m_header.total);
+    m_earlier.emplace(*m_done);
+    if (IsTrial()) return true;
+    const auto content = ReadJournal(m_options.journalPath, m_header.run, *m_earlier);
+    if (!content) return Broken(content.Error());
+    const std::string shard = std::to_string(m_options.shard) + '/' + std::to_string(m_options.shards);
+    if (content->name && content->name->shard != shard)
+        return Broken("The journal " + m_options.journalPath + " belongs to shard " + content->name->shard + ".");
+    m_earlier->Complete();
+    m_journalLength = content->length;
+    for (int number = 1; number <= m_header.total; ++number) {
+        if (!m_done->IsDone(number)) continue;
+        const DonePlace place = m_done->At(number);
+        const bool again =
+            place.outcome == FileOutcomeClass::Stopped || (m_options.retryFailed && IsRetried(place.outcome));
+        if (!again) continue;
+        m_again.emplace(number, place);
+        m_done->Forget(number);
+    }
+    if (content->name) RemoveLeftovers();
+    return true;
+}
+
+/// What workers of an earlier start of the run did not finish writing.
+void CManifestRun::RemoveLeftovers()
+{
+    std::set<std::string> folders = m_earlier->TargetFolders();
+    folders.insert(m_facts.folders.begin(), m_facts.folders.end());
+    CManifestReader manifest;
+    if (!manifest.Open(m_options.manifestPath)) return;
+    while (const auto file = manifest.Next()) folders.insert(FolderOf(file->path));
+    RemoveTemporaries(folders, platform::TemporaryPrefix(Tag()));
+}
+
+/// One pass over the manifest finds out how much there is to do, and whether it can be read to its end.
+bool CManifestRun::CountFiles()
+{
+    m_progress = {};
+    CManifestReader manifest;
+    if (auto header = manifest.Open(m_options.manifestPath); !header) return Broken(header.Error());
+    while (const auto file = manifest.Next()) {
+        if (!IsInShard(*file, m_options.shard, m_options.shards)) continue;
+        ++m_progress.filesTotal;
+        m_progress.bytesTotal += file->size;
+        if (!m_done->IsDone(file->number)) {
+            ++m_filesLeft;
+            continue;
+        }
+        ++m_progress.filesDone;
+        m_progress.bytesDone += file->size;
+        if (m_done->At(file->number).outcome != FileOutcomeClass::Saved) ++m_progress.notSaved;
+    }
+    m_options.plan.alreadyDone = m_progress.filesDone;
+    return manifest.Problem().empty() || Broken(manifest.Problem());
+}
+
+bool CManifestRun::OpenOutputs()
+{
+    if (!IsTrial()) {
+        const std::string shard = std::to_string(m_options.shard) + '/' + std::to_string(m_options.shards);
+        const auto opened = m_journal.Open(m_options.journalPath, {m_header.run, shard}, m_journalLength);
+        if (!opened)
+            return Broken("The journal " + m_options.journalPath + " cannot be written (" +
+                          platform::ErrorText(opened.errorNumber) + ").");
+    }
+    if (!m_options.recordPath.empty()) {
+        if (const auto opened = m_record.Open(m_options.recordPath); !opened)
+            return Broken("The record " + m_options.recordPath + " cannot be written (" +
+                          platform::ErrorText(opened.errorNumber) + ").");
+        m_result.recordPath = m_options.recordPath;
+    }
+    // A run that was finished before has nothing to log.
+    const bool nothingLeft = m_filesLeft == 0 && m_progress.filesTotal != 0;
+    if (m_options.logPath.empty() || nothingLeft) return true;
+    if (!m_log.Open(m_options.logPath)) {
+        m_result.logProblem = "The log " + m_options.logPath +
+                              " cannot be written, or another run is writing to it; this run goes on without it.";
+        m_observer.Warning(m_result.logProblem);
+        return true;
+    }
+    m_result.logPath = m_options.logPath;
+    return true;
+}
+
+// ---- the files
+
+void CManifestRun::Process()
+{
+    m_observer.Planned(m_options.plan);
+    m_log.Preamble(m_header.preamble);
+    CInputOrder order(
+        *m_done, [this](const DonePlace& place) { return ReadDone(place); },
+        [this](const DoneFile& done, bool written) {
+            m_record.Add(done.record);
+            m_log.File(done, written);
+        });
+    CResults results({.done = *m_done,
+                      .journal = IsTrial() ? nullptr : &m_journal,
+                      .order = m_options.order ? &order : nullptr,
+                      .observer = m_observer},
+                     m_progress);
+    if (m_options.order) order.Begin();
+    CScheduler files([this] { return NextFile(); });
+    CFileQueue queue({.files = files,
+                      .results = results,
+                      .facts = m_facts,
+                      .earlier = &*m_earlier,
+                      .again = &m_again,
+                      .readDone = [this](const DonePlace& place) { return ReadDone(place); }});
+    const LoopEnd end = RunLoop(queue, results);
+    if (m_options.order) order.Finish();
+    if (order.Failed()) Broken("The journal " + m_options.journalPath + " cannot be read again.");
+    Close(end, m_problem, results);
+}
+
+LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
+{
+    Json job = ParseObject(m_header.job).value_or(Json::object());
+    job["run"] = Tag();
+    CRunLoop loop(
+        {.engine = m_engine,
+         .starter = m_starter,
+         .facts = m_facts,
+         .queue = queue,
+         .results = results,
+         .observer = m_observer,
+         .job = LineOf(job),
+         .run = Tag(),
+         .total = m_header.total,
+         .workers = m_header.oneWorker || IsTrial() ? 1 : std::clamp(m_engine.jobs, 1, std::max(m_filesLeft, 1)),
+         .interruptsSeen = m_options.interruptsSeen});
+    if (m_early && !queue.Empty()) loop.Adopt(std::move(m_early));
+    m_early.reset();
+    const LoopEnd end = loop.Run();
+    if (end == LoopEnd::Broken) Broken(loop.Problem());
+    if (!m_manifest.Problem().empty()) Broken(m_manifest.Problem());
+    return m_problem.empty() ? end : LoopEnd::Broken;
+}
+
+void CManifestRun::Close(LoopEnd end, const std::string& problem, const CResults& results)
+{
+    std::vector<std::string> epilogue = results.Epilogue();
+    if (epilogue.empty()) epilogue = m_header.epilogue;
+    m_log.Epilogue(epilogue);
+    if (!IsTrial()) {
+        const char* outcome = end == LoopEnd::Finished ? "finished" : end == LoopEnd::Stopped ? "stopped" : "broken";
+        const auto added = m_journal.AddEnd(outcome, epilogue);
+        if (!added && problem.empty())
+            Broken("The journal cannot be written (" + platform::ErrorText(added.errorNumber) + ").");
+    }
+    CloseOutputs();
+    CountOutcomes();
+    const int notSaved = m_progress.filesTotal - m_result.Count(FileOutcomeClass::Saved);
+    m_result.exit = notSaved == 0 ? ExitClass::Fine : ExitClass::SomeNotSaved;
+    if (end != LoopEnd::Stopped) return;
+    m_result.exit = ExitClass::Stopped;
+    m_result.message = "Stopped.";
+}
+
+void CManifestRun::CloseOutputs()
+{
+    if (m_log.Failed()) {
+        m_result.logProblem = "The log " + m_options.logPath + " is incomplete.";
+        m_observer.Warning(m_result.logProblem);
+    }
+    m_log.Close();
+    if (const auto closed = m_record.Close(); !closed)
+        Broken("The record " + m_options.recordPath + " is incomplete (" + platform::ErrorText(closed.errorNumber) +
+               "); resuming the run writes it again.");
+}
+
+void CManifestRun::CountOutcomes()
+{
+    int done = 0;
+    for (int number = 1; number <= m_done->Total(); ++number) {
+        if (!m_done->IsDone(number)) continue;
+        ++m_result.counts[static_cast<std::size_t>(m_done->At(number).outcome)];
+        ++done;
+    }
+    m_result.remaining = m_progress.filesTotal - done;
+}
+
+bool CManifestRun::Broken(std::string message)
+{
+    if (m_problem.empty()) m_problem = std::move(message);
+    return false;
+}
+
+std::optional<DoneFile> CManifestRun::ReadDone(const DonePlace& place)
+{
+    if (!m_readerOpen) m_readerOpen = m_journalReader.Open(m_options.journalPath);
+    return m_readerOpen ? m_journalReader.DoneAt(place.offset) : std::nullopt;
+}
+
+std::optional<PlannedFile> CManifestRun::NextFile()
+{
+    while (auto file = m_manifest.Next())
+        if (IsInShard(*file, m_options.shard, m_options.shards) && !m_done->IsDone(file->number)) return file;
+    return std::nullopt;
+}
+
+/// Shards have tags of their own, so that none removes what another is writing.
+std::string CManifestRun::Tag() const
+{
+    if (m_options.shards == 1) return m_header.run;
+    return m_header.run + 's' + std::to_string(m_options.shard) + "of" + std::to_string(m_options.shards);
+}

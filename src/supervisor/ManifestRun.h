@@ -1,0 +1,84 @@
+// Processes the files of a manifest, or of one shard of it.
+#pragma once
+
+#include "supervisor/JournalIndex.h"
+#include "supervisor/Manifest.h"
+#include "supervisor/RecordWriter.h"
+#include "supervisor/Results.h"
+#include "supervisor/RunFacts.h"
+#include "supervisor/RunLog.h"
+#include "supervisor/RunLoop.h"
+#include "supervisor/Supervisor.h"
+#include "supervisor/Worker.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+struct ManifestRunOptions {
+    std::string manifestPath = {};
+    std::string journalPath = {};  ///< empty: a trial run, without journal
+    int shard = 1, shards = 1;
+    bool retryFailed = false;
+    bool order = true;            ///< writes log and record; else only the journal
+    std::string logPath = {};     ///< empty: no log
+    std::string recordPath = {};  ///< empty: no file
+    int interruptsSeen = 0;
+    PlanSummary plan = {};  ///< of a new run; else run and totals are filled in
+};
+
+/// Whether the file belongs to the shard. A group is never divided.
+[[nodiscard]] bool IsInShard(const PlannedFile& file, int shard, int shards);
+
+class CManifestRun {
+public:
+    /// Everything is borrowed.
+    CManifestRun(const EngineOptions& engine, const CWorkerStarter& starter, ManifestRunOptions options,
+                 CRunObserver& observer);
+
+    /// A worker that was started while the plan was made.
+    void Adopt(std::unique_ptr<CWorker> worker) { m_early = std::move(worker); }
+    [[nodiscard]] RunResult Run();
+
+private:
+    bool Load();
+    bool ReadEarlier();
+    bool CountFiles();
+    bool OpenOutputs();
+    void RemoveLeftovers();
+    void Process();
+    LoopEnd RunLoop(CFileQueue& queue, CResults& results);
+    void Close(LoopEnd end, const std::string& problem, const CResults& results);
+    void CloseOutputs();
+    void CountOutcomes();
+    bool Broken(std::string message);
+    std::optional<DoneFile> ReadDone(const DonePlace& place);
+    std::optional<PlannedFile> NextFile();
+    bool IsTrial() const { return m_options.journalPath.empty(); }
+    std::string Tag() const;
+
+    const EngineOptions& m_engine;
+    const CWorkerStarter& m_starter;
+    ManifestRunOptions m_options;
+    CRunObserver& m_observer;
+
+    ManifestHeader m_header;
+    RunFacts m_facts;
+    CManifestReader m_manifest;
+    std::optional<CDoneIndex> m_done;
+    std::optional<CJournalIndex> m_earlier;
+    std::map<int, DonePlace> m_again;  // files with an outcome that are done once more
+    std::uint64_t m_journalLength = 0;
+    int m_filesLeft = 0;
+    RunProgress m_progress;
+
+    CJournalWriter m_journal;
+    CJournalReader m_journalReader;
+    bool m_readerOpen = false;
+    CRunLog m_log;
+    CRecordWriter m_record;
+    std::unique_ptr<CWorker> m_early;
+    std::string m_problem;
+    RunResult m_result;
+};

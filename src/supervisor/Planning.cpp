@@ -1,0 +1,127 @@
+#include "supervisor/Planning.h"
+
+#include "platform/ByteText.h"
+#include "supervisor/FileRecord.h"
+#include "supervisor/HostJob.h"
+
+#include <algorithm>
+#include <random>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kRunIdLength = 16;
+constexpr std::size_t kShortestEndLine = 80;
+
+Json SettingsJson(const RunRequest& request)
+{
+    Json settings = Json::object();
+    for (const auto& [name, value] : request.settings) settings[name] = platform::TextFromBytes(value);
+    return settings;
+}
+
+std::string PlanJobText(const RunRequest& request, const std::string& run)
+{
+    Json inputs = Json::array();
+    for (const std::string& input : request.inputs) inputs.push_back(platform::TextFromBytes(input));
+    return LineOf({{"kind", "plan"},
+                   {"run", run},
+                   {"settings", SettingsJson(request)},
+                   {"inputs", std::move(inputs)},
+                   {"minAge", request.minAgeSeconds},
+                   {"skipUnavailable", request.skipUnavailable},
+                   {"allowNoOutput", request.allowNoOutput},
+                   {"allowInPlace", request.allowInPlace}});
+}
+
+bool IsEndLine(const std::string& line)
+{
+    return line.size() >= kShortestEndLine && line.find_first_not_of('-') == std::string::npos;
+}
+
+/// The plug-in closes a run with a line of hyphens; what it logs after that comes behind the files.
+void SplitLog(std::vector<std::string> log, ManifestHeader& header)
+{
+    const auto end = std::find_if(log.rbegin(), log.rend(), IsEndLine);
+    const auto place = end == log.rend() ? log.end() : std::prev(end.base());
+    header.epilogue.assign(place, log.end());
+    log.erase(place, log.end());
+    header.preamble = std::move(log);
+}
+
+}  // namespace
+
+std::string NewRunId()
+{
+    constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz0123456789";
+    std::random_device random;
+    std::uniform_int_distribution<std::size_t> place(0, kLetters.size() - 1);
+    std::string id;
+    while (id.size() < kRunIdLength) id += kLetters[place(random)];
+    return id;
+}
+
+std::string RunJobText(const RunRequest& request, const std::string& run, bool dryRun)
+{
+    return LineOf({{"kind", "run"},
+                   {"run", run},
+                   {"dryRun", dryRun},
+                   {"skipUnavailable", request.skipUnavailable},
+                   {"settings", SettingsJson(request)}});
+}
+
+bool CPlanning::Run(const std::string& manifestPath, const std::string& run, bool dryRun)
+{
+    std::optional<CManifestWriter> manifest;
+    if (!manifestPath.empty()) manifest.emplace(manifestPath);
+    CManifestWriter* writer = manifest ? &*manifest : nullptr;
+    HostJobResult host = RunHostJob(m_starter, "plan", PlanJobText(m_request, run), m_interruptsSeen, m_observer,
+                                    [&](const std::string& json) { OnReport(json, writer); });
+    if (host.job.exit != ExitClass::Fine) return Fail(host.job.exit, std::move(host.job.message));
+    if (m_disordered || m_planned.summary.json.empty() || m_files != m_planned.summary.total)
+        return Fail(ExitClass::Broken, "The host's plan is incomplete.");
+    PlanSummary& summary = m_planned.summary;
+    ManifestHeader& header = m_planned.header;
+    summary.run = header.run = run;
+    header.job = RunJobText(m_request, run, dryRun);
+    header.total = summary.total;
+    header.bytes = summary.bytes;
+    header.oneWorker = summary.oneWorker;
+    header.oneWorkerReason = summary.oneWorkerReason;
+    SplitLog(std::move(host.log), header);
+    if (!writer) return true;
+    const platform::FileResult written = writer->Finish(header);
+    if (written) return true;
+    return Fail(ExitClass::Broken, "The manifest " + manifestPath + " cannot be written (" +
+                                       platform::ErrorText(written.errorNumber) + ").");
+}
+
+bool CPlanning::Fail(ExitClass exit, std::string message)
+{
+    m_failure = {exit, std::move(message)};
+    return false;
+}
+
+void CPlanning::OnReport(const std::string& json, CManifestWriter* manifest)
+{
+    const Json report = ParseObject(json).value_or(Json::object());
+    PlanSummary& summary = m_planned.summary;
+    if (report.contains("input")) {
+        const auto file = PlannedFileFrom(ObjectAt(report, "input"));
+        m_disordered = m_disordered || !file || file->number != m_files + 1;
+        if (m_disordered) return;
+        ++m_files;
+        summary.bytes += file->size;
+        if (manifest) manifest->Add(*file);
+        m_observer.FilePlanned(*file);
+    } else if (report.contains("plan")) {
+        const Json& plan = ObjectAt(report, "plan");
+        summary.json = json;
+        summary.total = CountAt(plan, "total");
+        summary.oneWorker = FlagAt(plan, "oneWorker");
+        summary.oneWorkerReason = TextAt(plan, "oneWorkerReason");
+        summary.tooYoung = CountAt(plan, "tooYoung");
+        summary.warnings = TextsAt(plan, "warnings");
+        if (plan.contains("outputsPerFile")) m_planned.header.outputsPerFile = CountAt(plan, "outputsPerFile");
+    }
+}

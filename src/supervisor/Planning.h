@@ -1,0 +1,50 @@
+// Lets a host collect the files of a run and writes the manifest.
+#pragma once
+
+#include "common/Expected.h"
+#include "supervisor/Manifest.h"
+#include "supervisor/Supervisor.h"
+#include "supervisor/Worker.h"
+
+#include <string>
+
+struct Planned {
+    PlanSummary summary = {};
+    ManifestHeader header = {};
+};
+
+struct PlanFailure {
+    ExitClass exit = ExitClass::Broken;
+    std::string message = {};
+};
+
+/// Letters and digits that no other run has.
+[[nodiscard]] std::string NewRunId();
+/// What workers get to do: JSON.
+[[nodiscard]] std::string RunJobText(const RunRequest& request, const std::string& run, bool dryRun);
+
+class CPlanning {
+public:
+    /// Everything is borrowed.
+    CPlanning(const CWorkerStarter& starter, const RunRequest& request, int interruptsSeen, CRunObserver& observer)
+        : m_starter(starter), m_request(request), m_interruptsSeen(interruptsSeen), m_observer(observer)
+    {
+    }
+    /// `manifestPath`: appears complete or not at all; empty: none is written. False: Failure says why.
+    [[nodiscard]] bool Run(const std::string& manifestPath, const std::string& run, bool dryRun);
+    Planned& Result() { return m_planned; }
+    const PlanFailure& Failure() const { return m_failure; }
+
+private:
+    bool Fail(ExitClass exit, std::string message);
+    void OnReport(const std::string& json, CManifestWriter* manifest);
+
+    const CWorkerStarter& m_starter;
+    const RunRequest& m_request;
+    int m_interruptsSeen;
+    CRunObserver& m_observer;
+    Planned m_planned;
+    PlanFailure m_failure;
+    int m_files = 0;
+    bool m_disordered = false;  // a report that does not fit
+};

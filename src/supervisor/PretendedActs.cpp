@@ -1,0 +1,29 @@
+#include "supervisor/PretendedActs.h"
+
+#include "common/FileNames.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+
+namespace {
+
+/// The name itself may be missing or a link, so only its folder is resolved.
+std::string Key(const std::string& path)
+{
+    const std::string folder = platform::CanonicalPath(FolderOf(path));
+    return folder.empty() ? path : folder + platform::kSeparator + FileName(path);
+}
+
+}  // namespace
+
+void CPretendedActs::Add(const Intent& intent)
+{
+    if (intent.act == ActKind::Move || intent.act == ActKind::Delete) m_paths[Key(intent.file)] = false;
+    if (intent.act == ActKind::Move || intent.act == ActKind::Put) m_paths[Key(intent.target)] = true;
+}
+
+std::optional<bool> CPretendedActs::Exists(const std::string& path) const
+{
+    const auto place = m_paths.find(Key(path));
+    if (place == m_paths.end()) return std::nullopt;
+    return place->second;
+}

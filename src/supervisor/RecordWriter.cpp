@@ -1,0 +1,29 @@
+#include "supervisor/RecordWriter.h"
+
+#include "supervisor/FileRecord.h"
+
+#include <cerrno>
+#include <cstdio>
+
+platform::FileResult CRecordWriter::Open(const std::string& path)
+{
+    platform::FileResult opened;
+    m_file = platform::OpenStream(path, "wb", &opened);
+    return opened;
+}
+
+void CRecordWriter::Add(const FileRecord& record)
+{
+    std::string line = LineOf(FileRecordJson(record));
+    m_observer.RecordLine(line);
+    if (!m_file || m_error != 0) return;
+    line += '\n';
+    const bool written = std::fwrite(line.data(), 1, line.size(), m_file.get()) == line.size();
+    if (!written || std::fflush(m_file.get()) != 0) m_error = errno != 0 ? errno : EIO;
+}
+
+platform::FileResult CRecordWriter::Close()
+{
+    if (m_file && std::fclose(m_file.release()) != 0 && m_error == 0) m_error = errno;
+    return {m_error};
+}

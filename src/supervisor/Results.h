@@ -1,0 +1,46 @@
+// What comes of the files of a run or shard: journal, counts, progress, and the way to log and record.
+#pragma once
+
+#include "supervisor/DoneIndex.h"
+#include "supervisor/InputOrder.h"
+#include "supervisor/Journal.h"
+#include "supervisor/RunObserver.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+class CResults {
+public:
+    /// Everything is borrowed. `journal`: null in a trial run. `order`: null when there is neither log nor record.
+    struct Parts {
+        CDoneIndex& done;
+        CJournalWriter* journal = nullptr;
+        CInputOrder* order = nullptr;
+        CRunObserver& observer;
+    };
+    CResults(const Parts& parts, RunProgress progress) : m_parts(parts), m_progress(progress) {}
+
+    /// On disk when this comes back.
+    platform::FileResult AddIntent(const Intent& intent);
+    /// The file, which had an outcome, is begun again.
+    platform::FileResult AddAgain(int number, ToDo toDo);
+    /// Only one that is in the journal is passed on.
+    platform::FileResult AddDone(const DoneFile& done);
+    /// A worker's last lines. Those that differ from earlier ones only in times are no news.
+    void AddEpilogue(std::vector<std::string> lines);
+    /// All last lines, one after the other.
+    [[nodiscard]] std::vector<std::string> Epilogue() const;
+
+    const RunProgress& Progress() const { return m_progress; }
+    bool IsTrial() const { return m_parts.journal == nullptr; }
+
+private:
+    Parts m_parts;
+    RunProgress m_progress;
+    std::vector<std::vector<std::string>> m_epilogues;
+};
+
+/// Takes up `lines` unless `epilogues` has them already but for the times in them; then they take the place of those.
+void MergeEpilogue(std::vector<std::vector<std::string>>& epilogues, std::vector<std::string> lines);

@@ -1,0 +1,23 @@
+#include "supervisor/RunFacts.h"
+
+#include "common/Text.h"
+#include "supervisor/Json.h"
+
+namespace {
+
+constexpr int kLastFinalAction = 8;
+
+}  // namespace
+
+RunFacts ReadRunFacts(const ManifestHeader& manifest)
+{
+    const Json job = ParseObject(manifest.job).value_or(Json::object());
+    const Json& settings = ObjectAt(job, "settings");
+    const int action = ParseDecimal(TextAt(settings, "FERRULEFINAL"));
+    RunFacts facts{.rules = {.hasFinalAction = action >= 1 && action <= kLastFinalAction,
+                             .outputsPerFile = manifest.outputsPerFile}};
+    for (const char* name : {"FERRULEALTOUTPUTPATH", "FERRULEDEST"})
+        if (std::string folder = RemoveQuotes(BytesAt(settings, name)); !folder.empty())
+            facts.folders.push_back(std::move(folder));
+    return facts;
+}

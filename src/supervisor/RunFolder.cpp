@@ -1,0 +1,66 @@
+#include "supervisor/RunFolder.h"
+
+#include "platform/Paths.h"
+#include "platform/Sha256.h"
+#include "supervisor/WorkerFolder.h"
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+namespace {
+
+constexpr std::size_t kKeyLength = 32;
+constexpr int kLockAttempts = 30;
+constexpr std::chrono::milliseconds kLockPause{100};
+
+void AddPart(platform::CSha256& digest, const std::string& part)
+{
+    const std::string length = std::to_string(part.size()) + ':';
+    digest.Add(length.data(), length.size());
+    digest.Add(part.data(), part.size());
+}
+
+std::string Resolved(const std::string& path)
+{
+    const std::string canonical = platform::CanonicalPath(path);
+    return canonical.empty() ? path : canonical;
+}
+
+/// Sequence, inputs, output, final action and destination.
+std::string KeyOf(const RunRequest& request)
+{
+    platform::CSha256 digest;
+    for (const char* name : {"FERRULESEQU", "FERRULEALTPATH", "FERRULEALTOUTPUTPATH", "FERRULEFINAL", "FERRULEDEST"})
+        for (const auto& [setting, value] : request.settings)
+            if (setting == name) AddPart(digest, std::string(name) + '=' + Resolved(value));
+    for (const std::string& input : request.inputs) AddPart(digest, Resolved(input));
+    return digest.Digest().substr(0, kKeyLength);
+}
+
+}  // namespace
+
+std::string TakeLock(platform::CFileLock& lock, const std::string& path)
+{
+    platform::FileResult taken;
+    for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
+        if (attempt != 0) std::this_thread::sleep_for(kLockPause);
+        taken = lock.TryLock(path);
+        if (taken) return {};
+        if (taken.errorNumber != EWOULDBLOCK) break;
+    }
+    if (taken.errorNumber == EWOULDBLOCK) return "The same run is being done by another process.";
+    return "The file " + path + " cannot be locked (" + platform::ErrorText(taken.errorNumber) + ").";
+}
+
+std::string CRunFolder::Open(const RunRequest& request)
+{
+    m_path = UserPaths().settingsFolder + "Runs" + platform::kSeparator + KeyOf(request);
+    if (const auto made = platform::CreateFolders(m_path); !made)
+        return "The folder " + m_path + " cannot be made (" + platform::ErrorText(made.errorNumber) + ").";
+    return TakeLock(m_lock, m_path + platform::kSeparator + "lock");
+}
+
+std::string CRunFolder::ManifestPath() const { return m_path + platform::kSeparator + "manifest.jsonl"; }
+
+std::string CRunFolder::JournalPath() const { return m_path + platform::kSeparator + "journal.jsonl"; }

@@ -1,0 +1,27 @@
+// Where a run keeps its plan and its journal.
+#pragma once
+
+#include "platform/FileLock.h"
+#include "supervisor/RunOptions.h"
+
+#include <string>
+
+/// The same folder for the same request. Holds a lock as long as it lives, and its workers hold it, too.
+class CRunFolder {
+public:
+    /// Creates the folder and takes the lock, waiting a little for workers that are about to end.
+    /// Fails with a sentence; empty when all is well.
+    [[nodiscard]] std::string Open(const RunRequest& request);
+
+    const std::string& Path() const { return m_path; }
+    std::string ManifestPath() const;
+    std::string JournalPath() const;
+    int LockDescriptor() const { return m_lock.Descriptor(); }
+
+private:
+    std::string m_path;
+    platform::CFileLock m_lock;
+};
+
+/// Takes the lock on a file that is created when missing. The sentence of a failure, or nothing.
+[[nodiscard]] std::string TakeLock(platform::CFileLock& lock, const std::string& path);

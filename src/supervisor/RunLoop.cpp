@@ -1,0 +1,430 @@
+#include "supervisor/RunLoop.h"
+
+#include "common/FileNames.h"
+#include "platform/ByteText.h"
+#include "platform/Clock.h"
+#include "platform/Interrupts.h"
+#include "platform/Overseer.h"
+#include "supervisor/FileRecord.h"
+#include "supervisor/Temporaries.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+using platform::MonotonicMilliseconds;
+
+namespace {
+
+constexpr int kFailedStartsAllowed = 3;
+constexpr std::uint64_t kTimeoutsForEnding = 12;  // the end of a sequence may deal with all files at once
+constexpr std::uint64_t kCheckPeriod = 200;       // milliseconds
+constexpr std::uint64_t kMillisecondsPerSecond = 1000;
+constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
+
+std::string MemoryText(std::uint64_t bytes)
+{
+    const std::uint64_t mebibytes = bytes / kMebibyte;
+    if (mebibytes != 0 && mebibytes % 1024 == 0) return std::to_string(mebibytes / 1024) + " GiB";
+    return std::to_string(mebibytes) + " MiB";
+}
+
+FileOutcomeClass Worse(FileOutcomeClass one, FileOutcomeClass other) { return std::max(one, other); }
+
+std::string Joined(const std::string& first, const std::string& second)
+{
+    return first.empty() || second.empty() ? first + second : first + ' ' + second;
+}
+
+/// Adds what was known of the file before its present worker got it.
+void AddEarlier(const FileInHand& hand, DoneFile& done)
+{
+    FileRecord& record = done.record;
+    record.message = Joined(hand.reason, record.message);
+    if (hand.results) {
+        record.outputs.insert(record.outputs.begin(), hand.results->outputs.begin(), hand.results->outputs.end());
+        if (!hand.results->sha256.empty()) record.sha256 = hand.results->sha256;
+        if (record.signatures.empty()) record.signatures = hand.results->signatures;
+        record.outcome = Worse(record.outcome, hand.results->outcome);
+    }
+    const std::size_t earlierLines = hand.log.lines.size();
+    done.log.insert(done.log.begin(), hand.log.lines.begin(), hand.log.lines.end());
+    if (hand.log.preflightEnd != 0) {
+        done.preflightBegin = hand.log.preflightBegin;
+        done.preflightEnd = hand.log.preflightEnd;
+    } else if (done.preflightEnd != 0) {
+        done.preflightBegin += earlierLines;
+        done.preflightEnd += earlierLines;
+    }
+}
+
+DoneFile CombineDone(const FileInHand& hand, FileRecord record, LogBlock block)
+{
+    // What file it is only the plan knows for sure.
+    record.number = hand.file.number;
+    record.path = hand.file.path;
+    record.size = hand.file.size;
+    DoneFile done{std::move(record), std::move(block.lines), block.preflightBegin, block.preflightEnd};
+    AddEarlier(hand, done);
+    return done;
+}
+
+/// What a host that could not even begin has said about it.
+std::string ErrorText(const CWorker& worker)
+{
+    std::string text = "The host " + EndingText(worker.child.Ending()) + " before it asked for a file";
+    if (worker.errorLines.empty()) return text + '.';
+    text += ':';
+    for (const std::string& line : worker.errorLines) text += "\n" + line;
+    return text;
+}
+
+}  // namespace
+
+CRunLoop::CRunLoop(Parts parts) : m_parts(std::move(parts))
+{
+    m_jobAnswer = {{"job", ParseObject(m_parts.job).value_or(Json::object())}};
+}
+
+void CRunLoop::Adopt(std::unique_ptr<CWorker> worker)
+{
+    worker->deadline = DeadlineIn(1);
+    m_workers.push_back(std::move(worker));
+}
+
+LoopEnd CRunLoop::Run()
+{
+    platform::CChildWatch watch;
+    std::vector<platform::CChildProcess*> children;
+    for (Replenish(); !m_workers.empty(); Replenish()) {
+        children.clear();
+        for (const auto& worker : m_workers) children.push_back(&worker->child);
+        const auto news = watch.Wait(children, static_cast<int>(kCheckPeriod));
+        if (news) Handle(*news);
+        CheckStop();
+        CheckLimits();
+        Reap();
+    }
+    if (m_problem.empty()) m_problem = m_parts.queue.Problem();
+    if (!m_problem.empty()) return LoopEnd::Broken;
+    return m_stops > 0 ? LoopEnd::Stopped : LoopEnd::Finished;
+}
+
+// ---- workers
+
+void CRunLoop::Replenish()
+{
+    const auto isIdle = [](const auto& worker) { return worker->waiting; };
+    while (!Ending() && static_cast<int>(m_workers.size()) < m_parts.workers && !m_parts.queue.Empty() &&
+           std::none_of(m_workers.begin(), m_workers.end(), isIdle))
+        if (!StartWorker()) return;
+}
+
+bool CRunLoop::StartWorker()
+{
+    int number = 1;
+    while (std::any_of(m_workers.begin(), m_workers.end(),
+                       [&](const auto& worker) { return worker->place == std::to_string(number); }))
+        ++number;
+    std::string problem;
+    auto worker = m_parts.starter.Start(std::to_string(number), &problem);
+    if (!worker) {
+        Break(problem);
+        return false;
+    }
+    Adopt(std::move(worker));
+    return true;
+}
+
+void CRunLoop::Reap()
+{
+    std::erase_if(m_workers, [](const auto& worker) { return worker->gone; });
+}
+
+void CRunLoop::WorkerEnded(CWorker& worker)
+{
+    worker.gone = true;
+    worker.log.Read();
+    const std::string ending = EndingText(worker.child.Ending());
+    if (worker.told) {
+        CompleteFile(worker);
+    } else if (worker.hand) {
+        const std::string reason =
+            worker.killedFor.empty() ? "The worker " + ending + " while it processed the file." : worker.killedFor;
+        FileLost(worker, reason);
+    } else if (!worker.asked && worker.end.empty() && !Ending()) {
+        if (++m_failedStarts >= kFailedStartsAllowed) Break(ErrorText(worker));
+    }
+    if (worker.end.empty()) return;
+    m_parts.results.AddEpilogue(worker.log.Take().lines);
+    if (worker.end != "finished")
+        Break(worker.endMessage.empty() ? "A worker broke off the run." : worker.endMessage);
+}
+
+void CRunLoop::CheckStop()
+{
+    const int stops = platform::Interrupts() - m_parts.interruptsSeen;
+    if (stops == m_stops) return;
+    m_stops = stops;
+    if (m_stops > 1)
+        for (const auto& worker : m_workers) Kill(*worker, "stopped");
+    HandOut();
+}
+
+void CRunLoop::CheckLimits()
+{
+    const std::uint64_t now = MonotonicMilliseconds();
+    if (now < m_nextCheck) return;
+    m_nextCheck = now + kCheckPeriod;
+    m_parts.observer.Tick(m_parts.results.Progress());
+    for (const auto& worker : m_workers) CheckLimitsOf(*worker, now);
+}
+
+void CRunLoop::CheckLimitsOf(CWorker& worker, std::uint64_t now)
+{
+    if (worker.gone || !worker.killedFor.empty()) return;
+    const std::string who = worker.hand ? "The file" : "A worker without a file";
+    if (worker.deadline != 0 && now >= worker.deadline)
+        Kill(worker, who + " took longer than " + std::to_string(m_parts.engine.timeoutSeconds) + " s.");
+    else if (worker.child.ResidentBytes() > m_parts.engine.memoryBytes)
+        Kill(worker, who + " needed more than " + MemoryText(m_parts.engine.memoryBytes) + " of memory.");
+}
+
+std::uint64_t CRunLoop::DeadlineIn(std::uint64_t timeouts) const
+{
+    return MonotonicMilliseconds() +
+           timeouts * static_cast<std::uint64_t>(m_parts.engine.timeoutSeconds) * kMillisecondsPerSecond;
+}
+
+void CRunLoop::Kill(CWorker& worker, const std::string& reason)
+{
+    if (worker.gone || !worker.killedFor.empty()) return;
+    worker.killedFor = reason;
+    worker.child.Kill();
+}
+
+void CRunLoop::Break(const std::string& problem)
+{
+    if (m_problem.empty()) m_problem = problem;
+    HandOut();
+}
+
+// ---- what workers say
+
+void CRunLoop::Handle(const platform::ChildNews& news)
+{
+    const auto place = std::find_if(m_workers.begin(), m_workers.end(),
+                                    [&](const auto& worker) { return &worker->child == news.child; });
+    if (place == m_workers.end()) return;
+    CWorker& worker = **place;
+    switch (news.event) {
+        case platform::ChildEvent::Line:
+            return OnLine(worker, news.text);
+        case platform::ChildEvent::Error:
+            return AddErrorLine(worker.errorLines, news.text);
+        case platform::ChildEvent::Ended:
+            WorkerEnded(worker);
+            return HandOut();
+    }
+}
+
+void CRunLoop::OnLine(CWorker& worker, const std::string& line)
+{
+    const auto message = ParseObject(line);
+    const std::string ask = message ? TextAt(*message, "ask") : std::string();
+    const std::string tell = message ? TextAt(*message, "tell") : std::string();
+    if (ask.empty() && tell.empty()) return Kill(worker, "The worker wrote something that is no message.");
+    // What a worker tells before it dies still counts; what it asks does not.
+    if (!tell.empty()) return OnTell(worker, tell, *message);
+    if (worker.killedFor.empty()) OnAsk(worker, ask, *message);
+}
+
+void CRunLoop::OnAsk(CWorker& worker, const std::string& ask, const Json& message)
+{
+    if (ask == "job") return Send(worker, m_jobAnswer);
+    if (ask == "act") return OnAct(worker, message);
+    if (ask == "mark") return OnMark(worker, TextAt(message, "mark"));
+    if (ask == "exists") return OnExists(worker, BytesAt(message, "path"));
+    if (ask != "input") return Kill(worker, "The worker asked for something unknown: " + ask);
+    worker.log.Read();
+    if (worker.told)
+        CompleteFile(worker);
+    else if (worker.hand)
+        FileLost(worker, "The worker did not tell what became of the file.");
+    else
+        (void)worker.log.Take();  // what it logs before its first file is in the preamble
+    worker.asked = true;
+    m_failedStarts = 0;
+    worker.waiting = true;
+    worker.deadline = 0;
+    HandOut();
+}
+
+void CRunLoop::OnTell(CWorker& worker, const std::string& tell, const Json& message)
+{
+    if (tell == "remark") return m_parts.observer.Remark(TextAt(message, "text"));
+    if (tell == "ends") {
+        worker.end = TextAt(message, "end");
+        worker.endMessage = TextAt(message, "message");
+        return;
+    }
+    if (tell != "file") return;
+    auto record = FileRecordFrom(ObjectAt(message, "record"));
+    if (!record || !worker.hand || worker.told || record->number != worker.hand->file.number)
+        return Kill(worker, "The worker told of a file that it does not have.");
+    worker.told = std::move(record);
+    worker.log.Read();
+    worker.log.MarkEnd();
+}
+
+void CRunLoop::OnAct(CWorker& worker, const Json& message)
+{
+    const auto act = ActFromWord(TextAt(message, "act"));
+    Intent intent{.number = CountAt(message, "number"),
+                  .finalAction = TextAt(message, "purpose") == "final-action",
+                  .act = act.value_or(ActKind::Put),
+                  .file = BytesAt(message, "file"),
+                  .target = BytesAt(message, "target"),
+                  .sha256 = TextAt(message, "sha256")};
+    if (!act || !worker.hand || worker.told || intent.number != worker.hand->file.number)
+        return Kill(worker, "The worker wanted to act on a file that it does not have.");
+    const std::string answer = AnswerToAct(worker, std::move(intent));
+    Send(worker, {{"answer", answer}});
+}
+
+std::string CRunLoop::AnswerToAct(CWorker& worker, Intent intent)
+{
+    if (m_parts.results.IsTrial()) {
+        m_pretended.Add(intent);
+        return "pretend";
+    }
+    const bool creates = intent.act == ActKind::Put || intent.act == ActKind::Move;
+    intent.replaces = creates && platform::NameExists(intent.target);
+    if (creates) m_parts.queue.NoteTarget(worker.hand->file, intent.target);
+    if (const auto added = m_parts.results.AddIntent(intent); !added) {
+        Break("The journal cannot be written (" + platform::ErrorText(added.errorNumber) +
+              "). Nothing more is begun; the run can be resumed.");
+        return "refuse";
+    }
+    worker.hand->intents.push_back(std::move(intent));
+    return "go";
+}
+
+void CRunLoop::OnMark(CWorker& worker, const std::string& mark)
+{
+    if (mark == "sequence-preflight-begins") worker.log.MarkPreflightBegin();
+    if (mark == "sequence-preflight-ends") worker.log.MarkPreflightEnd();
+    Send(worker, Json::object());
+}
+
+void CRunLoop::OnExists(CWorker& worker, const std::string& path)
+{
+    const auto exists = m_parts.results.IsTrial() ? m_pretended.Exists(path) : std::nullopt;
+    Json answer = {{"exists", nullptr}};
+    if (exists) answer["exists"] = *exists;
+    Send(worker, answer);
+}
+
+/// A worker that cannot be written to is going to end, which comes as news of its own.
+void CRunLoop::Send(CWorker& worker, const Json& answer) { (void)worker.child.Send(LineOf(answer)); }
+
+// ---- files
+
+/// Answers those who wait for an input, as far as there is an answer.
+void CRunLoop::HandOut()
+{
+    for (const auto& worker : m_workers) {
+        if (!worker->waiting || worker->gone || !worker->killedFor.empty()) continue;
+        if (Ending() || worker->files >= kFilesPerWorker) {
+            Dismiss(*worker);
+        } else if (!HandTo(*worker) && (m_parts.queue.Empty() || !m_parts.queue.Problem().empty())) {
+            Dismiss(*worker);
+        }
+    }
+}
+
+bool CRunLoop::HandTo(CWorker& worker)
+{
+    auto hand = m_parts.queue.Next();
+    if (!hand) return false;
+    worker.waiting = false;
+    worker.handedOutAt = MonotonicMilliseconds();
+    worker.deadline = DeadlineIn(1);
+    ++worker.files;
+    Send(worker, {{"input",
+                   {{"number", hand->file.number},
+                    {"total", m_parts.total},
+                    {"path", platform::TextFromBytes(hand->file.path)},
+                    {"toDo", ToDoWord(hand->toDo)}}}});
+    worker.hand = std::move(hand);
+    return true;
+}
+
+void CRunLoop::Dismiss(CWorker& worker)
+{
+    worker.waiting = false;
+    worker.deadline = DeadlineIn(kTimeoutsForEnding);
+    Send(worker, {{"input", nullptr}});
+}
+
+void CRunLoop::CompleteFile(CWorker& worker)
+{
+    const FileInHand hand = std::move(*worker.hand);
+    const DoneFile done = CombineDone(hand, std::move(*worker.told), worker.log.Take());
+    worker.hand.reset();
+    worker.told.reset();
+    m_parts.queue.Finish(done, hand.file);
+}
+
+void CRunLoop::FileLost(CWorker& worker, const std::string& reason)
+{
+    FileInHand hand = std::move(*worker.hand);
+    worker.hand.reset();
+    FileRecord record{.number = hand.file.number, .path = hand.file.path, .size = hand.file.size};
+    record.outcome = FileOutcomeClass::Stopped;
+    record.message = reason;
+    record.milliseconds = static_cast<std::int64_t>(MonotonicMilliseconds() - worker.handedOutAt);
+    DoneFile done = CombineDone(hand, std::move(record), worker.log.Take());
+    done.log.push_back("\tERROR: " + reason);
+    RemoveTemporariesOf(worker, hand);
+    // What is left of a stopped file is found out when the run is resumed.
+    if (m_stops > 1) return (void)m_parts.queue.Finish(done, hand.file);
+    Settlement settlement = Settle(hand.file, hand.intents, hand.results, m_parts.facts.rules);
+    FileInterrupted(std::move(hand), std::move(settlement), std::move(done), reason);
+}
+
+void CRunLoop::FileInterrupted(FileInHand hand, Settlement settlement, DoneFile done, const std::string& reason)
+{
+    const PlannedFile file = hand.file;
+    const std::int64_t milliseconds = done.record.milliseconds;
+    if (settlement.left == Left::FinalAction && hand.reason.empty()) {
+        if (Ending()) return (void)m_parts.queue.Finish(done, file);
+        hand.toDo = ToDo::FinalAction;
+        hand.results = std::move(settlement.record);
+        hand.log = {std::move(done.log), done.preflightBegin, done.preflightEnd};
+        hand.reason = reason;
+        return m_parts.queue.Return(std::move(hand));
+    }
+    std::string message = std::move(done.record.message);
+    done.record = std::move(settlement.record);
+    if (settlement.left == Left::Everything) done.record.outcome = FileOutcomeClass::Failed;
+    if (settlement.left == Left::FinalAction) {
+        done.record.outcome = FileOutcomeClass::Incomplete;
+        done.record.finalAct = ActWord(hand.intents.back().act);
+        done.record.finalTarget = hand.intents.back().finalAction ? hand.intents.back().target : "";
+        done.record.finalState = "failed";
+    }
+    if (!done.record.message.empty()) message += ' ' + done.record.message;
+    done.record.message = std::move(message);
+    done.record.milliseconds = milliseconds;
+    m_parts.queue.Finish(done, file);
+}
+
+void CRunLoop::RemoveTemporariesOf(const CWorker& worker, const FileInHand& hand)
+{
+    std::set<std::string> folders(m_parts.facts.folders.begin(), m_parts.facts.folders.end());
+    folders.insert(FolderOf(hand.file.path));
+    for (const Intent& intent : hand.intents) folders.insert(FolderOf(intent.target));
+    RemoveTemporaries(folders,
+                      platform::TemporaryPrefix(m_parts.run) + std::to_string(worker.child.ProcessId()) + '-');
+}

@@ -1,0 +1,36 @@
+// Decides from what is on disk how far a file got whose worker is gone.
+#pragma once
+
+#include "supervisor/Journal.h"
+#include "supervisor/JournalIndex.h"
+#include "supervisor/RunObserver.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+enum class Left {
+    Everything,   ///< the file is as it was, and nothing was written for it that has to stay
+    FinalAction,  ///< its results are written
+    Nothing,      ///< all is done
+    Unknowable    ///< going on could do something twice
+};
+
+struct Settlement {
+    Left left = Left::Everything;
+    /// What is known by now: outcome, results, hash of the input, final action and, for Unknowable, the message.
+    /// Number, path and size are those of the plan.
+    FileRecord record = {};
+    /// Results of an unfinished file, to be removed before everything is done once more.
+    std::vector<std::string> takeBack = {};
+};
+
+struct SettlingRules {
+    bool hasFinalAction = false;
+    int outputsPerFile = 1;  ///< results that the run writes for a file
+};
+
+/// Touches nothing but the rest of an interrupted move: the source, once the target is complete. Compares contents by
+/// hash. `results`: the outcome that says that the results were complete before the intents, if there is one.
+[[nodiscard]] Settlement Settle(const PlannedFile& file, const std::vector<Intent>& intents,
+                                const std::optional<FileRecord>& results, const SettlingRules& rules);

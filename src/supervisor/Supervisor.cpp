@@ -1,0 +1,150 @@
+#include "supervisor/Supervisor.h"
+
+#include "platform/Interrupts.h"
+#include "platform/Paths.h"
+#include "supervisor/HostJob.h"
+#include "supervisor/Json.h"
+#include "supervisor/ManifestRun.h"
+#include "supervisor/Planning.h"
+#include "supervisor/RunFolder.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+RunResult Failed(ExitClass exit, std::string message)
+{
+    RunResult result;
+    result.exit = exit;
+    result.message = std::move(message);
+    return result;
+}
+
+RunResult Failed(const PlanFailure& failure) { return Failed(failure.exit, failure.message); }
+
+/// A folder of its own that goes with the object.
+class CScratchFolder {
+public:
+    CScratchFolder()
+    {
+        std::error_code error;
+        const auto parent = std::filesystem::temp_directory_path(error);
+        const auto folder = parent / ("ferrule-" + NewRunId());
+        if (!error && std::filesystem::create_directory(folder, error) && !error) m_path = folder.string();
+    }
+    CScratchFolder(const CScratchFolder&) = delete;
+    CScratchFolder& operator=(const CScratchFolder&) = delete;
+    ~CScratchFolder()
+    {
+        if (!m_path.empty()) RemoveFolder(m_path);
+    }
+    /// Empty when there is none.
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+constexpr char kNoScratchFolder[] = "No folder for temporary files can be made.";
+
+int CountedInterrupts()
+{
+    platform::CountInterrupts();
+    return platform::Interrupts();
+}
+
+std::string LogPathFor(const std::string& wanted) { return wanted.empty() ? UserPaths().logFile : wanted; }
+
+RunResult RunTrial(const RunOptions& options, int interrupts, CRunObserver& observer)
+{
+    const CScratchFolder scratch;
+    if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);
+    const CWorkerStarter starter(options.engine, scratch.Path(), -1);
+    ManifestRunOptions run{.manifestPath = scratch.Path() + platform::kSeparator + "manifest.jsonl",
+                           .interruptsSeen = interrupts};
+    CPlanning planning(starter, options.request, interrupts, observer);
+    if (!planning.Run(run.manifestPath, NewRunId(), true)) return Failed(planning.Failure());
+    run.plan = std::move(planning.Result().summary);
+    return CManifestRun(options.engine, starter, std::move(run), observer).Run();
+}
+
+}  // namespace
+
+RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
+{
+    const int interrupts = CountedInterrupts();
+    if (options.dryRun) return RunTrial(options, interrupts, observer);
+    CRunFolder folder;
+    if (std::string problem = folder.Open(options.request); !problem.empty())
+        return Failed(ExitClass::Broken, std::move(problem));
+    const CWorkerStarter starter(options.engine, folder.Path(), folder.LockDescriptor());
+    ManifestRunOptions run{.manifestPath = folder.ManifestPath(),
+                           .journalPath = folder.JournalPath(),
+                           .retryFailed = options.retryFailed,
+                           .logPath = LogPathFor(options.logPath),
+                           .recordPath = options.recordPath,
+                           .interruptsSeen = interrupts};
+    const bool resumes = options.resume && platform::FileExists(run.manifestPath);
+    if (options.resume && !resumes) observer.Remark("There is no run to go on with; this one starts anew.");
+    if (!resumes) {
+        CPlanning planning(starter, options.request, interrupts, observer);
+        // The manifest first: a journal without one is nobody's.
+        (void)platform::DeleteFile(run.manifestPath);
+        (void)platform::DeleteFile(run.journalPath);
+        if (!planning.Run(run.manifestPath, NewRunId(), false)) return Failed(planning.Failure());
+        run.plan = std::move(planning.Result().summary);
+    }
+    return CManifestRun(options.engine, starter, std::move(run), observer).Run();
+}
+
+RunResult PlanRun(const PlanOptions& options, CRunObserver& observer)
+{
+    const int interrupts = CountedInterrupts();
+    const CScratchFolder scratch;
+    if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);
+    const CWorkerStarter starter(options.engine, scratch.Path(), -1);
+    CPlanning planning(starter, options.request, interrupts, observer);
+    if (!planning.Run(options.manifestPath, NewRunId(), false)) return Failed(planning.Failure());
+    RunResult result;
+    result.exit = ExitClass::Fine;
+    result.plan = std::move(planning.Result().summary);
+    result.remaining = result.plan.total;
+    observer.Planned(result.plan);
+    return result;
+}
+
+RunResult RunShard(const ShardOptions& options, CRunObserver& observer)
+{
+    const int interrupts = CountedInterrupts();
+    if (options.shards < 1 || options.shard < 1 || options.shard > options.shards)
+        return Failed(ExitClass::Broken, "There is no such shard.");
+    platform::CFileLock lock;
+    if (std::string problem = TakeLock(lock, options.journalPath + ".lock"); !problem.empty())
+        return Failed(ExitClass::Broken, std::move(problem));
+    const CScratchFolder scratch;
+    if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);
+    const CWorkerStarter starter(options.engine, scratch.Path(), lock.Descriptor());
+    ManifestRunOptions run{.manifestPath = options.manifestPath,
+                           .journalPath = options.journalPath,
+                           .shard = options.shard,
+                           .shards = options.shards,
+                           .retryFailed = options.retryFailed,
+                           .order = false,
+                           .interruptsSeen = interrupts};
+    return CManifestRun(options.engine, starter, std::move(run), observer).Run();
+}
+
+JobResult RunJob(const EngineOptions& engine, const std::string& job, CRunObserver& observer,
+                 const std::function<void(const std::string& json)>& onReport)
+{
+    const int interrupts = CountedInterrupts();
+    const CScratchFolder scratch;
+    if (scratch.Path().empty()) return {.message = kNoScratchFolder};
+    const auto object = ParseObject(job);
+    if (!object) return {.message = "The job is no JSON object."};
+    const CWorkerStarter starter(engine, scratch.Path(), -1);
+    return RunHostJob(starter, "job", LineOf(*object), interrupts, observer, onReport).job;
+}

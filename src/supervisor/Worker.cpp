@@ -1,0 +1,58 @@
+#include "supervisor/Worker.h"
+
+#include "platform/Paths.h"
+
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kErrorLinesKept = 100;
+constexpr std::uint64_t kGibibyte = std::uint64_t{1} << 30;
+constexpr const char* kRunVariables[] = {"FERRULESEQU",         "FERRULEFINAL",         "FERRULEDEST",
+                                         "FERRULEALTPATH",      "FERRULEALTOUTPUTPATH", "FERRULEFILEEXT",
+                                         "FERRULENOSUBFOLDERS", "FERRULENOPROGRESS",    "EXECUTEINSTEPS"};
+
+platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::string& settingsFolder, int lock)
+{
+    platform::ChildOptions options{.program = engine.hostProgram, .arguments = {"--worker"}};
+    for (const std::string& plugIn : engine.plugIns)
+        options.arguments.insert(options.arguments.end(), {"--plugin", plugIn});
+    if (!engine.passwordFile.empty())
+        options.arguments.insert(options.arguments.end(), {"--password-file", engine.passwordFile});
+    options.environment = {"XDG_CONFIG_HOME=" + settingsFolder};
+    for (const char* name : kRunVariables) options.environment.emplace_back(name);
+    // The supervisor watches the memory in use; this only keeps one document from taking all of it in between.
+    options.addressSpaceBytes = 2 * engine.memoryBytes + kGibibyte;
+    if (lock >= 0) options.inheritedDescriptors = {lock};
+    return options;
+}
+
+}  // namespace
+
+std::unique_ptr<CWorker> CWorkerStarter::Start(const std::string& place, std::string* problem) const
+{
+    const CWorkerFolder folder(m_baseFolder + platform::kSeparator + "worker-" + place);
+    if (const auto prepared = folder.Prepare(); !prepared) {
+        *problem = "The folder " + folder.Path() + " for a worker cannot be made (" +
+                   platform::ErrorText(prepared.errorNumber) + ").";
+        return nullptr;
+    }
+    platform::FileResult started;
+    auto child = platform::CChildProcess::Start(ChildOptionsFor(m_engine, folder.Path(), m_lockDescriptor), &started);
+    if (child) return std::make_unique<CWorker>(std::move(*child), folder, place);
+    *problem =
+        "The host " + m_engine.hostProgram + " cannot be started (" + platform::ErrorText(started.errorNumber) + ").";
+    return nullptr;
+}
+
+void AddErrorLine(std::deque<std::string>& lines, std::string line)
+{
+    lines.push_back(std::move(line));
+    if (lines.size() > kErrorLinesKept) lines.pop_front();
+}
+
+std::string EndingText(const platform::ChildEnding& ending)
+{
+    if (ending.signal != 0) return "crashed (signal " + std::to_string(ending.signal) + ")";
+    return "ended with exit code " + std::to_string(ending.exitCode);
+}

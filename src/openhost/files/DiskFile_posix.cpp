@@ -9,8 +9,11 @@
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
 #include "openhost/files/DiskFile.h"
+#include "platform/FileCalls_posix.h"
 
 namespace openhost {
+
+namespace calls = platform::calls;
 
 ASErrorCode FileErrorFromSystem(int errorNumber)
 {
@@ -67,10 +70,10 @@ ASErrorCode CDiskFile::Open(const std::string& nativePath, DiskFileMode mode)
     int flags = mode.write ? (mode.read ? O_RDWR : O_WRONLY) : O_RDONLY;
     flags |= O_CLOEXEC | O_NONBLOCK;  // a pipe without a partner must not block the host
     if (mode.create) flags |= O_CREAT;
-    const int descriptor = open(nativePath.c_str(), flags, 0666);
+    const int descriptor = calls::Open(nativePath, flags, 0666);
     if (descriptor < 0) return FileErrorFromSystem(errno);
     struct stat facts;
-    const bool usable = fstat(descriptor, &facts) == 0 && (S_ISREG(facts.st_mode) || S_ISCHR(facts.st_mode));
+    const bool usable = calls::StatusOf(descriptor, facts) == 0 && (S_ISREG(facts.st_mode) || S_ISCHR(facts.st_mode));
     if (!usable) {
         close(descriptor);
         return fileErrOpenFailed;
@@ -83,7 +86,7 @@ ASErrorCode CDiskFile::Open(const std::string& nativePath, DiskFileMode mode)
 ASErrorCode CDiskFile::Close()
 {
     const int descriptor = std::exchange(m_descriptor, -1);
-    if (descriptor < 0 || close(descriptor) == 0 || errno == EINTR) return 0;
+    if (descriptor < 0 || calls::Close(descriptor) == 0 || errno == EINTR) return 0;
     return FileErrorFromSystem(errno);
 }
 
@@ -91,7 +94,8 @@ ASErrorCode CDiskFile::ReadAt(std::uint64_t position, char* bytes, std::size_t c
 {
     *done = 0;
     while (*done < count) {
-        const ssize_t part = pread(m_descriptor, bytes + *done, count - *done, static_cast<off_t>(position + *done));
+        const ssize_t part =
+            calls::ReadAt(m_descriptor, bytes + *done, count - *done, static_cast<off_t>(position + *done));
         if (part < 0 && errno == EINTR) continue;
         if (part < 0) return FileErrorFromSystem(errno);
         if (part == 0) break;
@@ -104,7 +108,8 @@ ASErrorCode CDiskFile::WriteAt(std::uint64_t position, const char* bytes, std::s
 {
     *done = 0;
     while (*done < count) {
-        const ssize_t part = pwrite(m_descriptor, bytes + *done, count - *done, static_cast<off_t>(position + *done));
+        const ssize_t part =
+            calls::WriteAt(m_descriptor, bytes + *done, count - *done, static_cast<off_t>(position + *done));
         if (part < 0 && errno == EINTR) continue;
         if (part <= 0) return part < 0 ? FileErrorFromSystem(errno) : static_cast<ASErrorCode>(fileErrWrite);
         *done += static_cast<std::size_t>(part);
@@ -115,23 +120,23 @@ ASErrorCode CDiskFile::WriteAt(std::uint64_t position, const char* bytes, std::s
 ASErrorCode CDiskFile::Length(std::uint64_t* length) const
 {
     struct stat facts;
-    if (fstat(m_descriptor, &facts) != 0) return FileErrorFromSystem(errno);
+    if (calls::StatusOf(m_descriptor, facts) != 0) return FileErrorFromSystem(errno);
     *length = static_cast<std::uint64_t>(facts.st_size);
     return 0;
 }
 
 ASErrorCode CDiskFile::SetLength(std::uint64_t length)
 {
-    return ftruncate(m_descriptor, static_cast<off_t>(length)) == 0 ? 0 : FileErrorFromSystem(errno);
+    return calls::Truncate(m_descriptor, static_cast<off_t>(length)) == 0 ? 0 : FileErrorFromSystem(errno);
 }
 
-ASErrorCode CDiskFile::FlushToDisk() { return fsync(m_descriptor) == 0 ? 0 : FileErrorFromSystem(errno); }
+ASErrorCode CDiskFile::FlushToDisk() { return calls::Flush(m_descriptor) == 0 ? 0 : FileErrorFromSystem(errno); }
 
 bool CDiskFile::IsSame(const std::string& nativePath) const
 {
     struct stat mine;
     struct stat other;
-    return m_descriptor >= 0 && fstat(m_descriptor, &mine) == 0 && stat(nativePath.c_str(), &other) == 0 &&
+    return m_descriptor >= 0 && calls::StatusOf(m_descriptor, mine) == 0 && calls::Status(nativePath, other) == 0 &&
            mine.st_dev == other.st_dev && mine.st_ino == other.st_ino;
 }
 
@@ -159,11 +164,11 @@ ASFileSysItemPropsRec ItemProperties(const std::string& nativePath)
     ASFileSysItemPropsRec record{};
     record.type = kASFileSysUnknown;
     struct stat facts;
-    if (stat(nativePath.c_str(), &facts) != 0) return record;
+    if (calls::Status(nativePath, facts) != 0) return record;
     record.isThere = 1;
     record.type = S_ISDIR(facts.st_mode) ? kASFileSysFolder : kASFileSysFile;
     record.isHidden = nativePath.substr(nativePath.rfind('/') + 1).starts_with('.');
-    record.isReadOnly = access(nativePath.c_str(), W_OK) != 0;
+    record.isReadOnly = calls::Access(nativePath, W_OK) != 0;
     record.modDateKnown = 1;
     record.modDate = TimeRecord(facts.st_mtime);
     if (record.type == kASFileSysFile) {

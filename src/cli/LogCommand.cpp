@@ -7,8 +7,9 @@
 #include "cli/CommandError.h"
 #include "cli/LogTail.h"
 #include "cli/RunArguments.h"
+#include "common/ProductPaths.h"
+#include "platform/Environment.h"
 #include "platform/LogFile.h"
-#include "supervisor/ProductFolder.h"
 
 namespace cli {
 
@@ -19,9 +20,9 @@ constexpr auto kPollInterval = std::chrono::milliseconds(250);
 std::string LogPath(const CArguments& arguments)
 {
     if (arguments.Has("--log")) return AbsolutePath(arguments.Text("--log"));
-    const std::string folder = UserProductFolder();
-    if (folder.empty()) FailStart("your settings folder is neither there nor can it be made");
-    return folder + kLogFileName;
+    const std::string applicationData = platform::ApplicationDataFolder();
+    if (applicationData.empty()) FailStart("your folder for settings is neither there nor can it be made");
+    return MakeProductPaths(applicationData).logFile;
 }
 
 /// False when standard output cannot be written any more.

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cwchar>
 #include <memory>
+#include <string_view>
+#include <utility>
 
 #include "platform/FileCalls_posix.h"
 #include "platform/Files.h"
@@ -31,24 +33,35 @@ private:
     locale_t m_before;
 };
 
-struct Listed {
-    FolderEntry entry;
-    std::wstring sortKey;
-};
-
-std::wstring UpperCased(const std::string& name)
+/// Takes the next character from a name, in upper case; a byte that is part of none stands for itself.
+wchar_t NextUpperCased(std::string_view& rest)
 {
-    std::wstring upper;
-    for (std::size_t i = 0; i < name.size();) {
+    const auto byte = static_cast<unsigned char>(rest.front());
+    std::size_t length = 1;
+    wchar_t upper = byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte;
+    if (byte >= 0x80) {
         wchar_t character = 0;
         std::mbstate_t state{};
-        const std::size_t length = std::mbrtowc(&character, name.data() + i, name.size() - i, &state);
-        const bool valid = length > 0 && length <= name.size() - i;
-        upper += valid ? static_cast<wchar_t>(towupper(static_cast<wint_t>(character)))
-                       : static_cast<wchar_t>(static_cast<unsigned char>(name[i]));
-        i += valid ? length : 1;
+        const std::size_t read = std::mbrtowc(&character, rest.data(), rest.size(), &state);
+        if (read > 0 && read <= rest.size()) {
+            length = read;
+            upper = static_cast<wchar_t>(towupper(static_cast<wint_t>(character)));
+        }
     }
+    rest.remove_prefix(length);
     return upper;
+}
+
+/// By upper-cased name, then by bytes. Nothing is kept for it: a folder may hold a million names.
+bool ComesBefore(const FolderEntry& a, const FolderEntry& b)
+{
+    std::string_view restOfA = a.name, restOfB = b.name;
+    while (!restOfA.empty() && !restOfB.empty()) {
+        const wchar_t ofA = NextUpperCased(restOfA), ofB = NextUpperCased(restOfB);
+        if (ofA != ofB) return ofA < ofB;
+    }
+    if (restOfA.empty() != restOfB.empty()) return restOfA.empty();
+    return a.name < b.name;
 }
 
 bool IsFolder(const std::string& prefix, const dirent& found)
@@ -58,21 +71,19 @@ bool IsFolder(const std::string& prefix, const dirent& found)
     return FolderExists(prefix + found.d_name);
 }
 
-FileResult ReadEntries(DIR* folder, const std::string& prefix, std::vector<Listed>& listed)
+FileResult ReadEntries(DIR* folder, const std::string& prefix, std::vector<FolderEntry>& listed)
 {
-    const CUtf8Locale locale;
     for (;;) {
         const dirent* found = calls::ReadFolder(folder);
         if (!found) return {errno};
         std::string name = found->d_name;
         if (name == "." || name == "..") continue;
-        std::wstring key = UpperCased(name);
         const bool hidden = name[0] == '.';
-        listed.push_back({{std::move(name), IsFolder(prefix, *found), hidden}, std::move(key)});
+        listed.push_back({std::move(name), IsFolder(prefix, *found), hidden});
     }
 }
 
-FileResult List(const std::string& path, std::vector<Listed>& listed)
+FileResult List(const std::string& path, std::vector<FolderEntry>& listed)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(calls::OpenFolder(path),
                                                      [](DIR* open) { return closedir(open); });
@@ -84,17 +95,13 @@ FileResult List(const std::string& path, std::vector<Listed>& listed)
 
 std::vector<FolderEntry> ListFolder(const std::string& path, FileResult* result)
 {
-    std::vector<Listed> listed;
+    std::vector<FolderEntry> listed;
     const auto outcome = List(path, listed);
     if (result) *result = outcome;
     if (!outcome) return {};
-    std::sort(listed.begin(), listed.end(), [](const Listed& a, const Listed& b) {
-        return a.sortKey != b.sortKey ? a.sortKey < b.sortKey : a.entry.name < b.entry.name;
-    });
-    std::vector<FolderEntry> entries;
-    entries.reserve(listed.size());
-    for (auto& item : listed) entries.push_back(std::move(item.entry));
-    return entries;
+    const CUtf8Locale locale;
+    std::sort(listed.begin(), listed.end(), ComesBefore);
+    return listed;
 }
 
 }  // namespace platform

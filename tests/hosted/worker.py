@@ -6,21 +6,20 @@ import subprocess
 from unattended import HOST, VARIABLES
 
 
+FIRST, LAST = "\uF780", "\uF7FF"  # the characters that stand for bytes
+
+
 def to_text(path):
-    """A path as it stands in JSON: bytes that are no UTF-8 become private-use characters."""
-    data = os.fsencode(path)
+    """A path as it stands in JSON: bytes that are no UTF-8 become private-use characters, and so do those of these."""
     text = ""
-    while data:
-        try:
-            return text + data.decode("utf-8")
-        except UnicodeDecodeError as error:
-            text += data[:error.start].decode("utf-8") + "".join(chr(0xF700 + byte) for byte in data[error.start:error.end])
-            data = data[error.end:]
+    for character in os.fsencode(path).decode("utf-8", "surrogateescape"):
+        plain = not (FIRST <= character <= LAST or "\uDC80" <= character <= "\uDCFF")
+        text += character if plain else "".join(chr(0xF700 + byte) for byte in character.encode("utf-8", "surrogateescape"))
     return text
 
 
 def from_text(text):
-    return b"".join(bytes([ord(c) - 0xF700]) if 0xF700 <= ord(c) <= 0xF7FF else c.encode("utf-8") for c in text)
+    return b"".join(bytes([ord(c) - 0xF700]) if FIRST <= c <= LAST else c.encode("utf-8") for c in text)
 
 
 class Job:

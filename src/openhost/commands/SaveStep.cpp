@@ -9,6 +9,7 @@
 #include "openhost/core/Diagnostics.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
+#include "platform/Files.h"
 
 namespace openhost {
 
@@ -108,16 +109,9 @@ SaveTarget PlanSaveTarget(const SaveStepSettings& settings, const SaveStepDocume
 
 namespace {
 
-bool Exists(const std::string& path)
-{
-    std::error_code failed;
-    return std::filesystem::symlink_status(path, failed).type() != std::filesystem::file_type::not_found;
-}
-
 void RequireFolder(const SaveStepSettings& settings)
 {
-    std::error_code failed;
-    if (settings.inFolder && settings.folder && !std::filesystem::is_directory(*settings.folder, failed))
+    if (settings.inFolder && settings.folder && !platform::FolderExists(*settings.folder))
         Raise(fileErrFNF, *settings.folder + ": the folder to save in does not exist");
 }
 
@@ -178,7 +172,7 @@ AVCommandStatus SaveThroughConverter(PDDoc document, const SaveStepSettings& set
     const std::string source = Neighbour(described);
     if (!converter)
         Raise(genErrGeneral, source + ": cannot be saved, there is no converter named " + settings.converterId);
-    const SaveTarget target = PlanSaveTarget(settings, described, ExtensionOf(*converter), &Exists);
+    const SaveTarget target = PlanSaveTarget(settings, described, ExtensionOf(*converter), &platform::NameExists);
     const COwnedPath path(target.path);
     ConversionOrder order;
     if (settings.dontOverwrite) order.flags = kAVConversionDontOverwrite;
@@ -202,7 +196,7 @@ AVCommandStatus Work(AVCommand command)
     SayWhatIsMissing(params);
     RequireFolder(settings);
     if (!settings.converterId.empty()) return SaveThroughConverter(document, settings, described);
-    SaveAsPdf(document, settings, PlanSaveTarget(settings, described, "pdf", &Exists));
+    SaveAsPdf(document, settings, PlanSaveTarget(settings, described, "pdf", &platform::NameExists));
     return kAVCommandDone;
 }
 

@@ -5,6 +5,7 @@
 
 #include "openhost/core/Diagnostics.h"
 #include "openhost/files/Files.h"
+#include "platform/Overseer.h"
 
 namespace openhost {
 
@@ -31,6 +32,18 @@ bool IsSigned(CPdfDocument& pdf)
     } catch (const CPdfError&) {
         return false;  // nobody finds signatures in what cannot be read
     }
+}
+
+bool Pretending()
+{
+    const platform::COverseer* const overseer = platform::Overseer();
+    return overseer && overseer->Pretends();
+}
+
+const std::string& RealFileOf(const CHostDocument& document)
+{
+    if (!document.standIn.empty()) return document.standIn;
+    return document.pdf.Path().empty() ? document.madeFrom : document.pdf.Path();
 }
 
 void DropFile(CHostDocument& document)
@@ -152,7 +165,9 @@ ASFile CDocuments::FileOf(PDDoc handle)
 {
     CHostDocument& document = At(handle);
     if (document.file || document.pdf.Path().empty()) return document.file;
-    const ASErrorCode failed = OpenFile(CFilePath(document.pdf.Path()), ASFILE_READ, &document.file);
+    const CFilePath path(document.pdf.Path());
+    const ASErrorCode failed = document.standIn.empty() ? OpenFile(path, ASFILE_READ, &document.file)
+                                                        : OpenStandIn(path, document.standIn, &document.file);
     if (failed != 0) Raise(failed, document.pdf.Path() + ": the document's file cannot be read");
     return document.file;
 }
@@ -174,6 +189,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
     if (other != m_byKey.end() && other->second != handle)
         Raise(pdErrAlreadyOpen, target + ": cannot be replaced, because it is open as another document");
     Tell(events.willSave, handle);
+    const std::string realFile = RealFileOf(document);
     const bool breaksSignatures = IsSigned(document.pdf);
     ASErrorCode failed = 0;
     try {
@@ -197,6 +213,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
     }
     if (!request.copy) {
         DropFile(document);
+        document.standIn = Pretending() ? realFile : std::string();
         if (const auto old = m_byKey.find(document.key); old != m_byKey.end() && old->second == handle)
             m_byKey.erase(old);
         document.key = KeyOf(document.pdf.Path());

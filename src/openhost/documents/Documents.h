@@ -30,16 +30,17 @@ struct CHostDocument {
     ASInt32 setFlags = 0;              // flags that plug-ins switched on or off by hand
     ASInt32 clearedFlags = 0;
     ASFile file = nullptr;  // made when somebody asks for it
+    std::string standIn;    // after the pretended saves of a trial run: the file that the document really is in
     std::string madeFrom;   // the file that a converter made the document from; it never becomes the document's own
 };
 
 struct DocumentSaveRequest {
-    std::string path;  // empty: the document's own file
+    std::string path = {};  // empty: the document's own file
     bool linearise = false;
     bool copy = false;
     bool mustNotExist = false;
-    std::function<bool()> cancelled;
-    std::function<void(int percent)> progress;
+    std::function<bool()> cancelled = {};
+    std::function<void(int percent)> progress = {};
 };
 
 /// What other parts of the host want to hear about documents.

@@ -1,6 +1,8 @@
 #include "openhost/files/Files.h"
 
+#include "openhost/core/Diagnostics.h"
 #include "openhost/core/Host.h"
+#include "platform/Overseer.h"
 
 namespace openhost {
 
@@ -33,11 +35,21 @@ ASErrorCode Widen(CHostFile& file, ASFileMode mode)
     return 0;
 }
 
+/// What would be written here goes into the file at once, so a trial run cannot pretend it.
+bool IsRefused(const CFilePath& path, ASFileMode mode)
+{
+    const platform::COverseer* const overseer = platform::Overseer();
+    if ((mode & (ASFILE_WRITE | ASFILE_CREATE)) == 0 || !overseer || !overseer->Pretends()) return false;
+    Diagnose(path.Native() + ": not opened for writing, because this is a trial run");
+    return true;
+}
+
 }  // namespace
 
 ASErrorCode OpenFile(const CFilePath& path, ASFileMode mode, ASFile* file)
 {
     if ((mode & (ASFILE_READ | ASFILE_WRITE)) == 0) return genErrBadParm;
+    if (IsRefused(path, mode)) return fileErrWrPerm;
     if (CHostFile* const open = FindOpen(path.Native())) {
         if (const ASErrorCode failed = Widen(*open, mode)) return failed;
         ++open->opened;
@@ -51,6 +63,14 @@ ASErrorCode OpenFile(const CFilePath& path, ASFileMode mode, ASFile* file)
     if (startsEmpty && disk.Length(&length) == 0 && length > 0)
         if (const ASErrorCode failed = disk.SetLength(0)) return failed;
     *file = Part<CFiles>().handles.Add(std::make_unique<CHostFile>(CHostFile{path, std::move(disk), mode}));
+    return 0;
+}
+
+ASErrorCode OpenStandIn(const CFilePath& path, const std::string& content, ASFile* file)
+{
+    CDiskFile disk;
+    if (const ASErrorCode failed = disk.Open(content, DiskMode(ASFILE_READ))) return failed;
+    *file = Part<CFiles>().handles.Add(std::make_unique<CHostFile>(CHostFile{path, std::move(disk), ASFILE_READ}));
     return 0;
 }
 

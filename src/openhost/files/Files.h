@@ -30,6 +30,8 @@ public:
 /// Opens a file or the one that is open already, with more rights when the mode wants more. A file opened for writing
 /// and creating but not for reading starts empty. Answers 0, or an error code; does not raise for what the disk says.
 ASErrorCode OpenFile(const CFilePath& path, ASFileMode mode, ASFile* file);
+/// Opens `content` for reading as if it were the file `path`, which a trial run has only pretended to write.
+ASErrorCode OpenStandIn(const CFilePath& path, const std::string& content, ASFile* file);
 /// Answers 0 or an error code. The file is gone with the last close that is due, or with the last stream on it when
 /// that is closed later.
 ASErrorCode CloseFile(ASFile file);

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "openhost/core/Diagnostics.h"
 #include "openhost/core/Tables.h"
 #include "openhost/files/Answering.h"
 #include "openhost/files/DiskFile.h"
@@ -9,6 +10,7 @@
 #include "openhost/files/PathSlots.h"
 #include "openhost/files/PathSyntax.h"
 #include "platform/Files.h"
+#include "platform/Overseer.h"
 
 namespace openhost {
 
@@ -27,11 +29,23 @@ struct CFolderWalks {
     CHandles<CFolderWalk, ASFolderIterator> handles{"folder iterator"};
 };
 
+/// A trial run's acts show, as far as somebody asks whether a file is there.
+void ApplyPretended(const std::string& native, ASFileSysItemPropsRec& record)
+{
+    const platform::COverseer* const overseer = platform::Overseer();
+    const auto exists = overseer && overseer->Pretends() ? overseer->Exists(native) : std::nullopt;
+    if (!exists || *exists == (record.isThere != 0)) return;
+    record = {};
+    record.type = *exists ? kASFileSysFile : kASFileSysUnknown;
+    record.isThere = *exists;
+}
+
 /// Writes no more than the caller's record holds.
 void Deliver(const std::string& native, ASFileSysItemProps props)
 {
     if (!props) return;
     ASFileSysItemPropsRec record = ItemProperties(native);
+    ApplyPretended(native, record);
     record.size = props->size;
     std::memcpy(props, &record, std::min<std::size_t>(props->size, sizeof record));
 }
@@ -69,6 +83,14 @@ void DestroyIterator(ASFileSys fileSys, ASFolderIterator iterator)
     Require(Part<CFolderWalks>().handles.Take(iterator) != nullptr, "not a living folder iterator");
 }
 
+bool IsTrialRun(const std::string& native)
+{
+    const platform::COverseer* const overseer = platform::Overseer();
+    if (!overseer || !overseer->Pretends()) return false;
+    Diagnose(native + ": the folder is neither made nor removed, because this is a trial run");
+    return true;
+}
+
 ASErrorCode CodeOf(const std::error_code& failed) { return failed ? FileErrorFromSystem(failed.value()) : 0; }
 
 ASErrorCode CreateFolder(ASFileSys fileSys, ASPathName path, ASBool recurse)
@@ -77,6 +99,7 @@ ASErrorCode CreateFolder(ASFileSys fileSys, ASPathName path, ASBool recurse)
         RequireFileSys(fileSys);
         const std::string& native = PathAt(path).Native();
         if (platform::NameExists(native)) return fileErrExists;
+        if (IsTrialRun(native)) return fileErrWrPerm;
         std::error_code failed;
         if (recurse)
             std::filesystem::create_directories(native, failed);
@@ -93,6 +116,7 @@ ASErrorCode RemoveFolder(ASFileSys fileSys, ASPathName path)
         const std::string& native = PathAt(path).Native();
         if (!platform::NameExists(native)) return fileErrFNF;
         if (!platform::FolderExists(native)) return fileErrNotADir;
+        if (IsTrialRun(native)) return fileErrWrPerm;
         std::error_code failed;
         std::filesystem::remove(native, failed);
         return CodeOf(failed);

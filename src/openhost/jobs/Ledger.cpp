@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/Files.h"
+
 namespace openhost {
 
 namespace {
@@ -46,6 +48,17 @@ void CLedger::NoteBefore(const std::string& path)
     Content content;
     if (const auto identity = IdentityOf(path)) content = {identity->size, m_hashes.Of(path)};
     m_file.before[path] = std::move(content);
+}
+
+/// What is put in the place of a link goes where the link leads, and is noted there.
+CLedger::Content CLedger::Before(const std::string& path)
+{
+    if (!m_file.before.contains(path)) {
+        const auto linked = m_file.before.find(platform::CanonicalPath(path));
+        if (linked != m_file.before.end()) return linked->second;
+        NoteBefore(path);
+    }
+    return m_file.before[path];
 }
 
 CLedger::Answer CLedger::Ask(Act act, const std::string& file, const std::string& target)
@@ -136,11 +149,9 @@ FileRecord CLedger::NewRecord(const std::string& path)
     FileRecord record;
     record.number = m_file.input ? m_file.input->number : m_filesDone;
     record.path = m_file.input ? m_file.input->path : path;
-    NoteBefore(record.path);
-    if (const auto before = m_file.before.find(record.path); before != m_file.before.end()) {
-        record.size = before->second.size;
-        record.sha256 = before->second.sha256;
-    }
+    const Content before = Before(record.path);
+    record.size = before.size;
+    record.sha256 = before.sha256;
     return record;
 }
 

@@ -57,6 +57,7 @@ private:
     };
 
     void NoteBefore(const std::string& path);
+    Content Before(const std::string& path);
     Answer AskSource(const Deed& deed);
     void SettleLast();
     bool HasHappened(const Deed& deed);

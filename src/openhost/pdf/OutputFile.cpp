@@ -9,8 +9,9 @@ namespace {
 
 [[noreturn]] void Throw(const std::string& target, int errorNumber)
 {
-    const auto fallback = errorNumber == ECANCELED ? PdfProblem::Cancelled : PdfProblem::CannotWrite;
-    throw SystemError(target, "cannot write", errorNumber, fallback);
+    // The overseer's refusal costs this file; it is nobody's wish to end the run.
+    if (errorNumber == ECANCELED) throw CPdfError(PdfProblem::CannotWrite, target + ": writing was refused");
+    throw SystemError(target, "cannot write", errorNumber, PdfProblem::CannotWrite);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfGuard.h"
 #include "openhost/pdf/Xmp.h"
+#include "platform/Overseer.h"
 
 namespace openhost {
 namespace {
@@ -123,8 +124,9 @@ void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, c
     }
 }
 
-/// The document lives in the new file from here on.
-void MoveTo(CPdfDocument::State& state, const std::string& target)
+/// The document lives in the new file from here on. After a trial there is no such file, and only the object at hand
+/// knows what would be in it.
+void MoveTo(CPdfDocument::State& state, const std::string& target, bool pretended)
 {
     if (state.change == SecurityChange::Apply) {
         state.encryption = state.plan.record;
@@ -140,9 +142,10 @@ void MoveTo(CPdfDocument::State& state, const std::string& target)
     }
     state.changeIsSaved = true;
     state.path = state.description = target;
-    state.modified = state.contentChanged = false;
+    state.modified = false;
+    state.contentChanged = pretended;
     state.changedInfo.clear();
-    state.reload = true;
+    state.reload = !pretended;
 }
 
 }  // namespace
@@ -156,7 +159,8 @@ void CPdfDocument::Save(const PdfSaveOptions& options)
     Guarded(target, PdfProblem::Damaged, [&] {
         state.Current();
         WriteAndCommit(state, options, target);
-        if (!options.copy) MoveTo(state, target);
+        const platform::COverseer* const overseer = platform::Overseer();
+        if (!options.copy) MoveTo(state, target, overseer && overseer->Pretends());
     });
 }
 

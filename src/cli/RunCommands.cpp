@@ -73,6 +73,7 @@ int RunOfShard(const CArguments& arguments, const Screen& screen)
                        .dryRun = false,
                        .recordToData = record == "-",
                        .jobs = options.engine.jobs,
+                       .part = options.shards > 1 ? arguments.Text("--shard") : "",
                        .record = nullptr};
     std::ofstream stream;
     OpenRecord(stream, record, print);
@@ -121,8 +122,8 @@ int PlanCommand(const CArguments& arguments, const Screen& screen)
     options.manifestPath = OptionalPath(arguments, "--manifest");
     SayExtensions(arguments, screen);
     const bool quiet = arguments.Has("--quiet");
-    CRunPrinter printer(screen,
-                        {.quiet = true, .dryRun = false, .recordToData = false, .jobs = 1, .record = nullptr});
+    CRunPrinter printer(
+        screen, {.quiet = true, .dryRun = false, .recordToData = false, .jobs = 1, .part = "", .record = nullptr});
     const RunResult result = PlanRun(options, printer);
     if (!result.message.empty()) Say(screen, "ferrule: " + Printable(result.message) + "\n");
     if (result.exit != ExitClass::Fine) return static_cast<int>(result.exit);

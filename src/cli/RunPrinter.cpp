@@ -25,12 +25,23 @@ CRunPrinter::CRunPrinter(const Screen& screen, const PrintOptions& options)
 {
 }
 
+void CRunPrinter::FilePlanned(const PlannedFile& file)
+{
+    if (m_options.quiet) return;
+    const auto sentence = [&] {
+        return Counted(static_cast<std::uint64_t>(file.number), "file", "files") + " found so far";
+    };
+    m_status.Show([&](std::size_t width) { return sentence().substr(0, width); }, sentence);
+}
+
 void CRunPrinter::Planned(const PlanSummary& plan)
 {
     for (const std::string& warning : plan.warnings) Warning(warning);
     if (m_options.quiet) return;
     const int jobs = plan.oneWorker || m_options.dryRun ? 1 : std::min(m_options.jobs, std::max(1, plan.total));
-    m_status.Message(PlanSentence(plan) + ", " + Counted(static_cast<std::uint64_t>(jobs), "worker", "workers"));
+    const std::string part = m_options.part.empty() ? "" : "Part " + m_options.part + " of ";
+    m_status.Message(part + PlanSentence(plan) + ", " +
+                     Counted(static_cast<std::uint64_t>(jobs), "worker", "workers"));
     if (plan.oneWorker && m_options.jobs > 1) m_status.Message("One worker only: " + plan.oneWorkerReason);
 }
 
@@ -62,7 +73,7 @@ void CRunPrinter::Tick(const RunProgress& progress) { ShowProgress(progress); }
 
 void CRunPrinter::ShowProgress(const RunProgress& progress)
 {
-    if (m_options.quiet) return;
+    if (m_options.quiet || progress.filesTotal <= 0) return;
     const std::uint64_t now = m_screen.milliseconds();
     if (!m_meter.Begun())
         m_meter.Begin(static_cast<std::uint64_t>(progress.filesTotal), progress.bytesTotal, DoneOf(progress), now);

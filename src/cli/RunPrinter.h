@@ -17,6 +17,7 @@ struct PrintOptions {
     bool dryRun = false;        ///< a table of what would be done goes to standard output
     bool recordToData = false;  ///< the record goes to standard output
     int jobs = 1;
+    std::string part = {};           ///< "2/4" when only a part of the plan is done
     std::ostream* record = nullptr;  ///< the record goes here, too; borrowed
 };
 
@@ -32,6 +33,7 @@ class CRunPrinter final : public CRunObserver {
 public:
     CRunPrinter(const Screen& screen, const PrintOptions& options);
 
+    void FilePlanned(const PlannedFile& file) override;
     void Planned(const PlanSummary& plan) override;
     void FileDone(const FileRecord& record, const RunProgress& progress) override;
     void RecordLine(const std::string& json) override;

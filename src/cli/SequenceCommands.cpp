@@ -113,12 +113,13 @@ json OutputSettings(const CArguments& arguments)
     return output;
 }
 
-/// Says what was written and what to know about it.
+/// Says what was written and what to know about it; that a sequence wants inputs and outputs is no news here.
 int ConcludeWriting(const CArguments& arguments, const json& answer, const char* listName, const std::string& path,
                     const Screen& screen)
 {
     if (arguments.Has("--json")) *screen.data << answer.dump() << '\n';
-    PrintFindings(path, answer.value(listName, json::array()), *screen.messages);
+    for (const json& finding : answer.value(listName, json::array()))
+        if (finding.value("severity", "") != "note") *screen.messages << FindingText(path, finding);
     *screen.messages << "Written: " << Printable(path) << '\n';
     if (answer.value("holdsPasswords", false))
         *screen.messages << "It holds passwords in clear and can be read by you alone.\n";

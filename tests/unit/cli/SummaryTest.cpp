@@ -95,7 +95,7 @@ TEST(Summary, JsonCountsEveryClassAndSurvivesNamesThatAreNoText)
 
 TEST(RunPrinter, DryRunsPrintWhatWouldHappenAsData)
 {
-    Scene run({.quiet = false, .dryRun = true, .recordToData = false, .jobs = 1, .record = nullptr});
+    Scene run({.quiet = false, .dryRun = true, .recordToData = false, .jobs = 1, .part = "", .record = nullptr});
     FileRecord record;
     record.path = "/in/a\x1b[2J.pdf";
     record.outcome = FileOutcomeClass::Saved;
@@ -107,10 +107,30 @@ TEST(RunPrinter, DryRunsPrintWhatWouldHappenAsData)
     EXPECT_EQ(run.data.str(), "/in/a\\x1b[2J.pdf\n  -> /out/a.pdf\n  then move /done/a.pdf\n");
 }
 
+TEST(RunPrinter, ProgressBeginsWhenTheTotalIsKnown)
+{
+    Scene run;
+    run.screen.terminal = true;
+    std::uint64_t now = 0;
+    run.screen.milliseconds = [&now] { return now += 1000; };
+    PlannedFile file;
+    file.number = 1234;
+    run.printer.FilePlanned(file);
+    run.printer.Tick({});
+    PlanSummary plan;
+    plan.total = 4;
+    plan.bytes = 5'000'000;
+    run.printer.Planned(plan);
+    run.printer.Tick({.filesDone = 1, .filesTotal = 4, .bytesDone = 0, .bytesTotal = 0, .notSaved = 0});
+    EXPECT_EQ(run.messages.str(),
+              "\r\x1b[K1,234 files found so far\r\x1b[K4 files, 5.0 MB, 1 worker\n"
+              "\r\x1b[K[==========>                             ]  25 %  1/4 files");
+}
+
 TEST(RunPrinter, QuietKeepsWarningsAndTheRecordGoesWhereItIsWanted)
 {
     std::ostringstream file;
-    Scene run({.quiet = true, .dryRun = false, .recordToData = true, .jobs = 2, .record = &file});
+    Scene run({.quiet = true, .dryRun = false, .recordToData = true, .jobs = 2, .part = "", .record = &file});
     PlanSummary plan;
     plan.total = 3;
     run.printer.Planned(plan);

@@ -1,3 +1,4 @@
+#include <qpdf/Buffer.hh>
 #include <qpdf/BufferInputSource.hh>
 #include <qpdf/FileInputSource.hh>
 #include <qpdf/QPDFExc.hh>
@@ -11,6 +12,7 @@ namespace openhost {
 namespace {
 
 constexpr std::size_t kHeaderWithin = 1024;
+constexpr std::uint64_t kSmallFile = 16 << 20;
 
 bool HasHeader(InputSource& source)
 {
@@ -100,9 +102,30 @@ CPdfDocument OpenFrom(std::unique_ptr<CPdfDocument::State> state, std::shared_pt
 
 }  // namespace
 
+namespace {
+
+/// Nothing when the file is large or cannot be read to its end; it then stands at its beginning.
+std::unique_ptr<Buffer> SmallContent(std::FILE* file)
+{
+    const auto size = SizeOf(file);
+    if (!size || *size > kSmallFile) return nullptr;
+    auto content = std::make_unique<Buffer>(static_cast<std::size_t>(*size));
+    const bool whole = std::fread(content->getBuffer(), 1, content->getSize(), file) == content->getSize();
+    if (whole) return content;
+    std::rewind(file);
+    return nullptr;
+}
+
+}  // namespace
+
+/// The library jumps about in the file in small steps, each a few calls of the system. A file of usual size is faster
+/// read at once, and nobody can change it under the library's hands then.
 std::shared_ptr<InputSource> OpenSource(const std::string& path)
 {
     FileHandle file = OpenForReading(path);
+    if (auto content = SmallContent(file.get())) {
+        return std::make_shared<BufferInputSource>(path, content.release(), true);
+    }
     return std::make_shared<FileInputSource>(path.c_str(), file.release(), true);
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace openhost {
@@ -16,6 +17,9 @@ using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 /// Opens a regular file for reading; never waits, whatever the path names.
 /// Fails: CPdfError NotFound, NoAccess, NotAFile, CannotRead.
 FileHandle OpenForReading(const std::string& path);
+
+/// In bytes; nothing when the system does not say.
+std::optional<std::uint64_t> SizeOf(std::FILE* file);
 
 /// The whole file. Fails: as OpenForReading, and CannotRead when it holds more than `maxBytes`.
 std::string ReadAll(const std::string& path, std::uint64_t maxBytes);

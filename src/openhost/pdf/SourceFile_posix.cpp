@@ -39,6 +39,13 @@ FileHandle OpenForReading(const std::string& path)
     return FileHandle(file);
 }
 
+std::optional<std::uint64_t> SizeOf(std::FILE* file)
+{
+    struct stat status = {};
+    if (::fstat(::fileno(file), &status) != 0) return std::nullopt;
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
 std::string ReadAll(const std::string& path, std::uint64_t maxBytes)
 {
     const FileHandle file = OpenForReading(path);

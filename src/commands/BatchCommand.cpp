@@ -114,7 +114,7 @@ AVCommandStatus CBatchCommand::Work(AVCommand command)
         RememberCommandError(command, "The command has no document to work on.");
         return kAVCommandInError;
     }
-    return ProcessDocument(document, CurrentParameters(command)) ? kAVCommandDone : kAVCommandInError;
+    return ProcessDocument({command, document}, CurrentParameters(command)) ? kAVCommandDone : kAVCommandInError;
 }
 
 AVCommandStatus CBatchCommand::EndWork(AVCommand, AVCommandStatus next)

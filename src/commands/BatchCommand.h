@@ -20,6 +20,12 @@ struct BatchCommandProperties {
     bool canShowDialog = true;
 };
 
+/// What a step works on; borrowed.
+struct CommandTarget {
+    AVCommand command;
+    PDDoc document;
+};
+
 enum class DialogOutcome { Failed, Confirmed, Canceled };
 
 /// One object serves all commands of its kind, from start-up to shut-down. It keeps no parameters: they live in each
@@ -79,8 +85,8 @@ protected:
     /// Without a window system the answer is "canceled" and nothing changes.
     virtual DialogOutcome ShowSettingsDialog(CCabEditor parameters) = 0;
 
-    /// Works on one open document; false puts the command in error. The document is borrowed.
-    virtual bool ProcessDocument(PDDoc document, CCabView parameters) = 0;
+    /// Works on one open document; false puts the command in error.
+    virtual bool ProcessDocument(const CommandTarget& target, CCabView parameters) = 0;
 
 public:
     const BatchCommandProperties& Properties() const { return m_properties; }

@@ -1,9 +1,24 @@
 #include "commands/BatchCommandPasswordProtect.h"
 
 #include "commands/PasswordProtection.h"
+#include "common/FileNames.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/CabRecord.h"
+#include "hostcalls/HandlerRegistration.h"
 #include "pdflib/AcrobatDoc.h"
+
+namespace {
+
+/// A document that was made from another file has no name yet: the table may list that file or the PDF to be.
+std::string NameForLookup(const CAcrobatDoc& document, const SecuritySettings& settings, AVCommand command)
+{
+    std::string name = FileName(document.CurrentFile());
+    if (!name.empty() || !settings.useFileMapping) return name;
+    name = CommandInputName(command);
+    return FindMappedPassword(settings, name) ? name : SplitPath(name).base + ".pdf";
+}
+
+}  // namespace
 
 CBatchCommandPasswordProtect::CBatchCommandPasswordProtect()
     : CBatchCommand(FerruleStep("QLNX_FerrulePasswordProtectCommand", "Password Protect Documents"))
@@ -28,9 +43,10 @@ std::vector<std::string> CBatchCommandPasswordProtect::DescribeParameters(CCabVi
 DialogOutcome CBatchCommandPasswordProtect::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Canceled; }
 
 // A host error goes up: the command must not end as done when the document could not be secured.
-bool CBatchCommandPasswordProtect::ProcessDocument(PDDoc document, CCabView parameters)
+bool CBatchCommandPasswordProtect::ProcessDocument(const CommandTarget& target, CCabView parameters)
 {
-    CAcrobatDoc wrapped(document);
-    ApplySecurity(wrapped, ReadSecuritySettings(RecordFromCab(parameters)), GetHostVersion().major);
+    CAcrobatDoc document(target.document);
+    const SecuritySettings settings = ReadSecuritySettings(RecordFromCab(parameters));
+    ApplySecurity(document, settings, NameForLookup(document, settings, target.command), GetHostVersion().major);
     return true;
 }

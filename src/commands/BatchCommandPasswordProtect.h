@@ -12,5 +12,5 @@ private:
     void SetDefaultParameters(CCabEditor parameters) override;
     std::vector<std::string> DescribeParameters(CCabView parameters) const override;
     DialogOutcome ShowSettingsDialog(CCabEditor parameters) override;
-    bool ProcessDocument(PDDoc document, CCabView parameters) override;
+    bool ProcessDocument(const CommandTarget& target, CCabView parameters) override;
 };

@@ -42,12 +42,12 @@ std::vector<std::string> CBatchCommandProcessExternal::DescribeParameters(CCabVi
 
 DialogOutcome CBatchCommandProcessExternal::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Canceled; }
 
-bool CBatchCommandProcessExternal::ProcessDocument(PDDoc document, CCabView parameters)
+bool CBatchCommandProcessExternal::ProcessDocument(const CommandTarget& target, CCabView parameters)
 {
     // A host error ends the step for this document and nothing more.
     (void)CatchHostError([&] {
         const std::string program = parameters.StringOrText(kFile).value_or("");
-        const std::string documentPath = CAcrobatDoc(document).CurrentFile();
+        const std::string documentPath = CAcrobatDoc(target.document).CurrentFile();
         if (!platform::FileExists(program)) return;
         // A document that is not in a file yet, as after a conversion, has nothing to hand over.
         const bool started =

@@ -43,7 +43,7 @@ std::vector<std::string> CCatalogCommand::DescribeParameters(CCabView parameters
 
 DialogOutcome CCatalogCommand::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Canceled; }
 
-bool CCatalogCommand::ProcessDocument(PDDoc, CCabView parameters)
+bool CCatalogCommand::ProcessDocument(const CommandTarget&, CCabView parameters)
 {
     const std::string indexPath = IndexPath(parameters);
     if (!platform::FileExists(indexPath) || !CatalogPresent()) return true;

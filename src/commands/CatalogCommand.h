@@ -27,7 +27,7 @@ private:
     void SetDefaultParameters(CCabEditor parameters) final;
     std::vector<std::string> DescribeParameters(CCabView parameters) const final;
     DialogOutcome ShowSettingsDialog(CCabEditor parameters) final;
-    bool ProcessDocument(PDDoc document, CCabView parameters) final;
+    bool ProcessDocument(const CommandTarget& target, CCabView parameters) final;
 
     CatalogStepText m_text;
     CLogWriter& m_log;

@@ -1,6 +1,5 @@
 #include "commands/PasswordProtection.h"
 
-#include "common/FileNames.h"
 #include "common/Text.h"
 #include "pdflib/AcrobatDoc.h"
 
@@ -55,9 +54,10 @@ StandardSecurityRequest MakeSecurityRequest(const SecuritySettings& settings, co
     return request;
 }
 
-bool ApplySecurity(CAcrobatDoc& document, const SecuritySettings& settings, int hostMajorVersion)
+bool ApplySecurity(CAcrobatDoc& document, const SecuritySettings& settings, const std::string& fileName,
+                   int hostMajorVersion)
 {
     if (!HasSecurityWork(settings)) return false;
-    document.ApplyStandardSecurity(MakeSecurityRequest(settings, FileName(document.CurrentFile()), hostMajorVersion));
+    document.ApplyStandardSecurity(MakeSecurityRequest(settings, fileName, hostMajorVersion));
     return true;
 }

@@ -18,5 +18,6 @@ inline constexpr std::size_t kLongestPassword = 255;
                                                           const std::string& fileName, int hostMajorVersion);
 
 /// Prepares the document's new security; it takes effect when the document is saved. False when there was nothing to
-/// do and the document was left as it is. Throws CHostException when the host refuses.
-bool ApplySecurity(CAcrobatDoc& document, const SecuritySettings& settings, int hostMajorVersion);
+/// do and the document was left as it is. `fileName` as above. Throws CHostException when the host refuses.
+bool ApplySecurity(CAcrobatDoc& document, const SecuritySettings& settings, const std::string& fileName,
+                   int hostMajorVersion);

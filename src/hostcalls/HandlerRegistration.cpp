@@ -1,5 +1,6 @@
 #include "hostcalls/HandlerRegistration.h"
 
+#include "hostapi/HostConstants.h"
 #include "hostcalls/Atoms.h"
 #include "hostcalls/HostSlot.h"
 
@@ -33,6 +34,15 @@ void PutCommandCab(AVCommand command, const char* name, CCab&& cab)
 }
 
 PDDoc CommandDocument(AVCommand command) { return HostCall(HOST_SLOT(AcroView, AVCommandGetPDDoc), command); }
+
+std::string CommandInputName(AVCommand command)
+{
+    CCab inputs;
+    HostCall(HOST_SLOT(AcroView, AVCommandGetInputs), command, inputs.Edit().Get());
+    const std::string base = inputs.StringOrText(kAVCommandKeyBaseFileName).value_or("");
+    const std::string extension = inputs.StringOrText(kAVCommandKeyOrigExtension).value_or("");
+    return extension.empty() ? base : base + '.' + extension;
+}
 
 std::string CommandHandlerName(AVCommand command)
 {

@@ -23,5 +23,9 @@ void PutCommandCab(AVCommand command, const char* name, CCab&& cab);
 /// The document among the inputs of a command; null without one. Borrowed.
 [[nodiscard]] PDDoc CommandDocument(AVCommand command);
 
+/// The name of the file that the command's document was made from, without its folder; empty when the inputs do not
+/// tell.
+[[nodiscard]] std::string CommandInputName(AVCommand command);
+
 [[nodiscard]] std::string CommandHandlerName(AVCommand command);
 [[nodiscard]] AVCommandUIPolicy CommandUIPolicy(AVCommand command);

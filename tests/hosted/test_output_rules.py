@@ -93,6 +93,17 @@ class OutputRules(unittest.TestCase):
         self.assertEqual(outcome.code, 3, outcome)
         self.assertEqual((self.place.input / "ein Dokument.pdf").read_bytes(), self.document)
 
+    def test_an_affix_that_leads_out_of_the_folder_fails_and_keeps_the_input(self):
+        for key in ("InsertBeforeBaseName", "InsertAfterBaseName"):
+            for affix in ("../", "/tmp/x", "x/"):
+                with self.subTest(key=key, affix=affix):
+                    outcome = self.run_rules({**folder(self.place.output), "AddToBaseName": ("boolean", "true"),
+                                              key: ("string", affix)}, final=3)
+                    self.assertEqual(outcome.code, 3, outcome)
+                    self.assertEqual(outcome.values("ERROR: The text cannot be part of an output file name"), [affix])
+                    self.assertEqual(list(self.place.output.iterdir()), [])
+                    self.assertEqual((self.place.input / "ein Dokument.pdf").read_bytes(), self.document)
+
     def test_saving_through_a_converter_keeps_the_documents_base_name(self):
         settings = {**folder(self.place.output), "HandlerUniqueID": ("string", "com.adobe.acrobat.plain-text")}
         outcome = self.place.run_folder(host_sequence(self.place, settings), output=False)
@@ -142,6 +153,20 @@ class OutputRules(unittest.TestCase):
                 _, listing = tool("pdfimages", "-list", result)
                 self.assertIn(b"jpeg", listing, "the picture was recompressed")
                 result.unlink()
+
+    def test_the_lookup_table_knows_converted_inputs_by_either_name(self):
+        (self.place.input / "ein Dokument.pdf").unlink()
+        (self.place.input / "Bild 1.JPG").write_bytes(JPEG)
+        for listed, password in (("bild 1.jpg", "mapped"), ("Bild 1.pdf", "mapped"), ("Bild 2.pdf", "open sesame")):
+            with self.subTest(listed=listed):
+                mapping = {"UseFileMapping": ("boolean", "true"), "FileMapping:NumItems": ("integer", 2),
+                           "FileMapping:0": ("string", listed), "FileMapping:1": ("string", "mapped")}
+                sequence = host_sequence(self.place, folder(self.place.output),
+                                         commands=[(PROTECT, {**protect_items(), **mapping})])
+                outcome = self.place.run_folder(sequence)
+                self.assertEqual(outcome.code, 0, outcome)
+                self.assertEqual(page_count(self.place.output / "Bild 1.pdf", password), 1, outcome)
+                (self.place.output / "Bild 1.pdf").unlink()
 
     def test_input_kinds(self):
         one, two = self.place.input / "ein Dokument.pdf", self.place.input / "zwei.pdf"

@@ -33,4 +33,11 @@ std::string Printable(std::string_view text)
     return printable;
 }
 
+std::string PrintableLines(std::string_view text)
+{
+    const std::size_t end = text.find('\n');
+    if (end == std::string_view::npos) return Printable(text);
+    return Printable(text.substr(0, end)) + "\n" + PrintableLines(text.substr(end + 1));
+}
+
 }  // namespace cli

@@ -22,7 +22,7 @@ int Conclude(const RunResult& result, CRunPrinter& printer, const CArguments& ar
              const SummaryFacts& facts)
 {
     printer.Finish();
-    if (!result.message.empty()) Say(screen, "ferrule: " + Printable(result.message) + "\n");
+    if (!result.message.empty()) Say(screen, "ferrule: " + PrintableLines(result.message) + "\n");
     if (!arguments.Has("--quiet")) Say(screen, SummaryText(result, printer, facts));
     if (arguments.Has("--json")) *screen.data << SummaryJson(result) << '\n';
     return static_cast<int>(result.exit);
@@ -125,7 +125,7 @@ int PlanCommand(const CArguments& arguments, const Screen& screen)
     CRunPrinter printer(
         screen, {.quiet = true, .dryRun = false, .recordToData = false, .jobs = 1, .part = "", .record = nullptr});
     const RunResult result = PlanRun(options, printer);
-    if (!result.message.empty()) Say(screen, "ferrule: " + Printable(result.message) + "\n");
+    if (!result.message.empty()) Say(screen, "ferrule: " + PrintableLines(result.message) + "\n");
     if (result.exit != ExitClass::Fine) return static_cast<int>(result.exit);
     if (!quiet) {
         Say(screen, PlanSentence(result.plan) + "\n");

@@ -47,7 +47,7 @@ std::optional<json> Answer(const CArguments& arguments, const json& job, const S
     if (result.end.empty())
         for (const std::string& line : result.errorLines) *screen.messages << Printable(line) << '\n';
     const std::string message = result.message.empty() ? "the host answered nothing" : result.message;
-    *screen.messages << "ferrule: " << Printable(message) << '\n';
+    *screen.messages << "ferrule: " << PrintableLines(message) << '\n';
     return std::nullopt;
 }
 

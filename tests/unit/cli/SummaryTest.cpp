@@ -145,6 +145,7 @@ TEST(RunPrinter, QuietKeepsWarningsAndTheRecordGoesWhereItIsWanted)
 TEST(Printable, ControlCharactersAreSpelledOutAndTextStays)
 {
     EXPECT_EQ(cli::Printable("a\nb\t\x1b[31m\x7f"), "a\\nb\\t\\x1b[31m\\x7f");
+    EXPECT_EQ(cli::PrintableLines("a\n\tb\n"), "a\n\\tb\n");
     EXPECT_EQ(cli::Printable("\xC3\xA4 \xC2\xA0 \xE6\x97\xA5"), "\xC3\xA4 \xC2\xA0 \xE6\x97\xA5");
     EXPECT_EQ(cli::Printable("\xC2\x9B"
                              "2J"),

@@ -57,7 +57,13 @@ std::string InPlaceSave(const SequenceFacts& facts, const RunRequest& request)
 
 std::string MissingInput(const SequenceFacts& facts, const RunRequest& request)
 {
-    if (!request.settings.alternativeInputPath.empty() || !request.furtherInputPaths.empty()) return {};
+    std::vector<std::string> places = request.furtherInputPaths;
+    if (!request.settings.alternativeInputPath.empty()) places.push_back(request.settings.alternativeInputPath);
+    for (const std::string& place : places)
+        if (!platform::NameExists(place))
+            return "There is no folder or file " + Quoted(place) +
+                   " to take inputs from. Name another one with --input.";
+    if (!places.empty()) return {};
     if (facts.inputKind == kInputFiles || facts.inputKind == kInputFolder) return {};
     return "The sequence asks for its input files, and nobody can be asked. Name a folder or a file with --input.";
 }

@@ -38,7 +38,7 @@ protected:
         run.facts.inputKind = kInputAskUser;
         run.facts.output.kind = kOutputNone;
         run.facts.steps = {Step("QLNX_FerrulePasswordProtectCommand"), SaveStep()};
-        run.request.settings.alternativeInputPath = "in";
+        run.request.settings.alternativeInputPath = m_folder.Path();
         run.request.settings.alternativeOutputPath = m_folder.Path();
         return run;
     }
@@ -73,10 +73,13 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
          },
          ""},
         {"nobody names the input", [](PlannedRun& r) { r.request.settings.alternativeInputPath.clear(); }, "--input"},
+        {"the input is missing", [&](PlannedRun& r) { r.request.settings.alternativeInputPath = Missing(); },
+         "--input"},
+        {"a further input is missing", [&](PlannedRun& r) { r.request.furtherInputPaths = {Missing()}; }, "missing"},
         {"further inputs are inputs",
-         [](PlannedRun& r) {
+         [&](PlannedRun& r) {
              r.request.settings.alternativeInputPath.clear();
-             r.request.furtherInputPaths = {"in"};
+             r.request.furtherInputPaths = {m_folder.Path()};
          },
          ""},
         {"the sequence names its input",

@@ -1,9 +1,7 @@
 #include "supervisor/ManifestRun.h"
 
-#include "common/FileNames.h"
-#include "platform/Overseer.h"
 #include "supervisor/Json.h"
-#include "supervisor/Temporaries.h"
+#include "supervisor/Leftovers.h"
 
 #include <algorithm>
 #include <utility>
@@ -89,19 +87,8 @@ bool CManifestRun::ReadEarlier()
         m_again.emplace(number, place);
         m_done->Forget(number);
     }
-    if (content->name) RemoveLeftovers();
+    if (content->name) RemoveUnfinishedFiles(m_options.manifestPath, m_facts, *m_earlier, Tag());
     return true;
-}
-
-/// What workers of an earlier start of the run did not finish writing.
-void CManifestRun::RemoveLeftovers()
-{
-    std::set<std::string> folders = m_earlier->TargetFolders();
-    folders.insert(m_facts.folders.begin(), m_facts.folders.end());
-    CManifestReader manifest;
-    if (!manifest.Open(m_options.manifestPath)) return;
-    while (const auto file = manifest.Next()) folders.insert(FolderOf(file->path));
-    RemoveTemporaries(folders, platform::TemporaryPrefix(Tag()));
 }
 
 /// One pass over the manifest finds out how much there is to do, and whether it can be read to its end.
@@ -211,9 +198,8 @@ LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
 
 void CManifestRun::Close(LoopEnd end, const std::string& problem, const CResults& results)
 {
-    std::vector<std::string> epilogue = results.Epilogue();
-    if (epilogue.empty()) epilogue = m_header.epilogue;
-    m_log.Epilogue(epilogue);
+    const std::vector<std::string> epilogue = results.Epilogue();
+    m_log.Epilogue(epilogue.empty() ? m_header.epilogue : epilogue);
     if (!IsTrial()) {
         const char* outcome = end == LoopEnd::Finished ? "finished" : end == LoopEnd::Stopped ? "stopped" : "broken";
         const auto added = m_journal.AddEnd(outcome, epilogue);

@@ -46,7 +46,6 @@ private:
     bool ReadEarlier();
     bool CountFiles();
     bool OpenOutputs();
-    void RemoveLeftovers();
     void Process();
     LoopEnd RunLoop(CFileQueue& queue, CResults& results);
     void Close(LoopEnd end, const std::string& problem, const CResults& results);

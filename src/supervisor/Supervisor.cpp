@@ -4,6 +4,7 @@
 #include "platform/Paths.h"
 #include "supervisor/HostJob.h"
 #include "supervisor/Json.h"
+#include "supervisor/Leftovers.h"
 #include "supervisor/ManifestRun.h"
 #include "supervisor/Planning.h"
 #include "supervisor/RunFolder.h"
@@ -90,6 +91,7 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
     const bool resumes = options.resume && platform::FileExists(run.manifestPath);
     if (options.resume && !resumes) observer.Remark("There is no run to go on with; this one starts anew.");
     if (!resumes) {
+        GiveUpRun(run.manifestPath, run.journalPath, observer);
         CPlanning planning(starter, options.request, interrupts, observer);
         // The manifest first: a journal without one is nobody's.
         (void)platform::DeleteFile(run.manifestPath);

@@ -1,0 +1,16 @@
+// What an interrupted run has left on disk.
+#pragma once
+
+#include "supervisor/JournalIndex.h"
+#include "supervisor/RunFacts.h"
+#include "supervisor/RunObserver.h"
+
+#include <string>
+
+/// Removes the unfinished files of the run from every folder that it may have written to.
+void RemoveUnfinishedFiles(const std::string& manifestPath, const RunFacts& facts, const CJournalIndex& journal,
+                           const std::string& temporaryTag);
+
+/// Gives up a run that is not finished, so that another one may begin: moves that were interrupted are completed,
+/// unfinished files removed. Warns when there was something to give up. Nothing happens when there is no such run.
+void GiveUpRun(const std::string& manifestPath, const std::string& journalPath, CRunObserver& observer);

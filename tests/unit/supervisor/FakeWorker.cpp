@@ -1,0 +1,323 @@
+// A worker without documents: does what the names of its input files say. It speaks the protocol of docs/runs.md.
+//
+// It "processes" a file by writing its text in capitals. Words in a file's name make it misbehave: see Misbehave. The
+// environment variable FAKE_KILL=N:PLACE makes it kill its supervisor when it comes to that place for the Nth time;
+// the count is kept in the file FAKE_COUNT.
+#include "common/FileNames.h"
+#include "common/ProductPaths.h"
+#include "common/Text.h"
+#include "platform/ByteText.h"
+#include "platform/Environment.h"
+#include "platform/Files.h"
+#include "platform/Overseer.h"
+#include "platform/Sha256.h"
+#include "supervisor/Json.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using platform::BytesFromText;
+using platform::TextFromBytes;
+
+Json Ask(const Json& question)
+{
+    std::cout << LineOf(question) << std::endl;
+    std::string answer;
+    if (!std::getline(std::cin, answer)) std::_Exit(1);
+    return ParseObject(answer).value_or(Json::object());
+}
+
+void Tell(const Json& message) { std::cout << LineOf(message) << std::endl; }
+
+class CLog {
+public:
+    CLog() : m_file(std::fopen(MakeProductPaths(platform::ApplicationDataFolder()).logFile.c_str(), "ab")) {}
+    void Line(const std::string& text)
+    {
+        std::fprintf(m_file, "%d: %s\r\n", ++m_number, text.c_str());
+        std::fflush(m_file);
+    }
+
+private:
+    std::FILE* m_file;
+    int m_number = 0;
+};
+
+struct Input {
+    int number = 0;
+    std::string path;
+    bool finalActionOnly = false;
+    bool Is(const char* word) const { return FileName(path).find(word) != std::string::npos; }
+};
+
+/// Comes to a place where a test may want the supervisor, and this worker with it, to die.
+void Pass(const std::string& place)
+{
+    const std::string wanted = platform::EnvironmentText("FAKE_KILL");
+    const std::string counter = platform::EnvironmentText("FAKE_COUNT");
+    const std::size_t colon = wanted.find(':');
+    if (colon == std::string::npos || wanted.substr(colon + 1) != place) return;
+    std::FILE* count = std::fopen(counter.c_str(), "ab");
+    std::fputc('x', count);
+    std::fclose(count);
+    if (std::filesystem::file_size(counter) != std::stoul(wanted.substr(0, colon))) return;
+    kill(getppid(), SIGKILL);
+    std::_Exit(9);
+}
+
+class CFakeWorker {
+public:
+    int Run()
+    {
+        const Json job = ObjectAt(Ask({{"ask", "job"}}), "job");
+        m_settings = ObjectAt(job, "settings");
+        m_tag = TextAt(job, "run");
+        m_trial = FlagAt(job, "dryRun");
+        if (Setting("FERRULESEQU") == "does not start") {
+            std::cerr << "no plug-in\n";
+            return 4;
+        }
+        m_log.Line("LOG STARTED: today");
+        m_log.Line("preamble");
+        const std::string end = TextAt(job, "kind") == "plan" ? Plan() : Process();
+        m_log.Line(std::string(86, '-'));
+        Tell({{"tell", "ends"}, {"end", end}, {"message", end == "finished" ? "" : "as asked"}});
+        m_log.Line("LOG STOPPED: at " + std::to_string(getpid()));
+        return 0;
+    }
+
+private:
+    std::string Setting(const char* name) const { return BytesAt(m_settings, name); }
+
+    std::string Plan()
+    {
+        if (Setting("FERRULESEQU") == "not there") return "not-started";
+        const std::string folder = Setting("FERRULEALTPATH");
+        int number = 0;
+        for (const platform::FolderEntry& entry : platform::ListFolder(folder)) {
+            if (entry.isFolder) continue;
+            const std::string path = folder + '/' + entry.name;
+            const auto stamp = platform::StampOf(path);
+            const std::size_t group = entry.name.find("group");
+            Tell({{"tell", "report"},
+                  {"report",
+                   {{"input",
+                     {{"number", ++number},
+                      {"path", TextFromBytes(path)},
+                      {"size", stamp->size},
+                      {"modified", std::to_string(stamp->modifiedNanoseconds)},
+                      {"group", group == std::string::npos ? 0 : ParseDecimal(entry.name.substr(group + 5))}}}}}});
+        }
+        Tell({{"tell", "report"},
+              {"report",
+               {{"plan",
+                 {{"total", number},
+                  {"oneWorker", Setting("FERRULESEQU") == "one worker"},
+                  {"oneWorkerReason", "for a reason"},
+                  {"tooYoung", 0},
+                  {"warnings", Json::array()}}}}}});
+        return "finished";
+    }
+
+    std::string Process()
+    {
+        bool preflighted = false;
+        for (Input input; Next(input);) {
+            m_log.Line("file " + FileName(input.path));
+            if (!std::exchange(preflighted, true)) {
+                Ask({{"ask", "mark"}, {"mark", "sequence-preflight-begins"}});
+                m_log.Line("preflight");
+                Ask({{"ask", "mark"}, {"mark", "sequence-preflight-ends"}});
+            }
+            if (!One(input)) return "broken";
+        }
+        m_log.Line("postflight");
+        return "finished";
+    }
+
+    bool Next(Input& input)
+    {
+        const Json answer = Ask({{"ask", "input"}});
+        const Json& given = ObjectAt(answer, "input");
+        input = {CountAt(given, "number"), BytesAt(given, "path"), TextAt(given, "toDo") == "final-action"};
+        return input.number != 0;
+    }
+
+    bool One(const Input& input)
+    {
+        m_input = input;
+        m_outputs = Json::array();
+        m_finalAction = Json();
+        m_outcome = "saved";
+        m_sha256 = platform::Sha256OfFile(input.path);
+        if (input.Is("break")) return false;
+        if (!input.finalActionOnly) {
+            Misbehave();
+            Pass("file");
+            Save();
+        }
+        if (!input.Is("silent")) {
+            if (m_outcome == "saved") FinalAction();
+            Pass("before telling");
+            TellFile();
+            Pass("after telling");
+        }
+        return true;
+    }
+
+    void Misbehave()
+    {
+        if (m_input.Is("crash")) std::abort();
+        if (m_input.Is("exit")) std::_Exit(3);
+        if (m_input.Is("hang"))
+            for (;;) pause();
+        if (m_input.Is("grow"))
+            for (std::vector<std::string> all;; usleep(1000)) all.emplace_back(std::size_t{4} << 20, 'x');
+        if (m_input.Is("flood"))
+            for (int line = 0; line < 20000; ++line) std::cerr << "a complaint of a library, number " << line << '\n';
+        if (m_input.Is("garbage")) std::cout << "%PDF-1.4 what a library prints" << std::endl;
+        if (m_input.Is("lie")) {
+            m_input.number += 1;
+            Act("put", "output", m_input.path, m_input.path);
+        }
+    }
+
+    std::string Act(const char* act, const char* purpose, const std::string& file, const std::string& target)
+    {
+        Pass("before intent");
+        const std::string sha256 = file.empty() ? "" : platform::Sha256OfFile(file);
+        const Json answer = Ask({{"ask", "act"},
+                                 {"number", m_input.number},
+                                 {"purpose", purpose},
+                                 {"act", act},
+                                 {"file", TextFromBytes(file)},
+                                 {"target", TextFromBytes(target)},
+                                 {"sha256", sha256}});
+        Pass("after intent");
+        return TextAt(answer, "answer");
+    }
+
+    bool IsTaken(const std::string& path)
+    {
+        if (m_trial) {
+            const Json answer = Ask({{"ask", "exists"}, {"path", TextFromBytes(path)}});
+            if (answer.contains("exists") && answer["exists"].is_boolean()) return FlagAt(answer, "exists");
+        }
+        return platform::NameExists(path);
+    }
+
+    /// Copies the content in capitals: to a free name in the output folder, or in place.
+    void Save()
+    {
+        const std::string folder = Setting("FERRULEALTOUTPUTPATH");
+        std::string target = m_input.path;
+        if (!folder.empty()) {
+            // Files of one group want one name.
+            std::string name = FileName(m_input.path);
+            if (const std::size_t group = name.find("group"); group != std::string::npos) name = name.substr(group);
+            target = UniqueSpaced(folder + '/' + name, [this](const std::string& path) { return IsTaken(path); });
+        }
+        const std::string temporary =
+            FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(getpid()) + "-1.tmp";
+        if (!m_trial) {
+            const std::string bytes = ToUpperAscii(platform::ReadWholeFile(m_input.path, 1 << 20).value_or(""));
+            std::fclose(Written(temporary, bytes));
+        }
+        if (m_input.Is("temporary")) std::abort();
+        const std::string answer = Act("put", "output", m_trial ? "" : temporary, target);
+        if (answer == "refuse") m_outcome = "failed";
+        if (m_input.Is("die-before-put")) std::abort();
+        if (answer == "go")
+            std::filesystem::rename(temporary, target);
+        else
+            std::filesystem::remove(temporary);
+        if (m_input.Is("die-after-put")) std::abort();
+        if (m_outcome == "saved")
+            m_outputs.push_back(
+                {{"path", TextFromBytes(target)}, {"sha256", m_trial ? "" : platform::Sha256OfFile(target)}});
+        m_log.Line("saved " + FileName(target));
+    }
+
+    static std::FILE* Written(const std::string& path, const std::string& bytes)
+    {
+        std::FILE* file = std::fopen(path.c_str(), "wb");
+        std::fwrite(bytes.data(), 1, bytes.size(), file);
+        return file;
+    }
+
+    void FinalAction()
+    {
+        const int code = ParseDecimal(Setting("FERRULEFINAL"));
+        const std::string destination = Setting("FERRULEDEST");
+        const std::string target = destination + '/' + FileName(m_input.path);
+        if (code == 3) Final("delete", "", [&] { std::filesystem::remove(m_input.path); });
+        if (code == 5) Final("start", destination, [&] { std::fclose(Appended(destination)); });
+        if (code == 6) Final("move", target, [&] { std::filesystem::rename(m_input.path, target); });
+        if (code == 7) Final("move", target, [&] { MoveSlowly(target); });
+        if (code == 8) Final("put", target, [&] { std::filesystem::copy(m_input.path, target); });
+    }
+
+    std::FILE* Appended(const std::string& path)
+    {
+        std::FILE* file = std::fopen(path.c_str(), "ab");
+        std::fprintf(file, "%s\n", FileName(m_input.path).c_str());
+        return file;
+    }
+
+    /// As across file systems.
+    void MoveSlowly(const std::string& target)
+    {
+        std::filesystem::copy_file(m_input.path, target);
+        Pass("half moved");
+        if (m_input.Is("die-half-moved") && !m_input.finalActionOnly) std::abort();
+        std::filesystem::remove(m_input.path);
+    }
+
+    template <class Work>
+    void Final(const char* act, const std::string& target, Work work)
+    {
+        const std::string answer = Act(act, "final-action", m_input.path, target);
+        if (m_input.Is("die-before-final") && !m_input.finalActionOnly) std::abort();
+        if (m_input.Is("always-dies")) std::abort();
+        if (answer == "go") work();
+        if (m_input.Is("die-after-final")) std::abort();
+        m_finalAction = {{"act", act}, {"target", TextFromBytes(target)}, {"state", "done"}};
+        m_log.Line(std::string("final ") + act);
+    }
+
+    void TellFile()
+    {
+        if (m_input.Is("fail")) m_outcome = "failed";
+        Json record = {{"number", m_input.number},
+                       {"path", TextFromBytes(m_input.path)},
+                       {"size", 0},
+                       {"sha256", m_sha256},
+                       {"outcome", m_outcome},
+                       {"message", ""},
+                       {"milliseconds", 1},
+                       {"outputs", m_outputs}};
+        if (m_finalAction.is_object()) record["finalAction"] = m_finalAction;
+        Tell({{"tell", "file"}, {"record", record}});
+    }
+
+    CLog m_log;
+    Json m_settings;
+    std::string m_tag;
+    bool m_trial = false;
+    Input m_input;
+    Json m_outputs, m_finalAction;
+    std::string m_outcome, m_sha256;
+};
+
+}  // namespace
+
+int main() { return CFakeWorker().Run(); }

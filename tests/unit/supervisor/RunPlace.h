@@ -1,0 +1,93 @@
+#pragma once
+
+#include "supervisor/Supervisor.h"
+#include "support/TemporaryFolder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+/// Keeps what it is told.
+class CNotes : public CRunObserver {
+public:
+    void FilePlanned(const PlannedFile& file) override { planned.push_back(file); }
+    void Planned(const PlanSummary& summary) override { summaries.push_back(summary); }
+    void FileDone(const FileRecord& record, const RunProgress& progress) override
+    {
+        done.push_back(record);
+        last = progress;
+    }
+    void RecordLine(const std::string& json) override { lines.push_back(json); }
+    void Warning(const std::string& text) override { warnings.push_back(text); }
+
+    /// What was told of the file last.
+    FileRecord Of(const std::string& name) const
+    {
+        for (auto record = done.rbegin(); record != done.rend(); ++record)
+            if (std::filesystem::path(record->path).filename() == name) return *record;
+        return {.message = "<nothing was told of " + name + ">"};
+    }
+
+    std::vector<PlannedFile> planned;
+    std::vector<PlanSummary> summaries;
+    std::vector<FileRecord> done;
+    std::vector<std::string> lines, warnings;
+    RunProgress last;
+};
+
+/// Folders for inputs, results, final actions and settings, and the request to run the fake worker over them.
+class CRunPlace {
+public:
+    CRunPlace()
+    {
+        for (const char* name : {"in", "out", "done", "settings"}) folder.MakeFolder(name);
+        setenv("XDG_CONFIG_HOME", (folder / "settings").c_str(), 1);
+        unsetenv("FAKE_KILL");
+        setenv("FAKE_COUNT", (folder / "count").c_str(), 1);
+        options.engine = {.hostProgram = FAKE_WORKER, .plugIns = {"/a/plug-in"}, .jobs = 2, .timeoutSeconds = 60};
+        Set("FERRULESEQU", "a sequence");
+        Set("FERRULEALTPATH", folder / "in");
+        Set("FERRULEALTOUTPUTPATH", folder / "out");
+        options.recordPath = folder / "record.jsonl";
+        options.logPath = folder / "log.txt";
+    }
+
+    void Set(const std::string& name, const std::string& value)
+    {
+        std::erase_if(options.request.settings, [&](const auto& setting) { return setting.first == name; });
+        if (!value.empty()) options.request.settings.emplace_back(name, value);
+    }
+    void FinalAction(int code)
+    {
+        Set("FERRULEFINAL", std::to_string(code));
+        Set("FERRULEDEST", folder / (code == 5 ? "started.txt" : "done"));
+    }
+    void InPlace() { Set("FERRULEALTOUTPUTPATH", ""); }
+    /// The file's text is its name.
+    void Input(const std::string& name) { folder.Write("in/" + name, "text of " + name); }
+
+    RunResult Run() { return RunPlanned(options, notes); }
+    std::string Text(const std::string& name) const { return FileBytes(folder / name); }
+    std::vector<std::string> Lines(const std::string& name) const
+    {
+        std::vector<std::string> lines;
+        std::istringstream text(Text(name));
+        for (std::string line; std::getline(text, line);) lines.push_back(line);
+        return lines;
+    }
+    /// Names and texts of the files in a folder.
+    std::map<std::string, std::string> Files(const std::string& name) const
+    {
+        std::map<std::string, std::string> files;
+        for (const auto& entry : std::filesystem::directory_iterator(folder / name))
+            files[entry.path().filename().string()] = FileBytes(entry.path().string());
+        return files;
+    }
+
+    CTemporaryFolder folder;
+    RunOptions options;
+    CNotes notes;
+};

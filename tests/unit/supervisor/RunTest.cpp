@@ -1,0 +1,324 @@
+#include "platform/Interrupts.h"
+#include "supervisor/Json.h"
+#include "unit/supervisor/RunPlace.h"
+
+#include <gtest/gtest.h>
+#include <sys/file.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <csignal>
+
+namespace {
+
+using Files = std::map<std::string, std::string>;
+
+/// Without numbers and carriage returns; process numbers of the fake are blanked.
+std::vector<std::string> LogOf(const CRunPlace& place)
+{
+    std::vector<std::string> entries;
+    int number = 0;
+    for (std::string line : place.Lines("log.txt")) {
+        const std::string expected = std::to_string(++number) + ": ";
+        EXPECT_TRUE(line.starts_with(expected) && line.ends_with('\r')) << line;
+        line = line.substr(expected.size(), line.size() - expected.size() - 1);
+        entries.push_back(line.starts_with("LOG STOPPED") ? "LOG STOPPED" : line);
+    }
+    return entries;
+}
+
+TEST(Run, WritesOneLogAndOneRecordInInputOrderForAnyNumberOfJobs)
+{
+    const std::string hyphens(86, '-');
+    for (const int jobs : {1, 4}) {
+        CRunPlace place;
+        place.options.engine.jobs = jobs;
+        place.FinalAction(6);
+        std::vector<std::string> expected = {"LOG STARTED: today", "preamble"};
+        for (char letter = 'a'; letter < 'i'; ++letter) {
+            const std::string name = std::string(1, letter) + ".pdf";
+            place.Input(name);
+            expected.push_back("file " + name);
+            if (letter == 'a') expected.push_back("preflight");
+            expected.insert(expected.end(), {"saved " + name, "final move"});
+        }
+        expected.insert(expected.end(), {"postflight", hyphens, "LOG STOPPED"});
+        const RunResult result = place.Run();
+        EXPECT_EQ(result.exit, ExitClass::Fine) << result.message;
+        EXPECT_EQ(LogOf(place), expected) << jobs << " jobs";
+        EXPECT_EQ(place.Lines("record.jsonl").size(), 8u);
+        EXPECT_EQ(place.Lines("record.jsonl"), place.notes.lines);
+        int number = 0;
+        for (const std::string& line : place.notes.lines) EXPECT_EQ(CountAt(*ParseObject(line), "number"), ++number);
+        EXPECT_EQ(place.Files("out").at("c.pdf"), "TEXT OF C.PDF");
+        EXPECT_EQ(place.Files("done").at("c.pdf"), "text of c.pdf");
+        EXPECT_TRUE(place.Files("in").empty());
+        EXPECT_EQ(place.notes.last.bytesDone, place.notes.last.bytesTotal);
+    }
+}
+
+TEST(Run, ABadFileCostsOnlyItself)
+{
+    const struct {
+        const char* name;
+        const char* reason;
+    } rows[] = {{"crash", "The worker crashed (signal 6) while it processed the file."},
+                {"exit", "The worker ended with exit code 3 while it processed the file."},
+                {"garbage", "The worker wrote something that is no message."},
+                {"lie", "The worker wanted to act on a file that it does not have."},
+                {"silent", "The worker did not tell what became of the file."},
+                {"grow", "The file needed more than 64 MiB of memory."},
+                {"hang", "The file took longer than 1 s."},
+                {"temporary", "The worker crashed (signal 6) while it processed the file."}};
+    CRunPlace place;
+    place.options.engine.timeoutSeconds = 1;
+    place.options.engine.memoryBytes = 64 << 20;
+    for (const auto& row : rows) place.Input(std::string("bad ") + row.name);
+    for (const char* name : {"fine 1", "fine 2", "flood"}) place.Input(name);
+    place.FinalAction(6);
+    const RunResult result = place.Run();
+    EXPECT_EQ(result.exit, ExitClass::SomeNotSaved) << result.message;
+    EXPECT_EQ(result.Count(FileOutcomeClass::Saved), 3);
+    for (const auto& row : rows) {
+        const std::string name = std::string("bad ") + row.name;
+        const FileRecord record = place.notes.Of(name);
+        // The silent one has written its result before.
+        const bool written = name == "bad silent";
+        EXPECT_EQ(record.outcome, written ? FileOutcomeClass::Incomplete : FileOutcomeClass::Failed) << name;
+        EXPECT_EQ(record.message, row.reason) << name;
+        EXPECT_EQ(place.Files("in").count(name), 1u) << name;
+        EXPECT_EQ(place.notes.done.size(), 11u);
+    }
+    const std::string log = place.Text("log.txt");
+    EXPECT_NE(log.find("file bad crash\r\n"), std::string::npos);
+    EXPECT_NE(log.find("ERROR: The worker crashed (signal 6)"), std::string::npos);
+    EXPECT_EQ(place.Files("out").size(), place.Files("done").size() + 1) << "only 'bad silent' left its result";
+    for (const auto& [name, text] : place.Files("out")) EXPECT_FALSE(name.starts_with(".ferrule")) << name;
+}
+
+TEST(Run, GoesOnWithTheFinalActionWhenTheResultWasWritten)
+{
+    const struct {
+        const char* name;
+        FileOutcomeClass outcome;
+        bool written, moved;
+    } rows[] = {{"die-before-put", FileOutcomeClass::Failed, false, false},
+                {"die-after-put", FileOutcomeClass::Saved, true, true},
+                {"die-before-final", FileOutcomeClass::Saved, true, true},
+                {"die-half-moved", FileOutcomeClass::Saved, true, true},
+                {"die-after-final", FileOutcomeClass::Saved, true, true},
+                {"always-dies", FileOutcomeClass::Incomplete, true, false}};
+    CRunPlace place;
+    for (const auto& row : rows) place.Input(row.name);
+    place.FinalAction(7);
+    EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+    for (const auto& row : rows) {
+        const FileRecord record = place.notes.Of(row.name);
+        EXPECT_EQ(record.outcome, row.outcome) << row.name << ": " << record.message;
+        EXPECT_EQ(record.outputs.size(), row.written ? 1u : 0u) << row.name;
+        EXPECT_EQ(place.Files("out").count(row.name), row.written ? 1u : 0u) << row.name;
+        EXPECT_EQ(place.Files("done").count(row.name), row.moved ? 1u : 0u) << row.name;
+        EXPECT_EQ(place.Files("in").count(row.name), row.moved ? 0u : 1u) << row.name;
+        if (row.moved) {
+            EXPECT_EQ(record.finalState, "done") << row.name;
+        }
+    }
+    EXPECT_EQ(place.notes.done.size(), 6u) << "each file has one outcome";
+    EXPECT_EQ(place.notes.Of("die-after-put").outputs[0].path, place.folder / "out/die-after-put");
+}
+
+TEST(Run, FilesThatWantOneNameGetTheSameNamesForAnyNumberOfJobs)
+{
+    Files first;
+    for (const int jobs : {1, 5}) {
+        CRunPlace place;
+        place.options.engine.jobs = jobs;
+        for (const char* name : {"a group1", "b group2", "c group1", "d group1", "e", "f group2", "g group1"})
+            place.Input(name);
+        EXPECT_EQ(place.Run().exit, ExitClass::Fine);
+        if (first.empty()) first = place.Files("out");
+        EXPECT_EQ(place.Files("out"), first);
+        EXPECT_EQ(first["group1 (2)"], "TEXT OF D GROUP1");
+    }
+}
+
+TEST(Run, DoesNotTouchWhatChangedSinceThePlan)
+{
+    class CChanger : public CNotes {
+    public:
+        explicit CChanger(const CRunPlace& place) : m_place(place) {}
+        void Planned(const PlanSummary& summary) override
+        {
+            CNotes::Planned(summary);
+            m_place.folder.Write("in/b", "another text");
+            std::filesystem::remove(m_place.folder / "in/c");
+        }
+
+    private:
+        const CRunPlace& m_place;
+    };
+    CRunPlace place;
+    for (const char* name : {"a", "b", "c"}) place.Input(name);
+    CChanger notes(place);
+    const RunResult result = RunPlanned(place.options, notes);
+    EXPECT_EQ(result.exit, ExitClass::SomeNotSaved);
+    EXPECT_EQ(result.Count(FileOutcomeClass::Skipped), 2);
+    EXPECT_EQ(notes.Of("b").message, "changed since plan");
+    EXPECT_EQ(notes.Of("c").message, "missing since plan");
+    EXPECT_EQ(place.Files("out").size(), 1u);
+}
+
+TEST(Run, SaysWhyItDoesNotStart)
+{
+    const struct {
+        const char* sequence;
+        const char* host;
+        const char* message;
+    } rows[] = {{"not there", FAKE_WORKER, "as asked"},
+                {"does not start", FAKE_WORKER, "no plug-in"},
+                {"a sequence", "/no/such/host", "cannot be started"}};
+    for (const auto& row : rows) {
+        CRunPlace place;
+        place.Input("a");
+        place.Set("FERRULESEQU", row.sequence);
+        place.options.engine.hostProgram = row.host;
+        const RunResult result = place.Run();
+        EXPECT_EQ(result.exit, ExitClass::Broken);
+        EXPECT_NE(result.message.find(row.message), std::string::npos) << result.message;
+        EXPECT_EQ(place.Text("record.jsonl"), "<missing>");
+    }
+}
+
+TEST(Run, BreaksWhenAWorkerSaysSoAndIsCompletedByResume)
+{
+    CRunPlace place;
+    place.options.engine.jobs = 1;
+    for (const char* name : {"a", "b break", "c"}) place.Input(name);
+    const RunResult broken = place.Run();
+    EXPECT_EQ(broken.exit, ExitClass::Broken);
+    EXPECT_EQ(broken.message, "as asked");
+    EXPECT_EQ(place.Files("out").size(), 1u);
+    EXPECT_EQ(broken.remaining, 1);
+    place.options.resume = true;
+    const RunResult resumed = place.Run();
+    EXPECT_EQ(resumed.exit, ExitClass::SomeNotSaved) << resumed.message;
+    EXPECT_EQ(place.Files("out").size(), 2u);
+    EXPECT_EQ(place.Lines("record.jsonl").size(), 3u);
+}
+
+TEST(Run, SequencesThatKeepSomethingBetweenFilesHaveOneWorker)
+{
+    CRunPlace place;
+    place.Set("FERRULESEQU", "one worker");
+    place.options.engine.jobs = 8;
+    for (int file = 0; file < 20; ++file) place.Input(std::to_string(file));
+    EXPECT_EQ(place.Run().exit, ExitClass::Fine);
+    EXPECT_EQ(place.notes.summaries.at(0).oneWorkerReason, "for a reason");
+    int number = 0;
+    for (const FileRecord& record : place.notes.done) EXPECT_EQ(record.number, ++number);
+}
+
+TEST(Run, GoesOnWithoutALogThatAnotherRunHolds)
+{
+    CRunPlace place;
+    place.Input("a");
+    place.folder.Write("log.txt", "");
+    const int other = open((place.folder / "log.txt").c_str(), O_RDWR);
+    ASSERT_EQ(flock(other, LOCK_EX), 0);
+    const RunResult result = place.Run();
+    close(other);
+    EXPECT_EQ(result.exit, ExitClass::Fine);
+    EXPECT_EQ(place.Text("log.txt"), "");
+    EXPECT_EQ(place.notes.warnings.size(), 1u);
+    EXPECT_EQ(result.logPath, "");
+}
+
+TEST(Run, ATrialTouchesNothingAndSaysWhatTheRunWillDo)
+{
+    const auto build = [](CRunPlace& place) {
+        for (const char* name : {"a group1", "b group1", "c", "d"}) place.Input(name);
+        place.folder.Write("out/c", "was there before");
+        place.FinalAction(6);
+    };
+    CRunPlace trial, real;
+    build(trial);
+    build(real);
+    const auto before = trial.Files("settings");
+    trial.options.dryRun = true;
+    EXPECT_EQ(trial.Run().exit, ExitClass::Fine);
+    EXPECT_EQ(trial.Files("in").size(), 4u);
+    EXPECT_EQ(trial.Files("out").size(), 1u);
+    EXPECT_EQ(trial.Text("log.txt") + trial.Text("record.jsonl"), "<missing><missing>");
+    EXPECT_EQ(trial.Files("settings"), before);
+    EXPECT_EQ(real.Run().exit, ExitClass::Fine);
+    ASSERT_EQ(trial.notes.done.size(), 4u);
+    for (const FileRecord& record : real.notes.done) {
+        const std::string name = std::filesystem::path(record.path).filename();
+        const FileRecord promised = trial.notes.Of(name);
+        ASSERT_EQ(promised.outputs.size(), 1u) << name;
+        EXPECT_EQ(std::filesystem::path(promised.outputs[0].path).filename(),
+                  std::filesystem::path(record.outputs[0].path).filename());
+        EXPECT_EQ(promised.outcome, record.outcome);
+    }
+}
+
+TEST(Run, TheFirstInterruptBeginsNoFurtherFileAndResumeGoesOn)
+{
+    class CInterrupter : public CNotes {
+    public:
+        void FileDone(const FileRecord& record, const RunProgress& progress) override
+        {
+            CNotes::FileDone(record, progress);
+            if (done.size() == 3) raise(SIGINT);
+        }
+    };
+    CRunPlace place;
+    for (int file = 0; file < 12; ++file) place.Input(std::to_string(file));
+    CInterrupter notes;
+    const RunResult result = RunPlanned(place.options, notes);
+    EXPECT_EQ(result.exit, ExitClass::Stopped);
+    EXPECT_GE(result.Count(FileOutcomeClass::Saved), 3);
+    EXPECT_GT(result.remaining, 0);
+    EXPECT_EQ(place.Files("out").size(), static_cast<std::size_t>(result.Count(FileOutcomeClass::Saved)));
+    place.options.resume = true;
+    EXPECT_EQ(place.Run().exit, ExitClass::Fine);
+    EXPECT_EQ(place.Files("out").size(), 12u);
+    EXPECT_EQ(place.notes.done.size() + notes.done.size(), 12u) << "nothing is done twice";
+    EXPECT_EQ(place.Lines("record.jsonl").size(), 12u);
+}
+
+TEST(Run, TheSecondInterruptStopsFilesThatAreBeingProcessed)
+{
+    class CImpatient : public CNotes {
+    public:
+        void Tick(const RunProgress& progress) override
+        {
+            if (progress.filesTotal != 0 && ++ticks <= 2) raise(SIGTERM);
+        }
+        int ticks = 0;
+    };
+    CRunPlace place;
+    for (const char* name : {"hang 1", "hang 2", "later"}) place.Input(name);
+    CImpatient notes;
+    const RunResult result = RunPlanned(place.options, notes);
+    EXPECT_EQ(result.exit, ExitClass::Stopped);
+    EXPECT_EQ(result.Count(FileOutcomeClass::Stopped) + result.remaining, 3);
+    EXPECT_TRUE(place.Files("out").empty());
+}
+
+TEST(Job, AnswersReportsOrTheReasonWhyThereAreNone)
+{
+    CRunPlace place;
+    place.Input("a");
+    const std::string plan = LineOf({{"kind", "plan"}, {"settings", {{"FERRULEALTPATH", place.folder / "in"}}}});
+    const JobResult result = RunJob(place.options.engine, plan, place.notes);
+    EXPECT_EQ(result.exit, ExitClass::Fine);
+    ASSERT_EQ(result.reports.size(), 2u);
+    EXPECT_NE(result.reports[0].find("in/a"), std::string::npos);
+    const JobResult failed =
+        RunJob(place.options.engine, R"({"kind":"plan","settings":{"FERRULESEQU":"does not start"}})", place.notes);
+    EXPECT_EQ(failed.exit, ExitClass::Broken);
+    EXPECT_EQ(failed.errorLines, std::vector<std::string>{"no plug-in"});
+}
+
+}  // namespace

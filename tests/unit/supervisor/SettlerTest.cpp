@@ -1,0 +1,201 @@
+#include "supervisor/Settler.h"
+
+#include "platform/Sha256.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+const char* NameOf(Left left)
+{
+    switch (left) {
+        case Left::Everything:
+            return "everything";
+        case Left::FinalAction:
+            return "final action";
+        case Left::Nothing:
+            return "nothing";
+        case Left::Unknowable:
+            return "unknowable";
+    }
+    return "";
+}
+
+/// The hash of a file with this text.
+std::string Hash(const std::string& text)
+{
+    platform::CSha256 digest;
+    digest.Add(text.data(), text.size());
+    return digest.Digest();
+}
+
+class SettlerTest : public testing::Test {
+protected:
+    SettlerTest() { file = {.number = 1, .path = Write("in", "input"), .size = 5}; }
+    std::string Write(const std::string& name, const std::string& text) const { return folder.Write(name, text); }
+    std::string At(const std::string& name) const { return folder / name; }
+    bool IsThere(const std::string& name) const { return std::filesystem::exists(folder / name); }
+    void Remove(const std::string& name) const { std::filesystem::remove(folder / name); }
+
+    Intent Put(const std::string& name, const std::string& text) const
+    {
+        return {.number = 1, .act = ActKind::Put, .file = At("temporary"), .target = At(name), .sha256 = Hash(text)};
+    }
+    Intent Final(ActKind act, const std::string& name, const std::string& text = "input") const
+    {
+        return {.number = 1,
+                .finalAction = true,
+                .act = act,
+                .file = file.path,
+                .target = name.empty() ? "" : At(name),
+                .sha256 = Hash(text)};
+    }
+    Settlement Decide(const std::vector<Intent>& intents, bool hasFinalAction = true, int outputs = 1) const
+    {
+        return Settle(file, intents, std::nullopt, {hasFinalAction, outputs});
+    }
+    std::string Left(const std::vector<Intent>& intents, bool hasFinalAction = true, int outputs = 1) const
+    {
+        return NameOf(Decide(intents, hasFinalAction, outputs).left);
+    }
+
+    CTemporaryFolder folder;
+    PlannedFile file;
+};
+
+TEST_F(SettlerTest, AResultIsThereOrIsMadeAgain)
+{
+    EXPECT_EQ(Left({}), "everything");
+    EXPECT_EQ(Left({Put("out", "result")}), "everything");
+    Write("out", "something else");
+    EXPECT_EQ(Left({Put("out", "result")}), "everything");
+    Write("out", "result");
+    EXPECT_EQ(Left({Put("out", "result")}), "final action");
+    EXPECT_EQ(Left({Put("out", "result")}, false), "nothing");
+    EXPECT_EQ(Decide({Put("out", "result")}).record.outputs.at(0).path, At("out"));
+    EXPECT_EQ(Decide({Put("out", "result")}).record.sha256, Hash("input"));
+    // The first name was taken by another.
+    Write("out", "another's");
+    Write("out (1)", "result");
+    EXPECT_EQ(Left({Put("out", "result"), Put("out (1)", "result")}), "final action");
+}
+
+TEST_F(SettlerTest, AnUnchangedCopyIsNoResultThatCountsAsSaved)
+{
+    Write("out", "input");
+    EXPECT_EQ(Decide({Put("out", "input")}).record.outcome, FileOutcomeClass::CopiedUnchanged);
+}
+
+TEST_F(SettlerTest, SavingInPlaceIsDoneWhenTheInputHoldsTheResult)
+{
+    EXPECT_EQ(Left({Put("in", "result")}), "everything");
+    Write("in", "result");
+    EXPECT_EQ(Left({Put("in", "result")}), "final action");
+    EXPECT_EQ(Decide({Put("in", "result")}).record.outcome, FileOutcomeClass::Saved);
+    // What has been saved in place is not processed once more.
+    EXPECT_EQ(Left({Put("in", "result"), Put("out", "second")}, true, 2), "unknowable");
+}
+
+TEST_F(SettlerTest, ResultsOfAnUnfinishedFileAreTakenBackWhereTheNameWasFree)
+{
+    Write("out", "result");
+    Write("other", "other result");
+    Intent replaced = Put("other", "other result");
+    replaced.replaces = true;
+    const Settlement settlement = Decide({Put("out", "result"), replaced, Put("third", "x")}, true, 3);
+    EXPECT_STREQ(NameOf(settlement.left), "everything");
+    EXPECT_EQ(settlement.takeBack, std::vector<std::string>{At("out")});
+    // Not even the last of them was the last one.
+    EXPECT_EQ(Left({Put("out", "result")}, true, 2), "everything");
+    EXPECT_EQ(Left({Put("out", "result"), Put("other", "other result")}, true, 2), "final action");
+}
+
+TEST_F(SettlerTest, MovesAreCompletedOnlyWhenNothingCanGetLost)
+{
+    const Intent move = Final(ActKind::Move, "done");
+    EXPECT_EQ(Left({move}), "final action");
+
+    Write("done", "input");
+    EXPECT_EQ(Left({move}), "nothing") << "the rest of a move across file systems";
+    EXPECT_FALSE(IsThere("in"));
+    EXPECT_EQ(Left({move}), "nothing");
+    EXPECT_EQ(Decide({move}).record.finalState, "done");
+
+    Remove("done");
+    EXPECT_EQ(Left({move}), "unknowable");
+    EXPECT_EQ(Decide({move}).record.finalState, "failed");
+
+    Write("in", "input");
+    Write("done", "somebody else's");
+    EXPECT_EQ(Left({move}), "final action");
+    EXPECT_TRUE(IsThere("in"));
+
+    Write("done", "input");
+    Write("in", "a new one");
+    EXPECT_EQ(Left({move}), "unknowable");
+    EXPECT_EQ(FileBytes(At("in")), "a new one");
+}
+
+TEST_F(SettlerTest, AnEqualFileThatStoodThereBeforeIsNotTakenForTheMovedOne)
+{
+    Intent move = Final(ActKind::Move, "done");
+    move.replaces = true;
+    Write("done", "input");
+    EXPECT_EQ(Left({move}), "final action");
+    EXPECT_TRUE(IsThere("in"));
+}
+
+TEST_F(SettlerTest, TheOnlyNameOfAFileIsNeverRemoved)
+{
+    std::filesystem::create_symlink(At("in"), At("link"));
+    Intent move = Final(ActKind::Move, "link");
+    EXPECT_EQ(Left({move}), "nothing");
+    EXPECT_TRUE(IsThere("in"));
+    std::filesystem::create_hard_link(At("in"), At("second name"));
+    EXPECT_EQ(Left({Final(ActKind::Move, "second name")}), "nothing");
+    EXPECT_FALSE(IsThere("in"));
+    EXPECT_EQ(FileBytes(At("second name")), "input");
+}
+
+TEST_F(SettlerTest, OtherFinalActionsAreDoneOrLeft)
+{
+    EXPECT_EQ(Left({Final(ActKind::Delete, "")}), "final action");
+    EXPECT_EQ(Left({Final(ActKind::Put, "copy")}), "final action");
+    Write("copy", "input");
+    EXPECT_EQ(Left({Final(ActKind::Put, "copy")}), "nothing");
+    Remove("in");
+    EXPECT_EQ(Left({Final(ActKind::Delete, "")}), "nothing");
+    const Settlement started = Decide({Final(ActKind::Start, "program")});
+    EXPECT_STREQ(NameOf(started.left), "unknowable");
+    EXPECT_EQ(started.record.finalState, "unknown");
+    EXPECT_NE(started.record.outcome, FileOutcomeClass::Saved);
+}
+
+TEST_F(SettlerTest, TheFinalActionKeepsWhatWasWrittenBefore)
+{
+    Write("out", "result");
+    const Settlement settlement = Decide({Put("out", "result"), Final(ActKind::Move, "done")});
+    EXPECT_STREQ(NameOf(settlement.left), "final action");
+    EXPECT_EQ(settlement.record.outputs.size(), 1u);
+    // Saved in place, then moved away.
+    Write("done", "result");
+    Remove("in");
+    const Settlement moved = Decide({Put("in", "result"), Final(ActKind::Move, "done", "result")});
+    EXPECT_STREQ(NameOf(moved.left), "nothing");
+    EXPECT_EQ(moved.record.outputs.size(), 1u);
+}
+
+TEST_F(SettlerTest, AProgramThatAStepMayHaveStartedIsNotStartedAgain)
+{
+    Intent start = Final(ActKind::Start, "program");
+    start.finalAction = false;
+    EXPECT_EQ(Left({start}), "unknowable");
+    EXPECT_EQ(Left({start, Put("out", "result")}), "unknowable");
+    Write("out", "result");
+    EXPECT_EQ(Left({start, Put("out", "result")}), "final action");
+}
+
+}  // namespace

@@ -1,8 +1,8 @@
 #include "openhost/program/CommandLine.h"
-#include "openhost/program/Surroundings.h"
+#include "platform/Surroundings.h"
 
 int main(int argumentCount, char** arguments)
 {
-    openhost::SettleSurroundings();
+    platform::SettleSurroundings();
     return openhost::RunCommandLine(argumentCount, arguments);
 }

@@ -1,3 +1,5 @@
+#include "platform/Surroundings.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -6,9 +8,7 @@
 #include <cstdlib>
 #include <initializer_list>
 
-#include "openhost/program/Surroundings.h"
-
-namespace openhost {
+namespace platform {
 namespace {
 
 bool IsClosed(int descriptor) { return ::fcntl(descriptor, F_GETFD) < 0 && errno == EBADF; }
@@ -43,4 +43,4 @@ void SettleSurroundings()
     TakeAsError(SIGXFSZ);
 }
 
-}  // namespace openhost
+}  // namespace platform

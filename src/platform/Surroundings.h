@@ -1,7 +1,6 @@
-#ifndef FERRULE_OPENHOST_PROGRAM_SURROUNDINGS_H
-#define FERRULE_OPENHOST_PROGRAM_SURROUNDINGS_H
+#pragma once
 
-namespace openhost {
+namespace platform {
 
 /// Makes the process independent of how it was started; called first of all, before any file is opened.
 ///
@@ -11,6 +10,4 @@ namespace openhost {
 /// defaults back.
 void SettleSurroundings();
 
-}  // namespace openhost
-
-#endif
+}  // namespace platform

@@ -123,8 +123,6 @@ private:
     {
         m_audit.steps.push_back(Place(element));
         m_step = static_cast<int>(m_audit.steps.size());
-        if (Trim(AttributeText(element, "name")).empty())
-            Add(Severity::Error, "step-without-handler", "The command has no name, so nothing can be run.", element);
         std::set<std::string> names;  // several sets of items count as one
         for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
             if (IsNamed(*child, "Items")) {
@@ -151,6 +149,9 @@ private:
                 Add(Severity::Warning, "item-repeated",
                     "The parameter " + Quoted(name) + " is there twice; the last one counts.", *child);
             }
+            if (name.find(':') != std::string::npos)
+                Add(Severity::Warning, "item-nested",
+                    "The colons in the parameter " + Quoted(name) + " make it one inside of others.", *child);
             if (nested) {
                 std::set<std::string> inner;
                 Items(*child, inner);

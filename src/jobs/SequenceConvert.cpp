@@ -125,9 +125,6 @@ void NameDifference(const std::string& key, CSequenceFindings& losses)
         losses.Warning("handler-name", "The entry \"" + key + "\" is kept in another way.");
     } else if (part == "UIPolicy" || part == "Config") {
         losses.Warning("windows-lost", text + " The step shows no windows.");
-    } else if (key == "Input:PreselectedFolderPath" || IsUnder(key, "Input:PreselectedFilesPaths")) {
-        losses.Warning("source-changed",
-                       "The source \"" + key + "\" is kept in another way; give the run its input.");
     } else {
         losses.Error("value-lost", text);
     }
@@ -138,10 +135,17 @@ void NameDifference(const std::string& key, CSequenceFindings& losses)
 void NameDifferences(CCabView before, CCab after, int saveStep, CSequenceFindings& losses)
 {
     if (saveStep >= 0) after.EditCab("Commands").Remove(CabKey(saveStep).c_str());
+    bool sourceChanged = false;
     for (const std::string& key : CabDifferences(before, after.View())) {
         if (saveStep >= 0 && IsUnder(key, "Output")) continue;  // named as a whole
-        NameDifference(key, losses);
+        if (IsUnder(key, "Input:PreselectedFolderPath") || IsUnder(key, "Input:PreselectedFilesPaths")) {
+            sourceChanged = true;
+        } else {
+            NameDifference(key, losses);
+        }
     }
+    if (sourceChanged)
+        losses.Warning("source-changed", "The sources are kept in another way; give the run its input.");
 }
 
 std::string TitleFor(const json& job, const std::string& path)

@@ -4,6 +4,7 @@
 #include "engine/ItemValues.h"
 #include "jobs/JobSettings.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -12,10 +13,19 @@ namespace {
 
 using nlohmann::json;
 
+/// The colon would lead into a nested cab.
+bool IsParameterName(const std::string& name)
+{
+    const auto fits = [](char c) { return c >= ' ' && c <= '~' && c != ':'; };
+    return !name.empty() && std::all_of(name.begin(), name.end(), fits);
+}
+
 Expected<WorkflowItems> ItemsFromObject(const json& object)
 {
     WorkflowItems items;
     for (const auto& [name, value] : object.items()) {
+        if (!IsParameterName(name))
+            return Failure('"' + name + "\" is no name for a parameter: use ASCII characters other than the colon.");
         auto made = ValueFromJson(value);
         if (!made) return Failure('"' + name + "\": " + made.Error());
         items.entries.emplace_back(name, std::move(*made));

@@ -1,0 +1,123 @@
+#include "SequenceFixture.h"
+#include "hostcalls/Atoms.h"
+#include "hostcalls/CabFile.h"
+
+using nlohmann::json;
+
+namespace {
+
+using SequenceShow = CSequenceJobs;
+
+/// The parameter under the names of nested cabs.
+json Parameter(const json& parameters, const std::vector<std::string>& names)
+{
+    json level = parameters, value;
+    for (const std::string& name : names) {
+        value = nullptr;
+        for (const json& one : level)
+            if (one["name"] == name) value = one;
+        level = value.is_null() ? value : value["value"];
+    }
+    return value;
+}
+
+}  // namespace
+
+TEST_F(SequenceShow, TellsTheStepsAndTheirParametersInOrder)
+{
+    const std::string path =
+        Sequence("<Sources><Folder path='/in'/></Sources><Group label='one'>" +
+                 Step("T:None", Item("b", "integer", "-7") + Item("10", "double", "0.5") + Item("9", "atom", "A") +
+                                    Item("a", "binary", "AAE=") + Item("n", "null", "") + Item("e", "text", "") +
+                                    "<Items name='c'>" + Item("s", "string", "&#xD;&lt;") + "</Items>") +
+                 "</Group><Group label='empty'/><Group label='two'><Command name='WorkflowPlaybackSaveFiles' "
+                 "promptUser='true'/></Group>");
+    const json report = Answer(ShowSequence({{"path", path}}));
+    EXPECT_EQ(report["form"], "xml");
+    EXPECT_EQ(report["title"], "T");
+    EXPECT_EQ(report["input"]["kind"], "folder");
+    EXPECT_EQ(report["sources"], json::parse(R"([{"path":"/in","kind":"folder"}])"));
+    EXPECT_EQ(report["output"], json::parse(R"({"kind":"none","words":"saves by step 2"})"));
+    EXPECT_EQ(report["holdsPasswords"], false);
+    ASSERT_EQ(report["groups"].size(), 2u);
+    EXPECT_EQ(report["groups"][0]["label"], "one");
+    const json& first = report["groups"][0]["steps"][0];
+    EXPECT_EQ(first["available"], false);
+    EXPECT_EQ(first["parameters"],
+              json::parse(R"([{"name":"9","type":"atom","value":"A"},{"name":"10","type":"double","value":0.5},
+                              {"name":"a","type":"binary","value":"AAE="},{"name":"b","type":"integer","value":-7},
+                              {"name":"c","type":"cab","value":[{"name":"s","type":"string","value":"\r<"}]},
+                              {"name":"e","type":"text","value":""},{"name":"n","type":"null","value":null}])"));
+    const json& second = report["groups"][1]["steps"][0];
+    EXPECT_EQ(second["number"], 2);
+    EXPECT_EQ(second["title"], "Save");
+    EXPECT_EQ(second["prompts"], true);
+    EXPECT_EQ(second["line"], 1);
+}
+
+TEST_F(SequenceShow, ShowsTheHostsFormLikeXml)
+{
+    CCab sequence;
+    sequence.PutInt("Input:FileVariation", 0);
+    sequence.PutText("Input:PreselectedFilesPaths:0:DIText", "/in/a.pdf");
+    sequence.PutInt("Output:FileVariation", 2);
+    sequence.PutText("Output:PreselectedFolderPath", "/out/");
+    for (const char* step : {"Commands:0:", "Commands:1:"}) {
+        sequence.PutAtom((std::string(step) + "HandlerName").c_str(), Atom("DocSecurity"));
+        sequence.PutText((std::string(step) + "Title").c_str(), "Secure");
+    }
+    sequence.PutPointer("Commands:1:Params:p", "void", &sequence);
+    const std::string path = Folder() / "h.sequ";
+    ASSERT_TRUE(WriteCabFile(path, sequence.View()));
+    const json report = Answer(ShowSequence({{"path", path}}));
+    EXPECT_EQ(report["form"], "host");
+    EXPECT_EQ(report["sources"], json::parse(R"([{"path":"/in/a.pdf","kind":"file"}])"));
+    EXPECT_EQ(report["output"]["words"], "saves in the folder /out");
+    ASSERT_EQ(report["groups"].size(), 1u) << "neighbours of one title belong together";
+    ASSERT_EQ(report["groups"][0]["steps"].size(), 2u);
+    EXPECT_EQ(report["groups"][0]["steps"][1]["title"], "Security");
+    EXPECT_FALSE(report["groups"][0]["steps"][1].contains("line"));
+}
+
+TEST_F(SequenceShow, NeverTellsAPassword)
+{
+    const std::string all =
+        Protect(Item("Password", "text", "Hunter2a") + Item("PermPassword", "string", "Hunter2b") +
+                Item("PasswordField", "string", "column 3") + "<Items name='FileMapping'>" +
+                Item("NumItems", "integer", "2") + Item("0", "string", "a.pdf") + Item("1", "string", "Hunter2c") +
+                "</Items>" + Item("EncryptionMethod", "text", "Hunter2d")) +
+        Step("DocSecurity", Item("CryptHandler", "atom", "Standard") + "<Items name='SecuritySettings'>" +
+                                Item("userPW", "text", "Hunter2e") + Item("ownerPW", "binary", "SHVudGVyMmY=") +
+                                Item("perms", "integer", "-4") + "</Items>") +
+        Step("Other:Step",
+             "<Items name='x'>" + Item("openPassword", "atom", "Hunter2g") + "</Items>" + Item("Passwd", "text", ""));
+    const std::string path = Steps(all);
+    const json shown = Answer(ShowSequence({{"path", path}}));
+    const json& steps = shown["groups"][0]["steps"];
+    EXPECT_EQ(Parameter(steps[0]["parameters"], {"Password"})["value"], "********");
+    EXPECT_EQ(Parameter(steps[0]["parameters"], {"PasswordField"})["value"], "column 3");
+    EXPECT_EQ(Parameter(steps[0]["parameters"], {"FileMapping", "0"})["value"], "a.pdf");
+    EXPECT_EQ(Parameter(steps[0]["parameters"], {"FileMapping", "1"})["value"], "********");
+    EXPECT_EQ(Parameter(steps[1]["parameters"], {"CryptHandler"})["value"], "Standard");
+    EXPECT_EQ(Parameter(steps[1]["parameters"], {"SecuritySettings", "ownerPW"})["value"], "********");
+    EXPECT_EQ(Parameter(steps[1]["parameters"], {"SecuritySettings", "perms"})["value"], -4);
+    EXPECT_EQ(Parameter(steps[2]["parameters"], {"x", "openPassword"})["value"], "********");
+    EXPECT_EQ(Parameter(steps[2]["parameters"], {"Passwd"})["value"], "");
+    EXPECT_EQ(shown["holdsPasswords"], true);
+    for (const json& answer :
+         {Answer(CheckSequence({{"path", path}})),
+          Answer(ConvertSequence({{"path", path}, {"to", "host"}, {"target", Folder() / "h.sequ"}}))}) {
+        EXPECT_EQ(answer.dump().find("Hunter2"), std::string::npos) << answer;
+    }
+    // A parameter of the wrong type is no password; what is shown of it tells what is wrong.
+    EXPECT_EQ(Parameter(steps[0]["parameters"], {"EncryptionMethod"})["value"], "Hunter2d");
+}
+
+TEST_F(SequenceShow, RefusesWithAPlaceWhatIsNoSequence)
+{
+    const std::string path = Folder().Write("b.sequ", "<Workflow>\n<Group>");
+    EXPECT_EQ(Answer(ShowSequence({{"path", path}}))["failed"],
+              "The sequence " + path +
+                  " cannot be used (line 2, column 8): The XML document is cut off: an element is "
+                  "not closed.");
+}

@@ -30,7 +30,7 @@ class Safety(unittest.TestCase):
             ([unknown, self.save], out, "--skip-unavailable", "NoSuchStep"),
             ([self.protect], move, "--allow-no-output", "save"),
             ([self.protect], ["--final-action", "delete"], "--allow-no-output", "save"),
-            ([self.protect, bare], out, "--allow-in-place", "overwrit"),
+            ([self.protect, bare], out, "--allow-in-place", "replaced"),
         ]
         for steps, options, switch, word in rows:
             with self.subTest(switch=switch):

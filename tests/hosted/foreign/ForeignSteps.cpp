@@ -3,11 +3,15 @@
 // A handler's name tells what it does: "T:<How>In<Stage>" fails in one callback (raise, answer an error, answer
 // canceled, throw a C++ exception); the others are listed at kOwnWays. Every callback adds a line "<handler> <stage>"
 // to the file that FOREIGN_STEPS_TRACE names. FOREIGN_STEPS_FILE is a path that a step may save to.
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <vector>
 
 #include "hostapi/HostInterface.h"
 
@@ -33,7 +37,7 @@ const char* const kStages[] = {"Initialize",
                                "PostflightSequence"};
 const char* const kOwnWays[] = {"T:Plain",           "T:Other",      "T:WorksThreeTimes",  "T:ContinuesInTmp",
                                 "T:ClosesDoc",       "T:ClosesView", "T:LeavesThingsOpen", "T:NeverEnds",
-                                "COMP:AddWatermark", "HeadFootCmd"};
+                                "T:TurnsOnPageCount", "COMP:AddWatermark", "HeadFootCmd"};
 
 ASAtom AtomOf(const std::string& text) { return CALL(g_core, ASAtomFromString, text.c_str()); }
 std::string TextOf(ASAtom atom) { return CALL(g_core, ASAtomGetString, atom); }
@@ -106,6 +110,16 @@ void LeaveThingsOpen(PDDoc document)
     CALL(g_pdModel, PDDocAcquire, document);
 }
 
+/// What ends a process, by the number of pages, so that one sequence meets good and bad documents.
+void TurnOnPageCount(PDDoc document)
+{
+    static std::vector<std::string> kept;
+    const ASInt32 pages = CALL(g_pdModel, PDDocGetNumPages, document);
+    while (pages == 7) std::this_thread::sleep_for(std::chrono::seconds(1));
+    if (pages == 8) std::raise(SIGSEGV);
+    while (pages == 9) kept.emplace_back(std::size_t{16} << 20, 'x');
+}
+
 AVCommandStatus WorkOf(const std::string& name, AVCommand command)
 {
     static int calls = 0;
@@ -116,6 +130,7 @@ AVCommandStatus WorkOf(const std::string& name, AVCommand command)
     if (name == "T:ClosesDoc") CALL(g_pdModel, PDDocClose, document);
     if (name == "T:ClosesView") CALL(g_view, AVDocClose, CALL(g_view, AVCommandGetAVDoc, command), 1);
     if (name == "T:LeavesThingsOpen") LeaveThingsOpen(document);
+    if (name == "T:TurnsOnPageCount") TurnOnPageCount(document);
     if (IsIn(name, "Cancel")) return kAVCommandInError;  // so that it is canceled
     return kAVCommandDone;
 }

@@ -1,4 +1,3 @@
-#include "common/FileNames.h"
 #include "common/Text.h"
 #include "engine/OutputSettings.h"
 #include "engine/PathEntry.h"
@@ -151,7 +150,7 @@ void NameDifferences(CCabView before, CCab after, int saveStep, CSequenceFinding
 std::string TitleFor(const json& job, const std::string& path)
 {
     const std::string title = JobBytes(job, "title");
-    return title.empty() ? SplitPath(FileName(path)).base : title;
+    return title.empty() ? TitleFromPath(path) : title;
 }
 
 Expected<Converted> ToXml(const SequenceSource& source, const json& job)

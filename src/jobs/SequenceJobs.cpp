@@ -1,6 +1,5 @@
 #include "jobs/SequenceJobs.h"
 
-#include "common/FileNames.h"
 #include "engine/WorkflowWriter.h"
 #include "jobs/JobSettings.h"
 #include "jobs/SequenceChecks.h"
@@ -41,7 +40,7 @@ Workflow MakeWorkflow(const json& job, std::vector<WorkflowCommand> commands)
 {
     Workflow workflow;
     workflow.title = JobBytes(job, "title");
-    if (workflow.title.empty()) workflow.title = SplitPath(FileName(JobBytes(job, "path"))).base;
+    if (workflow.title.empty()) workflow.title = TitleFromPath(JobBytes(job, "path"));
     workflow.description = JobBytes(job, "description");
     for (WorkflowCommand& command : commands) {
         if (command.label.empty()) command.label = workflow.title;

@@ -1,5 +1,7 @@
 #include "jobs/SequenceWriting.h"
 
+#include "common/Encoding.h"
+#include "common/FileNames.h"
 #include "platform/Files.h"
 
 #include <cerrno>
@@ -9,6 +11,8 @@ namespace {
 constexpr unsigned kOwnerOnly = 0600, kAsOthersDo = 0666;  // less what the user's mask takes away
 
 }  // namespace
+
+std::string TitleFromPath(const std::string& path) { return SanitizeUtf8(SplitPath(FileName(path)).base); }
 
 std::string PutSequenceFile(const SequenceTarget& target, const std::string& bytes)
 {

@@ -3,6 +3,9 @@
 
 #include <string>
 
+/// A title for a sequence that has none: the name of its file, as text.
+[[nodiscard]] std::string TitleFromPath(const std::string& path);
+
 struct SequenceTarget {
     std::string path;
     bool overwrite = false;

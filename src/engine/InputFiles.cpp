@@ -13,13 +13,19 @@ constexpr char kFolderKey[] = "PreselectedFolderPath";
 
 using Paths = Expected<std::vector<std::string>>;
 
-/// One place or several, to be collected from.
-Paths PreselectedFiles(CCabView input, CLogWriter& log)
+std::vector<std::string> ListedPaths(CCabView input)
 {
     std::vector<std::string> paths;
     const CCabView files = input.Cab(kFilesKey);
     for (const std::string& key : files.Keys())
         if (auto path = PathEntry(files, key.c_str())) paths.push_back(std::move(*path));
+    return paths;
+}
+
+/// One place or several, to be collected from.
+Paths PreselectedFiles(CCabView input, CLogWriter& log)
+{
+    std::vector<std::string> paths = ListedPaths(input);
     if (!paths.empty()) return paths;
     constexpr char kNone[] = "No pre-selected file paths available";
     log.Line(kNone);
@@ -93,6 +99,12 @@ Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, CC
     for (const UnreadableFolder& folder : collector.Unreadable())
         log.NameValue("Folder cannot be read", folder.path + " (" + platform::ErrorText(folder.errorNumber) + ")", 1);
     return collector;
+}
+
+std::vector<std::string> ListedFolders(CCabView input)
+{
+    const bool listed = input.Int("FileVariation", -1) == kInputFolder && !input.Known(kFolderKey);
+    return listed ? ListedPaths(input) : std::vector<std::string>();
 }
 
 void LogInputPlaces(const ExecutorSettings& settings, CCabView input, CLogWriter& log)

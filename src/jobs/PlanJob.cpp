@@ -21,17 +21,19 @@ class CPlanner {
 public:
     CPlanner(const json& job, const JobServices& services) : m_job(job), m_services(services) {}
 
-    ExecutionResult Plan(const RunSettings& settings, const ExecutorSettings& executor, CSequence& sequence) const
+    ExecutionResult Plan(const RunSettings& settings, ExecutorSettings executor, CSequence& sequence) const
     {
         CLogWriter& log = m_services.log;
         if (std::string problem = SequenceProblem(sequence, log); !problem.empty()) return NotStarted(problem);
         const SequenceFacts facts = ReadSequenceFacts(sequence, GetHostVersion().major);
+        const CCabView input = sequence.Input();
+        if (settings.alternativeInputPath.empty() && executor.furtherInputPaths.empty())
+            executor.furtherInputPaths = ListedFolders(input);
         const RunRequest request{settings, executor.furtherInputPaths, Switches()};
         if (const std::string problem = SafetyProblem(facts, request); !problem.empty()) {
             log.NameValue("The run is not started", problem, 1);
             return NotStarted(problem);
         }
-        const CCabView input = sequence.Input();
         auto inputs = CollectInputFiles(executor, input, AcceptedExtensions(executor, input, log), log);
         if (!inputs) return NotStarted(inputs.Error());
         Report(facts, request, std::move(*inputs));

@@ -92,6 +92,17 @@ class Jobs(JobTest):
         job = self.plan(inputs=[to_text(other), to_text(self.place.input / "a.pdf"), to_text(other / "c.txt")])
         self.assertEqual([Path(i["path"]).name for i in job.planned()[0]], ["a.pdf", "b.pdf", "c.txt"], job)
 
+    def test_places_that_the_sequence_names(self):
+        self.write("a.pdf", "b.pdf")
+        steps = [(PROTECT, protect_items()), (SAVE, save_items())]
+        for sources, found in (([("Folder", self.place.input)], ["a.pdf", "b.pdf"]),
+                               ([("File", self.place.input / "b.pdf")], ["b.pdf"]),
+                               ([("Folder", self.place.output), ("File", self.place.input / "b.pdf")], ["b.pdf"])):
+            with self.subTest(sources=sources):
+                sequence = self.place.sequence("named.sequ", steps, sources)
+                job = self.plan(sequence, settings={"FERRULEALTPATH": ""})
+                self.assertEqual([Path(i["path"]).name for i in job.planned()[0]], found, job)
+
     def test_no_inputs(self):
         job = self.plan()
         self.assertEqual(job.end, "finished", job)

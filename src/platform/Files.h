@@ -90,8 +90,8 @@ std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t 
                                          FileResult* result = nullptr);
 
 /// Writes a complete file or leaves the old one: temporary file in the same folder, flushed, renamed, folder flushed.
-/// `mode`: permission bits of the new file (ignored where the system has none). Fail: a name that is taken stays as it
-/// is, also when it was taken meanwhile.
+/// `mode`: permission bits of the new file (ignored where the system has none). Fail: a name that is taken stays as
+/// it is, also when it was taken meanwhile.
 FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode,
                                Existing existing = Existing::Replace);
 

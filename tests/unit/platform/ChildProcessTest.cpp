@@ -1,5 +1,6 @@
 #include "platform/ChildProcess.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -108,7 +109,8 @@ TEST(ChildProcess, FindsOnlyWhatWasMeantForIt)
     setenv("FERRULE_TEST_KEPT", "kept", 1);
     setenv("FERRULE_TEST_CHANGED", "old", 1);
     setenv("FERRULE_TEST_GONE", "old", 1);
-    const int inherited = dup(STDERR_FILENO), other = dup(STDERR_FILENO);
+    // High numbers: the shell opens pipes of its own.
+    const int inherited = fcntl(STDERR_FILENO, F_DUPFD, 20), other = fcntl(STDERR_FILENO, F_DUPFD, 20);
     auto options = Shell(
         "echo \"$# $1\"; echo $FERRULE_TEST_KEPT,$FERRULE_TEST_CHANGED,${FERRULE_TEST_GONE-gone},$FERRULE_TEST_NEW; "
         "echo $(cd /proc/$$/fd; echo *); while read -r name value; do case $name in SigBlk:|SigIgn:) echo $value;; "
@@ -120,7 +122,6 @@ TEST(ChildProcess, FindsOnlyWhatWasMeantForIt)
     auto child = CChildProcess::Start(options);
     signal(SIGTERM, before);
     ASSERT_TRUE(child);
-    // The shell has opened the pipe of its command substitution besides.
     const auto story = Watch(*child);
     EXPECT_EQ(story.lines.substr(0, story.lines.find("0 1 2")), "1 an \"argument\"|kept,new,gone,a=b|");
     const std::string numbers = ' ' + story.lines.substr(story.lines.find("0 1 2"));

@@ -155,10 +155,10 @@ void CManifestRun::Process()
         });
     CResults results({.done = *m_done,
                       .journal = IsTrial() ? nullptr : &m_journal,
-                      .order = m_options.order ? &order : nullptr,
+                      .order = &order,
                       .observer = m_observer},
                      m_progress);
-    if (m_options.order) order.Begin();
+    order.Begin();
     CScheduler files([this] { return NextFile(); });
     CFileQueue queue({.files = files,
                       .results = results,
@@ -167,7 +167,7 @@ void CManifestRun::Process()
                       .again = &m_again,
                       .readDone = [this](const DonePlace& place) { return ReadDone(place); }});
     const LoopEnd end = RunLoop(queue, results);
-    if (m_options.order) order.Finish();
+    order.Finish();
     if (order.Failed()) Broken("The journal " + m_options.journalPath + " cannot be read again.");
     Close(end, m_problem, results);
 }

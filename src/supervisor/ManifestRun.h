@@ -21,7 +21,6 @@ struct ManifestRunOptions {
     std::string journalPath = {};  ///< empty: a trial run, without journal
     int shard = 1, shards = 1;
     bool retryFailed = false;
-    bool order = true;            ///< writes log and record; else only the journal
     std::string logPath = {};     ///< empty: no log
     std::string recordPath = {};  ///< empty: no file
     int interruptsSeen = 0;

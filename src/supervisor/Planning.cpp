@@ -3,6 +3,7 @@
 #include "platform/ByteText.h"
 #include "supervisor/FileRecord.h"
 #include "supervisor/HostJob.h"
+#include "supervisor/WorkerLog.h"
 
 #include <algorithm>
 #include <random>
@@ -11,7 +12,6 @@
 namespace {
 
 constexpr std::size_t kRunIdLength = 16;
-constexpr std::size_t kShortestEndLine = 80;
 
 Json SettingsJson(const RunRequest& request)
 {
@@ -34,16 +34,11 @@ std::string PlanJobText(const RunRequest& request, const std::string& run)
                    {"allowInPlace", request.allowInPlace}});
 }
 
-bool IsEndLine(const std::string& line)
-{
-    return line.size() >= kShortestEndLine && line.find_first_not_of('-') == std::string::npos;
-}
-
-/// The plug-in closes a run with a line of hyphens; what it logs after that comes behind the files.
+/// The count of the input files comes last before the files; what follows comes behind them.
 void SplitLog(std::vector<std::string> log, ManifestHeader& header)
 {
-    const auto end = std::find_if(log.rbegin(), log.rend(), IsEndLine);
-    const auto place = end == log.rend() ? log.end() : std::prev(end.base());
+    auto place = std::find_if(log.begin(), log.end(), IsInputCount);
+    if (place != log.end()) ++place;
     header.epilogue.assign(place, log.end());
     log.erase(place, log.end());
     header.preamble = std::move(log);
@@ -77,6 +72,7 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     CManifestWriter* writer = manifest ? &*manifest : nullptr;
     HostJobResult host = RunHostJob(m_starter, "plan", PlanJobText(m_request, run), m_interruptsSeen, m_observer,
                                     [&](const std::string& json) { OnReport(json, writer); });
+    m_planned.log = host.log;
     if (host.job.exit != ExitClass::Fine) return Fail(host.job.exit, std::move(host.job.message));
     if (m_disordered || m_planned.summary.json.empty() || m_files != m_planned.summary.total)
         return Fail(ExitClass::Broken, "The host's plan is incomplete.");

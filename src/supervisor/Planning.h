@@ -11,6 +11,7 @@
 struct Planned {
     PlanSummary summary = {};
     ManifestHeader header = {};
+    std::vector<std::string> log = {};  ///< of the plug-in, also when planning failed
 };
 
 struct PlanFailure {

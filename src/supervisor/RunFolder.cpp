@@ -49,7 +49,7 @@ std::string TakeLock(platform::CFileLock& lock, const std::string& path)
         if (taken) return {};
         if (taken.errorNumber != EWOULDBLOCK) break;
     }
-    if (taken.errorNumber == EWOULDBLOCK) return "The same run is being done by another process.";
+    if (taken.errorNumber == EWOULDBLOCK) return "The same run is being done by another process (" + path + " is locked).";
     return "The file " + path + " cannot be locked (" + platform::ErrorText(taken.errorNumber) + ").";
 }
 

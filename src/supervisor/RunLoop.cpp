@@ -70,6 +70,8 @@ DoneFile CombineDone(const FileInHand& hand, FileRecord record, LogBlock block)
     return done;
 }
 
+LogBlock TakeBlock(CWorker& worker) { return worker.files == 1 ? worker.log.TakeFirst() : worker.log.Take(); }
+
 /// What a host that could not even begin has said about it.
 std::string ErrorText(const CWorker& worker)
 {
@@ -157,7 +159,8 @@ void CRunLoop::WorkerEnded(CWorker& worker)
         if (++m_failedStarts >= kFailedStartsAllowed) Break(ErrorText(worker));
     }
     if (worker.end.empty()) return;
-    m_parts.results.AddEpilogue(worker.log.Take().lines);
+    // Without a file there was nothing to end.
+    if (worker.files != 0) m_parts.results.AddEpilogue(worker.log.Take().lines);
     if (worker.end != "finished")
         Break(worker.endMessage.empty() ? "A worker broke off the run." : worker.endMessage);
 }
@@ -375,7 +378,7 @@ void CRunLoop::Dismiss(CWorker& worker)
 void CRunLoop::CompleteFile(CWorker& worker)
 {
     const FileInHand hand = std::move(*worker.hand);
-    const DoneFile done = CombineDone(hand, std::move(*worker.told), worker.log.Take());
+    const DoneFile done = CombineDone(hand, std::move(*worker.told), TakeBlock(worker));
     worker.hand.reset();
     worker.told.reset();
     m_parts.queue.Finish(done, hand.file);
@@ -389,7 +392,7 @@ void CRunLoop::FileLost(CWorker& worker, const std::string& reason)
     record.outcome = FileOutcomeClass::Stopped;
     record.message = reason;
     record.milliseconds = static_cast<std::int64_t>(MonotonicMilliseconds() - worker.handedOutAt);
-    DoneFile done = CombineDone(hand, std::move(record), worker.log.Take());
+    DoneFile done = CombineDone(hand, std::move(record), TakeBlock(worker));
     done.log.push_back("\tERROR: " + reason);
     RemoveTemporariesOf(worker, hand);
     // What is left of a stopped file is found out when the run is resumed.

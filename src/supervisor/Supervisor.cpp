@@ -59,6 +59,19 @@ int CountedInterrupts()
 
 std::string LogPathFor(const std::string& wanted) { return wanted.empty() ? UserPaths().logFile : wanted; }
 
+/// What the plug-in says about it is in the user's log as if it had run in the user's own host.
+RunResult NotPlanned(CPlanning& planning, const std::string& logPath)
+{
+    RunResult result = Failed(planning.Failure());
+    const std::vector<std::string>& lines = planning.Result().log;
+    CRunLog log;
+    if (lines.empty() || !log.Open(logPath)) return result;
+    log.Preamble(lines);
+    log.Close();
+    result.logPath = logPath;
+    return result;
+}
+
 RunResult RunTrial(const RunOptions& options, int interrupts, CRunObserver& observer)
 {
     const CScratchFolder scratch;
@@ -96,7 +109,7 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
         // The manifest first: a journal without one is nobody's.
         (void)platform::DeleteFile(run.manifestPath);
         (void)platform::DeleteFile(run.journalPath);
-        if (!planning.Run(run.manifestPath, NewRunId(), false)) return Failed(planning.Failure());
+        if (!planning.Run(run.manifestPath, NewRunId(), false)) return NotPlanned(planning, run.logPath);
         run.plan = std::move(planning.Result().summary);
     }
     return CManifestRun(options.engine, starter, std::move(run), observer).Run();
@@ -124,7 +137,7 @@ RunResult RunShard(const ShardOptions& options, CRunObserver& observer)
     if (options.shards < 1 || options.shard < 1 || options.shard > options.shards)
         return Failed(ExitClass::Broken, "There is no such shard.");
     platform::CFileLock lock;
-    if (std::string problem = TakeLock(lock, options.journalPath + ".lock"); !problem.empty())
+    if (std::string problem = TakeLock(lock, options.journalPath); !problem.empty())
         return Failed(ExitClass::Broken, std::move(problem));
     const CScratchFolder scratch;
     if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);
@@ -134,7 +147,6 @@ RunResult RunShard(const ShardOptions& options, CRunObserver& observer)
                            .shard = options.shard,
                            .shards = options.shards,
                            .retryFailed = options.retryFailed,
-                           .order = false,
                            .interruptsSeen = interrupts};
     return CManifestRun(options.engine, starter, std::move(run), observer).Run();
 }

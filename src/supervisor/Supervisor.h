@@ -18,7 +18,8 @@
 /// Only the plan.
 [[nodiscard]] RunResult PlanRun(const PlanOptions& options, CRunObserver& observer);
 
-/// One shard of a manifest; writes the journal and nothing else. The counts are those of the shard.
+/// One shard of a manifest; writes the journal and nothing else. The counts, and the lines of the record that the
+/// observer hears, are those of the shard.
 [[nodiscard]] RunResult RunShard(const ShardOptions& options, CRunObserver& observer);
 
 /// Joins the journals of all shards; tells files that lack an outcome or have two in the message.

@@ -13,6 +13,8 @@ std::string LogEntry(std::string_view line)
     return std::string(line);
 }
 
+bool IsInputCount(const std::string& entry) { return entry.starts_with("\tNumber of input files : "); }
+
 void CWorkerLog::Read()
 {
     if (!m_open) m_open = m_reader.Open(m_path);
@@ -46,5 +48,16 @@ LogBlock CWorkerLog::Take()
     // Marks that came in the wrong order, or only one of them, mark nothing.
     const bool marked = block.preflightBegin < block.preflightEnd && block.preflightEnd <= block.lines.size();
     if (!marked) block.preflightBegin = block.preflightEnd = 0;
+    return block;
+}
+
+LogBlock CWorkerLog::TakeFirst()
+{
+    LogBlock block = Take();
+    if (block.lines.empty() || !IsInputCount(block.lines.front())) return block;
+    block.lines.erase(block.lines.begin());
+    if (block.preflightEnd == 0) return block;
+    --block.preflightBegin;
+    --block.preflightEnd;
     return block;
 }

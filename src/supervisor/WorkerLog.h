@@ -25,6 +25,8 @@ public:
     void MarkEnd() { m_end = m_block.lines.size(); }
     /// What has been taken in since the last block, up to its mark when it has one.
     [[nodiscard]] LogBlock Take();
+    /// Likewise; but the number of input files, which a worker logs when it has its first file, is in the preamble.
+    [[nodiscard]] LogBlock TakeFirst();
 
 private:
     std::string m_path;
@@ -36,5 +38,7 @@ private:
     std::size_t m_end = kNoEnd;
 };
 
+/// Whether the entry tells the number of input files.
+[[nodiscard]] bool IsInputCount(const std::string& entry);
 /// The entry in a line of a log file: without number and line end.
 [[nodiscard]] std::string LogEntry(std::string_view line);

@@ -117,6 +117,8 @@ private:
                       {"modified", std::to_string(stamp->modifiedNanoseconds)},
                       {"group", group == std::string::npos ? 0 : ParseDecimal(entry.name.substr(group + 5))}}}}}});
         }
+        m_log.Line("\tNumber of input files : " + std::to_string(number));
+        m_log.Line("closing");
         Tell({{"tell", "report"},
               {"report",
                {{"plan",
@@ -132,6 +134,7 @@ private:
     {
         bool preflighted = false;
         for (Input input; Next(input);) {
+            if (!preflighted) m_log.Line("\tNumber of input files : " + std::to_string(m_total));
             m_log.Line("file " + FileName(input.path));
             if (!std::exchange(preflighted, true)) {
                 Ask({{"ask", "mark"}, {"mark", "sequence-preflight-begins"}});
@@ -148,6 +151,7 @@ private:
     {
         const Json answer = Ask({{"ask", "input"}});
         const Json& given = ObjectAt(answer, "input");
+        m_total = CountAt(given, "total");
         input = {CountAt(given, "number"), BytesAt(given, "path"), TextAt(given, "toDo") == "final-action"};
         return input.number != 0;
     }
@@ -312,6 +316,7 @@ private:
     CLog m_log;
     Json m_settings;
     std::string m_tag;
+    int m_total = 0;
     bool m_trial = false;
     Input m_input;
     Json m_outputs, m_finalAction;

@@ -34,7 +34,7 @@ TEST(Run, WritesOneLogAndOneRecordInInputOrderForAnyNumberOfJobs)
         CRunPlace place;
         place.options.engine.jobs = jobs;
         place.FinalAction(6);
-        std::vector<std::string> expected = {"LOG STARTED: today", "preamble"};
+        std::vector<std::string> expected = {"LOG STARTED: today", "preamble", "\tNumber of input files : 8"};
         for (char letter = 'a'; letter < 'i'; ++letter) {
             const std::string name = std::string(1, letter) + ".pdf";
             place.Input(name);

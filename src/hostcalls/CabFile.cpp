@@ -1,6 +1,5 @@
 #include "hostcalls/CabFile.h"
 
-#include "hostcalls/HostEntry.h"
 #include "hostcalls/HostPath.h"
 #include "hostcalls/HostSlot.h"
 
@@ -73,64 +72,17 @@ void WriteCab(const std::string& path, CCabView cab)
     file.Close();
 }
 
-CCab ReadCabBytes(const std::string& bytes)
-{
-    const CHostStream stream(
-        HostCall(HOST_SLOT(AcroSupport, ASMemStmRdOpen), bytes.data(), static_cast<ASArraySize>(bytes.size())));
-    return CCab(HostCall(HOST_SLOT(ASExtra, ASCabReadFromStream), stream.Get()));
-}
-
-/// Answers how many bytes it took; fewer than given tell the host that writing failed.
-ASTCount HOSTCALL TakeBytes(char* data, ASTArraySize count, void* clientData) noexcept
-{
-    try {
-        static_cast<std::string*>(clientData)->append(data, static_cast<std::size_t>(count));
-        return static_cast<ASTCount>(count);
-    } catch (...) {
-        return 0;
-    }
-}
-
-std::string WriteCabBytes(CCabView cab)
-{
-    std::string bytes;
-    CHostStream stream(HostCall(HOST_SLOT(AcroSupport, ASProcStmWrOpen), Callback(&TakeBytes), nullptr, &bytes));
-    HostCall(HOST_SLOT(ASExtra, ASCabWriteToStream), cab.Get(), stream.Get());
-    stream.Close();
-    return bytes;
-}
-
-Expected<CCab> CabOrReason(CCab cab, const std::optional<HostError>& error)
-{
-    if (error) return Failure(error->text);
-    if (!cab) return Failure("The file is not in the host's own form");
-    return cab;
-}
-
 }  // namespace
 
 Expected<CCab> ReadCabFile(const std::string& path)
 {
     CCab cab(nullptr);
-    const auto error = CatchHostError([&] { cab = ReadCab(path); });
-    return CabOrReason(std::move(cab), error);
+    if (const auto error = CatchHostError([&] { cab = ReadCab(path); })) return Failure(error->text);
+    if (!cab) return Failure("The file is not in the host's own form");
+    return cab;
 }
 
 bool WriteCabFile(const std::string& path, CCabView cab)
 {
     return !CatchHostError([&] { WriteCab(path, cab); });
-}
-
-Expected<CCab> CabFromBytes(const std::string& bytes)
-{
-    CCab cab(nullptr);
-    const auto error = CatchHostError([&] { cab = ReadCabBytes(bytes); });
-    return CabOrReason(std::move(cab), error);
-}
-
-Expected<std::string> BytesFromCab(CCabView cab)
-{
-    std::string bytes;
-    if (const auto error = CatchHostError([&] { bytes = WriteCabBytes(cab); })) return Failure(error->text);
-    return bytes;
 }

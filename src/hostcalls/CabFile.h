@@ -1,4 +1,4 @@
-// Cabs in files and as bytes, in the host's own form.
+// Cabs in files, in the host's own form.
 #pragma once
 
 #include "common/Expected.h"
@@ -13,7 +13,3 @@
 /// Writes a cab to a file, which is made or replaced; a failure may leave an incomplete file. Does not throw
 /// CHostException.
 [[nodiscard]] bool WriteCabFile(const std::string& path, CCabView cab);
-
-/// The same without a file. Neither throws CHostException.
-[[nodiscard]] Expected<CCab> CabFromBytes(const std::string& bytes);
-[[nodiscard]] Expected<std::string> BytesFromCab(CCabView cab);

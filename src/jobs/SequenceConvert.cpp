@@ -4,7 +4,6 @@
 #include "engine/WorkflowToCab.h"
 #include "engine/WorkflowWriter.h"
 #include "engine/WorkflowXml.h"
-#include "hostcalls/CabFile.h"
 #include "jobs/JobSettings.h"
 #include "jobs/SequenceChecks.h"
 #include "jobs/SequenceForms.h"
@@ -48,18 +47,13 @@ void NameUnkeptWords(const SequenceSource& source, CSequenceFindings& losses)
     losses.About(nullptr);
 }
 
-Expected<Converted> ToHostForm(const SequenceSource& source)
+Expected<Converted> ToHostForm(const SequenceSource& source, const std::string& target)
 {
     Converted converted;
     for (const SequenceFinding& remark : source.audit.remarks) converted.losses.Add(remark);
     NameUnkeptWords(source, converted.losses);
-    const CCab cab = CabFromWorkflow(*source.workflow);
-    auto bytes = BytesFromCab(cab.View());
-    if (!bytes) return Failure("the host cannot write it: " + bytes.Error());
-    const auto again = CabFromBytes(*bytes);
-    if (!again) return Failure("the host cannot read what it has written: " + again.Error());
-    for (const std::string& key : CabDifferences(cab.View(), again->View()))
-        converted.losses.Error("value-lost", "The host does not keep the value \"" + key + "\".");
+    auto bytes = HostFormOf(source.sequence.Whole(), target);
+    if (!bytes) return Failure(bytes.Error());
     converted.bytes = std::move(*bytes);
     return converted;
 }
@@ -188,7 +182,7 @@ Expected<Converted> Convert(const SequenceSource& source, SequenceForm to, const
 {
     if (source.form == to)
         return Failure(std::string("it has the form \"") + FormWord(to) + "\" already; copy it instead.");
-    return to == SequenceForm::Xml ? ToXml(source, job) : ToHostForm(source);
+    return to == SequenceForm::Xml ? ToXml(source, job) : ToHostForm(source, JobBytes(job, "target"));
 }
 
 }  // namespace

@@ -2,13 +2,47 @@
 
 #include "common/Encoding.h"
 #include "common/FileNames.h"
+#include "engine/XmlGuard.h"
+#include "hostcalls/CabFile.h"
+#include "jobs/SequenceForms.h"
 #include "platform/Files.h"
+#include "platform/Overseer.h"
 
 #include <cerrno>
 
 namespace {
 
 constexpr unsigned kOwnerOnly = 0600, kAsOthersDo = 0666;  // less what the user's mask takes away
+
+/// A file for a moment, nobody's document.
+class CScratchFile {
+public:
+    explicit CScratchFile(const std::string& folder)
+    {
+        for (int number = 1; number <= kAttempts; ++number) {
+            m_path = folder + platform::TemporaryPrefix("") + "cab-" + std::to_string(number);
+            m_result = platform::WriteFileAtomically(m_path, "", kOwnerOnly, platform::Existing::Fail);
+            if (m_result.errorNumber != EEXIST) return;
+        }
+    }
+    CScratchFile(const CScratchFile&) = delete;
+    CScratchFile& operator=(const CScratchFile&) = delete;
+    ~CScratchFile()
+    {
+        if (!m_result) return;
+        platform::COverseer* const overseer = platform::InstallOverseer(nullptr);
+        (void)platform::DeleteFile(m_path);
+        platform::InstallOverseer(overseer);
+    }
+
+    const std::string& Path() const { return m_path; }
+    platform::FileResult Result() const { return m_result; }
+
+private:
+    static constexpr int kAttempts = 1000;  // names of a dead process may be in the way
+    std::string m_path;
+    platform::FileResult m_result;
+};
 
 }  // namespace
 
@@ -24,4 +58,21 @@ std::string PutSequenceFile(const SequenceTarget& target, const std::string& byt
     if (written.errorNumber == EEXIST)
         return "The file " + target.path + " exists already; choose another name or allow it to be overwritten.";
     return "The sequence cannot be written to " + target.path + ": " + platform::ErrorText(written.errorNumber) + ".";
+}
+
+Expected<std::string> HostFormOf(CCabView cab, const std::string& beside)
+{
+    const CScratchFile file(FolderOf(beside));
+    if (!file.Result())
+        return Failure("no file can be made beside " + beside + ": " +
+                       platform::ErrorText(file.Result().errorNumber) + ".");
+    if (!WriteCabFile(file.Path(), cab)) return Failure("the host cannot write it.");
+    const auto again = ReadCabFile(file.Path());
+    if (!again) return Failure("the host cannot read what it has written: " + again.Error());
+    if (!CabDifferences(cab, again->View()).empty()) return Failure("the host does not keep all its values.");
+    platform::FileResult read{.errorNumber = 0};
+    auto bytes = platform::ReadWholeFile(file.Path(), XmlLimits{}.bytes, &read);
+    if (!bytes)
+        return Failure("what the host has written cannot be read: " + platform::ErrorText(read.errorNumber) + ".");
+    return std::move(*bytes);
 }

@@ -22,6 +22,7 @@ class SequenceJobs(unittest.TestCase):
         """Does a job; answers its report, or its message when it is not to finish."""
         job = Job(self.place, {"kind": "sequence-" + kind, "path": to_text(self.sequence), **fields})
         self.assertEqual((job.end, job.code == 0), (end, end == "finished"), job)
+        self.assertEqual(job.acts, [], "sequence files are not what a run asks about")
         self.assertEqual(len(job.reports), 1 if end == "finished" else 0, job)
         for secret in (OPEN, OWNER):
             self.assertNotIn(secret, str(job) + repr(job.reports) + repr(job.remarks))

@@ -172,6 +172,7 @@ TEST_F(SequenceConvert, KeepsPasswordsForTheOwnerAlone)
     struct stat status {};
     ASSERT_EQ(stat(host.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600u);
+    EXPECT_EQ(Folder().EntryCount(), 2u) << "a temporary file was left";
     const auto cab = ReadCabFile(host);
     ASSERT_TRUE(cab) << cab.Error();
     EXPECT_EQ(cab->Text("Commands:0:Params:Password"), "Geheim1");

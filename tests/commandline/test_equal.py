@@ -56,7 +56,7 @@ class Variant:
 
     def environment_form(self):
         outcome = self.place.run_folder(self.sequence, self.final, "" if self.final in (0, 3) else self.place.done,
-                                        ["--record", self.record], output=self.output is not None, FERRULEFILEEXT="pdf")
+                                        ["--record", self.record], output=self.output is not None, FERRULEFILEEXT="pdf", FERRULENOPROGRESS="")
         self.log.write_bytes(outcome.raw_log)
         return outcome.code
 

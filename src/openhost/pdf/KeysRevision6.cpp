@@ -80,6 +80,8 @@ private:
         return algorithm;
     }
 
+    using DigestContext = Owned<EVP_MD_CTX, &EVP_MD_CTX_free>;
+    using CipherContext = Owned<EVP_CIPHER_CTX, &EVP_CIPHER_CTX_free>;
     using Digest = Owned<EVP_MD, &EVP_MD_free>;
     using Cipher = Owned<EVP_CIPHER, &EVP_CIPHER_free>;
     Digest m_sha256 = Found(Digest(EVP_MD_fetch(nullptr, "SHA2-256", nullptr)));
@@ -87,8 +89,8 @@ private:
     Digest m_sha512 = Found(Digest(EVP_MD_fetch(nullptr, "SHA2-512", nullptr)));
     Cipher m_cbc128 = Found(Cipher(EVP_CIPHER_fetch(nullptr, "AES-128-CBC", nullptr)));
     Cipher m_cbc256 = Found(Cipher(EVP_CIPHER_fetch(nullptr, "AES-256-CBC", nullptr)));
-    Owned<EVP_MD_CTX, &EVP_MD_CTX_free> m_digest{EVP_MD_CTX_new()};
-    Owned<EVP_CIPHER_CTX, &EVP_CIPHER_CTX_free> m_cipher{EVP_CIPHER_CTX_new()};
+    DigestContext m_digest = Found(DigestContext(EVP_MD_CTX_new()));
+    CipherContext m_cipher = Found(CipherContext(EVP_CIPHER_CTX_new()));
 };
 
 CAlgorithms& Algorithms()

@@ -39,7 +39,8 @@ void CopyStreams(QPDFWriter& writer, QPDF& library)
     writer.setDecodeLevel(qpdf_dl_none);
     writer.setCompressStreams(pack);
     if (!pack) return;
-    for (QPDFObjectHandle object : library.getAllObjects()) {
+    for (const auto& [id, entry] : library.getXRefTable()) {
+        QPDFObjectHandle object = library.getObject(id);
         if (object.isStream() && !object.getDict().isDictionaryOfType("/Metadata")) object.setFilterOnWrite(false);
     }
 }

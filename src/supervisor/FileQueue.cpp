@@ -111,7 +111,9 @@ void CFileQueue::TakeUp(FileInHand& hand)
 
 CFileQueue::Readiness CFileQueue::Settle(FileInHand& hand)
 {
-    Settlement settlement = ::Settle(hand.file, hand.intents, hand.results, m_parts.facts.rules);
+    SettlingRules rules = m_parts.facts.rules;
+    rules.redoResults = true;
+    Settlement settlement = ::Settle(hand.file, hand.intents, hand.results, rules);
     switch (settlement.left) {
         case Left::Everything:
             for (const std::string& path : settlement.takeBack) (void)platform::DeleteFile(path);

@@ -112,7 +112,7 @@ FileResult CJournalWriter::Open(const std::string& path, const JournalName& name
     if (const FileResult opened = m_file.Open(path); !opened) return opened;
     m_length = length;
     if (const FileResult cut = m_file.Truncate(length); !cut) return cut;
-    return length == 0 ? AddLine(HeaderLine(name), true) : FileResult{};
+    return length == 0 ? AddLine(HeaderLine(name), false) : FileResult{};
 }
 
 FileResult CJournalWriter::AddIntent(const Intent& intent)

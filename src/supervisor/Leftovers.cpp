@@ -57,7 +57,8 @@ void GiveUpRun(const std::string& manifestPath, const std::string& journalPath, 
     observer.Warning("An earlier run of the same request was not finished: " + std::to_string(CountDone(done)) +
                      " of " + std::to_string(done.Total()) +
                      " files were done. It is given up, and this one begins with the files as they are now.");
-    const RunFacts facts = ReadRunFacts(*header);
+    RunFacts facts = ReadRunFacts(*header);
+    facts.rules.redoResults = true;
     SettleOpen(manifest, journal, facts.rules);
     RemoveUnfinishedFiles(manifestPath, facts, journal, header->run);
 }

@@ -153,11 +153,9 @@ void CManifestRun::Process()
             m_record.Add(done.record);
             m_log.File(done, written);
         });
-    CResults results({.done = *m_done,
-                      .journal = IsTrial() ? nullptr : &m_journal,
-                      .order = &order,
-                      .observer = m_observer},
-                     m_progress);
+    CResults results(
+        {.done = *m_done, .journal = IsTrial() ? nullptr : &m_journal, .order = &order, .observer = m_observer},
+        m_progress);
     order.Begin();
     CScheduler files([this] { return NextFile(); });
     CFileQueue queue({.files = files,

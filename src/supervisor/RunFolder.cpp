@@ -11,8 +11,7 @@
 namespace {
 
 constexpr std::size_t kKeyLength = 32;
-constexpr int kLockAttempts = 30;
-constexpr std::chrono::milliseconds kLockPause{100};
+constexpr std::chrono::milliseconds kFirstLockPause{5}, kLongestLockPause{1000};
 
 void AddPart(platform::CSha256& digest, const std::string& part)
 {
@@ -43,13 +42,14 @@ std::string KeyOf(const RunRequest& request)
 std::string TakeLock(platform::CFileLock& lock, const std::string& path)
 {
     platform::FileResult taken;
-    for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
-        if (attempt != 0) std::this_thread::sleep_for(kLockPause);
+    for (auto pause = kFirstLockPause; pause <= kLongestLockPause; pause *= 2) {
         taken = lock.TryLock(path);
         if (taken) return {};
         if (taken.errorNumber != EWOULDBLOCK) break;
+        std::this_thread::sleep_for(pause);
     }
-    if (taken.errorNumber == EWOULDBLOCK) return "The same run is being done by another process (" + path + " is locked).";
+    if (taken.errorNumber == EWOULDBLOCK)
+        return "The same run is being done by another process (" + path + " is locked).";
     return "The file " + path + " cannot be locked (" + platform::ErrorText(taken.errorNumber) + ").";
 }
 

@@ -80,7 +80,8 @@ private:
     void DecideOutput(const Intent& last)
     {
         const std::size_t wanted = static_cast<std::size_t>(std::max(m_rules.outputsPerFile, 1));
-        if (IsWritten(last) && m_settlement.record.outputs.size() >= wanted) {
+        const bool redo = m_rules.redoResults && !m_inPlace && !HasStartedProgram();
+        if (!redo && IsWritten(last) && m_settlement.record.outputs.size() >= wanted) {
             ResultsAreComplete();
             m_settlement.left = m_rules.hasFinalAction ? Left::FinalAction : Left::Nothing;
             return;

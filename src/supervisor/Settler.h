@@ -28,6 +28,9 @@ struct Settlement {
 struct SettlingRules {
     bool hasFinalAction = false;
     int outputsPerFile = 1;  ///< results that the run writes for a file
+    /// Complete results of a file are made once more rather than believed, where that leaves no trace: only the
+    /// worker that is gone knew whether all steps had done their part.
+    bool redoResults = false;
 };
 
 /// Touches nothing but the rest of an interrupted move: the source, once the target is complete. Compares contents by

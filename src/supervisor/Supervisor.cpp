@@ -101,10 +101,14 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
                            .logPath = LogPathFor(options.logPath),
                            .recordPath = options.recordPath,
                            .interruptsSeen = interrupts};
+    std::unique_ptr<CWorker> early;
     const bool resumes = options.resume && platform::FileExists(run.manifestPath);
     if (options.resume && !resumes) observer.Remark("There is no run to go on with; this one starts anew.");
     if (!resumes) {
         GiveUpRun(run.manifestPath, run.journalPath, observer);
+        // The first worker starts while another host plans.
+        std::string problem;
+        early = starter.Start("1", &problem);
         CPlanning planning(starter, options.request, interrupts, observer);
         // The manifest first: a journal without one is nobody's.
         (void)platform::DeleteFile(run.manifestPath);
@@ -112,7 +116,9 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
         if (!planning.Run(run.manifestPath, NewRunId(), false)) return NotPlanned(planning, run.logPath);
         run.plan = std::move(planning.Result().summary);
     }
-    return CManifestRun(options.engine, starter, std::move(run), observer).Run();
+    CManifestRun files(options.engine, starter, std::move(run), observer);
+    if (early) files.Adopt(std::move(early));
+    return files.Run();
 }
 
 RunResult PlanRun(const PlanOptions& options, CRunObserver& observer)

@@ -22,8 +22,10 @@ platform::FileResult CWorkerFolder::Prepare() const
     // Without the user's settings the worker would do something else than the user's own host.
     for (const auto& [from, to] : {std::pair(users.settingsFile, own.settingsFile),
                                    std::pair(users.searchSettingsFile, own.searchSettingsFile)}) {
-        if (!platform::FileExists(from)) continue;
-        if (const auto copied = platform::CopyFile(from, to, platform::Existing::Replace); !copied) return copied;
+        // Nobody misses the copy after a power cut, so it is not flushed.
+        std::error_code error;
+        if (platform::FileExists(from)) std::filesystem::copy_file(from, to, error);
+        if (error) return {error.value()};
     }
     return {};
 }

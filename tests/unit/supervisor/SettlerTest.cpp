@@ -55,7 +55,7 @@ protected:
     }
     Settlement Decide(const std::vector<Intent>& intents, bool hasFinalAction = true, int outputs = 1) const
     {
-        return Settle(file, intents, std::nullopt, {hasFinalAction, outputs});
+        return Settle(file, intents, std::nullopt, {hasFinalAction, outputs, false});
     }
     std::string Left(const std::vector<Intent>& intents, bool hasFinalAction = true, int outputs = 1) const
     {
@@ -81,6 +81,20 @@ TEST_F(SettlerTest, AResultIsThereOrIsMadeAgain)
     Write("out", "another's");
     Write("out (1)", "result");
     EXPECT_EQ(Left({Put("out", "result"), Put("out (1)", "result")}), "final action");
+}
+
+TEST_F(SettlerTest, OnResumeResultsAreMadeAgainWhereThatLeavesNoTrace)
+{
+    const SettlingRules rules{.hasFinalAction = true, .redoResults = true};
+    Write("out", "result");
+    const Settlement again = Settle(file, {Put("out", "result")}, std::nullopt, rules);
+    EXPECT_STREQ(NameOf(again.left), "everything");
+    EXPECT_EQ(again.takeBack, std::vector<std::string>{At("out")});
+    Write("in", "result");
+    EXPECT_STREQ(NameOf(Settle(file, {Put("in", "result")}, std::nullopt, rules).left), "final action");
+    Intent start = Final(ActKind::Start, "program");
+    start.finalAction = false;
+    EXPECT_STREQ(NameOf(Settle(file, {start, Put("out", "result")}, std::nullopt, rules).left), "final action");
 }
 
 TEST_F(SettlerTest, AnUnchangedCopyIsNoResultThatCountsAsSaved)

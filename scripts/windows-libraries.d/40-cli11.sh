@@ -1,0 +1,5 @@
+installed_package=libcli11-dev
+
+build() {
+    installed_headers libcli11-dev
+}

@@ -1,0 +1,200 @@
+// Each library does its work in a Windows program. Writes its documents into the current folder.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+#include <pcre.h>
+#include <stringprep.h>
+#include <tinyxml.h>
+#include <windows.h>
+#include <zlib.h>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFCryptoProvider.hh>
+#include <qpdf/QPDFWriter.hh>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <jpeglib.h>
+
+namespace {
+
+constexpr char kPassword[] = "öffnen";
+
+void Encrypt(QPDFWriter& writer, const std::string& method)
+{
+    if (method == "AES-256") {
+        writer.setR6EncryptionParameters(kPassword, "owner", true, true, true, true, true, true, qpdf_r3p_full, true);
+    } else if (method == "AES-128") {
+        writer.setR4EncryptionParametersInsecure(kPassword, "owner", true, true, true, true, true, true,
+                                                 qpdf_r3p_full, true, true);
+    } else {
+        writer.setR3EncryptionParametersInsecure(kPassword, "owner", true, true, true, true, true, true,
+                                                 qpdf_r3p_full);
+    }
+}
+
+std::vector<unsigned char> CompressedGreyImage(int side)
+{
+    jpeg_compress_struct image{};
+    jpeg_error_mgr errors{};
+    image.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&image);
+    unsigned char* bytes = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&image, &bytes, &size);
+    image.image_width = image.image_height = static_cast<JDIMENSION>(side);
+    image.input_components = 1;
+    image.in_color_space = JCS_GRAYSCALE;
+    jpeg_set_defaults(&image);
+    jpeg_start_compress(&image, TRUE);
+    std::vector<JSAMPLE> row(static_cast<size_t>(side), 128);
+    JSAMPROW rows[] = {row.data()};
+    while (image.next_scanline < image.image_height) jpeg_write_scanlines(&image, rows, 1);
+    jpeg_finish_compress(&image);
+    std::vector<unsigned char> result(bytes, bytes + size);
+    jpeg_destroy_compress(&image);
+    free(bytes);
+    return result;
+}
+
+}  // namespace
+
+TEST(Libraries, QpdfEncryptsWithEachMethodThroughOpenssl)
+{
+    EXPECT_EQ(QPDFCryptoProvider::getDefaultProvider(), "openssl");
+    EXPECT_THAT(QPDFCryptoProvider::getRegisteredImpls(), testing::UnorderedElementsAre("native", "openssl"));
+    for (const std::string method : {"RC4-128", "AES-128", "AES-256"}) {
+        SCOPED_TRACE(method);
+        const auto name = method + ".pdf";
+        QPDF pdf;
+        pdf.emptyPDF();
+        pdf.addPage(pdf.makeIndirectObject(QPDFObjectHandle::parse("<</Type/Page/MediaBox[0 0 99 99]>>")), true);
+        pdf.getTrailer().replaceKey("/Info",
+                                    pdf.makeIndirectObject(QPDFObjectHandle::parse("<</Title (Schon da)>>")));
+        QPDFWriter writer(pdf, name.c_str());
+        Encrypt(writer, method);
+        writer.write();
+
+        QPDF back;
+        EXPECT_THROW(QPDF().processFile(name.c_str(), "wrong"), QPDFExc);
+        back.processFile(name.c_str(), kPassword);
+        EXPECT_EQ(back.getTrailer().getKey("/Info").getKey("/Title").getUTF8Value(), "Schon da");
+    }
+}
+
+TEST(Libraries, QpdfOpensNamesBeyondTheCodePage)
+{
+    QPDF pdf;
+    pdf.emptyPDF();
+    QPDFWriter(pdf, "名前.pdf").write();
+    EXPECT_TRUE(std::filesystem::exists(L"名前.pdf"));
+    EXPECT_NO_THROW(QPDF().processFile("名前.pdf"));
+}
+
+TEST(Libraries, OpensslDigests)
+{
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int size = 0;
+    ASSERT_EQ(EVP_Digest("abc", 3, digest, &size, EVP_sha256(), nullptr), 1);
+    EXPECT_EQ(size, 32u);
+    EXPECT_EQ(digest[0], 0xba);
+    EXPECT_EQ(digest[31], 0xad);
+}
+
+TEST(Libraries, TinyXmlReadsAttributes)
+{
+    TiXmlDocument document;
+    document.Parse("<a b=\"&#xE9;\"><c/></a>", nullptr, TIXML_ENCODING_UTF8);
+    ASSERT_NE(document.RootElement(), nullptr);
+    EXPECT_STREQ(document.RootElement()->Attribute("b"), "\xC3\xA9");
+    EXPECT_NE(document.RootElement()->FirstChildElement("c"), nullptr);
+}
+
+TEST(Libraries, IdnPreparesPasswords)
+{
+    char* prepared = nullptr;
+    ASSERT_EQ(stringprep_profile("\xC2\xAA\xC2\xAD", &prepared, "SASLprep", STRINGPREP_NO_UNASSIGNED), STRINGPREP_OK);
+    EXPECT_STREQ(prepared, "a");
+    free(prepared);
+}
+
+TEST(Libraries, PcreKnowsLettersBeyondAsciiAndCompilesThem)
+{
+    const char* error = nullptr;
+    int at = 0;
+    pcre* expression = pcre_compile("^\\p{Lu}\\w+$", PCRE_UTF8 | PCRE_UCP | PCRE_CASELESS, &error, &at, nullptr);
+    ASSERT_NE(expression, nullptr) << error;
+    pcre_extra* studied = pcre_study(expression, PCRE_STUDY_JIT_COMPILE, &error);
+    ASSERT_NE(studied, nullptr);
+    int compiled = 0;
+    pcre_fullinfo(expression, studied, PCRE_INFO_JIT, &compiled);
+    EXPECT_EQ(compiled, 1);
+    EXPECT_GE(pcre_exec(expression, studied, "\xC3\x89t\xC3\xA9", 5, 0, 0, nullptr, 0), 0);
+    pcre_free_study(studied);
+    pcre_free(expression);
+}
+
+TEST(Libraries, JpegWritesAnImage)
+{
+    const auto bytes = CompressedGreyImage(64);
+    ASSERT_GT(bytes.size(), 4u);
+    EXPECT_EQ(bytes[0], 0xFF);
+    EXPECT_EQ(bytes[1], 0xD8);
+}
+
+TEST(Libraries, ZlibRoundTrip)
+{
+    const std::string text(10000, 'x');
+    std::vector<Bytef> packed(compressBound(static_cast<uLong>(text.size())));
+    uLongf packedSize = static_cast<uLongf>(packed.size());
+    ASSERT_EQ(compress(packed.data(), &packedSize, reinterpret_cast<const Bytef*>(text.data()),
+                       static_cast<uLong>(text.size())),
+              Z_OK);
+    std::string back(text.size(), ' ');
+    uLongf size = static_cast<uLongf>(back.size());
+    ASSERT_EQ(uncompress(reinterpret_cast<Bytef*>(back.data()), &size, packed.data(), packedSize), Z_OK);
+    EXPECT_EQ(back, text);
+    EXPECT_LT(packedSize, 100u);
+}
+
+TEST(Libraries, OptionsAndJson)
+{
+    CLI::App app;
+    int jobs = 0;
+    app.add_option("--jobs", jobs);
+    app.parse("--jobs 3");
+    EXPECT_EQ(jobs, 3);
+    EXPECT_EQ(nlohmann::json::parse(R"({"a":[1,2]})")["a"][1], 2);
+}
+
+TEST(Runtime, ThreadsAndFiles)
+{
+    std::vector<int> squares(8);
+    std::vector<std::thread> threads;
+    for (int n = 0; n < 8; ++n) threads.emplace_back([&squares, n] { squares[static_cast<size_t>(n)] = n * n; });
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(squares.back(), 49);
+
+    const std::filesystem::path folder = L"ein Ordner mit ä und 文";
+    std::filesystem::create_directory(folder);
+    std::ofstream(folder / L"Datei.txt") << "12345";
+    EXPECT_EQ(std::filesystem::file_size(folder / L"Datei.txt"), 5u);
+}
+
+TEST(Runtime, ADllWithALibraryInsideLoadsAndCatchesItsOwnExceptions)
+{
+    wchar_t program[1024];
+    ASSERT_GT(GetModuleFileNameW(nullptr, program, 1024), 0u);
+    const auto path = std::filesystem::path(program).parent_path() / "plugin.api";
+    const HMODULE module = LoadLibraryW(path.c_str());
+    ASSERT_NE(module, nullptr) << GetLastError();
+    const auto check = reinterpret_cast<int (*)()>(reinterpret_cast<void*>(GetProcAddress(module, "PlugInCheck")));
+    ASSERT_NE(check, nullptr);
+    EXPECT_EQ(check(), 1);
+}

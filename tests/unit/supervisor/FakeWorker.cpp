@@ -267,7 +267,7 @@ private:
         if (code == 5) Final("start", destination, [&] { std::fclose(Appended(destination)); });
         if (code == 6) Final("move", target, [&] { std::filesystem::rename(m_input.path, target); });
         if (code == 7) Final("move", target, [&] { MoveSlowly(target); });
-        if (code == 8) Final("put", target, [&] { std::filesystem::copy(m_input.path, target); });
+        if (code == 8) Final("put", target, [&] { CopyCompletely(target); });
     }
 
     std::FILE* Appended(const std::string& path)
@@ -277,10 +277,19 @@ private:
         return file;
     }
 
+    /// The target appears at once, as all files of workers do.
+    void CopyCompletely(const std::string& target)
+    {
+        const std::string temporary =
+            FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(getpid()) + "-2.tmp";
+        std::filesystem::copy_file(m_input.path, temporary);
+        std::filesystem::rename(temporary, target);
+    }
+
     /// As across file systems.
     void MoveSlowly(const std::string& target)
     {
-        std::filesystem::copy_file(m_input.path, target);
+        CopyCompletely(target);
         Pass("half moved");
         if (m_input.Is("die-half-moved") && !m_input.finalActionOnly) std::abort();
         std::filesystem::remove(m_input.path);

@@ -18,6 +18,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Stand in for "no limit"; small enough to be calculated with.
+constexpr int kEndlessSeconds = 1'000'000'000;
+constexpr std::uint64_t kEndlessBytes = std::uint64_t{1} << 60;
+
 std::string BesideProgram(const char* name)
 {
     return (fs::path(platform::ExecutablePath()).parent_path() / name).string();
@@ -140,8 +144,10 @@ EngineOptions ReadEngine(const CArguments& arguments)
     if (!engine.passwordFile.empty()) RequireReadable(engine.passwordFile);
     engine.jobs = arguments.Has("--jobs") ? static_cast<int>(arguments.Number("--jobs"))
                                           : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    engine.timeoutSeconds = static_cast<int>(arguments.Number("--timeout"));
-    engine.memoryBytes = arguments.Size("--memory");
+    const auto seconds = static_cast<int>(arguments.Number("--timeout"));
+    const std::uint64_t bytes = arguments.Size("--memory");
+    engine.timeoutSeconds = seconds > 0 ? seconds : kEndlessSeconds;
+    engine.memoryBytes = bytes > 0 ? bytes : kEndlessBytes;
     return engine;
 }
 

@@ -141,6 +141,10 @@ TEST(RunArguments, PartsOfPlansAreCounted)
     EXPECT_EQ(options.shard, 2);
     EXPECT_EQ(options.shards, 4);
     EXPECT_EQ(read({"--journal", folder / "j"}).shards, 1);
+    const EngineOptions endless = read({"--journal", folder / "j", "--timeout", "0", "--memory", "0"}).engine;
+    EXPECT_GT(endless.timeoutSeconds, 1'000'000);
+    EXPECT_GT(endless.memoryBytes, std::uint64_t{1} << 50);
+    EXPECT_EQ(read({"--journal", folder / "j", "--memory", "200M"}).engine.memoryBytes, 209715200U);
     for (const char* const shard : {"0/4", "5/4", "1", "1/", "/4", "1/4x", "a/b", "-1/4", "1/4/4", "99999999999/4"})
         EXPECT_THROW(read({"--journal", folder / "j", "--shard", shard}), cli::CCommandError) << shard;
     EXPECT_THROW(read({}), cli::CCommandError);

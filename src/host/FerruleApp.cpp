@@ -4,6 +4,7 @@
 #include "hostcalls/Application.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostTables.h"
+#include "hostcalls/Jobs.h"
 #include "platform/Environment.h"
 
 namespace {
@@ -53,8 +54,9 @@ void CFerruleApp::Initialize()
 void CFerruleApp::Unload()
 {
     m_commands.ReleaseAll();
-    // A start that failed before the settings were read must not overwrite them with defaults.
-    if (m_settings) SaveAppSettings(m_paths.settingsFile, *m_settings, m_log);
+    // A start that failed before the settings were read must not overwrite them with defaults; a job gets a copy of the
+    // user's, which nobody reads again.
+    if (m_settings && !JobText()) SaveAppSettings(m_paths.settingsFile, *m_settings, m_log);
     m_log.Close(m_paths.modulePath);
 }
 

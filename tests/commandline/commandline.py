@@ -1,4 +1,5 @@
 """Runs the command line `ferrule` as a user would, and says what must hold of the files whatever happened."""
+import functools
 import hashlib
 import json
 import os
@@ -67,7 +68,13 @@ def records(path):
 
 def is_protected(path):
     """A whole document that opens with the password of the test sequences and not without."""
-    return page_count(path, PASSWORD) is not None and page_count(path) is None
+    return _is_protected(Path(path).read_bytes(), str(path))
+
+
+@functools.lru_cache(maxsize=4096)
+def _is_protected(content, path):
+    """Asked once for each content: it takes two starts of an independent tool."""
+    return content.rstrip().endswith(b"%%EOF") and page_count(path, PASSWORD) is not None and page_count(path) is None
 
 
 def temporaries(root):

@@ -18,6 +18,8 @@ class Scene:
         self.final, self.jobs = final, jobs
         if final == 4:
             names = names[:1]  # all files of a folder would get the same new name
+        if final == 2:  # refuses a name that is taken
+            names = [f"{number} {Path(name).name}" for number, name in enumerate(names)]
         self.place = CommandPlace()
         self.in_place = final is None
         self.originals = documents(self.place, names)

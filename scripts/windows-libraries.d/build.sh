@@ -12,7 +12,10 @@ export CFLAGS="$flags -ffile-prefix-map=$PWD=." CXXFLAGS="$flags -ffile-prefix-m
 export CPPFLAGS="-I$dependencies/include" LDFLAGS="-static -L$dependencies/lib"
 export PKG_CONFIG="pkg-config --static" PKG_CONFIG_LIBDIR="$dependencies/lib/pkgconfig" PKG_CONFIG_PATH=
 # The date of the package stands for the time of day in what is built.
-[ ! -f debian/changelog ] || export SOURCE_DATE_EPOCH="$(dpkg-parsechangelog -S Timestamp)"
+if [ -f debian/changelog ]; then
+    SOURCE_DATE_EPOCH=$(dpkg-parsechangelog -S Timestamp)
+    export SOURCE_DATE_EPOCH
+fi
 
 # --- what recipes use -------------------------------------------------------------------------------------------------
 

@@ -112,7 +112,8 @@ void CFileQueue::TakeUp(FileInHand& hand)
 CFileQueue::Readiness CFileQueue::Settle(FileInHand& hand)
 {
     SettlingRules rules = m_parts.facts.rules;
-    rules.redoResults = true;
+    // Who was to lose its input must have been complete, and that is not known.
+    rules.redoResults = m_parts.facts.inputLeaves;
     Settlement settlement = ::Settle(hand.file, hand.intents, hand.results, rules);
     switch (settlement.left) {
         case Left::Everything:

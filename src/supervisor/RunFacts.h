@@ -9,6 +9,7 @@
 
 struct RunFacts {
     SettlingRules rules = {};
+    bool inputLeaves = false;               ///< the final action moves, renames or deletes it
     std::vector<std::string> folders = {};  ///< of results and of final actions, as far as the job names them
 };
 

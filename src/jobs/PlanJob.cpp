@@ -9,6 +9,7 @@
 #include "jobs/PlannedFiles.h"
 #include "jobs/SafetyRules.h"
 #include "platform/ByteText.h"
+#include "platform/Files.h"
 
 #include <nlohmann/json.hpp>
 
@@ -61,8 +62,10 @@ private:
         json warnings = json::array();
         for (const std::string& warning : SafetyWarnings(facts, request))
             warnings.push_back(platform::TextFromBytes(warning));
+        const std::size_t unreadable = inputs.Unreadable().size();
         for (const UnreadableFolder& folder : inputs.Unreadable())
-            warnings.push_back("The folder " + platform::TextFromBytes(folder.path) + " cannot be read.");
+            warnings.push_back("The folder " + platform::TextFromBytes(folder.path) + " cannot be read (" +
+                               platform::ErrorText(folder.errorNumber) + "). Its files are left out.");
 
         CPlannedFiles files(std::move(inputs), JobNumber(m_job, "minAge", 0));
         LogInputCount(files.Count(), m_services.log);
@@ -73,6 +76,8 @@ private:
                            {"oneWorker", !reason.empty()},
                            {"oneWorkerReason", platform::TextFromBytes(reason)},
                            {"tooYoung", files.TooYoung()},
+                           {"unreadableFolders", unreadable},
+                           {"outputsPerFile", ResultsPerFile(facts)},
                            {"warnings", warnings}};
         m_services.report(json{{"plan", plan}}.dump());
     }

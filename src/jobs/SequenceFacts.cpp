@@ -65,9 +65,11 @@ bool SavesInPlace(const SaveStepFacts& save, int hostMajor)
     return !redirected && !save.folder;
 }
 
-bool SavesSomething(const SequenceFacts& facts)
+bool SavesSomething(const SequenceFacts& facts) { return ResultsPerFile(facts) > 0; }
+
+int ResultsPerFile(const SequenceFacts& facts)
 {
-    if (facts.output.kind != kOutputNone) return true;
-    return std::any_of(facts.steps.begin(), facts.steps.end(),
-                       [](const StepFacts& step) { return step.save && step.available; });
+    const auto steps = std::count_if(facts.steps.begin(), facts.steps.end(),
+                                     [](const StepFacts& step) { return step.save && step.available; });
+    return static_cast<int>(steps) + (facts.output.kind != kOutputNone ? 1 : 0);
 }

@@ -40,3 +40,6 @@ struct SequenceFacts {
 
 /// Whether anything of the sequence writes the document.
 [[nodiscard]] bool SavesSomething(const SequenceFacts& facts);
+
+/// How many results the sequence writes for each file.
+[[nodiscard]] int ResultsPerFile(const SequenceFacts& facts);

@@ -34,6 +34,7 @@ std::string HeaderLine(const ManifestHeader& header)
                          {"bytes", header.bytes},
                          {"oneWorker", header.oneWorker},
                          {"oneWorkerReason", header.oneWorkerReason},
+                         {"unreadableFolders", header.unreadableFolders},
                          {"outputsPerFile", header.outputsPerFile},
                          {"preamble", TextsFromBytes(header.preamble)},
                          {"epilogue", TextsFromBytes(header.epilogue)}};
@@ -51,6 +52,7 @@ std::optional<ManifestHeader> HeaderFrom(const std::string& line)
         .bytes = UnsignedAt(*object, "bytes"),
         .oneWorker = FlagAt(*object, "oneWorker"),
         .oneWorkerReason = TextAt(*object, "oneWorkerReason"),
+        .unreadableFolders = CountAt(*object, "unreadableFolders"),
         .outputsPerFile = object->contains("outputsPerFile") ? CountAt(*object, "outputsPerFile") : 1,
         .preamble = BytesOf(TextsAt(*object, "preamble")),
         .epilogue = BytesOf(TextsAt(*object, "epilogue"))};

@@ -19,6 +19,7 @@ struct ManifestHeader {
     std::uint64_t bytes = 0;
     bool oneWorker = false;
     std::string oneWorkerReason = {};
+    int unreadableFolders = 0;                              ///< whose files the plan had to leave out
     int outputsPerFile = 1;                                 ///< how many results the sequence writes for a file
     std::vector<std::string> preamble = {}, epilogue = {};  ///< lines of the log, as bytes
 };

@@ -207,7 +207,12 @@ void CManifestRun::Close(LoopEnd end, const std::string& problem, const CResults
     CloseOutputs();
     CountOutcomes();
     const int notSaved = m_progress.filesTotal - m_result.Count(FileOutcomeClass::Saved);
-    m_result.exit = notSaved == 0 ? ExitClass::Fine : ExitClass::SomeNotSaved;
+    const bool fine = notSaved == 0 && m_header.unreadableFolders == 0;
+    if (m_header.unreadableFolders > 0)
+        m_observer.Warning(std::to_string(m_header.unreadableFolders) +
+                           " folder(s) could not be read when the run was planned, and their files are no part of it. "
+                           "Once they can be read, start the run again without --resume.");
+    m_result.exit = fine ? ExitClass::Fine : ExitClass::SomeNotSaved;
     if (end != LoopEnd::Stopped) return;
     m_result.exit = ExitClass::Stopped;
     m_result.message = "Stopped.";

@@ -131,7 +131,8 @@ private:
         if (const auto closed = m_record.Close(); !closed)
             Broken("The record " + m_options.recordPath + " cannot be written completely (" +
                    platform::ErrorText(closed.errorNumber) + ").");
-        const bool fine = m_result.Count(FileOutcomeClass::Saved) == m_header.total;
+        const bool fine =
+            m_result.Count(FileOutcomeClass::Saved) == m_header.total && m_header.unreadableFolders == 0;
         m_result.exit = fine ? ExitClass::Fine : ExitClass::SomeNotSaved;
     }
 

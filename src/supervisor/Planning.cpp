@@ -118,6 +118,7 @@ void CPlanning::OnReport(const std::string& json, CManifestWriter* manifest)
         summary.oneWorkerReason = TextAt(plan, "oneWorkerReason");
         summary.tooYoung = CountAt(plan, "tooYoung");
         summary.warnings = TextsAt(plan, "warnings");
+        m_planned.header.unreadableFolders = CountAt(plan, "unreadableFolders");
         if (plan.contains("outputsPerFile")) m_planned.header.outputsPerFile = CountAt(plan, "outputsPerFile");
     }
 }

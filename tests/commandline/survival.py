@@ -18,7 +18,7 @@ class Scene:
         self.final, self.jobs = final, jobs
         if final == 4:
             names = names[:1]  # all files of a folder would get the same new name
-        if final == 2:  # refuses a name that is taken
+        if final in (2, 6):  # what refuses a taken name, or replaces it, needs names of their own
             names = [f"{number} {Path(name).name}" for number, name in enumerate(names)]
         self.place = CommandPlace()
         self.in_place = final is None
@@ -30,8 +30,8 @@ class Scene:
                          else self.place.protect_sequence())
         self.existing = {}
         if final in (1, 6, 7, 8):  # something of that name is there already
-            old = self.place.done / "a.pdf"
-            old.write_bytes(b"an older a.pdf")
+            old = self.place.done / Path(names[0]).name
+            old.write_bytes(b"an older document")
             self.existing[old] = old.read_bytes()
 
     def close(self):

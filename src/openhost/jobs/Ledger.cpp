@@ -69,11 +69,17 @@ CLedger::Answer CLedger::Ask(Act act, const std::string& file, const std::string
     // A run that finds its inputs itself does not tell which one it is at: whatever is going to change may be it.
     if (!m_file.input) NoteBefore(act == Act::Put ? target : file);
     if (deed.identity) deed.sha256 = m_hashes.Of(file);
-    const Answer answer = AskSource(deed);
+    const Answer answer = MayBeOnRecord(deed) ? AskSource(deed) : Answer::Refuse;
     deed.done = answer != Answer::Refuse;
     m_file.unsettled = answer == Answer::Go;
     m_file.deeds.push_back(std::move(deed));
     return answer;
+}
+
+/// After an interruption the hash tells whether an act has happened: without it, it must not.
+bool CLedger::MayBeOnRecord(const Deed& deed) const
+{
+    return !m_file.input || m_source.Pretends() || deed.act == Act::Start || !deed.sha256.empty();
 }
 
 CLedger::Answer CLedger::AskSource(const Deed& deed)

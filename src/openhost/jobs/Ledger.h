@@ -58,6 +58,7 @@ private:
 
     void NoteBefore(const std::string& path);
     Content Before(const std::string& path);
+    bool MayBeOnRecord(const Deed& deed) const;
     Answer AskSource(const Deed& deed);
     void SettleLast();
     bool HasHappened(const Deed& deed);

@@ -18,6 +18,7 @@ ExecutorSettings SettingsForExecutor(const RunSettings& settings, const RunVaria
     return {.alternativeInputPath = settings.alternativeInputPath,
             .furtherInputPaths = variation.furtherInputPaths,
             .alternativeOutputPath = settings.alternativeOutputPath,
+            .insistsOnOutputPath = variation.insistsOnOutputPath,
             .allowedExtensions = settings.allowedExtensions,
             .noSubfolders = settings.noSubfolders,
             .trialRun = variation.trialRun};

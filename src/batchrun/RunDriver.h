@@ -22,6 +22,8 @@ struct RunVariation {
     CInputSource* inputs = nullptr;
     /// An input whose file came out incomplete is neither moved nor deleted.
     bool keepIncomplete = false;
+    /// Results go into the alternative output folder or nowhere.
+    bool insistsOnOutputPath = false;
     /// Nothing is to be done for good.
     bool trialRun = false;
     std::vector<std::string> furtherInputPaths = {};

@@ -8,6 +8,9 @@ struct ExecutorSettings {
     std::string alternativeInputPath;            // a folder or a file in place of the sequence's input; empty = none
     std::vector<std::string> furtherInputPaths;  // beside it; they, too, replace the sequence's input
     std::string alternativeOutputPath;           // a folder in place of the sequence's output folder; empty = none
+    /// Saves nowhere else when the alternative output folder is gone; otherwise results then go where the sequence
+    /// says, or beside their inputs.
+    bool insistsOnOutputPath = false;
     std::vector<std::string> allowedExtensions;  // in place of the file types that the sequence accepts; empty = none
     bool noSubfolders = false;
     bool trialRun = false;     // nothing is to be done for good; steps that could do it anyway are left out

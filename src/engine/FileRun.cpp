@@ -192,7 +192,7 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
 bool CFileRun::Redirect(SequenceCommand& command)
 {
     if (m_run.hostMajor < kFirstMajorWithSaveStep || !IsSaveStep(command.handlerName)) return true;
-    const std::string folder = RedirectionFolder(m_result.path, m_run.settings.alternativeOutputPath);
+    const std::string folder = RedirectionFolder(m_result.path, m_run.settings);
     const std::string problem = RedirectSaveStep(*command.command, folder, m_log);
     if (problem.empty()) return true;
     m_log.NameValue("ERROR: Command execution failed", problem, 1);
@@ -225,9 +225,8 @@ void CFileRun::Save()
     SaveResult result;
     const auto error = CatchHostError([&] {
         if (m_run.hostMajor >= kFirstMajorWithSaveStep)
-            RedirectOutput(m_run.sequence, RedirectionFolder(m_result.path, m_run.settings.alternativeOutputPath),
-                           m_log);
-        const SavingInput input{m_result.path, m_run.settings.alternativeOutputPath, m_permissions};
+            RedirectOutput(m_run.sequence, RedirectionFolder(m_result.path, m_run.settings), m_log);
+        const SavingInput input{m_result.path, AlternativeOutputFolder(m_run.settings), m_permissions};
         result = SaveProcessed(m_document, OutputSettings::Read(m_run.sequence.Output()), input, m_log);
     });
     if (!error) return TakeSaveResult(result);

@@ -20,8 +20,7 @@ std::optional<std::string> OutputFolder(const OutputSettings& settings, const Sa
 {
     if (settings.kind == kOutputInputFolder) return FolderOf(input.path);
     if (settings.kind != kOutputAskUser && settings.kind != kOutputFolder) return std::nullopt;
-    if (!input.alternativeFolder.empty() && platform::FolderExists(input.alternativeFolder))
-        return WithTrailingSeparator(input.alternativeFolder);
+    if (input.alternativeFolder) return input.alternativeFolder;
     const auto folder = settings.kind == kOutputAskUser ? ChooseFolderDialog() : settings.selectedFolder;
     return folder ? std::optional(WithTrailingSeparator(*folder)) : std::nullopt;
 }

@@ -4,6 +4,7 @@
 #include "engine/OutputSettings.h"
 #include "pdflib/AcrobatDoc.h"
 
+#include <optional>
 #include <string>
 
 class CLogWriter;
@@ -15,8 +16,8 @@ struct OpenPermissions {
 };
 
 struct SavingInput {
-    std::string path;               // of the input file
-    std::string alternativeFolder;  // the engine's alternative output path; empty = none
+    std::string path;                              // of the input file
+    std::optional<std::string> alternativeFolder;  // in place of the one that the sequence names
     OpenPermissions permissions;
 };
 

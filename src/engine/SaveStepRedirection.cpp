@@ -3,6 +3,7 @@
 #include "common/Encoding.h"
 #include "common/FileNames.h"
 #include "common/Log.h"
+#include "engine/ExecutorSettings.h"
 #include "engine/PathEntry.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/HostPath.h"
@@ -36,10 +37,16 @@ void PutFolder(CCabEditor params, const std::string& folder)
 
 bool IsSaveStep(const std::string& handlerName) { return handlerName == kSaveStep; }
 
-std::string RedirectionFolder(const std::string& inputPath, const std::string& alternativeOutputPath)
+std::optional<std::string> AlternativeOutputFolder(const ExecutorSettings& settings)
 {
-    if (!alternativeOutputPath.empty() && platform::FolderExists(alternativeOutputPath))
-        return WithTrailingSeparator(alternativeOutputPath);
+    const std::string& path = settings.alternativeOutputPath;
+    if (path.empty() || !(settings.insistsOnOutputPath || platform::FolderExists(path))) return std::nullopt;
+    return WithTrailingSeparator(path);
+}
+
+std::string RedirectionFolder(const std::string& inputPath, const ExecutorSettings& settings)
+{
+    if (auto alternative = AlternativeOutputFolder(settings)) return std::move(*alternative);
     const std::string folder = FolderOf(inputPath);
     return folder.empty() ? std::string(".") + platform::kSeparator : folder;
 }

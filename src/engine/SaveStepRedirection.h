@@ -4,17 +4,23 @@
 #include "engine/Sequence.h"
 #include "hostcalls/Commands.h"
 
+#include <optional>
 #include <string>
 
 class CLogWriter;
+struct ExecutorSettings;
 
 /// The first major version of the host whose sequences save by a step of their own.
 inline constexpr int kFirstMajorWithSaveStep = 11;
 
 [[nodiscard]] bool IsSaveStep(const std::string& handlerName);
 
-/// The alternative output path when that is a folder, otherwise the input's folder; with a separator at its end.
-[[nodiscard]] std::string RedirectionFolder(const std::string& inputPath, const std::string& alternativeOutputPath);
+/// Where results go in place of what the sequence says; nothing when nothing was given or it is no folder and the run
+/// does not insist on it. With a separator at its end.
+[[nodiscard]] std::optional<std::string> AlternativeOutputFolder(const ExecutorSettings& settings);
+
+/// The alternative output folder, otherwise the input's folder; with a separator at its end.
+[[nodiscard]] std::string RedirectionFolder(const std::string& inputPath, const ExecutorSettings& settings);
 
 /// Changes the parameters of a save step, when they say where to save. Answers what went wrong; empty when nothing
 /// did. Throws CHostException.

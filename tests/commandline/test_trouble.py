@@ -122,18 +122,31 @@ class Trouble(unittest.TestCase):
         self.assertEqual(self.outcomes(), {"changed.pdf": "skipped", "gone.pdf": "skipped", "same.pdf": "saved"})
         self.assertIn("changed since plan", self.message("changed.pdf"))
 
-    def test_two_runs_on_the_same_folder_exclude_each_other(self):
-        documents(self.place, [f"{number}.pdf" for number in range(300)])
-        first = self.place.start(*self.words(jobs=1))
-        while not list(self.place.output.glob("*.pdf")):
-            time.sleep(0.01)
-        second = self.place.ferrule(*self.words("--record", self.place.root / "second"))
-        self.assertIsNone(first.poll(), "the first run was over too early for this test")
+    def test_an_output_folder_that_goes_away_sends_nothing_elsewhere(self):
+        made = documents(self.place, ["a.pdf", "b.pdf"])
+        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
+        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--final-action",
+                           "delete", "--manifest", manifest)
+        self.place.output.rmdir()
+        result = self.place.ferrule("run", "--manifest", manifest, "--journal", journal, "--record", self.record)
+        self.assertEqual(result.code, 3, result)
+        self.assertEqual(set(self.outcomes().values()), {"failed"})
+        self.assertEqual({path: path.read_bytes() for path in self.place.input.iterdir()}, made)
+
+    def test_two_runs_of_the_same_request_exclude_each_other(self):
+        documents(self.place, ["a.pdf", "b.pdf"])
+        (self.place.input / "c.pdf").write_bytes(HANGS)
+        first = self.place.start(*self.turn(jobs=1))
+        self.busy_worker(first)
+        second = self.place.ferrule(*self.turn(jobs=1))
         self.assertEqual(second.code, 1, second)
         self.assertIn("another", second.errors)
-        first.communicate(timeout=120)
-        self.assertEqual(first.returncode, 0)
-        self.assertEqual(len(list(self.place.output.iterdir())), 300)
+        self.assertIsNone(first.poll())
+        first.send_signal(signal.SIGINT)
+        first.send_signal(signal.SIGINT)
+        first.communicate(timeout=30)
+        self.assertEqual(self.outcomes(), {"a.pdf": "saved", "b.pdf": "saved", "c.pdf": "stopped"})
+        self.assertEqual(len(list(self.place.output.iterdir())), 2)
 
     def test_a_log_in_use_costs_the_log_and_not_the_run(self):
         import fcntl

@@ -143,6 +143,7 @@ class Trouble(unittest.TestCase):
         self.assertIn("another", second.errors)
         self.assertIsNone(first.poll())
         first.send_signal(signal.SIGINT)
+        time.sleep(0.5)
         first.send_signal(signal.SIGINT)
         first.communicate(timeout=30)
         self.assertEqual(self.outcomes(), {"a.pdf": "saved", "b.pdf": "saved", "c.pdf": "stopped"})

@@ -69,31 +69,56 @@ void CFileQueue::NoteTarget(const PlannedFile& file, const std::string& target)
 
 CFileQueue::Readiness CFileQueue::Prepare(FileInHand& hand)
 {
-    TakeUpAgain(hand);
+    if (m_parts.again) {
+        const auto place = m_parts.again->find(hand.file.number);
+        const bool again = place != m_parts.again->end() && place->second.outcome != FileOutcomeClass::Stopped;
+        if (again && PrepareAgain(hand, place->second) != Readiness::Ready) return Readiness::DealtWith;
+    }
     TakeUp(hand);
-    if (!m_problem.empty()) return Readiness::DealtWith;
     if (!hand.intents.empty() || hand.results) return Settle(hand);
     return PrepareWhole(hand);
 }
 
 /// A file that has an outcome is begun once more, as far as something is left to do.
-void CFileQueue::TakeUpAgain(FileInHand& hand)
+CFileQueue::Readiness CFileQueue::PrepareAgain(FileInHand& hand, const DonePlace& place)
 {
-    if (!m_parts.again) return;
-    const auto place = m_parts.again->find(hand.file.number);
-    if (place == m_parts.again->end() || place->second.outcome == FileOutcomeClass::Stopped) return;
-    const auto done = m_parts.readDone(place->second);
-    if (done && !done->record.outputs.empty() && done->record.finalState == "failed") {
+    auto done = m_parts.readDone(place);
+    if (!done) {
+        m_problem = "The journal cannot be read again.";
+        return Readiness::DealtWith;
+    }
+    const bool onlyFinalAction = !done->record.outputs.empty() && done->record.finalState == "failed";
+    if (onlyFinalAction) {
         hand.toDo = ToDo::FinalAction;
         hand.results = done->record;
+    } else if (!TakeBackResults(hand.file)) {
+        m_parts.files.Done(hand.file.group);
+        m_parts.results.KeepDone(*done, place);
+        return Readiness::DealtWith;
     }
+    if (!Journaled(m_parts.results.AddAgain(hand.file.number, hand.toDo))) return Readiness::DealtWith;
     // Who asks for a file again that had changed since the plan knows that it has.
-    if (done && done->record.outcome == FileOutcomeClass::Skipped)
-        if (const auto stamp = platform::StampOf(hand.file.path)) {
-            hand.file.size = stamp->size;
-            hand.file.modified = std::to_string(stamp->modifiedNanoseconds);
-        }
-    Journaled(m_parts.results.AddAgain(hand.file.number, hand.toDo));
+    const bool wasSkipped = place.outcome == FileOutcomeClass::Skipped;
+    if (const auto stamp = wasSkipped ? platform::StampOf(hand.file.path) : std::nullopt) {
+        hand.file.size = stamp->size;
+        hand.file.modified = std::to_string(stamp->modifiedNanoseconds);
+    }
+    return Readiness::Ready;
+}
+
+/// Frees the names that the file's results took, so that they come out the same. False when doing the file again
+/// could do something twice.
+bool CFileQueue::TakeBackResults(const PlannedFile& file) const
+{
+    if (!m_parts.earlier) return true;
+    const auto history = m_parts.earlier->NotSaved().find(file.number);
+    if (history == m_parts.earlier->NotSaved().end()) return true;
+    SettlingRules rules = m_parts.facts.rules;
+    rules.redoResults = true;
+    const Settlement settlement = ::Settle(file, history->second.intents, std::nullopt, rules);
+    if (settlement.left != Left::Everything) return false;
+    for (const std::string& path : settlement.takeBack) (void)platform::DeleteFile(path);
+    return true;
 }
 
 /// What an earlier start of the run has begun with the file.

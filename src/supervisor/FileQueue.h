@@ -48,7 +48,8 @@ private:
     Readiness PrepareWhole(FileInHand& hand);
     Readiness PrepareFinalAction(FileInHand& hand);
     void TakeUp(FileInHand& hand);
-    void TakeUpAgain(FileInHand& hand);
+    Readiness PrepareAgain(FileInHand& hand, const DonePlace& place);
+    bool TakeBackResults(const PlannedFile& file) const;
     Readiness Settle(FileInHand& hand);
     Readiness Skip(const FileInHand& hand, FileOutcomeClass outcome, const std::string& message);
     bool WasOurs(const PlannedFile& file) const;

@@ -55,7 +55,7 @@ Json FileRecordJson(const FileRecord& record)
                    {"message", record.message},
                    {"milliseconds", record.milliseconds},
                    {"outputs", std::move(outputs)}};
-    if (!record.finalAct.empty())
+    if (!record.finalAct.empty() || !record.finalState.empty())
         object["finalAction"] = {
             {"act", record.finalAct}, {"target", TextFromBytes(record.finalTarget)}, {"state", record.finalState}};
     if (!record.signatures.empty()) object["signatures"] = record.signatures;

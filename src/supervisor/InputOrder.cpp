@@ -7,11 +7,11 @@ CInputOrder::CInputOrder(const CDoneIndex& done, Reader reader, Taker taker)
 {
 }
 
-void CInputOrder::Done(const DoneFile& done)
+void CInputOrder::Done(const DoneFile& done, bool written)
 {
     if (done.record.number != m_next) return;
     ++m_next;
-    m_taker(done, false);
+    m_taker(done, written);
     Advance();
 }
 

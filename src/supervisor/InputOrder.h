@@ -21,7 +21,7 @@ public:
     /// Passes on what an earlier start of the run has left at the front.
     void Begin() { Advance(); }
     /// The file is in the index.
-    void Done(const DoneFile& done);
+    void Done(const DoneFile& done, bool written = false);
     /// Passes on the rest, over the gaps of what is not done.
     void Finish();
     /// An outcome could not be read again.

@@ -14,6 +14,11 @@ std::string NoSuchFile(int number) { return "there is no file " + std::to_string
 
 }  // namespace
 
+bool IsRetried(FileOutcomeClass outcome)
+{
+    return outcome != FileOutcomeClass::Saved && outcome != FileOutcomeClass::CopiedUnchanged;
+}
+
 bool CJournalIndex::HasTarget(const std::string& path) const
 {
     return std::binary_search(m_targets.begin(), m_targets.end(), HashOf(path));
@@ -53,7 +58,11 @@ std::string CJournalIndex::OnDone(const FileRecord& record, std::uint64_t offset
     m_done.Set(number, {.offset = offset, .journal = m_journal, .outcome = record.outcome, .logged = false});
     m_sinceEnd.push_back(number);
     // A file that was stopped is begun again, and what was done of it must not be done twice.
-    if (record.outcome != FileOutcomeClass::Stopped) m_open.erase(number);
+    if (record.outcome == FileOutcomeClass::Stopped) return {};
+    const auto begun = m_open.find(number);
+    if (begun == m_open.end()) return {};
+    if (m_retries && IsRetried(record.outcome)) m_notSaved[number] = std::move(begun->second);
+    m_open.erase(begun);
     return {};
 }
 
@@ -64,6 +73,7 @@ std::string CJournalIndex::OnAgain(int number, ToDo toDo)
     FileHistory history;
     if (toDo == ToDo::FinalAction && m_done.IsDone(number)) history.resultsOffset = m_done.At(number).offset;
     m_done.Forget(number);
+    m_notSaved.erase(number);
     m_open[number] = std::move(history);
     return {};
 }

@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+/// Whether a file of this outcome is done again when that is asked for.
+[[nodiscard]] bool IsRetried(FileOutcomeClass outcome);
+
 /// What was begun with a file that has no final outcome.
 struct FileHistory {
     std::vector<Intent> intents = {};
@@ -22,10 +25,16 @@ struct FileHistory {
 class CJournalIndex final : public CJournalVisitor {
 public:
     /// `done` is borrowed. `journal`: the position of this journal in the caller's list.
-    explicit CJournalIndex(CDoneIndex& done, int journal = 0) : m_done(done), m_journal(journal) {}
+    /// `retries`: files that were not saved may be done again, so what was begun with them is kept.
+    explicit CJournalIndex(CDoneIndex& done, int journal = 0, bool retries = false)
+        : m_done(done), m_journal(journal), m_retries(retries)
+    {
+    }
 
     /// By number.
     std::map<int, FileHistory>& Open() { return m_open; }
+    /// Of files that were not saved, by number.
+    const std::map<int, FileHistory>& NotSaved() const { return m_notSaved; }
     /// "finished", "stopped", "broken"; empty when the journal does not end with an end line.
     const std::string& Ending() const { return m_ending; }
     /// Of the last end line.
@@ -46,7 +55,8 @@ private:
 
     CDoneIndex& m_done;
     int m_journal;
-    std::map<int, FileHistory> m_open;
+    bool m_retries;
+    std::map<int, FileHistory> m_open, m_notSaved;
     std::vector<std::uint64_t> m_targets;  // hashes, sorted by Complete
     std::set<std::string> m_targetFolders;
     std::vector<int> m_sinceEnd;  // done since the last end line

@@ -8,11 +8,6 @@
 
 namespace {
 
-bool IsRetried(FileOutcomeClass outcome)
-{
-    return outcome != FileOutcomeClass::Saved && outcome != FileOutcomeClass::CopiedUnchanged;
-}
-
 /// Spreads neighbouring group numbers over the shards.
 std::uint64_t Scrambled(std::uint64_t value)
 {
@@ -69,7 +64,7 @@ bool CManifestRun::Load()
 bool CManifestRun::ReadEarlier()
 {
     m_done.emplace(m_header.total);
-    m_earlier.emplace(*m_done);
+    m_earlier.emplace(*m_done, 0, m_options.retryFailed);
     if (IsTrial()) return true;
     const auto content = ReadJournal(m_options.journalPath, m_header.run, *m_earlier);
     if (!content) return Broken(content.Error());
@@ -209,9 +204,10 @@ void CManifestRun::Close(LoopEnd end, const std::string& problem, const CResults
     const int notSaved = m_progress.filesTotal - m_result.Count(FileOutcomeClass::Saved);
     const bool fine = notSaved == 0 && m_header.unreadableFolders == 0;
     if (m_header.unreadableFolders > 0)
-        m_observer.Warning(std::to_string(m_header.unreadableFolders) +
-                           " folder(s) could not be read when the run was planned, and their files are no part of it. "
-                           "Once they can be read, start the run again without --resume.");
+        m_observer.Warning(
+            std::to_string(m_header.unreadableFolders) +
+            " folder(s) could not be read when the run was planned, and their files are no part of it. "
+            "Once they can be read, start the run again without --resume.");
     m_result.exit = fine ? ExitClass::Fine : ExitClass::SomeNotSaved;
     if (end != LoopEnd::Stopped) return;
     m_result.exit = ExitClass::Stopped;

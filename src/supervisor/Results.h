@@ -28,6 +28,8 @@ public:
     platform::FileResult AddAgain(int number, ToDo toDo);
     /// Only one that is in the journal is passed on.
     platform::FileResult AddDone(const DoneFile& done);
+    /// The outcome that stands at this place of the journal stays.
+    void KeepDone(const DoneFile& done, const DonePlace& place);
     /// A worker's last lines. Those that differ from earlier ones only in times are no news.
     void AddEpilogue(std::vector<std::string> lines);
     /// All last lines, one after the other.
@@ -37,6 +39,8 @@ public:
     bool IsTrial() const { return m_parts.journal == nullptr; }
 
 private:
+    void Count(const DoneFile& done, const DonePlace& place);
+
     Parts m_parts;
     RunProgress m_progress;
     std::vector<std::vector<std::string>> m_epilogues;

@@ -1,7 +1,9 @@
 #include "supervisor/RunFolder.h"
 
+#include "platform/Overseer.h"
 #include "platform/Paths.h"
 #include "platform/Sha256.h"
+#include "supervisor/Temporaries.h"
 #include "supervisor/WorkerFolder.h"
 
 #include <cerrno>
@@ -58,7 +60,10 @@ std::string CRunFolder::Open(const RunRequest& request)
     m_path = UserPaths().settingsFolder + "Runs" + platform::kSeparator + KeyOf(request);
     if (const auto made = platform::CreateFolders(m_path); !made)
         return "The folder " + m_path + " cannot be made (" + platform::ErrorText(made.errorNumber) + ").";
-    return TakeLock(m_lock, m_path + platform::kSeparator + "lock");
+    std::string problem = TakeLock(m_lock, m_path + platform::kSeparator + "lock");
+    // Who had the lock before may have been killed over a manifest.
+    if (problem.empty()) RemoveTemporaries({m_path}, platform::TemporaryPrefix(""));
+    return problem;
 }
 
 std::string CRunFolder::ManifestPath() const { return m_path + platform::kSeparator + "manifest.jsonl"; }

@@ -310,6 +310,7 @@ private:
     void TellFile()
     {
         if (m_input.Is("fail")) m_outcome = "failed";
+        if (m_input.Is("partly")) m_outcome = "incomplete";
         Json record = {{"number", m_input.number},
                        {"path", TextFromBytes(m_input.path)},
                        {"size", 0},

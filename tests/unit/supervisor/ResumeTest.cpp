@@ -142,6 +142,37 @@ TEST(Resume, RetriesWhatWasNotSavedWhenAsked)
     EXPECT_EQ(place.Files("out").count("a (1)"), 0u);
 }
 
+TEST(Resume, ARetriedFileTakesTheNamesThatItHadAndNothingHappensTwice)
+{
+    for (const bool inPlace : {false, true}) {
+        CRunPlace place;
+        if (inPlace) place.InPlace();
+        for (const char* name : {"a group1", "b group1 partly", "c group1"}) place.Input(name);
+        EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+        const auto in = place.Files("in"), out = place.Files("out");
+        place.options.resume = place.options.retryFailed = true;
+        for (int time = 0; time < 2; ++time) {
+            EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+            EXPECT_EQ(place.Files("in"), in);
+            EXPECT_EQ(place.Files("out"), out);
+            EXPECT_EQ(place.Lines("record.jsonl").size(), 3u);
+        }
+    }
+}
+
+TEST(Resume, AProgramThatMayHaveBeenStartedIsNotStartedByARetry)
+{
+    CRunPlace place;
+    place.FinalAction(5);
+    place.Input("a die-after-final");
+    EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+    EXPECT_EQ(place.notes.Of("a die-after-final").finalState, "unknown");
+    place.options.resume = place.options.retryFailed = true;
+    for (int time = 0; time < 2; ++time) EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+    EXPECT_EQ(place.Lines("started.txt").size(), 1u);
+    EXPECT_EQ(place.notes.Of("a die-after-final").finalState, "unknown");
+}
+
 TEST(Resume, APlainRunOverAnUnfinishedOneBeginsAnewAndSaysSo)
 {
     CRunPlace place;

@@ -71,6 +71,11 @@ def is_protected(path):
     return _is_protected(Path(path).read_bytes(), str(path))
 
 
+def is_whole(path):
+    """A complete document, protected or, when a step was not completed, not."""
+    return is_protected(path) or page_count(path) is not None
+
+
 @functools.lru_cache(maxsize=4096)
 def _is_protected(content, path):
     """Asked once for each content: it takes two starts of an independent tool."""

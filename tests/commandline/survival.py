@@ -4,7 +4,7 @@ import shutil
 import time
 from pathlib import Path
 
-from commandline import FINAL_ACTIONS, CommandPlace, documents, is_protected, records, sha256, temporaries
+from commandline import FINAL_ACTIONS, CommandPlace, documents, is_protected, is_whole, records, sha256, temporaries
 
 NAMES = ("a.pdf", "sub/a.pdf", "b ü.pdf")
 
@@ -67,7 +67,7 @@ class Scene:
         for path in self._visible():
             if path.read_bytes() in self._known_contents():
                 continue
-            if not is_protected(path):
+            if not is_whole(path):
                 wrong.append(f"{path.relative_to(self.place.root)}: not whole")
         return wrong
 
@@ -85,7 +85,7 @@ class Scene:
             return path.is_file() and (path.read_bytes() == original or is_protected(path))
         if any(each.read_bytes() == original for each in self._visible()):
             return True
-        return self.final == 3 and len(self._outputs()) > 0 and all(map(is_protected, self._outputs()))
+        return self.final == 3 and len(self._outputs()) > 0 and all(map(is_whole, self._outputs()))
 
     def _outputs(self):
         return sorted(self.place.output.rglob("*.pdf"))

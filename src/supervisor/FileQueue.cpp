@@ -87,7 +87,10 @@ CFileQueue::Readiness CFileQueue::PrepareAgain(FileInHand& hand, const DonePlace
         m_problem = "The journal cannot be read again.";
         return Readiness::DealtWith;
     }
-    const bool onlyFinalAction = !done->record.outputs.empty() && done->record.finalState == "failed";
+    const FileRecord& record = done->record;
+    // Whether a program that is said to have failed was started is not known.
+    const bool onlyFinalAction =
+        !record.outputs.empty() && record.finalState == "failed" && record.finalAct != "start";
     if (onlyFinalAction) {
         hand.toDo = ToDo::FinalAction;
         hand.results = done->record;

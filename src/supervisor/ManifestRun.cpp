@@ -207,7 +207,7 @@ void CManifestRun::Close(LoopEnd end, const std::string& problem, const CResults
         m_observer.Warning(
             std::to_string(m_header.unreadableFolders) +
             " folder(s) could not be read when the run was planned, and their files are no part of it. "
-            "Once they can be read, start the run again without --resume.");
+            "Once they can be read, --resume takes them in.");
     m_result.exit = fine ? ExitClass::Fine : ExitClass::SomeNotSaved;
     if (end != LoopEnd::Stopped) return;
     m_result.exit = ExitClass::Stopped;

@@ -8,6 +8,7 @@
 #include "supervisor/ManifestRun.h"
 #include "supervisor/Planning.h"
 #include "supervisor/RunFolder.h"
+#include "supervisor/Supplement.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -104,6 +105,7 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
     std::unique_ptr<CWorker> early;
     const bool resumes = options.resume && platform::FileExists(run.manifestPath);
     if (options.resume && !resumes) observer.Remark("There is no run to go on with; this one starts anew.");
+    if (resumes) AddLeftOutFiles(starter, options.request, run.manifestPath, run.journalPath, interrupts, observer);
     if (!resumes) {
         GiveUpRun(run.manifestPath, run.journalPath, observer);
         // The first worker starts while another host plans.

@@ -173,6 +173,26 @@ TEST(Resume, AProgramThatMayHaveBeenStartedIsNotStartedByARetry)
     EXPECT_EQ(place.notes.Of("a die-after-final").finalState, "unknown");
 }
 
+TEST(Resume, TakesInWhatThePlanCouldNotRead)
+{
+    CRunPlace place;
+    place.FinalAction(8);
+    for (const char* name : {"a hidden group1", "b group1", "c hidden group1", "d"}) place.Input(name);
+    setenv("FAKE_BLIND", "1", 1);
+    EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+    EXPECT_EQ(place.notes.done.size(), 2u);
+    place.options.resume = true;
+    EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved) << "still unreadable";
+    unsetenv("FAKE_BLIND");
+    EXPECT_EQ(place.Run().exit, ExitClass::Fine);
+    EXPECT_EQ(place.notes.done.size(), 4u) << "nothing is done twice";
+    EXPECT_EQ(place.Files("out").size(), 4u);
+    EXPECT_EQ(place.Files("done").size(), 4u);
+    EXPECT_EQ(place.Lines("record.jsonl").size(), 4u);
+    EXPECT_EQ(place.Run().exit, ExitClass::Fine);
+    EXPECT_EQ(place.notes.done.size(), 4u);
+}
+
 TEST(Resume, APlainRunOverAnUnfinishedOneBeginsAnewAndSaysSo)
 {
     CRunPlace place;

@@ -46,6 +46,7 @@ public:
         for (const char* name : {"in", "out", "done", "settings"}) folder.MakeFolder(name);
         setenv("XDG_CONFIG_HOME", (folder / "settings").c_str(), 1);
         unsetenv("FAKE_KILL");
+        unsetenv("FAKE_BLIND");
         setenv("FAKE_COUNT", (folder / "count").c_str(), 1);
         options.engine = {.hostProgram = FAKE_WORKER, .plugIns = {"/a/plug-in"}, .jobs = 2, .timeoutSeconds = 60};
         Set("FERRULESEQU", "a sequence");

@@ -3,18 +3,29 @@
 #include "supervisor/Manifest.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
+
+namespace {
+
+/// Equal for a path and the same path with separators more than needed.
+std::uint64_t HashOf(const std::string& path)
+{
+    return std::hash<std::string>{}(std::filesystem::path(path).lexically_normal().string());
+}
+
+}  // namespace
 
 CGroupedInputs::CGroupedInputs(const std::string& manifestPath)
 {
     CManifestReader manifest;
     if (!manifest.Open(manifestPath)) return;
     while (const auto file = manifest.Next())
-        if (file->group != 0) m_hashes.push_back(std::hash<std::string>{}(file->path));
+        if (file->group != 0) m_hashes.push_back(HashOf(file->path));
     std::sort(m_hashes.begin(), m_hashes.end());
 }
 
 bool CGroupedInputs::Contains(const std::string& path) const
 {
-    return std::binary_search(m_hashes.begin(), m_hashes.end(), std::hash<std::string>{}(path));
+    return std::binary_search(m_hashes.begin(), m_hashes.end(), HashOf(path));
 }

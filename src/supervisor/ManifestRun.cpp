@@ -169,10 +169,12 @@ LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
 {
     Json job = ParseObject(m_header.job).value_or(Json::object());
     job["run"] = Tag();
+    const CGroupedInputs inputs(m_options.manifestPath);
     CRunLoop loop(
         {.engine = m_engine,
          .starter = m_starter,
          .facts = m_facts,
+         .inputs = inputs,
          .queue = queue,
          .results = results,
          .observer = m_observer,

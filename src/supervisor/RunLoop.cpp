@@ -300,8 +300,22 @@ void CRunLoop::OnAct(CWorker& worker, const Json& message)
     Send(worker, {{"answer", answer}});
 }
 
+/// Whether the act would cost another input of the run, processed or not.
+bool CRunLoop::WouldReplaceInput(const CWorker& worker, const Intent& intent) const
+{
+    const bool creates = intent.act == ActKind::Put || intent.act == ActKind::Move;
+    if (!creates || worker.hand->file.group == 0) return false;
+    if (intent.target == worker.hand->file.path || !m_parts.inputs.Contains(intent.target)) return false;
+    const auto pretended = m_parts.results.IsTrial() ? m_pretended.Exists(intent.target) : std::nullopt;
+    return pretended.value_or(platform::NameExists(intent.target));
+}
+
 std::string CRunLoop::AnswerToAct(CWorker& worker, Intent intent)
 {
+    if (WouldReplaceInput(worker, intent)) {
+        worker.hand->reason = "It would have replaced " + intent.target + ", which is an input, too.";
+        return "refuse";
+    }
     if (m_parts.results.IsTrial()) {
         m_pretended.Add(intent);
         return "pretend";

@@ -3,6 +3,7 @@
 
 #include "platform/ChildProcess.h"
 #include "supervisor/FileQueue.h"
+#include "supervisor/GroupedInputs.h"
 #include "supervisor/Json.h"
 #include "supervisor/PretendedActs.h"
 #include "supervisor/Results.h"
@@ -24,6 +25,7 @@ public:
         const EngineOptions& engine;
         const CWorkerStarter& starter;
         const RunFacts& facts;
+        const CGroupedInputs& inputs;
         CFileQueue& queue;
         CResults& results;
         CRunObserver& observer;
@@ -63,6 +65,7 @@ private:
     void OnAct(CWorker& worker, const Json& message);
     void OnMark(CWorker& worker, const std::string& mark);
     void OnExists(CWorker& worker, const std::string& path);
+    bool WouldReplaceInput(const CWorker& worker, const Intent& intent) const;
     std::string AnswerToAct(CWorker& worker, Intent intent);
     void Send(CWorker& worker, const Json& answer);
 

@@ -133,6 +133,19 @@ class Trouble(unittest.TestCase):
         self.assertEqual(set(self.outcomes().values()), {"failed"})
         self.assertEqual({path: path.read_bytes() for path in self.place.input.iterdir()}, made)
 
+    def test_no_result_replaces_another_input(self):
+        made = documents(self.place, ["a.PDF", "a.pdf", "sub/b.pdf", "b.pdf"])
+        in_place = self.place.protect_sequence(DontOverwrite=("boolean", "false"))
+        result = self.place.ferrule("run", in_place, "--input", self.place.input, "--final-action", "copy", "--destination",
+                                    self.place.input, "--record", self.record)
+        self.assertEqual(result.code, 3, result)
+        self.assertEqual((self.place.input / "a.PDF").read_bytes(), made[self.place.input / "a.PDF"])
+        self.assertIn("is an input, too", self.message("a.PDF"))
+        self.assertTrue(is_protected(self.place.input / "a.pdf"))
+        outcomes = {line["path"]: line["outcome"] for line in records(self.record).values()}
+        self.assertEqual(outcomes[str(self.place.input / "sub" / "b.pdf")], "incomplete")
+        self.assertTrue(is_protected(self.place.input / "b.pdf"))
+
     def test_two_runs_of_the_same_request_exclude_each_other(self):
         documents(self.place, ["a.pdf", "b.pdf"])
         (self.place.input / "c.pdf").write_bytes(HANGS)

@@ -149,10 +149,10 @@ FileResult CJournalWriter::AddLine(std::string line, bool flush)
 {
     line += '\n';
     FileResult result = m_file.Write(line);
-    if (result) m_length += line.size();
-    // Half a line would spoil the next one. When even that cannot be mended, the next failure says so.
-    if (!result) (void)m_file.Truncate(m_length);
     if (result && flush) result = m_file.Flush();
+    // Half a line would spoil the next one, and what is not allowed to happen must not seem to be intended.
+    if (!result) (void)m_file.Truncate(m_length);
+    if (result) m_length += line.size();
     return result;
 }
 

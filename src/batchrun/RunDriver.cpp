@@ -118,8 +118,7 @@ ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& seq
 std::string CRunDriver::ApplyFinalActionTo(const ProcessedFile& file, const RunSettings& settings)
 {
     if (settings.finalAction == kFinalActionNothing) return {};
-    if (m_services.variation.keepIncomplete && file.outcome == FileOutcome::Incomplete &&
-        TakesInputAway(settings.finalAction)) {
+    if (m_services.variation.keepIncomplete && file.outcome == FileOutcome::Incomplete) {
         m_services.log.Line("\tThe final action is left out because the file is incomplete.");
         return "The input stays where it is.";
     }

@@ -49,6 +49,11 @@ class Scene:
             words += ["--destination", self.place.done]
         return [*words, *more]
 
+    def took_folder_for_file(self):
+        """Whether the system could not say, when the run was planned, what the input folder is."""
+        return self.record.exists() and any(Path(line["path"]) == self.place.input and line["outcome"] == "failed"
+                                            for line in records(self.record).values())
+
     def _program(self):
         program = self.place.root / "start.sh"
         if not program.exists():

@@ -181,13 +181,15 @@ class Jobs(JobTest):
     def test_an_incomplete_file_stays_where_it_is(self):
         sequence = self.place.sequence("some.sequ", [("Maker:Gone", {}), (SAVE, save_items())])
         for strict, stays in ((None, True), (True, True), (False, False)):
-            for code in (2, 3, 6, 7):
+            for code in (1, 2, 3, 6, 7, 8):
                 with self.subTest(strict=strict, code=code):
                     inputs = self.write("a.pdf")
                     more = {} if strict is None else {"strictFinalAction": strict}
                     job = self.run_job(inputs, sequence, code, self.place.done, **more)
                     self.assertEqual(job.records[0]["outcome"], "incomplete", job)
-                    self.assertEqual(os.path.exists(inputs[0]), stays, job)
+                    self.assertEqual(os.path.exists(inputs[0]), stays or code in (1, 8), job)
+                    if stays:
+                        self.assertEqual(list(self.place.done.iterdir()), [])
                     self.assertEqual("stays where it is" in job.records[0]["message"], stays, job)
                     for path in [*self.place.output.iterdir(), *self.place.done.iterdir()]:
                         path.unlink()

@@ -88,9 +88,8 @@ CFileQueue::Readiness CFileQueue::PrepareAgain(FileInHand& hand, const DonePlace
         return Readiness::DealtWith;
     }
     const FileRecord& record = done->record;
-    // Whether a program that is said to have failed was started is not known.
     const bool onlyFinalAction =
-        !record.outputs.empty() && record.finalState == "failed" && record.finalAct != "start";
+        !record.outputs.empty() && record.finalState == "failed" && !MayHaveStarted(hand.file.number);
     if (onlyFinalAction) {
         hand.toDo = ToDo::FinalAction;
         hand.results = done->record;
@@ -107,6 +106,17 @@ CFileQueue::Readiness CFileQueue::PrepareAgain(FileInHand& hand, const DonePlace
         hand.file.modified = std::to_string(stamp->modifiedNanoseconds);
     }
     return Readiness::Ready;
+}
+
+/// Whether a program that is said to have failed was allowed to be started as the final action.
+bool CFileQueue::MayHaveStarted(int number) const
+{
+    if (!m_parts.earlier) return false;
+    const auto history = m_parts.earlier->NotSaved().find(number);
+    if (history == m_parts.earlier->NotSaved().end()) return false;
+    const std::vector<Intent>& intents = history->second.intents;
+    return std::any_of(intents.begin(), intents.end(),
+                       [](const Intent& intent) { return intent.finalAction && intent.act == ActKind::Start; });
 }
 
 /// Frees the names that the file's results took, so that they come out the same. False when doing the file again

@@ -49,6 +49,7 @@ private:
     Readiness PrepareFinalAction(FileInHand& hand);
     void TakeUp(FileInHand& hand);
     Readiness PrepareAgain(FileInHand& hand, const DonePlace& place);
+    bool MayHaveStarted(int number) const;
     bool TakeBackResults(const PlannedFile& file) const;
     Readiness Settle(FileInHand& hand);
     Readiness Skip(const FileInHand& hand, FileOutcomeClass outcome, const std::string& message);

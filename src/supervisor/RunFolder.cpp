@@ -69,3 +69,10 @@ std::string CRunFolder::Open(const RunRequest& request)
 std::string CRunFolder::ManifestPath() const { return m_path + platform::kSeparator + "manifest.jsonl"; }
 
 std::string CRunFolder::JournalPath() const { return m_path + platform::kSeparator + "journal.jsonl"; }
+
+void CRunFolder::RemoveWorkerFolders() const
+{
+    for (const platform::FolderEntry& entry : platform::ListFolder(m_path))
+        if (entry.isFolder && entry.name.starts_with("worker-"))
+            RemoveFolder(m_path + platform::kSeparator + entry.name);
+}

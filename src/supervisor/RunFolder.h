@@ -16,6 +16,8 @@ public:
     const std::string& Path() const { return m_path; }
     std::string ManifestPath() const;
     std::string JournalPath() const;
+    /// When no worker is left; what they logged is in the journal.
+    void RemoveWorkerFolders() const;
     int LockDescriptor() const { return m_lock.Descriptor(); }
 
 private:

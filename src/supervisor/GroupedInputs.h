@@ -1,6 +1,8 @@
 // The inputs of a run whose names meet those of others, to keep them from being replaced.
 #pragma once
 
+#include "supervisor/RunObserver.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -8,8 +10,10 @@
 /// Memory: eight bytes for each input of a group.
 class CGroupedInputs {
 public:
-    /// Reads the manifest once. One that cannot be read has none.
-    explicit CGroupedInputs(const std::string& manifestPath);
+    /// A file of the manifest; those that are alone do not count.
+    void Add(const PlannedFile& file);
+    /// Once, after the last file.
+    void Complete();
 
     bool Contains(const std::string& path) const;
 

@@ -93,6 +93,7 @@ bool CManifestRun::CountFiles()
     CManifestReader manifest;
     if (auto header = manifest.Open(m_options.manifestPath); !header) return Broken(header.Error());
     while (const auto file = manifest.Next()) {
+        m_groupedInputs.Add(*file);
         if (!IsInShard(*file, m_options.shard, m_options.shards)) continue;
         ++m_progress.filesTotal;
         m_progress.bytesTotal += file->size;
@@ -104,6 +105,7 @@ bool CManifestRun::CountFiles()
         m_progress.bytesDone += file->size;
         if (m_done->At(file->number).outcome != FileOutcomeClass::Saved) ++m_progress.notSaved;
     }
+    m_groupedInputs.Complete();
     m_options.plan.alreadyDone = m_progress.filesDone;
     return manifest.Problem().empty() || Broken(manifest.Problem());
 }
@@ -169,12 +171,11 @@ LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
 {
     Json job = ParseObject(m_header.job).value_or(Json::object());
     job["run"] = Tag();
-    const CGroupedInputs inputs(m_options.manifestPath);
     CRunLoop loop(
         {.engine = m_engine,
          .starter = m_starter,
          .facts = m_facts,
-         .inputs = inputs,
+         .inputs = m_groupedInputs,
          .queue = queue,
          .results = results,
          .observer = m_observer,

@@ -1,6 +1,7 @@
 // Processes the files of a manifest, or of one shard of it.
 #pragma once
 
+#include "supervisor/GroupedInputs.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Manifest.h"
 #include "supervisor/RecordWriter.h"
@@ -69,6 +70,7 @@ private:
     std::map<int, DonePlace> m_again;  // files with an outcome that are done once more
     std::uint64_t m_journalLength = 0;
     int m_filesLeft = 0;
+    CGroupedInputs m_groupedInputs;
     RunProgress m_progress;
 
     CJournalWriter m_journal;

@@ -41,7 +41,7 @@ std::string Joined(const std::string& first, const std::string& second)
 void AddEarlier(const FileInHand& hand, DoneFile& done)
 {
     FileRecord& record = done.record;
-    record.message = Joined(hand.reason, record.message);
+    record.message = Joined(hand.reason, Joined(record.message, hand.refusal));
     if (hand.results) {
         record.outputs.insert(record.outputs.begin(), hand.results->outputs.begin(), hand.results->outputs.end());
         if (!hand.results->sha256.empty()) record.sha256 = hand.results->sha256;
@@ -313,7 +313,7 @@ bool CRunLoop::WouldReplaceInput(const CWorker& worker, const Intent& intent) co
 std::string CRunLoop::AnswerToAct(CWorker& worker, Intent intent)
 {
     if (WouldReplaceInput(worker, intent)) {
-        worker.hand->reason = "It would have replaced " + intent.target + ", which is an input, too.";
+        worker.hand->refusal = "It would have replaced " + intent.target + ", which is an input, too.";
         return "refuse";
     }
     if (m_parts.results.IsTrial()) {

@@ -22,8 +22,9 @@ struct FileInHand {
     std::vector<Intent> intents = {};
     /// What was known before when only the final action is left.
     std::optional<FileRecord> results = {};
-    LogBlock log = {};        ///< of an earlier worker that died over it
-    std::string reason = {};  ///< why that one died
+    LogBlock log = {};         ///< of an earlier worker that died over it
+    std::string reason = {};   ///< why that one died
+    std::string refusal = {};  ///< why it was not allowed to act
 };
 
 struct CWorker {

@@ -25,7 +25,7 @@ CInputCollector::CInputCollector(CollectorOptions options) : m_options(std::move
 void CInputCollector::AddPath(const std::string& path)
 {
     if (!platform::FolderExists(path)) {
-        m_paths.AddPath(path);
+        if (m_paths.AddPath(path)) m_namedFiles.push_back(path);
         return;
     }
     Walk walk;

@@ -32,6 +32,8 @@ public:
     void AddPath(const std::string& path);
 
     const CPathStore& Paths() const { return m_paths; }
+    /// The paths given to `AddPath` that were taken as files.
+    const std::vector<std::string>& NamedFiles() const { return m_namedFiles; }
     const std::vector<UnreadableFolder>& Unreadable() const { return m_unreadable; }
 
 private:
@@ -46,5 +48,6 @@ private:
 
     CollectorOptions m_options;
     CPathStore m_paths;
+    std::vector<std::string> m_namedFiles;
     std::vector<UnreadableFolder> m_unreadable;
 };

@@ -17,6 +17,15 @@ namespace {
 
 using nlohmann::json;
 
+/// A folder that could not be asked for its kind was taken as a file: its one line would stand for all of its files.
+std::string FolderTakenForFile(const CInputCollector& inputs)
+{
+    for (const std::string& path : inputs.NamedFiles())
+        if (platform::FolderExists(path))
+            return "The folder " + path + " could not be read when the run was planned. Start the run again.";
+    return {};
+}
+
 /// Stands in for running the sequence.
 class CPlanner {
 public:
@@ -37,6 +46,7 @@ public:
         }
         auto inputs = CollectInputFiles(executor, input, AcceptedExtensions(executor, input, log), log);
         if (!inputs) return NotStarted(inputs.Error());
+        if (const std::string problem = FolderTakenForFile(*inputs); !problem.empty()) return NotStarted(problem);
         Report(facts, request, std::move(*inputs));
         return {};
     }

@@ -49,11 +49,6 @@ class Scene:
             words += ["--destination", self.place.done]
         return [*words, *more]
 
-    def took_folder_for_file(self):
-        """Whether the system could not say, when the run was planned, what the input folder is."""
-        return self.record.exists() and any(Path(line["path"]) == self.place.input and line["outcome"] == "failed"
-                                            for line in records(self.record).values())
-
     def _program(self):
         program = self.place.root / "start.sh"
         if not program.exists():
@@ -70,11 +65,16 @@ class Scene:
             if not self._content_is_safe(path, original):
                 wrong.append(f"{path.relative_to(self.place.root)}: its content is lost")
         for path in self._visible():
-            if path.read_bytes() in self._known_contents():
+            if path.read_bytes() in self._known_contents() or is_protected(path):
                 continue
-            if not is_whole(path):
-                wrong.append(f"{path.relative_to(self.place.root)}: not whole")
+            if not (path in self._incomplete_results() and is_whole(path)):
+                wrong.append(f"{path.relative_to(self.place.root)}: not a protected document")
         return wrong
+
+    def _incomplete_results(self):
+        """What the record itself says was saved although a step was not completed."""
+        lines = records(self.record).values() if self.record.exists() else []
+        return {Path(output["path"]) for line in lines if line["outcome"] == "incomplete" for output in line["outputs"]}
 
     def _known_contents(self):
         return set(self.originals.values()) | set(self.existing.values())
@@ -111,6 +111,10 @@ class Scene:
                 wrong.append(f"{path}: an older file was replaced")
         wrong += self._complaints_about_starts()
         return wrong + self._complaints_about_record()
+
+    def code_of_record(self):
+        """The exit code that fits what the record tells of each file."""
+        return 0 if all(line["outcome"] == "saved" for line in records(self.record).values()) else 3
 
     def names(self):
         return {str(path.relative_to(self.place.root)) for path in self._visible()}

@@ -55,12 +55,10 @@ def hurt_and_resume(final, number, fault, undisturbed):
         if hurt.code not in (0, 1, 3) and fault != "die":
             wrong.append(f"after the fault: exit code {hurt.code}")
         resumed = scene.place.ferrule(*scene.arguments("--resume", "--retry-failed"))
-        if scene.took_folder_for_file():  # the only input of its plan, which failed: another run has to be planned
-            resumed = scene.place.ferrule(*scene.arguments())
         wait_for_starts(scene)
         wrong += [f"after resuming: {each}" for each in scene.complaints_at_the_end(undisturbed)]
-        if resumed.code != 0 and final not in (5, None):
-            wrong.append(f"after resuming: exit code {resumed.code}")
+        if resumed.code != scene.code_of_record():
+            wrong.append(f"after resuming: exit code {resumed.code}, not {scene.code_of_record()}")
         if wrong:
             preserve(scene, f"{final}-{number}-{fault}")
             wrong.append(f"--- the hurt run: {hurt}\n--- resumed: {resumed}")

@@ -52,11 +52,11 @@ WORDS = [
     ("src/a.cpp", 'Open("/tm' + 'p/x")', "absolute path"),
     ("tests/a.cpp", 'Open("/tm' + 'p/x")', ""),
     ("src/a.cpp", '#include "net/wo' + 'rk/file.h"', ""),
-    ("src/a.cpp", "// as Part 3" + ".2 says", "numbered part"),
-    ("docs/DEVELOPERS.md", "as Part 3" + ".2 says", ""),
+    ("src/a.cpp", "// as Pa" + "rt 3.2 says", "numbered part"),
+    ("docs/DEVELOPERS.md", "as Pa" + "rt 3.2 says", ""),
     ("README.md", "the settled" + " points", "a discussion"),
     ("README.md", "see spec" + ".md", "private document"),
-    ("README.md", "plain words, Part 3 of 4, special.md", ""),
+    ("README.md", "plain words, Pa" + "rt 3 of 4, special.md", ""),
 ]
 
 

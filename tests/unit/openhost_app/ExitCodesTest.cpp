@@ -9,58 +9,19 @@
 #include "openhost/program/EventLoop.h"
 #include "openhost/program/OpenHost.h"
 #include "openhost/program/PasswordFile.h"
+#include "support/InProcessPlugIn.h"
 #include "support/TemporaryFolder.h"
 
-#include "hostapi/JobsTable.h"
-
+using namespace in_process;
 using namespace openhost;
 
 namespace {
 
-// A plug-in in this process: its initialisation and its idle procedure do what the test says.
-std::function<void()> g_initialise, g_idle;
-HFT g_core = nullptr;
-
-template <class SlotProc>
-SlotProc Slot(const char* table, ASVersion version, int slot)
-{
-    const auto atom = reinterpret_cast<ASAtomFromStringSlotProc>(g_core[kSlotASAtomFromString])(table);
-    const HFT found =
-        reinterpret_cast<ASExtensionMgrGetHFTSlotProc>(g_core[kSlotASExtensionMgrGetHFT])(atom, version);
-    return reinterpret_cast<SlotProc>(found[slot]);
-}
-template <class SlotProc>
-SlotProc Jobs(int slot)
-{
-    return Slot<SlotProc>(HOST_TABLE_JOBS, kTableJobsVersion, slot);
-}
+std::function<void()> g_idle;
 
 void HOSTCALL Idle(void*)
 {
     if (g_idle) g_idle();
-}
-ASBool HOSTCALL Init()
-{
-    if (g_initialise) g_initialise();
-    return 1;
-}
-ASBool HOSTCALL Handshake(ASUns32, void* data)
-{
-    static_cast<PIHandshakeData_V0200*>(data)->initCallback = reinterpret_cast<ASCallback>(&Init);
-    return 1;
-}
-ASBool HOSTCALL Setup(ASUns32, void* data)
-{
-    auto& sdk = *static_cast<PISDKData_V0200*>(data);
-    g_core = sdk.coreHFT;
-    sdk.handshakeCallback = reinterpret_cast<ASCallback>(&Handshake);
-    return 1;
-}
-ASBool HOSTCALL Entry(ASUns32 version, ASUns32* answered, PISetupSDKProcType* setup, void*)
-{
-    *answered = version;
-    *setup = &Setup;
-    return 1;
 }
 
 void RegisterIdle()

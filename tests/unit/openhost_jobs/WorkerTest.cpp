@@ -4,57 +4,22 @@
 #include <functional>
 
 #include "Pipes.h"
-#include "hostapi/JobsTable.h"
 #include "openhost/jobs/RecordFile.h"
 #include "openhost/jobs/WorkerLink.h"
 #include "openhost/program/OpenHost.h"
 #include "platform/Files.h"
 #include "platform/Overseer.h"
+#include "support/InProcessPlugIn.h"
 #include "support/TemporaryFolder.h"
 
+using namespace in_process;
 using namespace openhost;
 
 namespace {
 
-// A plug-in in this process that does what the test says as soon as it is initialised.
-std::function<void()> g_work;
-HFT g_core = nullptr;
-
-template <class SlotProc>
-SlotProc Jobs(int slot)
-{
-    const auto atom = reinterpret_cast<ASAtomFromStringSlotProc>(g_core[kSlotASAtomFromString])(HOST_TABLE_JOBS);
-    const auto find = reinterpret_cast<ASExtensionMgrGetHFTSlotProc>(g_core[kSlotASExtensionMgrGetHFT]);
-    return reinterpret_cast<SlotProc>(find(atom, kTableJobsVersion)[slot]);
-}
-
-ASBool HOSTCALL Init()
-{
-    g_work();
-    return 1;
-}
-ASBool HOSTCALL Handshake(ASUns32, void* data)
-{
-    static_cast<PIHandshakeData_V0200*>(data)->initCallback = reinterpret_cast<ASCallback>(&Init);
-    return 1;
-}
-ASBool HOSTCALL Setup(ASUns32, void* data)
-{
-    auto& sdk = *static_cast<PISDKData_V0200*>(data);
-    g_core = sdk.coreHFT;
-    sdk.handshakeCallback = reinterpret_cast<ASCallback>(&Handshake);
-    return 1;
-}
-ASBool HOSTCALL Entry(ASUns32 version, ASUns32* answered, PISetupSDKProcType* setup, void*)
-{
-    *answered = version;
-    *setup = &Setup;
-    return 1;
-}
-
 void RunHost(std::shared_ptr<CJobSource> source, std::function<void()> work)
 {
-    g_work = std::move(work);
+    g_initialise = std::move(work);
     OpenHostOptions options;
     options.plugIns = {{"in-process", &Entry}};
     options.jobs = std::move(source);

@@ -2,11 +2,10 @@
 
 #include "common/FileNames.h"
 #include "common/Log.h"
+#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "platform/Programs.h"
-
-#include <cerrno>
 
 namespace {
 
@@ -51,7 +50,7 @@ UniqueResult UnderFreeName(FileOperation operation, const std::string& inputPath
     for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
         unique.target = UniqueSpaced(wanted);
         unique.result = operation(inputPath, unique.target, Existing::Fail);
-        if (unique.result.errorNumber != EEXIST) break;
+        if (platform::ProblemOf(unique.result) != platform::FileProblem::Exists) break;
     }
     return unique;
 }

@@ -1,6 +1,5 @@
 #include "cli/LogCommand.h"
 
-#include <cerrno>
 #include <chrono>
 #include <thread>
 
@@ -9,6 +8,7 @@
 #include "cli/RunArguments.h"
 #include "common/ProductPaths.h"
 #include "platform/Environment.h"
+#include "platform/FileProblem.h"
 #include "platform/LogFile.h"
 
 namespace cli {
@@ -54,7 +54,7 @@ int Clear(const std::string& path)
     if (!platform::FileExists(path)) return kExitFine;
     platform::CLogFile log;
     const auto opened = log.Open(path, false);
-    if (opened.errorNumber == EWOULDBLOCK)
+    if (platform::ProblemOf(opened) == platform::FileProblem::InUse)
         FailStart(path + ": a run is writing this log; clear it when the run is over");
     if (!opened) FailStart(path + ": " + platform::ErrorText(opened.errorNumber));
     return kExitFine;

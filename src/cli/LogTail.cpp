@@ -1,6 +1,6 @@
 #include "cli/LogTail.h"
 
-#include <cerrno>
+#include "platform/FileProblem.h"
 
 namespace cli {
 
@@ -21,7 +21,7 @@ std::string CLogTail::ReadOpen()
     std::string bytes(kPiece, '\0');
     std::clearerr(m_stream.get());
     bytes.resize(std::fread(bytes.data(), 1, bytes.size(), m_stream.get()));
-    if (std::ferror(m_stream.get())) m_result = {errno};
+    if (std::ferror(m_stream.get())) m_result = platform::StreamFailure();
     m_position += bytes.size();
     return bytes;
 }

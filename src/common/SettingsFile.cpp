@@ -1,12 +1,12 @@
 #include "common/SettingsFile.h"
 
-#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <optional>
 #include <utility>
 
 #include "common/Text.h"
+#include "platform/FileProblem.h"
 
 // One line per entry: type, key, value, separated by single blanks; texts are escaped, so a line end is always one.
 // "record" opens a nested record and "." closes the innermost. The last line holds a checksum over the lines before,
@@ -264,7 +264,7 @@ SettingsFileContent ReadSettingsFile(const std::string& path)
     platform::FileResult result;
     const auto bytes = platform::ReadWholeFile(path, kMaxSettingsBytes, &result);
     if (bytes) return ParseSettings(*bytes);
-    const bool missing = result.errorNumber == ENOENT || result.errorNumber == ENOTDIR;
+    const bool missing = platform::ProblemOf(result) == platform::FileProblem::Missing;
     return Refused(missing ? SettingsFileState::Missing : SettingsFileState::Unreadable,
                    platform::ErrorText(result.errorNumber));
 }
@@ -272,8 +272,8 @@ SettingsFileContent ReadSettingsFile(const std::string& path)
 platform::FileResult WriteSettingsFile(const std::string& path, const CSettingsRecord& record)
 {
     constexpr unsigned kOwnerOnly = 0600;
-    if (DeeperThan(record, kMaxSettingsDepth)) return {EINVAL};
+    if (DeeperThan(record, kMaxSettingsDepth)) return platform::Failure(platform::FileProblem::NotARegularFile);
     const std::string bytes = FormatSettings(record);
-    if (bytes.size() > kMaxSettingsBytes) return {EFBIG};
+    if (bytes.size() > kMaxSettingsBytes) return platform::Failure(platform::FileProblem::TooLarge);
     return platform::WriteFileAtomically(path, bytes, kOwnerOnly);
 }

@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <cerrno>
 
 #include "common/Encoding.h"
 #include "common/TextFile.h"
+#include "platform/FileProblem.h"
 
 CTextFileRead::CTextFileRead(const std::string& path)
 {
@@ -40,7 +40,8 @@ std::string_view CTextFileRead::Ahead(std::size_t wanted)
         m_filled -= m_position;
         m_position = 0;
         m_filled += std::fread(m_buffer.data() + m_filled, 1, m_buffer.size() - m_filled, m_file.get());
-        if (std::ferror(m_file.get())) throw CTextFileException("Cannot read the text file.", errno);
+        if (std::ferror(m_file.get()))
+            throw CTextFileException("Cannot read the text file.", platform::StreamFailure().errorNumber);
         m_endReached = m_filled < m_buffer.size();
     }
     return {m_buffer.data() + m_position, m_filled - m_position};

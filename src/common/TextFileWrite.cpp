@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <cerrno>
 
 #include "common/Encoding.h"
 #include "common/TextFile.h"
+#include "platform/FileProblem.h"
 
 namespace {
 
@@ -69,7 +69,9 @@ void CTextFileWrite::WriteCharacter(char32_t character)
 
 void CTextFileWrite::Put(std::string_view encodedCharacter)
 {
-    if (!IsOpen()) throw CTextFileException("The text file is not open.", EBADF);
+    if (!IsOpen())
+        throw CTextFileException("The text file is not open.",
+                                 platform::Failure(platform::FileProblem::Other).errorNumber);
     if (m_used + encodedCharacter.size() > m_buffer.size()) FlushBuffer();
     std::copy(encodedCharacter.begin(), encodedCharacter.end(),
               m_buffer.begin() + static_cast<std::ptrdiff_t>(m_used));
@@ -81,7 +83,7 @@ void CTextFileWrite::FlushBuffer()
     const std::size_t wanted = m_used;
     m_used = 0;
     if (std::fwrite(m_buffer.data(), 1, wanted, m_file.get()) != wanted) {
-        throw CTextFileException("Cannot write the text file.", errno);
+        throw CTextFileException("Cannot write the text file.", platform::StreamFailure().errorNumber);
     }
 }
 
@@ -92,6 +94,6 @@ void CTextFileWrite::Close()
     const std::size_t wanted = m_used;
     m_used = 0;
     if (std::fwrite(m_buffer.data(), 1, wanted, closing.get()) != wanted || std::fflush(closing.get()) != 0) {
-        throw CTextFileException("Cannot write the text file.", errno);
+        throw CTextFileException("Cannot write the text file.", platform::StreamFailure().errorNumber);
     }
 }

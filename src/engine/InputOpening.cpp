@@ -5,10 +5,10 @@
 #include "common/Text.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Conversions.h"
+#include "platform/FileProblem.h"
 #include "platform/Files.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <optional>
 
 namespace {
@@ -51,7 +51,8 @@ bool IsPdfPath(const std::string& path) { return EqualsIgnoreCaseAscii(Extension
 std::string OpenInput(CAcrobatDoc& document, const std::string& path, CLogWriter& log)
 {
     platform::FileResult readable = platform::CheckReadable(path);
-    if (readable && !platform::FileExists(path)) readable = {ENOENT};  // a trial run has taken it away
+    if (readable && !platform::FileExists(path))  // a trial run has taken it away
+        readable = platform::Failure(platform::FileProblem::Missing);
     if (!readable) {
         log.Line("File does not exist or is exclusively used by another application.");
         return platform::ErrorText(readable.errorNumber);

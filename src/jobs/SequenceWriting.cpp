@@ -5,10 +5,9 @@
 #include "engine/XmlGuard.h"
 #include "hostcalls/CabFile.h"
 #include "jobs/SequenceForms.h"
+#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/Overseer.h"
-
-#include <cerrno>
 
 namespace {
 
@@ -22,7 +21,7 @@ public:
         for (int number = 1; number <= kAttempts; ++number) {
             m_path = folder + platform::TemporaryPrefix("") + "cab-" + std::to_string(number);
             m_result = platform::WriteFileAtomically(m_path, "", kOwnerOnly, platform::Existing::Fail);
-            if (m_result.errorNumber != EEXIST) return;
+            if (platform::ProblemOf(m_result) != platform::FileProblem::Exists) return;
         }
     }
     CScratchFile(const CScratchFile&) = delete;
@@ -55,7 +54,7 @@ std::string PutSequenceFile(const SequenceTarget& target, const std::string& byt
     const auto written =
         platform::WriteFileAtomically(target.path, bytes, target.holdsPasswords ? kOwnerOnly : kAsOthersDo, existing);
     if (written) return {};
-    if (written.errorNumber == EEXIST)
+    if (platform::ProblemOf(written) == platform::FileProblem::Exists)
         return "The file " + target.path + " exists already; choose another name or allow it to be overwritten.";
     return "The sequence cannot be written to " + target.path + ": " + platform::ErrorText(written.errorNumber) + ".";
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -84,6 +85,9 @@ std::vector<FolderEntry> ListFolder(const std::string& path, FileResult* result 
 
 /// Absolute path with all links resolved; equal for two names of one folder. Empty when it does not exist.
 std::string CanonicalPath(const std::string& path);
+
+/// Hands the bytes of a regular file to `take`, piece by piece, until their end or until it answers false.
+FileResult ReadPieces(const std::string& path, const std::function<bool(std::string_view bytes)>& take);
 
 /// The bytes of a regular file. Fails: unreadable, or larger than `maxBytes` (error "file too large").
 std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes,

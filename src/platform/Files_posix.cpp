@@ -11,6 +11,7 @@
 
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
+#include "platform/FileProblem.h"
 #include "platform/Oversight.h"
 
 namespace platform {
@@ -108,37 +109,39 @@ std::string CanonicalPath(const std::string& path)
 
 namespace {
 
-// The size is only a hint: files grow while they are read, and some systems report 0.
-FileResult ReadAtMost(int descriptor, std::uint64_t maxBytes, std::string& bytes)
+FileResult ReadPiecesOf(int descriptor, const std::function<bool(std::string_view)>& take)
 {
-    char buffer[1U << 14];
+    std::vector<char> buffer(std::size_t{1} << 18);
     for (;;) {
-        const ssize_t count = calls::Read(descriptor, buffer, sizeof buffer);
+        const ssize_t count = calls::Read(descriptor, buffer.data(), buffer.size());
         if (count == 0) return {};
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return {errno};
-        if (bytes.size() + static_cast<std::size_t>(count) > maxBytes) return {EFBIG};
-        bytes.append(buffer, static_cast<std::size_t>(count));
+        if (!take({buffer.data(), static_cast<std::size_t>(count)})) return {};
     }
-}
-
-FileResult ReadInto(const std::string& path, std::uint64_t maxBytes, std::string& bytes)
-{
-    CDescriptor file;
-    struct stat status;
-    if (const auto opened = OpenRegular(path, file, status); !opened) return opened;
-    const auto size = static_cast<std::uint64_t>(status.st_size);
-    if (size > maxBytes) return {EFBIG};
-    bytes.reserve(static_cast<std::size_t>(size));
-    return ReadAtMost(file.Get(), maxBytes, bytes);
 }
 
 }  // namespace
 
+FileResult ReadPieces(const std::string& path, const std::function<bool(std::string_view bytes)>& take)
+{
+    CDescriptor file;
+    struct stat status;
+    if (const auto opened = OpenRegular(path, file, status); !opened) return opened;
+    return ReadPiecesOf(file.Get(), take);
+}
+
 std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes, FileResult* result)
 {
+    // Its size is no more than a hint: files grow while they are read, and some systems report 0.
     std::string bytes;
-    const auto outcome = ReadInto(path, maxBytes, bytes);
+    bool tooLarge = false;
+    auto outcome = ReadPieces(path, [&](std::string_view piece) {
+        tooLarge = bytes.size() + piece.size() > maxBytes;
+        if (!tooLarge) bytes.append(piece);
+        return !tooLarge;
+    });
+    if (tooLarge) outcome = Failure(FileProblem::TooLarge);
     if (result) *result = outcome;
     if (!outcome) return std::nullopt;
     return bytes;

@@ -1,8 +1,8 @@
 #include "platform/Overseer.h"
 
-#include <cerrno>
 #include <utility>
 
+#include "platform/FileProblem.h"
 #include "platform/Oversight.h"
 
 namespace platform {
@@ -27,7 +27,7 @@ std::optional<FileResult> AskOverseer(COverseer::Act act, const std::string& fil
 {
     if (!installed) return std::nullopt;
     const auto answer = installed->Ask(act, file, target);
-    if (answer == COverseer::Answer::Refuse) return FileResult{ECANCELED};
+    if (answer == COverseer::Answer::Refuse) return Failure(FileProblem::Canceled);
     // In a trial run nothing was prepared that could be done.
     if (answer == COverseer::Answer::Pretend || Pretending()) return FileResult{};
     return std::nullopt;

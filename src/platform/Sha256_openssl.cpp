@@ -1,20 +1,11 @@
 #include <openssl/evp.h>
 
 #include <array>
-#include <cerrno>
 #include <new>
-#include <vector>
 
-#include "platform/FileCalls_posix.h"
-#include "platform/FileHandles_posix.h"
 #include "platform/Sha256.h"
 
 namespace platform {
-namespace {
-
-constexpr std::size_t kReadAtOnce = 256 * 1024;
-
-}  // namespace
 
 struct CSha256::State {
     EVP_MD_CTX* context = EVP_MD_CTX_new();
@@ -45,29 +36,13 @@ std::string CSha256::Digest()
     return text;
 }
 
-namespace {
-
-FileResult AddFile(const std::string& path, CSha256& digest)
-{
-    CDescriptor file;
-    struct stat status;
-    if (const auto opened = OpenRegular(path, file, status); !opened) return opened;
-    std::vector<char> buffer(kReadAtOnce);
-    for (;;) {
-        const ssize_t count = calls::Read(file.Get(), buffer.data(), buffer.size());
-        if (count == 0) return {};
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return {errno};
-        digest.Add(buffer.data(), static_cast<std::size_t>(count));
-    }
-}
-
-}  // namespace
-
 std::string Sha256OfFile(const std::string& path, FileResult* result)
 {
     CSha256 digest;
-    const auto added = AddFile(path, digest);
+    const auto added = ReadPieces(path, [&](std::string_view bytes) {
+        digest.Add(bytes.data(), bytes.size());
+        return true;
+    });
     if (result) *result = added;
     return added ? digest.Digest() : std::string();
 }

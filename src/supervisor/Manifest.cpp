@@ -2,9 +2,9 @@
 
 #include "platform/AtomicFile.h"
 #include "platform/ByteText.h"
+#include "platform/FileProblem.h"
 #include "supervisor/FileRecord.h"
 
-#include <cerrno>
 #include <utility>
 
 namespace {
@@ -80,13 +80,15 @@ void CManifestWriter::Add(const PlannedFile& file)
 {
     if (m_error != 0) return;
     const std::string line = LineOf(PlannedFileJson(file)) + '\n';
-    if (std::fwrite(line.data(), 1, line.size(), m_lines.get()) != line.size()) m_error = errno ? errno : EIO;
+    if (std::fwrite(line.data(), 1, line.size(), m_lines.get()) != line.size())
+        m_error = platform::StreamFailure().errorNumber;
 }
 
 platform::FileResult CManifestWriter::Finish(const ManifestHeader& header)
 {
     if (m_error != 0) return {m_error};
-    if (std::fflush(m_lines.get()) != 0 || std::fseek(m_lines.get(), 0, SEEK_SET) != 0) return {errno};
+    if (std::fflush(m_lines.get()) != 0 || std::fseek(m_lines.get(), 0, SEEK_SET) != 0)
+        return platform::StreamFailure();
     platform::CAtomicFile file(m_path, platform::Existing::Replace);
     const std::string first = HeaderLine(header);
     file.Write(first.data(), first.size());
@@ -96,7 +98,7 @@ platform::FileResult CManifestWriter::Finish(const ManifestHeader& header)
         if (count == 0) break;
         file.Write(piece.data(), count);
     }
-    if (std::ferror(m_lines.get()) != 0) return {EIO};
+    if (std::ferror(m_lines.get()) != 0) return platform::Failure(platform::FileProblem::Other);
     return file.Commit();
 }
 

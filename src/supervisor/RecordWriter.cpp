@@ -1,8 +1,8 @@
 #include "supervisor/RecordWriter.h"
 
+#include "platform/FileProblem.h"
 #include "supervisor/FileRecord.h"
 
-#include <cerrno>
 #include <cstdio>
 
 platform::FileResult CRecordWriter::Open(const std::string& path)
@@ -19,11 +19,11 @@ void CRecordWriter::Add(const FileRecord& record)
     if (!m_file || m_error != 0) return;
     line += '\n';
     const bool written = std::fwrite(line.data(), 1, line.size(), m_file.get()) == line.size();
-    if (!written || std::fflush(m_file.get()) != 0) m_error = errno != 0 ? errno : EIO;
+    if (!written || std::fflush(m_file.get()) != 0) m_error = platform::StreamFailure().errorNumber;
 }
 
 platform::FileResult CRecordWriter::Close()
 {
-    if (m_file && std::fclose(m_file.release()) != 0 && m_error == 0) m_error = errno;
+    if (m_file && std::fclose(m_file.release()) != 0 && m_error == 0) m_error = platform::StreamFailure().errorNumber;
     return {m_error};
 }

@@ -1,12 +1,12 @@
 #include "supervisor/RunFolder.h"
 
+#include "platform/FileProblem.h"
 #include "platform/Overseer.h"
 #include "platform/Paths.h"
 #include "platform/Sha256.h"
 #include "supervisor/Temporaries.h"
 #include "supervisor/WorkerFolder.h"
 
-#include <cerrno>
 #include <chrono>
 #include <thread>
 
@@ -47,10 +47,10 @@ std::string TakeLock(platform::CFileLock& lock, const std::string& path)
     for (auto pause = kFirstLockPause; pause <= kLongestLockPause; pause *= 2) {
         taken = lock.TryLock(path);
         if (taken) return {};
-        if (taken.errorNumber != EWOULDBLOCK) break;
+        if (platform::ProblemOf(taken) != platform::FileProblem::InUse) break;
         std::this_thread::sleep_for(pause);
     }
-    if (taken.errorNumber == EWOULDBLOCK)
+    if (platform::ProblemOf(taken) == platform::FileProblem::InUse)
         return "The same run is being done by another process (" + path + " is locked).";
     return "The file " + path + " cannot be locked (" + platform::ErrorText(taken.errorNumber) + ").";
 }

@@ -1,8 +1,7 @@
 #include "openhost/jobs/RecordFile.h"
 
-#include <cerrno>
-
 #include "openhost/core/Diagnostics.h"
+#include "platform/FileProblem.h"
 
 namespace openhost {
 
@@ -20,7 +19,8 @@ void CRecordFile::FileDone(const FileRecord& record)
     const bool written = std::fwrite(line.data(), 1, line.size(), m_stream.get()) == line.size();
     if (written && std::fflush(m_stream.get()) == 0) return;
     m_failed = true;
-    Diagnose("the record " + m_path + " cannot be written: " + platform::ErrorText(errno));
+    Diagnose("the record " + m_path +
+             " cannot be written: " + platform::ErrorText(platform::StreamFailure().errorNumber));
 }
 
 }  // namespace openhost

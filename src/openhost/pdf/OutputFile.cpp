@@ -1,8 +1,7 @@
 #include "openhost/pdf/OutputFile.h"
 
-#include <cerrno>
-
 #include "openhost/pdf/PdfGuard.h"
+#include "platform/FileProblem.h"
 
 namespace openhost {
 namespace {
@@ -10,7 +9,8 @@ namespace {
 [[noreturn]] void Throw(const std::string& target, int errorNumber)
 {
     // The overseer's refusal costs this file; it is nobody's wish to end the run.
-    if (errorNumber == ECANCELED) throw CPdfError(PdfProblem::CannotWrite, target + ": writing was refused");
+    if (platform::ProblemOf({errorNumber}) == platform::FileProblem::Canceled)
+        throw CPdfError(PdfProblem::CannotWrite, target + ": writing was refused");
     throw SystemError(target, "cannot write", errorNumber, PdfProblem::CannotWrite);
 }
 
@@ -19,7 +19,7 @@ namespace {
 COutputFile::COutputFile(const std::string& target, platform::Existing existing)
     : m_target(target), m_file(target, existing)
 {
-    if (m_file.Result().errorNumber == EINVAL) {
+    if (platform::ProblemOf(m_file.Result()) == platform::FileProblem::NotARegularFile) {
         throw CPdfError(PdfProblem::NotAFile, target + ": cannot write: is not a regular file");
     }
     Check();

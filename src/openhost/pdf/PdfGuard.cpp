@@ -1,6 +1,7 @@
 #include "openhost/pdf/PdfGuard.h"
 
-#include <cerrno>
+#include "platform/FileProblem.h"
+
 #include <new>
 #include <qpdf/QPDFExc.hh>
 #include <qpdf/QPDFSystemError.hh>
@@ -37,18 +38,16 @@ CPdfError FromLibrary(const QPDFExc& error, const std::string& file, PdfProblem 
 
 PdfProblem ProblemOf(int errorNumber, PdfProblem fallback)
 {
-    switch (errorNumber) {
-        case EACCES:
-        case EPERM:
-        case EROFS:
+    using platform::FileProblem;
+    switch (platform::ProblemOf({errorNumber})) {
+        case FileProblem::NoAccess:
             return PdfProblem::NoAccess;
-        case EEXIST:
+        case FileProblem::Exists:
             return PdfProblem::Exists;
-        case ENOSPC:
-        case EDQUOT:
-        case EFBIG:
+        case FileProblem::DiskFull:
+        case FileProblem::TooLarge:
             return PdfProblem::DiskFull;
-        case ENOMEM:
+        case FileProblem::OutOfMemory:
             return PdfProblem::OutOfMemory;
         default:
             return fallback;

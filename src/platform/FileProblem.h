@@ -1,0 +1,31 @@
+// The failures of file operations that callers tell apart. Systems have numbers of their own, and often several, for
+// each; nothing outside this folder knows them.
+#pragma once
+
+#include "platform/Files.h"
+
+namespace platform {
+
+enum class FileProblem {
+    None,
+    Missing,          ///< no such file, or no such folder on the way to it
+    Exists,           ///< the name is taken
+    NotARegularFile,  ///< "invalid argument": a device, a pipe, a file onto itself
+    IsAFolder,
+    NoAccess,  ///< rights, or a file system that is read-only
+    InUse,     ///< another process holds it: "would block"
+    Canceled,  ///< the overseer refused
+    DiskFull,  ///< or a quota
+    TooLarge,  ///< for a limit of ours or of the system
+    OutOfMemory,
+    NobodyReads,  ///< the reader of a pipe is gone
+    Other
+};
+
+FileProblem ProblemOf(FileResult result);
+/// The result that stands for this problem; for Other an error of input and output.
+FileResult Failure(FileProblem problem);
+/// What the last call of a C stream in this thread failed with. Never success.
+FileResult StreamFailure();
+
+}  // namespace platform

@@ -1,5 +1,11 @@
 # What every target of the project shares.
 
+# What depends on the system stands in files whose names end so.
+set(FERRULE_SYSTEM posix)
+if(WIN32)
+  set(FERRULE_SYSTEM win)
+endif()
+
 add_library(ferrule_options INTERFACE)
 target_compile_features(ferrule_options INTERFACE cxx_std_20)
 target_include_directories(ferrule_options INTERFACE ${PROJECT_SOURCE_DIR}/src)

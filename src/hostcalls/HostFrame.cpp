@@ -1,9 +1,9 @@
 #include "hostcalls/HostFrame.h"
 
 #include "hostapi/HostInterface.h"
+#include "hostcalls/HostJump.h"
 #include "hostcalls/HostTables.h"
 
-#include <csetjmp>
 #include <cstdio>
 
 namespace {
@@ -16,9 +16,6 @@ Procedure CoreEntry(HFT core, int slot)
     return reinterpret_cast<Procedure>(core[slot]);
 }
 
-/// What the host runs when something raises. The frame it jumps to is alive: only its own function pops it.
-void HOSTCALL JumpBack(void* environment) { std::longjmp(*static_cast<std::jmp_buf*>(environment), 1); }
-
 /// Removes the frame at the end of the guarded block, however that ends.
 class CFramePop {
 public:
@@ -30,14 +27,6 @@ public:
 private:
     HFT m_core;
 };
-
-/// A function of its own: nothing but its arguments is alive when the jump comes back, and none of them changes.
-[[gnu::noinline]] bool Raised(std::jmp_buf& environment, hostcalls::FrameBody body, void* context)
-{
-    if (setjmp(environment) != 0) return true;
-    body(context);
-    return false;
-}
 
 struct ErrorTextRequest {
     ASGetErrorStringSlotProc ask;
@@ -57,12 +46,12 @@ namespace hostcalls {
 
 ASErrorCode RunInFrame(HFT core, FrameBody body, void* context)
 {
-    std::jmp_buf environment;
+    std::jmp_buf target;
     bool raised = false;
-    CoreEntry<ASPushExceptionFrameSlotProc>(core, kSlotASPushExceptionFrame)(&environment, &JumpBack);
+    CoreEntry<ASPushExceptionFrameSlotProc>(core, kSlotASPushExceptionFrame)(&target, &JumpBack);
     {
         const CFramePop pop(core);
-        raised = Raised(environment, body, context);
+        raised = EndsByJump(target, body, context);
     }
     if (!raised) return 0;
     const ASErrorCode code = CoreEntry<ASGetExceptionErrorCodeSlotProc>(core, kSlotASGetExceptionErrorCode)();

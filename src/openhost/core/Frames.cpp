@@ -1,18 +1,33 @@
 #include "openhost/core/Frames.h"
 
-#include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
 
 #include "openhost/core/Diagnostics.h"
 #include "openhost/core/Host.h"
+#include "openhost/core/Jump.h"
 #include "openhost/core/Slot.h"
 
 namespace openhost {
 
 namespace {
 
-void HOSTCALL JumpBack(void* environment) { std::longjmp(*static_cast<std::jmp_buf*>(environment), 1); }
+struct GuardedWork {
+    void (*work)(void*);
+    void* context;
+    ASErrorCode thrown = 0;
+};
+
+/// A plug-in that lets an exception out: it counts as a raise.
+void WorkGuarded(void* context)
+{
+    auto& guarded = *static_cast<GuardedWork*>(context);
+    try {
+        guarded.work(guarded.context);
+    } catch (...) {
+        guarded.thrown = RememberCurrentException();
+    }
+}
 
 }  // namespace
 
@@ -48,25 +63,19 @@ void CFrames::LeaveThroughTop()
     std::abort();  // a restore procedure that returns has broken its one promise
 }
 
-// Not inlined and without objects that have destructors: a long jump ends here.
-__attribute__((noinline)) ASErrorCode RunInFrame(void (*work)(void*), void* context)
+ASErrorCode RunInFrame(void (*work)(void*), void* context)
 {
     CFrames* const frames = &Part<CFrames>();
     const std::size_t depth = frames->Depth();
-    std::jmp_buf environment;
-    frames->Push(&environment, &JumpBack);
-    if (setjmp(environment) != 0) {
-        frames->CutTo(depth);
-        return frames->LastCode() != 0 ? frames->LastCode() : static_cast<ASErrorCode>(genErrGeneral);
-    }
-    try {
-        work(context);
-    } catch (...) {  // a plug-in let an exception out: it counts as a raise, and must not leave this frame behind
-        frames->CutTo(depth);
-        return RememberCurrentException();
-    }
-    if (frames->Depth() != depth + 1) Diagnose("a plug-in left its exception frames in disorder");
+    GuardedWork guarded{work, context};
+    std::jmp_buf target;
+    frames->Push(&target, &JumpBack);
+    const bool raised = EndsByJump(target, &WorkGuarded, &guarded);
+    const bool orderly = frames->Depth() == depth + 1;
     frames->CutTo(depth);
+    if (raised) return frames->LastCode() != 0 ? frames->LastCode() : static_cast<ASErrorCode>(genErrGeneral);
+    if (guarded.thrown != 0) return guarded.thrown;
+    if (!orderly) Diagnose("a plug-in left its exception frames in disorder");
     return 0;
 }
 

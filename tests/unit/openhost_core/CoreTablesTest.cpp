@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <csetjmp>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -114,6 +115,51 @@ TEST_F(CoreTables, AVisitorMayRaiseOrForgetAFrameWithoutHarm)
     EXPECT_EQ(frames.Depth(), 0u);
     ASSERT_FALSE(said.empty());
     EXPECT_NE(said.back().find("frames in disorder"), std::string::npos);
+}
+
+ASBool HOSTCALL ThrowingVisitor(ASExtension, void*)
+{
+    const CountsDestruction object;
+    throw std::runtime_error("out of the plug-in");
+}
+
+/// A plug-in's own jump: its buffer is not the host's business, and neither is the function that jumps to it.
+std::jmp_buf g_ownTarget;
+void HOSTCALL OwnJump(void* target) { std::longjmp(*static_cast<std::jmp_buf*>(target), 1); }
+void CallWithOwnFrame(void* core)
+{
+    const HFT table = static_cast<HFT>(core);
+    const CountsDestruction object;
+    reinterpret_cast<ASPushExceptionFrameSlotProc>(table[kSlotASPushExceptionFrame])(&g_ownTarget, &OwnJump);
+    if (setjmp(g_ownTarget) == 0) reinterpret_cast<ASRaiseSlotProc>(table[kSlotASRaise])(genErrCanceled);
+    reinterpret_cast<ASPopExceptionFrameSlotProc>(table[kSlotASPopExceptionFrame])();
+}
+
+ASBool HOSTCALL VisitorWithOwnFrame(ASExtension, void* core)
+{
+    CallWithOwnFrame(core);
+    reinterpret_cast<ASRaiseSlotProc>(static_cast<HFT>(core)[kSlotASRaise])(genErrBadParm);
+    return 1;
+}
+
+TEST_F(CoreTables, WhatLeavesAVisitorReachesTheCallerAsARaiseAndDestroysEachObjectOnce)
+{
+    Part<CExtensions>().Add("one.api");
+    const HFT core = Part<CTables>().Get(Table::Core);
+    const struct {
+        ASExtensionEnumProc visitor;
+        ASErrorCode code;
+    } rows[] = {{&ThrowingVisitor, genErrGeneral}, {&VisitorWithOwnFrame, genErrBadParm}};
+    for (const auto& row : rows) {
+        g_destroyed = 0;
+        // Two hosts' frames, one of the plug-in's, one of the host's again.
+        EXPECT_EQ(
+            Raised([&] { EXPECT_EQ(Raised([&] { CALL(Core, ASEnumExtensions)
+                                                (row.visitor, core, 0); }), row.code); }),
+            0);
+        EXPECT_EQ(g_destroyed, 1);
+        EXPECT_EQ(Part<CFrames>().Depth(), 0u);
+    }
 }
 
 TEST_F(CoreTables, TablesAreFoundByNameUpToTheirVersion)

@@ -21,7 +21,7 @@ public:
 
     /// Opens the file, or creates it so that its name outlasts a power cut. Closes another one before.
     FileResult Open(const std::string& path);
-    bool IsOpen() const { return m_file >= 0; }
+    bool IsOpen() const { return m_file != kNone; }
     /// Fails: some of the bytes may have been written; see Truncate.
     FileResult Write(std::string_view bytes);
     /// When this comes back without error, everything written so far is on disk.
@@ -31,7 +31,8 @@ public:
     void Close();
 
 private:
-    int m_file = -1;
+    static constexpr long long kNone = -1;
+    long long m_file = kNone;  // descriptor or handle
 };
 
 }  // namespace platform

@@ -10,7 +10,7 @@
 
 namespace platform {
 
-CAppendFile::CAppendFile(CAppendFile&& other) noexcept : m_file(std::exchange(other.m_file, -1)) {}
+CAppendFile::CAppendFile(CAppendFile&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
 
 CAppendFile& CAppendFile::operator=(CAppendFile&& other) noexcept
 {
@@ -36,18 +36,18 @@ FileResult CAppendFile::Open(const std::string& path)
     return {};
 }
 
-FileResult CAppendFile::Write(std::string_view bytes) { return WriteAll(m_file, bytes); }
+FileResult CAppendFile::Write(std::string_view bytes) { return WriteAll(static_cast<int>(m_file), bytes); }
 
-FileResult CAppendFile::Flush() { return {calls::FlushData(m_file) == 0 ? 0 : errno}; }
+FileResult CAppendFile::Flush() { return {calls::FlushData(static_cast<int>(m_file)) == 0 ? 0 : errno}; }
 
 FileResult CAppendFile::Truncate(std::uint64_t length)
 {
-    return {calls::Truncate(m_file, static_cast<off_t>(length)) == 0 ? 0 : errno};
+    return {calls::Truncate(static_cast<int>(m_file), static_cast<off_t>(length)) == 0 ? 0 : errno};
 }
 
 void CAppendFile::Close()
 {
-    if (IsOpen()) calls::Close(std::exchange(m_file, -1));
+    if (IsOpen()) calls::Close(static_cast<int>(std::exchange(m_file, kNone)));
 }
 
 }  // namespace platform

@@ -18,8 +18,9 @@ struct ChildOptions {
     /// Lets the child's memory grow to so many bytes of address space at most; 0: no limit. Not applied in a build
     /// with the address sanitizer, which reserves more than any machine has.
     std::uint64_t addressSpaceBytes = 0;
-    /// Descriptors that stay open in the child under the same numbers, above those of the standard streams.
-    std::vector<int> inheritedDescriptors = {};
+    /// Descriptors, or handles, that stay open in the child under the same numbers; descriptors above those of the
+    /// standard streams.
+    std::vector<long long> inheritedDescriptors = {};
 };
 
 enum class ChildEvent {

@@ -79,7 +79,7 @@ struct Launch {
     const char* program;
     const char* const* arguments;
     const char* const* environment;
-    const std::vector<int>& inherited;
+    const std::vector<long long>& inherited;
     std::uint64_t addressSpaceBytes;
     pid_t parent;
     const Pipes& pipes;
@@ -103,7 +103,8 @@ bool TakeStreams(const Launch& launch)
         if (dup2(ends[stream], stream) < 0) return false;
     }
     close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
-    for (const int descriptor : launch.inherited) {
+    for (const long long inherited : launch.inherited) {
+        const int descriptor = static_cast<int>(inherited);
         if (descriptor > STDERR_FILENO && fcntl(descriptor, F_SETFD, 0) < 0) return false;
     }
     return true;

@@ -13,7 +13,7 @@
 
 namespace platform {
 
-CFileLock::CFileLock(CFileLock&& other) noexcept : m_file(std::exchange(other.m_file, -1)) {}
+CFileLock::CFileLock(CFileLock&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
 
 CFileLock& CFileLock::operator=(CFileLock&& other) noexcept
 {
@@ -23,7 +23,7 @@ CFileLock& CFileLock::operator=(CFileLock&& other) noexcept
 
 CFileLock::~CFileLock()
 {
-    if (m_file >= 0) close(m_file);
+    if (IsLocked()) close(static_cast<int>(m_file));
 }
 
 FileResult CFileLock::TryLock(const std::string& path)

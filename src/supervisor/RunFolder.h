@@ -18,7 +18,7 @@ public:
     std::string JournalPath() const;
     /// When no worker is left; what they logged is in the journal.
     void RemoveWorkerFolders() const;
-    int LockDescriptor() const { return m_lock.Descriptor(); }
+    long long LockDescriptor() const { return m_lock.Descriptor(); }
 
 private:
     std::string m_path;

@@ -12,7 +12,7 @@ constexpr const char* kRunVariables[] = {"FERRULESEQU",         "FERRULEFINAL", 
                                          "FERRULEALTPATH",      "FERRULEALTOUTPUTPATH", "FERRULEFILEEXT",
                                          "FERRULENOSUBFOLDERS", "FERRULENOPROGRESS",    "EXECUTEINSTEPS"};
 
-platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::string& settingsFolder, int lock)
+platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::string& settingsFolder, long long lock)
 {
     platform::ChildOptions options{.program = engine.hostProgram, .arguments = {"--worker"}};
     for (const std::string& plugIn : engine.plugIns)
@@ -23,7 +23,7 @@ platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::s
     for (const char* name : kRunVariables) options.environment.emplace_back(name);
     // The supervisor watches the memory in use; this only keeps one document from taking all of it in between.
     options.addressSpaceBytes = 2 * engine.memoryBytes + kGibibyte;
-    if (lock >= 0) options.inheritedDescriptors = {lock};
+    if (lock != -1) options.inheritedDescriptors = {lock};
     return options;
 }
 

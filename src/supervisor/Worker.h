@@ -53,7 +53,7 @@ struct CWorker {
 class CWorkerStarter {
 public:
     /// `baseFolder`: where private folders are made. `lockDescriptor`: stays open in workers; -1: none.
-    CWorkerStarter(const EngineOptions& engine, std::string baseFolder, int lockDescriptor)
+    CWorkerStarter(const EngineOptions& engine, std::string baseFolder, long long lockDescriptor)
         : m_engine(engine), m_baseFolder(std::move(baseFolder)), m_lockDescriptor(lockDescriptor)
     {
     }
@@ -63,7 +63,7 @@ public:
 private:
     const EngineOptions& m_engine;
     std::string m_baseFolder;
-    int m_lockDescriptor;
+    long long m_lockDescriptor;
 };
 
 /// Keeps the last lines.

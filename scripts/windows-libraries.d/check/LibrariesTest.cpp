@@ -1,8 +1,10 @@
-// Each library does its work in a Windows program. Writes its documents into the current folder.
+// Each library does its work in a Windows program. Documents are written into the current folder, samples read there.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 #include <pcre.h>
+#include <poppler-document.h>
+#include <poppler-page.h>
 #include <stringprep.h>
 #include <tinyxml.h>
 #include <windows.h>
@@ -15,9 +17,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <jpeglib.h>
@@ -138,6 +143,48 @@ TEST(Libraries, PcreKnowsLettersBeyondAsciiAndCompilesThem)
     EXPECT_GE(pcre_exec(expression, studied, "\xC3\x89t\xC3\xA9", 5, 0, 0, nullptr, 0), 0);
     pcre_free_study(studied);
     pcre_free(expression);
+}
+
+TEST(Libraries, PopplerReadsText)
+{
+    for (const auto& [name, line] : {std::pair{"letter.pdf", "thank you for your order of 29 February."},
+                                     {"Café à la carte.pdf", "Crème brûlée 5,80 €"},
+                                     {"Письмо о поставке.pdf", "груз прибывает в понедельник."},
+                                     {"三月二十日.pdf", "三月二十日"}}) {
+        std::ifstream file(std::filesystem::path(reinterpret_cast<const char8_t*>(name)), std::ios::binary);
+        std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+        const std::unique_ptr<poppler::document> document(poppler::document::load_from_data(&bytes));
+        ASSERT_NE(document, nullptr) << name;
+        const std::unique_ptr<poppler::page> page(document->create_page(0));
+        ASSERT_NE(page, nullptr) << name;
+        const auto text = page->text().to_utf8();
+        EXPECT_THAT(std::string(text.begin(), text.end()), testing::HasSubstr(line)) << name;
+    }
+}
+
+// What stands in for iconv, with texts that outgrow the room of the first attempt, and with invalid ones.
+TEST(Libraries, PopplerConvertsTexts)
+{
+    std::u16string euros(1000, u'€');
+    const struct {
+        std::string utf8;
+        std::u16string utf16;
+    } rows[] = {{"", u""},
+                {"A", u"A"},
+                {"é€文", u"é€文"},
+                {"a😀b", u"a😀b"},
+                {std::string("a\0b", 3), std::u16string(u"a\0b", 3)}};
+    for (const auto& row : rows) {
+        const auto wide = poppler::ustring::from_utf8(row.utf8.data(), static_cast<int>(row.utf8.size()));
+        EXPECT_EQ(std::u16string(wide.begin(), wide.end()), row.utf16) << row.utf8;
+        const auto back = wide.to_utf8();
+        EXPECT_EQ(std::string(back.begin(), back.end()), row.utf8);
+    }
+    poppler::ustring wide;
+    wide.assign(euros.begin(), euros.end());
+    EXPECT_EQ(wide.to_utf8().size(), 3000u);
+    const auto repaired = poppler::ustring::from_utf8("a\xFF\xC3!").to_utf8();
+    EXPECT_EQ(std::string(repaired.begin(), repaired.end()), "a��!");
 }
 
 TEST(Libraries, JpegWritesAnImage)

@@ -8,6 +8,7 @@
 
 #include "cli/CommandError.h"
 #include "cli/FinalActions.h"
+#include "common/FileNames.h"
 #include "common/Text.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
@@ -22,7 +23,7 @@ namespace fs = std::filesystem;
 constexpr int kEndlessSeconds = 1'000'000'000;
 constexpr std::uint64_t kEndlessBytes = std::uint64_t{1} << 60;
 
-std::string BesideProgram(const char* name)
+std::string BesideProgram(const std::string& name)
 {
     return (fs::path(platform::ExecutablePath()).parent_path() / name).string();
 }
@@ -69,7 +70,7 @@ std::string ReadDestination(const CArguments& arguments, const FinalActionRow& a
     }
     if (place.empty())
         FailUsage("the final action \"" + action.name + "\" needs --destination with the " + action.destination);
-    const bool hasSeparator = place.find(platform::kSeparator) != std::string::npos;
+    const bool hasSeparator = !FolderOf(place).empty();
     if (action.destination == "new name" && hasSeparator)
         FailUsage("--destination: the final action \"rename\" takes a file name without a folder");
     // A program without a separator is looked up like the shell does.
@@ -116,9 +117,10 @@ std::string AbsolutePath(const std::string& path)
         const std::string canonical = platform::CanonicalPath(absolute.string());
         return canonical.empty() ? absolute.string() : canonical;
     }
-    std::string normal = absolute.lexically_normal().string();
-    while (normal.size() > 1 && normal.back() == platform::kSeparator) normal.pop_back();
-    return normal;
+    const fs::path normal = absolute.lexically_normal().make_preferred();
+    // "/" and the root of a drive keep the separator that they end with.
+    const bool endsWithSeparator = !normal.has_filename() && normal.has_relative_path();
+    return (endsWithSeparator ? normal.parent_path() : normal).string();
 }
 
 std::string OptionalPath(const CArguments& arguments, const char* option)
@@ -131,7 +133,8 @@ EngineOptions ReadEngine(const CArguments& arguments)
 {
     EngineOptions engine;
     engine.hostProgram = OptionalPath(arguments, "--host");
-    if (engine.hostProgram.empty()) engine.hostProgram = BesideProgram("ferrule-host");
+    if (engine.hostProgram.empty())
+        engine.hostProgram = BesideProgram(std::string("ferrule-host") + platform::kProgramSuffix);
     RequireReadable(engine.hostProgram);
     for (const std::string& plugIn : arguments.All("--plugin")) engine.plugIns.push_back(AbsolutePath(plugIn));
     const std::string plugInFolder = BesideProgram("plug_ins");

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::string_view kSeparators = platform::kSeparator == '\\' ? "\\/" : "/";
+constexpr std::string_view kSeparators = platform::kSeparators;
 
 std::size_t FolderLength(std::string_view path) { return path.find_last_of(kSeparators) + 1; }
 

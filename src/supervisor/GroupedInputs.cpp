@@ -4,12 +4,16 @@
 #include <filesystem>
 #include <functional>
 
+#include "common/LetterCase.h"
+#include "platform/Paths.h"
+
 namespace {
 
-/// Equal for a path and the same path with separators more than needed.
+/// Equal for a path and the same path with separators more than needed, or in other letters where they do not count.
 std::uint64_t HashOf(const std::string& path)
 {
-    return std::hash<std::string>{}(std::filesystem::path(path).lexically_normal().string());
+    const std::string normal = std::filesystem::path(path).lexically_normal().make_preferred().string();
+    return std::hash<std::string>{}(platform::kNamesIgnoreCase ? LowerCasedName(normal) : normal);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 
 #include "openhost/commands/BuiltInCommands.h"
 #include "openhost/commands/Commands.h"
@@ -10,6 +11,7 @@
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "platform/Files.h"
+#include "platform/Paths.h"
 
 namespace openhost {
 
@@ -36,12 +38,15 @@ std::string StemOf(const std::string& path) { return std::filesystem::path(path)
 
 std::string Joined(const std::string& folder, const std::string& name)
 {
-    return folder.empty() || folder.back() == '/' ? folder + name : folder + "/" + name;
+    const bool ends =
+        folder.empty() || std::string_view(platform::kSeparators).find(folder.back()) != std::string::npos;
+    return ends ? folder + name : folder + platform::kSeparator + name;
 }
 
 void RequireInsideFolder(const std::string& affix)
 {
-    if (affix.find('/') != std::string::npos) Raise(genErrBadParm, "\"" + affix + "\" cannot be part of a file name");
+    if (affix.find_first_of(platform::kSeparators) != std::string::npos)
+        Raise(genErrBadParm, "\"" + affix + "\" cannot be part of a file name");
 }
 
 /// What is saved beside it: the document's own file, or the file that it was made from.

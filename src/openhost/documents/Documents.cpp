@@ -5,6 +5,7 @@
 
 #include "openhost/core/Diagnostics.h"
 #include "openhost/files/Files.h"
+#include "platform/Files.h"
 #include "platform/Overseer.h"
 
 namespace openhost {
@@ -15,9 +16,11 @@ namespace {
 std::string KeyOf(const std::string& path)
 {
     if (path.empty()) return {};
-    std::error_code failed;
-    const auto canonical = std::filesystem::weakly_canonical(std::filesystem::path(path), failed);
-    return failed ? path : canonical.string();
+    if (std::string canonical = platform::CanonicalPath(path); !canonical.empty()) return canonical;
+    // Not there, or not any more: its folder tells.
+    const std::filesystem::path given(path);
+    const std::string folder = platform::CanonicalPath(given.parent_path().string());
+    return folder.empty() ? path : (std::filesystem::path(folder) / given.filename()).string();
 }
 
 void Tell(const std::function<void(PDDoc)>& listener, PDDoc document)

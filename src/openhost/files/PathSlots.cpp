@@ -1,4 +1,5 @@
 #include <cstring>
+#include <filesystem>
 #include <optional>
 #include <random>
 
@@ -12,7 +13,6 @@
 #include "openhost/files/PathSyntax.h"
 #include "openhost/values/Encoding.h"
 #include "openhost/values/Text.h"
-#include "platform/Environment.h"
 #include "platform/Files.h"
 
 namespace openhost {
@@ -96,8 +96,10 @@ ASPathName AcquireFileSysPath(ASFileSys oldFileSys, ASPathName path, ASFileSys n
 
 std::string TempFolder()
 {
-    const std::string folder = platform::EnvironmentText("TMPDIR");
-    return platform::FolderExists(folder) ? folder : "/tmp";
+    std::error_code failed;
+    const auto folder = std::filesystem::temp_directory_path(failed);
+    if (failed) Raise(fileErrGeneral, "there is no folder for temporary files");
+    return folder.string();
 }
 
 ASPathName TempPathName(ASFileSys fileSys, ASPathName sibling)
@@ -228,7 +230,7 @@ char* PlatformPathText(ASPlatformPath path) { return Part<CPlatformPaths>().hand
 
 // ---- file systems
 
-ASFileSys FileSysByName(ASAtom name) { return AtomText(name) == kFileSysName ? DefaultFileSys() : nullptr; }
+ASFileSys FileSysByName(ASAtom name) { return NamesFileSys(AtomText(name)) ? DefaultFileSys() : nullptr; }
 
 ASFileSys FileSysForPath(ASAtom, const void*) { return DefaultFileSys(); }
 

@@ -1,5 +1,6 @@
 #include "supervisor/Worker.h"
 
+#include "platform/Environment.h"
 #include "platform/Paths.h"
 
 #include <utility>
@@ -19,7 +20,7 @@ platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::s
         options.arguments.insert(options.arguments.end(), {"--plugin", plugIn});
     if (!engine.passwordFile.empty())
         options.arguments.insert(options.arguments.end(), {"--password-file", engine.passwordFile});
-    options.environment = {"XDG_CONFIG_HOME=" + settingsFolder};
+    options.environment = {std::string(platform::kApplicationDataVariable) + '=' + settingsFolder};
     for (const char* name : kRunVariables) options.environment.emplace_back(name);
     // The supervisor watches the memory in use; this only keeps one document from taking all of it in between.
     options.addressSpaceBytes = 2 * engine.memoryBytes + kGibibyte;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "hostapi/HostRecords.h"
@@ -45,6 +46,12 @@ ASErrorCode FileErrorFromSystem(int errorNumber);
 /// What is known of a file or folder; `isThere` is false for a missing one. Dates are in universal time. The caller
 /// sets `size`.
 ASFileSysItemPropsRec ItemProperties(const std::string& nativePath);
+
+/// In a folder that is there.
+ASErrorCode MakeFolder(const std::string& nativePath);
+ASErrorCode RemoveEmptyFolder(const std::string& nativePath);
+/// Bytes that this user can still write there; nothing when there is no such folder.
+std::optional<std::uint64_t> FreeSpaceIn(const std::string& nativeFolder);
 
 }  // namespace openhost
 

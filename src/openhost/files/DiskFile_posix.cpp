@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -177,6 +178,23 @@ ASFileSysItemPropsRec ItemProperties(const std::string& nativePath)
         record.fileSizeHigh = static_cast<ASByteCount>(size >> 32);
     }
     return record;
+}
+
+ASErrorCode MakeFolder(const std::string& nativePath)
+{
+    return calls::MakeFolder(nativePath) == 0 ? 0 : FileErrorFromSystem(errno);
+}
+
+ASErrorCode RemoveEmptyFolder(const std::string& nativePath)
+{
+    return calls::RemoveFolder(nativePath) == 0 ? 0 : FileErrorFromSystem(errno);
+}
+
+std::optional<std::uint64_t> FreeSpaceIn(const std::string& nativeFolder)
+{
+    struct statvfs facts;
+    if (::statvfs(nativeFolder.c_str(), &facts) != 0) return std::nullopt;
+    return static_cast<std::uint64_t>(facts.f_bavail) * facts.f_frsize;
 }
 
 }  // namespace openhost

@@ -46,11 +46,12 @@ std::string NativeFromDeviceIndependent(std::string_view text, const CFilePath* 
     Require(!text.empty(), "a path cannot be empty");
     if (text.starts_with('/')) return NativeOfDeviceIndependent(text);
     const std::string whole = DeviceIndependentOfNative(BaseFolder(relativeTo)) + "/" + std::string(text);
+    const std::size_t root = StepsToRoot(whole);
     std::vector<std::string_view> steps;
     for (const std::string_view step : Steps(whole)) {
         if (step != "..")
             steps.push_back(step);
-        else if (!steps.empty())
+        else if (steps.size() > root)
             steps.pop_back();
     }
     std::string result;

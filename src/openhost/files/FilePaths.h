@@ -19,7 +19,7 @@ public:
     const std::string& Native() const { return m_native; }
     std::string Name() const;               // the last component; empty for the top
     std::string Folder() const;             // the folder that holds the item; empty for the top
-    std::string DeviceIndependent() const;  // "/folder/file", with a drive "/c/folder/file"
+    std::string DeviceIndependent() const;  // "/folder/file", with a drive "/C/folder/file"
 
 private:
     std::string m_native;

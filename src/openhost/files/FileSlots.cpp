@@ -1,5 +1,4 @@
 #include <cstring>
-#include <filesystem>
 #include <limits>
 
 #include "openhost/core/Tables.h"
@@ -159,10 +158,8 @@ ASDiskSpace64 FreeSpace(ASFileSys fileSys, ASPathName path)
 {
     RequireFileSys(fileSys);
     const CFilePath& item = PathAt(path);
-    std::error_code failed;
-    auto space = std::filesystem::space(item.Native(), failed);
-    if (failed) space = std::filesystem::space(item.Folder(), failed);  // the file is about to be made
-    return failed ? 0 : space.available;
+    if (const auto space = FreeSpaceIn(item.Native())) return *space;
+    return FreeSpaceIn(item.Folder()).value_or(0);  // of a file, also one that is about to be made
 }
 
 void OfferFileSlots(CTables& tables)

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 
 #include "openhost/core/Diagnostics.h"
 #include "openhost/core/Tables.h"
@@ -91,8 +90,6 @@ bool IsTrialRun(const std::string& native)
     return true;
 }
 
-ASErrorCode CodeOf(const std::error_code& failed) { return failed ? FileErrorFromSystem(failed.value()) : 0; }
-
 ASErrorCode CreateFolder(ASFileSys fileSys, ASPathName path, ASBool recurse)
 {
     return Answering([&]() -> ASErrorCode {
@@ -100,12 +97,9 @@ ASErrorCode CreateFolder(ASFileSys fileSys, ASPathName path, ASBool recurse)
         const std::string& native = PathAt(path).Native();
         if (platform::NameExists(native)) return fileErrExists;
         if (IsTrialRun(native)) return fileErrWrPerm;
-        std::error_code failed;
-        if (recurse)
-            std::filesystem::create_directories(native, failed);
-        else
-            std::filesystem::create_directory(native, failed);
-        return CodeOf(failed);
+        if (!recurse) return MakeFolder(native);
+        const auto made = platform::CreateFolders(native);
+        return made ? 0 : FileErrorFromSystem(made.errorNumber);
     });
 }
 
@@ -117,9 +111,7 @@ ASErrorCode RemoveFolder(ASFileSys fileSys, ASPathName path)
         if (!platform::NameExists(native)) return fileErrFNF;
         if (!platform::FolderExists(native)) return fileErrNotADir;
         if (IsTrialRun(native)) return fileErrWrPerm;
-        std::error_code failed;
-        std::filesystem::remove(native, failed);
-        return CodeOf(failed);
+        return RemoveEmptyFolder(native);
     });
 }
 

@@ -7,6 +7,8 @@ namespace openhost {
 
 const char* const kFileSysName = "Unix";
 
+bool NamesFileSys(std::string_view name) { return name == kFileSysName; }
+
 std::string AbsoluteNative(std::string_view native)
 {
     std::string given(native);
@@ -48,6 +50,8 @@ bool IsPlainName(std::string_view name)
 std::string DeviceIndependentOfNative(std::string_view absolute) { return std::string(absolute); }
 
 std::string NativeOfDeviceIndependent(std::string_view absolute) { return AbsoluteNative(absolute); }
+
+std::size_t StepsToRoot(std::string_view) { return 0; }
 
 std::string UrlOfNative(std::string_view absolute)
 {

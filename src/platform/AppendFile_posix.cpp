@@ -7,6 +7,7 @@
 
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
+#include "platform/FileSteps.h"
 
 namespace platform {
 

@@ -1,7 +1,5 @@
 #include "platform/ByteText.h"
 
-#include <cstddef>
-
 namespace platform {
 
 namespace {
@@ -31,17 +29,6 @@ std::size_t LengthAfter(unsigned char lead)
     return Within(lead, 0xF0, 0xF4) ? 4 : 0;
 }
 
-/// Bytes of the valid character at the beginning; 0 when there is none.
-std::size_t CharacterLength(std::string_view bytes)
-{
-    const std::size_t length = LengthAfter(ByteAt(bytes, 0));
-    if (length < 2) return length;
-    if (bytes.size() < length || !SecondFits(ByteAt(bytes, 0), ByteAt(bytes, 1))) return 0;
-    for (std::size_t index = 2; index < length; ++index)
-        if (!Within(ByteAt(bytes, index), 0x80, 0xBF)) return 0;
-    return length;
-}
-
 bool IsMark(std::string_view bytes)
 {
     return bytes.size() >= 3 && ByteAt(bytes, 0) == kMarkLead && Within(ByteAt(bytes, 1), kMarkLow, kMarkHigh) &&
@@ -56,6 +43,16 @@ void AppendMark(std::string& text, unsigned char byte)
 }
 
 }  // namespace
+
+std::size_t CharacterLength(std::string_view bytes)
+{
+    const std::size_t length = LengthAfter(ByteAt(bytes, 0));
+    if (length < 2) return length;
+    if (bytes.size() < length || !SecondFits(ByteAt(bytes, 0), ByteAt(bytes, 1))) return 0;
+    for (std::size_t index = 2; index < length; ++index)
+        if (!Within(ByteAt(bytes, index), 0x80, 0xBF)) return 0;
+    return length;
+}
 
 std::string TextFromBytes(std::string_view bytes)
 {

@@ -11,7 +11,6 @@
 
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
-#include "platform/FileProblem.h"
 #include "platform/Oversight.h"
 
 namespace platform {
@@ -129,40 +128,6 @@ FileResult ReadPieces(const std::string& path, const std::function<bool(std::str
     struct stat status;
     if (const auto opened = OpenRegular(path, file, status); !opened) return opened;
     return ReadPiecesOf(file.Get(), take);
-}
-
-std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes, FileResult* result)
-{
-    // Its size is no more than a hint: files grow while they are read, and some systems report 0.
-    std::string bytes;
-    bool tooLarge = false;
-    auto outcome = ReadPieces(path, [&](std::string_view piece) {
-        tooLarge = bytes.size() + piece.size() > maxBytes;
-        if (!tooLarge) bytes.append(piece);
-        return !tooLarge;
-    });
-    if (tooLarge) outcome = Failure(FileProblem::TooLarge);
-    if (result) *result = outcome;
-    if (!outcome) return std::nullopt;
-    return bytes;
-}
-
-FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode, Existing existing)
-{
-    if (existing == Existing::Fail && NameExists(path)) return {EEXIST};
-    struct stat status;
-    if (calls::Status(path, status) == 0 && !S_ISREG(status.st_mode)) {
-        return {S_ISDIR(status.st_mode) ? EISDIR : EINVAL};
-    }
-    std::string target;
-    if (const auto followed = FollowLinks(path, target); !followed) return followed;
-    CTemporaryFile file;
-    if (const auto created = file.CreateBeside(target, mode); !created) return created;
-    if (const auto written = WriteAll(file.Descriptor(), bytes); !written) return written;
-    if (const auto completed = file.Complete(); !completed) return completed;
-    if (const auto put = file.PutInPlace(target, existing); !put) return put;
-    (void)FlushFolderOf(target);  // in place it is, whatever the folder says
-    return {};
 }
 
 }  // namespace platform

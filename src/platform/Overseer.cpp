@@ -1,5 +1,6 @@
 #include "platform/Overseer.h"
 
+#include <atomic>
 #include <utility>
 
 #include "platform/FileProblem.h"
@@ -21,7 +22,11 @@ void SetTemporaryTag(const std::string& tag) { temporaryTag = tag; }
 
 std::string TemporaryPrefix(const std::string& tag) { return tag.empty() ? ".ferrule-" : ".ferrule-" + tag + '-'; }
 
-std::string OwnTemporaryPrefix() { return TemporaryPrefix(temporaryTag); }
+std::string NextTemporaryName(unsigned long processId)
+{
+    static std::atomic<unsigned> counter{0};
+    return TemporaryPrefix(temporaryTag) + std::to_string(processId) + '-' + std::to_string(++counter) + ".tmp";
+}
 
 std::optional<FileResult> AskOverseer(COverseer::Act act, const std::string& file, const std::string& target)
 {

@@ -17,8 +17,9 @@ bool Pretending();
 /// What pretended acts have made of the path; nothing when the disk tells.
 std::optional<bool> PretendedExistence(const std::string& path);
 
-/// With what the names of this module's temporary files begin at present.
-std::string OwnTemporaryPrefix();
+/// A new name for a temporary file of this module. Not derived from any target's, which may already have the greatest
+/// length.
+std::string NextTemporaryName(unsigned long processId);
 
 /// What the system would say to the act of putting a file into the folder of `path`, as far as that can be asked.
 FileResult CheckFolderOf(const std::string& path);

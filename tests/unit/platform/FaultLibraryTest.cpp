@@ -29,7 +29,7 @@ Probe RunProbe(const CTemporaryFolder& folder, std::vector<std::string> environm
     while (const auto news = watch.Wait({&*probe}, 30'000)) {
         if (news->event == platform::ChildEvent::Ended) break;
     }
-    return {probe->Ending().exitCode, probe->Ending().signal};
+    return {probe->Ending().exitCode, static_cast<int>(probe->Ending().signal)};
 }
 
 std::vector<std::string> Lines(const std::string& text)

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/FileHandles_posix.h"
+#include "platform/FileSteps.h"
 #include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,12 +1,9 @@
 #include "platform/AtomicFile.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 
-#include "platform/FileCalls_posix.h"
-#include "platform/FileHandles_posix.h"
+#include "platform/FileProblem.h"
+#include "platform/FileSteps.h"
 #include "platform/Oversight.h"
 
 namespace platform {
@@ -22,9 +19,7 @@ struct CAtomicFile::State {
     std::string final;  // where the links lead
     CTemporaryFile file;
     bool replaces = false;
-    mode_t mode = 0;  // of the replaced file, like the two below
-    uid_t owner = 0;
-    gid_t group = 0;
+    CFileRights rights;  // of the replaced file
     std::string buffer;
 };
 
@@ -40,17 +35,15 @@ CAtomicFile::~CAtomicFile() = default;
 FileResult CAtomicFile::Prepare(const std::string& target)
 {
     State& state = *m_state;
-    if (state.existing == Existing::Fail && NameExists(target)) return {EEXIST};
+    if (state.existing == Existing::Fail && NameExists(target)) return Failure(FileProblem::Exists);
     if (const auto followed = FollowLinks(target, state.final); !followed) return followed;
-    struct stat status;
+    FileStatus status;
     if (const auto asked = StatusIfThere(state.final, status, state.replaces); !asked) return asked;
     if (state.replaces) {
-        if (S_ISDIR(status.st_mode)) return {EISDIR};
-        if (!S_ISREG(status.st_mode)) return {EINVAL};
-        if (calls::Access(state.final, W_OK) != 0) return {errno};
-        state.mode = status.st_mode & 07777U;
-        state.owner = status.st_uid;
-        state.group = status.st_gid;
+        if (status.kind == FileKind::Folder) return Failure(FileProblem::IsAFolder);
+        if (status.kind != FileKind::Regular) return Failure(FileProblem::NotARegularFile);
+        if (const auto writable = CheckWritable(state.final); !writable) return writable;
+        if (const auto read = state.rights.ReadFrom(state.final); !read) return read;
     }
     if (state.pretends) return CheckFolderOf(state.final);
     // A replaced file may be private, so its successor is until it has the same rights.
@@ -65,7 +58,7 @@ void CAtomicFile::Write(const char* bytes, std::size_t length) noexcept
         try {
             if (buffer.capacity() < kBufferBytes) buffer.reserve(kBufferBytes);
         } catch (...) {
-            m_error = ENOMEM;
+            m_error = Failure(FileProblem::OutOfMemory).errorNumber;
             return;
         }
         const std::size_t part = std::min(length, kBufferBytes - buffer.size());
@@ -78,21 +71,9 @@ void CAtomicFile::Write(const char* bytes, std::size_t length) noexcept
 
 void CAtomicFile::FlushBuffer() noexcept
 {
-    if (m_error == 0) m_error = WriteAll(m_state->file.Descriptor(), m_state->buffer).errorNumber;
+    if (m_error == 0) m_error = m_state->file.Write(m_state->buffer).errorNumber;
     m_state->buffer.clear();
 }
-
-namespace {
-
-FileResult TakeOver(int descriptor, mode_t mode, uid_t owner, gid_t group)
-{
-    // Only the superuser may give files away; anyone else keeps the new file as his own.
-    const bool foreign = owner != geteuid() || group != getegid();
-    if (foreign && calls::SetOwner(descriptor, owner, group) != 0) mode &= 01777U;
-    return {calls::SetMode(descriptor, mode) == 0 ? 0 : errno};
-}
-
-}  // namespace
 
 FileResult CAtomicFile::Complete()
 {
@@ -100,8 +81,7 @@ FileResult CAtomicFile::Complete()
     FlushBuffer();
     if (m_error != 0) return {m_error};
     if (state.replaces) {
-        const auto taken = TakeOver(state.file.Descriptor(), state.mode, state.owner, state.group);
-        if (!taken) return taken;
+        if (const auto taken = state.file.TakeOver(state.rights); !taken) return taken;
     }
     return state.file.Complete();
 }

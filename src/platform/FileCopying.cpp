@@ -1,0 +1,180 @@
+#include "platform/FileProblem.h"
+#include "platform/FileSteps.h"
+#include "platform/Files.h"
+#include "platform/Oversight.h"
+
+namespace platform {
+namespace {
+
+// As far as it can be told without making the copy.
+FileResult CheckCopying(const std::string& from, const std::string& target)
+{
+    const bool pretended = PretendedExistence(from) == true;
+    if (const auto readable = pretended ? FileResult{} : CheckReadable(from); !readable) return readable;
+    return CheckFolderOf(target);
+}
+
+FileResult CopyTo(const std::string& from, const std::string& target, Existing existing)
+{
+    CTemporaryFile copy;
+    const auto made = Pretending() ? CheckCopying(from, target) : copy.CopyBeside(from, target);
+    if (!made) return made;
+    const auto answer = AskOverseer(COverseer::Act::Put, Pretending() ? from : copy.Path(), target);
+    if (answer) return *answer;
+    const auto put = copy.PutInPlace(target, existing);
+    // The copy is in place by now; a folder that cannot be flushed is no failure.
+    if (put) (void)FlushFolderOf(target);
+    return put;
+}
+
+struct Target {
+    bool isThere = false;
+    FileStatus status = {};  // links followed
+};
+
+// What stands at the target and forbids to replace it. Devices and pipes are never replaced by a file.
+FileResult CheckReplaceable(const std::string& to, Target& target)
+{
+    if (const auto asked = StatusIfThere(to, target.status, target.isThere); !asked) return asked;
+    if (!target.isThere || target.status.kind == FileKind::Regular) return {};
+    return Failure(target.status.kind == FileKind::Folder ? FileProblem::IsAFolder : FileProblem::NotARegularFile);
+}
+
+FileResult CheckMarks(const Target& target)
+{
+    return Failure(target.isThere && target.status.keepsOthersOut ? FileProblem::NoAccess : FileProblem::None);
+}
+
+FileResult CheckFree(const std::string& to)
+{
+    Target target;
+    const auto replaceable = CheckReplaceable(to, target);
+    if (!replaceable && ProblemOf(replaceable) != FileProblem::NotARegularFile) return replaceable;
+    return Failure(NameExists(to) ? FileProblem::Exists : FileProblem::None);
+}
+
+void FlushFoldersOf(const std::string& from, const std::string& to)
+{
+    (void)FlushFolderOf(to);
+    (void)FlushFolderOf(from);
+}
+
+FileResult MoveAcross(const std::string& from, const std::string& to, Existing existing)
+{
+    // Asked before the target is touched.
+    if (const auto removable = CheckRemovable(from); !removable) return removable;
+    CTemporaryFile copy;
+    if (const auto made = copy.CopyBeside(from, to); !made) return made;
+    if (const auto put = copy.PutInPlace(to, existing); !put) return put;
+    auto outcome = FlushFolderOf(to);
+    if (outcome) outcome = RemoveMoved(from);
+    if (!outcome && existing == Existing::Fail) (void)RemoveMoved(to);
+    return outcome;
+}
+
+/// After all checks: asks, and does it.
+FileResult MoveNow(const std::string& from, const std::string& to, Existing existing)
+{
+    if (Pretending()) {
+        if (const auto removable = CheckRemovable(from); !removable) return removable;
+        if (const auto writable = CheckFolderOf(to); !writable) return writable;
+    }
+    if (const auto answer = AskOverseer(COverseer::Act::Move, from, to)) return *answer;
+    auto moved = existing == Existing::Fail ? RenameExclusively(from, to) : RenameReplacing(from, to);
+    if (IsOtherFileSystem(moved)) moved = MoveAcross(from, to, existing);
+    if (moved) FlushFoldersOf(from, to);
+    return moved;
+}
+
+// Two names of one file. Renaming would succeed and leave both, so the old name is removed here; but only when it is
+// certainly another name.
+FileResult MoveOntoOtherName(const std::string& from, const std::string& to, const FileStatus& source)
+{
+    if (SameName(from, to)) return RenameReplacing(from, to);
+    if (source.links < 2) return {};
+    if (const auto answer = AskOverseer(COverseer::Act::Move, from, to)) return *answer;
+    if (const auto removed = RemoveName(from); !removed) return removed;
+    FlushFoldersOf(from, to);
+    return {};
+}
+
+// A link moved onto the file that it leads to would replace the only content by a link to itself.
+FileResult CheckNotBehindLink(const std::string& from, const FileStatus& source, const Target& target)
+{
+    if (source.kind != FileKind::Link || !target.isThere) return {};
+    FileStatus content;
+    bool isThere = false;
+    if (const auto asked = StatusIfThere(from, content, isThere); !asked) return asked;
+    const bool behind = isThere && content.SameFileAs(target.status);
+    return Failure(behind ? FileProblem::NotARegularFile : FileProblem::None);
+}
+
+FileResult MoveReplacing(const std::string& from, const std::string& to, const FileStatus& source)
+{
+    Target target;
+    if (const auto replaceable = CheckReplaceable(to, target); !replaceable) return replaceable;
+    if (target.isThere) {
+        FileStatus name;
+        if (const auto asked = StatusOfName(to, name); !asked) return asked;
+        if (source.SameFileAs(name)) return MoveOntoOtherName(from, to, source);
+    }
+    if (const auto allowed = CheckMarks(target); !allowed) return allowed;
+    if (const auto allowed = CheckNotBehindLink(from, source, target); !allowed) return allowed;
+    return MoveNow(from, to, Existing::Replace);
+}
+
+/// What is to be moved or deleted, which may exist in a trial run only.
+FileResult CheckSource(const std::string& path, FileStatus& source)
+{
+    const auto pretended = PretendedExistence(path);
+    if (pretended == false) return Failure(FileProblem::Missing);
+    const auto asked = StatusOfName(path, source);
+    if (!asked && pretended != true) return asked;
+    return Failure(asked && source.kind == FileKind::Folder ? FileProblem::IsAFolder : FileProblem::None);
+}
+
+}  // namespace
+
+FileResult CopyFile(const std::string& from, const std::string& to, Existing existing)
+{
+    if (existing == Existing::Fail) {
+        const auto free = CheckFree(to);
+        return free ? CopyTo(from, to, existing) : free;
+    }
+    FileStatus source;
+    const bool onDisk = PretendedExistence(from) != true;
+    if (onDisk) {
+        if (const auto asked = StatusOf(from, source); !asked) return asked;
+    }
+    Target target;
+    if (const auto replaceable = CheckReplaceable(to, target); !replaceable) return replaceable;
+    if (onDisk && target.isThere && source.SameFileAs(target.status)) return Failure(FileProblem::NotARegularFile);
+    if (const auto allowed = CheckMarks(target); !allowed) return allowed;
+    std::string end;
+    if (const auto followed = FollowLinks(to, end); !followed) return followed;
+    return CopyTo(from, end, existing);
+}
+
+FileResult MoveFile(const std::string& from, const std::string& to, Existing existing)
+{
+    FileStatus source;
+    if (const auto movable = CheckSource(from, source); !movable) return movable;
+    if (existing == Existing::Replace) return MoveReplacing(from, to, source);
+    const auto free = CheckFree(to);
+    return free ? MoveNow(from, to, existing) : free;
+}
+
+FileResult DeleteFile(const std::string& path)
+{
+    FileStatus status;
+    if (const auto deletable = CheckSource(path, status); !deletable) return deletable;
+    if (Pretending()) {
+        if (const auto removable = CheckRemovable(path); !removable) return removable;
+    }
+    if (const auto answer = AskOverseer(COverseer::Act::Delete, path, {})) return *answer;
+    if (const auto removed = RemoveName(path); !removed) return removed;
+    (void)FlushFolderOf(path);
+    return {};
+}
+
+}  // namespace platform

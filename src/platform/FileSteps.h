@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/Files.h"
+
+// What the file services that are the same on every system are made of. Each system has its own; not for callers
+// outside this folder.
+namespace platform {
+
+enum class FileKind { Regular, Folder, Link, Other };
+
+struct FileStatus {
+    FileKind kind = FileKind::Other;
+    std::uint64_t device = 0, inode = 0, links = 0;
+    bool keepsOthersOut = false;  ///< marked so that the system lets nobody replace it
+    bool SameFileAs(const FileStatus& other) const { return device == other.device && inode == other.inode; }
+};
+
+/// What stands at the path, symbolic links followed.
+FileResult StatusOf(const std::string& path, FileStatus& status);
+/// The same, or a symbolic link itself.
+FileResult StatusOfName(const std::string& path, FileStatus& status);
+/// Links followed. Fails when it cannot be told: which is not the same as nothing.
+FileResult StatusIfThere(const std::string& path, FileStatus& status, bool& isThere);
+
+/// Whether the two paths are one name of one folder, on different ways or in different letter cases.
+bool SameName(const std::string& a, const std::string& b);
+/// Where the symbolic links that begin at `path` end, whether or not something is there: a file put in that place
+/// replaces what they lead to and keeps them. Fails: when that cannot be told.
+FileResult FollowLinks(const std::string& path, std::string& end);
+
+/// Whether the user may write into the file that stands there.
+FileResult CheckWritable(const std::string& path);
+/// As far as it can be asked: whether the file may be taken away, or given another name.
+FileResult CheckRemovable(const std::string& path);
+
+/// Renames within a file system, and replaces what is there.
+FileResult RenameReplacing(const std::string& from, const std::string& to);
+/// Renames without ever replacing.
+FileResult RenameExclusively(const std::string& from, const std::string& to);
+/// What these two fail with when the names are of two file systems.
+bool IsOtherFileSystem(FileResult renamed);
+/// Removes a file or link.
+FileResult RemoveName(const std::string& path);
+/// The same for one that stands elsewhere by now; the source stays when this fails.
+FileResult RemoveMoved(const std::string& path);
+/// Makes renames in the folder of `path` last. Fails only when the disk does: not every system can flush folders.
+FileResult FlushFolderOf(const std::string& path);
+
+/// What a file takes over from the one that it replaces: access rights and, where systems have such, marks.
+class CFileRights {
+public:
+    CFileRights();
+    CFileRights(const CFileRights&) = delete;
+    CFileRights& operator=(const CFileRights&) = delete;
+    ~CFileRights();
+    FileResult ReadFrom(const std::string& path);
+
+private:
+    friend class CTemporaryFile;
+    struct State;
+    std::unique_ptr<State> m_state;  // null until it was read
+};
+
+/// A file under a name of its own in some folder; removed again unless it was put in a place.
+class CTemporaryFile {
+public:
+    CTemporaryFile() = default;
+    CTemporaryFile(const CTemporaryFile&) = delete;
+    CTemporaryFile& operator=(const CTemporaryFile&) = delete;
+    ~CTemporaryFile();
+
+    /// Creates the file in the folder of `target`, with these permission bits less the process's mask.
+    FileResult CreateBeside(const std::string& target, unsigned mode);
+    /// Creates it as a complete copy of a regular file, with its attributes and time stamps.
+    FileResult CopyBeside(const std::string& from, const std::string& target);
+    FileResult Write(std::string_view bytes);
+    FileResult TakeOver(const CFileRights& rights);
+    /// Flushes it to disk and closes it.
+    FileResult Complete();
+    /// Gives the completed file its final name.
+    FileResult PutInPlace(const std::string& target, Existing existing);
+    /// Empty as long as there is no file.
+    const std::string& Path() const { return m_path; }
+
+private:
+    static constexpr long long kNone = -1;
+    void Close();
+
+    long long m_file = kNone;  // descriptor or handle
+    std::string m_path;        // empty when there is nothing to remove
+};
+
+}  // namespace platform

@@ -1,0 +1,50 @@
+#include "platform/Files.h"
+
+#include "platform/FileProblem.h"
+#include "platform/FileSteps.h"
+
+namespace platform {
+
+std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes, FileResult* result)
+{
+    // Its size is no more than a hint: files grow while they are read, and some systems report 0.
+    std::string bytes;
+    bool tooLarge = false;
+    auto outcome = ReadPieces(path, [&](std::string_view piece) {
+        tooLarge = bytes.size() + piece.size() > maxBytes;
+        if (!tooLarge) bytes.append(piece);
+        return !tooLarge;
+    });
+    if (tooLarge) outcome = Failure(FileProblem::TooLarge);
+    if (result) *result = outcome;
+    if (!outcome) return std::nullopt;
+    return bytes;
+}
+
+namespace {
+
+FileResult CheckPlain(const std::string& path)
+{
+    FileStatus status;
+    if (!StatusOf(path, status) || status.kind == FileKind::Regular) return {};
+    return Failure(status.kind == FileKind::Folder ? FileProblem::IsAFolder : FileProblem::NotARegularFile);
+}
+
+}  // namespace
+
+FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode, Existing existing)
+{
+    if (existing == Existing::Fail && NameExists(path)) return Failure(FileProblem::Exists);
+    if (const auto plain = CheckPlain(path); !plain) return plain;
+    std::string target;
+    if (const auto followed = FollowLinks(path, target); !followed) return followed;
+    CTemporaryFile file;
+    if (const auto created = file.CreateBeside(target, mode); !created) return created;
+    if (const auto written = file.Write(bytes); !written) return written;
+    if (const auto completed = file.Complete(); !completed) return completed;
+    if (const auto put = file.PutInPlace(target, existing); !put) return put;
+    (void)FlushFolderOf(target);  // in place it is, whatever the folder says
+    return {};
+}
+
+}  // namespace platform

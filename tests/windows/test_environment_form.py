@@ -1,0 +1,100 @@
+"""A hundred real documents, processed from environment variables: on Windows they come out as they do on Linux, with the
+same log, and open in independent libraries."""
+import csv
+import difflib
+import os
+import shutil
+import subprocess
+import time
+import unittest
+from pathlib import Path
+
+from unattended import HOST as LINUX_HOST, PROTECT, SAVE, Workplace, page_count, protect_items, save_items, text_of, tool
+from wine import WindowsPlace
+
+CORPUS = Path(os.environ.get("FERRULE_CORPUS", ""))
+NORMALISE = Path(__file__).resolve().parents[2] / "scripts" / "normalise-run"
+PASSWORD = "open sesame"
+COUNT = 100
+
+
+def documents():
+    """Every so many'th file that the manifest calls usable or damaged, encrypted ones among them."""
+    with open(CORPUS / "MANIFEST.tsv", encoding="utf-8", newline="") as stream:
+        rows = [row for row in csv.DictReader(stream, delimiter="\t", quoting=csv.QUOTE_NONE)
+                if row["path"].lower().endswith(".pdf") and row["theme"] != "nonpdf"]
+    return [CORPUS / rows[number * len(rows) // COUNT]["path"] for number in range(COUNT)]
+
+
+class Run:
+    """One run over the same documents in a place of either system."""
+
+    def __init__(self, place, paths):
+        self.place = place
+        for number, path in enumerate(paths):
+            shutil.copyfile(path, place.input / f"{number:03} {path.name}")
+        sequence = place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
+        self.record = place.root / "record.jsonl"
+        began = time.monotonic()
+        self.outcome = place.run_folder(sequence, 7, place.done, ["--record", self.record])
+        self.seconds = time.monotonic() - began
+
+    def comparable(self, path, root):
+        """Without times and folders, and with one kind of separators."""
+        done = subprocess.run([NORMALISE, path, f"{root}=PLACE"], check=True, capture_output=True)
+        return done.stdout.decode("utf-8", "surrogateescape").replace("\\\\", "/").replace("\\", "/").splitlines()
+
+
+class EnvironmentForm(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        if not (CORPUS / "MANIFEST.tsv").is_file() or not LINUX_HOST.is_file():
+            raise unittest.SkipTest("the real documents or the programs for Linux are not here")
+        paths = documents()
+        cls.linux, cls.windows = Run(Workplace(), paths), Run(WindowsPlace(), paths)
+        cls.addClassCleanup(cls.linux.place.close)
+        cls.addClassCleanup(cls.windows.place.close)
+        print(f"{COUNT} documents: {cls.windows.seconds:.1f} s under Wine, {cls.linux.seconds:.1f} s on Linux, "
+              f"ratio {cls.windows.seconds / cls.linux.seconds:.2f}", flush=True)
+
+    def same(self, on_linux, on_windows):
+        difference = list(difflib.unified_diff(on_linux, on_windows, "Linux", "Windows", lineterm="", n=0))
+        self.assertEqual(difference, [], "\n".join(difference[:60]))
+
+    def test_the_same_files_come_out(self):
+        def names(place):
+            return sorted(str(path.relative_to(place.root)) for folder in (place.input, place.output, place.done)
+                          for path in folder.rglob("*"))
+        self.same(names(self.linux.place), names(self.windows.place))
+        self.assertGreater(len(list(self.windows.place.output.iterdir())), COUNT // 2)
+        self.assertEqual(self.linux.outcome.code, self.windows.outcome.code, self.windows.outcome.errors[-2000:])
+
+    def test_the_log_tells_the_same(self):
+        logs = []
+        for run in (self.linux, self.windows):
+            path = run.place.root / "log.txt"
+            path.write_bytes(run.outcome.raw_log)
+            logs.append(run.comparable(path, run.place.told(run.place.root)))
+        self.same(*logs)
+
+    def test_the_record_tells_the_same(self):
+        self.same(*(run.comparable(run.record, run.place.told(run.place.root)) for run in (self.linux, self.windows)))
+
+    def test_the_results_open_in_independent_libraries(self):
+        wrong = []
+        for path in sorted(self.windows.place.output.iterdir()):
+            other = self.linux.place.output / path.name
+            if tool("qpdf", "--password=" + PASSWORD, "--show-npages", path)[1] != \
+                    tool("qpdf", "--password=" + PASSWORD, "--show-npages", other)[1]:
+                wrong.append(f"{path.name}: qpdf sees other pages")
+            if page_count(path, PASSWORD) is None or text_of(path, PASSWORD) != text_of(other, PASSWORD):
+                wrong.append(f"{path.name}: poppler sees another text")
+            if page_count(path) is not None:
+                wrong.append(f"{path.name}: opens without a password")
+        self.assertEqual(wrong, [])
+
+
+if __name__ == "__main__":
+    unittest.main()

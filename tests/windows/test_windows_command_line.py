@@ -1,0 +1,114 @@
+"""The command line on Windows: workers, journal and limits; files that are held, read-only, hidden, or hard to name."""
+import os
+import subprocess
+import unittest
+
+from commandline import documents, is_protected, records, temporaries
+from unattended import minimal_pdf
+from wine import WINE, WindowsPlace, windows
+
+
+class CommandLine(unittest.TestCase):
+    def setUp(self):
+        self.place = WindowsPlace()
+        self.addCleanup(self.place.close)
+        self.record = self.place.root / "record.jsonl"
+        self.sequence = self.place.protect_sequence()
+
+    def run_folder(self, *more, output=True):
+        words = ["run", self.sequence, "--input", self.place.input, "--record", self.record, "--quiet"]
+        return self.place.ferrule(*words, *(["--output", self.place.output] if output else []), *more)
+
+    def outcomes(self):
+        return {self.place.local(line["path"]).name: line["outcome"] for line in records(self.record).values()}
+
+    def attribute(self, flag, path):
+        subprocess.run([WINE, "attrib", flag, windows(path)], env=self.place.environment(), check=True, capture_output=True)
+
+    def test_two_workers_protect_and_move_everything(self):
+        originals = documents(self.place, [f"{folder}Datei {n} ü.pdf" for folder in ("", "Unter ordner/") for n in range(12)])
+        result = self.run_folder("--jobs", 2, "--final-action", "move-versions", "--destination", self.place.done)
+        self.assertEqual(result.code, 0, result)
+        self.assertEqual(set(self.outcomes().values()), {"saved"})
+        self.assertEqual(len(list(self.place.output.iterdir())), len(originals))
+        self.assertTrue(all(map(is_protected, self.place.output.iterdir())))
+        self.assertEqual(sorted(path.read_bytes() for path in self.place.done.iterdir()), sorted(originals.values()))
+        self.assertEqual(temporaries(self.place.root), [])
+        self.assertIn(b"LOG STOPPED", self.place.log.read_bytes())
+
+    def test_saving_in_place_replaces_the_input_at_once(self):
+        originals = documents(self.place, ["a.pdf", "ü b.pdf"])
+        self.sequence = self.place.protect_sequence(DontOverwrite=("boolean", "false"))
+        result = self.run_folder(output=False)
+        self.assertEqual(result.code, 0, result)
+        self.assertTrue(all(map(is_protected, originals)))
+
+    def test_one_bad_file_costs_only_itself(self):
+        documents(self.place, ["a.pdf", "held.pdf", "read only.pdf", "z.pdf"])
+        (self.place.input / "broken.pdf").write_bytes(b"no document")
+        (self.place.input / "read only.pdf").chmod(0o444)
+        self.sequence = self.place.protect_sequence(DontOverwrite=("boolean", "false"))
+        with self.place.held_open(self.place.input / "held.pdf"):
+            result = self.run_folder(output=False)
+        self.assertEqual(result.code, 3, result)
+        self.assertEqual(self.outcomes(), {"a.pdf": "saved", "broken.pdf": "failed", "held.pdf": "failed", "read only.pdf": "failed",
+                                           "z.pdf": "saved"})
+        for name in ("held.pdf", "read only.pdf"):
+            self.assertFalse(is_protected(self.place.input / name))
+            self.assertTrue((self.place.input / name).read_bytes().startswith(b"%PDF"))
+        self.assertEqual(temporaries(self.place.root), [])
+
+    def test_hidden_files_are_left_alone(self):
+        documents(self.place, ["seen.pdf", "hidden.pdf", "kept folder/inside.pdf"])
+        self.attribute("+h", self.place.input / "hidden.pdf")
+        self.attribute("+h", self.place.input / "kept folder")
+        result = self.run_folder()
+        self.assertEqual((result.code, self.outcomes()), (0, {"seen.pdf": "saved"}), result)
+
+    def test_names_that_are_hard_for_the_system(self):
+        deep = "/".join(["ein langer Ordnername " + "x" * 40] * 6)
+        names = ["𝄞 日本語 Ελλ.pdf", "two  blanks.pdf", "a [1]!%PATH%&^.pdf", f"{deep}/tief unten.pdf", "UPPER.PDF"]
+        documents(self.place, names)
+        self.assertGreater(len(windows(self.place.input / names[3])), 300)
+        result = self.run_folder()
+        self.assertEqual(result.code, 0, result)
+        self.assertEqual(set(self.outcomes().values()), {"saved"})
+        for name in names:
+            self.assertTrue(is_protected(self.place.output / (os.path.splitext(os.path.basename(name))[0] + ".pdf")), name)
+
+    def test_device_names_are_never_written_to(self):
+        documents(self.place, ["a.pdf"])
+        for name in ("NUL", "CON.pdf"):
+            with self.subTest(name=name):
+                result = self.run_folder("--final-action", "rename", "--destination", name)
+                self.assertNotEqual(result.code, 0, result)
+                self.assertEqual([path.name for path in self.place.input.iterdir()], ["a.pdf"])
+                for path in self.place.output.iterdir():
+                    path.unlink()
+
+    def test_letter_case_makes_no_other_file(self):
+        """Results whose names differ in letter case alone are two files all the same, under two names."""
+        documents(self.place, ["one/Report.pdf", "two/REPORT.pdf"])
+        result = self.run_folder("--jobs", 2)
+        self.assertEqual(result.code, 0, result)
+        self.assertEqual(sorted(path.name.lower() for path in self.place.output.iterdir()), ["report (1).pdf", "report.pdf"])
+
+    def test_a_file_that_changed_since_the_plan_is_left_alone(self):
+        documents(self.place, ["a.pdf", "b.pdf"])
+        manifest, journal = self.place.root / "manifest.jsonl", self.place.root / "journal.jsonl"
+        planned = self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
+        self.assertEqual(planned.code, 0, planned)
+        (self.place.input / "b.pdf").write_bytes(minimal_pdf("changed", 2))
+        done = self.place.ferrule("run", "--manifest", manifest, "--shard", "1/1", "--journal", journal)
+        self.assertEqual(done.code, 3, done)
+        self.assertEqual([path.name for path in self.place.output.iterdir()], ["a.pdf"])
+
+    def test_mistakes_are_told_with_their_exit_code(self):
+        for words, code in ((["run"], 2), (["run", self.place.root / "not there.sequ", "--input", self.place.input], 1), (["--help"], 0),
+                            (["run", self.sequence, "--input", self.place.root / "nowhere"], 1)):
+            with self.subTest(words=words):
+                self.assertEqual(self.place.ferrule(*words).code, code)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,128 @@
+"""All final actions in folders of drive C: exact targets, exact log lines, and what refuses them."""
+import os
+import subprocess
+import unittest
+
+from unattended import PROTECT, SAVE, minimal_pdf, page_count, protect_items, save_items
+from wine import HOST, WINE, WindowsPlace, windows
+
+INPUT, OTHER = minimal_pdf("Input"), minimal_pdf("Other")
+FILE_NOT_FOUND, PATH_NOT_FOUND, ACCESS_DENIED, IN_USE = 2, 3, 5, 32
+NAME = "Übersicht März 1.pdf"
+
+
+class FinalActions(unittest.TestCase):
+    def setUp(self):
+        self.place = WindowsPlace()
+        self.addCleanup(self.place.close)
+        self.sequence = self.place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
+
+    def apply(self, code, destination, existing=(), before=None):
+        """Over one input; answers the outcome and the log's entries about the final action."""
+        for path in list(self.place.done.iterdir()) + list(self.place.output.iterdir()):
+            path.unlink()
+        for name in existing:
+            (self.place.done / name).write_bytes(OTHER)
+        self.source = self.place.input / NAME
+        self.source.write_bytes(INPUT)
+        if before:
+            before()
+        outcome = self.place.run_folder(self.sequence, code, destination)
+        entries = ("File is ", "Can't ", "Missing output", "Input file location", "Error code", "An error occured", "ERROR: Unknown")
+        return outcome, [line.strip() for line in outcome.lines if line.strip().startswith(entries)]
+
+    def test_each_code_with_its_exact_target(self):
+        done, source = windows(self.place.done), windows(self.place.input) + "\\" + NAME
+        first, second = "Übersicht März 1 (1).pdf", "Übersicht März 1 (2).pdf"
+        rows = [  # code, destination, names that are taken, entries, name that arrives, whether the input stays
+            (0, done, [], [], None, True),
+            (1, done, [NAME], [f"File is copied to : {done}\\{NAME}"], NAME, True),
+            (1, done + "\\", [], [f"File is copied to : {done}\\\\{NAME}"], NAME, True),
+            (2, done + "\\", [], [f"File is moved to : {done}\\\\{NAME}"], NAME, False),
+            (2, done, [NAME], [f"Can't move file to : {done}\\{NAME}"], None, True),
+            (3, "", [], [f"File is deleted : {source}"], None, False),
+            (4, "neu ü.pdf", [], [f"File is renamed to : {windows(self.place.input)}\\neu ü.pdf"], None, False),
+            (6, done + "\\", [NAME], [f"File is moved to : {done}\\\\{NAME}"], NAME, False),
+            (7, done, [NAME, first], [f"File is moved to : {done}\\{second}"], second, False),
+            (7, done + "\\", [NAME], [f"File is moved to : {done}\\\\{first}"], first, False),
+            (8, done + "\\", [NAME, first], [f"File is copied to : {done}\\\\{second}"], second, True),
+            (9, done, [], [], None, True),
+        ]
+        for code, destination, existing, expected, arrived, stays in rows:
+            with self.subTest(code=code, destination=destination, existing=existing):
+                outcome, entries = self.apply(code, destination, existing)
+                self.assertEqual(entries, expected, outcome)
+                self.assertEqual(self.source.exists(), stays)
+                if arrived:
+                    self.assertEqual((self.place.done / arrived).read_bytes(), INPUT)
+                for name in existing:
+                    if name != arrived:
+                        self.assertEqual((self.place.done / name).read_bytes(), OTHER, "an older file was touched")
+                self.assertEqual(page_count(self.place.output / NAME, "open sesame"), 1)
+                (self.place.input / "neu ü.pdf").unlink(missing_ok=True)
+
+    def test_a_missing_folder_is_named_with_the_systems_error_number(self):
+        missing = windows(self.place.root) + "\\nicht da"
+        source = windows(self.place.input) + "\\" + NAME
+        more = {6: [f"Missing output folder : {missing}", f"Error code : {PATH_NOT_FOUND}"],
+                7: [f"Missing output folder : {missing}", f"Input file location : {source}", f"Error code : {PATH_NOT_FOUND}"]}
+        for code in (1, 2, 6, 7, 8):
+            with self.subTest(code=code):
+                outcome, entries = self.apply(code, missing)
+                verb = "copy" if code in (1, 8) else "move"
+                self.assertEqual(entries, [f"Can't {verb} file to : {missing}\\{NAME}", *more.get(code, [])], outcome)
+                self.assertEqual(self.source.read_bytes(), INPUT)
+                self.assertEqual(outcome.code, 3)
+
+    def test_what_another_process_holds_stays_as_it_was(self):
+        done = windows(self.place.done)
+        taken = self.place.done / NAME
+        taken.write_bytes(OTHER)
+        with self.place.held_open(taken):
+            outcome = self.place.run_folder(self.sequence, 6, done)
+            self.assertEqual(outcome.values("Can't move file to"), [], "there is no input yet")
+            (self.place.input / NAME).write_bytes(INPUT)
+            outcome = self.place.run_folder(self.sequence, 6, done)
+        self.assertEqual(outcome.values("Can't move file to"), [f"{done}\\{NAME}"], outcome)
+        self.assertIn(outcome.values("Error code"), ([str(ACCESS_DENIED)], [str(IN_USE)]), outcome)
+        self.assertEqual((taken.read_bytes(), (self.place.input / NAME).read_bytes()), (OTHER, INPUT))
+
+    def test_a_read_only_input_is_moved_and_not_deleted(self):
+        for code in (3, 6):
+            with self.subTest(code=code):
+                outcome, entries = self.apply(code, windows(self.place.done), before=lambda: self.source.chmod(0o444))
+                if code == 3:
+                    self.assertEqual(entries, [f"Can't delete file : {windows(self.source)}"], outcome)
+                    self.assertEqual(self.source.read_bytes(), INPUT)
+                else:
+                    self.assertEqual((self.place.done / NAME).read_bytes(), INPUT, outcome)
+                self.source.chmod(0o644) if self.source.exists() else (self.place.done / NAME).chmod(0o644)
+
+    def test_a_program_gets_the_path_as_the_shell_passes_it(self):
+        script = self.place.root / "start.cmd"
+        script.write_bytes(b'@echo off\r\n> "%~dp0started.txt" echo %1\r\n')
+        outcome, entries = self.apply(5, windows(script))
+        self.assertEqual(entries, [f"File is executed : {windows(script)}"], outcome)
+        for missing in (windows(self.place.root) + "\\nicht da.exe", ""):
+            with self.subTest(program=missing):
+                outcome, entries = self.apply(5, missing)
+                self.assertEqual(entries, [f"An error occured while trying to execute file : {missing}"], outcome)
+                self.assertEqual(outcome.code, 3)
+
+    def test_a_batch_file_runs_it(self):
+        (self.place.input / "plain.pdf").write_bytes(INPUT)
+        folder = windows(self.place.root)
+        lines = ["@echo off", "cd /d %~dp0", "set FERRULESEQU=\"%CD%\\protect.sequ\"", "set FERRULEFINAL=2", "set FERRULEDEST=%CD%\\done",
+                 "set FERRULEALTPATH=\"%CD%\\in\"", "set FERRULEALTOUTPUTPATH=%CD%\\out", "set FERRULENOPROGRESS=yes",
+                 f"\"{windows(HOST)}\"", "exit %ERRORLEVEL%"]
+        batch = self.place.root / "nightly.bat"
+        batch.write_bytes("\r\n".join(lines).encode() + b"\r\n")
+        done = subprocess.run([WINE, "cmd", "/c", windows(batch)], env=self.place.environment(), capture_output=True, timeout=120, check=False)
+        self.assertEqual(done.returncode, 0, done)
+        self.assertEqual((self.place.done / "plain.pdf").read_bytes(), INPUT)
+        self.assertEqual(page_count(self.place.output / "plain.pdf", "open sesame"), 1)
+        self.assertIn(f"File is moved to : {folder}\\done\\plain.pdf".encode(), self.place.log.read_bytes())
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -186,7 +186,16 @@ std::wstring WidePathOf(std::wstring_view path)
     return Resolved(Absolute(std::move(whole)));
 }
 
-std::string NarrowPath(std::wstring_view path) { return NarrowText(UsualForm(path)); }
+std::string NarrowPath(std::wstring_view path)
+{
+    const std::wstring usual = UsualForm(path);
+    std::string narrow;
+    if (ToNarrow(usual, narrow)) return narrow;
+    const std::wstring whole(path);
+    std::wstring shortForm(GetShortPathNameW(whole.c_str(), nullptr, 0), L'\0');
+    shortForm.resize(GetShortPathNameW(whole.c_str(), shortForm.data(), static_cast<DWORD>(shortForm.size())));
+    return NarrowText(shortForm.empty() ? usual : UsualForm(shortForm));
+}
 
 std::string NarrowName(std::wstring_view name, std::wstring_view shortName)
 {

@@ -19,7 +19,8 @@ std::string NarrowText(std::wstring_view text);
 /// Empty for what can be no path (nothing, no text, a NUL inside): the system's calls fail on that, too.
 std::wstring WidePath(std::string_view path);
 std::wstring WidePathOf(std::wstring_view path);  ///< of a wide one
-/// The usual form of what begins with `\\?\`; without it, for those who cannot take it.
+/// The usual form, without `\\?\`. One that the code page does not hold goes by its short names as far as it has
+/// such, and with '?' in it where not.
 std::string NarrowPath(std::wstring_view path);
 
 /// The name of an entry of a folder. One that the code page does not hold goes by its short name; without one, by a

@@ -1,0 +1,157 @@
+#include "platform/FileSteps.h"
+
+#include <array>
+
+#include "platform/FileHandles_win.h"
+#include "platform/FileProblem.h"
+#include "platform/Oversight.h"
+#include "platform/WideText_win.h"
+
+namespace platform {
+namespace {
+
+FileStatus Told(const FileFacts& facts)
+{
+    FileStatus status{.kind = FileKind::Regular, .device = facts.device, .inode = facts.file, .links = facts.links};
+    if (facts.isLink)
+        status.kind = FileKind::Link;
+    else if (!facts.isDisk)
+        status.kind = FileKind::Other;
+    else if (facts.IsFolder())
+        status.kind = FileKind::Folder;
+    status.keepsOthersOut = (facts.attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    return status;
+}
+
+FileResult Ask(const std::string& path, Links links, FileStatus& status)
+{
+    const auto wide = WidePath(path);
+    status = {};
+    // Told by the name, because opening a device may already act on it.
+    if (IsDeviceName(wide) && AttributesOf(wide) == INVALID_FILE_ATTRIBUTES) return {};
+    FileFacts facts;
+    if (const auto asked = FactsOf(wide, links, facts); !asked) return asked;
+    status = Told(facts);
+    return {};
+}
+
+/// Opens what the path leads to, or the link itself, for one right only; others are not asked to share anything
+/// unless that is DELETE.
+CHandle OpenFor(const std::wstring& path, DWORD right, DWORD flags)
+{
+    return CHandle(CreateFileW(path.c_str(), right, kShareAll, nullptr, OPEN_EXISTING,
+                               flags | FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+/// The path under which the system knows the name, links resolved; in the letter cases in which it was created.
+std::wstring FinalPath(const std::wstring& path, DWORD flags)
+{
+    const CHandle file = OpenFor(path, FILE_READ_ATTRIBUTES, flags);
+    if (!file.Valid()) return {};
+    std::wstring name(GetFinalPathNameByHandleW(file.Get(), nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
+    name.resize(GetFinalPathNameByHandleW(file.Get(), name.data(), static_cast<DWORD>(name.size()), 0));
+    return name;
+}
+
+FileResult Rename(const std::string& from, const std::string& to, DWORD flags)
+{
+    const auto wideFrom = WidePath(from), wideTo = WidePath(to);
+    if (const auto allowed = CheckTargetName(wideTo); !allowed) return allowed;
+    // On disk when the call comes back; never by copying, which could be cut off in the middle.
+    flags |= MOVEFILE_WRITE_THROUGH;
+    return Persistently([&] { return MoveFileExW(wideFrom.c_str(), wideTo.c_str(), flags); });
+}
+
+}  // namespace
+
+FileResult StatusOf(const std::string& path, FileStatus& status) { return Ask(path, Links::Follow, status); }
+
+FileResult StatusOfName(const std::string& path, FileStatus& status) { return Ask(path, Links::Keep, status); }
+
+FileResult StatusIfThere(const std::string& path, FileStatus& status, bool& isThere)
+{
+    isThere = false;
+    if (PretendedExistence(path) == false) return {};
+    const auto asked = StatusOf(path, status);
+    isThere = asked.Ok();
+    const bool missing = ProblemOf(asked) == FileProblem::Missing || asked.errorNumber == ERROR_CANT_RESOLVE_FILENAME;
+    return missing ? FileResult{} : asked;
+}
+
+bool SameName(const std::string& a, const std::string& b)
+{
+    const auto nameA = FinalPath(WidePath(a), FILE_FLAG_OPEN_REPARSE_POINT);
+    const auto nameB = FinalPath(WidePath(b), FILE_FLAG_OPEN_REPARSE_POINT);
+    return !nameA.empty() && CompareStringOrdinal(nameA.data(), static_cast<int>(nameA.size()), nameB.data(),
+                                                  static_cast<int>(nameB.size()), TRUE) == CSTR_EQUAL;
+}
+
+FileResult FollowLinks(const std::string& path, std::string& end)
+{
+    end = path;
+    const auto wide = WidePath(path);
+    if (!IsLink(wide)) return {};
+    // A link that leads nowhere is not followed: the system tells no place.
+    const auto final = FinalPath(wide, 0);
+    if (final.empty()) return LastFailure();
+    end = NarrowPath(final);
+    return {};
+}
+
+FileResult CheckWritable(const std::string& path)
+{
+    const auto wide = WidePath(path);
+    const DWORD attributes = AttributesOf(wide);
+    if (attributes == INVALID_FILE_ATTRIBUTES) return LastFailure();
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) return Failure(FileProblem::NoAccess);
+    // The right to write that does not ask those who have the file open.
+    return ResultOf(OpenFor(wide, FILE_WRITE_ATTRIBUTES, 0).Valid());
+}
+
+FileResult CheckRemovable(const std::string& path)
+{
+    const auto removable = ResultOf(OpenFor(WidePath(path), DELETE, FILE_FLAG_OPEN_REPARSE_POINT).Valid());
+    // What a trial run pretends to have made is nowhere.
+    if (!removable && PretendedExistence(path) == true) return CheckFolderOf(path);
+    return removable;
+}
+
+FileResult CheckFolderOf(const std::string& path)
+{
+    const auto wide = WidePath(path);
+    if (const auto allowed = CheckTargetName(wide); !allowed) return allowed;
+    return ResultOf(OpenFor(FolderPrefix(wide), FILE_ADD_FILE, 0).Valid());
+}
+
+FileResult RenameReplacing(const std::string& from, const std::string& to)
+{
+    return Rename(from, to, MOVEFILE_REPLACE_EXISTING);
+}
+
+FileResult RenameExclusively(const std::string& from, const std::string& to) { return Rename(from, to, 0); }
+
+bool IsOtherFileSystem(FileResult renamed) { return renamed.errorNumber == ERROR_NOT_SAME_DEVICE; }
+
+FileResult RemoveName(const std::string& path)
+{
+    const auto wide = WidePath(path);
+    // A link to a folder is removed as folders are; a real one was refused before, and a full one is refused here.
+    const bool asFolder = (AttributesOf(wide) & FILE_ATTRIBUTE_DIRECTORY) != 0 && IsLink(wide);
+    return Persistently([&] { return asFolder ? RemoveDirectoryW(wide.c_str()) : DeleteFileW(wide.c_str()); });
+}
+
+FileResult RemoveMoved(const std::string& path)
+{
+    // Renaming does not mind the mark, so moving to another file system does not either.
+    const auto wide = WidePath(path);
+    const DWORD attributes = AttributesOf(wide);
+    const bool marked = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (marked) SetFileAttributesW(wide.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+    const auto removed = RemoveName(path);
+    if (!removed && marked) SetFileAttributesW(wide.c_str(), attributes);
+    return removed;
+}
+
+FileResult FlushFolderOf(const std::string&) { return {}; }  // renaming waits for the disk
+
+}  // namespace platform

@@ -1,0 +1,179 @@
+#include "platform/Windows_win.h"
+
+#include <aclapi.h>
+
+#include <utility>
+
+#include "platform/FileHandles_win.h"
+#include "platform/FileSteps.h"
+#include "platform/Oversight.h"
+#include "platform/WideText_win.h"
+
+namespace platform {
+namespace {
+
+struct FreeLocal {
+    void operator()(void* memory) const { LocalFree(memory); }
+};
+
+// Attributes that belong to the document and not to what was written last.
+constexpr DWORD kTakenOver = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+
+bool HasOwnEntries(const ACL& list)
+{
+    for (DWORD index = 0; index < list.AceCount; ++index) {
+        void* entry = nullptr;
+        if (!GetAce(const_cast<ACL*>(&list), index, &entry)) return false;
+        if ((static_cast<const ACE_HEADER*>(entry)->AceFlags & INHERITED_ACE) == 0) return true;
+    }
+    return false;
+}
+
+/// What stands in a folder under one of our names. Fails with "exists" when all of them are taken.
+template <class Create>
+FileResult CreateUnderNewName(const std::string& target, Create create, std::string& path)
+{
+    constexpr int kAttempts = 1000;  // names of a dead process may be in the way
+    const auto wide = WidePath(target);
+    if (const auto allowed = CheckTargetName(wide); !allowed) return allowed;
+    const auto folder = FolderPrefix(wide);
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const auto name = folder + WideText(NextTemporaryName(GetCurrentProcessId()));
+        const FileResult created = create(name);
+        if (created) path = NarrowPath(name);
+        const bool taken = created.errorNumber == ERROR_FILE_EXISTS || created.errorNumber == ERROR_ALREADY_EXISTS;
+        if (!taken) return created;
+    }
+    return {ERROR_FILE_EXISTS};
+}
+
+}  // namespace
+
+struct CFileRights::State {
+    FILE_BASIC_INFO basic{};
+    std::unique_ptr<void, FreeLocal> descriptor;
+    ACL* list = nullptr;  // part of the descriptor; null when everything comes from the folder
+    bool isProtected = false;
+};
+
+CFileRights::CFileRights() = default;
+CFileRights::~CFileRights() = default;
+
+FileResult CFileRights::ReadFrom(const std::string& path)
+{
+    const auto wide = WidePath(path);
+    const CHandle file(CreateFileW(wide.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.Valid()) return LastFailure();
+    auto state = std::make_unique<State>();
+    if (!GetFileInformationByHandleEx(file.Get(), FileBasicInfo, &state->basic, sizeof state->basic))
+        return LastFailure();
+    m_state = std::move(state);
+
+    // Who may not read the entries, or whose file system has none, does without.
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ACL* list = nullptr;
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    if (GetNamedSecurityInfoW(wide.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &list,
+                              nullptr, &descriptor) != ERROR_SUCCESS)
+        return {};
+    m_state->descriptor.reset(descriptor);
+    if (!list || !GetSecurityDescriptorControl(descriptor, &control, &revision)) return {};
+    m_state->isProtected = (control & SE_DACL_PROTECTED) != 0;
+    if (m_state->isProtected || HasOwnEntries(*list)) m_state->list = list;
+    return {};
+}
+
+CTemporaryFile::~CTemporaryFile()
+{
+    Close();
+    if (!m_path.empty()) (void)RemoveMoved(m_path);
+}
+
+void CTemporaryFile::Close()
+{
+    if (m_file != kNone) CloseHandle(HandleOf(std::exchange(m_file, kNone)));
+}
+
+FileResult CTemporaryFile::CreateBeside(const std::string& target, unsigned)
+{
+    // As long as it is written it is nobody else's: it gets the rights of the file that it replaces at the end.
+    const auto create = [&](const std::wstring& name) -> FileResult {
+        CHandle file(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (!file.Valid()) return LastFailure();
+        m_file = NumberOf(file.Release());
+        return {};
+    };
+    return CreateUnderNewName(target, create, m_path);
+}
+
+FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(HandleOf(m_file), bytes); }
+
+FileResult CTemporaryFile::TakeOver(const CFileRights& rights)
+{
+    const auto& state = *rights.m_state;
+    FILE_BASIC_INFO basic{};  // zeros leave a time as it is
+    basic.CreationTime = state.basic.CreationTime;
+    basic.FileAttributes = (state.basic.FileAttributes & kTakenOver) | FILE_ATTRIBUTE_ARCHIVE;
+    (void)SetFileInformationByHandle(HandleOf(m_file), FileBasicInfo, &basic, sizeof basic);
+    if (!state.list) return {};
+    // As far as the system lets us: on many network shares nobody but an administrator may do this.
+    const SECURITY_INFORMATION parts =
+        DACL_SECURITY_INFORMATION |
+        (state.isProtected ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION);
+    auto path = WidePath(m_path);
+    SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, parts, nullptr, nullptr, state.list, nullptr);
+    return {};
+}
+
+FileResult CTemporaryFile::Complete()
+{
+    const auto flushed = ResultOf(FlushFileBuffers(HandleOf(m_file)));
+    Close();
+    return flushed;
+}
+
+// Not ReplaceFile, which would keep more of the old file by itself: it renames twice, and who is killed in between
+// leaves nothing under the name. This call is one step of the file system.
+FileResult CTemporaryFile::PutInPlace(const std::string& target, Existing existing)
+{
+    const auto renamed =
+        existing == Existing::Fail ? RenameExclusively(m_path, target) : RenameReplacing(m_path, target);
+    if (renamed) m_path.clear();
+    return renamed;
+}
+
+namespace {
+
+// The copy may be marked as read-only, and then nobody can open it to have it flushed.
+FileResult FlushCopy(const std::wstring& path)
+{
+    const DWORD attributes = AttributesOf(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES) return LastFailure();
+    const bool marked = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (marked && !SetFileAttributesW(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY}))
+        return LastFailure();
+    const CHandle file(
+        CreateFileW(path.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.Valid() || !FlushFileBuffers(file.Get())) return LastFailure();
+    return ResultOf(!marked || SetFileAttributesW(path.c_str(), attributes));
+}
+
+}  // namespace
+
+FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target)
+{
+    if (const auto readable = CheckReadable(from); !readable) return readable;
+    // The system's own copying: on a network the server does it, and hidden parts of the file come along.
+    const auto source = WidePath(from);
+    const auto create = [&](const std::wstring& name) {
+        return ResultOf(
+            CopyFileExW(source.c_str(), name.c_str(), nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS));
+    };
+    if (const auto copied = CreateUnderNewName(target, create, m_path); !copied) return copied;
+    return FlushCopy(WidePath(m_path));
+}
+
+}  // namespace platform

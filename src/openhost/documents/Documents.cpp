@@ -54,6 +54,26 @@ void DropFile(CHostDocument& document)
     if (document.file) CloseFile(std::exchange(document.file, nullptr));
 }
 
+/// The document's file is closed while another one is put in its place, and plug-ins that have it keep their handle.
+class CFileForReplacing {
+public:
+    explicit CFileForReplacing(ASFile file) : m_file(file) {}
+    CFileForReplacing(const CFileForReplacing&) = delete;
+    ~CFileForReplacing()
+    {
+        if (m_hasLetGo) TakeUpFile(m_file);
+    }
+    void LetGo()
+    {
+        m_hasLetGo = m_file && !Pretending();
+        if (m_hasLetGo) LetGoOfFile(m_file);
+    }
+
+private:
+    ASFile m_file;
+    bool m_hasLetGo = false;
+};
+
 /// A handler without settings would write the document open to everybody, although protection was asked for.
 void RequireSecurityData(const CHostDocument& document)
 {
@@ -196,7 +216,9 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
     const bool breaksSignatures = IsSigned(document.pdf);
     ASErrorCode failed = 0;
     try {
+        CFileForReplacing file(document.file);
         PdfSaveOptions options;
+        options.beforeReplacing = [&] { file.LetGo(); };
         options.path = target;
         options.linearise = request.linearise;
         options.copy = request.copy;
@@ -205,6 +227,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         options.progress = request.progress;
         options.remark = [](const std::string& text) { Diagnose(text); };
         Translated([&] { document.pdf.Save(options); });
+        if (!request.copy) DropFile(document);
     } catch (const CHostRaise& raise) {
         failed = raise.Code();
         if (events.didSave) events.didSave(handle, failed);
@@ -215,7 +238,6 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         Tell(events.didBreakSignatures, handle);
     }
     if (!request.copy) {
-        DropFile(document);
         document.standIn = Pretending() ? realFile : std::string();
         if (const auto old = m_byKey.find(document.key); old != m_byKey.end() && old->second == handle)
             m_byKey.erase(old);

@@ -82,6 +82,21 @@ ASErrorCode CloseFile(ASFile handle)
     return Part<CFiles>().handles.Take(handle)->disk.Close();
 }
 
+void LetGoOfFile(ASFile handle)
+{
+    if (CHostFile* const file = Part<CFiles>().handles.Find(handle)) static_cast<void>(file->disk.Close());
+}
+
+void TakeUpFile(ASFile handle)
+{
+    CHostFile* const file = Part<CFiles>().handles.Find(handle);
+    if (!file) return;
+    DiskFileMode mode = DiskMode(file->mode);
+    mode.create = false;
+    if (file->disk.Open(file->path.Native(), mode) != 0)
+        Diagnose(file->path.Native() + ": cannot be opened again after another file was to take its place");
+}
+
 void AddStream(CHostFile& file) { ++file.streams; }
 
 ASErrorCode RemoveStream(CHostFile& file)

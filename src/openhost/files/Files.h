@@ -35,6 +35,11 @@ ASErrorCode OpenStandIn(const CFilePath& path, const std::string& content, ASFil
 /// Answers 0 or an error code. The file is gone with the last close that is due, or with the last stream on it when
 /// that is closed later.
 ASErrorCode CloseFile(ASFile file);
+/// Around the moment in which another file takes the place of this one: nobody may have it open then on some systems.
+/// What has the name afterwards is what is read and written from there on. When that cannot be opened, every later
+/// read and write fails.
+void LetGoOfFile(ASFile file);
+void TakeUpFile(ASFile file);
 /// Streams note their use of a file; the last one lets go of a file that was closed before it.
 void AddStream(CHostFile& file);
 ASErrorCode RemoveStream(CHostFile& file);

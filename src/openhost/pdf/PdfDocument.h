@@ -52,6 +52,8 @@ struct PdfSaveOptions {
     bool mustNotExist = false;  ///< an existing target is left alone: Exists
     std::function<bool()> cancelled = {};  ///< asked now and then; true ends the save, nothing is changed
     std::function<void(int percent)> progress = {};
+    /// The new file is complete: whoever has the target open lets go of it now.
+    std::function<void()> beforeReplacing = {};
     std::function<void(const std::string&)> remark = {};  ///< gets what was done otherwise than asked
 };
 

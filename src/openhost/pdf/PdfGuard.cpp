@@ -5,7 +5,6 @@
 #include <new>
 #include <qpdf/QPDFExc.hh>
 #include <qpdf/QPDFSystemError.hh>
-#include <system_error>
 
 namespace openhost {
 namespace {
@@ -59,7 +58,7 @@ PdfProblem ProblemOf(int errorNumber, PdfProblem fallback)
 CPdfError SystemError(const std::string& file, const std::string& doing, int errorNumber, PdfProblem fallback)
 {
     return {ProblemOf(errorNumber, fallback),
-            Reason(file, doing + ": " + std::generic_category().message(errorNumber))};
+            Reason(file, doing + ": " + platform::ErrorText(errorNumber))};
 }
 
 void RethrowAsPdfError(const std::string& file, PdfProblem fallback)
@@ -73,7 +72,7 @@ void RethrowAsPdfError(const std::string& file, PdfProblem fallback)
     } catch (const QPDFExc& error) {
         throw FromLibrary(error, file, fallback);
     } catch (const QPDFSystemError& error) {
-        throw SystemError(file, "system error", error.getErrno(), fallback);
+        throw CPdfError(fallback, Reason(file, error.what()));
     } catch (const std::exception& error) {
         throw CPdfError(fallback, Reason(file, error.what()));
     } catch (...) {

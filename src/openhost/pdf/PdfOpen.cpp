@@ -1,9 +1,9 @@
 #include <qpdf/Buffer.hh>
 #include <qpdf/BufferInputSource.hh>
-#include <qpdf/FileInputSource.hh>
 #include <qpdf/QPDFExc.hh>
 
 #include "openhost/pdf/DocumentState.h"
+#include "openhost/pdf/FileSource.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfGuard.h"
 #include "openhost/pdf/SourceFile.h"
@@ -126,7 +126,7 @@ std::shared_ptr<InputSource> OpenSource(const std::string& path)
     if (auto content = SmallContent(file.get())) {
         return std::make_shared<BufferInputSource>(path, content.release(), true);
     }
-    return std::make_shared<FileInputSource>(path.c_str(), file.release(), true);
+    return std::make_shared<CFileSource>(path, std::move(file));
 }
 
 void LoadDocument(CPdfDocument::State& state, std::shared_ptr<InputSource> source)

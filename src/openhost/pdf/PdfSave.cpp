@@ -3,10 +3,12 @@
 
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/FilePipeline.h"
+#include "openhost/pdf/FileSource.h"
 #include "openhost/pdf/OutputFile.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfGuard.h"
 #include "openhost/pdf/Xmp.h"
+#include "platform/Files.h"
 #include "platform/Overseer.h"
 
 namespace openhost {
@@ -99,13 +101,32 @@ platform::Existing WhatExists(const PdfSaveOptions& options)
     return options.mustNotExist ? platform::Existing::Fail : platform::Existing::Replace;
 }
 
+/// The large source of a document that is about to replace its own file; null when nothing stands in the way.
+CFileSource* SourceInTheWay(const CPdfDocument::State& state, const std::string& target)
+{
+    auto* const source = kOpenFilesKeepTheirNames ? dynamic_cast<CFileSource*>(state.source.get()) : nullptr;
+    if (!source) return nullptr;
+    const auto mine = platform::StampOf(source->getName()), other = platform::StampOf(target);
+    const bool same = mine && other && mine->device == other->device && mine->inode == other->inode;
+    return same ? source : nullptr;
+}
+
+/// A copy leaves the document as it is, reading from what is replaced.
+void LetGoOfTarget(CFileSource* source, const PdfSaveOptions& options)
+{
+    if (source) options.copy ? source->Swallow() : source->LetGo();
+    if (options.beforeReplacing) options.beforeReplacing();
+}
+
 /// The library cannot linearise every document. Fast display in a browser is no reason to lose a save: such a
 /// document is written without it, and the client is told.
-void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target)
+void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target,
+                    CFileSource* source)
 {
     const auto write = [&](bool linearise) {
         COutputFile file(target, WhatExists(options));
         WriteInto(file, state, options, target, linearise);
+        LetGoOfTarget(source, options);
         file.Commit();
     };
     const auto writePlain = [&](const std::exception& error) {
@@ -159,9 +180,16 @@ void CPdfDocument::Save(const PdfSaveOptions& options)
     if (target.empty()) throw CPdfError(PdfProblem::NoPath, state.description + ": has no file to be saved to");
     Guarded(target, PdfProblem::Damaged, [&] {
         state.Current();
-        WriteAndCommit(state, options, target);
+        CFileSource* const source = SourceInTheWay(state, target);
+        WriteAndCommit(state, options, target, source);
+        if (options.copy) return;
         const platform::COverseer* const overseer = platform::Overseer();
-        if (!options.copy) MoveTo(state, target, overseer && overseer->Pretends());
+        const bool pretended = overseer && overseer->Pretends();
+        MoveTo(state, target, pretended);
+        if (source && !pretended) {  // nothing is left of the old file; the new one is held from now on
+            source->LetGoForEver();
+            state.Reload();
+        }
     });
 }
 

@@ -5,6 +5,7 @@
 #include <climits>
 
 #include "openhost/pdf/Conversions.h"
+#include "openhost/pdf/PopplerSource.h"
 
 namespace openhost {
 namespace {
@@ -24,7 +25,8 @@ public:
     void LoadFile(const std::string& path, const std::string& passwordBytes) override
     {
         m_name = path;
-        Adopt(poppler::document::load_from_file(path, passwordBytes, passwordBytes));
+        m_document.reset();
+        Adopt(LoadPopplerFile(path, passwordBytes, m_bytes));
     }
 
     void LoadMemory(std::string bytes, const std::string& description) override

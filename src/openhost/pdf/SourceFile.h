@@ -18,6 +18,12 @@ using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 /// Fails: CPdfError NotFound, NoAccess, NotAFile, CannotRead.
 FileHandle OpenForReading(const std::string& path);
 
+/// Whether a file that anybody has open keeps its name: no other can be put in its place until it is closed.
+extern const bool kOpenFilesKeepTheirNames;
+
+/// From the beginning, in bytes.
+bool SeekTo(std::FILE* file, std::uint64_t position);
+
 /// In bytes; nothing when the system does not say.
 std::optional<std::uint64_t> SizeOf(std::FILE* file);
 

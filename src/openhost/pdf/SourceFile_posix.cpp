@@ -39,24 +39,18 @@ FileHandle OpenForReading(const std::string& path)
     return FileHandle(file);
 }
 
+const bool kOpenFilesKeepTheirNames = false;
+
+bool SeekTo(std::FILE* file, std::uint64_t position)
+{
+    return ::fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0;
+}
+
 std::optional<std::uint64_t> SizeOf(std::FILE* file)
 {
     struct stat status = {};
     if (::fstat(::fileno(file), &status) != 0) return std::nullopt;
     return static_cast<std::uint64_t>(status.st_size);
-}
-
-std::string ReadAll(const std::string& path, std::uint64_t maxBytes)
-{
-    const FileHandle file = OpenForReading(path);
-    std::string bytes;
-    char chunk[64 * 1024];
-    while (const std::size_t got = std::fread(chunk, 1, sizeof chunk, file.get())) {
-        if (bytes.size() + got > maxBytes) throw CPdfError(PdfProblem::CannotRead, path + ": is too large");
-        bytes.append(chunk, got);
-    }
-    if (std::ferror(file.get())) throw SystemError(path, "cannot read", errno, PdfProblem::CannotRead);
-    return bytes;
 }
 
 }  // namespace openhost

@@ -1,6 +1,8 @@
 #include "openhost/documents/Documents.h"
 
 #include "openhost/files/FilePaths.h"
+#include "openhost/files/Files.h"
+#include "platform/Overseer.h"
 #include "support/TemporaryFolder.h"
 #include "unit/openhost_app/HostFixture.h"
 #include "unit/openhost_pdf/TestPdfs.h"
@@ -15,6 +17,30 @@ ASBool HOSTCALL AskTheHost(PDDoc document, void*)
 {
     ++g_asked;
     return HOST(AcroView, AVAuthOpen, document);
+}
+
+/// Lets nothing be done for good.
+class CRefusingOverseer final : public platform::COverseer {
+public:
+    CRefusingOverseer() : m_former(platform::InstallOverseer(this)) {}
+    ~CRefusingOverseer() override { platform::InstallOverseer(m_former); }
+    Answer Ask(Act, const std::string&, const std::string&) override { return Answer::Refuse; }
+    bool Pretends() const override { return false; }
+    std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
+
+private:
+    platform::COverseer* m_former;
+};
+
+/// The last 5 bytes, which every document ends with; "" when the file cannot be read.
+std::string EndOf(ASFile file)
+{
+    char bytes[6] = {};
+    const ASErrorCode raised = RaisedBy([&] {
+        HOST(AcroSupport, ASFileSetPos, file, HOST(AcroSupport, ASFileGetEOF, file) - 6);
+        HOST(AcroSupport, ASFileRead, file, bytes, 5);
+    });
+    return raised == 0 ? bytes : "";
 }
 
 class Documents : public CHostFixture {
@@ -101,4 +127,31 @@ TEST_F(Documents, AWrongPasswordLeavesNothingOpen)
         EXPECT_EQ(Close(locked), 0);
     }
     EXPECT_EQ(documents.Live(), 0u);
+}
+
+TEST_F(Documents, FilesInPluginsHandsOutlastTheReplacing)
+{
+    const PDDoc document = Open(path);
+    const ASFile file = HOST(PDModel, PDDocGetFile, document);
+    const ASPathName name = NewPath(path);
+    ASFile own = nullptr;
+    EXPECT_EQ(HOST(AcroSupport, ASFileSysOpenFile, nullptr, name, ASFILE_READ, &own), 0);
+    ReleasePath(name);
+    EXPECT_EQ(own, file);
+    const std::string before = FileBytes(path);
+    CDocuments& documents = Part<CDocuments>();
+    documents.At(document).pdf.SetInfo("Title", "changed");
+    {
+        const CRefusingOverseer refusing;
+        EXPECT_NE(RaisedBy([&] { documents.Save(document, {}); }), 0);
+        EXPECT_EQ(FileBytes(path), before);
+        EXPECT_EQ(EndOf(file), "%%EOF") << "after a save that failed";
+    }
+    documents.Save(document, {});
+    EXPECT_EQ(EndOf(own), "%%EOF") << "after a save";
+    EXPECT_EQ(HOST(AcroSupport, ASFileGetEOF, own), static_cast<int>(FileBytes(path).size())) << "of the new file";
+    EXPECT_EQ(HOST(AcroSupport, ASFileClose, own), 0);
+    EXPECT_EQ(EndOf(HOST(PDModel, PDDocGetFile, document)), "%%EOF");
+    EXPECT_EQ(Close(document), 0);
+    EXPECT_EQ(LiveFiles(), 0u);
 }

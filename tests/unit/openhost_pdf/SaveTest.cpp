@@ -7,6 +7,8 @@
 #include <csignal>
 
 #include "TestPdfs.h"
+#include "platform/Files.h"
+#include "platform/Overseer.h"
 #include "support/TemporaryFolder.h"
 
 using namespace openhost;
@@ -19,6 +21,27 @@ CPdfDocument TitledDocument(const std::string& path, const std::string& title)
     document.SetInfo("Title", title);
     return document;
 }
+
+/// Larger than what is read into memory when a document is opened.
+std::string LargeObject()
+{
+    constexpr std::size_t kBytes = 17 << 20;
+    return "100 0 obj\n<</Length " + std::to_string(kBytes) + ">>\nstream\n" + std::string(kBytes, 'x') +
+           "\nendstream\nendobj\n";
+}
+
+/// Lets nothing be done for good.
+class CRefusingOverseer final : public platform::COverseer {
+public:
+    CRefusingOverseer() : m_former(platform::InstallOverseer(this)) {}
+    ~CRefusingOverseer() override { platform::InstallOverseer(m_former); }
+    Answer Ask(Act, const std::string&, const std::string&) override { return Answer::Refuse; }
+    bool Pretends() const override { return false; }
+    std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
+
+private:
+    platform::COverseer* m_former;
+};
 
 std::string TitleOf(const std::string& path) { return CPdfDocument::Open(path).Info("Title").value_or("<none>"); }
 
@@ -85,6 +108,39 @@ TEST(Save, InPlaceContinuesFromTheNewFile)
     EXPECT_EQ(TitleOf(path), "second");
     EXPECT_EQ(document.PageCount(), 3);
     EXPECT_EQ(folder.EntryCount(), 1u);
+}
+
+TEST(Save, ALargeDocumentReplacesTheFileThatItIsReadFrom)
+{
+    const CTemporaryFolder folder;
+    const std::string path = folder.Write("a.pdf", SamplePdf(2, "", LargeObject()));
+    const std::string before = FileBytes(path);
+    CPdfDocument document = TitledDocument(path, "first");
+    {
+        const CRefusingOverseer refusing;
+        EXPECT_EQ(ProblemOf([&] { document.Save({}); }), PdfProblem::CannotWrite);
+    }
+    EXPECT_EQ(FileBytes(path), before);
+    EXPECT_EQ(document.PageCount(), 2);
+    bool told = false;
+    document.Save({.beforeReplacing = [&] { told = FileBytes(path) == before; }});
+    EXPECT_TRUE(told);
+    EXPECT_EQ(TitleOf(path), "first");
+
+    document.SetInfo("Title", "copied");
+    document.Save({.copy = true});  // over its own file, which it goes on reading as it was
+    EXPECT_EQ(TitleOf(path), "copied");
+    document.Save({.path = folder / "b.pdf"});
+    EXPECT_EQ(TitleOf(folder / "b.pdf"), "copied");
+    EXPECT_EQ(platform::FileSize(folder / "b.pdf"), platform::FileSize(path));
+
+    document.SetInfo("Title", "last");
+    document.Save({});
+    std::filesystem::remove(folder / "b.pdf");
+    document.Save({.path = folder / "c.pdf"});
+    EXPECT_EQ(TitleOf(folder / "c.pdf"), "last");
+    EXPECT_NE(FileBytes(folder / "c.pdf").find(std::string(1000, 'x')), std::string::npos);
+    EXPECT_EQ(folder.EntryCount(), 2u);
 }
 
 TEST(Save, ElsewhereMovesTheDocumentACopyDoesNot)

@@ -15,30 +15,37 @@ struct ChildOptions {
     std::vector<std::string> arguments = {};  ///< without the program's name
     /// "NAME=value" in place of, or beside, this process's own; "NAME" alone removes it.
     std::vector<std::string> environment = {};
-    /// Lets the child's memory grow to so many bytes of address space at most; 0: no limit. Not applied in a build
-    /// with the address sanitizer, which reserves more than any machine has.
+    /// Lets the child's memory grow to so many bytes of address space at most, on Windows to so many bytes that are
+    /// committed; 0: no limit. Not applied in a build with the address sanitizer, which reserves more than any
+    /// machine has.
     std::uint64_t addressSpaceBytes = 0;
     /// Descriptors, or handles, that stay open in the child under the same numbers; descriptors above those of the
     /// standard streams.
     std::vector<long long> inheritedDescriptors = {};
+    /// What it opens through the shell (Programs.h) goes on when it ends. On Windows, then, the same is true of
+    /// everything that it does not start as a CChildProcess; elsewhere such programs leave its process group by
+    /// themselves.
+    bool openedProgramsGoOn = false;
 };
 
 enum class ChildEvent {
     Line,   ///< a whole line of its standard output, without the line end
     Error,  ///< a whole line of its standard error
-    Ended   ///< it is gone, and everything it wrote has been delivered; what it left in its process group is ended
+    Ended   ///< it is gone, and everything it wrote has been delivered; what it left in its process group, or job, is
+            ///< ended
 };
 
 struct ChildEnding {
     int exitCode = 0;  ///< meaningless when killed
-    int signal = 0;    ///< the signal that killed it, 0 for none
+    /// The signal that killed it, 0 for none. On Windows 9 after Kill, otherwise the exception (0xC0000005).
+    std::uint32_t signal = 0;
 };
 
 /// A started program of ours that we talk to in lines over its standard streams.
 ///
-/// It ends together with the thread that started it, however that ends, and keyboard interrupts of the terminal do
-/// not reach it. It finds no descriptors but its standard streams and those it was to inherit, and the signals'
-/// defaults. The destructor kills it and waits for its end.
+/// It ends together with the thread that started it (on Windows: with the process), however that ends, and keyboard
+/// interrupts of the terminal do not reach it. It finds no descriptors but its standard streams and those it was to
+/// inherit, and the signals' defaults. The destructor kills it and waits for its end.
 class CChildProcess {
 public:
     /// Fails: nothing, with the reason in `result`; also when the program cannot be executed.
@@ -49,7 +56,7 @@ public:
 
     /// Writes the line and a line end to its standard input. Never waits: what the pipe does not take at once is kept
     /// and written by CChildWatch::Wait, so a child that does not read cannot hold up its sender.
-    /// Fails: EPIPE when the child has closed its input or is gone.
+    /// Fails: FileProblem::NobodyReads when the child has closed its input or is gone.
     FileResult Send(std::string_view line);
     /// Lets its standard input end, behind what was sent.
     void CloseInput();

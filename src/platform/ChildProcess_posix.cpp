@@ -62,7 +62,7 @@ void ChildState::Collect()
     }
     collected = true;
     if (WIFEXITED(status)) ending.exitCode = WEXITSTATUS(status);
-    if (WIFSIGNALED(status)) ending.signal = WTERMSIG(status);
+    if (WIFSIGNALED(status)) ending.signal = static_cast<std::uint32_t>(WTERMSIG(status));
     end = CDescriptor();
     input = CDescriptor();
     unsent.clear();

@@ -3,12 +3,15 @@
 #include "platform/Environment.h"
 #include "platform/Paths.h"
 
+#include <array>
+#include <cstdio>
 #include <utility>
 
 namespace {
 
 constexpr std::size_t kErrorLinesKept = 100;
 constexpr std::uint64_t kGibibyte = std::uint64_t{1} << 30;
+constexpr std::uint32_t kFirstException = 0xC0000000;  // above all signals
 constexpr const char* kRunVariables[] = {"FERRULESEQU",         "FERRULEFINAL",         "FERRULEDEST",
                                          "FERRULEALTPATH",      "FERRULEALTOUTPUTPATH", "FERRULEFILEEXT",
                                          "FERRULENOSUBFOLDERS", "FERRULENOPROGRESS",    "EXECUTEINSTEPS"};
@@ -54,6 +57,11 @@ void AddErrorLine(std::deque<std::string>& lines, std::string line)
 
 std::string EndingText(const platform::ChildEnding& ending)
 {
+    if (ending.signal >= kFirstException) {
+        std::array<char, 32> text;
+        std::snprintf(text.data(), text.size(), "crashed (0x%08X)", static_cast<unsigned>(ending.signal));
+        return text.data();
+    }
     if (ending.signal != 0) return "crashed (signal " + std::to_string(ending.signal) + ")";
     return "ended with exit code " + std::to_string(ending.exitCode);
 }

@@ -68,5 +68,5 @@ private:
 
 /// Keeps the last lines.
 void AddErrorLine(std::deque<std::string>& lines, std::string line);
-/// "crashed (signal 11)", "ended with exit code 3".
+/// "crashed (signal 11)", "crashed (0xC0000005)", "ended with exit code 3".
 [[nodiscard]] std::string EndingText(const platform::ChildEnding& ending);

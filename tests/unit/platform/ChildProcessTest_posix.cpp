@@ -63,7 +63,8 @@ TEST(ChildProcess, EveryEndIsToldBehindAllThatWasWritten)
 {
     const struct {
         const char *script, *lines, *errors;
-        int exitCode, signal;
+        int exitCode;
+        std::uint32_t signal;
     } rows[] = {
         {"echo one; echo two; echo three >&2; exit 7", "one|two|", "three|", 7, 0},
         {"printf 'a\\n\\nunfinished'; printf half >&2", "a||unfinished|", "half|", 0, 0},
@@ -149,7 +150,7 @@ TEST(ChildProcess, SendingNeverWaitsAndNeverKills)
     EXPECT_EQ(deaf->Send("anybody?").errorNumber, EPIPE);
     deaf->Kill();
     EXPECT_TRUE(Watch(*deaf).ended);
-    EXPECT_EQ(deaf->Ending().signal, SIGKILL);
+    EXPECT_EQ(deaf->Ending().signal, std::uint32_t{SIGKILL});
     EXPECT_EQ(deaf->Send("after the end").errorNumber, EPIPE);
 }
 

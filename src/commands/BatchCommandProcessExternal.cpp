@@ -51,7 +51,8 @@ bool CBatchCommandProcessExternal::ProcessDocument(const CommandTarget& target, 
         if (!platform::FileExists(program)) return;
         // A document that is not in a file yet, as after a conversion, has nothing to hand over.
         const bool started =
-            !documentPath.empty() && platform::OpenWithShell('"' + ThisVeryFile(program) + '"', documentPath);
+            !documentPath.empty() &&
+            platform::OpenWithShell('"' + ThisVeryFile(program) + '"', documentPath, platform::ShellArgument::AsItIs);
         m_log.NameValue(started ? "External application started" : "Could not start external application", program,
                         3);
     });

@@ -11,10 +11,11 @@ bool IsWindow(WindowHandle window);
 
 /// Hides the window, then moves it off the screen.
 void HideAndMoveOffScreen(WindowHandle window);
-/// Moves the window to (10000, 10000), keeping its size, without activating, redrawing or showing it.
+/// Moves the window to (10000, 10000), keeping its size, without activating or redrawing it; it is hidden then.
 void MoveOffScreen(WindowHandle window);
 
-/// Dispatches at most so many pending messages, each only while its window exists; answers how many.
+/// Takes at most so many pending messages and dispatches each whose window exists; answers how many. The request to
+/// quit stays for the loop of the host.
 int PumpMessages(int atMost);
 
 /// Posts the window-close message; false when the window is gone or refuses.

@@ -85,7 +85,7 @@ bool StartedWithoutReport(int report)
 
 }  // namespace
 
-bool OpenWithShell(const std::string& program, const std::string& argument)
+bool OpenWithShell(const std::string& program, const std::string& argument, ShellArgument)
 {
     const std::string path = FindProgram(WithoutQuotes(program));
     int ends[2];

@@ -19,8 +19,7 @@ constexpr char kClearLine[] = "\r\x1b[K";
 Screen MakeScreen()
 {
     Screen screen{&std::cout, &std::cerr, false, false, {}, {}};
-    const std::string kind = platform::EnvironmentText("TERM");
-    screen.terminal = platform::IsTerminal(platform::StandardStream::Error) && !kind.empty() && kind != "dumb";
+    screen.terminal = platform::TakesControlCodes(platform::StandardStream::Error);
     screen.colour = screen.terminal && platform::EnvironmentText("NO_COLOR").empty();
     screen.width = [] { return static_cast<std::size_t>(platform::TerminalWidth(platform::StandardStream::Error)); };
     screen.milliseconds = platform::MonotonicMilliseconds;

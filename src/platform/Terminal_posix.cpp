@@ -3,6 +3,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "platform/Environment.h"
+
 namespace platform {
 namespace {
 
@@ -12,7 +14,11 @@ int DescriptorOf(StandardStream stream) { return stream == StandardStream::Outpu
 
 }  // namespace
 
-bool IsTerminal(StandardStream stream) { return isatty(DescriptorOf(stream)) == 1; }
+bool TakesControlCodes(StandardStream stream)
+{
+    const std::string kind = EnvironmentText("TERM");
+    return isatty(DescriptorOf(stream)) == 1 && !kind.empty() && kind != "dumb";
+}
 
 int TerminalWidth(StandardStream stream)
 {

@@ -47,6 +47,17 @@ class CommandPlace(Workplace):
             raise AssertionError(f"no end after {timeout} s: {arguments}\n{errors.decode('utf-8', 'replace')}") from None
         return Result(process.returncode, output.decode("utf-8", "replace"), errors.decode("utf-8", "replace"))
 
+    usual_seconds = 0.6  # what a run over some tens of small documents takes
+
+    def workers_of(self, process):
+        """The process ids of the workers of a running command line."""
+        found = subprocess.run(["pgrep", "-P", str(process.pid)], capture_output=True, text=True, check=False).stdout
+        return [int(word) for word in found.split()]
+
+    def local(self, told):
+        """Where a path that the program told is found from here."""
+        return Path(told)
+
     def protect_sequence(self, name="protect.sequ", method=0, **save):
         """Protects with the password of these tests, then saves where the run says."""
         return self.sequence(name, [(PROTECT, protect_items(method)), (SAVE, save_items(**save))])

@@ -14,13 +14,13 @@ class Scene:
 
     `final` is a final action's code, or None for saving in place."""
 
-    def __init__(self, final, names=NAMES, jobs=1):
+    def __init__(self, final, names=NAMES, jobs=1, place=CommandPlace):
         self.final, self.jobs = final, jobs
         if final == 4:
             names = names[:1]  # all files of a folder would get the same new name
         if final in (2, 6):  # what refuses a taken name, or replaces it, needs names of their own
             names = [f"{number} {Path(name).name}" for number, name in enumerate(names)]
-        self.place = CommandPlace()
+        self.place = place()
         self.in_place = final is None
         self.originals = documents(self.place, names)
         self.record = self.place.root / "record.jsonl"
@@ -74,7 +74,7 @@ class Scene:
     def _incomplete_results(self):
         """What the record itself says was saved although a step was not completed."""
         lines = records(self.record).values() if self.record.exists() else []
-        return {Path(output["path"]) for line in lines if line["outcome"] == "incomplete" for output in line["outputs"]}
+        return {self.place.local(output["path"]) for line in lines if line["outcome"] == "incomplete" for output in line["outputs"]}
 
     def _known_contents(self):
         return set(self.originals.values()) | set(self.existing.values())
@@ -141,14 +141,15 @@ class Scene:
             if line["outcome"] != "saved" and not (unknown and self.final == 5) and not processed:
                 wrong.append(f"record: {line}")
             for output in line.get("outputs", []):
-                if not Path(output["path"]).is_file() or sha256(output["path"]) != output["sha256"]:
+                path = self.place.local(output["path"])
+                if not path.is_file() or sha256(path) != output["sha256"]:
                     wrong.append(f"record: {output} is not what is on the disk")
         return wrong
 
 
-def undisturbed_names(final, names=NAMES, jobs=1):
+def undisturbed_names(final, names=NAMES, jobs=1, place=CommandPlace):
     """What a run that nobody hurts leaves; also shows that it comes out at all."""
-    scene = Scene(final, names, jobs)
+    scene = Scene(final, names, jobs, place)
     try:
         result = scene.place.ferrule(*scene.arguments())
         assert result.code == 0, str(result)

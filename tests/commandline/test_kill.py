@@ -2,29 +2,24 @@
 import os
 import random
 import signal
-import subprocess
 import time
 import unittest
 from pathlib import Path
 
+from commandline import CommandPlace
 from survival import Scene, preserve, undisturbed_names, wait_for_starts
 
 KILLS = int(os.environ.get("FERRULE_KILLS", "200"))
 SCENES = (None, 1, 2, 3, 5, 6, 7, 8)
+PLACE = CommandPlace  # where the runs take place; tests of another system put theirs here
 NAMES = [f"{folder}file {number}.pdf" for folder in ("", "sub/") for number in range(15)]
-
-
-def workers_of(process):
-    """The process ids of the workers of a running command line."""
-    found = subprocess.run(["pgrep", "-P", str(process.pid)], capture_output=True, text=True, check=False).stdout
-    return [int(word) for word in found.split()]
 
 
 def run_until_killed(scene, chance, resume):
     """Starts or resumes the run and kills something of it at a random moment; answers its exit code, None when killed."""
     process = scene.place.start(*scene.arguments(*(["--resume", "--retry-failed"] if resume else [])))
-    time.sleep(chance.uniform(0.02, 0.6))
-    victims = [process.pid] + (workers_of(process) if chance.random() < 0.6 else [])
+    time.sleep(chance.uniform(0.02, scene.place.usual_seconds))
+    victims = [process.pid] + (scene.place.workers_of(process) if chance.random() < 0.6 else [])
     try:
         os.kill(victims[-1] if len(victims) > 1 else process.pid, signal.SIGKILL)
         killed = True
@@ -36,10 +31,10 @@ def run_until_killed(scene, chance, resume):
 
 class Kills(unittest.TestCase):
     def check(self, final, kills, chance):
-        undisturbed = undisturbed_names(final, NAMES, 2)
+        undisturbed = undisturbed_names(final, NAMES, 2, PLACE)
         done = 0
         while done < kills:
-            scene = Scene(final, NAMES, 2)
+            scene = Scene(final, NAMES, 2, PLACE)
             try:
                 resume, story = False, []
                 for _ in range(8):

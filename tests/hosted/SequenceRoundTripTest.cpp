@@ -26,7 +26,7 @@ TEST(SequenceForms, EveryRealSequenceIsTheSameAfterBeingWrittenInTheHostsForm)
     int compared = 0;
     for (const auto& entry : fs::directory_iterator(FERRULE_SEQUENCES)) {
         if (entry.path().extension() != ".sequ") continue;
-        const auto workflow = ReadWorkflowFile(entry.path());
+        const auto workflow = ReadWorkflowFile(entry.path().string());
         if (entry.path().filename() == "not-a-workflow-root.sequ") {
             EXPECT_FALSE(workflow) << "the impostor was taken for a sequence";
             continue;

@@ -49,6 +49,10 @@ class Workplace:
     def log(self):
         return self.root / "config" / "Quillon" / "Ferrule" / "FerruleLog.txt"
 
+    def told(self, path):
+        """How the programs name a path that is found here."""
+        return str(path)
+
     def run(self, variables, arguments=(), timeout=120, program=None):
         environment = {key: value for key, value in os.environ.items() if key not in VARIABLES}
         environment["XDG_CONFIG_HOME"] = str(self.root / "config")

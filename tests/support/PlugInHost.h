@@ -1,9 +1,10 @@
 #pragma once
 
 #include "openhost/program/OpenHost.h"
+#include "platform/Environment.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestProcess.h"
 
-#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,7 +38,7 @@ public:
 private:
     openhost::OpenHostOptions Completed(openhost::OpenHostOptions options)
     {
-        setenv("XDG_CONFIG_HOME", m_folder.Path().c_str(), 1);
+        SetVariable(platform::kApplicationDataVariable, m_folder.Path());
         options.plugIns = {{"Ferrule.api", &PlugInMain}};
         options.diagnostics = [this](std::string_view remark) { m_remarks.emplace_back(remark); };
         return options;

@@ -9,11 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-#ifdef _WIN32
-#include <process.h>
-#else
-#include <unistd.h>
-#endif
+#include "support/TestProcess.h"
 
 /// A fresh folder for one test, removed with everything in it.
 class CTemporaryFolder {
@@ -40,7 +36,11 @@ public:
 
     /// Without a trailing separator.
     std::string Path() const { return m_path.string(); }
-    std::string operator/(std::string_view name) const { return (m_path / std::string(name)).string(); }
+    /// With the system's own separators.
+    std::string operator/(std::string_view name) const
+    {
+        return (m_path / std::string(name)).make_preferred().string();
+    }
 
     /// Writes a file into the folder and answers its path.
     std::string Write(std::string_view name, std::string_view bytes) const
@@ -64,15 +64,6 @@ public:
     }
 
 private:
-    static int ProcessId()
-    {
-#ifdef _WIN32
-        return _getpid();
-#else
-        return static_cast<int>(getpid());
-#endif
-    }
-
     std::filesystem::path m_path;
 };
 

@@ -32,7 +32,7 @@ TEST(RealSequences, AllOfThemLoadExceptTheImpostor)
     bool anyScript = false;
     for (const auto& entry : fs::directory_iterator(FERRULE_SEQUENCES)) {
         if (entry.path().extension() != ".sequ") continue;
-        const auto workflow = ReadWorkflowFile(entry.path());
+        const auto workflow = ReadWorkflowFile(entry.path().string());
         if (entry.path().filename() == "not-a-workflow-root.sequ") {
             EXPECT_FALSE(workflow) << entry.path();
             continue;

@@ -88,7 +88,7 @@ TEST(WorkflowAudit, FindsTheSameCommandsAsTheReader)
     int compared = 0;
     for (const auto& entry : fs::directory_iterator(FERRULE_SEQUENCES)) {
         if (entry.path().extension() != ".sequ") continue;
-        const std::string text = FileBytes(entry.path());
+        const std::string text = FileBytes(entry.path().string());
         const auto workflow = ParseWorkflow(text);
         const WorkflowAudit audit = AuditWorkflow(text);
         EXPECT_EQ(audit.isWorkflow, workflow.Ok()) << entry.path();

@@ -36,9 +36,9 @@ TEST(WorkflowWriter, GivesEveryRealFileBackByteForByteExceptForWhatTheReaderDrop
     if (!fs::is_directory(FERRULE_SEQUENCES)) GTEST_SKIP() << "the folder of real sequences is not here";
     int equal = 0;
     for (const auto& entry : fs::directory_iterator(FERRULE_SEQUENCES)) {
-        const std::string name = entry.path().filename();
+        const std::string name = entry.path().filename().string();
         if (entry.path().extension() != ".sequ" || name == "not-a-workflow-root.sequ") continue;
-        const auto workflow = ReadWorkflowFile(entry.path());
+        const auto workflow = ReadWorkflowFile(entry.path().string());
         ASSERT_TRUE(workflow) << name;
         const auto written = WriteWorkflow(*workflow);
         ASSERT_TRUE(written) << name << ": " << written.Error();

@@ -62,7 +62,7 @@ std::set<std::string> NamesOf(const PlannedFile& file, const std::string& out)
         return std::regex_replace(text, std::regex("( \\([0-9]+\\))+$"), "");
     };
     const fs::path path = file.path;
-    return {(path.parent_path() / comparable(path.stem())).string(),
+    return {(path.parent_path() / comparable(path.stem().string())).string(),
             out + '/' + comparable(path.stem().string() + "_o")};
 }
 

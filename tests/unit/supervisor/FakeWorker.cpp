@@ -3,6 +3,7 @@
 // It "processes" a file by writing its text in capitals. Words in a file's name make it misbehave: see Misbehave. The
 // environment variable FAKE_KILL=N:PLACE makes it kill its supervisor when it comes to that place for the Nth time;
 // the count is kept in the file FAKE_COUNT.
+#include "unit/supervisor/FakeWorker.h"
 #include "common/FileNames.h"
 #include "common/ProductPaths.h"
 #include "common/Text.h"
@@ -11,16 +12,17 @@
 #include "platform/Files.h"
 #include "platform/Overseer.h"
 #include "platform/Sha256.h"
+#include "platform/Surroundings.h"
 #include "supervisor/Json.h"
+#include "support/TestProcess.h"
 
-#include <signal.h>
-#include <unistd.h>
-
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -70,7 +72,7 @@ void Pass(const std::string& place)
     std::fputc('x', count);
     std::fclose(count);
     if (std::filesystem::file_size(counter) != std::stoul(wanted.substr(0, colon))) return;
-    kill(getppid(), SIGKILL);
+    KillParent();
     std::_Exit(9);
 }
 
@@ -91,7 +93,7 @@ public:
         const std::string end = TextAt(job, "kind") == "plan" ? Plan() : Process();
         m_log.Line(std::string(86, '-'));
         Tell({{"tell", "ends"}, {"end", end}, {"message", end == "finished" ? "" : "as asked"}});
-        m_log.Line("LOG STOPPED: at " + std::to_string(getpid()));
+        m_log.Line("LOG STOPPED: at " + std::to_string(ProcessId()));
         return 0;
     }
 
@@ -187,9 +189,10 @@ private:
         if (m_input.Is("crash")) std::abort();
         if (m_input.Is("exit")) std::_Exit(3);
         if (m_input.Is("hang"))
-            for (;;) pause();
+            for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
         if (m_input.Is("grow"))
-            for (std::vector<std::string> all;; usleep(1000)) all.emplace_back(std::size_t{4} << 20, 'x');
+            for (std::vector<std::string> all;; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
+                all.emplace_back(std::size_t{4} << 20, 'x');
         if (m_input.Is("flood"))
             for (int line = 0; line < 20000; ++line) std::cerr << "a complaint of a library, number " << line << '\n';
         if (m_input.Is("garbage")) std::cout << "%PDF-1.4 what a library prints" << std::endl;
@@ -235,7 +238,7 @@ private:
             target = UniqueSpaced(folder + '/' + name, [this](const std::string& path) { return IsTaken(path); });
         }
         const std::string temporary =
-            FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(getpid()) + "-1.tmp";
+            FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(ProcessId()) + "-1.tmp";
         if (!m_trial) {
             const std::string bytes = ToUpperAscii(platform::ReadWholeFile(m_input.path, 1 << 20).value_or(""));
             std::fclose(Written(temporary, bytes));
@@ -285,7 +288,7 @@ private:
     void CopyCompletely(const std::string& target)
     {
         const std::string temporary =
-            FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(getpid()) + "-2.tmp";
+            FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(ProcessId()) + "-2.tmp";
         std::filesystem::copy_file(m_input.path, temporary);
         std::filesystem::rename(temporary, target);
     }
@@ -339,4 +342,8 @@ private:
 
 }  // namespace
 
-int main() { return CFakeWorker().Run(); }
+int main()
+{
+    platform::SettleSurroundings();
+    return CFakeWorker().Run();
+}

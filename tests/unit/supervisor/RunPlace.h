@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/Environment.h"
 #include "supervisor/Supervisor.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestProcess.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <sstream>
@@ -44,10 +45,10 @@ public:
     CRunPlace()
     {
         for (const char* name : {"in", "out", "done", "settings"}) folder.MakeFolder(name);
-        setenv("XDG_CONFIG_HOME", (folder / "settings").c_str(), 1);
-        unsetenv("FAKE_KILL");
-        unsetenv("FAKE_BLIND");
-        setenv("FAKE_COUNT", (folder / "count").c_str(), 1);
+        SetVariable(platform::kApplicationDataVariable, folder / "settings");
+        SetVariable("FAKE_KILL", "");
+        SetVariable("FAKE_BLIND", "");
+        SetVariable("FAKE_COUNT", folder / "count");
         options.engine = {.hostProgram = FAKE_WORKER, .plugIns = {"/a/plug-in"}, .jobs = 2, .timeoutSeconds = 60};
         Set("FERRULESEQU", "a sequence");
         Set("FERRULEALTPATH", folder / "in");

@@ -15,7 +15,7 @@ const char* const kNames[] = {"a", "b group1", "c", "d group1", "e"};
 /// Runs in a process of its own, which a worker may kill. False when it came to its end.
 bool WasKilled(CRunPlace& place, const std::string& when)
 {
-    setenv("FAKE_KILL", when.c_str(), 1);
+    SetVariable("FAKE_KILL", when);
     const pid_t child = fork();
     if (child == 0) {
         (void)place.Run();
@@ -23,7 +23,7 @@ bool WasKilled(CRunPlace& place, const std::string& when)
     }
     int status = 0;
     waitpid(child, &status, 0);
-    unsetenv("FAKE_KILL");
+    SetVariable("FAKE_KILL", "");
     return WIFSIGNALED(status);
 }
 
@@ -178,12 +178,12 @@ TEST(Resume, TakesInWhatThePlanCouldNotRead)
     CRunPlace place;
     place.FinalAction(8);
     for (const char* name : {"a hidden group1", "b group1", "c hidden group1", "d"}) place.Input(name);
-    setenv("FAKE_BLIND", "1", 1);
+    SetVariable("FAKE_BLIND", "1");
     EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
     EXPECT_EQ(place.notes.done.size(), 2u);
     place.options.resume = true;
     EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved) << "still unreadable";
-    unsetenv("FAKE_BLIND");
+    SetVariable("FAKE_BLIND", "");
     EXPECT_EQ(place.Run().exit, ExitClass::Fine);
     EXPECT_EQ(place.notes.done.size(), 4u) << "nothing is done twice";
     EXPECT_EQ(place.Files("out").size(), 4u);

@@ -1,8 +1,10 @@
 // The entry of the plug-in: binds to the host's tables and hands the host the life-cycle callbacks.
 #include "host/FerruleApp.h"
 #include "hostapi/HostRecords.h"
+#include "hostcalls/Application.h"
 #include "hostcalls/Atoms.h"
 #include "hostcalls/HostEntry.h"
+#include "hostcalls/HostFrame.h"
 #include "hostcalls/HostTables.h"
 #include "platform/Paths.h"
 
@@ -47,10 +49,19 @@ ASBool HOSTCALL Unload()
     return 1;
 }
 
+/// The host without editing: its maker demands that plug-ins which are not made for it decline. Asked with all care,
+/// because every other host is to go on, also one that cannot say what it is.
+bool IsReader()
+{
+    std::optional<std::string> product;
+    return !CatchHostError([&] { product = Product(); }) && product == "Reader";
+}
+
 ASBool HOSTCALL Handshake(ASUns32 version, void* data)
 {
     if (version != kHandshakeVersion || data == nullptr) return 0;
     return GuardCallback(ASBool{0}, [data] {
+        if (IsReader()) return ASBool{0};
         auto& handshake = *static_cast<PIHandshakeData_V0200*>(data);
         handshake.extensionName = Atom(kExtensionName);
         handshake.exportHFTsCallback = WrapCallback(reinterpret_cast<void*>(&ExportTables));

@@ -6,6 +6,7 @@
 #include "hostapi/HostInterface.h"
 #include "openhost/app/AppState.h"
 #include "openhost/app/Menus.h"
+#include "openhost/core/Atoms.h"
 #include "openhost/core/Tables.h"
 #include "platform/Environment.h"
 #include "platform/Files.h"
@@ -13,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,49 @@ openhost::CMenuItem& Item(const char* name)
 }
 
 }  // namespace
+
+TEST(PlugInInHost, OnlyAHostThatCallsItselfReaderIsDeclined)
+{
+    static char reader[] = "Reader", standard[] = "Exchange-Std", other[] = "Reader Pro", lower[] = "reader",
+                none[] = "";
+    static void* answer = nullptr;
+    static bool raises = false;
+    static std::string asked;
+    const struct {
+        const char* what;
+        void* answer;
+        bool raises, starts;
+    } rows[] = {{"Reader", reader, false, false},
+                {"Exchange-Std", standard, false, true},
+                {"Reader Pro", other, false, true},
+                {"reader", lower, false, true},
+                {"empty", none, false, true},
+                {"null", nullptr, false, true},
+                {"unknown", reinterpret_cast<void*>(~std::uintptr_t{0}), false, true},
+                {"raises", nullptr, true, true}};
+    for (const auto& row : rows) {
+        answer = row.answer;
+        raises = row.raises;
+        openhost::OpenHostOptions options;
+        options.afterOffering = [](openhost::CTables& tables) {
+            tables.PutTyped<ASGetConfigurationSlotProc>(
+                openhost::Table::Core, kSlotASGetConfiguration, [](ASAtom key) -> void* {
+                    HFT core = openhost::Part<openhost::CTables>().Get(openhost::Table::Core);
+                    asked = openhost::AtomText(key);
+                    if (raises) reinterpret_cast<ASRaiseSlotProc>(core[kSlotASRaise])(genErrGeneral);
+                    return answer;
+                });
+        };
+        asked.clear();
+        CPlugInHost host(std::move(options));
+        EXPECT_EQ(host.Started(), row.starts) << row.what;
+        EXPECT_EQ(asked, "Product") << row.what;
+        if (row.starts) continue;
+        ASSERT_EQ(host.Remarks().size(), 1u) << row.what;
+        EXPECT_EQ(host.Remarks()[0], "plug-in Ferrule.api is not used: it declined at its handshake");
+        EXPECT_EQ(host.LogText(), "<missing>") << "nothing was begun";
+    }
+}
 
 TEST(PlugInInHost, MenusHoldTheItemsInTheirOrder)
 {

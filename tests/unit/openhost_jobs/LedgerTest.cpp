@@ -171,11 +171,6 @@ TEST_F(Ledger, KnowsInputsThatNobodyAnnounced)
     EXPECT_EQ(record.number, 2);
     EXPECT_EQ(record.sha256, kTwo);
 
-    const std::string link = folder / "link";
-    fs::create_symlink(in, link);
-    Put(folder.Write(".t", "newer"), in);  // where the link leads
-    EXPECT_EQ(ledger.FileDone(link, kJobFileSaved, "").size, 11u) << "the size of \"new content\"";
-
     record = ledger.FileDone(folder / "missing", kJobFileFailed, "");
     EXPECT_EQ(record.sha256, "");
     EXPECT_EQ(record.size, 0u);

@@ -1,12 +1,16 @@
 #ifndef FERRULE_TESTS_OPENHOST_JOBS_PIPES_H
 #define FERRULE_TESTS_OPENHOST_JOBS_PIPES_H
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <stdexcept>
 #include <string>
 #include <string_view>
+
+/// For bytes; both ends stay with this process. False when the system refuses.
+bool MakePipe(int (&ends)[2]);
+/// What lies in the pipe, without waiting for more.
+std::string ReadWaiting(int reader);
 
 /// The other end of a worker's lines, written beforehand: all answers lie ready, all questions are read afterwards.
 /// Both must fit into a pipe.
@@ -14,11 +18,11 @@ class CScriptedSupervisor {
 public:
     explicit CScriptedSupervisor(std::string_view answers)
     {
-        if (pipe(m_answers) != 0 || pipe(m_said) != 0) throw std::runtime_error("no pipes");
-        if (write(m_answers[1], answers.data(), answers.size()) != static_cast<ssize_t>(answers.size()))
+        if (!MakePipe(m_answers) || !MakePipe(m_said)) throw std::runtime_error("no pipes");
+        if (!answers.empty() &&
+            write(m_answers[1], answers.data(), answers.size()) != static_cast<int>(answers.size()))
             throw std::runtime_error("the answers do not fit");
         close(m_answers[1]);
-        fcntl(m_said[0], F_SETFL, O_NONBLOCK);
     }
     ~CScriptedSupervisor()
     {
@@ -36,14 +40,7 @@ public:
         m_said[0] = -1;
     }
     /// Everything said since the last time.
-    std::string Said()
-    {
-        std::string text;
-        char part[4096];
-        for (ssize_t length; (length = read(m_said[0], part, sizeof part)) > 0;)
-            text.append(part, static_cast<std::size_t>(length));
-        return text;
-    }
+    std::string Said() { return ReadWaiting(m_said[0]); }
 
 private:
     int m_answers[2];

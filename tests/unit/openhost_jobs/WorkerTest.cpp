@@ -39,6 +39,14 @@ JobInput Next(ASInt32 expected = 1)
 
 void Done(const char* path, int outcome) { Jobs<JobsFileDoneSlotProc>(kSlotJobsFileDone)(path, outcome, nullptr); }
 
+/// As it stands in JSON.
+std::string Quoted(const std::string& path)
+{
+    std::string quoted = "\"";
+    for (const char letter : path) quoted += letter == '\\' ? "\\\\" : std::string(1, letter);
+    return quoted + '"';
+}
+
 ASInt32 MayAct(int act, const std::string& file, const char* target)
 {
     return Jobs<JobsMayActSlotProc>(kSlotJobsMayAct)(act, file.c_str(), target);
@@ -50,10 +58,10 @@ TEST(Worker, OneFileFromQuestionToRecord)
 {
     const CTemporaryFolder folder;
     const std::string input = folder.Write("a.pdf", "one");
-    CScriptedSupervisor supervisor("{\"job\":{\"kind\":\"run\"}}\n{\"input\":{\"number\":3,\"total\":3,\"path\":\"" +
-                                   input +
-                                   "\",\"toDo\":\"whole\"}}\n{\"answer\":\"refuse\"}\n{\"answer\":\"go\"}\n"
-                                   "{\"input\":null}\n");
+    CScriptedSupervisor supervisor(
+        "{\"job\":{\"kind\":\"run\"}}\n{\"input\":{\"number\":3,\"total\":3,\"path\":" + Quoted(input) +
+        ",\"toDo\":\"whole\"}}\n{\"answer\":\"refuse\"}\n{\"answer\":\"go\"}\n"
+        "{\"input\":null}\n");
     RunHost(std::make_shared<CWorkerLink>(supervisor.WorkerInput(), supervisor.WorkerOutput()), [&] {
         EXPECT_STREQ(Jobs<JobsNextJobSlotProc>(kSlotJobsNextJob)(), "{\"kind\":\"run\"}");
         const JobInput next = Next();
@@ -74,13 +82,14 @@ TEST(Worker, OneFileFromQuestionToRecord)
     });
     const std::string hash = "7692c3ad3540bb803c020b3aee66cd8887123234ea0c6e7143c0add73ff431ed";
     const auto act = [&](const std::string& purpose) {
-        return "{\"ask\":\"act\",\"number\":3,\"purpose\":\"" + purpose + "\",\"act\":\"delete\",\"file\":\"" +
-               input + "\",\"target\":\"\",\"sha256\":\"" + hash + "\"}\n";
+        return "{\"ask\":\"act\",\"number\":3,\"purpose\":\"" + purpose +
+               "\",\"act\":\"delete\",\"file\":" + Quoted(input) + ",\"target\":\"\",\"sha256\":\"" + hash + "\"}\n";
     };
     EXPECT_EQ(
         supervisor.Said(),
         "{\"ask\":\"job\"}\n{\"ask\":\"input\"}\n" + act("output") + act("final-action") +
-            "{\"tell\":\"file\",\"record\":{\"number\":3,\"path\":\"" + input + "\",\"size\":3,\"sha256\":\"" + hash +
+            "{\"tell\":\"file\",\"record\":{\"number\":3,\"path\":" + Quoted(input) + ",\"size\":3,\"sha256\":\"" +
+            hash +
             "\",\"outcome\":\"saved\",\"message\":\"\",\"milliseconds\":0,\"outputs\":[],\"finalAction\":{\"act\":"
             "\"delete\",\"target\":\"\",\"state\":\"done\"}}}\n{\"ask\":\"input\"}\n");
 }
@@ -109,8 +118,8 @@ TEST(Worker, ARecordFileGetsALineForEachFileAtOnce)
     RunHost(file, [&] {
         Done(input.c_str(), kJobFileFailed);
         EXPECT_EQ(FileBytes(path),
-                  "{\"number\":1,\"path\":\"" + input +
-                      "\",\"size\":3,\"sha256\":\"7692c3ad3540bb803c020b3aee66cd8887123234ea0c6e7143c0add73ff431ed\","
+                  "{\"number\":1,\"path\":" + Quoted(input) +
+                      ",\"size\":3,\"sha256\":\"7692c3ad3540bb803c020b3aee66cd8887123234ea0c6e7143c0add73ff431ed\","
                       "\"outcome\":\"failed\",\"message\":\"\",\"milliseconds\":0,\"outputs\":[]}\n");
     });
     platform::FileResult result;

@@ -1,0 +1,29 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "openhost/jobs/Ledger.h"
+#include "support/TemporaryFolder.h"
+
+using namespace openhost;
+
+namespace {
+
+class CRecordingSource final : public CJobSource {
+public:
+    bool WantsRecords() const override { return true; }
+};
+
+}  // namespace
+
+TEST(LedgerOfLinks, TheInputIsTheFileThatTheLinkLedTo)
+{
+    const CTemporaryFolder folder;
+    CRecordingSource source;
+    CLedger ledger(source, [] { return std::uint64_t{0}; });
+    const std::string in = folder.Write("in", "new content"), part = folder.Write(".t", "newer");
+    std::filesystem::create_symlink(in, folder / "link");
+    ledger.Ask(platform::COverseer::Act::Put, part, in);
+    std::filesystem::rename(part, in);
+    EXPECT_EQ(ledger.FileDone(folder / "link", kJobFileSaved, "").size, 11u);
+}

@@ -106,6 +106,20 @@ void CloseStreams()
     for (const DWORD stream : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) CloseHandle(GetStdHandle(stream));
 }
 
+/// All arguments in a file that is complete as soon as it is there.
+void Report(const std::wstring& path)
+{
+    const std::wstring part = path + L".part";
+    const HANDLE file = CreateFileW(part.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
+    DWORD written = 0;
+    for (const auto& argument : arguments) {
+        const std::string line = '<' + Utf8(argument) + ">\n";
+        WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+    }
+    CloseHandle(file);
+    MoveFileW(part.c_str(), path.c_str());
+}
+
 }  // namespace
 
 int main(int counted, char**)
@@ -114,6 +128,10 @@ int main(int counted, char**)
     int count = 0;
     wchar_t** const all = CommandLineToArgvW(GetCommandLineW(), &count);
     arguments.assign(all + 1, all + count);
+    if (const wchar_t* const report = _wgetenv(L"FERRULE_TEST_REPORT")) {
+        Report(report);
+        return 0;
+    }
     const std::map<std::wstring, void (*)()> deeds = {
         {L"say", [] { Say(Utf8(Next())); }},
         {L"part", [] { Write(STD_OUTPUT_HANDLE, Utf8(Next())); }},

@@ -76,10 +76,10 @@ ASBool HOSTCALL Setup(ASUns32 version, void* data)
 {
     if (version != kHandshakeVersion || data == nullptr) return 0;
     auto& sdk = *static_cast<PISDKData_V0200*>(data);
-    if (sdk.handshakeVersion != kHandshakeVersion) return 0;
+    if (sdk.handshakeVersion != kHandshakeVersion || sdk.coreHFT == nullptr) return 0;
     return GuardCallback(ASBool{0}, [&sdk] {
-        HostTables().SetExtension(sdk.extensionID);
         if (!HostTables().Import(sdk.coreHFT)) return ASBool{0};
+        HostTables().SetExtension(sdk.extensionID);  // the import forgets all that was before
         sdk.handshakeCallback = WrapCallback(reinterpret_cast<void*>(&Handshake));
         return ASBool{1};
     });

@@ -33,18 +33,36 @@ void OpenNoDialogs()
     std::signal(SIGABRT, &Crash);
 }
 
-/// Opened in order, so that each gets the number that it is to have.
+bool IsOpen(HANDLE handle)
+{
+    if (!handle || handle == INVALID_HANDLE_VALUE) return false;
+    SetLastError(NO_ERROR);
+    return GetFileType(handle) != FILE_TYPE_UNKNOWN || GetLastError() == NO_ERROR;
+}
+
+/// Lets the stream lead nowhere, under its own number. False when the system refuses.
+bool LeadNowhere(std::FILE* stream, int number, DWORD name)
+{
+    const int nowhere = _open("NUL", _O_RDWR | _O_BINARY);
+    if (nowhere < 0) return false;
+    if (nowhere != number) {
+        const int copied = _dup2(nowhere, number);
+        _close(nowhere);
+        if (copied != 0) return false;
+    }
+    // The run-time library has taken the number from a stream that it found without a handle; reopening would give
+    // it another one, or fail.
+    stream->_file = number;
+    return SetStdHandle(name, reinterpret_cast<HANDLE>(_get_osfhandle(number)));
+}
+
 void FillStandardStreams()
 {
     std::FILE* const streams[] = {stdin, stdout, stderr};
     const DWORD names[] = {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE};
     for (int number = 0; number < 3; ++number) {
-        const HANDLE handle = GetStdHandle(names[number]);
-        const bool open = handle && handle != INVALID_HANDLE_VALUE &&
-                          (GetFileType(handle) != FILE_TYPE_UNKNOWN || GetLastError() == NO_ERROR);
-        if (open && _fileno(streams[number]) == number) continue;
-        if (!std::freopen("NUL", number == 0 ? "rb" : "wb", streams[number])) std::_Exit(1);
-        SetStdHandle(names[number], reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(streams[number]))));
+        const bool open = _fileno(streams[number]) == number && IsOpen(GetStdHandle(names[number]));
+        if (!open && !LeadNowhere(streams[number], number, names[number])) std::_Exit(1);
     }
     std::setvbuf(stderr, nullptr, _IONBF, 0);
 }

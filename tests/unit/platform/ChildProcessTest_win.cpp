@@ -84,7 +84,7 @@ TEST(ChildProcess, EveryEndIsToldBehindAllThatWasWritten)
     } rows[] = {
         {{"say", "one", "say", "two", "error", "three\n", "exit", "7"}, "one|two|", "three|", 7, 0},
         {{"part", "a\n\nunfinished", "part", "", "error", "half"}, "a||unfinished|", "half|", 0, 0},
-        {{"say", "carriage return\r"}, "carriage return\r|", "", 0, 0},
+        {{"say", "carriage return\r", "print", "none"}, "carriage return\r|none|", "", 0, 0},
         {{"say", "before", "crash"}, "before|", "", 0, 0xC0000005},
         {{"say", "before", "abort"}, "before|", "", 0, 0xC0000409},
         {{"mute", "exit", "3"}, "", "", 3, 0},

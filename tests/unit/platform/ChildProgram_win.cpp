@@ -106,6 +106,21 @@ void CloseStreams()
     for (const DWORD stream : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) CloseHandle(GetStdHandle(stream));
 }
 
+// What goes to the streams must not get into the file.
+void UseStreams()
+{
+    std::FILE* const file = _wfopen(Next().c_str(), L"wb");
+    if (!file) ExitProcess(1);
+    if (std::getchar() != EOF) ExitProcess(2);
+    std::puts("stray");
+    std::fputs("stray", stderr);
+    std::fflush(nullptr);
+    Say("stray");
+    Write(STD_ERROR_HANDLE, "stray");
+    std::fputs("its own\n", file);
+    std::fclose(file);
+}
+
 /// All arguments in a file that is complete as soon as it is there.
 void Report(const std::wstring& path)
 {
@@ -146,6 +161,8 @@ int main(int counted, char**)
         {L"deaf", [] { CloseHandle(GetStdHandle(STD_INPUT_HANDLE)); }},
         {L"mute", CloseStreams},
         {L"grandchild", StartGrandchild},
+        {L"streams", UseStreams},
+        {L"print", [] { std::puts(Utf8(Next()).c_str()); }},
         {L"variable", TellVariable},
         {L"eat", Eat},
         {L"handle", WriteToHandle},

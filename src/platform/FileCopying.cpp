@@ -168,6 +168,7 @@ FileResult DeleteFile(const std::string& path)
 {
     FileStatus status;
     if (const auto deletable = CheckSource(path, status); !deletable) return deletable;
+    if (status.keepsOthersOut) return Failure(FileProblem::NoAccess);
     if (Pretending()) {
         if (const auto removable = CheckRemovable(path); !removable) return removable;
     }

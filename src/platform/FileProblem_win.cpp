@@ -106,8 +106,7 @@ FileResult Failure(FileProblem problem)
 // themselves.
 FileResult StreamFailure()
 {
-    unsigned long number = 0;
-    if (_get_doserrno(&number) == 0 && number != 0) return {static_cast<int>(number)};
+    if (_doserrno != 0) return {static_cast<int>(_doserrno)};
     switch (errno) {
         case ENOENT:
             return Failure(FileProblem::Missing);

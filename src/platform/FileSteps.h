@@ -16,7 +16,7 @@ enum class FileKind { Regular, Folder, Link, Other };
 struct FileStatus {
     FileKind kind = FileKind::Other;
     std::uint64_t device = 0, inode = 0, links = 0;
-    bool keepsOthersOut = false;  ///< marked so that the system lets nobody replace it
+    bool keepsOthersOut = false;  ///< marked so that the system lets nobody replace or delete it
     bool SameFileAs(const FileStatus& other) const { return device == other.device && inode == other.inode; }
 };
 

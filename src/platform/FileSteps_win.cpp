@@ -53,6 +53,13 @@ std::wstring FinalPath(const std::wstring& path, DWORD flags)
     return name;
 }
 
+/// Read-only, for all: said here and not left to the system, so that it holds on every file system.
+bool IsMarked(const std::wstring& path)
+{
+    const DWORD attributes = AttributesOf(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
 FileResult Rename(const std::string& from, const std::string& to, DWORD flags)
 {
     const auto wideFrom = WidePath(from), wideTo = WidePath(to);
@@ -101,9 +108,7 @@ FileResult FollowLinks(const std::string& path, std::string& end)
 FileResult CheckWritable(const std::string& path)
 {
     const auto wide = WidePath(path);
-    const DWORD attributes = AttributesOf(wide);
-    if (attributes == INVALID_FILE_ATTRIBUTES) return LastFailure();
-    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) return Failure(FileProblem::NoAccess);
+    if (IsMarked(wide)) return Failure(FileProblem::NoAccess);
     // The right to write that does not ask those who have the file open.
     return ResultOf(OpenFor(wide, FILE_WRITE_ATTRIBUTES, 0).Valid());
 }
@@ -125,6 +130,7 @@ FileResult CheckFolderOf(const std::string& path)
 
 FileResult RenameReplacing(const std::string& from, const std::string& to)
 {
+    if (IsMarked(WidePath(to)) && !SameName(from, to)) return Failure(FileProblem::NoAccess);
     return Rename(from, to, MOVEFILE_REPLACE_EXISTING);
 }
 
@@ -135,6 +141,7 @@ bool IsOtherFileSystem(FileResult renamed) { return renamed.errorNumber == ERROR
 FileResult RemoveName(const std::string& path)
 {
     const auto wide = WidePath(path);
+    if (IsMarked(wide)) return Failure(FileProblem::NoAccess);
     // A link to a folder is removed as folders are; a real one was refused before, and a full one is refused here.
     const bool asFolder = (AttributesOf(wide) & FILE_ATTRIBUTE_DIRECTORY) != 0 && IsLink(wide);
     return Persistently([&] { return asFolder ? RemoveDirectoryW(wide.c_str()) : DeleteFileW(wide.c_str()); });
@@ -145,7 +152,7 @@ FileResult RemoveMoved(const std::string& path)
     // Renaming does not mind the mark, so moving to another file system does not either.
     const auto wide = WidePath(path);
     const DWORD attributes = AttributesOf(wide);
-    const bool marked = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    const bool marked = IsMarked(wide);
     if (marked) SetFileAttributesW(wide.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
     const auto removed = RemoveName(path);
     if (!removed && marked) SetFileAttributesW(wide.c_str(), attributes);

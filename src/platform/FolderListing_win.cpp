@@ -79,8 +79,11 @@ FileResult List(const std::string& path, std::vector<Entry>& entries)
                                           nullptr, FIND_FIRST_EX_LARGE_FETCH));
     if (search.Valid()) return ReadEntries(search, found, prefix, entries);
     const auto failure = LastFailure();
+    prefix.pop_back();
+    if (!IsFolder(prefix))
+        return AttributesOf(prefix) == INVALID_FILE_ATTRIBUTES ? failure : FileResult{ERROR_DIRECTORY};
     // The root of an empty drive has not even ".".
-    return failure.errorNumber == ERROR_FILE_NOT_FOUND && IsFolder(prefix) ? FileResult{} : failure;
+    return failure.errorNumber == ERROR_FILE_NOT_FOUND ? FileResult{} : failure;
 }
 
 }  // namespace

@@ -11,6 +11,13 @@
 
 #include "support/TestProcess.h"
 
+/// A path made of bytes, which are UTF-8 on Windows. The constructor from a string takes them for another code page
+/// there.
+inline std::filesystem::path PathFromBytes(std::string_view bytes)
+{
+    return std::filesystem::path(std::u8string(bytes.begin(), bytes.end()));
+}
+
 /// A fresh folder for one test, removed with everything in it.
 class CTemporaryFolder {
 public:
@@ -39,7 +46,7 @@ public:
     /// With the system's own separators.
     std::string operator/(std::string_view name) const
     {
-        return (m_path / std::string(name)).make_preferred().string();
+        return (m_path / PathFromBytes(name)).make_preferred().string();
     }
 
     /// Writes a file into the folder and answers its path.
@@ -53,7 +60,7 @@ public:
     std::string MakeFolder(std::string_view name) const
     {
         const std::string path = *this / name;
-        std::filesystem::create_directories(path);
+        std::filesystem::create_directories(PathFromBytes(path));
         return path;
     }
     std::size_t EntryCount() const

@@ -2,12 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <utility>
 
+#include "platform/FileProblem.h"
+#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 
 using platform::CLogFile;
+using platform::FileProblem;
+using platform::ProblemOf;
+
+namespace {
+
+const char* const kDevice = platform::kSeparator == '/' ? "/dev/null" : "NUL";
+
+}  // namespace
 
 TEST(LogFile, ASecondWriterIsRefusedAndDoesNoHarm)
 {
@@ -16,7 +25,7 @@ TEST(LogFile, ASecondWriterIsRefusedAndDoesNoHarm)
     CLogFile first, second;
     ASSERT_TRUE(first.Open(path, true));
     ASSERT_TRUE(first.Write("one\n"));
-    EXPECT_EQ(second.Open(path, false).errorNumber, EWOULDBLOCK);
+    EXPECT_EQ(ProblemOf(second.Open(path, false)), FileProblem::InUse);
     EXPECT_FALSE(second.IsOpen());
     EXPECT_EQ(FileBytes(path), "one\n") << "readers are welcome, and the refused writer must not empty the file";
     first.Close();
@@ -53,7 +62,7 @@ TEST(LogFile, MovingHandsTheFileOn)
     EXPECT_TRUE(taker.Write("x"));
     taker = CLogFile();
     EXPECT_FALSE(taker.IsOpen());
-    EXPECT_EQ(taker.Write("y").errorNumber, EBADF);
+    EXPECT_FALSE(taker.Write("y"));
     EXPECT_TRUE(CLogFile().Open(folder / "log", true)) << "the claim ended with its owner";
 }
 
@@ -61,9 +70,9 @@ TEST(LogFile, OnlyAFileCanBeALog)
 {
     const CTemporaryFolder folder;
     CLogFile log;
-    EXPECT_EQ(log.Open(folder.Path(), true).errorNumber, EISDIR);
-    EXPECT_EQ(log.Open(folder / "missing/log", true).errorNumber, ENOENT);
-    EXPECT_EQ(log.Open("/dev/null", true).errorNumber, EINVAL);
+    EXPECT_EQ(ProblemOf(log.Open(folder.Path(), true)), FileProblem::IsAFolder);
+    EXPECT_EQ(ProblemOf(log.Open(folder / "missing/log", true)), FileProblem::Missing);
+    EXPECT_EQ(ProblemOf(log.Open(kDevice, true)), FileProblem::NotARegularFile);
     EXPECT_FALSE(log.IsOpen());
     EXPECT_EQ(log.Read(10), "");
     EXPECT_FALSE(log.SeekBegin() || log.SeekEnd() || log.Truncate() || log.Flush());

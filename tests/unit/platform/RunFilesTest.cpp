@@ -1,16 +1,22 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <cerrno>
 
 #include "platform/AppendFile.h"
-#include "platform/ChildProcess.h"
 #include "platform/Clock.h"
 #include "platform/FileLock.h"
+#include "platform/FileProblem.h"
+#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 
 using platform::CAppendFile;
 using platform::CFileLock;
+using platform::FileProblem;
+using platform::ProblemOf;
+
+namespace {
+
+const char* const kDevice = platform::kSeparator == '/' ? "/dev/null" : "NUL";
+
+}  // namespace
 
 TEST(RunFiles, AnAppendedFileGrowsBehindWhatCounts)
 {
@@ -28,35 +34,43 @@ TEST(RunFiles, AnAppendedFileGrowsBehindWhatCounts)
     EXPECT_EQ(FileBytes(path), "one\nthree\n");
     const CAppendFile taker(std::move(second));
     EXPECT_FALSE(second.IsOpen());
-    EXPECT_EQ(second.Write("x").errorNumber, EBADF);
-    EXPECT_EQ(first.Open(folder.Path()).errorNumber, EISDIR);
-    EXPECT_EQ(first.Open("/dev/null").errorNumber, EINVAL) << "nothing would be on record";
+    EXPECT_FALSE(second.Write("x"));
+    EXPECT_EQ(ProblemOf(first.Open(folder.Path())), FileProblem::IsAFolder);
+    EXPECT_EQ(ProblemOf(first.Open(kDevice)), FileProblem::NotARegularFile) << "nothing would be on record";
     EXPECT_FALSE(first.IsOpen());
 }
 
-TEST(RunFiles, ALockIsHeldUntilTheLastChildThatInheritedItIsGone)
+TEST(RunFiles, ALockKeepsOtherLocksOutButNoReadersAndWriters)
 {
     const CTemporaryFolder folder;
-    const auto path = folder / "lock";
-    CFileLock other;
-    std::optional<platform::CChildProcess> heir, stranger;
+    const auto path = folder / "journal";
+    CFileLock lock, other;
+    ASSERT_TRUE(lock.TryLock(path));
+    EXPECT_TRUE(lock.TryLock(path)) << "once more: the former claim is given up";
+    EXPECT_EQ(ProblemOf(other.TryLock(path)), FileProblem::InUse);
+    EXPECT_FALSE(other.IsLocked());
     {
-        CFileLock lock;
-        ASSERT_TRUE(lock.TryLock(path));
-        EXPECT_TRUE(lock.TryLock(path)) << "once more: the former claim is given up";
-        EXPECT_EQ(other.TryLock(path).errorNumber, EWOULDBLOCK);
-        EXPECT_FALSE(other.IsLocked());
-        const platform::ChildOptions options{.program = "/bin/sh", .arguments = {"-c", "read never"}};
-        stranger = platform::CChildProcess::Start(options);
-        auto inheriting = options;
-        inheriting.inheritedDescriptors = {lock.Descriptor()};
-        heir = platform::CChildProcess::Start(inheriting);
-        ASSERT_TRUE(heir && stranger);
+        CAppendFile journal;
+        ASSERT_TRUE(journal.Open(path)) << "a shard's journal is its own lock";
+        EXPECT_TRUE(journal.Write("one\n"));
+        EXPECT_EQ(platform::ReadWholeFile(path, 100), "one\n");
+        EXPECT_TRUE(platform::OpenStream(path, "rb"));
+        EXPECT_EQ(ProblemOf(other.TryLock(path)), FileProblem::InUse);
     }
-    EXPECT_EQ(other.TryLock(path).errorNumber, EWOULDBLOCK);
-    heir.reset();
-    EXPECT_TRUE(other.TryLock(path)) << "the child that did not inherit it does not count";
-    EXPECT_EQ(CFileLock().TryLock(folder / "missing/lock").errorNumber, ENOENT);
+    const CFileLock taker(std::move(lock));
+    EXPECT_EQ(ProblemOf(other.TryLock(path)), FileProblem::InUse);
+    EXPECT_TRUE(platform::FileExists(path));
+    EXPECT_EQ(ProblemOf(CFileLock().TryLock(folder / "missing/lock")), FileProblem::Missing);
+}
+
+TEST(RunFiles, ALockCanBeTakenBesideOpenJournals)
+{
+    const CTemporaryFolder folder;
+    const auto path = folder / "journal";
+    CAppendFile journal;
+    ASSERT_TRUE(journal.Open(path));
+    EXPECT_TRUE(CFileLock().TryLock(path));
+    EXPECT_TRUE(CFileLock().TryLock(path)) << "the former one is gone";
 }
 
 TEST(RunFiles, TimesAreUniversal)

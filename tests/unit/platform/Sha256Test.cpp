@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-
+#include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"
+
+using platform::FileProblem;
+using platform::ProblemOf;
 
 TEST(Sha256, FilesAndPiecesHaveTheKnownDigests)
 {
@@ -26,7 +28,7 @@ TEST(Sha256, FilesAndPiecesHaveTheKnownDigests)
     }
     platform::FileResult result;
     EXPECT_EQ(platform::Sha256OfFile(folder / "missing", &result), "");
-    EXPECT_EQ(result.errorNumber, ENOENT);
+    EXPECT_EQ(ProblemOf(result), FileProblem::Missing);
     EXPECT_EQ(platform::Sha256OfFile(folder.Path(), &result), "");
-    EXPECT_EQ(result.errorNumber, EISDIR);
+    EXPECT_EQ(ProblemOf(result), FileProblem::IsAFolder);
 }

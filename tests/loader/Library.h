@@ -13,8 +13,8 @@ void UnloadPlugIn(void* library);
 
 /* For the plug-in to be loaded. */
 void SetVariable(const char* name, const char* value);
-/* Where programs keep the user's settings; the folder is made. */
-void UseSettingsFolder(const char* folder);
+/* Where programs keep the user's settings; the folder is made. Answers its absolute path. */
+const char* UseSettingsFolder(const char* folder);
 
 /* Null on systems without windows. */
 void* MakeMainWindow(void);

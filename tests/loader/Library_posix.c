@@ -1,7 +1,8 @@
-#define _POSIX_C_SOURCE 200809L
+#define _XOPEN_SOURCE 700
 #include "Library.h"
 
 #include <dlfcn.h>
+#include <limits.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -26,10 +27,13 @@ void UnloadPlugIn(void* library) { dlclose(library); }
 
 void SetVariable(const char* name, const char* value) { setenv(name, value, 1); }
 
-void UseSettingsFolder(const char* folder)
+const char* UseSettingsFolder(const char* folder)
 {
+    static char absolute[PATH_MAX];
     mkdir(folder, 0777);
-    SetVariable("XDG_CONFIG_HOME", folder);
+    if (realpath(folder, absolute) == NULL) return folder;
+    SetVariable("XDG_CONFIG_HOME", absolute);
+    return absolute;
 }
 
 void* MakeMainWindow(void) { return NULL; }

@@ -19,10 +19,13 @@ void UnloadPlugIn(void* library) { FreeLibrary(library); }
 
 void SetVariable(const char* name, const char* value) { SetEnvironmentVariableA(name, value); }
 
-void UseSettingsFolder(const char* folder)
+const char* UseSettingsFolder(const char* folder)
 {
+    static char absolute[MAX_PATH];
     CreateDirectoryA(folder, NULL);
-    SetVariable("APPDATA", folder);
+    if (GetFullPathNameA(folder, sizeof absolute, absolute, NULL) == 0) return folder;
+    SetVariable("APPDATA", absolute);
+    return absolute;
 }
 
 static LRESULT CALLBACK Handle(HWND window, UINT message, WPARAM first, LPARAM second)

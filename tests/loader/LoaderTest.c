@@ -500,8 +500,7 @@ int main(int count, char** arguments)
         return 2;
     }
     setvbuf(stdout, NULL, _IONBF, 0); /* nothing is lost when a check crashes */
-    UseSettingsFolder(arguments[2]);
-    snprintf(logPath, sizeof logPath, "%s/Quillon/Ferrule/FerruleLog.txt", arguments[2]);
+    snprintf(logPath, sizeof logPath, "%s/Quillon/Ferrule/FerruleLog.txt", UseSettingsFolder(arguments[2]));
     remove(logPath);
     ResetHost();
     library = LoadPlugIn(arguments[1]);

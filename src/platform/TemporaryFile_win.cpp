@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/FileHandles_win.h"
+#include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
 #include "platform/Oversight.h"
 #include "platform/WideText_win.h"
@@ -41,8 +42,7 @@ FileResult CreateUnderNewName(const std::string& target, Create create, std::str
         const auto name = folder + WideText(NextTemporaryName(GetCurrentProcessId()));
         const FileResult created = create(name);
         if (created) path = NarrowPath(name);
-        const bool taken = created.errorNumber == ERROR_FILE_EXISTS || created.errorNumber == ERROR_ALREADY_EXISTS;
-        if (!taken) return created;
+        if (ProblemOf(created) != FileProblem::Exists) return created;
     }
     return {ERROR_FILE_EXISTS};
 }
@@ -169,8 +169,11 @@ FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string
     // The system's own copying: on a network the server does it, and hidden parts of the file come along.
     const auto source = WidePath(from);
     const auto create = [&](const std::wstring& name) {
-        return ResultOf(
-            CopyFileExW(source.c_str(), name.c_str(), nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS));
+        const auto copied =
+            ResultOf(CopyFileExW(source.c_str(), name.c_str(), nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS));
+        // Not every system removes what it could not finish.
+        if (!copied && ProblemOf(copied) != FileProblem::Exists) (void)RemoveMoved(NarrowPath(name));
+        return copied;
     };
     if (const auto copied = CreateUnderNewName(target, create, m_path); !copied) return copied;
     return FlushCopy(WidePath(m_path));

@@ -8,10 +8,13 @@
 
 #include "platform/AppendFile.h"
 #include "platform/AtomicFile.h"
+#include "platform/ChildProcess.h"
+#include "platform/Environment.h"
 #include "platform/FileLock.h"
 #include "platform/FileProblem.h"
 #include "platform/Handle_win.h"
 #include "platform/LogFile.h"
+#include "platform/Paths.h"
 #include "platform/WideText_win.h"
 #include "support/TemporaryFolder.h"
 
@@ -23,6 +26,8 @@ using platform::MoveFile;
 using platform::ProblemOf;
 
 namespace {
+
+constexpr std::size_t kSavedBytes = 1'000'000;
 
 std::string Content(const std::string& path) { return platform::ReadWholeFile(path, 1000).value_or("<unreadable>"); }
 
@@ -261,6 +266,41 @@ TEST(FilesWindows, LinksToFoldersAreFoldersAndLeadToOnePlace)
     EXPECT_EQ(Names(link), "file|");
     EXPECT_TRUE(platform::DeleteFile(link)) << "the link, not what it leads to";
     EXPECT_EQ(Names(real), "file|");
+}
+
+// Started by the test below.
+TEST(FilesWindows, DISABLED_SavesUntilItIsKilled)
+{
+    const auto path = platform::EnvironmentText("FERRULE_TEST_PATH");
+    for (int turn = 0; turn < 100'000; ++turn) {
+        const std::string bytes(kSavedBytes, turn % 2 == 0 ? 'a' : 'b');
+        ASSERT_TRUE(platform::WriteFileAtomically(path, bytes, 0600));
+        std::puts("saved");
+        std::fflush(stdout);
+    }
+}
+
+TEST(FilesWindows, WhoIsKilledWhileSavingLeavesTheOldFileOrTheNewOne)
+{
+    for (int turns = 1; turns < 20; turns += 3) {
+        const CTemporaryFolder folder;
+        const auto path = folder.Write("file", "");
+        auto saver = platform::CChildProcess::Start(
+            {.program = platform::ExecutablePath(),
+             .arguments = {"--gtest_also_run_disabled_tests", "--gtest_filter=*.DISABLED_SavesUntilItIsKilled"},
+             .environment = {"FERRULE_TEST_PATH=" + path}});
+        ASSERT_TRUE(saver);
+        platform::CChildWatch watch;
+        for (int seen = 0; seen < turns;) {
+            const auto news = watch.Wait({&*saver}, 30'000);
+            ASSERT_TRUE(news && news->event != platform::ChildEvent::Ended);
+            seen += news->text.starts_with("saved");
+        }
+        saver.reset();
+        const auto bytes = FileBytes(path);
+        EXPECT_EQ(bytes, std::string(kSavedBytes, bytes.empty() ? '?' : bytes.front()));
+        EXPECT_LE(folder.EntryCount(), 2u) << "more than one unfinished file";
+    }
 }
 
 TEST(FilesWindows, AnUnknownFailureGoesByItsNumber)

@@ -1,6 +1,7 @@
 #include <cstring>
 
 #include "openhost/values/Encoding.h"
+#include "unit/openhost_values/SystemExamples.h"
 #include "unit/openhost_values/ValuesHost.h"
 
 namespace {
@@ -146,11 +147,12 @@ TEST_F(Texts, ComparingForPeopleIgnoresCaseFirst)
 
 TEST_F(Texts, FiltersChangeTheTextInPlace)
 {
+    const std::string end = kLineEnd;
     const struct {
         ASTextFilterType filter;
-        const char *before, *after;
+        std::string before, after;
     } rows[] = {{kASTextFilterIdentity, "a\r\n&b", "a\r\n&b"},
-                {kASTextFilterLineEndings, "a\r\nb\rc\nd\r", "a\nb\nc\nd\n"},
+                {kASTextFilterLineEndings, "a\r\nb\rc\nd\r", "a" + end + "b" + end + "c" + end + "d" + end},
                 {kASTextRemoveLineEndings, "a\r\nb\rc\nd", "abcd"},
                 {kASTextFilterUpperCase,
                  "stra\xC3\x9F"
@@ -161,7 +163,7 @@ TEST_F(Texts, FiltersChangeTheTextInPlace)
                 {kASTextFilterRemoveAmpersands, "&Save && Close&", "Save & Close"},
                 {kASTextFilterNormalizeFullWidthASCIIVariants, "\xEF\xBC\xA1\xEF\xBD\x9A", "Az"}};
     for (const auto& row : rows) {
-        const ASText text = FromUtf8(row.before);
+        const ASText text = FromUtf8(row.before.c_str());
         EXTRA(ASTextFilter)(text, row.filter);
         EXPECT_EQ(Utf8(text), row.after) << "filter " << row.filter;
         EXTRA(ASTextDestroy)(text);

@@ -27,6 +27,7 @@ platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::s
     for (const char* name : kRunVariables) options.environment.emplace_back(name);
     // The supervisor watches the memory in use; this only keeps one document from taking all of it in between.
     options.addressSpaceBytes = 2 * engine.memoryBytes + kGibibyte;
+    options.openedProgramsGoOn = true;  // final actions and steps open some
     if (lock != -1) options.inheritedDescriptors = {lock};
     return options;
 }

@@ -11,6 +11,8 @@
 #include "platform/Environment.h"
 #include "platform/Files.h"
 #include "platform/Overseer.h"
+#include "platform/Paths.h"
+#include "platform/Programs.h"
 #include "platform/Sha256.h"
 #include "platform/Surroundings.h"
 #include "supervisor/Json.h"
@@ -188,6 +190,8 @@ private:
     {
         if (m_input.Is("crash")) std::abort();
         if (m_input.Is("exit")) std::_Exit(3);
+        if (m_input.Is("open"))
+            (void)platform::OpenWithShell(platform::ExecutablePath(), Setting("FERRULEALTOUTPUTPATH") + "/opened");
         if (m_input.Is("hang"))
             for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
         if (m_input.Is("grow"))
@@ -340,10 +344,19 @@ private:
     std::string m_outcome, m_sha256;
 };
 
+/// As a program that a worker opens: lives longer than the worker.
+int BeOpened(const char* path)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    std::FILE* const file = std::fopen(path, "wb");
+    return file ? std::fclose(file) : 1;
+}
+
 }  // namespace
 
-int main()
+int main(int argumentCount, char** arguments)
 {
     platform::SettleSurroundings();
+    if (argumentCount == 2) return BeOpened(arguments[1]);
     return CFakeWorker().Run();
 }

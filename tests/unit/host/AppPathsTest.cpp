@@ -1,5 +1,7 @@
 #include "host/AppPaths.h"
 
+#include "platform/Paths.h"
+
 #include <gtest/gtest.h>
 
 TEST(AppPaths, HelpFileFollowsTheUpperCasedModulePath)
@@ -22,11 +24,12 @@ TEST(AppPaths, HelpFileFollowsTheUpperCasedModulePath)
 
 TEST(AppPaths, FilesStandInThePerUserFolder)
 {
+    const std::string s(1, platform::kSeparator);
     const AppPaths paths = MakeAppPaths("", "/data/me");
-    EXPECT_EQ(paths.settingsFolder, "/data/me/Quillon/Ferrule/");
-    EXPECT_EQ(paths.settingsFile, "/data/me/Quillon/Ferrule/Ferrule.cfs");
-    EXPECT_EQ(paths.searchSettingsFile, "/data/me/Quillon/Ferrule/FerruleSearchSettings.cfs");
-    EXPECT_EQ(paths.logFile, "/data/me/Quillon/Ferrule/FerruleLog.txt");
+    EXPECT_EQ(paths.settingsFolder, "/data/me" + s + "Quillon" + s + "Ferrule" + s);
+    EXPECT_EQ(paths.settingsFile, paths.settingsFolder + "Ferrule.cfs");
+    EXPECT_EQ(paths.searchSettingsFile, paths.settingsFolder + "FerruleSearchSettings.cfs");
+    EXPECT_EQ(paths.logFile, paths.settingsFolder + "FerruleLog.txt");
     EXPECT_TRUE(paths.logFileEnabled);
-    EXPECT_EQ(MakeAppPaths("", "").settingsFolder, "/Quillon/Ferrule/");
+    EXPECT_EQ(MakeAppPaths("", "").settingsFolder, s + "Quillon" + s + "Ferrule" + s);
 }

@@ -2,6 +2,7 @@
 #include "common/FileNames.h"
 #include "common/Log.h"
 #include "common/SettingsFile.h"
+#include "common/Text.h"
 #include "host/HostClosing.h"
 #include "hostapi/HostInterface.h"
 #include "openhost/app/AppState.h"
@@ -10,6 +11,7 @@
 #include "openhost/core/Tables.h"
 #include "platform/Environment.h"
 #include "platform/Files.h"
+#include "platform/Paths.h"
 #include "support/PlugInHost.h"
 
 #include <gtest/gtest.h>
@@ -178,7 +180,7 @@ TEST(PlugInInHost, LogAndSettingsAreWrittenFromStartToEnd)
 
     const std::string log = host.LogText();
     EXPECT_NE(log.find("2: No sequence file specified\r\n3: LOG STOPPED: "), std::string::npos) << log;
-    EXPECT_NE(log.find("\r\n4: Plugin : /"), std::string::npos) << log;
+    EXPECT_NE(log.find("\r\n4: Plugin : " + ToUpperAscii(platform::ExecutablePath())), std::string::npos) << log;
     EXPECT_NE(log.find("5: Acrobat viewer host application : Ferrule Host\r\n6: Language : ENU\r\n"),
               std::string::npos)
         << log;

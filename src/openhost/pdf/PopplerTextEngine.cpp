@@ -14,6 +14,18 @@ namespace {
 /// text of pages that are turned or do not begin at 0.
 constexpr double kBeyondAnyPage = 100000;
 
+/// The text with LF at the ends of lines; on Windows the library writes CR LF.
+std::string WithPlainLineEnds(const poppler::byte_array& text)
+{
+    std::string plain;
+    plain.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool beforeLineFeed = i + 1 < text.size() && text[i + 1] == '\n';
+        if (text[i] != '\r' || !beforeLineFeed) plain += text[i];
+    }
+    return plain;
+}
+
 class CPopplerTextEngine final : public CTextEngine {
 public:
     CPopplerTextEngine()
@@ -48,8 +60,7 @@ public:
             throw CPdfError(PdfProblem::BadPage, m_name + ": page " + std::to_string(page0 + 1) + " cannot be read");
         }
         const poppler::rectf area(-kBeyondAnyPage, -kBeyondAnyPage, 2 * kBeyondAnyPage, 2 * kBeyondAnyPage);
-        const auto text = page->text(area, poppler::page::non_raw_non_physical_layout).to_utf8();
-        return {text.begin(), text.end()};
+        return WithPlainLineEnds(page->text(area, poppler::page::non_raw_non_physical_layout).to_utf8());
     }
 
 private:

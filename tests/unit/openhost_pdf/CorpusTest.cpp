@@ -4,6 +4,7 @@
 #include <map>
 
 #include "TestPdfs.h"
+#include "Tools.h"
 #include "openhost/pdf/Conversions.h"
 #include "support/TemporaryFolder.h"
 

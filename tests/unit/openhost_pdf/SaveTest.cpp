@@ -1,26 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <csignal>
-
+#include "SavedPdfs.h"
 #include "TestPdfs.h"
+#include "Tools.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
 #include "support/TemporaryFolder.h"
 
 using namespace openhost;
 
 namespace {
-
-CPdfDocument TitledDocument(const std::string& path, const std::string& title)
-{
-    CPdfDocument document = CPdfDocument::Open(path);
-    document.SetInfo("Title", title);
-    return document;
-}
 
 /// Larger than what is read into memory when a document is opened.
 std::string LargeObject()
@@ -30,77 +19,17 @@ std::string LargeObject()
            "\nendstream\nendobj\n";
 }
 
-/// Lets nothing be done for good.
-class CRefusingOverseer final : public platform::COverseer {
-public:
-    CRefusingOverseer() : m_former(platform::InstallOverseer(this)) {}
-    ~CRefusingOverseer() override { platform::InstallOverseer(m_former); }
-    Answer Ask(Act, const std::string&, const std::string&) override { return Answer::Refuse; }
-    bool Pretends() const override { return false; }
-    std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
-
-private:
-    platform::COverseer* m_former;
-};
-
-std::string TitleOf(const std::string& path) { return CPdfDocument::Open(path).Info("Title").value_or("<none>"); }
-
-unsigned ModeOf(const std::string& path)
-{
-    struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777u : 0;
-}
-
-/// Files may not grow past `bytes` while this lives: every further write fails.
-class CFileSizeLimit {
-public:
-    explicit CFileSizeLimit(rlim_t bytes)
-    {
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &m_old);
-        const rlimit low{bytes, m_old.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &low);
-    }
-    ~CFileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_old);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_old{};
-    void (*m_handler)(int) = nullptr;
-};
-
-/// Makes the superuser an ordinary user, to whom the given paths then belong; others stay what they are.
-class CWithoutPrivileges {
-public:
-    explicit CWithoutPrivileges(const std::vector<std::string>& paths) : m_active(::geteuid() == 0)
-    {
-        if (!m_active) return;
-        constexpr uid_t kNobody = 65534;
-        for (const std::string& path : paths) EXPECT_EQ(::chown(path.c_str(), kNobody, kNobody), 0);
-        EXPECT_EQ(::seteuid(kNobody), 0);
-    }
-    ~CWithoutPrivileges() { EXPECT_TRUE(!m_active || ::seteuid(0) == 0); }
-
-private:
-    bool m_active;
-};
-
 }  // namespace
 
 TEST(Save, InPlaceContinuesFromTheNewFile)
 {
     const CTemporaryFolder folder;
     const std::string path = folder.Write("a.pdf", SamplePdf(3));
-    ::chmod(path.c_str(), 0640);
     CPdfDocument document = TitledDocument(path, "first");
     EXPECT_TRUE(document.IsModified());
     document.Save({});
     EXPECT_FALSE(document.IsModified());
     EXPECT_EQ(TitleOf(path), "first");
-    EXPECT_EQ(ModeOf(path), 0640u);
 
     document.SetInfo("Title", "second");
     document.Save({.linearise = true});
@@ -186,47 +115,25 @@ TEST(Save, MendsAPageTreeThatClaimsTooMany)
     for (std::size_t at; (at = wrong.find("/MediaBox[0 0 612 792]")) != std::string::npos;) wrong.erase(at, 22);
     CPdfDocument document = CPdfDocument::Open(folder.Write("a.pdf", wrong));
     document.Save({.path = folder / "b.pdf", .linearise = true});
+    if (!HaveTool("pdfinfo")) GTEST_SKIP() << "nobody else looks at it";
     const ToolResult info = RunTool({"pdfinfo", folder / "b.pdf"});
     EXPECT_THAT(info.output, testing::ContainsRegex("Pages: *2\n"));
     EXPECT_THAT(info.output, testing::ContainsRegex("Page size: *300 x 400"));
-}
-
-TEST(Save, KeepsLinksAndReplacesWhatTheyLeadTo)
-{
-    const CTemporaryFolder folder;
-    folder.MakeFolder("real");
-    folder.Write("real/a.pdf", SamplePdf(1));
-    std::filesystem::create_symlink("real/a.pdf", folder / "link.pdf");
-    std::filesystem::create_symlink("real/new.pdf", folder / "dangling.pdf");
-    CPdfDocument document = TitledDocument(folder / "link.pdf", "through the link");
-    document.Save({});
-    document.Save({.path = folder / "dangling.pdf"});
-    for (const char* link : {"link.pdf", "dangling.pdf"}) {
-        EXPECT_TRUE(std::filesystem::is_symlink(folder / link)) << link;
-        EXPECT_EQ(TitleOf(folder / link), "through the link") << link;
-    }
-    EXPECT_EQ(TitleOf(folder / "real/new.pdf"), "through the link");
 }
 
 TEST(Save, RefusesTargetsAndLeavesNothingBehind)
 {
     const CTemporaryFolder folder;
     const std::string a = folder.Write("a.pdf", SamplePdf(1)), taken = folder.Write("taken.pdf", "mine");
-    std::filesystem::create_symlink("nowhere", folder / "dangling.pdf");
-    std::filesystem::create_symlink("loop.pdf", folder / "loop.pdf");
-    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     const struct {
         const char* what;
         PdfSaveOptions options;
         PdfProblem problem;
     } rows[] = {
         {"taken name", {.path = taken, .mustNotExist = true}, PdfProblem::Exists},
-        {"taken by a dangling link", {.path = folder / "dangling.pdf", .mustNotExist = true}, PdfProblem::Exists},
         {"own file", {.mustNotExist = true}, PdfProblem::Exists},
         {"folder", {.path = folder.Path()}, PdfProblem::CannotWrite},
         {"missing folder", {.path = folder / "no/b.pdf"}, PdfProblem::CannotWrite},
-        {"pipe", {.path = folder / "pipe"}, PdfProblem::NotAFile},
-        {"links in a circle", {.path = folder / "loop.pdf"}, PdfProblem::CannotWrite},
         {"cancelled", {.path = taken, .cancelled = [] { return true; }}, PdfProblem::Cancelled},
     };
     const std::size_t entries = folder.EntryCount();
@@ -241,54 +148,6 @@ TEST(Save, RefusesTargetsAndLeavesNothingBehind)
     CPdfDocument document = TitledDocument(a, "x");
     document.Save({.path = folder / "fresh.pdf", .mustNotExist = true});
     EXPECT_EQ(TitleOf(folder / "fresh.pdf"), "x");
-}
-
-TEST(Save, AFullDiskLeavesTheOldFile)
-{
-    const CTemporaryFolder folder;
-    const std::string path = folder.Write("a.pdf", SamplePdf(300));
-    const std::string before = FileBytes(path);
-    for (const rlim_t room : {rlim_t{0}, rlim_t{1000}, rlim_t{40000}}) {
-        for (const bool linearise : {false, true}) {
-            CPdfDocument document = TitledDocument(path, "x");
-            StandardSecurity security;
-            security.method = 6;
-            security.hasUser = true;
-            security.userPasswordUtf8 = "open";
-            document.SetSecurity(security);
-            const CFileSizeLimit limit(room);
-            EXPECT_EQ(ProblemOf([&] { document.Save({.linearise = linearise}); }), PdfProblem::DiskFull) << room;
-            EXPECT_EQ(FileBytes(path), before) << room;
-            EXPECT_EQ(folder.EntryCount(), 1u) << room;
-        }
-    }
-}
-
-TEST(Save, RespectsAccessRights)
-{
-    const CTemporaryFolder folder;
-    const std::string a = folder.Write("a.pdf", SamplePdf(1)), guarded = folder.Write("guarded.pdf", "mine");
-    ::chmod(guarded.c_str(), 0444);
-    const std::string closed = folder.MakeFolder("closed");
-    ::chmod(closed.c_str(), 0555);
-    const CWithoutPrivileges ordinary({folder.Path(), a, guarded, closed});
-    CPdfDocument document = TitledDocument(a, "x");
-    EXPECT_EQ(ProblemOf([&] { document.Save({.path = guarded}); }), PdfProblem::NoAccess);
-    EXPECT_EQ(ProblemOf([&] { document.Save({.path = closed + "/b.pdf"}); }), PdfProblem::NoAccess);
-    EXPECT_EQ(FileBytes(guarded), "mine");
-    document.Save({.path = folder / "b.pdf"});
-    ::chmod(a.c_str(), 0);
-    EXPECT_EQ(ProblemOf([&] { CPdfDocument::Open(a); }), PdfProblem::NoAccess);
-}
-
-TEST(Save, NewFilesFollowTheMask)
-{
-    const CTemporaryFolder folder;
-    CPdfDocument document = TitledDocument(folder.Write("a.pdf", SamplePdf(1)), "x");
-    const mode_t old = ::umask(027);
-    document.Save({.path = folder / "b.pdf"});
-    ::umask(old);
-    EXPECT_EQ(ModeOf(folder / "b.pdf"), 0640u);
 }
 
 TEST(Save, NeedsTheRightToChange)
@@ -321,6 +180,7 @@ TEST(Save, CopiesStreamsAsTheyAre)
     EXPECT_THAT(FileBytes(path), testing::HasSubstr(coded));
 
     // The same in a file with object streams, which stay packed.
+    if (!HaveTool("qpdf")) GTEST_SKIP() << "nobody makes such a file";
     ASSERT_EQ(RunTool({"qpdf", "--object-streams=generate", "--stream-data=preserve", path, folder / "b.pdf"}).code,
               0);
     TitledDocument(folder / "b.pdf", "y").Save({.path = folder / "c.pdf"});

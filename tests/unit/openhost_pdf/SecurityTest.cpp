@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "TestPdfs.h"
+#include "Tools.h"
 #include "support/TemporaryFolder.h"
 
 using namespace openhost;

@@ -1,7 +1,6 @@
 #ifndef FERRULE_TESTS_OPENHOST_PDF_TEST_PDFS_H
 #define FERRULE_TESTS_OPENHOST_PDF_TEST_PDFS_H
 
-#include <sys/wait.h>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -45,35 +44,6 @@ inline std::string SamplePdf(int pages, const std::string& extra = {}, const std
     file += "trailer\n<</Size 9000/Root 1 0 R" + extra + ">>\nstartxref\n" + std::to_string(table) + "\n%%EOF\n";
     return file;
 }
-
-inline std::string ShellQuoted(const std::string& text)
-{
-    std::string quoted = "'";
-    for (const char c : text) quoted += c == '\'' ? "'\\''" : std::string(1, c);
-    return quoted + '\'';
-}
-
-struct ToolResult {
-    int code = -1;
-    std::string output;
-};
-
-/// Runs a program of another maker; arguments are passed as they are.
-inline ToolResult RunTool(const std::vector<std::string>& command)
-{
-    std::string line;
-    for (const std::string& word : command) line += ShellQuoted(word) + ' ';
-    ToolResult result;
-    std::FILE* pipe = ::popen((line + "2>&1 </dev/null").c_str(), "r");
-    if (!pipe) return result;
-    char chunk[4096];
-    while (const std::size_t got = std::fread(chunk, 1, sizeof chunk, pipe)) result.output.append(chunk, got);
-    const int status = ::pclose(pipe);
-    result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
-
-inline bool HaveTool(const std::string& name) { return RunTool({"which", name}).code == 0; }
 
 /// Runs `body` and answers which problem it ended with; nothing when it went well.
 template <class Body>

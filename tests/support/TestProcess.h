@@ -6,8 +6,12 @@
 
 #ifdef _WIN32
 #include <process.h>
+
+#include "platform/Handle_win.h"
 #else
 #include <unistd.h>
+
+#include <csignal>
 #endif
 
 /// For this process and its children. An empty value removes the variable.
@@ -31,3 +35,26 @@ inline int ProcessId()
     return static_cast<int>(getpid());
 #endif
 }
+
+/// Asks this process to end, as a key does (see platform/Interrupts.h); the request has arrived when this comes back.
+inline void Interrupt()
+{
+#ifdef _WIN32
+    // What the system starts a thread with; a key, or what stands for one, would reach everybody at this console.
+    const auto pressed = reinterpret_cast<LPTHREAD_START_ROUTINE>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernelbase.dll"), "CtrlRoutine")));
+    if (!pressed) std::abort();
+    const platform::CHandle thread(
+        CreateThread(nullptr, 0, pressed, reinterpret_cast<void*>(INT_PTR{CTRL_BREAK_EVENT}), 0, nullptr));
+    WaitForSingleObject(thread.Get(), INFINITE);
+#else
+    std::raise(SIGINT);
+#endif
+}
+
+/// How the end of a worker that has aborted is told.
+#ifdef _WIN32
+inline constexpr char kAborted[] = "crashed (0xC0000409)";
+#else
+inline constexpr char kAborted[] = "crashed (signal 6)";
+#endif

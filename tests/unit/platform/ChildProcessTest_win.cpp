@@ -6,6 +6,7 @@
 #include "platform/Interrupts.h"
 #include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestProcess.h"
 
 using platform::CChildProcess;
 using platform::CChildWatch;
@@ -321,12 +322,7 @@ TEST(ChildProcess, InterruptsWakeUpTheWaitAndDoNotReachChildren)
     auto child = CChildProcess::Start(Doing({"wait"}));
     ASSERT_TRUE(child);
     const int before = platform::Interrupts();
-    // What the system starts a thread with when a key is pressed; a real one would reach everybody at this console.
-    const auto pressed = reinterpret_cast<LPTHREAD_START_ROUTINE>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernelbase.dll"), "CtrlRoutine")));
-    ASSERT_TRUE(pressed);
-    const CHandle thread(
-        CreateThread(nullptr, 0, pressed, reinterpret_cast<void*>(INT_PTR{CTRL_BREAK_EVENT}), 0, nullptr));
+    Interrupt();
     EXPECT_FALSE(CChildWatch().Wait({&*child}, 1 << 30));
     EXPECT_EQ(platform::Interrupts(), before + 1);
     EXPECT_FALSE(CChildWatch().Wait({&*child}, 20)) << "the request was noted, and the child lives";

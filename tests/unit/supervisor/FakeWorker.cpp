@@ -109,7 +109,7 @@ private:
         int number = 0;
         for (const platform::FolderEntry& entry : platform::ListFolder(folder)) {
             if (entry.isFolder || (entry.name.find("hidden") != std::string::npos && IsBlind())) continue;
-            const std::string path = folder + '/' + entry.name;
+            const std::string path = folder + platform::kSeparator + entry.name;
             const auto stamp = platform::StampOf(path);
             const std::size_t group = entry.name.find("group");
             Tell({{"tell", "report"},
@@ -186,19 +186,27 @@ private:
         return true;
     }
 
+    static void Flood()
+    {
+        std::string complaints;
+        for (int line = 0; line < 20000; ++line)
+            complaints += "a complaint of a library, number " + std::to_string(line) + '\n';
+        std::cerr << complaints;
+    }
+
     void Misbehave()
     {
         if (m_input.Is("crash")) std::abort();
         if (m_input.Is("exit")) std::_Exit(3);
         if (m_input.Is("open"))
-            (void)platform::OpenWithShell(platform::ExecutablePath(), Setting("FERRULEALTOUTPUTPATH") + "/opened");
+            (void)platform::OpenWithShell(platform::ExecutablePath(),
+                                          Setting("FERRULEALTOUTPUTPATH") + platform::kSeparator + "opened");
         if (m_input.Is("hang"))
             for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
         if (m_input.Is("grow"))
             for (std::vector<std::string> all;; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
                 all.emplace_back(std::size_t{4} << 20, 'x');
-        if (m_input.Is("flood"))
-            for (int line = 0; line < 20000; ++line) std::cerr << "a complaint of a library, number " << line << '\n';
+        if (m_input.Is("flood")) Flood();
         if (m_input.Is("garbage")) std::cout << "%PDF-1.4 what a library prints" << std::endl;
         if (m_input.Is("lie")) {
             m_input.number += 1;
@@ -239,7 +247,8 @@ private:
             // Files of one group want one name.
             std::string name = FileName(m_input.path);
             if (const std::size_t group = name.find("group"); group != std::string::npos) name = name.substr(group);
-            target = UniqueSpaced(folder + '/' + name, [this](const std::string& path) { return IsTaken(path); });
+            target = UniqueSpaced(folder + platform::kSeparator + name,
+                                  [this](const std::string& path) { return IsTaken(path); });
         }
         const std::string temporary =
             FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(ProcessId()) + "-1.tmp";
@@ -273,7 +282,7 @@ private:
     {
         const int code = ParseDecimal(Setting("FERRULEFINAL"));
         const std::string destination = Setting("FERRULEDEST");
-        const std::string target = destination + '/' + FileName(m_input.path);
+        const std::string target = destination + platform::kSeparator + FileName(m_input.path);
         if (code == 3) Final("delete", "", [&] { std::filesystem::remove(m_input.path); });
         if (code == 5) Final("start", destination, [&] { std::fclose(Appended(destination)); });
         if (code == 6) Final("move", target, [&] { std::filesystem::rename(m_input.path, target); });

@@ -1,3 +1,4 @@
+#include "common/Text.h"
 #include "supervisor/Manifest.h"
 #include "unit/supervisor/RunPlace.h"
 
@@ -44,7 +45,8 @@ protected:
 /// What differs between two runs of the same thing.
 std::string Normalised(const std::string& text, const std::string& folder)
 {
-    std::string result = std::regex_replace(text, std::regex(folder), "");
+    std::string result = ReplaceAll(text, folder, "");
+    result = ReplaceAll(result, ReplaceAll(folder, "\\", "\\\\"), "");  // as it stands in JSON
     result = std::regex_replace(result, std::regex("LOG STOPPED: at [0-9]+"), "LOG STOPPED");
     return std::regex_replace(result, std::regex("\"milliseconds\":[0-9]+"), "");
 }

@@ -164,10 +164,12 @@ TEST_F(SettlerTest, AnEqualFileThatStoodThereBeforeIsNotTakenForTheMovedOne)
 
 TEST_F(SettlerTest, TheOnlyNameOfAFileIsNeverRemoved)
 {
-    std::filesystem::create_symlink(At("in"), At("link"));
-    Intent move = Final(ActKind::Move, "link");
-    EXPECT_EQ(Left({move}), "nothing");
-    EXPECT_TRUE(IsThere("in"));
+    std::error_code noLinks;  // not every system lets everybody make them
+    std::filesystem::create_symlink(At("in"), At("link"), noLinks);
+    if (!noLinks) {
+        EXPECT_EQ(Left({Final(ActKind::Move, "link")}), "nothing");
+        EXPECT_TRUE(IsThere("in"));
+    }
     std::filesystem::create_hard_link(At("in"), At("second name"));
     EXPECT_EQ(Left({Final(ActKind::Move, "second name")}), "nothing");
     EXPECT_FALSE(IsThere("in"));

@@ -45,6 +45,7 @@ std::string NativeFromDeviceIndependent(std::string_view text, const CFilePath* 
 {
     Require(!text.empty(), "a path cannot be empty");
     if (text.starts_with('/')) return NativeOfDeviceIndependent(text);
+    if (IsAbsoluteNative(text)) return AbsoluteNative(text);  // some write what the system's dialogs gave them
     const std::string whole = DeviceIndependentOfNative(BaseFolder(relativeTo)) + "/" + std::string(text);
     const std::size_t root = StepsToRoot(whole);
     std::vector<std::string_view> steps;

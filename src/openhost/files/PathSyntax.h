@@ -15,6 +15,8 @@ bool NamesFileSys(std::string_view name);
 /// The absolute form of a native path, without "." and empty steps and without a separator at its end. ".." stays
 /// where what it means depends on links, and is resolved on Windows.
 std::string AbsoluteNative(std::string_view native);
+/// Whether it starts at the top, or at a drive or share.
+bool IsAbsoluteNative(std::string_view native);
 /// The folder that holds the item of an absolute path; empty for the top.
 std::string FolderOfNative(std::string_view absolute);
 /// The last component of an absolute path; empty for the top.

@@ -26,6 +26,8 @@ std::string AbsoluteNative(std::string_view native)
     return result.empty() ? "/" : result;
 }
 
+bool IsAbsoluteNative(std::string_view native) { return native.starts_with('/'); }
+
 std::string FolderOfNative(std::string_view absolute)
 {
     if (absolute == "/") return {};

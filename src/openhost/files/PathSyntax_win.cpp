@@ -63,6 +63,12 @@ std::string AbsoluteNative(std::string_view native)
     return absolute;
 }
 
+bool IsAbsoluteNative(std::string_view native)
+{
+    return native.starts_with("\\\\") ||
+           (HasDrive(native) && native.size() > 2 && (native[2] == '\\' || native[2] == '/'));
+}
+
 std::string FolderOfNative(std::string_view absolute)
 {
     const std::size_t root = RootLength(absolute);

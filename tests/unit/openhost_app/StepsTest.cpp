@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 
@@ -6,40 +7,53 @@
 #include "openhost/conversion/Converters.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
+#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "unit/openhost_app/HostFixture.h"
 #include "unit/openhost_pdf/TestPdfs.h"
 
 using namespace openhost;
 
+namespace {
+
+/// With the system's separators.
+std::string Native(std::string path)
+{
+    std::ranges::replace(path, '/', platform::kSeparator);
+    return path;
+}
+
+}  // namespace
+
 TEST(SaveStep, TargetsFollowFolderAffixesAndUniqueness)
 {
     const auto taken = [](const std::string& path) {
-        return path == "/in/a.pdf" || path == "/out/a.pdf" || path == "/out/a (1).pdf" || path == "/in/p.pdf";
+        return path == Native("/in/a.pdf") || path == Native("/out/a.pdf") || path == Native("/out/a (1).pdf") ||
+               path == Native("/in/p.pdf");
     };
-    const SaveStepSettings inPlace, affixed{.after = "_o"}, folder{.inFolder = true, .folder = "/out"},
-        replace{.inFolder = true, .folder = "/out", .dontOverwrite = false}, top{.inFolder = true, .folder = "/"},
-        same{.inFolder = true, .folder = "/in"},
-        sameReplace{.inFolder = true, .folder = "/in", .dontOverwrite = false};
-    const SaveStepDocument file{"/in/a.pdf", "", "a"}, unnamed{"/in/a.pdf", "", ""}, picture{"", "/in/p.jpg", "p"},
-        other{"/in/tmp.pdf", "", "a"};
+    const SaveStepSettings inPlace, affixed{.after = "_o"}, folder{.inFolder = true, .folder = Native("/out")},
+        replace{.inFolder = true, .folder = Native("/out"), .dontOverwrite = false},
+        top{.inFolder = true, .folder = Native("/")}, same{.inFolder = true, .folder = Native("/in")},
+        sameReplace{.inFolder = true, .folder = Native("/in"), .dontOverwrite = false};
+    const SaveStepDocument file{Native("/in/a.pdf"), "", "a"}, unnamed{Native("/in/a.pdf"), "", ""},
+        picture{"", Native("/in/p.jpg"), "p"}, other{Native("/in/tmp.pdf"), "", "a"};
     const struct {
         const char* what;
         const SaveStepSettings& settings;
         const SaveStepDocument& document;
-        const char* path;
+        std::string path;
         bool inPlace;
-    } rows[] = {{"in place overwrites", inPlace, file, "/in/a.pdf", true},
-                {"affix", affixed, file, "/in/a_o.pdf", false},
-                {"name of the file without inputs", affixed, unnamed, "/in/a_o.pdf", false},
-                {"name of the inputs", affixed, other, "/in/a_o.pdf", false},
-                {"unique in the folder", folder, file, "/out/a (2).pdf", false},
-                {"replaces in the folder", replace, file, "/out/a.pdf", false},
-                {"top folder", top, file, "/a.pdf", false},
-                {"own folder, unique", same, file, "/in/a (1).pdf", false},
-                {"own folder, replacing itself", sameReplace, file, "/in/a.pdf", true},
-                {"a converted document beside its source", inPlace, picture, "/in/p (1).pdf", false},
-                {"a converted document with affix", affixed, picture, "/in/p_o.pdf", false}};
+    } rows[] = {{"in place overwrites", inPlace, file, Native("/in/a.pdf"), true},
+                {"affix", affixed, file, Native("/in/a_o.pdf"), false},
+                {"name of the file without inputs", affixed, unnamed, Native("/in/a_o.pdf"), false},
+                {"name of the inputs", affixed, other, Native("/in/a_o.pdf"), false},
+                {"unique in the folder", folder, file, Native("/out/a (2).pdf"), false},
+                {"replaces in the folder", replace, file, Native("/out/a.pdf"), false},
+                {"top folder", top, file, Native("/a.pdf"), false},
+                {"own folder, unique", same, file, Native("/in/a (1).pdf"), false},
+                {"own folder, replacing itself", sameReplace, file, Native("/in/a.pdf"), true},
+                {"a converted document beside its source", inPlace, picture, Native("/in/p (1).pdf"), false},
+                {"a converted document with affix", affixed, picture, Native("/in/p_o.pdf"), false}};
     for (const auto& row : rows) {
         const SaveTarget target = PlanSaveTarget(row.settings, row.document, "pdf", taken);
         EXPECT_EQ(target.path, row.path) << row.what;
@@ -124,13 +138,13 @@ TEST_F(Steps, TheSaveStepReadsTextsStringsAndPathCabs)
 {
     const COwnedCab cab = COwnedCab::New();
     cab->PutString("DocSaveDestType", "WorkflowPlaybackSaveInAFolder");
-    cab->PutNewCab("PreselectedFolderPath").PutText("DIText", "/some/folder/");
+    cab->PutNewCab("PreselectedFolderPath").PutText("DIText", "/C/some/folder/");
     cab->PutText("InsertAfterBaseName", "unused");
     cab->PutBool("OptimizePDF", false);
     cab->PutString("HandlerUniqueID", "com.adobe.acrobat.pdf");
     const auto settings = SaveStepSettings::Read(&*cab);
     EXPECT_TRUE(settings.inFolder);
-    EXPECT_EQ(settings.folder.value_or(""), "/some/folder");
+    EXPECT_EQ(settings.folder.value_or(""), NativeFromDeviceIndependent("/C/some/folder", nullptr));
     EXPECT_EQ(settings.after, "") << "only with AddToBaseName";
     EXPECT_FALSE(settings.optimise);
     EXPECT_TRUE(settings.dontOverwrite);
@@ -185,9 +199,11 @@ TEST_F(Steps, AFailedSaveRaisesWithFileAndReason)
 {
     const std::string path = Sample("a.pdf");
     const PDDoc document = Open(path);
+    const std::string none = NativeFromDeviceIndependent("/C/no/such/folder", nullptr);
     const struct {
-        const char *key, *value, *said;
-    } rows[] = {{"PreselectedFolderPath", "/no/such/folder", "/no/such/folder: the folder to save in does not exist"},
+        const char *key, *value;
+        std::string said;
+    } rows[] = {{"PreselectedFolderPath", "/C/no/such/folder", none + ": the folder to save in does not exist"},
                 {"HandlerUniqueID", "com.example.unknown", "there is no converter named com.example.unknown"}};
     for (const auto& row : rows) {
         const COwnedCab params = COwnedCab::New();

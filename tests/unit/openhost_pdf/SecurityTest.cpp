@@ -119,6 +119,7 @@ TEST(Security, LongPasswordsAreCutWhereEveryReaderCuts)
         EXPECT_EQ(OpenedBy(path, long300), OpenedWith::User) << kind.what;
         EXPECT_EQ(OpenedBy(path, std::string(counts, 'p')), OpenedWith::User) << kind.what;
         EXPECT_EQ(OpenedBy(path, std::string(counts - 1, 'p')), OpenedWith::None) << kind.what;
+        if (!HaveTool("qpdf")) continue;
         EXPECT_EQ(RunTool({"qpdf", "--check", "--password=" + std::string(counts, 'p'), path}).code, 0) << kind.what;
     }
 }
@@ -210,6 +211,7 @@ TEST(Security, MetadataStayReadableWhenAsked)
             document.Save({.path = folder / "out.pdf"});
             const bool readable = FileBytes(folder / "out.pdf").find("readable words") != std::string::npos;
             EXPECT_EQ(readable, !encrypted && kind.writtenVersion >= 4) << kind.what << encrypted;
+            if (!HaveTool("qpdf")) continue;
             EXPECT_EQ(RunTool({"qpdf", "--check", "--password=open", folder / "out.pdf"}).code, 0) << kind.what;
         }
     }

@@ -28,6 +28,7 @@ std::vector<MadePath> MadePaths(const std::string& here, const std::string& real
             {"Cstring", "caf\xE9.pdf", From::Nothing, here + "\\caf\xE9.pdf"},  // no text: told, never found
             {"DIPath", "/C/a/b.pdf", From::Base, "C:\\a\\b.pdf"},
             {"DIPath", "/C", From::Base, "C:\\"},
+            {"DIPath", "D:\\a\\b.pdf", From::Base, "D:\\a\\b.pdf"},
             {"DIPath", "/server/share/a/b.pdf", From::Base, "\\\\server\\share\\a\\b.pdf"},
             {"DIPath", "//a/b.pdf", From::Base, drive + "\\a\\b.pdf"},
             {"DIPath", "b.pdf", From::Nothing, here + "\\b.pdf"},

@@ -12,6 +12,7 @@
 #include "common/Text.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
+#include "platform/StandardPath.h"
 
 namespace cli {
 
@@ -23,17 +24,14 @@ namespace fs = std::filesystem;
 constexpr int kEndlessSeconds = 1'000'000'000;
 constexpr std::uint64_t kEndlessBytes = std::uint64_t{1} << 60;
 
-std::string BesideProgram(const std::string& name)
-{
-    return (fs::path(platform::ExecutablePath()).parent_path() / name).string();
-}
+std::string BesideProgram(const std::string& name) { return FolderOf(platform::ExecutablePath()) + name; }
 
 std::vector<std::string> PlugInsOfFolder(const std::string& folder)
 {
     std::vector<std::string> plugIns;
     for (const auto& entry : platform::ListFolder(folder))
         if (!entry.isFolder && entry.name.ends_with(".api"))
-            plugIns.push_back((fs::path(folder) / entry.name).string());
+            plugIns.push_back(WithTrailingSeparator(folder) + entry.name);
     return plugIns;
 }
 
@@ -112,15 +110,15 @@ void RefuseWithManifest(const CArguments& arguments)
 
 std::string AbsolutePath(const std::string& path)
 {
-    const fs::path absolute = fs::absolute(path);
+    const fs::path absolute = fs::absolute(platform::StandardPath(path));
     if (std::find(absolute.begin(), absolute.end(), fs::path("..")) != absolute.end()) {
-        const std::string canonical = platform::CanonicalPath(absolute.string());
-        return canonical.empty() ? absolute.string() : canonical;
+        const std::string canonical = platform::CanonicalPath(platform::TextOf(absolute));
+        return canonical.empty() ? platform::TextOf(absolute) : canonical;
     }
     const fs::path normal = absolute.lexically_normal().make_preferred();
     // "/" and the root of a drive keep the separator that they end with.
     const bool endsWithSeparator = !normal.has_filename() && normal.has_relative_path();
-    return (endsWithSeparator ? normal.parent_path() : normal).string();
+    return platform::TextOf(endsWithSeparator ? normal.parent_path() : normal);
 }
 
 std::string OptionalPath(const CArguments& arguments, const char* option)

@@ -6,13 +6,14 @@
 
 #include "common/LetterCase.h"
 #include "platform/Paths.h"
+#include "platform/StandardPath.h"
 
 namespace {
 
 /// Equal for a path and the same path with separators more than needed, or in other letters where they do not count.
 std::uint64_t HashOf(const std::string& path)
 {
-    const std::string normal = std::filesystem::path(path).lexically_normal().make_preferred().string();
+    const std::string normal = platform::TextOf(platform::StandardPath(path).lexically_normal().make_preferred());
     return std::hash<std::string>{}(platform::kNamesIgnoreCase ? LowerCasedName(normal) : normal);
 }
 

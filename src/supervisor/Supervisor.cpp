@@ -2,6 +2,7 @@
 
 #include "platform/Interrupts.h"
 #include "platform/Paths.h"
+#include "platform/StandardPath.h"
 #include "supervisor/HostJob.h"
 #include "supervisor/Json.h"
 #include "supervisor/Leftovers.h"
@@ -35,7 +36,7 @@ public:
         std::error_code error;
         const auto parent = std::filesystem::temp_directory_path(error);
         const auto folder = parent / ("ferrule-" + NewRunId());
-        if (!error && std::filesystem::create_directory(folder, error) && !error) m_path = folder.string();
+        if (!error && std::filesystem::create_directory(folder, error) && !error) m_path = platform::TextOf(folder);
     }
     CScratchFolder(const CScratchFolder&) = delete;
     CScratchFolder& operator=(const CScratchFolder&) = delete;
@@ -147,7 +148,8 @@ RunResult RunShard(const ShardOptions& options, CRunObserver& observer)
     if (options.shards < 1 || options.shard < 1 || options.shard > options.shards)
         return Failed(ExitClass::Broken, "There is no such shard.");
     platform::CFileLock lock;
-    if (std::string problem = TakeLock(lock, options.journalPath); !problem.empty())
+    // A file of its own: where locking a file keeps others from reading it, nobody could read the journal.
+    if (std::string problem = TakeLock(lock, options.journalPath + ".lock"); !problem.empty())
         return Failed(ExitClass::Broken, std::move(problem));
     const CScratchFolder scratch;
     if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);

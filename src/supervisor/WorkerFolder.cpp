@@ -1,6 +1,7 @@
 #include "supervisor/WorkerFolder.h"
 
 #include "platform/Environment.h"
+#include "platform/StandardPath.h"
 
 #include <filesystem>
 #include <system_error>
@@ -11,7 +12,7 @@ ProductPaths UserPaths() { return MakeProductPaths(platform::ApplicationDataFold
 void RemoveFolder(const std::string& folder)
 {
     std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
+    std::filesystem::remove_all(platform::StandardPath(folder), ignored);
 }
 
 platform::FileResult CWorkerFolder::Prepare() const
@@ -24,7 +25,8 @@ platform::FileResult CWorkerFolder::Prepare() const
                                    std::pair(users.searchSettingsFile, own.searchSettingsFile)}) {
         // Nobody misses the copy after a power cut, so it is not flushed.
         std::error_code error;
-        if (platform::FileExists(from)) std::filesystem::copy_file(from, to, error);
+        if (platform::FileExists(from))
+            std::filesystem::copy_file(platform::StandardPath(from), platform::StandardPath(to), error);
         if (error) return {error.value()};
     }
     return {};

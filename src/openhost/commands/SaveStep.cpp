@@ -12,6 +12,7 @@
 #include "openhost/files/FilePaths.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
+#include "platform/StandardPath.h"
 
 namespace openhost {
 
@@ -33,8 +34,8 @@ std::optional<std::string> ReadFolder(const CCabinet& params)
     return NativeFromDeviceIndependent(*text, nullptr);
 }
 
-std::string FolderOf(const std::string& path) { return std::filesystem::path(path).parent_path().string(); }
-std::string StemOf(const std::string& path) { return std::filesystem::path(path).stem().string(); }
+std::string FolderOf(const std::string& path) { return platform::TextOf(platform::StandardPath(path).parent_path()); }
+std::string StemOf(const std::string& path) { return platform::TextOf(platform::StandardPath(path).stem()); }
 
 std::string Joined(const std::string& folder, const std::string& name)
 {

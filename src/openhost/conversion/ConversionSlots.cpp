@@ -3,6 +3,7 @@
 #include "openhost/conversion/Converters.h"
 #include "openhost/conversion/Slots.h"
 #include "openhost/files/FilePaths.h"
+#include "platform/StandardPath.h"
 
 namespace openhost {
 
@@ -45,7 +46,7 @@ AVConversionStatus ToPdf(AVConversionFlags flags, ASPathName source, ASFileSys f
                          AVStatusMonitorProcs monitor)
 {
     RequireFileSys(fileSys);
-    const std::string extension = std::filesystem::path(PathAt(source).Native()).extension().string();
+    const std::string extension = platform::TextOf(platform::StandardPath(PathAt(source).Native()).extension());
     const auto converter = extension.empty() ? nullptr : Converters().ToPdfFor(extension.substr(1));
     return converter ? Converters().Convert(converter, {nullptr, flags, monitor}, source, made)
                      : static_cast<AVConversionStatus>(kAVConversionFailed);

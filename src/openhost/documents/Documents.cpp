@@ -7,6 +7,7 @@
 #include "openhost/files/Files.h"
 #include "platform/Files.h"
 #include "platform/Overseer.h"
+#include "platform/StandardPath.h"
 
 namespace openhost {
 
@@ -18,9 +19,9 @@ std::string KeyOf(const std::string& path)
     if (path.empty()) return {};
     if (std::string canonical = platform::CanonicalPath(path); !canonical.empty()) return canonical;
     // Not there, or not any more: its folder tells.
-    const std::filesystem::path given(path);
-    const std::string folder = platform::CanonicalPath(given.parent_path().string());
-    return folder.empty() ? path : (std::filesystem::path(folder) / given.filename()).string();
+    const auto given = platform::StandardPath(path);
+    const std::string folder = platform::CanonicalPath(platform::TextOf(given.parent_path()));
+    return folder.empty() ? path : platform::TextOf(platform::StandardPath(folder) / given.filename());
 }
 
 void Tell(const std::function<void(PDDoc)>& listener, PDDoc document)

@@ -14,6 +14,7 @@
 #include "openhost/values/Encoding.h"
 #include "openhost/values/Text.h"
 #include "platform/Files.h"
+#include "platform/StandardPath.h"
 
 namespace openhost {
 
@@ -99,7 +100,7 @@ std::string TempFolder()
     std::error_code failed;
     const auto folder = std::filesystem::temp_directory_path(failed);
     if (failed) Raise(fileErrGeneral, "there is no folder for temporary files");
-    return folder.string();
+    return platform::TextOf(folder);
 }
 
 ASPathName TempPathName(ASFileSys fileSys, ASPathName sibling)

@@ -12,6 +12,7 @@
 #include "openhost/program/OpenHost.h"
 #include "openhost/program/PasswordFile.h"
 #include "platform/Paths.h"
+#include "platform/StandardPath.h"
 
 namespace openhost {
 
@@ -70,7 +71,8 @@ void Declare(CLI::App& app, Arguments& arguments)
 std::vector<std::string> ChoosePlugIns(const Arguments& arguments)
 {
     if (!arguments.plugIns.empty()) return arguments.plugIns;
-    return PlugInsOfFolder((std::filesystem::path(platform::ExecutablePath()).parent_path() / "plug_ins").string());
+    return PlugInsOfFolder(
+        platform::TextOf(platform::StandardPath(platform::ExecutablePath()).parent_path() / "plug_ins"));
 }
 
 int Fail(const std::string& message)
@@ -132,8 +134,8 @@ std::vector<std::string> PlugInsOfFolder(const std::string& folder)
 {
     std::vector<std::string> found;
     std::error_code failed;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, failed))
-        if (entry.path().extension() == ".api") found.push_back(entry.path().string());
+    for (const auto& entry : std::filesystem::directory_iterator(platform::StandardPath(folder), failed))
+        if (entry.path().extension() == ".api") found.push_back(platform::TextOf(entry.path()));
     std::sort(found.begin(), found.end());
     return found;
 }

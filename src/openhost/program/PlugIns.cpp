@@ -13,6 +13,7 @@
 #include "openhost/core/Diagnostics.h"
 #include "openhost/core/Extensions.h"
 #include "openhost/core/Tables.h"
+#include "platform/StandardPath.h"
 
 namespace openhost {
 
@@ -110,7 +111,7 @@ bool CPlugIns::ShakeHands(PlugIn& plugIn, PlugInMainProc entry, std::string& pro
 bool CPlugIns::TakeName(PlugIn& plugIn, std::string& problem)
 {
     ASAtom name = plugIn.callbacks.extensionName;
-    if (name == kNullAtom) name = AtomFromText(std::filesystem::path(plugIn.path).filename().string());
+    if (name == kNullAtom) name = AtomFromText(platform::TextOf(platform::StandardPath(plugIn.path).filename()));
     if (Part<CExtensions>().NameTaken(name)) {
         problem = "another plug-in already has its name \"" + AtomText(name) + "\"";
         return false;

@@ -9,8 +9,10 @@ import time
 import unittest
 from pathlib import Path
 
+from commandline import records
+from test_corpus import LIBRARY_KILLERS
 from unattended import HOST as LINUX_HOST, PROTECT, SAVE, Workplace, page_count, protect_items, save_items, text_of, tool
-from wine import WindowsPlace
+from wine import HOST as WINDOWS_HOST, WindowsPlace
 
 CORPUS = Path(os.environ.get("FERRULE_CORPUS", ""))
 NORMALISE = Path(__file__).resolve().parents[2] / "scripts" / "normalise-run"
@@ -29,8 +31,8 @@ def documents():
 class Run:
     """One run over the same documents in a place of either system."""
 
-    def __init__(self, place, paths):
-        self.place = place
+    def __init__(self, place, program, paths):
+        self.place, self.program = place, program
         for number, path in enumerate(paths):
             shutil.copyfile(path, place.input / f"{number:03} {path.name}")
         sequence = place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
@@ -39,9 +41,10 @@ class Run:
         self.outcome = place.run_folder(sequence, 7, place.done, ["--record", self.record])
         self.seconds = time.monotonic() - began
 
-    def comparable(self, path, root):
+    def comparable(self, path):
         """Without times and folders, and with one kind of separators."""
-        done = subprocess.run([NORMALISE, path, f"{root}=PLACE"], check=True, capture_output=True)
+        folders = [f"{self.place.told(self.place.root)}=PLACE", f"{self.place.told(self.program.parent)}=PROGRAMS"]
+        done = subprocess.run([NORMALISE, path, *folders], check=True, capture_output=True)
         return done.stdout.decode("utf-8", "surrogateescape").replace("\\\\", "/").replace("\\", "/").splitlines()
 
 
@@ -53,7 +56,7 @@ class EnvironmentForm(unittest.TestCase):
         if not (CORPUS / "MANIFEST.tsv").is_file() or not LINUX_HOST.is_file():
             raise unittest.SkipTest("the real documents or the programs for Linux are not here")
         paths = documents()
-        cls.linux, cls.windows = Run(Workplace(), paths), Run(WindowsPlace(), paths)
+        cls.linux, cls.windows = Run(Workplace(), LINUX_HOST, paths), Run(WindowsPlace(), WINDOWS_HOST, paths)
         cls.addClassCleanup(cls.linux.place.close)
         cls.addClassCleanup(cls.windows.place.close)
         print(f"{COUNT} documents: {cls.windows.seconds:.1f} s under Wine, {cls.linux.seconds:.1f} s on Linux, "
@@ -61,7 +64,7 @@ class EnvironmentForm(unittest.TestCase):
 
     def same(self, on_linux, on_windows):
         difference = list(difflib.unified_diff(on_linux, on_windows, "Linux", "Windows", lineterm="", n=0))
-        self.assertEqual(difference, [], "\n".join(difference[:60]))
+        self.assertEqual(difference, [], "\n".join(line[:300] for line in difference[:20]))
 
     def test_the_same_files_come_out(self):
         def names(place):
@@ -76,24 +79,30 @@ class EnvironmentForm(unittest.TestCase):
         for run in (self.linux, self.windows):
             path = run.place.root / "log.txt"
             path.write_bytes(run.outcome.raw_log)
-            logs.append(run.comparable(path, run.place.told(run.place.root)))
+            logs.append(run.comparable(path))
         self.same(*logs)
 
     def test_the_record_tells_the_same(self):
-        self.same(*(run.comparable(run.record, run.place.told(run.place.root)) for run in (self.linux, self.windows)))
+        self.same(*(run.comparable(run.record) for run in (self.linux, self.windows)))
 
     def test_the_results_open_in_independent_libraries(self):
-        wrong = []
-        for path in sorted(self.windows.place.output.iterdir()):
+        killers = {Path(name).name for name in LIBRARY_KILLERS}  # independent libraries hang on them, too
+        wrong, looked_at = [], 0
+        for line in records(self.windows.record).values():
+            path = self.windows.place.output / self.windows.place.local(line["path"]).name
+            if line["outcome"] != "saved" or path.name[4:] in killers:
+                continue
+            looked_at += 1
             other = self.linux.place.output / path.name
-            if tool("qpdf", "--password=" + PASSWORD, "--show-npages", path)[1] != \
-                    tool("qpdf", "--password=" + PASSWORD, "--show-npages", other)[1]:
-                wrong.append(f"{path.name}: qpdf sees other pages")
+            pages = [tool("qpdf", "--password=" + PASSWORD, "--show-npages", each)[1] for each in (path, other)]
+            if not pages[0] or pages[0] != pages[1]:
+                wrong.append(f"{path.name}: qpdf sees the pages {pages}")
             if page_count(path, PASSWORD) is None or text_of(path, PASSWORD) != text_of(other, PASSWORD):
                 wrong.append(f"{path.name}: poppler sees another text")
             if page_count(path) is not None:
                 wrong.append(f"{path.name}: opens without a password")
         self.assertEqual(wrong, [])
+        self.assertGreater(looked_at, COUNT // 2)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,6 @@
 """All final actions in folders of drive C: exact targets, exact log lines, and what refuses them."""
-import os
 import subprocess
+import time
 import unittest
 
 from unattended import PROTECT, SAVE, minimal_pdf, page_count, protect_items, save_items
@@ -103,10 +103,17 @@ class FinalActions(unittest.TestCase):
         script.write_bytes(b'@echo off\r\n> "%~dp0started.txt" echo %1\r\n')
         outcome, entries = self.apply(5, windows(script))
         self.assertEqual(entries, [f"File is executed : {windows(script)}"], outcome)
+        started = self.place.root / "started.txt"
+        for _ in range(400):
+            if started.exists() and started.stat().st_size > 0:
+                break
+            time.sleep(0.05)
+        # What writes it does so in the code page of the system.
+        self.assertEqual(started.read_bytes().strip(), f'"{windows(self.source)}"'.encode("latin-1"))
         for missing in (windows(self.place.root) + "\\nicht da.exe", ""):
             with self.subTest(program=missing):
                 outcome, entries = self.apply(5, missing)
-                self.assertEqual(entries, [f"An error occured while trying to execute file : {missing}"], outcome)
+                self.assertEqual(entries, [f"An error occured while trying to execute file : {missing}".rstrip()], outcome)
                 self.assertEqual(outcome.code, 3)
 
     def test_a_batch_file_runs_it(self):

@@ -98,18 +98,34 @@ class FinalActions(unittest.TestCase):
                     self.assertEqual((self.place.done / NAME).read_bytes(), INPUT, outcome)
                 self.source.chmod(0o644) if self.source.exists() else (self.place.done / NAME).chmod(0o644)
 
-    def test_a_program_gets_the_path_as_the_shell_passes_it(self):
-        script = self.place.root / "start.cmd"
-        script.write_bytes(b'@echo off\r\n> "%~dp0started.txt" echo %1\r\n')
-        outcome, entries = self.apply(5, windows(script))
-        self.assertEqual(entries, [f"File is executed : {windows(script)}"], outcome)
-        started = self.place.root / "started.txt"
+    def script(self):
+        path = self.place.root / "start.cmd"
+        path.write_bytes(b'@echo off\r\n> "%~dp0started.txt" echo %1\r\n')
+        return path
+
+    def started(self):
+        """The first argument of the script, as it came."""
+        path = self.place.root / "started.txt"
         for _ in range(400):
-            if started.exists() and started.stat().st_size > 0:
+            if path.exists() and path.stat().st_size > 0:
                 break
             time.sleep(0.05)
         # What writes it does so in the code page of the system.
-        self.assertEqual(started.read_bytes().strip(), f'"{windows(self.source)}"'.encode("latin-1"))
+        return path.read_bytes().decode("latin-1").strip()
+
+    def test_a_step_that_starts_a_program_passes_the_path_without_quotes(self):
+        """A path with blanks arrives as several arguments."""
+        self.sequence = self.place.sequence("start.sequ", [
+            ("QLNX_FerruleProcessWithExternalAppCommand", {"File": ("string", windows(self.script()))}), (SAVE, save_items())])
+        outcome = self.apply(0, "")[0]
+        self.assertEqual(outcome.values("External application started"), [windows(self.script())], outcome)
+        self.assertEqual(self.started(), windows(self.source).split(" ")[0])
+
+    def test_a_final_action_that_starts_a_program_passes_the_path_in_quotes(self):
+        script = self.script()
+        outcome, entries = self.apply(5, windows(script))
+        self.assertEqual(entries, [f"File is executed : {windows(script)}"], outcome)
+        self.assertEqual(self.started(), f'"{windows(self.source)}"')
         for missing in (windows(self.place.root) + "\\nicht da.exe", ""):
             with self.subTest(program=missing):
                 outcome, entries = self.apply(5, missing)

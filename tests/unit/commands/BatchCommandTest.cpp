@@ -11,10 +11,12 @@
 #include "support/PlugInHost.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <fstream>
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
 
 namespace {
 
@@ -222,6 +224,7 @@ TEST(BatchCommand, ProtectLeavesADocumentAloneWhenNothingIsAskedFor)
     EXPECT_EQ(before & PDDocNeedsSave, 0);
 }
 
+#ifndef _WIN32  // there the shell splits the argument: tests/windows shows it
 TEST(BatchCommand, TheApplicationGetsTheDocumentAsOneArgument)
 {
     const CPlugInHost host;
@@ -248,6 +251,7 @@ TEST(BatchCommand, TheApplicationGetsTheDocumentAsOneArgument)
     EXPECT_NE(host.LogText().find("\t\t\tCould not start external application : " + (host.Folder() / "no program")),
               std::string::npos);
 }
+#endif
 
 TEST(BatchCommand, AFileWithoutAFolderIsNotLookedUpInTheSearchPath)
 {

@@ -42,7 +42,7 @@ TEST(WorkflowWriter, GivesEveryRealFileBackByteForByteExceptForWhatTheReaderDrop
         ASSERT_TRUE(workflow) << name;
         const auto written = WriteWorkflow(*workflow);
         ASSERT_TRUE(written) << name << ": " << written.Error();
-        const std::string original = FileBytes(entry.path());
+        const std::string original = FileBytes(entry.path().string());
         bool richer = false;
         for (const char* dropped : {"<Instruction", "<Separator", "defaultCommand="})
             richer = richer || original.find(dropped) != std::string::npos;

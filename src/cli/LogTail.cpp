@@ -19,7 +19,8 @@ std::string CLogTail::ReadOpen()
 {
     if (!m_stream) return {};
     std::string bytes(kPiece, '\0');
-    std::clearerr(m_stream.get());
+    // Not every library goes on reading behind an end that it has seen, unless it is positioned anew.
+    std::fseek(m_stream.get(), 0, SEEK_CUR);
     bytes.resize(std::fread(bytes.data(), 1, bytes.size(), m_stream.get()));
     if (std::ferror(m_stream.get())) m_result = platform::StreamFailure();
     m_position += bytes.size();

@@ -17,16 +17,21 @@ ASPathName CreatePath(const char* type, const std::string& text)
     return HostCall(HOST_SLOT(AcroSupport, ASFileSysCreatePathName), nullptr, Atom(type), text.c_str(), nullptr);
 }
 
-/// The first of the three forms that is there. "DIText" may also hold a path of the platform: then it does not begin
-/// with a slash on a system with drive letters.
+/// Of a text that may be either: a path of a system with drive letters does not begin with a slash.
+std::optional<CHostPath> PathFromText(const std::string& text)
+{
+    if (text.front() == '/') return CHostPath::FromDIPath(text);
+    return CHostPath::FromNative(text);
+}
+
+/// The first of the three forms that is there. "DIText" may also hold a path of the platform.
 std::optional<CHostPath> PathFromCab(CCabView pathCab)
 {
     for (const char* key : {kDIKey, kDIPathKey})
         if (const auto text = pathCab.StringOrText(key); text && !text->empty()) return CHostPath::FromDIPath(*text);
     const auto text = pathCab.StringOrText(kDITextKey);
     if (!text || text->empty()) return std::nullopt;
-    if (text->front() == '/') return CHostPath::FromDIPath(*text);
-    return CHostPath::FromNative(*text);
+    return PathFromText(*text);
 }
 
 }  // namespace
@@ -75,9 +80,11 @@ std::string NativeFromPath(ASFileSys fileSystem, ASPathName path)
     return text;
 }
 
-CCab PathCab(const std::string& nativePath)
+CCab PathCab(const std::string& path)
 {
-    const std::string diPath = CHostPath::FromNative(nativePath).ToDIPath();
+    const auto made = path.empty() ? std::nullopt : PathFromText(path);
+    if (!made) hostcalls::ThrowHostError(fileErrFNF);
+    const std::string diPath = made->ToDIPath();
     CCab cab;
     cab.PutAtom(kFileSystemKey, Atom(kFileSystemName));
     cab.PutText(kDITextKey, diPath);

@@ -40,8 +40,9 @@ private:
 /// The platform path of a borrowed path of any file system. Throws CHostException when there is none.
 [[nodiscard]] std::string NativeFromPath(ASFileSys fileSystem, ASPathName path);
 
-/// A cab that stands for a path: "FS" (atom of the file system's name), "DIText" and "DI".
-[[nodiscard]] CCab PathCab(const std::string& nativePath);
+/// A cab that stands for a path: "FS" (atom of the file system's name), "DIText" and "DI". `path`: of the platform,
+/// or device-independent, beginning with a slash.
+[[nodiscard]] CCab PathCab(const std::string& path);
 
 /// The platform path that a path cab stands for: the first of "DI", "DIPath" and "DIText" that is there, as string or
 /// text. Nothing when none is there or the host makes no path of it.

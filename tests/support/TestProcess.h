@@ -14,6 +14,15 @@
 #include <csignal>
 #endif
 
+/// Whether tests can make symbolic links, and files whose names are no text or end with a blank.
+#ifdef _WIN32
+inline constexpr bool kHasLinks = false;
+inline constexpr bool kHasModes = false;  ///< of files: who may read them
+#else
+inline constexpr bool kHasLinks = true;
+inline constexpr bool kHasModes = true;
+#endif
+
 /// For this process and its children. An empty value removes the variable.
 inline void SetVariable(const std::string& name, const std::string& value)
 {

@@ -9,7 +9,10 @@
 
 namespace {
 
-void Append(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::app) << text; }
+void Append(const std::string& path, const std::string& text)
+{
+    std::ofstream(path, std::ios::app | std::ios::binary) << text;
+}
 
 std::string All(cli::CLogTail& tail)
 {

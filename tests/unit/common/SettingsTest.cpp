@@ -8,6 +8,7 @@
 #include "common/SettingsFile.h"
 #include "common/SettingsLists.h"
 #include "common/SettingsRecord.h"
+#include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"
 
 namespace {
@@ -131,7 +132,9 @@ TEST(SettingsFile, EveryTypeComesBackAndOnlyTheOwnerMayRead)
     const CTemporaryFolder folder;
     const auto path = folder / "Ferrule.cfs";
     ASSERT_TRUE(WriteSettingsFile(path, EveryType()));
-    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
+    if (kHasModes) {
+        EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
+    }
     const auto read = ReadSettingsFile(path);
     ASSERT_TRUE(read.Ok()) << read.problem;
     EXPECT_EQ(read.record, EveryType());
@@ -198,9 +201,9 @@ TEST(SettingsFile, WhatCouldNotBeReadBackIsNotWritten)
     const auto path = folder / "file";
     ASSERT_TRUE(WriteSettingsFile(path, Nested(64)));
     EXPECT_EQ(ReadSettingsFile(path).record, Nested(64));
-    EXPECT_EQ(WriteSettingsFile(path, Nested(65)).errorNumber, EINVAL);
+    EXPECT_FALSE(WriteSettingsFile(path, Nested(65)));
     CSettingsRecord large;
     large.PutBinary("bytes", std::string(kMaxSettingsBytes, 'x'));
-    EXPECT_EQ(WriteSettingsFile(path, large).errorNumber, EFBIG);
+    EXPECT_EQ(platform::ProblemOf(WriteSettingsFile(path, large)), platform::FileProblem::TooLarge);
     EXPECT_EQ(ReadSettingsFile(path).record, Nested(64)) << "the old file stays";
 }

@@ -1,5 +1,6 @@
 #include "jobs/PlannedFiles.h"
 
+#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -45,7 +46,7 @@ void MakeRandomTree(const CTemporaryFolder& folder, std::mt19937& random)
             return entry.is_regular_file() && random() % 4 == 0;
         });
         const bool linked = random() % 5 == 0 && some != end(before);
-        if (linked && random() % 2 == 0)
+        if (linked && (random() % 2 == 0 || !kHasLinks))
             fs::create_hard_link(some->path(), path);
         else if (linked)
             fs::create_symlink(some->path(), path);
@@ -87,6 +88,7 @@ std::vector<std::size_t> SlowSets(const std::vector<PlannedFile>& planned, const
 
 TEST(PlannedFiles, GroupsAreThoseOfASlowComparisonOfEveryPair)
 {
+    if (platform::kNamesIgnoreCase) GTEST_SKIP() << "the comparison tells letter cases apart";
     std::mt19937 random(7);
     for (int round = 0; round < 40; ++round) {
         const CTemporaryFolder folder;

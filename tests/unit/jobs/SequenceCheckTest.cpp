@@ -60,7 +60,7 @@ TEST_F(SequenceCheck, FindsWhatStepsLack)
         {Step(" "), "error step-without-handler 1"},
         {"<Command name='DocSecurity' promptUser='true'/>", "warning prompts 1, warning removes-security 1"},
         {"<Command name='QLNX_FerrulePurgeIndexCommand' promptUser='true' pauseBefore='true'><Items>" +
-             Item("File", "string", "/dev/null") + "</Items></Command>",
+             Item("File", "string", Folder().Write("there", "")) + "</Items></Command>",
          "note prompts 1, note pauses 1"},
         {Step("QLNX_FerrulePurgeIndexCommand"), "warning file-not-named 1"},
         {Step("QLNX_FerruleProcessWithExternalAppCommand", Item("File", "text", "/no/such")),

@@ -1,6 +1,9 @@
 #include "SequenceFixture.h"
 #include "hostcalls/Atoms.h"
 #include "hostcalls/CabFile.h"
+#include "platform/Paths.h"
+
+#include <algorithm>
 
 using nlohmann::json;
 
@@ -19,6 +22,15 @@ json Parameter(const json& parameters, const std::vector<std::string>& names)
         level = value.is_null() ? value : value["value"];
     }
     return value;
+}
+
+/// How the system writes a device-independent path of drive C.
+std::string Native(std::string path)
+{
+    if (platform::kSeparator == '/') return path;
+    path.replace(0, 2, "C:");
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
 }
 
 }  // namespace
@@ -59,9 +71,9 @@ TEST_F(SequenceShow, ShowsTheHostsFormLikeXml)
 {
     CCab sequence;
     sequence.PutInt("Input:FileVariation", 0);
-    sequence.PutText("Input:PreselectedFilesPaths:0:DIText", "/in/a.pdf");
+    sequence.PutText("Input:PreselectedFilesPaths:0:DIText", "/C/in/a.pdf");
     sequence.PutInt("Output:FileVariation", 2);
-    sequence.PutText("Output:PreselectedFolderPath", "/out/");
+    sequence.PutText("Output:PreselectedFolderPath", "/C/out/");
     for (const char* step : {"Commands:0:", "Commands:1:"}) {
         sequence.PutAtom((std::string(step) + "HandlerName").c_str(), Atom("DocSecurity"));
         sequence.PutText((std::string(step) + "Title").c_str(), "Secure");
@@ -71,8 +83,8 @@ TEST_F(SequenceShow, ShowsTheHostsFormLikeXml)
     ASSERT_TRUE(WriteCabFile(path, sequence.View()));
     const json report = Answer(ShowSequence({{"path", path}}));
     EXPECT_EQ(report["form"], "host");
-    EXPECT_EQ(report["sources"], json::parse(R"([{"path":"/in/a.pdf","kind":"file"}])"));
-    EXPECT_EQ(report["output"]["words"], "saves in the folder /out");
+    EXPECT_EQ(report["sources"], (json{{{"path", Native("/C/in/a.pdf")}, {"kind", "file"}}}));
+    EXPECT_EQ(report["output"]["words"], "saves in the folder " + Native("/C/out"));
     ASSERT_EQ(report["groups"].size(), 1u) << "neighbours of one title belong together";
     ASSERT_EQ(report["groups"][0]["steps"].size(), 2u);
     EXPECT_EQ(report["groups"][0]["steps"][1]["title"], "Security");

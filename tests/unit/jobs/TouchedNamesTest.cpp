@@ -131,8 +131,10 @@ TEST_F(TouchedNames, CollideWhereResultsInputsOrTargetsMeet)
 
 TEST_F(TouchedNames, OneFolderUnderTwoNamesIsOneFolder)
 {
-    std::filesystem::create_directory_symlink(In("a"), In("link"));
-    EXPECT_TRUE(Collide(Saving(), In("a/x.pdf"), In("link/x.pdf")));
+    if (kHasLinks) {
+        std::filesystem::create_directory_symlink(In("a"), In("link"));
+        EXPECT_TRUE(Collide(Saving(), In("a/x.pdf"), In("link/x.pdf")));
+    }
     EXPECT_TRUE(Collide(Saving(), In("a/x.pdf"), In("b/../a/x.pdf")));
 }
 

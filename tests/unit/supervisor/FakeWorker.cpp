@@ -73,7 +73,8 @@ void Pass(const std::string& place)
     std::FILE* count = std::fopen(counter.c_str(), "ab");
     std::fputc('x', count);
     std::fclose(count);
-    if (std::filesystem::file_size(counter) != std::stoul(wanted.substr(0, colon))) return;
+    // Several workers may have counted at once, so that none of them finds exactly this number.
+    if (std::filesystem::file_size(counter) < std::stoul(wanted.substr(0, colon))) return;
     KillParent();
     std::_Exit(9);
 }

@@ -10,6 +10,7 @@
 #include "platform/Environment.h"
 #include "platform/FileProblem.h"
 #include "platform/LogFile.h"
+#include "platform/Paths.h"
 
 namespace cli {
 
@@ -19,7 +20,7 @@ constexpr auto kPollInterval = std::chrono::milliseconds(250);
 
 std::string LogPath(const CArguments& arguments)
 {
-    if (arguments.Has("--log")) return AbsolutePath(arguments.Text("--log"));
+    if (arguments.Has("--log")) return platform::AbsolutePath(arguments.Text("--log"));
     const std::string applicationData = platform::ApplicationDataFolder();
     if (applicationData.empty()) FailStart("your folder for settings is neither there nor can it be made");
     return MakeProductPaths(applicationData).logFile;

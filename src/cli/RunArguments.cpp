@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
 #include <thread>
 #include <utility>
 
@@ -12,13 +11,10 @@
 #include "common/Text.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
-#include "platform/StandardPath.h"
 
 namespace cli {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 /// Stand in for "no limit"; small enough to be calculated with.
 constexpr int kEndlessSeconds = 1'000'000'000;
@@ -46,7 +42,7 @@ std::string KeptAsItIs(const std::string& path)
 /// Looked for here already, so that nothing is started for a path that was mistyped.
 std::string ExistingPath(const std::string& typed)
 {
-    const std::string path = AbsolutePath(typed);
+    const std::string path = platform::AbsolutePath(typed);
     if (!platform::FileExists(path) && !platform::FolderExists(path))
         FailStart(path + ": there is no such file or folder");
     return KeptAsItIs(path);
@@ -72,8 +68,9 @@ std::string ReadDestination(const CArguments& arguments, const FinalActionRow& a
     if (action.destination == "new name" && hasSeparator)
         FailUsage("--destination: the final action \"rename\" takes a file name without a folder");
     // A program without a separator is looked up like the shell does.
-    return action.destination == "folder" || (action.destination == "program" && hasSeparator) ? AbsolutePath(place)
-                                                                                               : place;
+    return action.destination == "folder" || (action.destination == "program" && hasSeparator)
+               ? platform::AbsolutePath(place)
+               : place;
 }
 
 void AddSetting(RunRequest& request, const char* name, const std::string& value)
@@ -108,23 +105,10 @@ void RefuseWithManifest(const CArguments& arguments)
 
 }  // namespace
 
-std::string AbsolutePath(const std::string& path)
-{
-    const fs::path absolute = fs::absolute(platform::StandardPath(path));
-    if (std::find(absolute.begin(), absolute.end(), fs::path("..")) != absolute.end()) {
-        const std::string canonical = platform::CanonicalPath(platform::TextOf(absolute));
-        return canonical.empty() ? platform::TextOf(absolute) : canonical;
-    }
-    const fs::path normal = absolute.lexically_normal().make_preferred();
-    // "/" and the root of a drive keep the separator that they end with.
-    const bool endsWithSeparator = !normal.has_filename() && normal.has_relative_path();
-    return platform::TextOf(endsWithSeparator ? normal.parent_path() : normal);
-}
-
 std::string OptionalPath(const CArguments& arguments, const char* option)
 {
     const std::string path = arguments.Text(option);
-    return path.empty() || path == "-" ? path : AbsolutePath(path);
+    return path.empty() || path == "-" ? path : platform::AbsolutePath(path);
 }
 
 EngineOptions ReadEngine(const CArguments& arguments)
@@ -134,7 +118,8 @@ EngineOptions ReadEngine(const CArguments& arguments)
     if (engine.hostProgram.empty())
         engine.hostProgram = BesideProgram(std::string("ferrule-host") + platform::kProgramSuffix);
     RequireReadable(engine.hostProgram);
-    for (const std::string& plugIn : arguments.All("--plugin")) engine.plugIns.push_back(AbsolutePath(plugIn));
+    for (const std::string& plugIn : arguments.All("--plugin"))
+        engine.plugIns.push_back(platform::AbsolutePath(plugIn));
     const std::string plugInFolder = BesideProgram("plug_ins");
     if (engine.plugIns.empty()) engine.plugIns = PlugInsOfFolder(plugInFolder);
     if (engine.plugIns.empty())

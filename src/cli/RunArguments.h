@@ -9,9 +9,6 @@
 
 namespace cli {
 
-/// Absolute, without "." and without a separator at its end; with its links resolved only where it goes up by "..",
-/// and as it is when that does not exist.
-std::string AbsolutePath(const std::string& path);
 /// The value of an option as absolute path; empty stays empty, and "-" stays "-".
 std::string OptionalPath(const CArguments& arguments, const char* option);
 

@@ -9,6 +9,7 @@
 #include "cli/RunPrinter.h"
 #include "cli/Summary.h"
 #include "common/Text.h"
+#include "platform/Paths.h"
 #include "supervisor/Supervisor.h"
 
 namespace cli {
@@ -141,7 +142,8 @@ int MergeCommand(const CArguments& arguments, const Screen& screen)
     RefuseTwoKindsOfData(arguments);
     MergeOptions options;
     options.manifestPath = OptionalPath(arguments, "--manifest");
-    for (const std::string& journal : arguments.Operands()) options.journalPaths.push_back(AbsolutePath(journal));
+    for (const std::string& journal : arguments.Operands())
+        options.journalPaths.push_back(platform::AbsolutePath(journal));
     const std::string record = OptionalPath(arguments, "--record");
     if (record != "-") options.recordPath = record;
     options.logPath = OptionalPath(arguments, "--log");

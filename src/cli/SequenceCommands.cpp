@@ -12,6 +12,7 @@
 #include "common/Text.h"
 #include "platform/ByteText.h"
 #include "platform/Files.h"
+#include "platform/Paths.h"
 #include "supervisor/Supervisor.h"
 
 namespace cli {
@@ -56,7 +57,7 @@ void PrintFindings(const std::string& path, const json& findings, std::ostream& 
     for (const json& finding : findings) stream << FindingText(path, finding);
 }
 
-std::string SequencePath(const std::string& typed) { return TextFromBytes(AbsolutePath(typed)); }
+std::string SequencePath(const std::string& typed) { return TextFromBytes(platform::AbsolutePath(typed)); }
 
 /// The first line without its end.
 std::string ReadPassword(const std::string& path)
@@ -105,7 +106,8 @@ json ProtectSettings(const CArguments& arguments)
 json OutputSettings(const CArguments& arguments)
 {
     json output = json::object();
-    if (arguments.Has("--in-folder")) output["folder"] = TextFromBytes(AbsolutePath(arguments.Text("--in-folder")));
+    if (arguments.Has("--in-folder"))
+        output["folder"] = TextFromBytes(platform::AbsolutePath(arguments.Text("--in-folder")));
     PutText(output, "prefix", arguments, "--prefix");
     PutText(output, "suffix", arguments, "--suffix");
     output["overwrite"] = arguments.Has("--replace");

@@ -16,6 +16,11 @@ inline constexpr char kProgramSuffix[] = "";
 inline constexpr bool kNamesIgnoreCase = false;
 #endif
 
+/// From the root, without "." and doubled separators, and without one at its end unless it is a root. Going up by
+/// ".." means what it means to the system: on Windows it takes a name away; elsewhere it leads out of what a link
+/// leads to, so the links are resolved, and a path that does not exist stays as it is.
+std::string AbsolutePath(const std::string& path);
+
 /// Absolute path of the program or library that holds the code at this address; empty on failure.
 std::string ModulePath(const void* codeInModule);
 

@@ -3,10 +3,25 @@
 #include <dlfcn.h>
 #include <link.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
+#include "platform/Files.h"
+
 namespace platform {
+
+std::string AbsolutePath(const std::string& path)
+{
+    const auto absolute = std::filesystem::absolute(path);
+    if (std::find(absolute.begin(), absolute.end(), "..") != absolute.end()) {
+        const std::string canonical = CanonicalPath(absolute);
+        return canonical.empty() ? absolute.string() : canonical;
+    }
+    const auto normal = absolute.lexically_normal();
+    const bool endsWithSeparator = !normal.has_filename() && normal.has_relative_path();
+    return endsWithSeparator ? normal.parent_path() : normal;
+}
 
 std::string ModulePath(const void* codeInModule)
 {

@@ -22,6 +22,14 @@ std::string PathOf(HMODULE module)
 
 }  // namespace
 
+std::string AbsolutePath(const std::string& path)
+{
+    std::string absolute = NarrowPath(WidePath(path));
+    // The root of a drive keeps its separator.
+    if (absolute.size() > 3 && absolute.ends_with('\\')) absolute.pop_back();
+    return absolute;
+}
+
 std::string ModulePath(const void* codeInModule)
 {
     HMODULE module = nullptr;

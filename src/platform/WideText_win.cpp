@@ -55,11 +55,17 @@ std::wstring WithoutHalves(std::wstring_view text)
     return whole;
 }
 
-/// Without what marks an extended path.
+bool HasDrive(std::wstring_view path)
+{
+    const wchar_t letter = path.empty() ? L'\0' : static_cast<wchar_t>(path[0] | 0x20);
+    return path.size() >= 2 && letter >= L'a' && letter <= L'z' && path[1] == L':';
+}
+
+/// Without what marks an extended path; one that has no other form stays.
 std::wstring UsualForm(std::wstring_view path)
 {
     if (path.starts_with(kExtendedUnc)) return L"\\\\" + std::wstring(path.substr(kExtendedUnc.size()));
-    if (path.starts_with(kExtended)) path.remove_prefix(kExtended.size());
+    if (path.starts_with(kExtended) && HasDrive(path.substr(kExtended.size()))) path.remove_prefix(kExtended.size());
     return std::wstring(path);
 }
 
@@ -77,12 +83,6 @@ std::wstring CurrentFolderOfDrive(std::wstring_view drive)
     std::wstring folder(GetFullPathNameW(name.c_str(), 0, nullptr, nullptr), L'\0');
     folder.resize(GetFullPathNameW(name.c_str(), static_cast<DWORD>(folder.size()), folder.data(), nullptr));
     return folder;
-}
-
-bool HasDrive(std::wstring_view path)
-{
-    const wchar_t letter = path.empty() ? L'\0' : static_cast<wchar_t>(path[0] | 0x20);
-    return path.size() >= 2 && letter >= L'a' && letter <= L'z' && path[1] == L':';
 }
 
 /// Takes the next name off a path, and the separators before it.

@@ -76,6 +76,19 @@ class CommandLine(unittest.TestCase):
         for name in names:
             self.assertTrue(is_protected(self.place.output / (os.path.splitext(os.path.basename(name))[0] + ".pdf")), name)
 
+    def test_a_folder_may_be_written_in_every_form(self):
+        documents(self.place, ["a.pdf", "sub/b.pdf"])
+        root = windows(self.place.root)
+        forms = [root.lower() + "\\in", root.replace("\\", "/") + "/in", root + "\\\\in\\", root + "\\in\\..\\in", "in", root[2:] + "\\in",
+                 "\\\\?\\" + root + "\\in"]
+        for form in forms:
+            with self.subTest(form=form):
+                result = self.place.ferrule("run", self.sequence, "--input", form, "--output", self.place.output, "--quiet")
+                self.assertEqual(result.code, 0, result)
+                self.assertEqual(sorted(path.name for path in self.place.output.iterdir()), ["a.pdf", "b.pdf"])
+                for path in self.place.output.iterdir():
+                    path.unlink()
+
     def test_device_names_are_never_written_to(self):
         documents(self.place, ["a.pdf"])
         for name in ("NUL", "CON.pdf"):

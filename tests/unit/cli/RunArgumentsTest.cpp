@@ -116,20 +116,6 @@ TEST(RunArguments, NamesThatThePlugInWouldCutAreKeptOrRefused)
     EXPECT_NE(message.find("rename"), std::string::npos);
 }
 
-TEST(RunArguments, PathsBecomeAbsoluteWithoutGuessingWhereLinksLead)
-{
-    if (!kHasLinks) GTEST_SKIP() << "no symbolic links here";
-    const CTemporaryFolder folder;
-    const std::string inside = std::filesystem::canonical(folder.MakeFolder("far/inside")).string();
-    std::filesystem::create_directory_symlink(inside, folder / "link");
-    EXPECT_EQ(cli::AbsolutePath(folder / "link/.."), std::filesystem::path(inside).parent_path().string());
-    EXPECT_EQ(cli::AbsolutePath(folder / "link"), folder / "link");
-    EXPECT_EQ(cli::AbsolutePath(folder.Path() + "/./a//b/"), folder / "a/b");
-    EXPECT_EQ(cli::AbsolutePath(folder.Path() + "/no/../such"), folder.Path() + "/no/../such");
-    EXPECT_EQ(cli::AbsolutePath("x"), (std::filesystem::current_path() / "x").string());
-    EXPECT_EQ(cli::AbsolutePath("/"), "/");
-}
-
 TEST(RunArguments, PartsOfPlansAreCounted)
 {
     const CTemporaryFolder folder;

@@ -56,6 +56,19 @@ TEST(SystemPosix, AnAddressInALibraryLeadsToIt)
     EXPECT_NE(library.find("/libc"), std::string::npos) << library;
 }
 
+TEST(SystemPosix, PathsBecomeAbsoluteWithoutGuessingWhereLinksLead)
+{
+    const CTemporaryFolder folder;
+    const std::string inside = std::filesystem::canonical(folder.MakeFolder("far/inside")).string();
+    std::filesystem::create_directory_symlink(inside, folder / "link");
+    EXPECT_EQ(platform::AbsolutePath(folder / "link/.."), std::filesystem::path(inside).parent_path().string());
+    EXPECT_EQ(platform::AbsolutePath(folder / "link"), folder / "link");
+    EXPECT_EQ(platform::AbsolutePath(folder.Path() + "/./a//b/"), folder / "a/b");
+    EXPECT_EQ(platform::AbsolutePath(folder.Path() + "/no/../such"), folder.Path() + "/no/../such");
+    EXPECT_EQ(platform::AbsolutePath("x"), (std::filesystem::current_path() / "x").string());
+    EXPECT_EQ(platform::AbsolutePath("/"), "/");
+}
+
 TEST(SystemPosix, LocalTimeFollowsTheTimeZone)
 {
     const auto hourIn = [](const char* zone) {

@@ -38,7 +38,8 @@ TEST(SystemWindows, ApplicationDataIsTheConfiguredFolderOrTheUsersOwn)
     for (const auto& row : rows) {
         const CVariable configured("APPDATA", PathFromBytes(row.configured).c_str());
         EXPECT_EQ(platform::ApplicationDataFolder(), row.expected);
-        EXPECT_TRUE(row.expected.empty() || std::filesystem::is_directory(PathFromBytes(row.expected))) << row.expected;
+        EXPECT_TRUE(row.expected.empty() || std::filesystem::is_directory(PathFromBytes(row.expected)))
+            << row.expected;
     }
     for (const wchar_t* value : {L"relative", L""}) {
         const CVariable configured("APPDATA", value);
@@ -51,6 +52,23 @@ TEST(SystemWindows, VariablesAreText)
     const CVariable variable("FERRULE_TEST", L"\u00E4\U0001F600");
     EXPECT_EQ(platform::EnvironmentText("FERRULE_TEST"), "\xC3\xA4\xF0\x9F\x98\x80");
     EXPECT_EQ(platform::EnvironmentText("FERRULE_TEST_ABSENT"), "");
+}
+
+TEST(SystemWindows, PathsBecomeAbsolute)
+{
+    const std::string here = std::filesystem::current_path().string();
+    const struct {
+        std::string typed, absolute;
+    } rows[] = {{"C:\\a\\.\\b\\\\c\\..\\", "C:\\a\\b"},
+                {"C:/a/b", "C:\\a\\b"},
+                {"C:\\", "C:\\"},
+                {"\\\\?\\C:\\a\\b", "C:\\a\\b"},
+                {"\\\\server\\share\\a\\", "\\\\server\\share\\a"},
+                {"//server/share/a", "\\\\server\\share\\a"},
+                {"\\\\?\\UNC\\server\\share\\a", "\\\\server\\share\\a"},
+                {"\\\\?\\Volume{0}\\a", "\\\\?\\Volume{0}\\a"},
+                {"x\\y", here + "\\x\\y"}};
+    for (const auto& row : rows) EXPECT_EQ(platform::AbsolutePath(row.typed), row.absolute) << row.typed;
 }
 
 TEST(SystemWindows, AnAddressInALibraryLeadsToIt)

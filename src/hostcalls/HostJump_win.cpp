@@ -4,8 +4,7 @@
 // - the host's frames lie between the raise and us. They were made by another compiler and are used to plug-ins whose
 //   jumps unwind: their clean-ups run and their locks are given back. A plain jump would step over them.
 // - the system then keeps its own account of the stack right (the shadow stack, where it has one), and checks that
-// the
-//   target is a frame that exists.
+//   the target is a frame that exists.
 // Frames of this compiler are passed over by both: neither runs a destructor or a catch block of ours, so the rule
 // for what may stand inside a frame is the same as elsewhere. The host never sees the buffer's inside: it calls our
 // JumpBack, so both halves are of one run-time library, whichever one the host is built with.

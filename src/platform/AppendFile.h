@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/Files.h"
+#include "platform/OpenFile.h"
 
 namespace platform {
 
@@ -12,27 +13,19 @@ namespace platform {
 /// its owner only. The destructor closes it.
 class CAppendFile {
 public:
-    CAppendFile() = default;
-    CAppendFile(CAppendFile&& other) noexcept;
-    CAppendFile& operator=(CAppendFile&& other) noexcept;
-    CAppendFile(const CAppendFile&) = delete;
-    CAppendFile& operator=(const CAppendFile&) = delete;
-    ~CAppendFile();
-
     /// Opens the file, or creates it so that its name outlasts a power cut. Closes another one before.
     FileResult Open(const std::string& path);
-    bool IsOpen() const { return m_file != kNone; }
+    bool IsOpen() const { return m_file.IsOpen(); }
     /// Fails: some of the bytes may have been written; see Truncate.
     FileResult Write(std::string_view bytes);
     /// When this comes back without error, everything written so far is on disk.
     FileResult Flush();
     /// Cuts off what is behind `length`.
     FileResult Truncate(std::uint64_t length);
-    void Close();
+    void Close() { m_file.Close(); }
 
 private:
-    static constexpr long long kNone = -1;
-    long long m_file = kNone;  // descriptor or handle
+    COpenFile m_file;
 };
 
 }  // namespace platform

@@ -3,23 +3,11 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <utility>
-
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileSteps.h"
 
 namespace platform {
-
-CAppendFile::CAppendFile(CAppendFile&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
-
-CAppendFile& CAppendFile::operator=(CAppendFile&& other) noexcept
-{
-    std::swap(m_file, other.m_file);
-    return *this;
-}
-
-CAppendFile::~CAppendFile() { Close(); }
 
 FileResult CAppendFile::Open(const std::string& path)
 {
@@ -33,22 +21,17 @@ FileResult CAppendFile::Open(const std::string& path)
     if (status.st_size == 0) {
         if (const auto flushed = FlushFolderOf(path); !flushed) return flushed;
     }
-    m_file = file.Release();
+    m_file = COpenFile(file.Release());
     return {};
 }
 
-FileResult CAppendFile::Write(std::string_view bytes) { return WriteAll(static_cast<int>(m_file), bytes); }
+FileResult CAppendFile::Write(std::string_view bytes) { return WriteAll(static_cast<int>(m_file.Get()), bytes); }
 
-FileResult CAppendFile::Flush() { return {calls::FlushData(static_cast<int>(m_file)) == 0 ? 0 : errno}; }
+FileResult CAppendFile::Flush() { return {calls::FlushData(static_cast<int>(m_file.Get())) == 0 ? 0 : errno}; }
 
 FileResult CAppendFile::Truncate(std::uint64_t length)
 {
-    return {calls::Truncate(static_cast<int>(m_file), static_cast<off_t>(length)) == 0 ? 0 : errno};
-}
-
-void CAppendFile::Close()
-{
-    if (IsOpen()) calls::Close(static_cast<int>(std::exchange(m_file, kNone)));
+    return {calls::Truncate(static_cast<int>(m_file.Get()), static_cast<off_t>(length)) == 0 ? 0 : errno};
 }
 
 }  // namespace platform

@@ -1,20 +1,8 @@
 #include "platform/AppendFile.h"
 
-#include <utility>
-
 #include "platform/FileHandles_win.h"
 
 namespace platform {
-
-CAppendFile::CAppendFile(CAppendFile&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
-
-CAppendFile& CAppendFile::operator=(CAppendFile&& other) noexcept
-{
-    std::swap(m_file, other.m_file);
-    return *this;
-}
-
-CAppendFile::~CAppendFile() { Close(); }
 
 FileResult CAppendFile::Open(const std::string& path)
 {
@@ -25,7 +13,7 @@ FileResult CAppendFile::Open(const std::string& path)
     LARGE_INTEGER size;
     if (!GetFileSizeEx(file.Get(), &size)) return LastFailure();
     if (size.QuadPart == 0 && !FlushFileBuffers(file.Get())) return LastFailure();
-    m_file = NumberOf(file.Release());
+    m_file = COpenFile(NumberOf(file.Release()));
     return {};
 }
 
@@ -36,20 +24,15 @@ FileResult CAppendFile::Write(std::string_view bytes)
         atEnd.Offset = atEnd.OffsetHigh = MAXDWORD;
         DWORD written = 0;
         const auto part = static_cast<DWORD>(bytes.size() < MAXLONG ? bytes.size() : MAXLONG);
-        if (!WriteFile(HandleOf(m_file), bytes.data(), part, &written, &atEnd)) return LastFailure();
+        if (!WriteFile(HandleOf(m_file.Get()), bytes.data(), part, &written, &atEnd)) return LastFailure();
         if (written == 0) return {ERROR_DISK_FULL};
         bytes.remove_prefix(written);
     }
     return {};
 }
 
-FileResult CAppendFile::Flush() { return ResultOf(FlushFileBuffers(HandleOf(m_file))); }
+FileResult CAppendFile::Flush() { return ResultOf(FlushFileBuffers(HandleOf(m_file.Get()))); }
 
-FileResult CAppendFile::Truncate(std::uint64_t length) { return CutTo(HandleOf(m_file), length); }
-
-void CAppendFile::Close()
-{
-    if (IsOpen()) CloseHandle(HandleOf(std::exchange(m_file, kNone)));
-}
+FileResult CAppendFile::Truncate(std::uint64_t length) { return CutTo(HandleOf(m_file.Get()), length); }
 
 }  // namespace platform

@@ -42,7 +42,7 @@ private:
 
 }  // namespace
 
-void ChildState::KillGroup() const
+void ChildState::KillFamily() const
 {
     if (collected) return;
     kill(-processId, SIGKILL);
@@ -56,7 +56,7 @@ void ChildState::Collect()
     siginfo_t facts;
     while (waitid(P_PID, static_cast<id_t>(processId), &facts, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
     }
-    KillGroup();
+    KillFamily();
     int status = 0;
     while (waitpid(processId, &status, 0) < 0 && errno == EINTR) {
     }
@@ -99,33 +99,6 @@ FileResult ChildState::SendOn()
     return {error};
 }
 
-std::optional<CChildProcess> CChildProcess::Start(const ChildOptions& options, FileResult* result)
-{
-    auto state = std::make_unique<State>();
-    const auto started = StartChild(options, *state);
-    if (result) *result = started;
-    if (!started) return std::nullopt;
-    return CChildProcess(state.release());
-}
-
-CChildProcess::CChildProcess(State* state) : m_state(state) {}
-
-CChildProcess::CChildProcess(CChildProcess&& other) noexcept : m_state(std::exchange(other.m_state, nullptr)) {}
-
-CChildProcess& CChildProcess::operator=(CChildProcess&& other) noexcept
-{
-    std::swap(m_state, other.m_state);
-    return *this;
-}
-
-CChildProcess::~CChildProcess()
-{
-    if (!m_state) return;
-    m_state->KillGroup();
-    m_state->Collect();
-    delete m_state;
-}
-
 FileResult CChildProcess::Send(std::string_view line)
 {
     if (!m_state->input.Valid() || m_state->inputEnds) return {EPIPE};
@@ -139,10 +112,6 @@ void CChildProcess::CloseInput()
     if (m_state->unsent.empty()) m_state->input = CDescriptor();
 }
 
-void CChildProcess::Kill() { m_state->KillGroup(); }
-
-int CChildProcess::ProcessId() const { return m_state->processId; }
-
 std::uint64_t CChildProcess::ResidentBytes() const
 {
     if (m_state->collected) return 0;
@@ -151,7 +120,5 @@ std::uint64_t CChildProcess::ResidentBytes() const
     if (!file || std::fscanf(file.get(), "%llu %llu", &total, &resident) != 2) return 0;
     return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
-
-ChildEnding CChildProcess::Ending() const { return m_state->ending; }
 
 }  // namespace platform

@@ -1,7 +1,5 @@
 #include "platform/ChildProcess.h"
 
-#include <memory>
-#include <utility>
 
 #include "platform/ChildState_win.h"
 #include "platform/FileProblem.h"
@@ -51,33 +49,6 @@ bool ChildState::CollectIfEnded()
     return true;
 }
 
-std::optional<CChildProcess> CChildProcess::Start(const ChildOptions& options, FileResult* result)
-{
-    auto state = std::make_unique<State>();
-    const auto started = StartChild(options, *state);
-    if (result) *result = started;
-    if (!started) return std::nullopt;
-    return CChildProcess(state.release());
-}
-
-CChildProcess::CChildProcess(State* state) : m_state(state) {}
-
-CChildProcess::CChildProcess(CChildProcess&& other) noexcept : m_state(std::exchange(other.m_state, nullptr)) {}
-
-CChildProcess& CChildProcess::operator=(CChildProcess&& other) noexcept
-{
-    std::swap(m_state, other.m_state);
-    return *this;
-}
-
-CChildProcess::~CChildProcess()
-{
-    if (!m_state) return;
-    m_state->KillFamily();
-    m_state->Collect();
-    delete m_state;
-}
-
 FileResult CChildProcess::Send(std::string_view line)
 {
     if (!m_state->input.IsOpen() || m_state->input.Ends()) return Failure(FileProblem::NobodyReads);
@@ -88,17 +59,11 @@ FileResult CChildProcess::Send(std::string_view line)
 
 void CChildProcess::CloseInput() { m_state->input.End(); }
 
-void CChildProcess::Kill() { m_state->KillFamily(); }
-
-int CChildProcess::ProcessId() const { return m_state->processId; }
-
 std::uint64_t CChildProcess::ResidentBytes() const
 {
     PROCESS_MEMORY_COUNTERS counters{};
     if (m_state->collected || !K32GetProcessMemoryInfo(m_state->process.Get(), &counters, sizeof counters)) return 0;
     return counters.WorkingSetSize;
 }
-
-ChildEnding CChildProcess::Ending() const { return m_state->ending; }
 
 }  // namespace platform

@@ -39,7 +39,8 @@ struct ChildState {
     void Collect();
     /// Collect when it has ended by itself.
     bool CollectIfEnded();
-    void KillGroup() const;
+    /// The child and what it has started, unless that left its process group.
+    void KillFamily() const;
     /// Writes as much of what is unsent as the pipe takes.
     FileResult SendOn();
 };

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/Files.h"
+#include "platform/OpenFile.h"
 
 namespace platform {
 
@@ -11,24 +12,16 @@ namespace platform {
 /// and others may read and write it.
 class CFileLock {
 public:
-    CFileLock() = default;
-    CFileLock(CFileLock&& other) noexcept;
-    CFileLock& operator=(CFileLock&& other) noexcept;
-    CFileLock(const CFileLock&) = delete;
-    CFileLock& operator=(const CFileLock&) = delete;
-    ~CFileLock();
-
     /// Never waits. Creates the file when it is missing. Fails: "in use" (FileProblem::InUse) when another
     /// holds the lock, and what the system says. A file system that has no locks keeps nobody out, and that is no
     /// failure.
     FileResult TryLock(const std::string& path);
-    bool IsLocked() const { return m_file != kNone; }
+    bool IsLocked() const { return m_file.IsOpen(); }
     /// For ChildOptions::inheritedDescriptors; -1 without a lock.
-    long long Descriptor() const { return m_file; }
+    long long Descriptor() const { return m_file.Get(); }
 
 private:
-    static constexpr long long kNone = -1;
-    long long m_file = kNone;  // descriptor or handle
+    COpenFile m_file;
 };
 
 }  // namespace platform

@@ -5,26 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
-
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/Processes_posix.h"
 
 namespace platform {
-
-CFileLock::CFileLock(CFileLock&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
-
-CFileLock& CFileLock::operator=(CFileLock&& other) noexcept
-{
-    std::swap(m_file, other.m_file);
-    return *this;
-}
-
-CFileLock::~CFileLock()
-{
-    if (IsLocked()) close(static_cast<int>(m_file));
-}
 
 FileResult CFileLock::TryLock(const std::string& path)
 {
@@ -37,8 +22,8 @@ FileResult CFileLock::TryLock(const std::string& path)
         if (!without) return {errno};
     }
     // A child cannot inherit it in the place of a standard stream.
-    m_file = AboveStandardStreams(file.Release());
-    return {m_file < 0 ? errno : 0};
+    m_file = COpenFile(AboveStandardStreams(file.Release()));
+    return {IsLocked() ? 0 : errno};
 }
 
 }  // namespace platform

@@ -2,76 +2,32 @@
 
 #include <cerrno>
 
+#include "platform/ErrorRows.h"
+
 namespace platform {
 
-FileProblem ProblemOf(FileResult result)
+std::span<const ErrorRow> ErrorRows()
 {
-    switch (result.errorNumber) {
-        case 0:
-            return FileProblem::None;
-        case ENOENT:
-        case ENOTDIR:
-        case ENAMETOOLONG:
-            return FileProblem::Missing;
-        case EEXIST:
-            return FileProblem::Exists;
-        case EINVAL:
-            return FileProblem::NotARegularFile;
-        case EISDIR:
-            return FileProblem::IsAFolder;
-        case EACCES:
-        case EPERM:
-        case EROFS:
-            return FileProblem::NoAccess;
-        case EWOULDBLOCK:
-            return FileProblem::InUse;
-        case ECANCELED:
-            return FileProblem::Canceled;
-        case ENOSPC:
-        case EDQUOT:
-            return FileProblem::DiskFull;
-        case EFBIG:
-            return FileProblem::TooLarge;
-        case ENOMEM:
-            return FileProblem::OutOfMemory;
-        case EPIPE:
-            return FileProblem::NobodyReads;
-        default:
-            return FileProblem::Other;
-    }
-}
-
-FileResult Failure(FileProblem problem)
-{
-    switch (problem) {
-        case FileProblem::None:
-            return {};
-        case FileProblem::Missing:
-            return {ENOENT};
-        case FileProblem::Exists:
-            return {EEXIST};
-        case FileProblem::NotARegularFile:
-            return {EINVAL};
-        case FileProblem::IsAFolder:
-            return {EISDIR};
-        case FileProblem::NoAccess:
-            return {EACCES};
-        case FileProblem::InUse:
-            return {EWOULDBLOCK};
-        case FileProblem::Canceled:
-            return {ECANCELED};
-        case FileProblem::DiskFull:
-            return {ENOSPC};
-        case FileProblem::TooLarge:
-            return {EFBIG};
-        case FileProblem::OutOfMemory:
-            return {ENOMEM};
-        case FileProblem::NobodyReads:
-            return {EPIPE};
-        case FileProblem::Other:
-            break;
-    }
-    return {EIO};
+    static constexpr ErrorRow kRows[] = {
+        {ENOENT, FileProblem::Missing},
+        {ENOTDIR, FileProblem::Missing},
+        {ENAMETOOLONG, FileProblem::Missing},
+        {EEXIST, FileProblem::Exists},
+        {EINVAL, FileProblem::NotARegularFile},
+        {EISDIR, FileProblem::IsAFolder},
+        {EACCES, FileProblem::NoAccess},
+        {EPERM, FileProblem::NoAccess},
+        {EROFS, FileProblem::NoAccess},
+        {EWOULDBLOCK, FileProblem::InUse},
+        {ECANCELED, FileProblem::Canceled},
+        {ENOSPC, FileProblem::DiskFull},
+        {EDQUOT, FileProblem::DiskFull},
+        {EFBIG, FileProblem::TooLarge},
+        {ENOMEM, FileProblem::OutOfMemory},
+        {EPIPE, FileProblem::NobodyReads},
+        {EIO, FileProblem::Other},
+    };
+    return kRows;
 }
 
 FileResult StreamFailure() { return {errno != 0 ? errno : EIO}; }

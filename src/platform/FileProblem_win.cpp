@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "platform/ErrorRows.h"
 #include "platform/Windows_win.h"
 
 // The headers of the compiler do not know these yet.
@@ -15,91 +16,45 @@
 
 namespace platform {
 
-FileProblem ProblemOf(FileResult result)
+std::span<const ErrorRow> ErrorRows()
 {
-    switch (result.errorNumber) {
-        case ERROR_SUCCESS:
-            return FileProblem::None;
-        case ERROR_FILE_NOT_FOUND:
-        case ERROR_PATH_NOT_FOUND:
-        case ERROR_INVALID_DRIVE:
-        case ERROR_BAD_NETPATH:
-        case ERROR_BAD_NET_NAME:
-        case ERROR_BAD_PATHNAME:
-        case ERROR_FILENAME_EXCED_RANGE:
-        case ERROR_DIRECTORY:  // a file where a folder is needed
-            return FileProblem::Missing;
-        case ERROR_FILE_EXISTS:
-        case ERROR_ALREADY_EXISTS:
-            return FileProblem::Exists;
-        case ERROR_INVALID_PARAMETER:
-        case ERROR_INVALID_NAME:  // of a device, too
-            return FileProblem::NotARegularFile;
-        case ERROR_DIRECTORY_NOT_SUPPORTED:
-            return FileProblem::IsAFolder;
-        case ERROR_ACCESS_DENIED:
-        case ERROR_WRITE_PROTECT:
-        case ERROR_NETWORK_ACCESS_DENIED:
-        case ERROR_PRIVILEGE_NOT_HELD:
-            return FileProblem::NoAccess;
-        case ERROR_SHARING_VIOLATION:
-        case ERROR_LOCK_VIOLATION:
-        case ERROR_USER_MAPPED_FILE:
-            return FileProblem::InUse;
-        case ERROR_CANCELLED:
-            return FileProblem::Canceled;
-        case ERROR_DISK_FULL:
-        case ERROR_HANDLE_DISK_FULL:
-        case ERROR_NOT_ENOUGH_QUOTA:
-        case ERROR_DISK_QUOTA_EXCEEDED:
-            return FileProblem::DiskFull;
-        case ERROR_FILE_TOO_LARGE:
-            return FileProblem::TooLarge;
-        case ERROR_NOT_ENOUGH_MEMORY:
-        case ERROR_OUTOFMEMORY:
-        case ERROR_NO_SYSTEM_RESOURCES:
-        case ERROR_COMMITMENT_LIMIT:
-            return FileProblem::OutOfMemory;
-        case ERROR_BROKEN_PIPE:
-        case ERROR_NO_DATA:
-        case ERROR_PIPE_NOT_CONNECTED:
-            return FileProblem::NobodyReads;
-        default:
-            return FileProblem::Other;
-    }
-}
-
-FileResult Failure(FileProblem problem)
-{
-    switch (problem) {
-        case FileProblem::None:
-            return {};
-        case FileProblem::Missing:
-            return {ERROR_FILE_NOT_FOUND};
-        case FileProblem::Exists:
-            return {ERROR_FILE_EXISTS};
-        case FileProblem::NotARegularFile:
-            return {ERROR_INVALID_PARAMETER};
-        case FileProblem::IsAFolder:
-            return {ERROR_DIRECTORY_NOT_SUPPORTED};
-        case FileProblem::NoAccess:
-            return {ERROR_ACCESS_DENIED};
-        case FileProblem::InUse:
-            return {ERROR_SHARING_VIOLATION};
-        case FileProblem::Canceled:
-            return {ERROR_CANCELLED};
-        case FileProblem::DiskFull:
-            return {ERROR_DISK_FULL};
-        case FileProblem::TooLarge:
-            return {ERROR_FILE_TOO_LARGE};
-        case FileProblem::OutOfMemory:
-            return {ERROR_NOT_ENOUGH_MEMORY};
-        case FileProblem::NobodyReads:
-            return {ERROR_BROKEN_PIPE};
-        case FileProblem::Other:
-            break;
-    }
-    return {ERROR_IO_DEVICE};
+    static constexpr ErrorRow kRows[] = {
+        {ERROR_FILE_NOT_FOUND, FileProblem::Missing},
+        {ERROR_PATH_NOT_FOUND, FileProblem::Missing},
+        {ERROR_INVALID_DRIVE, FileProblem::Missing},
+        {ERROR_BAD_NETPATH, FileProblem::Missing},
+        {ERROR_BAD_NET_NAME, FileProblem::Missing},
+        {ERROR_BAD_PATHNAME, FileProblem::Missing},
+        {ERROR_FILENAME_EXCED_RANGE, FileProblem::Missing},
+        {ERROR_DIRECTORY, FileProblem::Missing},  // a file where a folder is needed
+        {ERROR_FILE_EXISTS, FileProblem::Exists},
+        {ERROR_ALREADY_EXISTS, FileProblem::Exists},
+        {ERROR_INVALID_PARAMETER, FileProblem::NotARegularFile},
+        {ERROR_INVALID_NAME, FileProblem::NotARegularFile},  // of a device, too
+        {ERROR_DIRECTORY_NOT_SUPPORTED, FileProblem::IsAFolder},
+        {ERROR_ACCESS_DENIED, FileProblem::NoAccess},
+        {ERROR_WRITE_PROTECT, FileProblem::NoAccess},
+        {ERROR_NETWORK_ACCESS_DENIED, FileProblem::NoAccess},
+        {ERROR_PRIVILEGE_NOT_HELD, FileProblem::NoAccess},
+        {ERROR_SHARING_VIOLATION, FileProblem::InUse},
+        {ERROR_LOCK_VIOLATION, FileProblem::InUse},
+        {ERROR_USER_MAPPED_FILE, FileProblem::InUse},
+        {ERROR_CANCELLED, FileProblem::Canceled},
+        {ERROR_DISK_FULL, FileProblem::DiskFull},
+        {ERROR_HANDLE_DISK_FULL, FileProblem::DiskFull},
+        {ERROR_NOT_ENOUGH_QUOTA, FileProblem::DiskFull},
+        {ERROR_DISK_QUOTA_EXCEEDED, FileProblem::DiskFull},
+        {ERROR_FILE_TOO_LARGE, FileProblem::TooLarge},
+        {ERROR_NOT_ENOUGH_MEMORY, FileProblem::OutOfMemory},
+        {ERROR_OUTOFMEMORY, FileProblem::OutOfMemory},
+        {ERROR_NO_SYSTEM_RESOURCES, FileProblem::OutOfMemory},
+        {ERROR_COMMITMENT_LIMIT, FileProblem::OutOfMemory},
+        {ERROR_BROKEN_PIPE, FileProblem::NobodyReads},
+        {ERROR_NO_DATA, FileProblem::NobodyReads},
+        {ERROR_PIPE_NOT_CONNECTED, FileProblem::NobodyReads},
+        {ERROR_IO_DEVICE, FileProblem::Other},
+    };
+    return kRows;
 }
 
 // The streams of the C library keep the system's number beside errno, and nothing there when they found out

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/Files.h"
+#include "platform/OpenFile.h"
 
 namespace platform {
 
@@ -13,17 +14,10 @@ namespace platform {
 /// Owns the open file; closing or destroying it ends the claim.
 class CLogFile {
 public:
-    CLogFile() = default;
-    CLogFile(CLogFile&& other) noexcept;
-    CLogFile& operator=(CLogFile&& other) noexcept;
-    CLogFile(const CLogFile&) = delete;
-    CLogFile& operator=(const CLogFile&) = delete;
-    ~CLogFile();
-
     /// Opens or creates the file; without `append` it is emptied, once no other writer holds it.
     /// Fails: closed, the file untouched; also when another object or process has it open as a log.
     FileResult Open(const std::string& path, bool append);
-    bool IsOpen() const { return m_file != kNone; }
+    bool IsOpen() const { return m_file.IsOpen(); }
     /// Writes at the current position, normally with one system call.
     FileResult Write(std::string_view bytes);
     /// Up to `maxBytes` from the current position; empty at the end and on failure.
@@ -33,11 +27,10 @@ public:
     /// Cuts the file to length 0; the position stays.
     bool Truncate();
     bool Flush();
-    void Close();
+    void Close() { m_file.Close(); }
 
 private:
-    static constexpr long long kNone = -1;
-    long long m_file = kNone;  // descriptor or handle
+    COpenFile m_file;
 };
 
 }  // namespace platform

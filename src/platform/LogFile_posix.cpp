@@ -6,8 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
-
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 
@@ -27,16 +25,6 @@ FileResult Claim(int descriptor)
 
 }  // namespace
 
-CLogFile::CLogFile(CLogFile&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
-
-CLogFile& CLogFile::operator=(CLogFile&& other) noexcept
-{
-    std::swap(m_file, other.m_file);
-    return *this;
-}
-
-CLogFile::~CLogFile() { Close(); }
-
 FileResult CLogFile::Open(const std::string& path, bool append)
 {
     Close();
@@ -44,13 +32,13 @@ FileResult CLogFile::Open(const std::string& path, bool append)
     if (!file.Valid()) return {errno};
     if (const auto claimed = Claim(file.Get()); !claimed) return claimed;
     if (!append && calls::Truncate(file.Get(), 0) != 0) return {errno};
-    m_file = file.Release();
+    m_file = COpenFile(file.Release());
     return {};
 }
 
 FileResult CLogFile::Write(std::string_view bytes)
 {
-    return IsOpen() ? WriteAll(static_cast<int>(m_file), bytes) : FileResult{EBADF};
+    return IsOpen() ? WriteAll(static_cast<int>(m_file.Get()), bytes) : FileResult{EBADF};
 }
 
 std::string CLogFile::Read(std::size_t maxBytes)
@@ -58,7 +46,8 @@ std::string CLogFile::Read(std::size_t maxBytes)
     std::string bytes(IsOpen() ? maxBytes : 0, '\0');
     std::size_t filled = 0;
     while (filled < bytes.size()) {
-        const ssize_t count = calls::Read(static_cast<int>(m_file), bytes.data() + filled, bytes.size() - filled);
+        const ssize_t count =
+            calls::Read(static_cast<int>(m_file.Get()), bytes.data() + filled, bytes.size() - filled);
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) break;
         filled += static_cast<std::size_t>(count);
@@ -67,18 +56,12 @@ std::string CLogFile::Read(std::size_t maxBytes)
     return bytes;
 }
 
-bool CLogFile::SeekBegin() { return IsOpen() && lseek(static_cast<int>(m_file), 0, SEEK_SET) == 0; }
+bool CLogFile::SeekBegin() { return IsOpen() && lseek(static_cast<int>(m_file.Get()), 0, SEEK_SET) == 0; }
 
-bool CLogFile::SeekEnd() { return IsOpen() && lseek(static_cast<int>(m_file), 0, SEEK_END) >= 0; }
+bool CLogFile::SeekEnd() { return IsOpen() && lseek(static_cast<int>(m_file.Get()), 0, SEEK_END) >= 0; }
 
-bool CLogFile::Truncate() { return IsOpen() && calls::Truncate(static_cast<int>(m_file), 0) == 0; }
+bool CLogFile::Truncate() { return IsOpen() && calls::Truncate(static_cast<int>(m_file.Get()), 0) == 0; }
 
-bool CLogFile::Flush() { return IsOpen() && FlushDescriptor(static_cast<int>(m_file)).Ok(); }
-
-void CLogFile::Close()
-{
-    if (IsOpen()) close(static_cast<int>(m_file));
-    m_file = kNone;
-}
+bool CLogFile::Flush() { return IsOpen() && FlushDescriptor(static_cast<int>(m_file.Get())).Ok(); }
 
 }  // namespace platform

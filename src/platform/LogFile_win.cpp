@@ -1,20 +1,8 @@
 #include "platform/LogFile.h"
 
-#include <utility>
-
 #include "platform/FileHandles_win.h"
 
 namespace platform {
-
-CLogFile::CLogFile(CLogFile&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
-
-CLogFile& CLogFile::operator=(CLogFile&& other) noexcept
-{
-    std::swap(m_file, other.m_file);
-    return *this;
-}
-
-CLogFile::~CLogFile() { Close(); }
 
 FileResult CLogFile::Open(const std::string& path, bool append)
 {
@@ -25,13 +13,13 @@ FileResult CLogFile::Open(const std::string& path, bool append)
     if (!append) {
         if (const auto emptied = CutTo(file.Get(), 0); !emptied) return emptied;
     }
-    m_file = NumberOf(file.Release());
+    m_file = COpenFile(NumberOf(file.Release()));
     return {};
 }
 
 FileResult CLogFile::Write(std::string_view bytes)
 {
-    return IsOpen() ? WriteAll(HandleOf(m_file), bytes) : FileResult{ERROR_INVALID_HANDLE};
+    return IsOpen() ? WriteAll(HandleOf(m_file.Get()), bytes) : FileResult{ERROR_INVALID_HANDLE};
 }
 
 std::string CLogFile::Read(std::size_t maxBytes)
@@ -41,25 +29,19 @@ std::string CLogFile::Read(std::size_t maxBytes)
     while (filled < bytes.size()) {
         DWORD count = 0;
         const auto part = static_cast<DWORD>(bytes.size() - filled < MAXLONG ? bytes.size() - filled : MAXLONG);
-        if (!ReadFile(HandleOf(m_file), bytes.data() + filled, part, &count, nullptr) || count == 0) break;
+        if (!ReadFile(HandleOf(m_file.Get()), bytes.data() + filled, part, &count, nullptr) || count == 0) break;
         filled += count;
     }
     bytes.resize(filled);
     return bytes;
 }
 
-bool CLogFile::SeekBegin() { return IsOpen() && SetFilePointerEx(HandleOf(m_file), {}, nullptr, FILE_BEGIN); }
+bool CLogFile::SeekBegin() { return IsOpen() && SetFilePointerEx(HandleOf(m_file.Get()), {}, nullptr, FILE_BEGIN); }
 
-bool CLogFile::SeekEnd() { return IsOpen() && SetFilePointerEx(HandleOf(m_file), {}, nullptr, FILE_END); }
+bool CLogFile::SeekEnd() { return IsOpen() && SetFilePointerEx(HandleOf(m_file.Get()), {}, nullptr, FILE_END); }
 
-bool CLogFile::Truncate() { return IsOpen() && CutTo(HandleOf(m_file), 0).Ok(); }
+bool CLogFile::Truncate() { return IsOpen() && CutTo(HandleOf(m_file.Get()), 0).Ok(); }
 
-bool CLogFile::Flush() { return IsOpen() && FlushFileBuffers(HandleOf(m_file)); }
-
-void CLogFile::Close()
-{
-    if (IsOpen()) CloseHandle(HandleOf(m_file));
-    m_file = kNone;
-}
+bool CLogFile::Flush() { return IsOpen() && FlushFileBuffers(HandleOf(m_file.Get())); }
 
 }  // namespace platform

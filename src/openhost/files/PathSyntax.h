@@ -33,6 +33,8 @@ std::string NativeOfDeviceIndependent(std::string_view absolute);
 std::size_t StepsToRoot(std::string_view absolute);
 
 std::string UrlOfNative(std::string_view absolute);
+/// For URLs: ASCII letters and digits stay, and the characters of `plain`.
+std::string PercentEncoded(std::string_view path, std::string_view plain);
 
 }  // namespace openhost
 

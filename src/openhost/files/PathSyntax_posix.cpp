@@ -1,4 +1,3 @@
-#include <cctype>
 #include <filesystem>
 
 #include "openhost/files/PathSyntax.h"
@@ -55,20 +54,6 @@ std::string NativeOfDeviceIndependent(std::string_view absolute) { return Absolu
 
 std::size_t StepsToRoot(std::string_view) { return 0; }
 
-std::string UrlOfNative(std::string_view absolute)
-{
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string url = "file://";
-    for (const char character : absolute) {
-        const auto byte = static_cast<unsigned char>(character);
-        const bool plain = byte < 0x80 && (std::isalnum(byte) ||
-                                           std::string_view("/-._~").find(character) != std::string_view::npos);
-        if (plain)
-            url += character;
-        else
-            url.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
-    }
-    return url;
-}
+std::string UrlOfNative(std::string_view absolute) { return "file://" + PercentEncoded(absolute, "/-._~"); }
 
 }  // namespace openhost

@@ -1,7 +1,6 @@
 #include "openhost/files/PathSyntax.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "platform/WideText_win.h"
 
@@ -123,19 +122,8 @@ std::size_t StepsToRoot(std::string_view absolute)
 
 std::string UrlOfNative(std::string_view absolute)
 {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
     const std::string path = Slashed(absolute);
-    std::string url = path.starts_with("//") ? "file:" : "file:///";
-    for (const char character : path) {
-        const auto byte = static_cast<unsigned char>(character);
-        const bool plain = byte < 0x80 && (std::isalnum(byte) ||
-                                           std::string_view("/-._~:").find(character) != std::string_view::npos);
-        if (plain)
-            url += character;
-        else
-            url.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
-    }
-    return url;
+    return (path.starts_with("//") ? "file:" : "file:///") + PercentEncoded(path, "/-._~:");
 }
 
 }  // namespace openhost

@@ -53,7 +53,7 @@ WORDS = [
     ("tests/a.cpp", 'Open("/tm' + 'p/x")', ""),
     ("src/a.cpp", '#include "net/wo' + 'rk/file.h"', ""),
     ("src/a.cpp", "// as Pa" + "rt 3.2 says", "numbered part"),
-    ("docs/DEVELOPERS.md", "as Pa" + "rt 3.2 says", ""),
+    ("docs/DEVELOPERS" + ".md", "as Pa" + "rt 3.2 says", ""),
     ("README.md", "the settled" + " points", "a discussion"),
     ("README.md", "see spec" + ".md", "private document"),
     ("README.md", "plain words, Pa" + "rt 3 of 4, special.md", ""),

@@ -2,7 +2,7 @@
 
 #include "openhost/files/FilePaths.h"
 #include "openhost/files/Files.h"
-#include "platform/Overseer.h"
+#include "support/RefusingOverseer.h"
 #include "support/TemporaryFolder.h"
 #include "unit/openhost_app/HostFixture.h"
 #include "unit/openhost_pdf/TestPdfs.h"
@@ -18,19 +18,6 @@ ASBool HOSTCALL AskTheHost(PDDoc document, void*)
     ++g_asked;
     return HOST(AcroView, AVAuthOpen, document);
 }
-
-/// Lets nothing be done for good.
-class CRefusingOverseer final : public platform::COverseer {
-public:
-    CRefusingOverseer() : m_former(platform::InstallOverseer(this)) {}
-    ~CRefusingOverseer() override { platform::InstallOverseer(m_former); }
-    Answer Ask(Act, const std::string&, const std::string&) override { return Answer::Refuse; }
-    bool Pretends() const override { return false; }
-    std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
-
-private:
-    platform::COverseer* m_former;
-};
 
 /// The last 5 bytes, which every document ends with; "" when the file cannot be read.
 std::string EndOf(ASFile file)

@@ -12,6 +12,7 @@
 
 #include "platform/Interrupts.h"
 #include "support/TemporaryFolder.h"
+#include "unit/platform/ChildStory.h"
 
 using platform::CChildProcess;
 using platform::CChildWatch;
@@ -20,28 +21,7 @@ using platform::ChildOptions;
 
 namespace {
 
-constexpr int kPatience = 30'000;  // milliseconds; no test waits so long unless it fails
-
 ChildOptions Shell(const std::string& script) { return {.program = "/bin/sh", .arguments = {"-c", script, "shell"}}; }
-
-struct Story {
-    std::string lines, errors;
-    bool ended = false;
-};
-
-Story Watch(CChildProcess& child)
-{
-    Story story;
-    CChildWatch watch;
-    while (!story.ended) {
-        const auto news = watch.Wait({&child}, kPatience);
-        if (!news) break;
-        if (news->event == ChildEvent::Line) story.lines += news->text + '|';
-        if (news->event == ChildEvent::Error) story.errors += news->text + '|';
-        story.ended = news->event == ChildEvent::Ended;
-    }
-    return story;
-}
 
 bool IsAlive(pid_t process)
 {

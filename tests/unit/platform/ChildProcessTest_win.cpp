@@ -7,6 +7,7 @@
 #include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"
+#include "unit/platform/ChildStory.h"
 
 using platform::CChildProcess;
 using platform::CChildWatch;
@@ -18,8 +19,6 @@ using Words = std::vector<std::string>;
 
 namespace {
 
-constexpr int kPatience = 30'000;  // milliseconds; no test waits so long unless it fails
-
 ChildOptions Doing(const Words& words) { return {.program = CHILD_PROGRAM, .arguments = words}; }
 
 /// This program with one of its tests.
@@ -28,25 +27,6 @@ ChildOptions ThisTest(const std::string& name)
     return {.program = platform::ExecutablePath(),
             .arguments = {"--gtest_also_run_disabled_tests", "--gtest_filter=*." + name},
             .openedProgramsGoOn = true};
-}
-
-struct Story {
-    std::string lines, errors;
-    bool ended = false;
-};
-
-Story Watch(CChildProcess& child)
-{
-    Story story;
-    CChildWatch watch;
-    while (!story.ended) {
-        const auto news = watch.Wait({&child}, kPatience);
-        if (!news) break;
-        if (news->event == ChildEvent::Line) story.lines += news->text + '|';
-        if (news->event == ChildEvent::Error) story.errors += news->text + '|';
-        story.ended = news->event == ChildEvent::Ended;
-    }
-    return story;
 }
 
 std::string NextLine(CChildProcess& child)

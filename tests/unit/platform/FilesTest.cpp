@@ -196,3 +196,14 @@ TEST(Files, EveryFailureHasASentence)
         EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos) << text;
     }
 }
+
+TEST(FileProblems, EveryOneHasANumberThatMeansIt)
+{
+    using platform::FileProblem;
+    for (int i = 0; i <= static_cast<int>(FileProblem::Other); ++i) {
+        const auto problem = static_cast<FileProblem>(i);
+        EXPECT_EQ(platform::ProblemOf(platform::Failure(problem)), problem) << i;
+        EXPECT_EQ(platform::Failure(problem).Ok(), problem == FileProblem::None) << i;
+    }
+    EXPECT_EQ(platform::ProblemOf({123456}), FileProblem::Other);
+}

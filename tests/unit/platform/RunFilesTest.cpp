@@ -6,8 +6,10 @@
 #include "platform/FileProblem.h"
 #include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
+#include "unit/platform/ChildStory.h"
 
 using platform::CAppendFile;
+using platform::CChildProcess;
 using platform::CFileLock;
 using platform::FileProblem;
 using platform::ProblemOf;
@@ -83,4 +85,25 @@ TEST(RunFiles, TimesAreUniversal)
                 {1'709'208'000'999'999'999, "2024-02-29T12:00:00Z"}};
     for (const auto& row : rows) EXPECT_EQ(platform::UtcText(row.nanoseconds), row.text);
     EXPECT_GT(platform::UtcText(platform::NanosecondsSince1970()), "2025-01-01");
+}
+
+TEST(RunFiles, ALockIsHeldUntilTheLastChildThatInheritedItIsGone)
+{
+    const CTemporaryFolder folder;
+    const auto path = folder / "lock";
+    CFileLock other;
+    std::optional<CChildProcess> heir, stranger;
+    {
+        CFileLock lock;
+        ASSERT_TRUE(lock.TryLock(path));
+        const platform::ChildOptions options = WaitingChild();
+        stranger = CChildProcess::Start(options);
+        auto inheriting = options;
+        inheriting.inheritedDescriptors = {lock.Descriptor()};
+        heir = CChildProcess::Start(inheriting);
+        ASSERT_TRUE(heir && stranger);
+    }
+    EXPECT_EQ(ProblemOf(other.TryLock(path)), FileProblem::InUse);
+    heir.reset();
+    EXPECT_TRUE(other.TryLock(path)) << "the child that did not inherit it does not count";
 }

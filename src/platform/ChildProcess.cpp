@@ -1,0 +1,43 @@
+#include "platform/ChildProcess.h"
+
+#include <memory>
+#include <utility>
+
+#include "platform/ChildState.h"
+
+namespace platform {
+
+std::optional<CChildProcess> CChildProcess::Start(const ChildOptions& options, FileResult* result)
+{
+    auto state = std::make_unique<State>();
+    const auto started = StartChild(options, *state);
+    if (result) *result = started;
+    if (!started) return std::nullopt;
+    return CChildProcess(state.release());
+}
+
+CChildProcess::CChildProcess(State* state) : m_state(state) {}
+
+CChildProcess::CChildProcess(CChildProcess&& other) noexcept : m_state(std::exchange(other.m_state, nullptr)) {}
+
+CChildProcess& CChildProcess::operator=(CChildProcess&& other) noexcept
+{
+    std::swap(m_state, other.m_state);
+    return *this;
+}
+
+CChildProcess::~CChildProcess()
+{
+    if (!m_state) return;
+    m_state->KillFamily();
+    m_state->Collect();
+    delete m_state;
+}
+
+void CChildProcess::Kill() { m_state->KillFamily(); }
+
+int CChildProcess::ProcessId() const { return m_state->processId; }
+
+ChildEnding CChildProcess::Ending() const { return m_state->ending; }
+
+}  // namespace platform

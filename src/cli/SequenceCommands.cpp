@@ -11,6 +11,7 @@
 #include "cli/Summary.h"
 #include "common/Text.h"
 #include "platform/ByteText.h"
+#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "supervisor/Supervisor.h"
@@ -68,6 +69,8 @@ std::string ReadPassword(const std::string& path)
     } else {
         platform::FileResult result;
         const auto bytes = platform::ReadWholeFile(path, kLongestPasswordFile, &result);
+        if (platform::ProblemOf(result) == platform::FileProblem::NotARegularFile)
+            FailStart(path + ": is not a regular file; what comes out of a pipe is read with \"-\"");
         if (!bytes) FailStart(path + ": " + platform::ErrorText(result.errorNumber));
         text = bytes->substr(0, bytes->find('\n'));
     }

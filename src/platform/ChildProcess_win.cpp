@@ -1,6 +1,5 @@
 #include "platform/ChildProcess.h"
 
-
 #include "platform/ChildState_win.h"
 #include "platform/FileProblem.h"
 #include "platform/Windows_win.h"

@@ -33,6 +33,20 @@ bool IsLinkTag(DWORD attributes, DWORD tag)
 
 }  // namespace
 
+CHandle OpenFor(const std::wstring& path, DWORD right, DWORD flags)
+{
+    return CHandle(CreateFileW(path.c_str(), right, kShareAll, nullptr, OPEN_EXISTING,
+                               flags | FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+std::wstring FinalPath(const CHandle& file)
+{
+    if (!file.Valid()) return {};
+    std::wstring name(GetFinalPathNameByHandleW(file.Get(), nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
+    name.resize(GetFinalPathNameByHandleW(file.Get(), name.data(), static_cast<DWORD>(name.size()), 0));
+    return name;
+}
+
 FileResult FactsOf(HANDLE file, FileFacts& facts)
 {
     facts = {};
@@ -54,9 +68,8 @@ FileResult FactsOf(HANDLE file, FileFacts& facts)
 
 FileResult FactsOf(const std::wstring& path, Links links, FileFacts& facts)
 {
-    const DWORD flags = FILE_FLAG_BACKUP_SEMANTICS | (links == Links::Keep ? FILE_FLAG_OPEN_REPARSE_POINT : DWORD{0});
-    const CHandle file(
-        CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr));
+    const DWORD flags = links == Links::Keep ? FILE_FLAG_OPEN_REPARSE_POINT : DWORD{0};
+    const CHandle file = OpenFor(path, FILE_READ_ATTRIBUTES, flags);
     return file.Valid() ? FactsOf(file.Get(), facts) : LastFailure();
 }
 

@@ -26,6 +26,13 @@ struct FileFacts {
     std::uint64_t device = 0, file = 0, links = 0;
     bool IsFolder() const { return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
 };
+/// Opens what the path leads to, or by FILE_FLAG_OPEN_REPARSE_POINT the link itself, for one right only; others are
+/// not asked to share anything unless that is DELETE.
+CHandle OpenFor(const std::wstring& path, DWORD right, DWORD flags);
+/// The path under which the system knows the open file, links resolved, in the letter cases in which it was created.
+/// Empty when the file is not open or the file system cannot tell.
+std::wstring FinalPath(const CHandle& file);
+
 enum class Links { Follow, Keep };
 FileResult FactsOf(const std::wstring& path, Links links, FileFacts& facts);
 FileResult FactsOf(HANDLE file, FileFacts& facts);

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/Files.h"
+#include "platform/OpenFile.h"
 
 // What the file services that are the same on every system are made of. Each system has its own; not for callers
 // outside this folder.
@@ -88,11 +89,8 @@ public:
     const std::string& Path() const { return m_path; }
 
 private:
-    static constexpr long long kNone = -1;
-    void Close();
-
-    long long m_file = kNone;  // descriptor or handle
-    std::string m_path;        // empty when there is nothing to remove
+    COpenFile m_file;
+    std::string m_path;  // empty when there is nothing to remove
 };
 
 }  // namespace platform

@@ -35,24 +35,6 @@ FileResult Ask(const std::string& path, Links links, FileStatus& status)
     return {};
 }
 
-/// Opens what the path leads to, or the link itself, for one right only; others are not asked to share anything
-/// unless that is DELETE.
-CHandle OpenFor(const std::wstring& path, DWORD right, DWORD flags)
-{
-    return CHandle(CreateFileW(path.c_str(), right, kShareAll, nullptr, OPEN_EXISTING,
-                               flags | FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-}
-
-/// The path under which the system knows the name, links resolved; in the letter cases in which it was created.
-std::wstring FinalPath(const std::wstring& path, DWORD flags)
-{
-    const CHandle file = OpenFor(path, FILE_READ_ATTRIBUTES, flags);
-    if (!file.Valid()) return {};
-    std::wstring name(GetFinalPathNameByHandleW(file.Get(), nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
-    name.resize(GetFinalPathNameByHandleW(file.Get(), name.data(), static_cast<DWORD>(name.size()), 0));
-    return name;
-}
-
 /// Read-only, for all: said here and not left to the system, so that it holds on every file system.
 bool IsMarked(const std::wstring& path)
 {
@@ -87,8 +69,8 @@ FileResult StatusIfThere(const std::string& path, FileStatus& status, bool& isTh
 
 bool SameName(const std::string& a, const std::string& b)
 {
-    const auto nameA = FinalPath(WidePath(a), FILE_FLAG_OPEN_REPARSE_POINT);
-    const auto nameB = FinalPath(WidePath(b), FILE_FLAG_OPEN_REPARSE_POINT);
+    const auto nameA = FinalPath(OpenFor(WidePath(a), FILE_READ_ATTRIBUTES, FILE_FLAG_OPEN_REPARSE_POINT));
+    const auto nameB = FinalPath(OpenFor(WidePath(b), FILE_READ_ATTRIBUTES, FILE_FLAG_OPEN_REPARSE_POINT));
     return !nameA.empty() && CompareStringOrdinal(nameA.data(), static_cast<int>(nameA.size()), nameB.data(),
                                                   static_cast<int>(nameB.size()), TRUE) == CSTR_EQUAL;
 }
@@ -99,7 +81,7 @@ FileResult FollowLinks(const std::string& path, std::string& end)
     const auto wide = WidePath(path);
     if (!IsLink(wide)) return {};
     // A link that leads nowhere is not followed: the system tells no place.
-    const auto final = FinalPath(wide, 0);
+    const auto final = FinalPath(OpenFor(wide, FILE_READ_ATTRIBUTES, 0));
     if (final.empty()) return LastFailure();
     end = NarrowPath(final);
     return {};

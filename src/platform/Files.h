@@ -73,6 +73,10 @@ using Stream = std::unique_ptr<std::FILE, CloseStream>;
 /// A C stream, not handed on to started programs; `mode` as for fopen. Fails: null, with the reason in `result`.
 Stream OpenStream(const std::string& path, const char* mode, FileResult* result = nullptr);
 
+/// A regular file for reading, as OpenStream gives it; never waits, whatever the path names.
+/// Fails: null, with the reason in `result`.
+Stream OpenRegularStream(const std::string& path, FileResult& result);
+
 struct FolderEntry {
     std::string name;
     bool isFolder = false;  ///< links to folders count as folders

@@ -11,6 +11,7 @@
 
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
+#include "platform/FileProblem.h"
 #include "platform/Oversight.h"
 
 namespace platform {
@@ -97,6 +98,20 @@ Stream OpenStream(const std::string& path, const char* mode, FileResult* result)
 {
     Stream stream(calls::OpenStream(path, mode));
     if (result) *result = {stream ? 0 : errno};
+    return stream;
+}
+
+Stream OpenRegularStream(const std::string& path, FileResult& result)
+{
+    CDescriptor file;
+    struct stat status;
+    result = OpenRegular(path, file, status);
+    if (!result) return {};
+    Stream stream(fdopen(file.Get(), "rb"));
+    if (stream)
+        (void)file.Release();
+    else
+        result = StreamFailure();
     return stream;
 }
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <algorithm>
 #include <string>
 
 #include "platform/FileHandles_win.h"
@@ -192,14 +193,14 @@ Stream OpenStream(const std::string& path, const char* mode, FileResult* result)
     return stream;
 }
 
+Stream OpenRegularStream(const std::string& path, FileResult& result) { return OpenStream(path, "rb", &result); }
+
 std::string CanonicalPath(const std::string& path)
 {
     const auto wide = WidePath(path);
-    const CHandle file(CreateFileW(wide.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
-                                   FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const CHandle file = OpenFor(wide, FILE_READ_ATTRIBUTES, 0);
     if (!file.Valid()) return {};
-    std::wstring name(GetFinalPathNameByHandleW(file.Get(), nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
-    name.resize(GetFinalPathNameByHandleW(file.Get(), name.data(), static_cast<DWORD>(name.size()), 0));
+    const auto name = FinalPath(file);
     // A file system that cannot tell still has the path.
     return NarrowPath(name.empty() ? wide : name);
 }

@@ -22,6 +22,7 @@ public:
 
     long long Get() const { return m_file; }
     bool IsOpen() const { return m_file != kNone; }
+    long long Release() noexcept { return std::exchange(m_file, kNone); }
     void Close() noexcept;
 
 private:

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 #include <vector>
 
 #include "platform/FileCalls_posix.h"
@@ -31,13 +30,8 @@ FileResult CFileRights::ReadFrom(const std::string& path)
 
 CTemporaryFile::~CTemporaryFile()
 {
-    Close();
+    m_file.Close();
     if (!m_path.empty()) calls::Unlink(m_path);
-}
-
-void CTemporaryFile::Close()
-{
-    if (m_file != kNone) close(static_cast<int>(std::exchange(m_file, kNone)));
 }
 
 FileResult CTemporaryFile::CreateBeside(const std::string& target, unsigned mode)
@@ -48,7 +42,7 @@ FileResult CTemporaryFile::CreateBeside(const std::string& target, unsigned mode
         std::string path = folder + NextTemporaryName(static_cast<unsigned long>(getpid()));
         CDescriptor file(calls::Open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
         if (file.Valid()) {
-            m_file = file.Release();
+            m_file = COpenFile(file.Release());
             m_path = std::move(path);
             return {};
         }
@@ -57,12 +51,12 @@ FileResult CTemporaryFile::CreateBeside(const std::string& target, unsigned mode
     return {EEXIST};
 }
 
-FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(static_cast<int>(m_file), bytes); }
+FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(static_cast<int>(m_file.Get()), bytes); }
 
 FileResult CTemporaryFile::TakeOver(const CFileRights& rights)
 {
     const auto& [mode, owner, group] = *rights.m_state;
-    const int file = static_cast<int>(m_file);
+    const int file = static_cast<int>(m_file.Get());
     // Only the superuser may give files away; anyone else keeps the new file as his own.
     const bool foreign = owner != geteuid() || group != getegid();
     const bool given = !foreign || calls::SetOwner(file, owner, group) == 0;
@@ -71,9 +65,9 @@ FileResult CTemporaryFile::TakeOver(const CFileRights& rights)
 
 FileResult CTemporaryFile::Complete()
 {
-    if (const auto flushed = FlushDescriptor(static_cast<int>(m_file)); !flushed) return flushed;
+    if (const auto flushed = FlushDescriptor(static_cast<int>(m_file.Get())); !flushed) return flushed;
     // Some file systems tell only now that the disk was full.
-    if (calls::Close(static_cast<int>(std::exchange(m_file, kNone))) == 0 || errno == EINTR) return {};
+    if (calls::Close(static_cast<int>(m_file.Release())) == 0 || errno == EINTR) return {};
     return {errno};
 }
 
@@ -122,8 +116,8 @@ FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string
     struct stat status;
     if (const auto opened = OpenRegular(from, source, status); !opened) return opened;
     if (const auto created = CreateBeside(target, 0600); !created) return created;
-    if (const auto copied = CopyBytes(source.Get(), static_cast<int>(m_file)); !copied) return copied;
-    CopyAttributes(status, static_cast<int>(m_file));
+    if (const auto copied = CopyBytes(source.Get(), static_cast<int>(m_file.Get())); !copied) return copied;
+    CopyAttributes(status, static_cast<int>(m_file.Get()));
     return Complete();
 }
 

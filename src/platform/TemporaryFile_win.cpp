@@ -2,8 +2,6 @@
 
 #include <aclapi.h>
 
-#include <utility>
-
 #include "platform/FileHandles_win.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
@@ -87,13 +85,8 @@ FileResult CFileRights::ReadFrom(const std::string& path)
 
 CTemporaryFile::~CTemporaryFile()
 {
-    Close();
+    m_file.Close();
     if (!m_path.empty()) (void)RemoveMoved(m_path);
-}
-
-void CTemporaryFile::Close()
-{
-    if (m_file != kNone) CloseHandle(HandleOf(std::exchange(m_file, kNone)));
 }
 
 FileResult CTemporaryFile::CreateBeside(const std::string& target, unsigned)
@@ -103,13 +96,13 @@ FileResult CTemporaryFile::CreateBeside(const std::string& target, unsigned)
         CHandle file(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                  FILE_ATTRIBUTE_NORMAL, nullptr));
         if (!file.Valid()) return LastFailure();
-        m_file = NumberOf(file.Release());
+        m_file = COpenFile(NumberOf(file.Release()));
         return {};
     };
     return CreateUnderNewName(target, create, m_path);
 }
 
-FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(HandleOf(m_file), bytes); }
+FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(HandleOf(m_file.Get()), bytes); }
 
 FileResult CTemporaryFile::TakeOver(const CFileRights& rights)
 {
@@ -117,7 +110,7 @@ FileResult CTemporaryFile::TakeOver(const CFileRights& rights)
     FILE_BASIC_INFO basic{};  // zeros leave a time as it is
     basic.CreationTime = state.basic.CreationTime;
     basic.FileAttributes = (state.basic.FileAttributes & kTakenOver) | FILE_ATTRIBUTE_ARCHIVE;
-    (void)SetFileInformationByHandle(HandleOf(m_file), FileBasicInfo, &basic, sizeof basic);
+    (void)SetFileInformationByHandle(HandleOf(m_file.Get()), FileBasicInfo, &basic, sizeof basic);
     if (!state.list) return {};
     // As far as the system lets us: on many network shares nobody but an administrator may do this.
     const SECURITY_INFORMATION parts =
@@ -130,8 +123,8 @@ FileResult CTemporaryFile::TakeOver(const CFileRights& rights)
 
 FileResult CTemporaryFile::Complete()
 {
-    const auto flushed = ResultOf(FlushFileBuffers(HandleOf(m_file)));
-    Close();
+    const auto flushed = ResultOf(FlushFileBuffers(HandleOf(m_file.Get())));
+    m_file.Close();
     return flushed;
 }
 

@@ -5,7 +5,7 @@ import unittest
 
 from commandline import documents, is_protected, records, temporaries
 from unattended import minimal_pdf
-from wine import WINE, WindowsPlace, windows
+from wine import DRIVE, WINE, WindowsPlace, windows
 
 
 class CommandLine(unittest.TestCase):
@@ -88,6 +88,27 @@ class CommandLine(unittest.TestCase):
                 self.assertEqual(sorted(path.name for path in self.place.output.iterdir()), ["a.pdf", "b.pdf"])
                 for path in self.place.output.iterdir():
                     path.unlink()
+
+    def test_folders_of_another_machine(self):
+        share = DRIVE.parent / "dosdevices" / "unc" / "server" / "share"  # where Wine looks for them
+        share.parent.mkdir(parents=True, exist_ok=True)
+        share.symlink_to(self.place.root)
+        self.addCleanup(share.unlink)
+        (self.place.root / "p.sequ").write_bytes(self.sequence.read_bytes())
+        for root in (r"\\server\share", r"\\?\UNC\server\share"):
+            with self.subTest(root=root):
+                originals = documents(self.place, ["a ü.pdf", "sub/b.pdf"])
+                result = self.place.ferrule("run", root + r"\p.sequ", "--input", root + r"\in", "--output", root + r"\out", "--final-action",
+                                            "move-replace", "--destination", root + r"\done", "--record", root + r"\record.jsonl", "--quiet")
+                self.assertEqual(result.code, 0, result)
+                self.assertEqual([line["path"] for line in records(self.record).values()],
+                                 [r"\\server\share\in\a ü.pdf", r"\\server\share\in\sub\b.pdf"])
+                self.assertEqual(sorted(path.read_bytes() for path in self.place.done.iterdir()), sorted(originals.values()))
+                self.assertTrue(all(map(is_protected, self.place.output.iterdir())))
+                for path in (*self.place.output.iterdir(), *self.place.done.iterdir()):
+                    path.unlink()
+        missing = self.place.ferrule("run", self.sequence, "--input", r"\\server\nowhere\in", "--output", self.place.output)
+        self.assertEqual(missing.code, 1, missing)
 
     def test_device_names_are_never_written_to(self):
         documents(self.place, ["a.pdf"])

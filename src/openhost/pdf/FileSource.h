@@ -16,7 +16,7 @@ namespace openhost {
 class CFileSource final : public InputSource {
 public:
     /// `file` is that path, open for reading.
-    CFileSource(std::string path, FileHandle file) : m_path(std::move(path)), m_file(std::move(file)) {}
+    CFileSource(std::string path, platform::Stream file) : m_path(std::move(path)), m_file(std::move(file)) {}
 
     /// Closes the file; the next read opens it again.
     void LetGo() { m_file.reset(); }
@@ -39,7 +39,7 @@ private:
     std::size_t ReadHere(char* bytes, std::size_t count);
 
     std::string m_path;
-    FileHandle m_file;
+    platform::Stream m_file;
     std::unique_ptr<Buffer> m_content;  // when swallowed
     bool m_isGone = false;
     qpdf_offset_t m_position = 0;

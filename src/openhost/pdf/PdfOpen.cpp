@@ -122,7 +122,7 @@ std::unique_ptr<Buffer> SmallContent(std::FILE* file)
 /// read at once, and nobody can change it under the library's hands then.
 std::shared_ptr<InputSource> OpenSource(const std::string& path)
 {
-    FileHandle file = OpenForReading(path);
+    platform::Stream file = OpenForReading(path);
     if (auto content = SmallContent(file.get())) {
         return std::make_shared<BufferInputSource>(path, content.release(), true);
     }

@@ -10,6 +10,7 @@
 #include "openhost/pdf/Xmp.h"
 #include "platform/Files.h"
 #include "platform/Overseer.h"
+#include "platform/Paths.h"
 
 namespace openhost {
 namespace {
@@ -104,7 +105,8 @@ platform::Existing WhatExists(const PdfSaveOptions& options)
 /// The large source of a document that is about to replace its own file; null when nothing stands in the way.
 CFileSource* SourceInTheWay(const CPdfDocument::State& state, const std::string& target)
 {
-    auto* const source = kOpenFilesKeepTheirNames ? dynamic_cast<CFileSource*>(state.source.get()) : nullptr;
+    if (!platform::kOpenFilesKeepTheirNames) return nullptr;
+    auto* const source = dynamic_cast<CFileSource*>(state.source.get());
     if (!source) return nullptr;
     const auto mine = platform::StampOf(source->getName()), other = platform::StampOf(target);
     const bool same = mine && other && mine->device == other->device && mine->inode == other->inode;

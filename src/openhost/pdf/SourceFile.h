@@ -3,28 +3,21 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <string>
 
-namespace openhost {
+#include "platform/Files.h"
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+namespace openhost {
 
 /// Opens a regular file for reading; never waits, whatever the path names.
 /// Fails: CPdfError NotFound, NoAccess, NotAFile, CannotRead.
-FileHandle OpenForReading(const std::string& path);
-
-/// Whether a file that anybody has open keeps its name: no other can be put in its place until it is closed.
-extern const bool kOpenFilesKeepTheirNames;
+platform::Stream OpenForReading(const std::string& path);
 
 /// From the beginning, in bytes.
 bool SeekTo(std::FILE* file, std::uint64_t position);
 
-/// In bytes; nothing when the system does not say.
+/// In bytes; nothing when the system does not say. The file stands at its beginning after it.
 std::optional<std::uint64_t> SizeOf(std::FILE* file);
 
 /// The whole file. Fails: as OpenForReading, and CannotRead when it holds more than `maxBytes`.

@@ -56,7 +56,10 @@ Entry EntryOf(const std::wstring& prefix, const WIN32_FIND_DATAW& found)
 {
     const std::wstring_view name = found.cFileName;
     const bool hidden = (found.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0 || name.starts_with(L'.');
-    return {Utf8(name), {NarrowName(name, found.cAlternateFileName), CountsAsFolder(prefix, found), hidden}};
+    const bool folder = CountsAsFolder(prefix, found);
+    // A file that was replaced or moved by its short name would keep that name alone. What is in a folder keeps its own.
+    const std::wstring_view shortName = folder ? found.cAlternateFileName : L"";
+    return {Utf8(name), {NarrowName(name, shortName), folder, hidden}};
 }
 
 FileResult ReadEntries(const CSearch& search, WIN32_FIND_DATAW& found, const std::wstring& prefix,

@@ -28,8 +28,8 @@ class WindowsPlace(CommandPlace):
 
     usual_seconds = 4
 
-    def __init__(self):
-        self.root = Path(tempfile.mkdtemp(prefix="Prüf ordner ", dir=DRIVE))
+    def __init__(self, name="Prüf ordner "):
+        self.root = Path(tempfile.mkdtemp(prefix=name, dir=DRIVE))
         for name in ("in", "out", "done"):
             (self.root / name).mkdir()
         self.input, self.output, self.done = self.root / "in", self.root / "out", self.root / "done"

@@ -1,11 +1,15 @@
 """The command line on Windows: workers, journal and limits; files that are held, read-only, hidden, or hard to name."""
 import os
+import resource
+import signal
 import subprocess
 import unittest
 
 from commandline import documents, is_protected, records, temporaries
 from unattended import minimal_pdf
-from wine import DRIVE, WINE, WindowsPlace, windows
+from wine import DRIVE, HOST, WINE, WindowsPlace, windows
+
+LARGEST = 40_000  # bytes; log and small results stay below
 
 
 class CommandLine(unittest.TestCase):
@@ -56,6 +60,22 @@ class CommandLine(unittest.TestCase):
         for name in ("held.pdf", "read only.pdf"):
             self.assertFalse(is_protected(self.place.input / name))
             self.assertTrue((self.place.input / name).read_bytes().startswith(b"%PDF"))
+        self.assertEqual(temporaries(self.place.root), [])
+
+    def test_a_result_that_cannot_be_written_leaves_its_input(self):
+        def no_large_files():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (LARGEST, LARGEST))
+        inputs = {self.place.input / f"{pages} pages.pdf": minimal_pdf("x", pages) for pages in (1, 400, 9)}
+        for path, content in inputs.items():
+            path.write_bytes(content)
+        variables = {"FERRULESEQU": self.place.protect_sequence(DontOverwrite=("boolean", "false")), "FERRULEALTPATH": self.place.input}
+        with self.place.start_program(HOST, more=variables, preexec_fn=no_large_files) as process:
+            errors = process.communicate(timeout=100)[1].decode("utf-8", "replace")
+        self.assertEqual(process.returncode, 3, errors)
+        self.assertEqual({path.name for path in inputs if path.read_bytes() == inputs[path]}, {"400 pages.pdf"}, errors)
+        self.assertEqual([path.name for path in self.place.input.iterdir() if not is_protected(path)], ["400 pages.pdf"])
+        self.assertIn("400 pages.pdf: cannot write", errors)
         self.assertEqual(temporaries(self.place.root), [])
 
     def test_hidden_files_are_left_alone(self):

@@ -271,9 +271,8 @@ SettingsFileContent ReadSettingsFile(const std::string& path)
 
 platform::FileResult WriteSettingsFile(const std::string& path, const CSettingsRecord& record)
 {
-    constexpr unsigned kOwnerOnly = 0600;
     if (DeeperThan(record, kMaxSettingsDepth)) return platform::Failure(platform::FileProblem::NotARegularFile);
     const std::string bytes = FormatSettings(record);
     if (bytes.size() > kMaxSettingsBytes) return platform::Failure(platform::FileProblem::TooLarge);
-    return platform::WriteFileAtomically(path, bytes, kOwnerOnly);
+    return platform::WriteFileAtomically(path, bytes, platform::Readers::Owner);
 }

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr unsigned kOwnerOnly = 0600, kAsOthersDo = 0666;  // less what the user's mask takes away
-
 /// A file for a moment, nobody's document.
 class CScratchFile {
 public:
@@ -20,7 +18,7 @@ public:
     {
         for (int number = 1; number <= kAttempts; ++number) {
             m_path = folder + platform::TemporaryPrefix("") + "cab-" + std::to_string(number);
-            m_result = platform::WriteFileAtomically(m_path, "", kOwnerOnly, platform::Existing::Fail);
+            m_result = platform::WriteFileAtomically(m_path, "", platform::Readers::Owner, platform::Existing::Fail);
             if (platform::ProblemOf(m_result) != platform::FileProblem::Exists) return;
         }
     }
@@ -51,8 +49,8 @@ std::string PutSequenceFile(const SequenceTarget& target, const std::string& byt
 {
     if (target.path.empty()) return "No file was named to write the sequence to.";
     const auto existing = target.overwrite ? platform::Existing::Replace : platform::Existing::Fail;
-    const auto written =
-        platform::WriteFileAtomically(target.path, bytes, target.holdsPasswords ? kOwnerOnly : kAsOthersDo, existing);
+    const auto readers = target.holdsPasswords ? platform::Readers::Owner : platform::Readers::AsUsual;
+    const auto written = platform::WriteFileAtomically(target.path, bytes, readers, existing);
     if (written) return {};
     if (platform::ProblemOf(written) == platform::FileProblem::Exists)
         return "The file " + target.path + " exists already; choose another name or allow it to be overwritten.";

@@ -47,7 +47,7 @@ FileResult CAtomicFile::Prepare(const std::string& target)
     }
     if (state.pretends) return CheckFolderOf(state.final);
     // A replaced file may be private, so its successor is until it has the same rights.
-    return state.file.CreateBeside(state.final, state.replaces ? 0600 : 0666);
+    return state.file.CreateBeside(state.final, state.replaces ? Readers::OwnerForNow : Readers::AsUsual);
 }
 
 void CAtomicFile::Write(const char* bytes, std::size_t length) noexcept

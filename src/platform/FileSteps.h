@@ -75,8 +75,8 @@ public:
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
     ~CTemporaryFile();
 
-    /// Creates the file in the folder of `target`, with these permission bits less the process's mask.
-    FileResult CreateBeside(const std::string& target, unsigned mode);
+    /// Creates the file in the folder of `target`.
+    FileResult CreateBeside(const std::string& target, Readers readers);
     /// Creates it as a complete copy of a regular file, with its attributes and time stamps.
     FileResult CopyBeside(const std::string& from, const std::string& target);
     FileResult Write(std::string_view bytes);

@@ -32,14 +32,14 @@ FileResult CheckPlain(const std::string& path)
 
 }  // namespace
 
-FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode, Existing existing)
+FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, Readers readers, Existing existing)
 {
     if (existing == Existing::Fail && NameExists(path)) return Failure(FileProblem::Exists);
     if (const auto plain = CheckPlain(path); !plain) return plain;
     std::string target;
     if (const auto followed = FollowLinks(path, target); !followed) return followed;
     CTemporaryFile file;
-    if (const auto created = file.CreateBeside(target, mode); !created) return created;
+    if (const auto created = file.CreateBeside(target, readers); !created) return created;
     if (const auto written = file.Write(bytes); !written) return written;
     if (const auto completed = file.Complete(); !completed) return completed;
     if (const auto put = file.PutInPlace(target, existing); !put) return put;

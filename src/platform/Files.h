@@ -97,10 +97,16 @@ FileResult ReadPieces(const std::string& path, const std::function<bool(std::str
 std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes,
                                          FileResult* result = nullptr);
 
+/// Who may read and write a new file.
+enum class Readers {
+    AsUsual,     ///< those whom the folder, or what the user masks, lets
+    Owner,       ///< the owner alone, besides those who keep the system running; needs a file system that knows of it
+    OwnerForNow  ///< nobody else until it takes over the rights of another file
+};
+
 /// Writes a complete file or leaves the old one: temporary file in the same folder, flushed, renamed, folder flushed.
-/// `mode`: permission bits of the new file (ignored where the system has none). Fail: a name that is taken stays as
-/// it is, also when it was taken meanwhile.
-FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, unsigned mode,
+/// Fail: a name that is taken stays as it is, also when it was taken meanwhile.
+FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, Readers readers,
                                Existing existing = Existing::Replace);
 
 }  // namespace platform

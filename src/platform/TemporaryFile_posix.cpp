@@ -34,8 +34,9 @@ CTemporaryFile::~CTemporaryFile()
     if (!m_path.empty()) calls::Unlink(m_path);
 }
 
-FileResult CTemporaryFile::CreateBeside(const std::string& target, unsigned mode)
+FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers)
 {
+    const mode_t mode = readers == Readers::AsUsual ? 0666 : 0600;
     constexpr int kAttempts = 1000;  // names of a dead process may be in the way
     const std::string folder = FolderPrefix(target);
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -115,7 +116,7 @@ FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string
     CDescriptor source;
     struct stat status;
     if (const auto opened = OpenRegular(from, source, status); !opened) return opened;
-    if (const auto created = CreateBeside(target, 0600); !created) return created;
+    if (const auto created = CreateBeside(target, Readers::OwnerForNow); !created) return created;
     if (const auto copied = CopyBytes(source.Get(), static_cast<int>(m_file.Get())); !copied) return copied;
     CopyAttributes(status, static_cast<int>(m_file.Get()));
     return Complete();

@@ -6,14 +6,11 @@
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
 #include "platform/Oversight.h"
+#include "platform/OwnerOnly_win.h"
 #include "platform/WideText_win.h"
 
 namespace platform {
 namespace {
-
-struct FreeLocal {
-    void operator()(void* memory) const { LocalFree(memory); }
-};
 
 // Attributes that belong to the document and not to what was written last.
 constexpr DWORD kTakenOver = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
@@ -89,11 +86,15 @@ CTemporaryFile::~CTemporaryFile()
     if (!m_path.empty()) (void)RemoveMoved(m_path);
 }
 
-FileResult CTemporaryFile::CreateBeside(const std::string& target, unsigned)
+FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers)
 {
-    // As long as it is written it is nobody else's: it gets the rights of the file that it replaces at the end.
+    COwnerOnly ownerOnly;
+    if (readers == Readers::Owner) {
+        if (const auto made = ownerOnly.Make(); !made) return made;
+    }
+    // As long as it is written nobody else can open it.
     const auto create = [&](const std::wstring& name) -> FileResult {
-        CHandle file(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+        CHandle file(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, ownerOnly.Attributes(), CREATE_NEW,
                                  FILE_ATTRIBUTE_NORMAL, nullptr));
         if (!file.Valid()) return LastFailure();
         m_file = COpenFile(NumberOf(file.Release()));

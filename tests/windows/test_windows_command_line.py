@@ -2,6 +2,7 @@
 import os
 import resource
 import signal
+import stat
 import subprocess
 import unittest
 
@@ -156,6 +157,19 @@ class CommandLine(unittest.TestCase):
         done = self.place.ferrule("run", "--manifest", manifest, "--shard", "1/1", "--journal", journal)
         self.assertEqual(done.code, 3, done)
         self.assertEqual([path.name for path in self.place.output.iterdir()], ["a.pdf"])
+
+    def test_a_sequence_with_passwords_is_its_owners_alone(self):
+        (self.place.root / "owner.txt").write_bytes(b"ge heim\r\n")
+        new, converted = self.place.root / "neu ü.sequ", self.place.root / "host ü.sequ"
+        for path, words in ((new, ["new", new, "--template", "protect", "--owner-password-file", self.place.root / "owner.txt"]),
+                            (converted, ["convert", new, converted, "--to", "host"])):
+            made = self.place.ferrule("sequence", *words)
+            self.assertEqual(made.code, 0, made)
+            # Wine tells by the mode whom the access list lets in; its group stands for the administrators.
+            self.assertEqual(path.stat().st_mode & stat.S_IRWXO, 0)
+            shown = self.place.ferrule("sequence", "show", path)
+            self.assertEqual((shown.code, "ge heim" in shown.output), (0, False), shown)
+        self.assertNotEqual(self.sequence.stat().st_mode & stat.S_IRWXO, 0)
 
     def test_mistakes_are_told_with_their_exit_code(self):
         for words, code in ((["run"], 2), (["run", self.place.root / "not there.sequ", "--input", self.place.input], 1), (["--help"], 0),

@@ -13,6 +13,7 @@
 
 using platform::Existing;
 using platform::FileResult;
+using platform::Readers;
 
 namespace {
 
@@ -106,7 +107,7 @@ const Operation kOperations[] = {
     {"write", [](auto&, auto& b) { return WriteAtomic(b, Existing::Fail); }, {"new", kNone}, {"new", "new"}},
     {"write over", [](auto&, auto& b) { return WriteAtomic(b, Existing::Replace); }, {"new", "old"}, {"new", "new"}},
     {"settings",
-     [](auto&, auto& b) { return platform::WriteFileAtomically(b, "new", 0600); },
+     [](auto&, auto& b) { return platform::WriteFileAtomically(b, "new", Readers::Owner); },
      {"new", "old"},
      {"new", "new"}},
 };

@@ -17,6 +17,7 @@ using platform::CopyFile;
 using platform::Existing;
 using platform::FileProblem;
 using platform::MoveFile;
+using platform::Readers;
 namespace fs = std::filesystem;
 
 namespace {
@@ -116,7 +117,7 @@ TEST(FileMovingPosix, ReplacingThroughALinkKeepsTheLink)
     EXPECT_TRUE(CopyFile(folder.Write("source", "new"), link, Existing::Replace));
     EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_EQ(FileBytes(real), "new");
-    EXPECT_TRUE(platform::WriteFileAtomically(link, "newer", 0600));
+    EXPECT_TRUE(platform::WriteFileAtomically(link, "newer", Readers::Owner));
     EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_EQ(FileBytes(real), "newer");
 }
@@ -134,7 +135,7 @@ TEST(FileMovingPosix, WhenTheDiskFillsUpNothingIsLostOrHalfWritten)
             const CFileSizeLimit limit(70'000);
             copied = CopyFile(from, to, existing).errorNumber;
             if (other) moved = MoveFile(from, to, existing).errorNumber;
-            written = platform::WriteFileAtomically(to, big, 0600).errorNumber;
+            written = platform::WriteFileAtomically(to, big, Readers::Owner).errorNumber;
         }
         EXPECT_EQ(copied, EFBIG);
         EXPECT_EQ(moved, EFBIG);

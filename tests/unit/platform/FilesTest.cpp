@@ -9,6 +9,7 @@
 
 using platform::FileProblem;
 using platform::ProblemOf;
+using platform::Readers;
 
 TEST(Files, TellsWhatStandsAtAPath)
 {
@@ -162,14 +163,15 @@ TEST(Files, AnAtomicWriteLeavesNothingBesideTheFile)
 {
     const CTemporaryFolder folder;
     const auto path = folder.Write("settings", "old");
-    EXPECT_EQ(ProblemOf(platform::WriteFileAtomically(path, "new", 0600, platform::Existing::Fail)),
+    EXPECT_EQ(ProblemOf(platform::WriteFileAtomically(path, "new", Readers::Owner, platform::Existing::Fail)),
               FileProblem::Exists);
     EXPECT_EQ(FileBytes(path), "old");
-    ASSERT_TRUE(platform::WriteFileAtomically(path, "new", 0600));
+    ASSERT_TRUE(platform::WriteFileAtomically(path, "new", Readers::Owner));
     EXPECT_EQ(FileBytes(path), "new");
-    EXPECT_EQ(ProblemOf(platform::WriteFileAtomically(folder / "missing/x", "new", 0600)), FileProblem::Missing);
+    EXPECT_EQ(ProblemOf(platform::WriteFileAtomically(folder / "missing/x", "new", Readers::Owner)),
+              FileProblem::Missing);
     EXPECT_EQ(folder.EntryCount(), 1u);
-    EXPECT_EQ(ProblemOf(platform::WriteFileAtomically(folder.MakeFolder("folder"), "new", 0600)),
+    EXPECT_EQ(ProblemOf(platform::WriteFileAtomically(folder.MakeFolder("folder"), "new", Readers::Owner)),
               FileProblem::IsAFolder);
 }
 

@@ -83,9 +83,9 @@ TEST(FilesPosix, AnAtomicWriteGivesTheFileItsNewMode)
     const CTemporaryFolder folder;
     const auto path = folder.Write("settings", "old");
     fs::permissions(path, fs::perms(0666));
-    ASSERT_TRUE(platform::WriteFileAtomically(path, "new", 0600));
+    ASSERT_TRUE(platform::WriteFileAtomically(path, "new", platform::Readers::Owner));
     EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600));
-    EXPECT_EQ(platform::WriteFileAtomically("/dev/null", "new", 0600).errorNumber, EINVAL);
+    EXPECT_EQ(platform::WriteFileAtomically("/dev/null", "new", platform::Readers::Owner).errorNumber, EINVAL);
 }
 
 TEST(FilesPosix, TwoNamesOfOneFolderHaveOneCanonicalPath)

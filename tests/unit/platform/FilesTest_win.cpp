@@ -24,6 +24,7 @@ using platform::FileProblem;
 using platform::FileResult;
 using platform::MoveFile;
 using platform::ProblemOf;
+using platform::Readers;
 
 namespace {
 
@@ -81,7 +82,7 @@ void UseName(const std::string& folder, const std::string& name)
 {
     SCOPED_TRACE(name);
     const auto path = folder + "\\" + name, other = folder + "\\other";
-    ASSERT_TRUE(platform::WriteFileAtomically(path, "content", 0600));
+    ASSERT_TRUE(platform::WriteFileAtomically(path, "content", Readers::Owner));
     EXPECT_EQ(Names(folder), name + '|');
     EXPECT_EQ(Content(path), "content");
     EXPECT_EQ(platform::FileSize(path), 7u);
@@ -140,7 +141,7 @@ TEST(FilesWindows, NothingIsWrittenToDevicesNorIntoHiddenPartsOfFiles)
                                       CopyFile(source, path, Existing::Replace),
                                       MoveFile(source, path, Existing::Fail),
                                       MoveFile(source, path, Existing::Replace),
-                                      platform::WriteFileAtomically(path, "x", 0600),
+                                      platform::WriteFileAtomically(path, "x", Readers::Owner),
                                       WriteAtomic(path),
                                       WriteAtomic(path, Existing::Fail),
                                       platform::CreateNewFile(path),
@@ -165,9 +166,9 @@ TEST(FilesWindows, ReadOnlyFilesAreMovedButNeitherReplacedNorDeleted)
     const CTemporaryFolder folder;
     const auto marked = folder.Write("marked", "old"), source = folder.Write("source", "new");
     Mark(marked, FILE_ATTRIBUTE_READONLY);
-    const FileResult results[] = {CopyFile(source, marked, Existing::Replace),
-                                  MoveFile(source, marked, Existing::Replace), WriteAtomic(marked),
-                                  platform::WriteFileAtomically(marked, "new", 0600), platform::DeleteFile(marked)};
+    const FileResult results[] = {
+        CopyFile(source, marked, Existing::Replace), MoveFile(source, marked, Existing::Replace), WriteAtomic(marked),
+        platform::WriteFileAtomically(marked, "new", Readers::Owner), platform::DeleteFile(marked)};
     for (const auto& result : results) EXPECT_EQ(result.errorNumber, ERROR_ACCESS_DENIED);
     EXPECT_EQ(Content(marked), "old");
     EXPECT_EQ(Names(folder.Path()), "marked|source|");
@@ -274,7 +275,7 @@ TEST(FilesWindows, DISABLED_SavesUntilItIsKilled)
     const auto path = platform::EnvironmentText("FERRULE_TEST_PATH");
     for (int turn = 0; turn < 100'000; ++turn) {
         const std::string bytes(kSavedBytes, turn % 2 == 0 ? 'a' : 'b');
-        ASSERT_TRUE(platform::WriteFileAtomically(path, bytes, 0600));
+        ASSERT_TRUE(platform::WriteFileAtomically(path, bytes, Readers::Owner));
         std::puts("saved");
         std::fflush(stdout);
     }

@@ -16,6 +16,7 @@ using platform::Existing;
 using platform::FileProblem;
 using platform::FileResult;
 using platform::ProblemOf;
+using platform::Readers;
 namespace fs = std::filesystem;
 
 namespace {
@@ -50,8 +51,8 @@ const Service kServices[] = {
      "old", "fresh"},
     {"write over", [](const auto& f) { return WriteAtomic(f / "b", Existing::Replace); }, "put fresh>b;", "put >b;",
      "new", "fresh", "<missing>"},
-    {"settings", [](const auto& f) { return platform::WriteFileAtomically(f / "c", "own", 0600); }, "", "", "new",
-     "old", "own"},
+    {"settings", [](const auto& f) { return platform::WriteFileAtomically(f / "c", "own", Readers::Owner); }, "", "",
+     "new", "old", "own"},
     {"move onto itself",
      [](const auto& f) { return platform::MoveFile(f / "a", f.Path() + "/./a", Existing::Replace); }, "", "", "new",
      "old", "<missing>"},

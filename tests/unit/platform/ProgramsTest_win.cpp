@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
 #include "support/TemporaryFolder.h"
@@ -14,11 +12,15 @@ using platform::ShellArgument;
 
 namespace {
 
-/// What a started program writes, once it is complete.
+/// What a started program writes, once it is complete; for a moment more whoever gave it its name may hold it.
 std::string Report(const std::string& path)
 {
-    for (int i = 0; i < 3000 && !std::filesystem::exists(path); ++i) Sleep(10);
-    return FileBytes(path);
+    std::string report = FileBytes(path);
+    for (int i = 0; i < 3000 && report == "<missing>"; ++i) {
+        Sleep(10);
+        report = FileBytes(path);
+    }
+    return report;
 }
 
 }  // namespace

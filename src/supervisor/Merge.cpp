@@ -1,4 +1,5 @@
 // Joins the journals of all shards into one log and one record.
+#include "supervisor/Epilogues.h"
 #include "supervisor/InputOrder.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Manifest.h"
@@ -68,7 +69,7 @@ private:
                           ".");
         for (const auto& [number, history] : index.Open())
             if (!m_done->IsDone(number)) m_begun.insert(number);
-        MergeEpilogue(m_epilogues, index.Epilogue());
+        m_epilogues.Add(index.Epilogue());
         if (!m_readers.emplace_back().Open(path)) return Broken("The journal " + path + " cannot be opened.");
         return true;
     }
@@ -123,8 +124,7 @@ private:
                 m_log.File(done, false);
             });
         order.Finish();
-        if (m_epilogues.empty()) m_epilogues.push_back(m_header.epilogue);
-        for (const std::vector<std::string>& epilogue : m_epilogues) m_log.Epilogue(epilogue);
+        m_log.Epilogue(m_epilogues.Empty() ? m_header.epilogue : m_epilogues.Joined());
         if (order.Failed()) Broken("A journal cannot be read again.");
         if (m_log.Failed()) Broken("The log " + m_result.logPath + " cannot be written completely.");
         m_log.Close();
@@ -143,7 +143,7 @@ private:
     std::deque<CJournalReader> m_readers;
     std::set<std::string> m_shards;
     std::set<int> m_begun;  // without outcome
-    std::vector<std::vector<std::string>> m_epilogues;
+    CEpilogues m_epilogues;
     CRunLog m_log;
     CRecordWriter m_record;
     std::string m_problem;

@@ -1,37 +1,6 @@
 #include "supervisor/Results.h"
 
-#include <algorithm>
-#include <cctype>
-#include <utility>
-
 using platform::FileResult;
-
-namespace {
-
-constexpr std::string_view kStopLine = "LOG STOPPED: ";
-
-/// The same for lines that differ in the moment only.
-std::string WithoutMoment(const std::string& line)
-{
-    return line.starts_with(kStopLine) ? std::string(kStopLine) : line;
-}
-
-bool IsSameEpilogue(const std::vector<std::string>& one, const std::vector<std::string>& other)
-{
-    return std::equal(
-        one.begin(), one.end(), other.begin(), other.end(),
-        [](const std::string& a, const std::string& b) { return WithoutMoment(a) == WithoutMoment(b); });
-}
-
-}  // namespace
-
-void MergeEpilogue(std::vector<std::vector<std::string>>& epilogues, std::vector<std::string> lines)
-{
-    if (lines.empty()) return;
-    for (std::vector<std::string>& known : epilogues)
-        if (IsSameEpilogue(known, lines)) return known.swap(lines);
-    epilogues.push_back(std::move(lines));
-}
 
 FileResult CResults::AddIntent(const Intent& intent)
 {
@@ -62,13 +31,4 @@ void CResults::Count(const DoneFile& done, const DonePlace& place)
     if (done.record.outcome != FileOutcomeClass::Saved) ++m_progress.notSaved;
     if (m_parts.order) m_parts.order->Done(done, place.logged);
     m_parts.observer.FileDone(done.record, m_progress);
-}
-
-void CResults::AddEpilogue(std::vector<std::string> lines) { MergeEpilogue(m_epilogues, std::move(lines)); }
-
-std::vector<std::string> CResults::Epilogue() const
-{
-    std::vector<std::string> all;
-    for (const std::vector<std::string>& lines : m_epilogues) all.insert(all.end(), lines.begin(), lines.end());
-    return all;
 }

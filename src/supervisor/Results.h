@@ -2,6 +2,7 @@
 #pragma once
 
 #include "supervisor/DoneIndex.h"
+#include "supervisor/Epilogues.h"
 #include "supervisor/InputOrder.h"
 #include "supervisor/Journal.h"
 #include "supervisor/RunObserver.h"
@@ -9,6 +10,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 class CResults {
@@ -30,10 +32,10 @@ public:
     platform::FileResult AddDone(const DoneFile& done);
     /// The outcome that stands at this place of the journal stays.
     void KeepDone(const DoneFile& done, const DonePlace& place);
-    /// A worker's last lines. Those that differ from earlier ones only in times are no news.
-    void AddEpilogue(std::vector<std::string> lines);
-    /// All last lines, one after the other.
-    [[nodiscard]] std::vector<std::string> Epilogue() const;
+    /// A worker's last lines.
+    void AddEpilogue(std::vector<std::string> lines) { m_epilogues.Add(std::move(lines)); }
+    /// Those of the run.
+    [[nodiscard]] std::vector<std::string> Epilogue() const { return m_epilogues.Joined(); }
 
     const RunProgress& Progress() const { return m_progress; }
     bool IsTrial() const { return m_parts.journal == nullptr; }
@@ -43,8 +45,5 @@ private:
 
     Parts m_parts;
     RunProgress m_progress;
-    std::vector<std::vector<std::string>> m_epilogues;
+    CEpilogues m_epilogues;
 };
-
-/// Takes up `lines` unless `epilogues` has them already but for the times in them; then they take the place of those.
-void MergeEpilogue(std::vector<std::vector<std::string>>& epilogues, std::vector<std::string> lines);

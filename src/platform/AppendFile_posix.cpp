@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileSteps.h"

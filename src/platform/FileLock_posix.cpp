@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/Processes_posix.h"

@@ -4,6 +4,8 @@
 
 namespace platform {
 
+// Not a lock of the system's, which ends with the process that took it. What two of us cannot have at once is the
+// right to delete the file, which this asks for and does not share; everybody else shares it and may read and write.
 FileResult CFileLock::TryLock(const std::string& path)
 {
     *this = CFileLock();

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 

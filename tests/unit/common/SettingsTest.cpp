@@ -201,7 +201,7 @@ TEST(SettingsFile, WhatCouldNotBeReadBackIsNotWritten)
     const auto path = folder / "file";
     ASSERT_TRUE(WriteSettingsFile(path, Nested(64)));
     EXPECT_EQ(ReadSettingsFile(path).record, Nested(64));
-    EXPECT_FALSE(WriteSettingsFile(path, Nested(65)));
+    EXPECT_EQ(platform::ProblemOf(WriteSettingsFile(path, Nested(65))), platform::FileProblem::NotARegularFile);
     CSettingsRecord large;
     large.PutBinary("bytes", std::string(kMaxSettingsBytes, 'x'));
     EXPECT_EQ(platform::ProblemOf(WriteSettingsFile(path, large)), platform::FileProblem::TooLarge);

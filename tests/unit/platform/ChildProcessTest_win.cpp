@@ -284,8 +284,9 @@ TEST(ChildProcess, ManyInARowLeaveNoHandles)
 {
     DWORD before = 0;
     for (int i = 0; i < 100; ++i) {
-        auto child = CChildProcess::Start(Doing({"say", "x"}));
-        ASSERT_TRUE(child);
+        platform::FileResult started;
+        auto child = CChildProcess::Start(Doing({"say", "x"}), &started);
+        ASSERT_TRUE(child) << i << ": " << platform::ErrorText(started.errorNumber);
         (void)child->Send("unread");
         if (i % 2 == 0) {
             ASSERT_EQ(Watch(*child).lines, "x|");

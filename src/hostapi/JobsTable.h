@@ -9,8 +9,13 @@
 #include "HostTypes.h"
 
 #define HOST_TABLE_JOBS "FerruleJobs"
-/* The first version had the slots 1 to 3 only. */
-enum { kTableJobsFirstVersion = 0x00010000, kTableJobsVersion = 0x00010001, kTableJobsSelectors = 10 };
+/* The first version had the slots 1 to 3 only, the second those to 10. */
+enum {
+    kTableJobsFirstVersion = 0x00010000,
+    kTableJobsSecondVersion = 0x00010001,
+    kTableJobsVersion = 0x00010002,
+    kTableJobsSelectors = 11
+};
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
 enum {
@@ -116,5 +121,13 @@ enum { kSlotJobsLogMark = 9 };
 /* The present input's results are written; what the plug-in asks for from now until the file is done is its final action. */
 typedef void(HOSTCALL *JobsFinalActionBeginsSlotProc)(void);
 enum { kSlotJobsFinalActionBegins = 10 };
+
+/* What of a document did not come through its repair: one sentence, UTF-8, that ends with a full stop. Empty when nothing
+ * is known to be lost: the document was sound, or only its cross-reference table was made anew and every page that it
+ * claims to have is there. Null when `document` is none of the host's. The text is the host's and stays valid until the
+ * next call of this slot.
+ * document  open, as the host gave it; it keeps the answer of its opening, also after it was saved */
+typedef const char *(HOSTCALL *JobsDocumentLossSlotProc)(PDDoc document);
+enum { kSlotJobsDocumentLoss = 11 };
 
 #endif

@@ -4,6 +4,7 @@
 
 #include "openhost/core/TableServers.h"
 #include "openhost/core/Tables.h"
+#include "openhost/documents/Documents.h"
 #include "openhost/jobs/Jobs.h"
 #include "openhost/jobs/RunRecord.h"
 
@@ -80,6 +81,12 @@ void Report(const char* json) { Part<CJobs>().Source().Report(TextOf(json)); }
 void LogMark(ASInt32 mark) { Part<CJobs>().Source().LogMark(mark); }
 void FinalActionBegins() { Part<CJobs>().Ledger().FinalActionBegins(); }
 
+const char* DocumentLoss(PDDoc document)
+{
+    auto& documents = Part<CDocuments>();
+    return documents.Known(document) ? documents.At(document).pdf.Loss().c_str() : nullptr;
+}
+
 /// The entry of this table for a function that may throw: nothing here raises, and the answer to a failure is the one
 /// that promises least, which is 0 in every slot.
 template <auto Impl>
@@ -120,6 +127,7 @@ void OfferJobsTable()
     Put<JobsReportSlotProc>(table, kSlotJobsReport, &CQuietSlot<&Report>::Entry);
     Put<JobsLogMarkSlotProc>(table, kSlotJobsLogMark, &CQuietSlot<&LogMark>::Entry);
     Put<JobsFinalActionBeginsSlotProc>(table, kSlotJobsFinalActionBegins, &CQuietSlot<&FinalActionBegins>::Entry);
+    Put<JobsDocumentLossSlotProc>(table, kSlotJobsDocumentLoss, &CQuietSlot<&DocumentLoss>::Entry);
     auto server = std::make_unique<CTableServer>();
     server->name = HOST_TABLE_JOBS;
     server->table = table;

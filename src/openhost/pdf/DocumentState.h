@@ -41,6 +41,7 @@ struct CPdfDocument::State {
     bool contentChanged = false;  // the file does not show the present state
     bool reload = false;          // saved since: the next use reads the new file
     bool repaired = false;
+    std::string loss;  // what did not come through the repair, for people
     std::optional<int> pageCount;
     std::set<std::string> changedInfo;
 

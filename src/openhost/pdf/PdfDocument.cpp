@@ -79,6 +79,7 @@ bool CPdfDocument::IsLocked() const { return m_state->locked; }
 bool CPdfDocument::IsEncrypted() const { return m_state->encryption.has_value(); }
 bool CPdfDocument::IsModified() const { return m_state->modified; }
 bool CPdfDocument::WasRepaired() const { return m_state->repaired; }
+const std::string& CPdfDocument::Loss() const { return m_state->loss; }
 OpenedWith CPdfDocument::OpenedBy() const { return m_state->openedWith; }
 const std::string& CPdfDocument::PasswordBytes() const { return m_state->passwordBytes; }
 QPDF& CPdfDocument::Library() { return m_state->Current(); }

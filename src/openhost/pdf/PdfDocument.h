@@ -89,6 +89,9 @@ public:
     /// Whether reading Path() with PasswordBytes() gives the document as it is now, pending security aside.
     bool FileShowsPresentState() const;
     bool WasRepaired() const;
+    /// What of the file did not come through the repair: one sentence, empty when nothing is known to be lost. Stays
+    /// as it was at the opening.
+    const std::string& Loss() const;
     bool IsLinearised();
     /// Has a filled signature field, a certification or usage rights.
     bool IsSigned();

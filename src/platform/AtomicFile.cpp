@@ -19,6 +19,7 @@ struct CAtomicFile::State {
     std::string final;  // where the links lead
     CTemporaryFile file;
     bool replaces = false;
+    bool complete = false;
     CFileRights rights;  // of the replaced file
     std::string buffer;
 };
@@ -75,7 +76,16 @@ void CAtomicFile::FlushBuffer() noexcept
     m_state->buffer.clear();
 }
 
+const std::string& CAtomicFile::TemporaryPath() const { return m_state->file.Path(); }
+
 FileResult CAtomicFile::Complete()
+{
+    if (m_error == 0 && !m_state->pretends && !m_state->complete) m_error = Flush().errorNumber;
+    m_state->complete = true;
+    return {m_error};
+}
+
+FileResult CAtomicFile::Flush()
 {
     State& state = *m_state;
     FlushBuffer();
@@ -89,8 +99,7 @@ FileResult CAtomicFile::Complete()
 FileResult CAtomicFile::Commit()
 {
     State& state = *m_state;
-    if (m_error == 0 && !state.pretends) m_error = Complete().errorNumber;
-    if (m_error != 0) return {m_error};
+    if (const auto completed = Complete(); !completed) return completed;
     const auto answer = AskOverseer(COverseer::Act::Put, state.file.Path(), state.final);
     if (answer) {
         m_error = answer->errorNumber;

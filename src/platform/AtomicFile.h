@@ -27,6 +27,10 @@ public:
     FileResult Result() const noexcept { return {m_error}; }
     /// Never throws: the first failure is kept, and later writes do nothing.
     void Write(const char* bytes, std::size_t length) noexcept;
+    /// Flushes what was written to disk, so that it can be read back before it is committed. Commit does it otherwise.
+    FileResult Complete();
+    /// Where the complete file stands until it is committed; empty during a trial run.
+    const std::string& TemporaryPath() const;
     /// Flushes, asks the overseer, puts the file in place and flushes the folder. Once.
     /// Fails: the target is as it was; "canceled" when the overseer refuses.
     FileResult Commit();
@@ -34,7 +38,7 @@ public:
 private:
     struct State;
     FileResult Prepare(const std::string& target);
-    FileResult Complete();
+    FileResult Flush();
     void FlushBuffer() noexcept;
 
     std::unique_ptr<State> m_state;

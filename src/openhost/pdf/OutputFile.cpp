@@ -30,6 +30,12 @@ void COutputFile::Check() const
     if (const auto result = m_file.Result(); !result) Throw(m_target, result.errorNumber);
 }
 
+const std::string& COutputFile::Complete()
+{
+    if (const auto completed = m_file.Complete(); !completed) Throw(m_target, completed.errorNumber);
+    return m_file.TemporaryPath();
+}
+
 void COutputFile::Commit()
 {
     if (const auto committed = m_file.Commit(); !committed) Throw(m_target, committed.errorNumber);

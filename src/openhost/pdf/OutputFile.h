@@ -19,6 +19,9 @@ public:
     void Write(const char* bytes, std::size_t length) noexcept { m_file.Write(bytes, length); }
     /// Throws when a write failed.
     void Check() const;
+    /// Flushes all to disk, and answers the path at which it can be read until Commit; empty during a trial run.
+    /// Fails: CPdfError.
+    const std::string& Complete();
     /// Puts the file in place. Fails: CPdfError, also Cancelled; the target is then as it was.
     void Commit();
 

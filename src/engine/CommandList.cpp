@@ -69,7 +69,10 @@ Expected<SequenceCommand> MakeCommand(CCabView entry, bool trialRun, CLogWriter&
         log.Line("Error reading batch command from a cab");
         return Failure("A command of the sequence has no handler name.");
     }
-    SequenceCommand made{*name, entry.StringOrText("Title").value_or(*name), std::nullopt, false};
+    SequenceCommand made{.handlerName = *name,
+                         .title = entry.StringOrText("Title").value_or(*name),
+                         .command = std::nullopt,
+                         .protects = IsProtectingStep(*name)};
     const auto handler = AvailableHandler(*name, log);
     if (!handler) return made;
     made.handlerName = *handler;

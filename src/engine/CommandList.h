@@ -16,6 +16,7 @@ struct SequenceCommand {
     std::string title;
     std::optional<CHostCommand> command;  // nothing when its handler is not available, or is left out
     bool leftOut = false;                 // a trial run does not touch it
+    bool protects = false;                // without it the document must not be saved
 };
 
 using CommandList = std::vector<SequenceCommand>;

@@ -139,10 +139,14 @@ bool CFileRun::RunCommands()
             Stop("The run was canceled.");
             return false;
         }
+        if (m_unprotected) {
+            m_log.Line("ERROR: The document is not protected, so it is not saved.");
+            break;
+        }
         SaveTemporaryFile(m_document, m_result.path, m_log);
     }
     if (m_lastCommandInError) m_log.Line("ERROR: Command execution failed without an exception.");
-    return true;
+    return !m_unprotected;
 }
 
 /// False when the file's command loop ends here.
@@ -156,9 +160,7 @@ bool CFileRun::RunCommand(SequenceCommand& command, int number)
     }
     if (!command.command) {
         m_log.Line("Skipping command because it is not available");
-        // Without its save step nothing of a file is kept, so the input must stay.
-        Mark(IsSaveStep(command.handlerName) ? FileOutcome::Failed : FileOutcome::Incomplete,
-             "The command " + command.handlerName + " is not available.");
+        NotDone(command, "The command " + command.handlerName + " is not available.");
         return true;
     }
     m_log.NameValue("Command handler name", command.handlerName, 1);
@@ -175,7 +177,9 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
     m_log.NameNumber("Status", before, 1);
     if (host.SetInputs(Inputs()) == kAVCommandInError) {
         m_log.Line("ERROR: Setting input file failed");
-        Mark(FileOutcome::Incomplete, "The command " + command.handlerName + " did not take the document.");
+        const std::string problem = "The command " + command.handlerName + " did not take the document.";
+        if (command.protects) return NotDone(command, problem), true;
+        Mark(FileOutcome::Incomplete, problem);
     }
     if (!MaySave(command) || !Redirect(command)) return false;
     const ExecutionOutcome outcome = ExecuteCommand(host, m_run.settings.interactive, m_run.progress, m_log);
@@ -229,7 +233,15 @@ void CFileRun::Evaluate(SequenceCommand& command, AVCommandStatus status)
     } else {
         m_log.Line("Batch command is finished without kAVCommandDone.");
     }
-    Mark(IsSaveStep(command.handlerName) ? FileOutcome::Failed : FileOutcome::Incomplete, reason);
+    NotDone(command, reason);
+}
+
+/// Without its save step nothing of a file is kept, and without its protection nothing must be: the input stays.
+void CFileRun::NotDone(const SequenceCommand& command, const std::string& reason)
+{
+    const bool needed = command.protects || IsSaveStep(command.handlerName);
+    Mark(needed ? FileOutcome::Failed : FileOutcome::Incomplete, reason);
+    m_unprotected = m_unprotected || command.protects;
 }
 
 void CFileRun::Save()

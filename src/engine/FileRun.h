@@ -54,6 +54,7 @@ private:
     bool MaySave(const SequenceCommand& command);
     bool Redirect(SequenceCommand& command);
     void Evaluate(SequenceCommand& command, AVCommandStatus status);
+    void NotDone(const SequenceCommand& command, const std::string& reason);
     void Save();
     void TakeSaveResult(const SaveResult& result);
     void Close();
@@ -73,4 +74,5 @@ private:
     int m_number;
     bool m_lastCommandInError = false;
     bool m_stepFailed = false;
+    bool m_unprotected = false;  // the protection that the sequence wants is not there
 };

@@ -87,6 +87,11 @@ bool IsReportingStep(std::string_view handlerName) { return handlerName == "QLNX
 
 bool IsScriptStep(std::string_view handlerName) { return handlerName == "JavaScript"; }
 
+bool IsProtectingStep(std::string_view handlerName)
+{
+    return handlerName == "QLNX_FerrulePasswordProtectCommand" || handlerName == "DocSecurity";
+}
+
 bool MayBeTried(std::string_view handlerName)
 {
     return !IsForeignStep(handlerName) && !IsCatalogStep(handlerName) && !IsReportingStep(handlerName);

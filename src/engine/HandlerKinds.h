@@ -17,5 +17,8 @@
 /// A step that runs a script on the document.
 [[nodiscard]] bool IsScriptStep(std::string_view handlerName);
 
+/// A step that gives documents their protection: a document that it did not come through must not be saved.
+[[nodiscard]] bool IsProtectingStep(std::string_view handlerName);
+
 /// Whether a trial run may let the step work: all that it writes goes where the trial run notices it.
 [[nodiscard]] bool MayBeTried(std::string_view handlerName);

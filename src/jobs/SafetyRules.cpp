@@ -139,7 +139,9 @@ std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const RunReq
     for (const StepFacts& step : facts.steps)
         if (!step.available)
             warnings.push_back("The step " + Quoted(step.handler) +
-                               " is not available and is left out; no file will count as saved.");
+                               (IsProtectingStep(step.handler)
+                                    ? " is not available, and without its protection no file will be saved."
+                                    : " is not available and is left out; no file will count as saved."));
     if (!SavesSomething(facts)) warnings.push_back("The sequence saves nothing.");
     const bool outputUnused = facts.output.kind == kOutputInputFolder || !SavesSomething(facts);
     if (outputUnused && !request.settings.alternativeOutputPath.empty())

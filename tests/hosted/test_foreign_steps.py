@@ -1,9 +1,11 @@
 """Steps of another maker that misbehave: each costs its file at most, and the log says what happened."""
+import itertools
 import os
 import unittest
 from pathlib import Path
 
-from unattended import SAVE, Workplace, minimal_pdf, page_count, save_items, text_of
+from test_output_rules import host_sequence
+from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, save_items, text_of
 
 PLUG_INS = ("--plugin", os.environ.get("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),
             "--plugin", os.environ.get("FERRULE_FOREIGN_STEPS", "build/release/tests/hosted/ForeignSteps.api"))
@@ -133,6 +135,30 @@ class ForeignSteps(unittest.TestCase):
         self.assertEqual(self.traced().count(["T:Other", "Work"]), 0, outcome)
         self.assertEqual(len(outcome.values("Opening input document")), 2, outcome)
         self.assertIn(["T:Plain", "PostflightSequence"], self.traced())
+
+    def test_without_its_protection_no_document_is_saved(self):
+        ways = {"T:Plain": None, "T:ErrorInWork": "failed", "T:CancelInWork": "not completed", "T:RaiseInWork": "failed",
+                "T:ThrowInWork": "failed", "T:ErrorInInitialize": "not available", "T:ErrorInCancel": "failed"}
+        saves = {"save step": None, "engine": {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}}
+        for step, way, save in itertools.product((PROTECT, "DocSecurity"), ways, saves):
+            with self.subTest(step=step, way=way, save=save):
+                self.doCleanups()
+                self.setUp()
+                commands = [(step, {}), ("T:Other", {})]
+                sequence = (self.place.sequence("x.sequ", [*commands, (SAVE, save_items())]) if save == "save step" else
+                            host_sequence(self.place, saves[save], commands=commands))
+                outcome = self.place.run_folder(sequence, 3, arguments=PLUG_INS, FOREIGN_STEPS_TRACE=self.trace,
+                                                FOREIGN_STEPS_REPLACED=step, FOREIGN_STEPS_BY=way)
+                if way == "T:Plain":
+                    self.assertEqual((outcome.code, len(list(self.place.input.iterdir()))), (FINE, 0), outcome)
+                    continue
+                self.assertEqual(outcome.code, SOME_FAILED, outcome)
+                self.assertEqual(list(self.place.output.iterdir()), [], outcome)
+                self.assertEqual(sorted(p.name for p in self.place.input.iterdir()), NAMES, outcome)
+                for name in NAMES:
+                    self.assertEqual((self.place.input / name).read_bytes(), minimal_pdf(name), outcome)
+                self.assertIn("failed", outcome.errors)
+                self.assertIn(ways[way], outcome.errors)
 
     def test_a_document_in_a_temporary_file_goes_on_under_the_inputs_name(self):
         outcome = self.run_steps("T:ContinuesInTmp", final=0)

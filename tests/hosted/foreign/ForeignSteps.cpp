@@ -2,7 +2,8 @@
 //
 // A handler's name tells what it does: "T:<How>In<Stage>" fails in one callback (raise, answer an error, answer
 // canceled, throw a C++ exception); the others are listed at kOwnWays. Every callback adds a line "<handler> <stage>"
-// to the file that FOREIGN_STEPS_TRACE names. FOREIGN_STEPS_FILE is a path that a step may save to.
+// to the file that FOREIGN_STEPS_TRACE names. FOREIGN_STEPS_FILE is a path that a step may save to. The step that
+// FOREIGN_STEPS_REPLACED names behaves like the one that FOREIGN_STEPS_BY names, whoever had it before.
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -35,12 +36,31 @@ const char* const kStages[] = {"Initialize",
                                "PreflightFile",
                                "PostflightFile",
                                "PostflightSequence"};
-const char* const kOwnWays[] = {"T:Plain",           "T:Other",      "T:WorksThreeTimes",  "T:ContinuesInTmp",
-                                "T:ClosesDoc",       "T:ClosesView", "T:LeavesThingsOpen", "T:NeverEnds",
-                                "T:TurnsOnPageCount", "COMP:AddWatermark", "HeadFootCmd"};
+const char* const kOwnWays[] = {"T:Plain",
+                                "T:Other",
+                                "T:WorksThreeTimes",
+                                "T:ContinuesInTmp",
+                                "T:ClosesDoc",
+                                "T:ClosesView",
+                                "T:LeavesThingsOpen",
+                                "T:NeverEnds",
+                                "T:TurnsOnPageCount",
+                                "COMP:AddWatermark",
+                                "HeadFootCmd"};
 
 ASAtom AtomOf(const std::string& text) { return CALL(g_core, ASAtomFromString, text.c_str()); }
-std::string TextOf(ASAtom atom) { return CALL(g_core, ASAtomGetString, atom); }
+
+std::string Setting(const char* name)
+{
+    const char* const value = std::getenv(name);
+    return value ? value : "";
+}
+
+std::string TextOf(ASAtom atom)
+{
+    const std::string name = CALL(g_core, ASAtomGetString, atom);
+    return name == Setting("FOREIGN_STEPS_REPLACED") ? Setting("FOREIGN_STEPS_BY") : name;
+}
 
 bool IsIn(std::string_view name, std::string_view stage) { return name.ends_with("In" + std::string(stage)); }
 
@@ -207,14 +227,20 @@ ASBool HOSTCALL Import()
     return 1;
 }
 
-ASBool HOSTCALL Nothing() { return 1; }
+/// Not before the others have offered their steps.
+ASBool HOSTCALL Replace()
+{
+    const std::string name = Setting("FOREIGN_STEPS_REPLACED");
+    if (!name.empty()) Register(name, g_handler);
+    return 1;
+}
 
 ASBool HOSTCALL Handshake(ASUns32, void* data)
 {
     auto& handshake = *static_cast<PIHandshakeData_V0200*>(data);
     handshake.extensionName = AtomOf("T:ForeignSteps");
     handshake.importReplaceAndRegisterCallback = reinterpret_cast<ASCallback>(&Import);
-    handshake.initCallback = reinterpret_cast<ASCallback>(&Nothing);
+    handshake.initCallback = reinterpret_cast<ASCallback>(&Replace);
     return 1;
 }
 

@@ -4,6 +4,7 @@
 #include "common/FileNames.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/CabRecord.h"
+#include "hostcalls/CommandErrors.h"
 #include "hostcalls/HandlerRegistration.h"
 #include "pdflib/AcrobatDoc.h"
 
@@ -47,6 +48,8 @@ bool CBatchCommandPasswordProtect::ProcessDocument(const CommandTarget& target, 
 {
     CAcrobatDoc document(target.document);
     const SecuritySettings settings = ReadSecuritySettings(RecordFromCab(parameters));
-    ApplySecurity(document, settings, NameForLookup(document, settings, target.command), GetHostVersion().major);
-    return true;
+    const std::string name = NameForLookup(document, settings, target.command);
+    const std::string problem = ApplySecurity(document, settings, name, GetHostVersion().major);
+    if (!problem.empty()) RememberCommandError(target.command, problem);
+    return problem.empty();
 }

@@ -54,10 +54,11 @@ StandardSecurityRequest MakeSecurityRequest(const SecuritySettings& settings, co
     return request;
 }
 
-bool ApplySecurity(CAcrobatDoc& document, const SecuritySettings& settings, const std::string& fileName,
-                   int hostMajorVersion)
+std::string ApplySecurity(CAcrobatDoc& document, const SecuritySettings& settings, const std::string& fileName,
+                          int hostMajorVersion)
 {
-    if (!HasSecurityWork(settings)) return false;
-    document.ApplyStandardSecurity(MakeSecurityRequest(settings, fileName, hostMajorVersion));
-    return true;
+    if (std::string problem = PasswordSourceProblem(settings, fileName); !problem.empty()) return problem;
+    if (HasSecurityWork(settings))
+        document.ApplyStandardSecurity(MakeSecurityRequest(settings, fileName, hostMajorVersion));
+    return {};
 }

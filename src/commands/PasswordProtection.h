@@ -17,7 +17,8 @@ inline constexpr std::size_t kLongestPassword = 255;
 [[nodiscard]] StandardSecurityRequest MakeSecurityRequest(const SecuritySettings& settings,
                                                           const std::string& fileName, int hostMajorVersion);
 
-/// Prepares the document's new security; it takes effect when the document is saved. False when there was nothing to
-/// do and the document was left as it is. `fileName` as above. Throws CHostException when the host refuses.
-bool ApplySecurity(CAcrobatDoc& document, const SecuritySettings& settings, const std::string& fileName,
-                   int hostMajorVersion);
+/// Prepares the document's new security; it takes effect when the document is saved. With nothing to do the document
+/// is left as it is. Answers why a password cannot be had; then, too, the document is as it was. Empty when all is
+/// well. `fileName` as above. Throws CHostException when the host refuses.
+[[nodiscard]] std::string ApplySecurity(CAcrobatDoc& document, const SecuritySettings& settings,
+                                        const std::string& fileName, int hostMajorVersion);

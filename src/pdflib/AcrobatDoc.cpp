@@ -127,4 +127,5 @@ void CAcrobatDoc::ApplyStandardSecurity(const StandardSecurityRequest& request)
 {
     m_securityChanged = true;  // also when it fails half way: the next save must be one that takes all of it
     ::ApplyStandardSecurity(m_document, request);
+    SetDocumentFlags(m_document, PDDocNeedsSave | PDDocRequiresFullSave);
 }

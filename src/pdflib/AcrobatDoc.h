@@ -62,7 +62,8 @@ public:
     [[nodiscard]] bool SecurityChanged() const { return m_securityChanged; }
     void MarkSecurityChanged() { m_securityChanged = true; }
 
-    /// Sets new "Standard" security and marks it as changed.
+    /// Sets new "Standard" security, marks it as changed and asks the host for a full save, so that others who hold
+    /// the document know.
     void ApplyStandardSecurity(const StandardSecurityRequest& request);
 
 private:

@@ -113,6 +113,30 @@ TEST_F(AcrobatDoc, SavesFullyWhenPathSecurityOrHostDemandIt)
     }
 }
 
+namespace {
+
+ASInt32 g_flags;
+ASInt32 HOSTCALL TellFlags(PDDoc) { return g_flags; }
+void HOSTCALL TakeFlags(PDDoc, ASInt32 flags) { g_flags |= flags; }
+
+}  // namespace
+
+TEST_F(AcrobatDoc, AHostThatSetsNoFlagItselfStillSavesNewSecurity)
+{
+    auto& tables = openhost::Part<openhost::CTables>();
+    tables.PutTyped<PDDocGetFlagsSlotProc>(openhost::Table::PDModel, kSlotPDDocGetFlags, &TellFlags);
+    tables.PutTyped<PDDocSetFlagsSlotProc>(openhost::Table::PDModel, kSlotPDDocSetFlags, &TakeFlags);
+    g_flags = 0;
+    CAcrobatDoc engines;
+    engines.Open(m_input);
+    CAcrobatDoc steps(engines.Document());  // a step works on an object of its own
+    steps.ApplyStandardSecurity(NoChanges());
+    engines.SaveTo(m_input, 0);
+    ASSERT_EQ(g_saves.size(), 1u);
+    EXPECT_EQ(g_saves[0].flags, PDSaveFull);
+    EXPECT_NE(FileBytes(m_input).find("/Encrypt"), std::string::npos);
+}
+
 TEST_F(AcrobatDoc, NewSecurityTakesEffectAtTheNextSaveAndBindsItsReaders)
 {
     {

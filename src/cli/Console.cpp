@@ -23,6 +23,7 @@ Screen MakeScreen()
     screen.colour = screen.terminal && platform::EnvironmentText("NO_COLOR").empty();
     screen.width = [] { return static_cast<std::size_t>(platform::TerminalWidth(platform::StandardStream::Error)); };
     screen.milliseconds = platform::MonotonicMilliseconds;
+    screen.dataTerminal = platform::IsTerminal(platform::StandardStream::Output);
     return screen;
 }
 

@@ -17,6 +17,7 @@ struct Screen {
     bool colour = false;
     std::function<std::size_t()> width;           ///< of that terminal, in columns
     std::function<std::uint64_t()> milliseconds;  ///< of a clock that never goes back
+    bool dataTerminal = false;                    ///< data go to a terminal of any kind
 };
 
 /// The real one.

@@ -5,6 +5,7 @@
 
 #include "cli/CommandError.h"
 #include "cli/LogTail.h"
+#include "cli/Printable.h"
 #include "cli/RunArguments.h"
 #include "common/ProductPaths.h"
 #include "platform/Environment.h"
@@ -26,27 +27,42 @@ std::string LogPath(const CArguments& arguments)
     return MakeProductPaths(applicationData).logFile;
 }
 
-/// False when standard output cannot be written any more.
-bool PrintNews(CLogTail& tail, const Screen& screen)
-{
-    for (std::string bytes = tail.Poll(); !bytes.empty(); bytes = tail.Poll())
-        screen.data->write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<bool>(screen.data->flush());
-}
+/// The log as it is; on a terminal, which names and messages of others must not steer, in printable characters.
+class CLogPrinter {
+public:
+    CLogPrinter(const std::string& path, const Screen& screen) : m_tail(path), m_screen(screen) {}
+
+    /// False when standard output cannot be written any more.
+    bool PrintNews()
+    {
+        for (std::string bytes = m_tail.Poll(); !bytes.empty(); bytes = m_tail.Poll())
+            *m_screen.data << (m_screen.dataTerminal ? m_text.Next(bytes) : bytes);
+        return static_cast<bool>(m_screen.data->flush());
+    }
+    void PrintRest() { *m_screen.data << m_text.Rest(); }
+
+    [[nodiscard]] platform::FileResult Result() const { return m_tail.Result(); }
+
+private:
+    CLogTail m_tail;
+    CPrintableText m_text;
+    const Screen& m_screen;
+};
 
 int Show(const std::string& path, const Screen& screen)
 {
     if (!platform::FileExists(path)) FailStart(path + ": there is no log yet");
-    CLogTail tail(path);
-    PrintNews(tail, screen);
-    if (!tail.Result()) FailStart(path + ": " + platform::ErrorText(tail.Result().errorNumber));
+    CLogPrinter printer(path, screen);
+    printer.PrintNews();
+    printer.PrintRest();
+    if (!printer.Result()) FailStart(path + ": " + platform::ErrorText(printer.Result().errorNumber));
     return kExitFine;
 }
 
 int Follow(const std::string& path, const Screen& screen)
 {
-    CLogTail tail(path);
-    while (PrintNews(tail, screen)) std::this_thread::sleep_for(kPollInterval);
+    CLogPrinter printer(path, screen);
+    while (printer.PrintNews()) std::this_thread::sleep_for(kPollInterval);
     return kExitBroken;
 }
 

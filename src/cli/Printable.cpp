@@ -1,5 +1,8 @@
 #include "cli/Printable.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "common/Text.h"
 
 namespace cli {
@@ -39,5 +42,25 @@ std::string PrintableLines(std::string_view text)
     if (end == std::string_view::npos) return Printable(text);
     return Printable(text.substr(0, end)) + "\n" + PrintableLines(text.substr(end + 1));
 }
+
+std::string CPrintableText::Next(std::string_view piece)
+{
+    std::string text = std::exchange(m_held, {}) + std::string(piece), printable;
+    if (text.ends_with('\r') || text.ends_with('\xC2')) {
+        m_held = text.back();
+        text.pop_back();
+    }
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find_first_of("\t\n", at), text.size());
+        const bool lineEnd = end < text.size() && text[end] == '\n' && end > at && text[end - 1] == '\r';
+        printable += Printable(std::string_view(text).substr(at, end - at - (lineEnd ? 1 : 0)));
+        if (lineEnd) printable += '\r';
+        if (end < text.size()) printable += text[end];
+        at = end + 1;
+    }
+    return printable;
+}
+
+std::string CPrintableText::Rest() { return Printable(std::exchange(m_held, {})); }
 
 }  // namespace cli

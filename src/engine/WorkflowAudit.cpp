@@ -165,9 +165,13 @@ private:
     {
         const std::string type = AttributeText(element, "type"), value = AttributeText(element, "value");
         const std::string which = "The parameter " + Quoted(name);
+        // What stands there is not told: it may be the value, when somebody has mixed them up.
         if (!IsItemType(type))
             return Add(Severity::Warning, "item-ignored",
-                       which + " is passed over: there is no type " + Quoted(type) + ".", element);
+                       which +
+                           " is passed over: its type must be \"boolean\", \"integer\", \"double\", \"string\", "
+                           "\"text\", \"atom\", \"null\" or \"binary\".",
+                       element);
         if (value.size() > kMaxItemValueBytes)
             return Add(Severity::Error, "value-cut", which + " is too long: only its start counts.", element);
         if (type == "boolean" && value != "true" && value != "false")

@@ -39,6 +39,7 @@ std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const Run
     for (const SequenceStep& step : steps) CheckStep(step, findings);
     CheckSaving(source, steps, run, findings);
     if (HoldsPasswords(steps))
-        findings.Note("holds-passwords", "The file holds passwords that whoever can read it can read.");
+        findings.Note("holds-passwords",
+                      "The file holds passwords, or texts that may be some: whoever can read it can read them.");
     return InStepOrder(findings.All());
 }

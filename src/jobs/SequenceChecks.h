@@ -60,6 +60,11 @@ void CheckStep(const SequenceStep& step, CSequenceFindings& findings);
 /// Weak, missing or useless protection; of our own security step and of the host's.
 void CheckSecurity(const SequenceStep& step, CSequenceFindings& findings);
 
+/// What is cut from a password. Told of it by `which`, never by its text, here and below.
+void CheckPasswordText(const char* which, const std::string& password, CSequenceFindings& findings);
+/// Whether the encryption can express it: AES with 256 bits, or an older method. `password` as it is used.
+void CheckPasswordIsTaken(const char* which, const std::string& password, bool aes256, CSequenceFindings& findings);
+
 /// The handlers of the plug-in's own steps begin like this.
 inline constexpr char kOwnStepPrefix[] = "QLNX_Ferrule";
 inline constexpr char kProtectStep[] = "QLNX_FerrulePasswordProtectCommand";

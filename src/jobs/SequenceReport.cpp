@@ -20,9 +20,7 @@ namespace {
 using nlohmann::json;
 using platform::TextFromBytes;
 
-using Keys = std::vector<std::string>;
-
-json CabReport(const std::string& handler, CCabView cab, Keys& keys);
+json CabReport(const CSecretEntries& secrets, CCabView cab);
 
 struct TypedValue {
     const char* type;
@@ -30,7 +28,7 @@ struct TypedValue {
     bool isText = false;
 };
 
-TypedValue ValueReport(const std::string& handler, CCabView cab, const char* key, Keys& keys)
+TypedValue ValueReport(const CSecretEntries& secrets, CCabView cab, const char* key)
 {
     switch (cab.Type(key)) {
         case kASValueBool:
@@ -51,21 +49,26 @@ TypedValue ValueReport(const std::string& handler, CCabView cab, const char* key
         case kASValueNull:
             return {"null", nullptr};
         case kASValueCabinet:
-            return {"cab", CabReport(handler, cab.Cab(key), keys)};
+            return {"cab", CabReport(secrets.Under(key, cab.Cab(key)), cab.Cab(key))};
         default:
             return {"other", nullptr};
     }
 }
 
-json CabReport(const std::string& handler, CCabView cab, Keys& keys)
+/// An empty text hides nothing.
+bool IsHidden(const TypedValue& entry, const CSecretEntries& secrets, const std::string& key)
+{
+    if (entry.value.is_number()) return secrets.HidesNumber(key);
+    return entry.isText && entry.value != "" && secrets.HidesText(key);
+}
+
+json CabReport(const CSecretEntries& secrets, CCabView cab)
 {
     json list = json::array();
     for (const std::string& key : cab.Keys()) {
-        keys.push_back(key);
-        TypedValue entry = ValueReport(handler, cab, key.c_str(), keys);
-        if (entry.isText && entry.value != "" && IsPasswordEntry(handler, keys)) entry.value = kMaskedPassword;
+        TypedValue entry = ValueReport(secrets, cab, key.c_str());
+        if (IsHidden(entry, secrets, key)) entry.value = kMaskedPassword;
         list.push_back({{"name", key}, {"type", entry.type}, {"value", std::move(entry.value)}});
-        keys.pop_back();
     }
     return list;
 }
@@ -185,8 +188,7 @@ json OutputReport(CCabView output, const std::vector<SequenceStep>& steps)
 
 nlohmann::json ParametersReport(const std::string& handler, CCabView parameters)
 {
-    Keys keys;
-    return CabReport(handler, parameters, keys);
+    return CabReport(CSecretEntries(handler), parameters);
 }
 
 nlohmann::json SequenceReport(const SequenceSource& source)

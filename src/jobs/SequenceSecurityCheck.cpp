@@ -1,4 +1,3 @@
-#include "commands/PasswordProtection.h"
 #include "commands/SecuritySettings.h"
 #include "common/Text.h"
 #include "hostapi/HostConstants.h"
@@ -49,15 +48,12 @@ void CheckPasswords(const Protection& protection, CSequenceFindings& findings)
                          "Both passwords are the same: whoever can open a document may also change its permissions.");
 }
 
-/// Told of the password by its name, never by its text.
-void CheckPasswordText(const char* which, const std::string& password, CSequenceFindings& findings)
+/// What is true of all protection by this encryption.
+void CheckReadable(CSequenceFindings& findings)
 {
-    const std::string trimmed = Trim(password);
-    if (trimmed.size() != password.size())
-        findings.Warning("password-trimmed", std::string("Blanks around the ") + which + " password do not count.");
-    if (trimmed.size() > kLongestPassword)
-        findings.Warning("password-cut", std::string("Of the ") + which + " password only the first " +
-                                             std::to_string(kLongestPassword) + " bytes count.");
+    findings.Note("metadata-readable",
+                  "The descriptive metadata of the document (title, author, keywords and the like) stay readable "
+                  "without a password; its pages do not.");
 }
 
 // ---- our own step
@@ -84,15 +80,39 @@ void CheckUnusedSources(const SecuritySettings& settings, CSequenceFindings& fin
                        "file.");
 }
 
+bool HasPassword(const SecuritySettings& settings)
+{
+    return !Trim(settings.password).empty() || !Trim(settings.permPassword).empty();
+}
+
+/// Why a step without work has none.
+std::string WhyNothing(const SecuritySettings& settings)
+{
+    if (HasPassword(settings) && !settings.passwordProtect)
+        return "all rights are given, and the passwords count only with \"PasswordProtect\" set to true (a boolean)";
+    if (settings.useFileMapping && !settings.fileMapping.empty())
+        return "all rights are given, and a table of passwords counts only beside a password for the other files and "
+               "with \"PasswordProtect\" set to true";
+    return "it has neither passwords nor restrictions";
+}
+
+/// Restrictions bring the passwords into force, too.
+void CheckFlag(const SecuritySettings& settings, CSequenceFindings& findings)
+{
+    if (settings.passwordProtect || !HasPassword(settings)) return;
+    findings.Note("passwords-count",
+                  "\"PasswordProtect\" is not true, but the passwords count nevertheless, because the step restricts "
+                  "rights.");
+}
+
 void CheckProtectStep(const SequenceStep& step, CSequenceFindings& findings)
 {
     const CSettingsRecord record = RecordFromCab(step.parameters);
     const SecuritySettings settings = ReadSecuritySettings(record);
     CheckUnusedSources(settings, findings);
     if (record.Empty() || !HasSecurityWork(settings))
-        return findings.Warning("protects-nothing",
-                                "The step protects nothing: it has neither passwords that count nor "
-                                "restrictions.");
+        return findings.Warning("protects-nothing", "The step protects nothing: " + WhyNothing(settings) + ".");
+    CheckFlag(settings, findings);
     if (settings.encryptionMethod < 0 || settings.encryptionMethod > 3)
         findings.Error("parameter-value", "There is no encryption method " +
                                               std::to_string(settings.encryptionMethod) +
@@ -109,6 +129,10 @@ void CheckProtectStep(const SequenceStep& step, CSequenceFindings& findings)
     CheckPasswords(protection, findings);
     CheckPasswordText("open", record.String("Password", record.Wide("Password")), findings);
     CheckPasswordText("permissions", record.String("PermPassword", record.Wide("PermPassword")), findings);
+    const bool aes256 = settings.encryptionMethod == 3;
+    CheckPasswordIsTaken("open", protection.openPassword, aes256, findings);
+    CheckPasswordIsTaken("permissions", protection.permissionsPassword, aes256, findings);
+    if (!protection.isRc4) CheckReadable(findings);
     CheckTable(settings, findings);
 }
 
@@ -140,6 +164,9 @@ void CheckHostStep(const SequenceStep& step, CSequenceFindings& findings)
     protection.isRc4 = method == STDSEC_METHOD_RC4_V2 || revision == 3;
     CheckStrength(protection, findings);
     CheckPasswords(protection, findings);
+    const bool aes256 = revision >= 5 || method == STDSEC_METHOD_AES_V3 || keyLength == 32;
+    CheckPasswordIsTaken("open", protection.openPassword, aes256, findings);
+    CheckPasswordIsTaken("permissions", protection.permissionsPassword, aes256, findings);
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
+#include "common/Text.h"
 #include "engine/HandlerAlternatives.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
 #include "hostcalls/HostFrame.h"
 #include "jobs/SequenceChecks.h"
+#include "jobs/SequencePasswords.h"
 #include "platform/Files.h"
 
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
 namespace {
 
@@ -104,6 +108,48 @@ bool SameType(ASCabValueType type, ASCabValueType wanted)
            (type == kASValueInteger && wanted == kASValueDouble);
 }
 
+/// How many letters have to be changed, added or left out to get from one name to the other.
+std::size_t Distance(const std::string& one, const std::string& other)
+{
+    std::vector<std::size_t> row(other.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t at = 0; at < one.size(); ++at) {
+        std::size_t diagonal = std::exchange(row[0], at + 1);
+        for (std::size_t to = 0; to < other.size(); ++to) {
+            const std::size_t replaced = diagonal + (one[at] == other[to] ? 0 : 1);
+            diagonal = row[to + 1];
+            row[to + 1] = std::min({replaced, diagonal + 1, row[to] + 1});
+        }
+    }
+    return row.back();
+}
+
+/// The name that was probably meant; empty when none is near.
+std::string LikelyName(const std::string& key, const std::vector<std::string>& names)
+{
+    constexpr std::size_t kLongestKey = 100;
+    if (key.size() > kLongestKey) return {};
+    const std::string lower = ToLowerAscii(key);
+    std::string likely;
+    std::size_t nearest = std::max<std::size_t>(1, key.size() / 4) + 1;
+    for (const std::string& name : names) {
+        const std::size_t distance = Distance(lower, ToLowerAscii(name));
+        if (distance >= nearest) continue;
+        nearest = distance;
+        likely = name;
+    }
+    return likely;
+}
+
+/// A slip of the pen takes away what the sequence was to do, a password for instance.
+void TellUnknown(const std::string& key, CCabView defaults, CSequenceFindings& findings)
+{
+    const std::string text = "The step has no parameter \"" + key + "\"; it is passed over.",
+                      likely = LikelyName(key, defaults.Keys());
+    if (likely.empty()) return findings.Warning("parameter-unknown", text);
+    findings.Error("parameter-unknown", text + " Probably \"" + likely + "\" is meant; correct the name.");
+}
+
 /// The step's own defaults tell which parameters there are and of which type.
 void CheckAgainstDefaults(const SequenceStep& step, CSequenceFindings& findings)
 {
@@ -112,7 +158,7 @@ void CheckAgainstDefaults(const SequenceStep& step, CSequenceFindings& findings)
     const CCab defaults = command->Params();
     for (const std::string& key : step.parameters.Keys()) {
         if (!defaults.Known(key.c_str())) {
-            findings.Warning("parameter-unknown", "The step has no parameter \"" + key + "\"; it is passed over.");
+            TellUnknown(key, defaults.View(), findings);
             continue;
         }
         const auto type = step.parameters.Type(key.c_str()), wanted = defaults.Type(key.c_str());
@@ -142,8 +188,10 @@ void CheckStep(const SequenceStep& step, CSequenceFindings& findings)
     findings.About(&step);
     CheckAvailable(step, findings);
     CheckPrompts(step, findings);
-    CheckProfile(step, findings);
-    CheckLocalised(step.parameters, findings);
+    if (!MeansOwnStep(step.handler)) {  // they have no such texts, so that one of that name may be a password
+        CheckProfile(step, findings);
+        CheckLocalised(step.parameters, findings);
+    }
     if (step.IsAvailable() && step.handler.starts_with(kOwnStepPrefix)) {
         CheckAgainstDefaults(step, findings);
         CheckNamedFile(step, findings);

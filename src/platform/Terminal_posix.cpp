@@ -20,6 +20,8 @@ bool TakesControlCodes(StandardStream stream)
     return isatty(DescriptorOf(stream)) == 1 && !kind.empty() && kind != "dumb";
 }
 
+bool IsTerminal(StandardStream stream) { return isatty(DescriptorOf(stream)) == 1; }
+
 int TerminalWidth(StandardStream stream)
 {
     winsize size{};

@@ -24,6 +24,12 @@ bool TakesControlCodes(StandardStream stream)
     return (mode & kNeeded) == kNeeded || SetConsoleMode(console, mode | kNeeded);
 }
 
+bool IsTerminal(StandardStream stream)
+{
+    DWORD mode = 0;
+    return GetConsoleMode(HandleOf(stream), &mode) != 0;
+}
+
 int TerminalWidth(StandardStream stream)
 {
     CONSOLE_SCREEN_BUFFER_INFO facts{};

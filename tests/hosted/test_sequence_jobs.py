@@ -48,7 +48,7 @@ class SequenceJobs(unittest.TestCase):
         self.assertTrue(made["holdsPasswords"])
         self.assertEqual(self.sequence.stat().st_mode & 0o777, 0o600)
         checked = self.ask("check", settings={"FERRULEALTPATH": "/in", "FERRULEALTOUTPUTPATH": "/out"})
-        self.assertEqual((checked["ok"], [finding["code"] for finding in checked["findings"]]), (True, ["holds-passwords"]))
+        self.assertEqual((checked["ok"], [finding["code"] for finding in checked["findings"]]), (True, ["holds-passwords", "metadata-readable"]))
         self.assertEqual(self.run_it(), ["a.pdf"])
         self.assert_protected()
         (self.place.output / "a.pdf").unlink()

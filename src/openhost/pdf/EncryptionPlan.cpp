@@ -48,7 +48,8 @@ std::string Prepared(bool present, const std::string& utf8, const char* which, i
     if (!present) return {};
     if (auto prepared = PreparePassword(utf8, revision)) return *prepared;
     throw CPdfError(PdfProblem::PasswordNotExpressible,
-                    file + ": the " + which + " password has characters that this encryption cannot express");
+                    file + ": the " + which + " password has characters that this encryption cannot express: " +
+                        PasswordObjection(utf8, revision));
 }
 
 std::string DictionarySource(const SecurityInfo& info, const std::string& keyEntries)

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <memory>
 #include <qpdf/QUtil.hh>
+#include <utility>
 
 namespace openhost {
 namespace {
@@ -15,14 +16,57 @@ struct CFree {
     void operator()(char* text) const { std::free(text); }
 };
 
-std::optional<std::string> SaslPrepared(const std::string& utf8)
+struct Prepared {
+    int result = STRINGPREP_OK;  // of the library
+    std::string text;
+};
+
+Prepared PrepareBySasl(const std::string& utf8)
 {
     char* prepared = nullptr;
     // Code points without a meaning when the profile was made (most emoji) pass: they occur in real passwords.
-    if (stringprep_profile(utf8.c_str(), &prepared, "SASLprep", Stringprep_profile_flags{}) != STRINGPREP_OK)
-        return std::nullopt;
+    const int result = stringprep_profile(utf8.c_str(), &prepared, "SASLprep", Stringprep_profile_flags{});
+    if (result != STRINGPREP_OK) return {result, {}};
     const std::unique_ptr<char, CFree> owner(prepared);
-    return std::string(prepared);
+    return {STRINGPREP_OK, prepared};
+}
+
+std::optional<std::string> SaslPrepared(const std::string& utf8)
+{
+    Prepared prepared = PrepareBySasl(utf8);
+    if (prepared.result != STRINGPREP_OK) return std::nullopt;
+    return std::move(prepared.text);
+}
+
+bool HasControlCharacter(std::string_view utf8)
+{
+    for (std::size_t at = 0; at < utf8.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(utf8[at]);
+        if (byte < 0x20 || byte == 0x7F) return true;
+        // Those beyond ASCII are C2 80 to C2 9F.
+        if (byte == 0xC2 && at + 1 < utf8.size() && static_cast<unsigned char>(utf8[at + 1]) < 0xA0) return true;
+    }
+    return false;
+}
+
+std::string SaslObjection(const std::string& utf8)
+{
+    const Prepared prepared = PrepareBySasl(utf8);
+    switch (prepared.result) {
+        case STRINGPREP_OK:
+            return "none is left when those that do not count are taken away; choose another password";
+        case STRINGPREP_BIDI_BOTH_L_AND_RAL:
+            return "letters that are written from right to left are mixed with others; use one kind of them";
+        case STRINGPREP_BIDI_LEADTRAIL_NOT_RAL:
+            return "a text that is written from right to left must begin and end with such a letter and not with "
+                   "a digit or a sign";
+        case STRINGPREP_CONTAINS_PROHIBITED:
+        case STRINGPREP_BIDI_CONTAINS_PROHIBITED:
+            return "one is not allowed in passwords (for private use, invisible, or no character at all); take it "
+                   "out";
+        default:
+            return "it is no valid UTF-8 text, or too long; write it anew";
+    }
 }
 
 std::optional<std::string> InPdfDocEncoding(const std::string& utf8)
@@ -64,6 +108,13 @@ std::optional<std::string> PreparePassword(std::string_view utf8, int revision)
     if (!prepared || prepared->empty()) return std::nullopt;
     prepared->resize(std::min(prepared->size(), LongestPassword(revision)));
     return prepared;
+}
+
+std::string PasswordObjection(std::string_view utf8, int revision)
+{
+    if (revision <= 4) return "use AES with 256 bits, which takes more of them, or another password";
+    if (HasControlCharacter(utf8)) return "control characters, such as a tab or a line end; take them out";
+    return SaslObjection(std::string(utf8));
 }
 
 std::vector<std::string> PasswordForms(std::string_view utf8, int revision)

@@ -13,6 +13,9 @@ namespace openhost {
 /// that is not empty would prepare to an empty one.
 std::optional<std::string> PreparePassword(std::string_view utf8, int revision);
 
+/// Why PreparePassword has no answer and what to do: half a sentence that never holds a part of the password.
+std::string PasswordObjection(std::string_view utf8, int revision);
+
 /// The byte strings worth trying for a password that a user typed, likeliest first, each once: programs that encrypt
 /// do not all prepare alike.
 std::vector<std::string> PasswordForms(std::string_view utf8, int revision);

@@ -79,6 +79,10 @@ TEST(CommandLine, LogsAreShownAndClearedUnlessARunWritesThem)
     const std::string path = folder.Write("log", "1: LOG STARTED\r\n");
     EXPECT_EQ(Ferrule({"log", "--log", path}).data, "1: LOG STARTED\r\n");
     EXPECT_EQ(Ferrule({"log", "--log", path, "--path"}).data, path + "\n");
+    std::ostringstream data, messages;
+    const cli::Screen terminal{&data, &messages, false, false, {}, {}, true};
+    EXPECT_EQ(cli::RunCommandLine({"log", "--log", folder.Write("steering", "1: \x1b[2J\n")}, terminal), 0);
+    EXPECT_EQ(data.str(), "1: \\x1b[2J\n");
     {
         platform::CLogFile writer;
         ASSERT_TRUE(writer.Open(path, true).Ok());

@@ -146,6 +146,15 @@ TEST(Printable, ControlCharactersAreSpelledOutAndTextStays)
 {
     EXPECT_EQ(cli::Printable("a\nb\t\x1b[31m\x7f"), "a\\nb\\t\\x1b[31m\\x7f");
     EXPECT_EQ(cli::PrintableLines("a\n\tb\n"), "a\n\\tb\n");
+    cli::CPrintableText text;
+    EXPECT_EQ(text.Next("1: \ta\r"), "1: \ta");
+    EXPECT_EQ(text.Next("\n2: \x1b[2J\r3\xC2"), "\r\n2: \\x1b[2J\\x0d3");
+    EXPECT_EQ(text.Next("\x9B"
+                        "b\xC2"),
+              "\\x9b"
+              "b");
+    EXPECT_EQ(text.Next("\xA0\r"), "\xC2\xA0");
+    EXPECT_EQ(text.Rest(), "\\x0d");
     EXPECT_EQ(cli::Printable("\xC3\xA4 \xC2\xA0 \xE6\x97\xA5"), "\xC3\xA4 \xC2\xA0 \xE6\x97\xA5");
     EXPECT_EQ(cli::Printable("\xC2\x9B"
                              "2J"),

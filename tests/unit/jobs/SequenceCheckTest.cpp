@@ -40,11 +40,13 @@ TEST_F(SequenceCheck, FindsWhereResultsAndInputsAreAtRisk)
         {Save(Item("HandlerUniqueID", "string", "no.such.converter")), kSupplied, "error converter-not-available 1"},
         {Save(Item("RunPDFOptimizer", "boolean", "true")), kSupplied, "warning preset-outside 1"},
         {Save() + Save(), kSupplied, "note saves-more-than-once"},
-        {Save() + Protect(password), kSupplied, "note holds-passwords, warning step-after-save 2"},
-        {Save() + Protect(password) + Save(), kSupplied, "note saves-more-than-once, note holds-passwords"},
-        {Protect(password), onlyInput, "warning saves-nothing, note holds-passwords"},
-        {Protect(password), copying, "warning saves-nothing, note holds-passwords"},
-        {Protect(password), deleting, "error saves-nothing, note holds-passwords"},
+        {Save() + Protect(password), kSupplied,
+         "note holds-passwords, note metadata-readable 2, warning step-after-save 2"},
+        {Save() + Protect(password) + Save(), kSupplied,
+         "note saves-more-than-once, note holds-passwords, note metadata-readable 2"},
+        {Protect(password), onlyInput, "warning saves-nothing, note holds-passwords, note metadata-readable 1"},
+        {Protect(password), copying, "warning saves-nothing, note holds-passwords, note metadata-readable 1"},
+        {Protect(password), deleting, "error saves-nothing, note holds-passwords, note metadata-readable 1"},
     };
     for (const auto& row : rows) EXPECT_EQ(Check(Steps(row.steps), row.settings), row.codes) << row.steps;
 }
@@ -66,7 +68,7 @@ TEST_F(SequenceCheck, FindsWhatStepsLack)
         {Step("QLNX_FerruleProcessWithExternalAppCommand", Item("File", "text", "/no/such")),
          "warning file-missing 1"},
         {Step("QLNX_FerrulePurgeIndexCommand", Item("File", "integer", "1") + Item("file", "text", "x")),
-         "error parameter-type 1, warning parameter-unknown 1, warning file-not-named 1"},
+         "note holds-passwords, error parameter-type 1, error parameter-unknown 1, warning file-not-named 1"},
         {Step("OpenInfo", Item("Magnification", "text", "\xE9\x80\x82")),
          "error step-not-available 1, warning localised-value 1"},
         {Step("OpenInfo", Item("Magnification", "text", "100%")), "error step-not-available 1"},
@@ -92,6 +94,9 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
     } rows[] = {
         {"", "warning protects-nothing"},
         {method + extract + open, "warning protects-nothing"},
+        {method + open + owner, "note passwords-count"},
+        {method + extract + Item("PasswordProtect", "string", "true") + open,
+         "error parameter-type, warning protects-nothing"},
         {method + on + extract, "warning protects-nothing"},
         {method + on + extract + open, ""},
         {method + on + extract + open + owner, "note nothing-restricted"},
@@ -105,7 +110,14 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
         {on + extract + open, "note encryption-default"},
         {Item("EncryptionMethod", "text", "3") + on + extract + open,
          "error parameter-type, note encryption-default"},
-        {Item("Pasword", "text", "x") + method + on + extract + open, "warning parameter-unknown"},
+        {Item("Pasword", "text", "x") + method + on + extract + open, "error parameter-unknown"},
+        {Item("Colour", "text", "x") + method + on + extract + open, "warning parameter-unknown"},
+        {method + on + extract + Item("Password", "text", "a&#x7F;b"), "error password-refused"},
+        {method + on + extract + Item("Password", "text", "\xD7\x90\xD7\x91 1"), "error password-refused"},
+        {method + on + extract + Item("Password", "text", "\xD7\x90 a \xD7\x91"), "error password-refused"},
+        {method + on + extract + Item("Password", "text", "\xD7\x90 1 \xD7\x91"), ""},
+        {Item("EncryptionMethod", "integer", "2") + on + extract + Item("Password", "text", "\xD0\xBF"),
+         "error password-refused"},
         {method + on + extract + Item("Password", "text", std::string(256, 'p')), "warning password-cut"},
         {method + on + noCopy + owner + useTable, "warning empty-table"},
         {method + on + noCopy + owner + table, "warning unused-table"},
@@ -118,7 +130,7 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
         const json report =
             Answer(CheckSequence({{"path", Steps(Protect(row.items) + Save())}, {"settings", kSupplied}}));
         for (const json& finding : report["findings"])
-            if (finding["code"] != "holds-passwords")
+            if (finding["code"] != "holds-passwords" && finding["code"] != "metadata-readable")
                 codes += (codes.empty() ? "" : ", ") + finding["severity"].get<std::string>() + ' ' +
                          finding["code"].get<std::string>();
         EXPECT_EQ(codes, row.codes) << row.items;

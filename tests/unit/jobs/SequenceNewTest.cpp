@@ -35,7 +35,7 @@ TEST_F(SequenceNew, EveryTemplatePassesItsOwnCheck)
             EXPECT_FALSE(OthersMayRead(job["path"])) << job;
         }
         EXPECT_EQ(Check(job["path"], {{"FERRULEALTPATH", "/in"}, {"FERRULEALTOUTPUTPATH", "/out"}}),
-                  job["template"] == "protect" ? "note holds-passwords" : "")
+                  job["template"] == "protect" ? "note holds-passwords, note metadata-readable 1" : "")
             << job;
     }
 }

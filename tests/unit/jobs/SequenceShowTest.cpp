@@ -101,8 +101,14 @@ TEST_F(SequenceShow, NeverTellsAPassword)
         Step("DocSecurity", Item("CryptHandler", "atom", "Standard") + "<Items name='SecuritySettings'>" +
                                 Item("userPW", "text", "Hunter2e") + Item("ownerPW", "binary", "SHVudGVyMmY=") +
                                 Item("perms", "integer", "-4") + "</Items>") +
-        Step("Other:Step",
-             "<Items name='x'>" + Item("openPassword", "atom", "Hunter2g") + "</Items>" + Item("Passwd", "text", ""));
+        Step("Other:Step", "<Items name='x'>" + Item("openPassword", "atom", "Hunter2g") + "</Items>" +
+                               Item("Passwd", "text", "")) +
+        Protect(Item("Pasword", "text", "Hunter2h") + Item("PASSWORD", "binary", "SHVudGVyMmk=") +
+                Item("PermPassword", "integer", "4711") + Item("LeftText", "text", "Hunter2j\xC3\xA4") +
+                Item("Key", "Hunter2k", "string") + "<Items name='CanPrint'>" + Item("File", "atom", "Hunter2l") +
+                "</Items><Items name='FileMapping'>" + Item("1", "string", "a.pdf") +
+                Item("2", "string", "Hunter2m") + "</Items>") +
+        Step("qlnx_FerruleProtectCommand", Item("File", "text", "Hunter2n") + Item("CanPrint", "boolean", "true"));
     const std::string path = Steps(all);
     const json shown = Answer(ShowSequence({{"path", path}}));
     const json& steps = shown["groups"][0]["steps"];
@@ -116,10 +122,17 @@ TEST_F(SequenceShow, NeverTellsAPassword)
     EXPECT_EQ(Parameter(steps[2]["parameters"], {"x", "openPassword"})["value"], "********");
     EXPECT_EQ(Parameter(steps[2]["parameters"], {"Passwd"})["value"], "");
     EXPECT_EQ(shown["holdsPasswords"], true);
+    for (const char* name : {"Pasword", "PASSWORD", "PermPassword", "LeftText"})
+        EXPECT_EQ(Parameter(steps[3]["parameters"], {name})["value"], "********") << name;
+    EXPECT_EQ(Parameter(steps[3]["parameters"], {"CanPrint", "File"})["value"], "********");
+    EXPECT_EQ(Parameter(steps[3]["parameters"], {"FileMapping", "2"})["value"], "********");
+    EXPECT_EQ(Parameter(steps[4]["parameters"], {"File"})["value"], "********");
+    EXPECT_EQ(Parameter(steps[4]["parameters"], {"CanPrint"})["value"], true);
     for (const json& answer :
          {Answer(CheckSequence({{"path", path}})),
           Answer(ConvertSequence({{"path", path}, {"to", "host"}, {"target", Folder() / "h.sequ"}}))}) {
         EXPECT_EQ(answer.dump().find("Hunter2"), std::string::npos) << answer;
+        EXPECT_EQ(answer.dump().find("4711"), std::string::npos) << answer;
     }
     // A parameter of the wrong type is no password; what is shown of it tells what is wrong.
     EXPECT_EQ(Parameter(steps[0]["parameters"], {"EncryptionMethod"})["value"], "Hunter2d");

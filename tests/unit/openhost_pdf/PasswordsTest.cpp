@@ -38,6 +38,27 @@ TEST(Passwords, AreStoredAsEachRevisionDemands)
     for (const auto& row : rows) EXPECT_EQ(PreparePassword(row.utf8, row.revision), row.stored) << row.what;
 }
 
+TEST(Passwords, RefusalsNameTheReasonAndNothingOfThePassword)
+{
+    const struct {
+        std::string utf8;
+        int revision;
+        const char* reason;
+    } rows[] = {{"Hunter2\u03b1", 4, "use AES with 256 bits"},
+                {"Hunter2\t", 6, "control characters"},
+                {"Hunter2\u0085", 6, "control characters"},
+                {"Hunter2\u05d0", 6, "mixed with others"},
+                {"\u05d0\u05d1 1", 6, "must begin and end"},
+                {"Hunter2\ue000", 6, "not allowed in passwords"},
+                {"\u00ad", 6, "none is left"},
+                {"Hunter2\xff", 6, "no valid UTF-8"}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(PreparePassword(row.utf8, row.revision), std::nullopt) << row.reason;
+        EXPECT_THAT(PasswordObjection(row.utf8, row.revision),
+                    testing::AllOf(testing::HasSubstr(row.reason), testing::Not(testing::HasSubstr("Hunter"))));
+    }
+}
+
 TEST(Passwords, AreTriedInEveryFormOnce)
 {
     EXPECT_THAT(PasswordForms("plain", 6), testing::ElementsAre("plain"));

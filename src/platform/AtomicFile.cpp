@@ -16,39 +16,54 @@ constexpr std::size_t kBufferBytes = 256 * 1024;
 struct CAtomicFile::State {
     Existing existing = Existing::Fail;
     bool pretends = false;
-    std::string final;  // where the links lead
+    std::string target;
     CTemporaryFile file;
     bool replaces = false;
     bool complete = false;
     CFileRights rights;  // of the replaced file
+    bool isLimited = false;
+    CFileRights limit;
     std::string buffer;
+
+    const CFileRights* Limit() const { return isLimited ? &limit : nullptr; }
 };
 
-CAtomicFile::CAtomicFile(const std::string& target, Existing existing) : m_state(std::make_unique<State>())
+CAtomicFile::CAtomicFile(const std::string& target, Existing existing, const std::string& source)
+    : m_state(std::make_unique<State>())
 {
     m_state->existing = existing;
     m_state->pretends = Pretending();
-    m_error = Prepare(target).errorNumber;
+    m_state->target = target;
+    m_state->isLimited = !source.empty() && !m_state->pretends;
+    m_error = Prepare(source).errorNumber;
 }
 
 CAtomicFile::~CAtomicFile() = default;
 
-FileResult CAtomicFile::Prepare(const std::string& target)
+FileResult CAtomicFile::Prepare(const std::string& source)
 {
     State& state = *m_state;
-    if (state.existing == Existing::Fail && NameExists(target)) return Failure(FileProblem::Exists);
-    if (const auto followed = FollowLinks(target, state.final); !followed) return followed;
+    if (state.existing == Existing::Fail && NameExists(state.target)) return Failure(FileProblem::Exists);
     FileStatus status;
-    if (const auto asked = StatusIfThere(state.final, status, state.replaces); !asked) return asked;
+    bool isThere = false;
+    if (const auto asked = StatusOfNameIfThere(state.target, status, isThere); !asked) return asked;
+    if (isThere && status.kind == FileKind::Folder) return Failure(FileProblem::IsAFolder);
+    if (isThere && status.kind == FileKind::Other) return Failure(FileProblem::NotARegularFile);
+    // A link is replaced itself, so what it leads to has no say in the rights.
+    state.replaces = isThere && status.kind == FileKind::Regular;
     if (state.replaces) {
-        if (status.kind == FileKind::Folder) return Failure(FileProblem::IsAFolder);
-        if (status.kind != FileKind::Regular) return Failure(FileProblem::NotARegularFile);
-        if (const auto writable = CheckWritable(state.final); !writable) return writable;
-        if (const auto read = state.rights.ReadFrom(state.final); !read) return read;
+        if (const auto writable = CheckWritable(state.target); !writable) return writable;
+        if (const auto read = state.rights.ReadFrom(state.target); !read) return read;
     }
-    if (state.pretends) return CheckFolderOf(state.final);
+    // What was not there and is later on belongs to somebody else.
+    if (!isThere) state.existing = Existing::Fail;
+    if (state.pretends) return CheckFolderOf(state.target);
+    if (state.isLimited) {
+        if (const auto read = state.limit.ReadLimit(source); !read) return read;
+    }
     // A replaced file may be private, so its successor is until it has the same rights.
-    return state.file.CreateBeside(state.final, state.replaces ? Readers::OwnerForNow : Readers::AsUsual);
+    const Readers readers = state.replaces ? Readers::OwnerForNow : Readers::AsUsual;
+    return state.file.CreateBeside(state.target, readers, state.Limit());
 }
 
 void CAtomicFile::Write(const char* bytes, std::size_t length) noexcept
@@ -91,7 +106,7 @@ FileResult CAtomicFile::Flush()
     FlushBuffer();
     if (m_error != 0) return {m_error};
     if (state.replaces) {
-        if (const auto taken = state.file.TakeOver(state.rights); !taken) return taken;
+        if (const auto taken = state.file.TakeOver(state.rights, state.Limit()); !taken) return taken;
     }
     return state.file.Complete();
 }
@@ -100,15 +115,15 @@ FileResult CAtomicFile::Commit()
 {
     State& state = *m_state;
     if (const auto completed = Complete(); !completed) return completed;
-    const auto answer = AskOverseer(COverseer::Act::Put, state.file.Path(), state.final);
+    const auto answer = AskOverseer(COverseer::Act::Put, state.file.Path(), state.target);
     if (answer) {
         m_error = answer->errorNumber;
         return *answer;
     }
-    const auto put = state.file.PutInPlace(state.final, state.existing);
+    const auto put = state.file.PutInPlace(state.target, state.existing);
     m_error = put.errorNumber;
     // The file is in place by now; a folder that cannot be flushed is no failure.
-    if (put) (void)FlushFolderOf(state.final);
+    if (put) (void)FlushFolderOf(state.target);
     return put;
 }
 

@@ -10,7 +10,7 @@ namespace platform {
 
 /// A file that appears under its name complete or not at all: written under a temporary name in the target's folder,
 /// flushed, then put in its place at once, with the access rights and, as far as the system lets us, the owner of the
-/// file it replaces. A target that is a symbolic link stays one; the file it leads to is replaced.
+/// file it replaces. A symbolic link is no such file: it is replaced itself, and what it leads to stays as it is.
 /// Without Commit nothing but the temporary file was touched, and the destructor removes that.
 ///
 /// During a trial run nothing is created: what is written is dropped, and Commit asks the overseer and is done.
@@ -18,7 +18,11 @@ class CAtomicFile {
 public:
     /// Creates the temporary file; Result tells whether that worked. Fails: "exists" (Existing::Fail only), "is a
     /// folder", "invalid argument" when the target is no regular file either, and what the system says.
-    CAtomicFile(const std::string& target, Existing existing);
+    /// With Existing::Replace only what stands there now is replaced: when a free name was taken meanwhile, Commit
+    /// fails with "exists". `source`: the file that the content comes from. Nobody but the owner may read or write
+    /// the new file who may not do so with that one; of a source that is gone, nobody at all. Empty: the folder and
+    /// the user's mask decide.
+    CAtomicFile(const std::string& target, Existing existing, const std::string& source = {});
     CAtomicFile(const CAtomicFile&) = delete;
     CAtomicFile& operator=(const CAtomicFile&) = delete;
     ~CAtomicFile();
@@ -37,7 +41,7 @@ public:
 
 private:
     struct State;
-    FileResult Prepare(const std::string& target);
+    FileResult Prepare(const std::string& source);
     FileResult Flush();
     void FlushBuffer() noexcept;
 

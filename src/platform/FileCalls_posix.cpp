@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/file.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -96,6 +97,54 @@ int SetMode(int descriptor, mode_t mode) { return Passes("fchmod", descriptor) ?
 int SetOwner(int descriptor, uid_t user, gid_t group)
 {
     return Passes("fchown", descriptor) ? fchown(descriptor, user, group) : -1;
+}
+
+namespace {
+
+/// Calls that tell the size when they are given no room; the value may grow in between.
+template <class Get>
+int GetAll(Get get, std::string& value)
+{
+    for (;;) {
+        const ssize_t size = get(nullptr, 0);
+        if (size < 0) return -1;
+        value.resize(static_cast<std::size_t>(size));
+        const ssize_t got = size == 0 ? 0 : get(value.data(), value.size());
+        if (got < 0 && errno == ERANGE) continue;
+        value.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
+        return got < 0 ? -1 : 0;
+    }
+}
+
+}  // namespace
+
+int GetAttribute(const std::string& path, const char* name, std::string& value)
+{
+    if (!Passes("getxattr", path)) return -1;
+    return GetAll([&](char* room, std::size_t size) { return getxattr(path.c_str(), name, room, size); }, value);
+}
+
+int GetAttribute(int descriptor, const char* name, std::string& value)
+{
+    if (!Passes("fgetxattr", descriptor)) return -1;
+    return GetAll([&](char* room, std::size_t size) { return fgetxattr(descriptor, name, room, size); }, value);
+}
+
+int ListAttributes(const std::string& path, std::string& names)
+{
+    if (!Passes("listxattr", path)) return -1;
+    return GetAll([&](char* room, std::size_t size) { return listxattr(path.c_str(), room, size); }, names);
+}
+
+int SetAttribute(int descriptor, const char* name, const std::string& value)
+{
+    if (!Passes("fsetxattr", descriptor)) return -1;
+    return fsetxattr(descriptor, name, value.data(), value.size(), 0);
+}
+
+int RemoveAttribute(int descriptor, const char* name)
+{
+    return Passes("fremovexattr", descriptor) ? fremovexattr(descriptor, name) : -1;
 }
 
 int SetTimes(int descriptor, const timespec (&times)[2])

@@ -37,6 +37,12 @@ int Truncate(int descriptor, off_t length);
 int Lock(int descriptor, int operation);
 int SetMode(int descriptor, mode_t mode);
 int SetOwner(int descriptor, uid_t user, gid_t group);
+/// Extended attributes. For the value and the names: 0 or -1. Names are each ended by a zero byte.
+int GetAttribute(const std::string& path, const char* name, std::string& value);
+int GetAttribute(int descriptor, const char* name, std::string& value);
+int ListAttributes(const std::string& path, std::string& names);
+int SetAttribute(int descriptor, const char* name, const std::string& value);
+int RemoveAttribute(int descriptor, const char* name);
 int SetTimes(int descriptor, const timespec (&times)[2]);
 
 int Status(const std::string& path, struct stat& status);

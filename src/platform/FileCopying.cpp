@@ -14,10 +14,12 @@ FileResult CheckCopying(const std::string& from, const std::string& target)
     return CheckFolderOf(target);
 }
 
-FileResult CopyTo(const std::string& from, const std::string& target, Existing existing)
+/// `replaced`: the rights of a file that the copy will replace, which it must not exceed.
+FileResult CopyTo(const std::string& from, const std::string& target, Existing existing,
+                  const CFileRights* replaced = nullptr)
 {
     CTemporaryFile copy;
-    const auto made = Pretending() ? CheckCopying(from, target) : copy.CopyBeside(from, target);
+    const auto made = Pretending() ? CheckCopying(from, target) : copy.CopyBeside(from, target, {.limit = replaced});
     if (!made) return made;
     const auto answer = AskOverseer(COverseer::Act::Put, Pretending() ? from : copy.Path(), target);
     if (answer) return *answer;
@@ -29,14 +31,15 @@ FileResult CopyTo(const std::string& from, const std::string& target, Existing e
 
 struct Target {
     bool isThere = false;
-    FileStatus status = {};  // links followed
+    FileStatus status = {};  // of a link itself
 };
 
-// What stands at the target and forbids to replace it. Devices and pipes are never replaced by a file.
+// What stands at the target and forbids to replace it. Devices and pipes are never replaced by a file. A link is, and
+// it is never followed: who may write into the folder could make it lead to anybody's file.
 FileResult CheckReplaceable(const std::string& to, Target& target)
 {
-    if (const auto asked = StatusIfThere(to, target.status, target.isThere); !asked) return asked;
-    if (!target.isThere || target.status.kind == FileKind::Regular) return {};
+    if (const auto asked = StatusOfNameIfThere(to, target.status, target.isThere); !asked) return asked;
+    if (!target.isThere || target.status.kind == FileKind::Regular || target.status.kind == FileKind::Link) return {};
     return Failure(target.status.kind == FileKind::Folder ? FileProblem::IsAFolder : FileProblem::NotARegularFile);
 }
 
@@ -64,7 +67,7 @@ FileResult MoveAcross(const std::string& from, const std::string& to, Existing e
     // Asked before the target is touched.
     if (const auto removable = CheckRemovable(from); !removable) return removable;
     CTemporaryFile copy;
-    if (const auto made = copy.CopyBeside(from, to); !made) return made;
+    if (const auto made = copy.CopyBeside(from, to, {.withOwner = true}); !made) return made;
     if (const auto put = copy.PutInPlace(to, existing); !put) return put;
     auto outcome = FlushFolderOf(to);
     if (outcome) outcome = RemoveMoved(from);
@@ -113,11 +116,7 @@ FileResult MoveReplacing(const std::string& from, const std::string& to, const F
 {
     Target target;
     if (const auto replaceable = CheckReplaceable(to, target); !replaceable) return replaceable;
-    if (target.isThere) {
-        FileStatus name;
-        if (const auto asked = StatusOfName(to, name); !asked) return asked;
-        if (source.SameFileAs(name)) return MoveOntoOtherName(from, to, source);
-    }
+    if (target.isThere && source.SameFileAs(target.status)) return MoveOntoOtherName(from, to, source);
     if (const auto allowed = CheckMarks(target); !allowed) return allowed;
     if (const auto allowed = CheckNotBehindLink(from, source, target); !allowed) return allowed;
     return MoveNow(from, to, Existing::Replace);
@@ -150,9 +149,12 @@ FileResult CopyFile(const std::string& from, const std::string& to, Existing exi
     if (const auto replaceable = CheckReplaceable(to, target); !replaceable) return replaceable;
     if (onDisk && target.isThere && source.SameFileAs(target.status)) return Failure(FileProblem::NotARegularFile);
     if (const auto allowed = CheckMarks(target); !allowed) return allowed;
-    std::string end;
-    if (const auto followed = FollowLinks(to, end); !followed) return followed;
-    return CopyTo(from, end, existing);
+    CFileRights rights;
+    const bool replaces = target.isThere && target.status.kind == FileKind::Regular;
+    if (replaces) {
+        if (const auto read = rights.ReadLimit(to); !read) return read;
+    }
+    return CopyTo(from, to, existing, replaces ? &rights : nullptr);
 }
 
 FileResult MoveFile(const std::string& from, const std::string& to, Existing existing)

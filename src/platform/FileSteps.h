@@ -25,14 +25,12 @@ struct FileStatus {
 FileResult StatusOf(const std::string& path, FileStatus& status);
 /// The same, or a symbolic link itself.
 FileResult StatusOfName(const std::string& path, FileStatus& status);
-/// Links followed. Fails when it cannot be told: which is not the same as nothing.
+/// As StatusOf and StatusOfName. Fail when it cannot be told: which is not the same as nothing.
 FileResult StatusIfThere(const std::string& path, FileStatus& status, bool& isThere);
+FileResult StatusOfNameIfThere(const std::string& path, FileStatus& status, bool& isThere);
 
 /// Whether the two paths are one name of one folder, on different ways or in different letter cases.
 bool SameName(const std::string& a, const std::string& b);
-/// Where the symbolic links that begin at `path` end, whether or not something is there: a file put in that place
-/// replaces what they lead to and keeps them. Fails: when that cannot be told.
-FileResult FollowLinks(const std::string& path, std::string& end);
 
 /// Whether the user may write into the file that stands there.
 FileResult CheckWritable(const std::string& path);
@@ -52,7 +50,8 @@ FileResult RemoveMoved(const std::string& path);
 /// Makes renames in the folder of `path` last. Fails only when the disk does: not every system can flush folders.
 FileResult FlushFolderOf(const std::string& path);
 
-/// What a file takes over from the one that it replaces: access rights and, where systems have such, marks.
+/// What a file takes over from the one that it replaces: access rights and, where systems have such, marks and
+/// attributes.
 class CFileRights {
 public:
     CFileRights();
@@ -60,6 +59,8 @@ public:
     CFileRights& operator=(const CFileRights&) = delete;
     ~CFileRights();
     FileResult ReadFrom(const std::string& path);
+    /// Only what others must not exceed; of a file that is gone: the owner's alone.
+    FileResult ReadLimit(const std::string& path);
 
 private:
     friend class CTemporaryFile;
@@ -75,12 +76,19 @@ public:
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
     ~CTemporaryFile();
 
-    /// Creates the file in the folder of `target`.
-    FileResult CreateBeside(const std::string& target, Readers readers);
-    /// Creates it as a complete copy of a regular file, with its attributes and time stamps.
-    FileResult CopyBeside(const std::string& from, const std::string& target);
+    /// Creates the file in the folder of `target`. AsUsual: nobody but the owner gets more than `limit`, if given.
+    FileResult CreateBeside(const std::string& target, Readers readers, const CFileRights* limit = nullptr);
+    /// Whose a copy is, and who may read it besides those who may read the source.
+    struct CopyRights {
+        const CFileRights* limit = nullptr;  ///< nobody gets more than this either
+        bool withOwner = false;              ///< as far as the system lets us
+    };
+    /// Creates it as a complete copy of a regular file, with its rights, attributes and time stamps.
+    FileResult CopyBeside(const std::string& from, const std::string& target, const CopyRights& rights);
     FileResult Write(std::string_view bytes);
-    FileResult TakeOver(const CFileRights& rights);
+    /// Gives an OwnerForNow file the rights of the one that it will replace, but to nobody more than `limit`, if
+    /// given. What cannot be taken over leaves the rights with the owner alone.
+    FileResult TakeOver(const CFileRights& rights, const CFileRights* limit);
     /// Flushes it to disk and closes it.
     FileResult Complete();
     /// Gives the completed file its final name.
@@ -89,8 +97,11 @@ public:
     const std::string& Path() const { return m_path; }
 
 private:
+    FileResult CreateNew(const std::string& target, unsigned mode);
+
     COpenFile m_file;
-    std::string m_path;  // empty when there is nothing to remove
+    CFileRights m_rights;  // given when the file is complete, if there are any
+    std::string m_path;    // empty when there is nothing to remove
 };
 
 }  // namespace platform

@@ -1,7 +1,6 @@
 #include "platform/FileSteps.h"
 
 #include <fcntl.h>
-#include <limits.h>
 #include <strings.h>
 #include <unistd.h>
 
@@ -45,14 +44,29 @@ FileResult StatusOfName(const std::string& path, FileStatus& status)
     return {};
 }
 
-FileResult StatusIfThere(const std::string& path, FileStatus& status, bool& isThere)
+namespace {
+
+FileResult AskIfThere(FileResult (*ask)(const std::string&, FileStatus&), const std::string& path, FileStatus& status,
+                      bool& isThere)
 {
     isThere = false;
     if (PretendedExistence(path) == false) return {};
-    const int error = StatusOf(path, status).errorNumber;
+    const int error = ask(path, status).errorNumber;
     isThere = error == 0;
     const bool missing = error == ENOENT || error == ENOTDIR || error == ELOOP;
     return {missing ? 0 : error};
+}
+
+}  // namespace
+
+FileResult StatusIfThere(const std::string& path, FileStatus& status, bool& isThere)
+{
+    return AskIfThere(StatusOf, path, status, isThere);
+}
+
+FileResult StatusOfNameIfThere(const std::string& path, FileStatus& status, bool& isThere)
+{
+    return AskIfThere(StatusOfName, path, status, isThere);
 }
 
 bool SameName(const std::string& a, const std::string& b)
@@ -62,20 +76,6 @@ bool SameName(const std::string& a, const std::string& b)
     FileStatus statusA, statusB;
     return StatusOf(folderA.empty() ? "." : folderA, statusA) && StatusOf(folderB.empty() ? "." : folderB, statusB) &&
            statusA.SameFileAs(statusB);
-}
-
-FileResult FollowLinks(const std::string& path, std::string& end)
-{
-    constexpr int kLongestChain = 40;
-    end = path;
-    for (int links = 0; links < kLongestChain; ++links) {
-        char text[PATH_MAX];
-        const ssize_t length = calls::ReadLink(end, text, sizeof text);
-        if (length < 0) return {errno == EINVAL || errno == ENOENT || errno == ENOTDIR ? 0 : errno};
-        const std::string next(text, static_cast<std::size_t>(length));
-        end = next.starts_with('/') ? next : FolderPrefix(end) + next;
-    }
-    return {ELOOP};
 }
 
 FileResult CheckWritable(const std::string& path) { return {calls::Access(path, W_OK) == 0 ? 0 : errno}; }

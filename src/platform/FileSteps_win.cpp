@@ -57,14 +57,28 @@ FileResult StatusOf(const std::string& path, FileStatus& status) { return Ask(pa
 
 FileResult StatusOfName(const std::string& path, FileStatus& status) { return Ask(path, Links::Keep, status); }
 
-FileResult StatusIfThere(const std::string& path, FileStatus& status, bool& isThere)
+namespace {
+
+FileResult AskIfThere(const std::string& path, Links links, FileStatus& status, bool& isThere)
 {
     isThere = false;
     if (PretendedExistence(path) == false) return {};
-    const auto asked = StatusOf(path, status);
+    const auto asked = Ask(path, links, status);
     isThere = asked.Ok();
     const bool missing = ProblemOf(asked) == FileProblem::Missing || asked.errorNumber == ERROR_CANT_RESOLVE_FILENAME;
     return missing ? FileResult{} : asked;
+}
+
+}  // namespace
+
+FileResult StatusIfThere(const std::string& path, FileStatus& status, bool& isThere)
+{
+    return AskIfThere(path, Links::Follow, status, isThere);
+}
+
+FileResult StatusOfNameIfThere(const std::string& path, FileStatus& status, bool& isThere)
+{
+    return AskIfThere(path, Links::Keep, status, isThere);
 }
 
 bool SameName(const std::string& a, const std::string& b)
@@ -73,18 +87,6 @@ bool SameName(const std::string& a, const std::string& b)
     const auto nameB = FinalPath(OpenFor(WidePath(b), FILE_READ_ATTRIBUTES, FILE_FLAG_OPEN_REPARSE_POINT));
     return !nameA.empty() && CompareStringOrdinal(nameA.data(), static_cast<int>(nameA.size()), nameB.data(),
                                                   static_cast<int>(nameB.size()), TRUE) == CSTR_EQUAL;
-}
-
-FileResult FollowLinks(const std::string& path, std::string& end)
-{
-    end = path;
-    const auto wide = WidePath(path);
-    if (!IsLink(wide)) return {};
-    // A link that leads nowhere is not followed: the system tells no place.
-    const auto final = FinalPath(OpenFor(wide, FILE_READ_ATTRIBUTES, 0));
-    if (final.empty()) return LastFailure();
-    end = NarrowPath(final);
-    return {};
 }
 
 FileResult CheckWritable(const std::string& path)

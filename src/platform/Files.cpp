@@ -2,6 +2,7 @@
 
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/Oversight.h"
 
 namespace platform {
 
@@ -21,12 +22,19 @@ std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t 
     return bytes;
 }
 
+bool NameIsLink(const std::string& path)
+{
+    FileStatus status;
+    return PretendedExistence(path) != false && StatusOfName(path, status) && status.kind == FileKind::Link;
+}
+
 namespace {
 
 FileResult CheckPlain(const std::string& path)
 {
     FileStatus status;
-    if (!StatusOf(path, status) || status.kind == FileKind::Regular) return {};
+    if (!StatusOfName(path, status)) return {};
+    if (status.kind == FileKind::Regular || status.kind == FileKind::Link) return {};
     return Failure(status.kind == FileKind::Folder ? FileProblem::IsAFolder : FileProblem::NotARegularFile);
 }
 
@@ -36,14 +44,12 @@ FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, 
 {
     if (existing == Existing::Fail && NameExists(path)) return Failure(FileProblem::Exists);
     if (const auto plain = CheckPlain(path); !plain) return plain;
-    std::string target;
-    if (const auto followed = FollowLinks(path, target); !followed) return followed;
     CTemporaryFile file;
-    if (const auto created = file.CreateBeside(target, readers); !created) return created;
+    if (const auto created = file.CreateBeside(path, readers); !created) return created;
     if (const auto written = file.Write(bytes); !written) return written;
     if (const auto completed = file.Complete(); !completed) return completed;
-    if (const auto put = file.PutInPlace(target, existing); !put) return put;
-    (void)FlushFolderOf(target);  // in place it is, whatever the folder says
+    if (const auto put = file.PutInPlace(path, existing); !put) return put;
+    (void)FlushFolderOf(path);  // in place it is, whatever the folder says
     return {};
 }
 

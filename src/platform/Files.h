@@ -31,6 +31,8 @@ bool FileExists(const std::string& path);
 bool FolderExists(const std::string& path);
 /// True for anything of that name, dangling links and folders included.
 bool NameExists(const std::string& path);
+/// True for a symbolic link itself, whatever it leads to.
+bool NameIsLink(const std::string& path);
 /// Size in bytes of a regular file.
 std::optional<std::uint64_t> FileSize(const std::string& path);
 /// What tells one state of a file from another, and one file from another; links are followed.
@@ -47,8 +49,8 @@ FileResult CheckReadable(const std::string& path);
 
 /// Copies bytes, mode bits and time stamps of a regular file.
 /// Fail: the target is created exclusively. Replace: a temporary file beside the target takes its place when
-/// complete. Fails: source and target as they were; copying a file onto itself is an error, and a folder is never a
-/// target.
+/// complete; a symbolic link there is replaced itself, and what it leads to stays as it is. Fails: source and target
+/// as they were; copying a file onto itself is an error, and a folder is never a target.
 FileResult CopyFile(const std::string& from, const std::string& to, Existing existing);
 
 /// Moves a file, across file systems too. Fail: never replaces, not even a file that appears meanwhile.
@@ -105,6 +107,7 @@ enum class Readers {
 };
 
 /// Writes a complete file or leaves the old one: temporary file in the same folder, flushed, renamed, folder flushed.
+/// A symbolic link of that name is replaced; what it leads to stays as it is.
 /// Fail: a name that is taken stays as it is, also when it was taken meanwhile.
 FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, Readers readers,
                                Existing existing = Existing::Replace);

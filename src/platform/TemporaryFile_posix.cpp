@@ -4,17 +4,24 @@
 #include <cerrno>
 #include <vector>
 
+#include "platform/AccessRights_posix.h"
+#include "platform/ExtendedAttributes_posix.h"
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
+#include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
 #include "platform/Oversight.h"
 
 namespace platform {
+namespace {
+
+constexpr mode_t kUsualMode = 0666, kOwnersMode = 0600;
+
+}  // namespace
 
 struct CFileRights::State {
-    mode_t mode;
-    uid_t owner;
-    gid_t group;
+    CAccessRights access;
+    CExtendedAttributes attributes;
 };
 
 CFileRights::CFileRights() = default;
@@ -22,9 +29,20 @@ CFileRights::~CFileRights() = default;
 
 FileResult CFileRights::ReadFrom(const std::string& path)
 {
-    struct stat status;
-    if (calls::Status(path, status) != 0) return {errno};
-    m_state = std::make_unique<State>(State{status.st_mode & 07777U, status.st_uid, status.st_gid});
+    auto state = std::make_unique<State>();
+    if (const auto read = state->access.ReadFrom(path); !read) return read;
+    state->attributes.ReadFrom(path);
+    m_state = std::move(state);
+    return {};
+}
+
+FileResult CFileRights::ReadLimit(const std::string& path)
+{
+    auto state = std::make_unique<State>();
+    const auto read = state->access.ReadFrom(path);
+    // Of a file that is gone nobody knows who might read it.
+    if (!read && ProblemOf(read) != FileProblem::Missing) return read;
+    m_state = std::move(state);
     return {};
 }
 
@@ -34,9 +52,8 @@ CTemporaryFile::~CTemporaryFile()
     if (!m_path.empty()) calls::Unlink(m_path);
 }
 
-FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers)
+FileResult CTemporaryFile::CreateNew(const std::string& target, unsigned mode)
 {
-    const mode_t mode = readers == Readers::AsUsual ? 0666 : 0600;
     constexpr int kAttempts = 1000;  // names of a dead process may be in the way
     const std::string folder = FolderPrefix(target);
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -52,20 +69,76 @@ FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers reade
     return {EEXIST};
 }
 
+// Only the file system knows what a new file gets: from the folder's own list or group, or from what the user masks.
+// Where that is too much, the file is made once more, for its owner alone: who has opened the first one has nothing.
+FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers, const CFileRights* limit)
+{
+    if (readers != Readers::AsUsual) return CreateNew(target, kOwnersMode);
+    if (!limit) return CreateNew(target, kUsualMode);
+    const CAccessRights& most = limit->m_state->access;
+    if (const auto created = CreateNew(target, kUsualMode & (kOwnersMode | most.Mode())); !created) return created;
+    CAccessRights given;
+    if (const auto read = given.ReadFrom(static_cast<int>(m_file.Get())); !read) return read;
+    const CAccessRights left = given.LimitedBy(most).WithOwner();
+    if (left == given) return {};
+    m_file.Close();
+    if (calls::Unlink(m_path) != 0) return {errno};
+    m_path.clear();
+    m_rights.m_state = std::make_unique<CFileRights::State>(CFileRights::State{left, {}});
+    return CreateNew(target, kOwnersMode);
+}
+
 FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(static_cast<int>(m_file.Get()), bytes); }
 
-FileResult CTemporaryFile::TakeOver(const CFileRights& rights)
+namespace {
+
+/// Only the superuser may give files away, and others to groups of their own; else the file stays whose it is.
+void GiveTo(int file, uid_t owner, gid_t group)
 {
-    const auto& [mode, owner, group] = *rights.m_state;
+    struct stat status;
+    if (calls::StatusOf(file, status) != 0 || (status.st_uid == owner && status.st_gid == group)) return;
+    constexpr auto kSameOwner = static_cast<uid_t>(-1);
+    if (calls::SetOwner(file, owner, group) != 0) (void)calls::SetOwner(file, kSameOwner, group);
+}
+
+/// A file system that cannot keep the rights is good enough where its own are no wider.
+FileResult SetRights(int file, const CAccessRights& wanted)
+{
+    const auto set = wanted.SetOn(file);
+    CAccessRights present;
+    if (set || !present.ReadFrom(file)) return set;
+    return present.LimitedBy(wanted) == present ? FileResult{} : set;
+}
+
+/// What is left of the rights of `old` for a file that may belong to somebody else.
+FileResult TakeRights(int file, const CAccessRights& old, bool complete, const CAccessRights* limit)
+{
+    CAccessRights present;
+    if (const auto read = present.ReadFrom(file); !read) return read;
+    CAccessRights wanted = old.For(present.Owner(), present.Group()).LimitedBy(old);
+    if (limit) wanted = wanted.LimitedBy(*limit);
+    return SetRights(file, complete ? wanted : wanted.OwnersOnly());
+}
+
+}  // namespace
+
+FileResult CTemporaryFile::TakeOver(const CFileRights& rights, const CFileRights* limit)
+{
     const int file = static_cast<int>(m_file.Get());
-    // Only the superuser may give files away; anyone else keeps the new file as his own.
-    const bool foreign = owner != geteuid() || group != getegid();
-    const bool given = !foreign || calls::SetOwner(file, owner, group) == 0;
-    return {calls::SetMode(file, given ? mode : mode & 01777U) == 0 ? 0 : errno};
+    const CAccessRights& old = rights.m_state->access;
+    const CAccessRights* const most = limit ? &limit->m_state->access : nullptr;
+    const uid_t owner = !most || most->LetsRead(old.Owner()) ? old.Owner() : geteuid();
+    GiveTo(file, owner, old.Group());
+    const bool complete = rights.m_state->attributes.SetOn(file);
+    return TakeRights(file, old, complete, most);
 }
 
 FileResult CTemporaryFile::Complete()
 {
+    if (m_rights.m_state) {
+        const auto given = SetRights(static_cast<int>(m_file.Get()), m_rights.m_state->access);
+        if (!given) return given;
+    }
     if (const auto flushed = FlushDescriptor(static_cast<int>(m_file.Get())); !flushed) return flushed;
     // Some file systems tell only now that the disk was full.
     if (calls::Close(static_cast<int>(m_file.Release())) == 0 || errno == EINTR) return {};
@@ -81,8 +154,6 @@ FileResult CTemporaryFile::PutInPlace(const std::string& target, Existing existi
 }
 
 namespace {
-
-constexpr mode_t kPermissionBits = 0777;
 
 FileResult CopyBytes(int from, int to)
 {
@@ -101,24 +172,25 @@ FileResult CopyBytes(int from, int to)
     }
 }
 
-// File systems without owners and modes refuse these; the copy is good without them.
-void CopyAttributes(const struct stat& source, int to)
-{
-    (void)calls::SetMode(to, source.st_mode & kPermissionBits);
-    const timespec times[] = {source.st_atim, source.st_mtim};
-    (void)calls::SetTimes(to, times);
-}
-
 }  // namespace
 
-FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target)
+FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target, const CopyRights& rights)
 {
     CDescriptor source;
     struct stat status;
     if (const auto opened = OpenRegular(from, source, status); !opened) return opened;
     if (const auto created = CreateBeside(target, Readers::OwnerForNow); !created) return created;
-    if (const auto copied = CopyBytes(source.Get(), static_cast<int>(m_file.Get())); !copied) return copied;
-    CopyAttributes(status, static_cast<int>(m_file.Get()));
+    const int copy = static_cast<int>(m_file.Get());
+    if (const auto copied = CopyBytes(source.Get(), copy); !copied) return copied;
+    CFileRights old;
+    if (const auto read = old.ReadFrom(from); !read) return read;
+    const CAccessRights& access = old.m_state->access;
+    if (rights.withOwner) GiveTo(copy, access.Owner(), access.Group());
+    const bool complete = old.m_state->attributes.SetOn(copy);
+    const auto taken = TakeRights(copy, access, complete, rights.limit ? &rights.limit->m_state->access : nullptr);
+    if (!taken) return taken;
+    const timespec times[] = {status.st_atim, status.st_mtim};
+    (void)calls::SetTimes(copy, times);  // the copy is good without them
     return Complete();
 }
 

@@ -80,13 +80,16 @@ FileResult CFileRights::ReadFrom(const std::string& path)
     return {};
 }
 
+// A new file has the rights that its folder hands on: that is where people set them on this system.
+FileResult CFileRights::ReadLimit(const std::string&) { return {}; }
+
 CTemporaryFile::~CTemporaryFile()
 {
     m_file.Close();
     if (!m_path.empty()) (void)RemoveMoved(m_path);
 }
 
-FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers)
+FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers, const CFileRights*)
 {
     COwnerOnly ownerOnly;
     if (readers == Readers::Owner) {
@@ -105,7 +108,7 @@ FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers reade
 
 FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(HandleOf(m_file.Get()), bytes); }
 
-FileResult CTemporaryFile::TakeOver(const CFileRights& rights)
+FileResult CTemporaryFile::TakeOver(const CFileRights& rights, const CFileRights*)
 {
     const auto& state = *rights.m_state;
     FILE_BASIC_INFO basic{};  // zeros leave a time as it is
@@ -157,7 +160,7 @@ FileResult FlushCopy(const std::wstring& path)
 
 }  // namespace
 
-FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target)
+FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target, const CopyRights&)
 {
     if (const auto readable = CheckReadable(from); !readable) return readable;
     // The system's own copying: on a network the server does it, and hidden parts of the file come along.

@@ -46,6 +46,7 @@ AVConversionStatus ConvertToText(ASCab, AVConversionFlags flags, PDDoc document,
     RequireFileSys(fileSys);
     TextOutput output;
     output.path = PathAt(target).Native();
+    output.source = RealFileOf(DocumentAt(document));
     output.mustNotExist = !MayReplace(flags);
     if (monitor && monitor->size >= offsetof(AVStatusMonitorProcsRec, reportProc) && monitor->cancelProc)
         output.cancelled = [=] { return CallPlugIn(monitor->cancelProc, monitor->cancelProcClientData) != 0; };

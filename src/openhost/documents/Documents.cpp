@@ -44,12 +44,6 @@ bool Pretending()
     return overseer && overseer->Pretends();
 }
 
-const std::string& RealFileOf(const CHostDocument& document)
-{
-    if (!document.standIn.empty()) return document.standIn;
-    return document.pdf.Path().empty() ? document.madeFrom : document.pdf.Path();
-}
-
 void DropFile(CHostDocument& document)
 {
     if (document.file) CloseFile(std::exchange(document.file, nullptr));
@@ -86,6 +80,12 @@ void RequireSecurityData(const CHostDocument& document)
 }
 
 }  // namespace
+
+const std::string& RealFileOf(const CHostDocument& document)
+{
+    if (!document.standIn.empty()) return document.standIn;
+    return document.pdf.Path().empty() ? document.madeFrom : document.pdf.Path();
+}
 
 PDDoc CDocuments::Open(const std::string& path, bool repair, const Authorise& authorise)
 {
@@ -221,6 +221,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         PdfSaveOptions options;
         options.beforeReplacing = [&] { file.LetGo(); };
         options.path = target;
+        options.source = realFile;
         options.linearise = request.linearise;
         options.copy = request.copy;
         options.mustNotExist = request.mustNotExist;

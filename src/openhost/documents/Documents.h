@@ -34,6 +34,9 @@ struct CHostDocument {
     std::string madeFrom;   // the file that a converter made the document from; it never becomes the document's own
 };
 
+/// The file on disk that the document's content comes from; empty for one made in memory.
+const std::string& RealFileOf(const CHostDocument& document);
+
 struct DocumentSaveRequest {
     std::string path = {};  // empty: the document's own file
     bool linearise = false;

@@ -17,6 +17,7 @@ CPdfDocument JpegToPdf(const std::string& path);
 
 struct TextOutput {
     std::string path = {};
+    std::string source = {};  ///< the file the document comes from, whose access rights bound those of the text
     bool mustNotExist = false;
     std::function<bool()> cancelled = {};  ///< asked before each page
 };

@@ -16,8 +16,8 @@ namespace {
 
 }  // namespace
 
-COutputFile::COutputFile(const std::string& target, platform::Existing existing)
-    : m_target(target), m_file(target, existing)
+COutputFile::COutputFile(const std::string& target, platform::Existing existing, const std::string& source)
+    : m_target(target), m_file(target, existing, source)
 {
     if (platform::ProblemOf(m_file.Result()) == platform::FileProblem::NotARegularFile) {
         throw CPdfError(PdfProblem::NotAFile, target + ": cannot write: is not a regular file");

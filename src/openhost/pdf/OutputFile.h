@@ -13,7 +13,8 @@ namespace openhost {
 class COutputFile {
 public:
     /// Creates the temporary file. Fails: CPdfError Exists, NoAccess, NotAFile, DiskFull, CannotWrite.
-    COutputFile(const std::string& target, platform::Existing existing);
+    /// `source`: the file that the content comes from, whose access rights bound those of the new one.
+    COutputFile(const std::string& target, platform::Existing existing, const std::string& source);
 
     /// Does not throw: the first failure is kept, later writes do nothing, and Commit reports it.
     void Write(const char* bytes, std::size_t length) noexcept { m_file.Write(bytes, length); }

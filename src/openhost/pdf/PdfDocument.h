@@ -47,6 +47,7 @@ struct PdfOpenOptions {
 
 struct PdfSaveOptions {
     std::string path = {};      ///< empty: the document's own file
+    std::string source = {};    ///< the file the content comes from: nobody may read more of the new one; empty: own
     bool linearise = false;     ///< as far as the library can; see remark
     bool copy = false;          ///< the document keeps its old file, its modifications and its pending security
     bool mustNotExist = false;  ///< an existing target is left alone: Exists

@@ -24,6 +24,15 @@ void CheckMaySave(const CPdfDocument& document, const CPdfDocument::State& state
     }
 }
 
+/// Saving in place would either take the link away or change a file in a folder that nobody named.
+void RefuseOwnLink(const CPdfDocument::State& state, const std::string& target)
+{
+    if (target != state.path || !platform::NameIsLink(target)) return;
+    throw CPdfError(PdfProblem::NotAFile, target +
+                                              ": is a symbolic link and cannot be saved in place; name the file "
+                                              "that it leads to, or save into another folder");
+}
+
 bool HasObjectStreams(QPDF& library)
 {
     for (const auto& [id, entry] : library.getXRefTable()) {
@@ -126,7 +135,7 @@ void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, c
                     CFileSource* source)
 {
     const auto write = [&](bool linearise) {
-        COutputFile file(target, WhatExists(options));
+        COutputFile file(target, WhatExists(options), options.source.empty() ? state.path : options.source);
         WriteInto(file, state, options, target, linearise);
         LetGoOfTarget(source, options);
         file.Commit();
@@ -180,6 +189,7 @@ void CPdfDocument::Save(const PdfSaveOptions& options)
     CheckMaySave(*this, state);
     const std::string target = options.path.empty() ? state.path : options.path;
     if (target.empty()) throw CPdfError(PdfProblem::NoPath, state.description + ": has no file to be saved to");
+    RefuseOwnLink(state, target);
     Guarded(target, PdfProblem::Damaged, [&] {
         state.Current();
         CFileSource* const source = SourceInTheWay(state, target);

@@ -32,7 +32,8 @@ void PdfToText(CPdfDocument& document, const TextOutput& output)
         throw CPdfError(PdfProblem::NotPermitted, document.Description() + ": copying text is not permitted");
     }
     Guarded(output.path, PdfProblem::Internal, [&] {
-        COutputFile file(output.path, output.mustNotExist ? platform::Existing::Fail : platform::Existing::Replace);
+        const auto existing = output.mustNotExist ? platform::Existing::Fail : platform::Existing::Replace;
+        COutputFile file(output.path, existing, output.source.empty() ? document.Path() : output.source);
         const auto engine = NewTextEngine();
         LoadPresentState(*engine, document);
         // A damaged document may claim pages that nobody can read.

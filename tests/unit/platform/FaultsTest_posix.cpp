@@ -39,10 +39,10 @@ extern "C" int FerruleBeforeFileCall(const char* call, const char*)
 
 namespace {
 
-FileResult WriteAtomic(const std::string& path, Existing existing)
+FileResult WriteAtomic(const std::string& path, Existing existing, const std::string& source)
 {
     const std::string bytes = "new";
-    platform::CAtomicFile file(path, existing);
+    platform::CAtomicFile file(path, existing, source);
     file.Write(bytes.data(), bytes.size());
     return file.Commit();
 }
@@ -104,8 +104,11 @@ const Operation kOperations[] = {
      {kNone, "new"},
      true},
     {"delete", [](auto& a, auto&) { return platform::DeleteFile(a); }, {"new", kNone}, {kNone, kNone}},
-    {"write", [](auto&, auto& b) { return WriteAtomic(b, Existing::Fail); }, {"new", kNone}, {"new", "new"}},
-    {"write over", [](auto&, auto& b) { return WriteAtomic(b, Existing::Replace); }, {"new", "old"}, {"new", "new"}},
+    {"write", [](auto& a, auto& b) { return WriteAtomic(b, Existing::Fail, a); }, {"new", kNone}, {"new", "new"}},
+    {"write over",
+     [](auto& a, auto& b) { return WriteAtomic(b, Existing::Replace, a); },
+     {"new", "old"},
+     {"new", "new"}},
     {"settings",
      [](auto&, auto& b) { return platform::WriteFileAtomically(b, "new", Readers::Owner); },
      {"new", "old"},

@@ -6,9 +6,11 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <stdexcept>
 
 #include "MovingRows.h"
+#include "platform/AtomicFile.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileSteps.h"
 #include "support/TemporaryFolder.h"
@@ -87,7 +89,7 @@ std::optional<std::string> OtherFileSystem()
 std::vector<MovingRow> RowsOfThisSystem()
 {
     return {{"dangling link", ADanglingLink, Existing::Fail, FileProblem::Exists},
-            {"dangling link, replace", ADanglingLink, Existing::Replace, FileProblem::None, true},
+            {"dangling link, replace", ADanglingLink, Existing::Replace, FileProblem::None},
             {"pipe", APipe, Existing::Fail, FileProblem::Exists},
             {"pipe, replace", APipe, Existing::Replace, FileProblem::NotARegularFile}};
 }
@@ -101,7 +103,7 @@ TEST(FileMovingPosix, AFileMovedOrCopiedOntoItselfThroughALinkSurvives)
         fs::create_symlink(file, link);
         const auto &from = linkIsTarget ? file : link, &to = linkIsTarget ? link : file;
         EXPECT_EQ(CopyFile(from, to, Existing::Fail).errorNumber, EEXIST);
-        EXPECT_EQ(CopyFile(from, to, Existing::Replace).errorNumber, EINVAL);
+        EXPECT_EQ(CopyFile(from, to, Existing::Replace).errorNumber, linkIsTarget ? 0 : EINVAL);
         EXPECT_EQ(MoveFile(from, to, Existing::Fail).errorNumber, EEXIST);
         EXPECT_EQ(MoveFile(from, to, Existing::Replace).errorNumber, linkIsTarget ? 0 : EINVAL);
         EXPECT_EQ(FileBytes(to), "content");
@@ -109,17 +111,31 @@ TEST(FileMovingPosix, AFileMovedOrCopiedOntoItselfThroughALinkSurvives)
     }
 }
 
-TEST(FileMovingPosix, ReplacingThroughALinkKeepsTheLink)
+TEST(FileMovingPosix, ALinkInTheWayIsReplacedAndNeverFollowed)
 {
-    const CTemporaryFolder folder;
-    const auto real = folder.Write("real", "old"), link = folder / "link";
-    fs::create_symlink("real", link);
-    EXPECT_TRUE(CopyFile(folder.Write("source", "new"), link, Existing::Replace));
-    EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(FileBytes(real), "new");
-    EXPECT_TRUE(platform::WriteFileAtomically(link, "newer", Readers::Owner));
-    EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(FileBytes(real), "newer");
+    using Way = std::function<platform::FileResult(const std::string& source, const std::string& link)>;
+    const Way ways[] = {
+        [](auto& source, auto& link) { return CopyFile(source, link, Existing::Replace); },
+        [](auto&, auto& link) { return platform::WriteFileAtomically(link, "new", Readers::Owner); },
+        [](auto& source, auto& link) {
+            platform::CAtomicFile file(link, Existing::Replace, source);
+            file.Write("new", 3);
+            return file.Commit();
+        },
+    };
+    for (const auto& way : ways) {
+        for (const char* leadsTo : {"victim", "nowhere", "link", "."}) {
+            SCOPED_TRACE(leadsTo);
+            const CTemporaryFolder folder;
+            const auto victim = folder.Write("victim", "old"), link = folder / "link";
+            fs::create_symlink(leadsTo, link);
+            EXPECT_TRUE(way(folder.Write("source", "new"), link));
+            EXPECT_FALSE(fs::is_symlink(link));
+            EXPECT_EQ(FileBytes(link), "new");
+            EXPECT_EQ(FileBytes(victim), "old");
+            EXPECT_EQ(folder.EntryCount(), 3u);
+        }
+    }
 }
 
 TEST(FileMovingPosix, WhenTheDiskFillsUpNothingIsLostOrHalfWritten)

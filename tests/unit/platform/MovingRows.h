@@ -15,7 +15,6 @@ struct MovingRow {
     std::function<std::shared_ptr<void>(const std::string& path)> makeTarget;
     platform::Existing existing;
     platform::FileProblem problem;
-    bool isLinkThatStays = false;  ///< when copied to
 };
 
 std::vector<MovingRow> RowsOfThisSystem();

@@ -23,12 +23,13 @@ constexpr char kInAFolder[] = "WorkflowPlaybackSaveInAFolder";
 constexpr char kFolder[] = "PreselectedFolderPath";
 constexpr StepTitles kTitles = {"Document", "Save"};
 
-/// A folder as text, or as a cab that describes a path; native.
+/// A folder as text, or as a cab that describes a path; native. "DI" and "DIPath" have the name's bytes, which need
+/// not be text.
 std::optional<std::string> ReadFolder(const CCabinet& params)
 {
     auto text = TextOrString(&params, kFolder);
     if (const CCabinet* const path = params.GetCab(kFolder))
-        for (const char* key : {"DIText", "DI", "DIPath"})
+        for (const char* key : {"DI", "DIPath", "DIText"})
             if (!text || text->empty()) text = TextOrString(path, key);
     if (!text || text->empty()) return std::nullopt;
     return NativeFromDeviceIndependent(*text, nullptr);
@@ -140,6 +141,24 @@ SaveStepDocument Describe(PDDoc document, const CCabinet* inputs)
     return {held.pdf.Path(), held.madeFrom, base.value_or("")};
 }
 
+/// Another program may take a free name before we do; then the next free one is tried, so often at most.
+constexpr int kNameAttempts = 100;
+
+template <class Save>
+void SaveUnderPlannedName(const SaveStepSettings& settings, const SaveStepDocument& described,
+                          const std::string& extension, const Save& save)
+{
+    for (int attempt = 1;; ++attempt) {
+        const SaveTarget target = PlanSaveTarget(settings, described, extension, &platform::NameExists);
+        try {
+            return save(target);
+        } catch (const CHostRaise& raise) {
+            const bool taken = raise.Code() == fileErrExists && settings.dontOverwrite && !target.inPlace;
+            if (!taken || attempt == kNameAttempts) throw;
+        }
+    }
+}
+
 void SaveAsPdf(PDDoc document, const SaveStepSettings& settings, const SaveTarget& target)
 {
     DocumentSaveRequest request;
@@ -170,24 +189,36 @@ std::string ExtensionOf(const AVConversionFromPDFHandlerRec& converter)
     return std::string(extension, strnlen(extension, sizeof(extension)));
 }
 
-AVCommandStatus SaveThroughConverter(PDDoc document, const SaveStepSettings& settings,
-                                     const SaveStepDocument& described)
+/// Fails with "exists" when the name was taken meanwhile.
+AVCommandStatus ConvertTo(const std::string& target, AVConversionFromPDFHandler converter, PDDoc document,
+                          const SaveStepSettings& settings)
 {
     auto& converters = Part<CConverters>();
-    const auto converter = converters.FromPdfNamed(settings.converterId);
-    const std::string source = Neighbour(described);
-    if (!converter)
-        Raise(genErrGeneral, source + ": cannot be saved, there is no converter named " + settings.converterId);
-    const SaveTarget target = PlanSaveTarget(settings, described, ExtensionOf(*converter), &platform::NameExists);
-    const COwnedPath path(target.path);
+    const COwnedPath path(target);
     ConversionOrder order;
     if (settings.dontOverwrite) order.flags = kAVConversionDontOverwrite;
     const AVConversionStatus status = converters.Convert(converter, order, document, path.Get());
     if (status == kAVConversionSuccess) return kAVCommandDone;
     if (status == kAVConversionCancelled) return kAVCommandCanceled;
     const std::string& reason = converters.LastFailure();
-    Raise(genErrGeneral, target.path + ": the converter " + settings.converterId + " could not write it" +
-                             (reason.empty() ? std::string() : " (" + reason + ")"));
+    const ASErrorCode taken = fileErrExists, other = genErrGeneral;
+    Raise(converters.LastFailureCode() == taken ? taken : other,
+          target + ": the converter " + settings.converterId + " could not write it" +
+              (reason.empty() ? std::string() : " (" + reason + ")"));
+}
+
+AVCommandStatus SaveThroughConverter(PDDoc document, const SaveStepSettings& settings,
+                                     const SaveStepDocument& described)
+{
+    const auto converter = Part<CConverters>().FromPdfNamed(settings.converterId);
+    if (!converter)
+        Raise(genErrGeneral,
+              Neighbour(described) + ": cannot be saved, there is no converter named " + settings.converterId);
+    AVCommandStatus status = kAVCommandDone;
+    SaveUnderPlannedName(settings, described, ExtensionOf(*converter), [&](const SaveTarget& target) {
+        status = ConvertTo(target.path, converter, document, settings);
+    });
+    return status;
 }
 
 /// A save that fails raises: the message names file and reason, and nobody takes the step for done.
@@ -202,7 +233,8 @@ AVCommandStatus Work(AVCommand command)
     SayWhatIsMissing(params);
     RequireFolder(settings);
     if (!settings.converterId.empty()) return SaveThroughConverter(document, settings, described);
-    SaveAsPdf(document, settings, PlanSaveTarget(settings, described, "pdf", &platform::NameExists));
+    SaveUnderPlannedName(settings, described, "pdf",
+                         [&](const SaveTarget& target) { SaveAsPdf(document, settings, target); });
     return kAVCommandDone;
 }
 

@@ -134,6 +134,7 @@ AVConversionStatus CConverters::Convert(AVConversionToPDFHandler converter, cons
     const std::string path = PathAt(source).Native();
     *made = nullptr;
     m_lastFailure.clear();
+    m_lastFailureCode = 0;
     if (!CanWork(*converter, order.flags)) return Failed(path + ": " + Unable(converter->uniqueID));
     PDDoc document = nullptr;
     AVConversionStatus status = kAVConversionFailed;
@@ -142,6 +143,7 @@ AVConversionStatus CConverters::Convert(AVConversionToPDFHandler converter, cons
         status = CallPlugIn(converter->convert, settings.Get(), order.flags, source, DefaultFileSys(), &document,
                             order.monitor, converter->clientData);
     } catch (const CHostRaise& raise) {
+        m_lastFailureCode = raise.Code();
         return Failed(raise.Message().find(path) == std::string::npos ? path + ": " + raise.Message()
                                                                       : raise.Message());
     }
@@ -159,12 +161,14 @@ AVConversionStatus CConverters::Convert(AVConversionFromPDFHandler converter, co
     static_cast<void>(DocumentAt(document));
     const std::string path = PathAt(target).Native();
     m_lastFailure.clear();
+    m_lastFailureCode = 0;
     if (!CanWork(*converter, order.flags)) return Failed(path + ": " + Unable(converter->uniqueID));
     try {
         const CSettings settings(*converter, order.settings);
         return CallPlugIn(converter->convert, settings.Get(), order.flags, document, target, DefaultFileSys(),
                           order.monitor, converter->clientData);
     } catch (const CHostRaise& raise) {
+        m_lastFailureCode = raise.Code();
         return Failed(raise.Message());
     }
 }

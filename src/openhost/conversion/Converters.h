@@ -41,6 +41,8 @@ public:
                                ASPathName target);
 
     const std::string& LastFailure() const { return m_lastFailure; }
+    /// What the converter raised; 0 when it raised nothing.
+    ASErrorCode LastFailureCode() const { return m_lastFailureCode; }
 
 private:
     template <class Record>
@@ -53,6 +55,7 @@ private:
     std::vector<Registered<AVConversionToPDFHandler>> m_toPdf;
     std::vector<Registered<AVConversionFromPDFHandler>> m_fromPdf;
     std::string m_lastFailure;
+    ASErrorCode m_lastFailureCode = 0;
 };
 
 }  // namespace openhost

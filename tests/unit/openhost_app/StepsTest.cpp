@@ -1,12 +1,15 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <utility>
 
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/SaveStep.h"
 #include "openhost/conversion/Converters.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
+#include "platform/Overseer.h"
 #include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "unit/openhost_app/HostFixture.h"
@@ -138,13 +141,15 @@ TEST_F(Steps, TheSaveStepReadsTextsStringsAndPathCabs)
 {
     const COwnedCab cab = COwnedCab::New();
     cab->PutString("DocSaveDestType", "WorkflowPlaybackSaveInAFolder");
-    cab->PutNewCab("PreselectedFolderPath").PutText("DIText", "/C/some/folder/");
+    CCabinet& place = cab->PutNewCab("PreselectedFolderPath");
+    place.PutText("DIText", "/C/some/f?lder/");
+    place.PutString("DI", "/C/some/f\xF6lder/");
     cab->PutText("InsertAfterBaseName", "unused");
     cab->PutBool("OptimizePDF", false);
     cab->PutString("HandlerUniqueID", "com.adobe.acrobat.pdf");
     const auto settings = SaveStepSettings::Read(&*cab);
     EXPECT_TRUE(settings.inFolder);
-    EXPECT_EQ(settings.folder.value_or(""), NativeFromDeviceIndependent("/C/some/folder", nullptr));
+    EXPECT_EQ(settings.folder.value_or(""), NativeFromDeviceIndependent("/C/some/f\xF6lder", nullptr)) << "its bytes";
     EXPECT_EQ(settings.after, "") << "only with AddToBaseName";
     EXPECT_FALSE(settings.optimise);
     EXPECT_TRUE(settings.dontOverwrite);
@@ -192,6 +197,51 @@ TEST_F(Steps, AConvertedDocumentGoesBesideItsSourceAndNeverOverIt)
     EXPECT_EQ(Save(document, "p", COwnedCab::New()), kAVCommandDone);
     EXPECT_TRUE(IsThere(folder / "p.pdf"));
     EXPECT_EQ(FileBytes(source), "not a PDF");
+    Part<CDocuments>().Close(document);
+}
+
+namespace {
+
+/// Somebody else takes the name just before the first file gets it.
+class CQuickerOverseer final : public platform::COverseer {
+public:
+    CQuickerOverseer() : m_former(platform::InstallOverseer(this)) {}
+    ~CQuickerOverseer() override { platform::InstallOverseer(m_former); }
+    Answer Ask(Act, const std::string&, const std::string& target) override
+    {
+        if (!std::exchange(m_done, true)) std::ofstream(target) << "theirs";
+        return Answer::Go;
+    }
+    bool Pretends() const override { return false; }
+    std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
+
+private:
+    platform::COverseer* m_former;
+    bool m_done = false;
+};
+
+}  // namespace
+
+TEST_F(Steps, ANameThatIsTakenMeanwhileIsLeftAlone)
+{
+    const PDDoc document = Open(Sample("a.pdf"));
+    const COwnedCab params = COwnedCab::New();
+    params->PutBool("AddToBaseName", true);
+    params->PutText("InsertAfterBaseName", "_o");
+    for (const char* name : {"a_o.txt", "a_o.pdf"}) {
+        const bool asText = std::string(name).ends_with(".txt");
+        params->PutString("HandlerUniqueID", asText ? "com.adobe.acrobat.plain-text" : "");
+        const CQuickerOverseer quicker;
+        EXPECT_EQ(Save(document, "a", params), kAVCommandDone);
+        EXPECT_EQ(FileBytes(folder / name), "theirs");
+        EXPECT_TRUE(IsThere(folder / (asText ? "a_o (1).txt" : "a_o (1).pdf")));
+    }
+    params->PutText("InsertAfterBaseName", "_p");
+    params->PutBool("DontOverwrite", false);
+    const CQuickerOverseer quicker;
+    EXPECT_EQ(RaisedBy([&] { Save(document, "a", params); }), fileErrExists);
+    EXPECT_EQ(FileBytes(folder / "a_p.pdf"), "theirs");
+    EXPECT_EQ(folder.EntryCount(), 6u);
     Part<CDocuments>().Close(document);
 }
 

@@ -13,6 +13,13 @@ namespace {
 
 constexpr char kEndOfRun[] = "--------------------------------------------------------------------------------------";
 
+/// The folder of the final action, when it has one.
+std::vector<std::string> FurtherOutputPaths(const RunSettings& settings)
+{
+    if (!WantsFolder(settings.finalAction) || settings.destination.empty()) return {};
+    return {settings.destination};
+}
+
 ExecutorSettings SettingsForExecutor(const RunSettings& settings, const RunVariation& variation)
 {
     return {.alternativeInputPath = settings.alternativeInputPath,
@@ -20,6 +27,7 @@ ExecutorSettings SettingsForExecutor(const RunSettings& settings, const RunVaria
             .alternativeOutputPath = settings.alternativeOutputPath,
             .insistsOnOutputPath = variation.insistsOnOutputPath,
             .sparesInputs = variation.keepIncomplete,
+            .furtherOutputPaths = FurtherOutputPaths(settings),
             .allowedExtensions = settings.allowedExtensions,
             .noSubfolders = settings.noSubfolders,
             .trialRun = variation.trialRun};

@@ -83,10 +83,10 @@ void ProcessFiles(RunContext& run, CInputSource& inputs, const ExecutorCallbacks
 
 /// The files that the caller hands out, or else those that are collected. Fails: logged.
 using Source = Expected<std::unique_ptr<CInputSource>>;
-Source CollectedSource(const ExecutorSettings& settings, CCabView input, std::vector<std::string> extensions,
-                       CLogWriter& log)
+Source CollectedSource(const ExecutorSettings& settings, const CSequence& sequence,
+                       std::vector<std::string> extensions, CLogWriter& log)
 {
-    auto collected = CollectInputFiles(settings, input, std::move(extensions), log);
+    auto collected = CollectInputFiles(settings, sequence, std::move(extensions), log);
     if (!collected) return Failure(collected.Error());
     return std::unique_ptr<CInputSource>(std::make_unique<CCollectedInputs>(std::move(*collected)));
 }
@@ -134,7 +134,7 @@ ExecutionResult RunSequence(const ExecutorSettings& settings, CSequence& sequenc
     if (callbacks.inputs) {
         LogInputPlaces(settings, input, log);
     } else {
-        collected = CollectedSource(settings, input, std::move(extensions), log);
+        collected = CollectedSource(settings, sequence, std::move(extensions), log);
         if (!collected) return NotStarted(collected.Error());
     }
     CInputSource& inputs = callbacks.inputs ? *callbacks.inputs : **collected;

@@ -14,6 +14,8 @@ struct ExecutorSettings {
     /// After a failed step a save step saves into the alternative output folder only: anywhere else it could put a
     /// document that is not done in the place of its input.
     bool sparesInputs = false;
+    /// Folders that get files beside the results; like the output folder they are left out of an input around them.
+    std::vector<std::string> furtherOutputPaths = {};
     std::vector<std::string> allowedExtensions;  // in place of the file types that the sequence accepts; empty = none
     bool noSubfolders = false;
     bool trialRun = false;     // nothing is to be done for good; steps that could do it anyway are left out

@@ -20,7 +20,12 @@ bool HasExtension(std::string_view name, std::string_view extension)
 
 }  // namespace
 
-CInputCollector::CInputCollector(CollectorOptions options) : m_options(std::move(options)) {}
+CInputCollector::CInputCollector(CollectorOptions options) : m_options(std::move(options))
+{
+    for (const std::string& folder : m_options.leftOut)
+        if (std::string place = platform::CanonicalPath(folder); !place.empty())
+            m_leftOutPlaces.insert(std::move(place));
+}
 
 void CInputCollector::AddPath(const std::string& path)
 {
@@ -37,7 +42,13 @@ void CInputCollector::AddPath(const std::string& path)
 
 void CInputCollector::ReadFolder(const std::string& path, Walk& walk)
 {
-    if (!walk.entered.insert(platform::CanonicalPath(path)).second) return;
+    const bool isTop = walk.entered.empty();
+    const std::string place = platform::CanonicalPath(path);
+    if (!walk.entered.insert(place).second) return;
+    if (!isTop && m_leftOutPlaces.contains(place)) {
+        if (std::find(m_leftOut.begin(), m_leftOut.end(), path) == m_leftOut.end()) m_leftOut.push_back(path);
+        return;
+    }
     const std::string folder = WithTrailingSeparator(path);
     std::vector<std::string> subfolders;
     platform::FileResult result;

@@ -2,7 +2,9 @@
 
 #include "common/Log.h"
 #include "engine/InputKinds.h"
+#include "engine/OutputSettings.h"
 #include "engine/PathEntry.h"
+#include "engine/SaveStepRedirection.h"
 #include "hostcalls/Application.h"
 #include "platform/Files.h"
 
@@ -87,17 +89,37 @@ Paths Places(const ExecutorSettings& settings, CCabView input, const std::vector
     return OwnPlaces(kind, input, extensions, log);
 }
 
+/// The folders that a run writes to, as far as they are known before it.
+std::vector<std::string> WrittenFolders(const ExecutorSettings& settings, CCabView output)
+{
+    std::vector<std::string> folders = settings.furtherOutputPaths;
+    if (!settings.alternativeOutputPath.empty()) {
+        folders.push_back(settings.alternativeOutputPath);
+        return folders;
+    }
+    const OutputSettings own = OutputSettings::Read(output);
+    // A sequence that names a destination is sent into the folder of each input.
+    const bool redirected = output.Known("DocSaveDestType") && GetHostVersion().major >= kFirstMajorWithSaveStep;
+    const bool used = own.kind == kOutputFolder || own.kind == kOutputAskUser;
+    if (own.selectedFolder && used && !redirected) folders.push_back(*own.selectedFolder);
+    return folders;
+}
+
 }  // namespace
 
-Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, CCabView input,
+Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, const CSequence& sequence,
                                             std::vector<std::string> extensions, CLogWriter& log)
 {
-    const Paths places = Places(settings, input, extensions, log);
+    const Paths places = Places(settings, sequence.Input(), extensions, log);
     if (!places) return Failure(places.Error());
-    CInputCollector collector({.extensions = std::move(extensions), .subfolders = !settings.noSubfolders});
+    CInputCollector collector({.extensions = std::move(extensions),
+                               .subfolders = !settings.noSubfolders,
+                               .leftOut = WrittenFolders(settings, sequence.Output())});
     for (const std::string& place : *places) collector.AddPath(place);
     for (const UnreadableFolder& folder : collector.Unreadable())
         log.NameValue("Folder cannot be read", folder.path + " (" + platform::ErrorText(folder.errorNumber) + ")", 1);
+    for (const std::string& folder : collector.LeftOut())
+        log.NameValue("Folder is left out of the input because results go there", folder, 1);
     return collector;
 }
 

@@ -5,6 +5,7 @@
 #include "engine/ExecutorSettings.h"
 #include "engine/InputCollector.h"
 #include "engine/InputSource.h"
+#include "engine/Sequence.h"
 #include "hostcalls/Cab.h"
 
 #include <string>
@@ -14,8 +15,9 @@
 class CLogWriter;
 
 /// Collects the input files, in the order in which they are to be processed; none when the place is there and holds
-/// none. Fails, logged, when there is no place to look at. `extensions`: the accepted ones. Throws CHostException.
-[[nodiscard]] Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, CCabView input,
+/// none. Fails, logged, when there is no place to look at. Folders that are written to are left out, logged, of the
+/// folders around them. `extensions`: the accepted ones. Throws CHostException.
+[[nodiscard]] Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, const CSequence& sequence,
                                                           std::vector<std::string> extensions, CLogWriter& log);
 
 /// The places of a sequence that says it takes a folder but lists places as for files, as the XML form does with the

@@ -2,6 +2,7 @@
 
 #include "batchrun/RunDriver.h"
 #include "common/Log.h"
+#include "common/Text.h"
 #include "engine/AcceptedTypes.h"
 #include "engine/InputFiles.h"
 #include "hostcalls/Application.h"
@@ -40,11 +41,12 @@ public:
         if (settings.alternativeInputPath.empty() && executor.furtherInputPaths.empty())
             executor.furtherInputPaths = ListedFolders(input);
         const RunRequest request{settings, executor.furtherInputPaths, Switches()};
-        if (const std::string problem = SafetyProblem(facts, request); !problem.empty()) {
-            log.NameValue("The run is not started", problem, 1);
+        if (const std::string problem = ReasonNotToStart(facts, request); !problem.empty()) {
+            for (const std::string& line : Split(problem, "\n"))
+                log.NameValue("The run is not started", Trim(line), 1);
             return NotStarted(problem);
         }
-        auto inputs = CollectInputFiles(executor, input, AcceptedExtensions(executor, input, log), log);
+        auto inputs = CollectInputFiles(executor, sequence, AcceptedExtensions(executor, input, log), log);
         if (!inputs) return NotStarted(inputs.Error());
         if (const std::string problem = FolderTakenForFile(*inputs); !problem.empty()) return NotStarted(problem);
         Report(facts, request, std::move(*inputs));
@@ -60,11 +62,19 @@ private:
         return result;
     }
 
+    static std::string ReasonNotToStart(const SequenceFacts& facts, const RunRequest& request)
+    {
+        std::string problem = SafetyProblem(facts, request);
+        const std::string errors = SequenceErrors(request);
+        return problem.empty() || errors.empty() ? problem + errors : problem + '\n' + errors;
+    }
+
     SafetySwitches Switches() const
     {
         return {.skipUnavailable = JobFlag(m_job, "skipUnavailable", false),
                 .allowNoOutput = JobFlag(m_job, "allowNoOutput", false),
-                .allowInPlace = JobFlag(m_job, "allowInPlace", false)};
+                .allowInPlace = JobFlag(m_job, "allowInPlace", false),
+                .force = JobFlag(m_job, "force", false)};
     }
 
     void Report(const SequenceFacts& facts, const RunRequest& request, CInputCollector inputs) const
@@ -76,6 +86,9 @@ private:
         for (const UnreadableFolder& folder : inputs.Unreadable())
             warnings.push_back("The folder " + platform::TextFromBytes(folder.path) + " cannot be read (" +
                                platform::ErrorText(folder.errorNumber) + "). Its files are left out.");
+        for (const std::string& folder : inputs.LeftOut())
+            warnings.push_back("The folder " + platform::TextFromBytes(folder) +
+                               " is left out of the input because results go there.");
 
         CPlannedFiles files(std::move(inputs), JobNumber(m_job, "minAge", 0));
         LogInputCount(files.Count(), m_services.log);

@@ -18,7 +18,7 @@ std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 
 std::string UnavailableStep(const SequenceFacts& facts, const RunRequest& request)
 {
-    if (request.switches.skipUnavailable) return {};
+    if (request.switches.skipUnavailable || request.switches.force) return {};
     for (const StepFacts& step : facts.steps)
         if (!step.available)
             return "The step " + Quoted(step.handler) +

@@ -12,6 +12,7 @@ struct SafetySwitches {
     bool skipUnavailable = false;
     bool allowNoOutput = false;
     bool allowInPlace = false;
+    bool force = false;  // the sequence may have errors, steps that are not available among them
 };
 
 struct RunRequest {
@@ -22,6 +23,10 @@ struct RunRequest {
 
 /// Why the run must not start and what to do about it; empty when it may. Looks for the folders on the disk.
 [[nodiscard]] std::string SafetyProblem(const SequenceFacts& facts, const RunRequest& request);
+
+/// The errors that a check of the sequence finds, one a line, those left out that a rule of SafetyProblem is about;
+/// empty when there are none or the user has said yes to them. Reads the sequence anew. Throws CHostException.
+[[nodiscard]] std::string SequenceErrors(const RunRequest& request);
 
 /// What the user may not expect, although the run may start; a sentence each.
 [[nodiscard]] std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const RunRequest& request);

@@ -1,4 +1,5 @@
 #include "common/Text.h"
+#include "engine/OutputSettings.h"
 #include "jobs/SequenceChecks.h"
 #include "jobs/SequenceReport.h"
 
@@ -34,7 +35,10 @@ std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const Run
         return InStepOrder(findings.All());
     }
     const auto steps = StepsOf(source);
-    if (steps.empty()) findings.Error("no-commands", "The sequence has no commands.");
+    if (steps.empty() && OutputSettings::Read(source.sequence.Output()).kind == kOutputNone)
+        findings.Error("no-commands", "The sequence has no commands, and it saves nothing.");
+    else if (steps.empty())
+        findings.Warning("no-commands", "The sequence has no commands: it only saves the documents.");
     CheckInput(source, run, findings);
     for (const SequenceStep& step : steps) CheckStep(step, findings);
     CheckSaving(source, steps, run, findings);

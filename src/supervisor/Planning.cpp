@@ -31,7 +31,8 @@ std::string PlanJobText(const RunRequest& request, const std::string& run)
                    {"minAge", request.minAgeSeconds},
                    {"skipUnavailable", request.skipUnavailable},
                    {"allowNoOutput", request.allowNoOutput},
-                   {"allowInPlace", request.allowInPlace}});
+                   {"allowInPlace", request.allowInPlace},
+                   {"force", request.force}});
 }
 
 /// The count of the input files comes last before the files; what follows comes behind them.

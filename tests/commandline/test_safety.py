@@ -4,7 +4,7 @@ import time
 import unittest
 
 from commandline import CommandPlace, documents, records
-from unattended import PROTECT, SAVE, protect_items, save_items
+from unattended import PROTECT, SAVE, minimal_pdf, protect_items, save_items
 
 
 class Safety(unittest.TestCase):
@@ -43,6 +43,45 @@ class Safety(unittest.TestCase):
                 self.assertEqual(list(self.place.output.iterdir()), [])
                 allowed = self.run_it(steps, *options, switch, "--dry-run")
                 self.assertIn(allowed.code, (0, 3), allowed)
+
+    def test_what_check_calls_an_error_does_not_start(self):
+        broken = [(PROTECT, {**protect_items(), "PasswordProtect": ("string", "true"), "Pasword": ("text", "Hunter2")}),
+                  (SAVE, {**save_items(), "HandlerUniqueID": ("string", "no.such.converter")}), ("NoSuchStep", {})]
+        output = ["--output", self.place.output]
+        for words in ([], ["--skip-unavailable"]):
+            result = self.run_it(broken, *output, *words)
+            self.assertEqual(result.code, 1, result)
+            for word, count in (("step 1: The parameter \"PasswordProtect\"", 1), ("Probably \"Password\" is meant", 1),
+                                ("step 2: The result is to be written by the converter no.such.converter", 1),
+                                ("--force", 1), ("NoSuchStep", 0 if words else 1), ("Hunter2", 0)):
+                self.assertEqual(result.errors.count(word), count, (word, result.errors))
+        plan = ["plan", self.place.root / "sequence.sequ", "--input", self.place.input, *output, "--manifest", self.place.root / "m"]
+        self.assertEqual(self.place.ferrule(*plan).code, 1)
+        self.assertEqual(self.place.ferrule(*plan, "--force").code, 0)
+        self.assertEqual(list(self.place.output.iterdir()), [])
+        forced = self.run_it(broken[:1] + [self.save], *output, "--force")
+        self.assertEqual(forced.code, 0, forced)
+
+    def test_folders_of_results_inside_the_input_are_left_out(self):
+        out, done = self.place.input / "out", self.place.input / "sub" / "done"
+        for folder in (out, done):
+            folder.mkdir(parents=True)
+            (folder / "old.pdf").write_bytes(minimal_pdf())
+        link = self.place.input / "link"
+        link.symlink_to(out)
+        sequence = self.place.sequence("sequence.sequ", [self.save])
+        result = self.place.ferrule("run", sequence, "--input", self.place.input, "--output", link, "--final-action", "copy",
+                                    "--destination", done, "--record", self.place.root / "record")
+        self.assertEqual(result.code, 0, result)
+        self.assertEqual({record["path"] for record in records(self.place.root / "record").values()}, {str(path) for path in self.originals})
+        self.assertEqual(result.errors.count("is left out of the input because results go there"), 2, result.errors)
+        outcome = self.place.run_folder(sequence, final=1, FERRULEALTOUTPUTPATH=out, FERRULEDEST=done)
+        self.assertEqual(outcome.code, 0, outcome)
+        self.assertTrue(outcome.has("Number of input files : 2"), outcome)
+        left_out = outcome.values("Folder is left out of the input because results go there")
+        self.assertEqual({os.path.realpath(path) for path in left_out}, {str(out), str(done)})
+        beside = self.place.ferrule("run", sequence, "--input", self.place.input, "--output", self.place.input, "--no-subfolders")
+        self.assertEqual((beside.code, "left out" in beside.errors), (0, False), beside)
 
     def test_input_must_come_from_somewhere(self):
         result = self.run_it([self.protect, self.save], "--output", self.place.output, input_given=False)

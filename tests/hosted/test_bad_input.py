@@ -13,6 +13,23 @@ def workflow(inside, root="Workflow"):
 STEP = '<Group label="a"><Command name="X"><Items><Item name="a" type="text" value="b"/></Items></Command></Group>'
 
 
+def bookmarked_pdf(count, next_one):
+    """Bookmarks that hang on each other: each one is the next, or the first below, of the one before."""
+    entry = b"/Next %d 0 R" if next_one else b"/First %d 0 R/Last %d 0 R"
+    bookmarks = [b"<</Title(x)" + (entry % ((n + 1,) * entry.count(b"%d")) if n < count + 6 else b"") + b">>"
+                 for n in range(7, count + 7)]
+    objects = [b"<</Type/Catalog/Pages 2 0 R/Outlines 6 0 R>>", b"<</Type/Pages/Kids[3 0 R]/Count 1>>",
+               b"<</Type/Page/Parent 2 0 R/MediaBox[0 0 9 9]>>", b"null", b"null",
+               b"<</Type/Outlines/First 7 0 R/Last 7 0 R>>", *bookmarks]
+    body, offsets = bytearray(b"%PDF-1.4\n"), []
+    for number, content in enumerate(objects, 1):
+        offsets.append(len(body))
+        body += b"%d 0 obj%s endobj\n" % (number, content)
+    table = b"".join(b"%010d 00000 n \n" % offset for offset in offsets)
+    return b"%sxref\n0 %d\n0000000000 65535 f \n%strailer<</Root 1 0 R/Size %d>>\nstartxref\n%d\n%%%%EOF" % (
+        body, len(objects) + 1, table, len(objects) + 1, len(body))
+
+
 class BadSequences(unittest.TestCase):
     def setUp(self):
         self.place = Workplace()
@@ -116,6 +133,14 @@ class BadDocuments(unittest.TestCase):
             self.assertTrue(any(name in line for line in outcome.errors.splitlines()), f"{name} is not reported\n{outcome}")
         self.assertEqual(len(outcome.values("File is deleted")), len(names), outcome)
         self.assertEqual(sorted(p.name for p in self.place.output.iterdir()), sorted(names))
+
+    def test_bookmarks_that_nest_very_deep_do_not_end_the_host(self):
+        for name, next_one in (("below.pdf", False), ("beside.pdf", True)):
+            (self.place.input / name).write_bytes(bookmarked_pdf(100000, next_one))
+        outcome = self.place.run_folder(self.sequence)
+        self.assertEqual(outcome.code, 0, outcome)
+        for path in self.place.input.iterdir():
+            self.assertEqual(page_count(self.place.output / path.name, "open sesame"), 1, path)
 
     def test_an_unreadable_document(self):
         if os.geteuid() == 0:

@@ -1,8 +1,9 @@
 #include "openhost/program/CommandLine.h"
+#include "platform/DeepStack.h"
 #include "platform/Surroundings.h"
 
 int main(int argumentCount, char** arguments)
 {
     platform::SettleSurroundings();
-    return openhost::RunCommandLine(argumentCount, arguments);
+    return platform::OnDeepStack([&] { return openhost::RunCommandLine(argumentCount, arguments); });
 }

@@ -34,14 +34,34 @@ char32_t LowerCased(char32_t character)
     return character;
 }
 
+/// The sharp s stays as it is: its capital is hardly ever meant.
+char32_t UpperCased(char32_t character)
+{
+    constexpr char32_t kSharpS = 0x00DF;
+    if (character == kSharpS) return character;
+    for (const CapitalRange& range : kCapitals) {
+        const auto capital = static_cast<char32_t>(static_cast<int>(character) - range.distance);
+        if (capital >= range.first && capital <= range.last && (capital - range.first) % range.step == 0)
+            return capital;
+    }
+    return character;
+}
+
+std::string Converted(std::string_view name, char32_t (*convert)(char32_t))
+{
+    std::string converted;
+    for (std::size_t position = 0; position < name.size();) AppendUtf8(converted, convert(NextUtf8(name, position)));
+    return converted;
+}
+
 }  // namespace
 
 std::string LowerCasedName(std::string_view name)
 {
-    if (!IsValidUtf8(name)) return ToLowerAscii(name);
-    std::string lower;
-    for (std::size_t position = 0; position < name.size();) {
-        AppendUtf8(lower, LowerCased(NextUtf8(name, position)));
-    }
-    return lower;
+    return IsValidUtf8(name) ? Converted(name, LowerCased) : ToLowerAscii(name);
+}
+
+std::string UpperCasedName(std::string_view name)
+{
+    return IsValidUtf8(name) ? Converted(name, UpperCased) : ToUpperAscii(name);
 }

@@ -7,3 +7,6 @@
 /// The name with Latin, Greek, Cyrillic and Armenian capitals in lower case, whatever the system's locale is. Bytes
 /// that are no UTF-8 leave the name to ASCII rules.
 [[nodiscard]] std::string LowerCasedName(std::string_view name);
+
+/// The reverse.
+[[nodiscard]] std::string UpperCasedName(std::string_view name);

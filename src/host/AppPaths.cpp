@@ -1,5 +1,7 @@
 #include "host/AppPaths.h"
 
+#include "common/Encoding.h"
+#include "common/LetterCase.h"
 #include "common/Text.h"
 #include "platform/Files.h"
 
@@ -7,7 +9,16 @@
 
 namespace {
 
-constexpr std::size_t kLongestModulePath = 255;
+constexpr std::size_t kLongestModulePath = 255;  // characters
+
+/// Bytes that are no text count as characters.
+std::string FirstCharacters(const std::string& text, std::size_t count)
+{
+    if (!IsValidUtf8(text)) return text.substr(0, count);
+    std::size_t end = 0;
+    for (; count > 0 && end < text.size(); --count) (void)NextUtf8(text, end);
+    return text.substr(0, end);
+}
 
 }  // namespace
 
@@ -15,7 +26,7 @@ AppPaths MakeAppPaths(const std::string& moduleFile, const std::string& applicat
 {
     AppPaths paths;
     static_cast<ProductPaths&>(paths) = MakeProductPaths(applicationDataFolder);
-    paths.modulePath = ToUpperAscii(moduleFile.substr(0, kLongestModulePath));
+    paths.modulePath = UpperCasedName(FirstCharacters(moduleFile, kLongestModulePath));
     paths.helpFile = ReplaceAll(paths.modulePath, ".API", ".CHM");
     paths.logFileEnabled = true;
     return paths;

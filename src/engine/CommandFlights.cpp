@@ -59,20 +59,30 @@ std::string Fly(const FlightTexts& texts, SequenceCommand& command, Callback cal
     return {};
 }
 
-template <class Work>
-std::string ForEachAvailable(CommandList& commands, CLogWriter& log, Work work)
+/// `missing` is called for a command without a handler.
+template <class Missing, class Work>
+std::string ForEachAvailable(CommandList& commands, Missing missing, Work work)
 {
     std::string firstProblem;
     for (SequenceCommand& command : commands) {
         if (command.leftOut) continue;
         if (!command.command) {
-            log.NameValue("No command handler found", command.handlerName, 1);
+            missing(command);
             continue;
         }
         const std::string problem = work(command);
         if (firstProblem.empty()) firstProblem = problem;
     }
     return firstProblem;
+}
+
+constexpr auto kSilently = [](const SequenceCommand&) {};
+
+/// Said for each file, not for the sequence.
+auto SayMissing(CLogWriter& log)
+{
+    return
+        [&log](const SequenceCommand& command) { log.NameValue("No command handler found", command.handlerName, 1); };
 }
 
 /// Brings a command to the file: ready, with the document as its input. Answers the problem.
@@ -98,7 +108,7 @@ std::string Assign(SequenceCommand& command, CCabView inputs, CLogWriter& log)
 
 std::string PreflightSequence(CommandList& commands, CLogWriter& log)
 {
-    return ForEachAvailable(commands, log, [&](SequenceCommand& command) {
+    return ForEachAvailable(commands, kSilently, [&](SequenceCommand& command) {
         return Fly(
             kSequencePreflight, command, [](CHostCommand& c) { return c.PreflightSequence(); }, log);
     });
@@ -106,7 +116,7 @@ std::string PreflightSequence(CommandList& commands, CLogWriter& log)
 
 std::string PostflightSequence(CommandList& commands, CLogWriter& log)
 {
-    return ForEachAvailable(commands, log, [&](SequenceCommand& command) {
+    return ForEachAvailable(commands, kSilently, [&](SequenceCommand& command) {
         return Fly(
             kSequencePostflight, command, [](CHostCommand& c) { return c.PostflightSequence(); }, log);
     });
@@ -114,7 +124,7 @@ std::string PostflightSequence(CommandList& commands, CLogWriter& log)
 
 std::string PreflightFile(CommandList& commands, PDDoc document, CCabView inputs, CLogWriter& log)
 {
-    return ForEachAvailable(commands, log, [&](SequenceCommand& command) {
+    return ForEachAvailable(commands, SayMissing(log), [&](SequenceCommand& command) {
         std::string problem = Assign(command, inputs, log);
         if (!problem.empty()) return problem;
         return Fly(
@@ -124,7 +134,7 @@ std::string PreflightFile(CommandList& commands, PDDoc document, CCabView inputs
 
 std::string PostflightFile(CommandList& commands, PDDoc document, CLogWriter& log)
 {
-    return ForEachAvailable(commands, log, [&](SequenceCommand& command) {
+    return ForEachAvailable(commands, SayMissing(log), [&](SequenceCommand& command) {
         return Fly(
             kFilePostflight, command, [&](CHostCommand& c) { return c.PostflightFile(document); }, log);
     });

@@ -21,7 +21,7 @@ Expected<CSequence> LoadEitherForm(const std::string& path, CLogWriter& log)
     // Asked first because the host would wait for ever on a pipe.
     if (const platform::FileResult readable = platform::CheckReadable(path); !readable) {
         const std::string reason = platform::ErrorText(readable.errorNumber);
-        log.NameValue("Sequence file cannot be read", reason, 0);
+        log.NameValue("Error loading XML format", reason, 0);
         return Failure("The sequence file " + path + " cannot be read: " + reason + ".");
     }
     if (Expected<CCab> cab = ReadCabFile(path); cab) return CSequence(std::move(*cab));

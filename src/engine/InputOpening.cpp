@@ -5,6 +5,7 @@
 #include "common/Text.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Conversions.h"
+#include "hostcalls/HostFrame.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
 
@@ -32,13 +33,15 @@ std::string Convert(CAcrobatDoc& document, const std::string& path, CLogWriter& 
     std::string reason = "no converter for files of its type";
     if (const auto converter = ConverterFor(Extension(path), log)) {
         log.NameValue("Converting to PDF from", path, 1);
-        ConversionResult result = ConvertToPdf(converter->handler, path);
-        if (result.status == kAVConversionSuccess && result.document) {
+        ConversionResult result;
+        const auto error = CatchHostError([&] { result = ConvertToPdf(converter->handler, path); });
+        if (!error && result.status == kAVConversionSuccess && result.document) {
             document.Adopt(std::move(result.document), path);
             log.Line("\tFile conversion status is ok.");
             return {};
         }
-        reason = "the conversion to PDF failed (" + std::to_string(result.status) + ")";
+        reason = "the conversion to PDF failed" +
+                 (error ? ": " + error->text : " (" + std::to_string(result.status) + ")");
     }
     log.Line("\tFile conversion failed. No file convertor found or invalid file format.");
     return reason;

@@ -28,18 +28,26 @@ void EnumFromPdf(AVConversionFromPDFEnumProc procedure, AVConversionEnumProcData
         if (!CallPlugIn(procedure, converter, data)) return;
 }
 
+/// A status cannot tell why: what is known of a failure is raised.
+AVConversionStatus OrRaised(AVConversionStatus status)
+{
+    const std::string& reason = Converters().LastFailure();
+    if (status == kAVConversionFailed && !reason.empty()) Raise(genErrGeneral, reason);
+    return status;
+}
+
 AVConversionStatus ToPdfWith(AVConversionToPDFHandler converter, ASCab settings, AVConversionFlags flags,
                              ASPathName source, ASFileSys fileSys, PDDoc* made, AVStatusMonitorProcs monitor)
 {
     RequireFileSys(fileSys);
-    return Converters().Convert(converter, {settings, flags, monitor}, source, made);
+    return OrRaised(Converters().Convert(converter, {settings, flags, monitor}, source, made));
 }
 
 AVConversionStatus FromPdfWith(AVConversionFromPDFHandler converter, ASCab settings, AVConversionFlags flags,
                                PDDoc document, ASPathName target, ASFileSys fileSys, AVStatusMonitorProcs monitor)
 {
     RequireFileSys(fileSys);
-    return Converters().Convert(converter, {settings, flags, monitor}, document, target);
+    return OrRaised(Converters().Convert(converter, {settings, flags, monitor}, document, target));
 }
 
 AVConversionStatus ToPdf(AVConversionFlags flags, ASPathName source, ASFileSys fileSys, PDDoc* made,
@@ -48,7 +56,7 @@ AVConversionStatus ToPdf(AVConversionFlags flags, ASPathName source, ASFileSys f
     RequireFileSys(fileSys);
     const std::string extension = platform::TextOf(platform::StandardPath(PathAt(source).Native()).extension());
     const auto converter = extension.empty() ? nullptr : Converters().ToPdfFor(extension.substr(1));
-    return converter ? Converters().Convert(converter, {nullptr, flags, monitor}, source, made)
+    return converter ? OrRaised(Converters().Convert(converter, {nullptr, flags, monitor}, source, made))
                      : static_cast<AVConversionStatus>(kAVConversionFailed);
 }
 

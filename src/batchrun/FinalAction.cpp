@@ -7,6 +7,8 @@
 #include "platform/Paths.h"
 #include "platform/Programs.h"
 
+#include <utility>
+
 namespace {
 
 using platform::Existing;
@@ -16,11 +18,32 @@ using FileOperation = FileResult (*)(const std::string&, const std::string&, Exi
 /// Another program may take a free name before we do; then the next free one is tried, so often at most.
 constexpr int kNameAttempts = 100;
 
-FinalActionResult Report(bool done, const char* success, const char* failure, const std::string& value,
-                         CLogWriter& log)
+FinalActionOutcome Report(std::string reason, const char* success, const char* failure, const std::string& value,
+                          CLogWriter& log)
 {
+    const bool done = reason.empty();
     log.NameValue(done ? success : failure, value, 1);
-    return done ? FinalActionResult::Done : FinalActionResult::Failed;
+    if (done) return {};
+    return {FinalActionResult::Failed, std::move(reason), value};
+}
+
+/// Why a file operation failed; empty when it did not.
+std::string ReasonOf(const FileResult& result, const std::string& target)
+{
+    using platform::FileProblem;
+    switch (platform::ProblemOf(result)) {
+        case FileProblem::None:
+            return {};
+        case FileProblem::Exists:
+            return "The name is taken";
+        case FileProblem::Missing: {
+            const std::string folder = FolderOf(target);
+            return folder.empty() || platform::FolderExists(folder) ? "The input is gone"
+                                                                    : "The destination folder does not exist";
+        }
+        default:
+            return platform::ErrorText(result.errorNumber);
+    }
 }
 
 /// Kept: the separator is appended whatever the destination ends with.
@@ -29,14 +52,14 @@ std::string TargetPath(const std::string& inputPath, const std::string& destinat
     return destination + platform::kSeparator + FileName(inputPath);
 }
 
-FinalActionResult ReportCopy(const FileResult& result, const std::string& target, CLogWriter& log)
+FinalActionOutcome ReportCopy(const FileResult& result, const std::string& target, CLogWriter& log)
 {
-    return Report(result.Ok(), "File is copied to", "Can't copy file to", target, log);
+    return Report(ReasonOf(result, target), "File is copied to", "Can't copy file to", target, log);
 }
 
-FinalActionResult ReportMove(const FileResult& result, const std::string& target, CLogWriter& log)
+FinalActionOutcome ReportMove(const FileResult& result, const std::string& target, CLogWriter& log)
 {
-    return Report(result.Ok(), "File is moved to", "Can't move file to", target, log);
+    return Report(ReasonOf(result, target), "File is moved to", "Can't move file to", target, log);
 }
 
 struct UniqueResult {
@@ -60,66 +83,75 @@ void LogMissingFolder(const std::string& destination, CLogWriter& log)
     if (!platform::FolderExists(destination)) log.NameValue("Missing output folder", destination, 1);
 }
 
-FinalActionResult MoveAndReplace(const std::string& inputPath, const std::string& destination, CLogWriter& log)
+FinalActionOutcome MoveAndReplace(const std::string& inputPath, const std::string& destination, CLogWriter& log)
 {
     const std::string target = TargetPath(inputPath, destination);
     const FileResult result = platform::MoveFile(inputPath, target, Existing::Replace);
-    const FinalActionResult outcome = ReportMove(result, target, log);
-    if (outcome == FinalActionResult::Done) return outcome;
+    FinalActionOutcome outcome = ReportMove(result, target, log);
+    if (outcome.result == FinalActionResult::Done) return outcome;
     LogMissingFolder(destination, log);
     log.NameNumber("Error code", result.errorNumber, 1);
     return outcome;
 }
 
-FinalActionResult MoveUnderFreeName(const std::string& inputPath, const std::string& destination, CLogWriter& log)
+FinalActionOutcome MoveUnderFreeName(const std::string& inputPath, const std::string& destination, CLogWriter& log)
 {
     const UniqueResult unique = UnderFreeName(platform::MoveFile, inputPath, TargetPath(inputPath, destination));
-    const FinalActionResult outcome = ReportMove(unique.result, unique.target, log);
-    if (outcome == FinalActionResult::Done) return outcome;
+    FinalActionOutcome outcome = ReportMove(unique.result, unique.target, log);
+    if (outcome.result == FinalActionResult::Done) return outcome;
     LogMissingFolder(destination, log);
     log.NameValue("Input file location", inputPath, 1);
     log.NameNumber("Error code", unique.result.errorNumber, 1);
     return outcome;
 }
 
-FinalActionResult CopyUnderFreeName(const std::string& inputPath, const std::string& destination, CLogWriter& log)
+FinalActionOutcome CopyUnderFreeName(const std::string& inputPath, const std::string& destination, CLogWriter& log)
 {
     const UniqueResult unique = UnderFreeName(platform::CopyFile, inputPath, TargetPath(inputPath, destination));
     return ReportCopy(unique.result, unique.target, log);
 }
 
-FinalActionResult Rename(const std::string& inputPath, const std::string& newName, CLogWriter& log)
+FinalActionOutcome Rename(const std::string& inputPath, const std::string& newName, CLogWriter& log)
 {
     const std::string target = FolderOf(inputPath) + newName;
-    const bool done = platform::MoveFile(inputPath, target, Existing::Fail).Ok();
-    return Report(done, "File is renamed to", "Can't rename file to", target, log);
+    const FileResult result = platform::MoveFile(inputPath, target, Existing::Fail);
+    return Report(ReasonOf(result, target), "File is renamed to", "Can't rename file to", target, log);
+}
+
+/// Empty when the program was started.
+std::string StartingProblem(const std::string& program, const std::string& inputPath)
+{
+    if (platform::OpenWithShell(program, inputPath)) return {};
+    return platform::ProgramMayExist(program) ? "The program cannot be started" : "The program cannot be found";
 }
 
 }  // namespace
 
 bool TakesInputAway(int code) { return code == 2 || code == 3 || code == 6 || code == 7; }
 
+bool VacatesInput(int code) { return TakesInputAway(code) || code == kFinalActionRename; }
+
 bool WantsFolder(int code) { return code == 1 || code == 2 || code == 6 || code == 7 || code == 8; }
 
-FinalActionResult ApplyFinalAction(const std::string& inputPath, const FinalAction& action, CLogWriter& log)
+FinalActionOutcome ApplyFinalAction(const std::string& inputPath, const FinalAction& action, CLogWriter& log)
 {
     const std::string& destination = action.destination;
     const std::string target = TargetPath(inputPath, destination);
     const Existing copyMode = action.failIfExists ? Existing::Fail : Existing::Replace;
     switch (action.code) {
         case 0:
-            return FinalActionResult::Done;
+            return {};
         case 1:
             return ReportCopy(platform::CopyFile(inputPath, target, copyMode), target, log);
         case 2:
             return ReportMove(platform::MoveFile(inputPath, target, Existing::Fail), target, log);
         case 3:
-            return Report(platform::DeleteFile(inputPath).Ok(), "File is deleted", "Can't delete file", inputPath,
-                          log);
-        case 4:
+            return Report(ReasonOf(platform::DeleteFile(inputPath), inputPath), "File is deleted",
+                          "Can't delete file", inputPath, log);
+        case kFinalActionRename:
             return Rename(inputPath, destination, log);
-        case 5:
-            return Report(platform::OpenWithShell(destination, inputPath), "File is executed",
+        case kFinalActionExecute:
+            return Report(StartingProblem(destination, inputPath), "File is executed",
                           "An error occured while trying to execute file", destination, log);  // sic
         case 6:
             return MoveAndReplace(inputPath, destination, log);
@@ -129,6 +161,6 @@ FinalActionResult ApplyFinalAction(const std::string& inputPath, const FinalActi
             return CopyUnderFreeName(inputPath, destination, log);
         default:
             log.NameNumber("ERROR: Unknown final action", action.code, 1);
-            return FinalActionResult::UnknownCode;
+            return {FinalActionResult::UnknownCode, "There is no such final action", {}};
     }
 }

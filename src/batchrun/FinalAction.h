@@ -11,6 +11,12 @@ enum class FinalActionResult {
     UnknownCode  // logged; nothing was done
 };
 
+struct FinalActionOutcome {
+    FinalActionResult result = FinalActionResult::Done;
+    std::string reason = {};  // why it failed: a sentence without its full stop, and the path that it is about
+    std::string path = {};
+};
+
 struct FinalAction {
     int code = 0;               // 0 to 8
     std::string destination;    // a folder, a new name, or a program, as the code demands
@@ -35,9 +41,13 @@ inline constexpr FinalActionName kOfferedFinalActions[] = {
 };
 
 inline constexpr int kFinalActionNothing = 0;
+inline constexpr int kFinalActionRename = 4;
+inline constexpr int kFinalActionExecute = 5;
 
 /// Whether the action, when it succeeds, removes the input from its place for good or for another folder.
 [[nodiscard]] bool TakesInputAway(int code);
+/// Whether nothing is left under the input's name when the action has succeeded.
+[[nodiscard]] bool VacatesInput(int code);
 /// Whether the action wants a folder as its destination.
 [[nodiscard]] bool WantsFolder(int code);
 
@@ -45,5 +55,5 @@ inline constexpr int kFinalActionNothing = 0;
 ///
 /// 0 nothing, 1 copy and replace, 2 move, 3 delete, 4 rename, 5 open with a program, 6 move and replace, 7 move under
 /// a free name, 8 copy under a free name. Nothing but 1 and 6 ever replaces a file, and no failure loses the input.
-[[nodiscard]] FinalActionResult ApplyFinalAction(const std::string& inputPath, const FinalAction& action,
-                                                 CLogWriter& log);
+[[nodiscard]] FinalActionOutcome ApplyFinalAction(const std::string& inputPath, const FinalAction& action,
+                                                  CLogWriter& log);

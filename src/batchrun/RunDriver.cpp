@@ -1,9 +1,12 @@
 #include "batchrun/RunDriver.h"
 
 #include "batchrun/FinalAction.h"
+#include "batchrun/InputGuard.h"
 #include "common/Log.h"
 #include "common/Progress.h"
+#include "engine/InputState.h"
 #include "engine/SequenceFile.h"
+#include "platform/Programs.h"
 
 #include <exception>
 #include <memory>
@@ -30,6 +33,7 @@ ExecutorSettings SettingsForExecutor(const RunSettings& settings, const RunVaria
             .furtherOutputPaths = FurtherOutputPaths(settings),
             .allowedExtensions = settings.allowedExtensions,
             .noSubfolders = settings.noSubfolders,
+            .acceptDamaged = variation.acceptDamaged,
             .trialRun = variation.trialRun};
 }
 
@@ -53,6 +57,21 @@ RunEnd EndOf(ExecutionEnd end)
             return RunEnd::Broken;
     }
     return RunEnd::Broken;
+}
+
+/// What people know the final action by.
+std::string InBrackets(int code)
+{
+    for (const FinalActionName& offered : kOfferedFinalActions)
+        if (offered.code == code) return std::string(" (") + offered.name + ")";
+    return {};
+}
+
+/// Said at once and not after the first file; the run does what else is to do.
+void LogMissingProgram(const RunSettings& settings, CLogWriter& log)
+{
+    if (settings.finalAction == kFinalActionExecute && !platform::ProgramMayExist(settings.destination))
+        log.NameValue("The program of the final action cannot be found", settings.destination, 1);
 }
 
 }  // namespace
@@ -99,8 +118,9 @@ CRunDriver::Ending CRunDriver::RunLoaded(const RunSettings& settings, CSequence&
     log.NameValue("Processing batch sequence", settings.sequencePath, 1);
     const std::unique_ptr<CCustomMonitor> monitor = settings.showProgress ? StartMonitor() : nullptr;
     m_executeInSteps = settings.executeInSteps;
-    for (const std::string& extension : settings.allowedExtensions)
+    for (const std::string& extension : settings.allowedExtensions.value_or(std::vector<std::string>()))
         log.NameValue("Allowed file extension", extension, 1);
+    LogMissingProgram(settings, log);
 
     const ExecutionResult result =
         m_services.variation.use
@@ -124,18 +144,29 @@ ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& seq
                          m_services.log);
 }
 
+std::string CRunDriver::LeaveOutFinalAction(const char* because, const std::string& message)
+{
+    m_services.log.Line(std::string("\tThe final action is left out because ") + because + '.');
+    return message;
+}
+
 std::string CRunDriver::ApplyFinalActionTo(const ProcessedFile& file, const RunSettings& settings)
 {
-    if (settings.finalAction == kFinalActionNothing) return {};
-    if (m_services.variation.keepIncomplete && file.outcome == FileOutcome::Incomplete) {
-        m_services.log.Line("\tThe final action is left out because the file is incomplete.");
-        return "The input stays where it is.";
-    }
+    const int code = settings.finalAction;
+    if (code == kFinalActionNothing) return {};
+    const char* const stays = "The input stays where it is.";
+    if (VacatesInput(code) && !file.loss.empty()) return LeaveOutFinalAction("the document is damaged", stays);
+    if (m_services.variation.keepIncomplete && file.outcome == FileOutcome::Incomplete)
+        return LeaveOutFinalAction("the file is incomplete", stays);
     m_services.events.FinalActionBegins();
-    const FinalAction action{.code = settings.finalAction, .destination = settings.destination};
-    if (ApplyFinalAction(file.path, action, m_services.log) == FinalActionResult::Done) return {};
-    for (const FinalActionName& offered : kOfferedFinalActions)
-        if (offered.code == settings.finalAction)
-            return std::string("The final action on the input file failed: ") + offered.name + ".";
-    return "The final action on the input file failed.";
+    CInputGuard guard(file.path, VacatesInput(code) ? file.input : std::nullopt);
+    const FinalAction action{.code = code, .destination = settings.destination};
+    const FinalActionOutcome outcome = ApplyFinalAction(file.path, action, m_services.log);
+    if (outcome.result == FinalActionResult::Done) return {};
+    if (guard.FoundChange())
+        return LeaveOutFinalAction(kInputChanged,
+                                   std::string("The final action is left out, because ") + kInputChanged + '.');
+    m_services.log.NameValue("The final action failed", outcome.reason, 1);
+    return outcome.reason + ": the final action on the input file failed" + InBrackets(code) +
+           (outcome.path.empty() ? "." : ": " + outcome.path);
 }

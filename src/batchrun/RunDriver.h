@@ -22,6 +22,8 @@ struct RunVariation {
     CInputSource* inputs = nullptr;
     /// An input whose file came out incomplete gets no final action, and after a failed step none is replaced.
     bool keepIncomplete = false;
+    /// A document that has lost something to damage is dealt with like any other.
+    bool acceptDamaged = false;
     /// Results go into the alternative output folder or nowhere.
     bool insistsOnOutputPath = false;
     /// Nothing is to be done for good.
@@ -65,6 +67,7 @@ private:
     Ending RunLoaded(const RunSettings& settings, CSequence& sequence);
     ExecutionResult RunFiles(const RunSettings& settings, CSequence& sequence, CProgressMonitorWrapper* monitor);
     std::string ApplyFinalActionTo(const ProcessedFile& file, const RunSettings& settings);
+    std::string LeaveOutFinalAction(const char* because, const std::string& message);
 
     RunDriverServices m_services;
     bool m_started = false;

@@ -59,7 +59,7 @@ RunSettings ReadRunSettings(const EnvironmentReader& environment, CLogWriter& lo
         .destination = destination,
         .alternativeInputPath = CleanPath(alternativeInput),
         .alternativeOutputPath = CleanPath(alternativeOutput),
-        .allowedExtensions = ExtensionList(extensions),
+        .allowedExtensions = extensions.empty() ? std::nullopt : std::optional(ExtensionList(extensions)),
         .executeInSteps = IsYes(Trim(inSteps)),
         .showProgress = !IsYes(Trim(noProgress)),
         .noSubfolders = IsYes(noSubfolders),  // Kept: this one is not trimmed.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,8 @@ struct RunSettings {
     std::string destination;            // as it stands
     std::string alternativeInputPath;   // empty = not set
     std::string alternativeOutputPath;  // empty = not set
-    std::vector<std::string>
-        allowedExtensions;        // without blanks and dots around them; empty = what the sequence accepts
+    /// Without blanks and dots around them; nothing = what the sequence accepts, an empty list = none.
+    std::optional<std::vector<std::string>> allowedExtensions;
     bool executeInSteps = false;  // logged, without effect on the processing
     bool showProgress = true;
     bool noSubfolders = false;

@@ -94,9 +94,9 @@ std::pair<int, int> ParseShard(const std::string& text)
 /// Options that say nothing about one part of a plan, because the plan has said it.
 void RefuseWithManifest(const CArguments& arguments)
 {
-    for (const char* const name :
-         {"--input", "--output", "--ext", "--no-subfolders", "--min-age", "--final-action", "--destination",
-          "--dry-run", "--log", "--skip-unavailable", "--allow-no-output", "--allow-in-place", "--force"})
+    for (const char* const name : {"--input", "--output", "--ext", "--no-subfolders", "--min-age", "--final-action",
+                                   "--destination", "--dry-run", "--log", "--skip-unavailable", "--allow-no-output",
+                                   "--allow-in-place", "--accept-damaged", "--force"})
         if (arguments.Has(name)) FailUsage(std::string(name) + " has no place beside --manifest");
     if (!arguments.Operands().empty())
         FailUsage("\"" + arguments.Operands().front() +
@@ -161,6 +161,7 @@ RunRequest ReadRequest(const CArguments& arguments)
     request.skipUnavailable = arguments.Has("--skip-unavailable");
     request.allowNoOutput = arguments.Has("--allow-no-output");
     request.allowInPlace = arguments.Has("--allow-in-place");
+    request.acceptDamaged = arguments.Has("--accept-damaged");
     request.force = arguments.Has("--force");
     return request;
 }

@@ -89,6 +89,9 @@ std::vector<OptionRow> SafetyOptions()
         {.name = "--allow-no-output",
          .help = "Run although the sequence saves nothing and the final action moves or deletes the inputs."},
         {.name = "--allow-in-place", .help = "Run although a save step replaces the inputs and --output is given."},
+        {.name = "--accept-damaged",
+         .help = "Treat documents that lost something to damage like any other: they count as saved, and may be "
+                 "replaced, moved and deleted."},
         {.name = "--force",
          .help = "Run although \"sequence check\" finds errors in the sequence, steps that are not available among "
                  "them."},

@@ -55,7 +55,7 @@ std::vector<std::string> ListedExtensions(CCabView formats, CLogWriter& log)
 
 std::vector<std::string> AcceptedExtensions(const ExecutorSettings& settings, CCabView input, CLogWriter& log)
 {
-    if (!settings.allowedExtensions.empty()) return settings.allowedExtensions;
+    if (settings.allowedExtensions) return *settings.allowedExtensions;
     const CCabView options = input.Cab("SourceFileOptions");
     if (!options) {
         log.Line("Allowing all input file types.");

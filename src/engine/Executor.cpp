@@ -70,7 +70,7 @@ void ProcessFiles(RunContext& run, CInputSource& inputs, const ExecutorCallbacks
             return Stop(result, "The run was canceled.");
         }
         if (input->finalActionOnly) {
-            ProcessedFile file{input->path, FileOutcome::Saved, {}};
+            ProcessedFile file{.path = input->path};
             Finish(file, input->number, callbacks, result);
             continue;
         }

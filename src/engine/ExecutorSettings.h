@@ -1,6 +1,7 @@
 // What the caller of a run may set beside the sequence itself.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,12 +13,14 @@ struct ExecutorSettings {
     /// says, or beside their inputs.
     bool insistsOnOutputPath = false;
     /// After a failed step a save step saves into the alternative output folder only: anywhere else it could put a
-    /// document that is not done in the place of its input.
+    /// document that is not done in the place of its input. Nor does the engine save there.
     bool sparesInputs = false;
     /// Folders that get files beside the results; like the output folder they are left out of an input around them.
     std::vector<std::string> furtherOutputPaths = {};
-    std::vector<std::string> allowedExtensions;  // in place of the file types that the sequence accepts; empty = none
+    /// In place of the file types that the sequence accepts. An empty list accepts none.
+    std::optional<std::vector<std::string>> allowedExtensions;
     bool noSubfolders = false;
-    bool trialRun = false;     // nothing is to be done for good; steps that could do it anyway are left out
-    bool interactive = false;  // whether a command may show its settings dialog
+    bool acceptDamaged = false;  // a document that lost something in its repair counts as if it had not
+    bool trialRun = false;       // nothing is to be done for good; steps that could do it anyway are left out
+    bool interactive = false;    // whether a command may show its settings dialog
 };

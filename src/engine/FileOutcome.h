@@ -1,6 +1,9 @@
 // How one input file of a run ended, and why.
 #pragma once
 
+#include "platform/Files.h"
+
+#include <optional>
 #include <string>
 
 enum class FileOutcome {
@@ -16,5 +19,10 @@ enum class FileOutcome {
 struct ProcessedFile {
     std::string path;
     FileOutcome outcome = FileOutcome::Saved;
-    std::string message;
+    std::string message = {};
+    /// The input as it was processed; after a save in its own place, as it was saved. Nothing when nobody knows it.
+    std::optional<platform::FileStamp> input = {};
+    /// What the input has lost to damage, a sentence: then it must stay. Empty when nothing, or when that is
+    /// accepted.
+    std::string loss = {};
 };

@@ -7,6 +7,7 @@
 #include "engine/CommandExecution.h"
 #include "engine/CommandFlights.h"
 #include "engine/InputOpening.h"
+#include "engine/InputState.h"
 #include "engine/SaveStepRedirection.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/HostFrame.h"
@@ -37,7 +38,7 @@ int Badness(FileOutcome outcome)
 }  // namespace
 
 CFileRun::CFileRun(RunContext& run, std::string path, int fileNumber)
-    : m_run(run), m_log(run.log), m_result{std::move(path), FileOutcome::Saved, {}}, m_number(fileNumber)
+    : m_run(run), m_log(run.log), m_result{.path = std::move(path)}, m_number(fileNumber)
 {
 }
 
@@ -45,7 +46,7 @@ ProcessedFile CFileRun::Process()
 {
     m_log.NameValue("Opening input document", m_result.path, 1);
     if (Open()) Work();
-    m_result.message = Trim(m_result.message + m_notes);
+    m_result.message = Trim(m_result.loss + " " + m_result.message + m_notes);
     return m_result;
 }
 
@@ -60,16 +61,28 @@ void CFileRun::Work()
 
 bool CFileRun::Open()
 {
-    std::string reason;
+    std::string reason, loss;
+    m_result.input = platform::StampOf(m_result.path);
     const auto error = CatchHostError([&] {
         reason = OpenInput(m_document, m_result.path, m_log);
-        if (reason.empty()) m_permissions = {m_document.MayModify(), m_document.MayFullSave()};
+        if (!reason.empty()) return;
+        m_permissions = {m_document.MayModify(), m_document.MayFullSave()};
+        if (IsPdfPath(m_result.path)) loss = m_document.Loss();
     });
     if (error) reason = error->text;
-    if (reason.empty()) return true;
+    if (reason.empty()) return NoteLoss(loss), true;
     m_log.NameValue("Can't open input document", m_result.path + " (" + reason + ")", 1);
     Mark(FileOutcome::Failed, "The file cannot be opened: " + reason);
     return false;
+}
+
+void CFileRun::NoteLoss(const std::string& loss)
+{
+    if (loss.empty()) return;
+    m_log.NameValue("The document is damaged", loss, 1);
+    if (m_run.settings.acceptDamaged) return Note(loss);
+    m_result.loss = loss;
+    Mark(FileOutcome::Incomplete, {});
 }
 
 void CFileRun::ProcessOpen()
@@ -143,7 +156,7 @@ bool CFileRun::RunCommands()
             m_log.Line("ERROR: The document is not protected, so it is not saved.");
             break;
         }
-        SaveTemporaryFile(m_document, m_result.path, m_log);
+        SaveTemporary();
     }
     if (m_lastCommandInError) m_log.Line("ERROR: Command execution failed without an exception.");
     return !m_unprotected;
@@ -155,7 +168,7 @@ bool CFileRun::RunCommand(SequenceCommand& command, int number)
     m_log.NameNumber("Processing command", number, 1);
     if (command.leftOut) {
         m_log.Line("Skipping command because a trial run cannot contain what it does");
-        m_notes += " The command " + command.handlerName + " was left out of the trial run.";
+        Note("The command " + command.handlerName + " was left out of the trial run.");
         return true;
     }
     if (!command.command) {
@@ -181,8 +194,14 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
         if (command.protects) return NotDone(command, problem), true;
         Mark(FileOutcome::Incomplete, problem);
     }
-    if (!MaySave(command) || !Redirect(command)) return false;
-    const ExecutionOutcome outcome = ExecuteCommand(host, m_run.settings.interactive, m_run.progress, m_log);
+    if (IsSaveStep(command.handlerName)) return ExecuteSaveStep(command);
+    return Execute(command);
+}
+
+bool CFileRun::Execute(SequenceCommand& command)
+{
+    const ExecutionOutcome outcome =
+        ExecuteCommand(*command.command, m_run.settings.interactive, m_run.progress, m_log);
     if (outcome.raised) {
         m_log.NameValue("ERROR: Command execution failed", outcome.raised->text, 1);
         Mark(FileOutcome::Failed, "The command " + command.handlerName + " failed: " + outcome.raised->text);
@@ -192,22 +211,67 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
     return true;
 }
 
-/// False when a save step could cost the input. A document that its security keeps from being saved is none of that.
-bool CFileRun::MaySave(const SequenceCommand& command)
+/// A save step that would cost the input is passed over.
+bool CFileRun::ExecuteSaveStep(SequenceCommand& command)
 {
-    const bool mayCostInput = m_run.settings.sparesInputs && m_stepFailed && m_permissions.mayModify &&
-                              !AlternativeOutputFolder(m_run.settings);
-    if (!mayCostInput || !IsSaveStep(command.handlerName)) return true;
-    const std::string problem = m_result.message + " The document is not saved, so that its file stays as it is.";
-    m_log.NameValue("ERROR: Command execution failed", problem, 1);
-    Mark(FileOutcome::Failed, problem);
-    return false;
+    if (!Redirect(command)) return false;
+    const auto save = SaveStepFacts::Read(command.command->Params());
+    const bool replacesInput = MayReplaceInput(save, m_document.CurrentFile(), m_result.path);
+    if (!MaySave(save, replacesInput)) return m_result.outcome != FileOutcome::Failed;
+    const FileOutcome before = m_result.outcome;
+    const std::string messageBefore = m_result.message;
+    const bool goesOn = Execute(command);
+    if (!replacesInput) return goesOn;
+    const bool failed = m_result.outcome == FileOutcome::Failed && before != FileOutcome::Failed;
+    if (!failed) return NoteSaved(m_result.path), goesOn;
+    if (HasChanged(m_result.path, m_result.input)) {  // which is why it could not be replaced
+        m_result.outcome = before;
+        m_result.message = messageBefore;
+        Refuse(InPlaceObjection());
+    }
+    return goesOn;
+}
+
+/// False when a save step could cost the input.
+bool CFileRun::MaySave(const SaveStepFacts& save, bool replacesInput)
+{
+    if (IsHalfDone() && (replacesInput || !SavesIntoOutputFolder(save))) {
+        Refuse(m_result.message + " The document is not saved, so that its file stays as it is.");
+        return false;
+    }
+    const std::string objection = replacesInput ? InPlaceObjection() : std::string();
+    if (!objection.empty()) Refuse(objection);
+    return objection.empty();
+}
+
+bool CFileRun::SavesIntoOutputFolder(const SaveStepFacts& save) const
+{
+    const auto folder = AlternativeOutputFolder(m_run.settings);
+    return folder && save.folder && IsSameFolder(*folder, *save.folder);
+}
+
+std::string CFileRun::InPlaceObjection() const
+{
+    if (!m_result.loss.empty()) return "Not saved in the place of its input, because the document is damaged.";
+    if (HasChanged(m_result.path, m_result.input))
+        return std::string("Not saved in the place of its input, because ") + kInputChanged + '.';
+    if (IsHalfDone()) return m_result.message + " The document is not saved, so that its file stays as it is.";
+    return {};
+}
+
+/// The document is not saved where it should be.
+void CFileRun::Refuse(const std::string& reason)
+{
+    m_log.NameValue("ERROR: The input is not replaced", reason, 1);
+    const FileOutcome outcome = IsHalfDone() ? FileOutcome::Failed : FileOutcome::Incomplete;
+    Mark(outcome, reason);
+    if (m_result.message != reason) Note(reason);
 }
 
 /// False when a save step would save somewhere else than it should.
 bool CFileRun::Redirect(SequenceCommand& command)
 {
-    if (m_run.hostMajor < kFirstMajorWithSaveStep || !IsSaveStep(command.handlerName)) return true;
+    if (m_run.hostMajor < kFirstMajorWithSaveStep) return true;
     const std::string folder = RedirectionFolder(m_result.path, m_run.settings);
     const std::string problem = RedirectSaveStep(*command.command, folder, m_log);
     if (problem.empty()) return true;
@@ -244,6 +308,28 @@ void CFileRun::NotDone(const SequenceCommand& command, const std::string& reason
     m_unprotected = m_unprotected || command.protects;
 }
 
+SavingInput CFileRun::SavingPlace()
+{
+    return {m_result.path, AlternativeOutputFolder(m_run.settings), m_permissions,
+            [this] { return InPlaceObjection(); }};
+}
+
+void CFileRun::SaveTemporary()
+{
+    SaveResult result;
+    const auto error = CatchHostError([&] { result = SaveTemporaryFile(m_document, SavingPlace(), m_log); });
+    if (result.status == SaveStatus::Refused) return Refuse(result.reason);
+    if (error && HasChanged(m_result.path, m_result.input)) return Refuse(InPlaceObjection());
+    if (error) throw CHostException(*error);
+    NoteSaved(result.path);
+}
+
+/// From now on the input is what was saved in its place.
+void CFileRun::NoteSaved(const std::string& path)
+{
+    if (!path.empty() && IsSameFile(path, m_result.path)) m_result.input = platform::StampOf(m_result.path);
+}
+
 void CFileRun::Save()
 {
     m_run.progress.SetStatusText("Saving document...");
@@ -251,8 +337,7 @@ void CFileRun::Save()
     const auto error = CatchHostError([&] {
         if (m_run.hostMajor >= kFirstMajorWithSaveStep)
             RedirectOutput(m_run.sequence, RedirectionFolder(m_result.path, m_run.settings), m_log);
-        const SavingInput input{m_result.path, AlternativeOutputFolder(m_run.settings), m_permissions};
-        result = SaveProcessed(m_document, OutputSettings::Read(m_run.sequence.Output()), input, m_log);
+        result = SaveProcessed(m_document, OutputSettings::Read(m_run.sequence.Output()), SavingPlace(), m_log);
     });
     if (!error) return TakeSaveResult(result);
     m_log.NameValue("Error saving document:", error->text, 1);
@@ -265,7 +350,12 @@ void CFileRun::TakeSaveResult(const SaveResult& result)
         m_log.Line("Document did not save correctly");
         return Mark(FileOutcome::Failed, result.reason);
     }
-    m_log.Line("Document has been saved successfully");
+    if (result.status == SaveStatus::Refused) {
+        m_log.Line("Document did not save correctly");
+        return Refuse(result.reason);
+    }
+    if (result.status != SaveStatus::NotWanted) m_log.Line("Document has been saved successfully");
+    NoteSaved(result.path);
     if (result.status == SaveStatus::CopiedUnchanged) Mark(FileOutcome::CopiedUnchanged, result.reason);
     // A success for the log, but there is no output, so the input must not be moved or deleted.
     if (result.status == SaveStatus::ConversionFailed) Mark(FileOutcome::Failed, result.reason);
@@ -277,7 +367,7 @@ void CFileRun::Close()
 {
     CAcrobatDoc::Closed closed = CAcrobatDoc::Closed::NothingOpen;
     const auto error = CatchHostError([&] { closed = m_document.Close(); });
-    if (closed == CAcrobatDoc::Closed::View) m_log.Line("AVDoc is closed.");
+    if (closed != CAcrobatDoc::Closed::NothingOpen) m_log.Line("AVDoc is closed.");
     if (!error) return;
     m_log.NameValue("Exception occured during a document closing", error->text, 1);  // sic
     Mark(FileOutcome::Incomplete, "The document cannot be closed: " + error->text);
@@ -285,9 +375,16 @@ void CFileRun::Close()
 
 void CFileRun::Mark(FileOutcome outcome, const std::string& reason)
 {
-    if (Badness(outcome) <= Badness(m_result.outcome)) return;
+    if (Badness(outcome) < Badness(m_result.outcome)) return;
+    if (outcome == m_result.outcome && !m_result.message.empty()) return;
     m_result.outcome = outcome;
     m_result.message = reason;
+}
+
+/// Beside the outcome's reason; each sentence once.
+void CFileRun::Note(const std::string& sentence)
+{
+    if (m_notes.find(sentence) == std::string::npos) m_notes += " " + sentence;
 }
 
 void CFileRun::Stop(const std::string& reason)

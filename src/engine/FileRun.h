@@ -5,6 +5,7 @@
 #include "engine/ExecutorSettings.h"
 #include "engine/FileOutcome.h"
 #include "engine/OutputSaving.h"
+#include "engine/SaveStepFacts.h"
 #include "engine/Sequence.h"
 #include "pdflib/AcrobatDoc.h"
 
@@ -42,6 +43,7 @@ public:
 
 private:
     bool Open();
+    void NoteLoss(const std::string& loss);
     void Work();
     void ProcessOpen();
     bool PrepareCommands();
@@ -51,16 +53,28 @@ private:
     bool RunCommands();
     bool RunCommand(SequenceCommand& command, int number);
     bool ExecuteReady(SequenceCommand& command);
-    bool MaySave(const SequenceCommand& command);
+    bool ExecuteSaveStep(SequenceCommand& command);
+    bool Execute(SequenceCommand& command);
+    bool MaySave(const SaveStepFacts& save, bool replacesInput);
+    bool SavesIntoOutputFolder(const SaveStepFacts& save) const;
     bool Redirect(SequenceCommand& command);
     void Evaluate(SequenceCommand& command, AVCommandStatus status);
     void NotDone(const SequenceCommand& command, const std::string& reason);
+    void SaveTemporary();
     void Save();
     void TakeSaveResult(const SaveResult& result);
+    void NoteSaved(const std::string& path);
+    void Refuse(const std::string& reason);
+    SavingInput SavingPlace();
+
+    /// Why the input must not be replaced at this moment; empty when it may be.
+    std::string InPlaceObjection() const;
+    bool IsHalfDone() const { return m_run.settings.sparesInputs && m_stepFailed && m_permissions.mayModify; }
     void Close();
 
     /// Lowers the outcome, never raises it; the first reason of the lowest outcome stays.
     void Mark(FileOutcome outcome, const std::string& reason);
+    void Note(const std::string& sentence);
     void Stop(const std::string& reason);
     CCab Inputs() const;
 

@@ -3,10 +3,13 @@
 #include "common/FileNames.h"
 #include "common/Log.h"
 #include "engine/InputOpening.h"
+#include "engine/InputState.h"
 #include "hostapi/HostConstants.h"
+#include "hostapi/HostErrors.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/Conversions.h"
 #include "hostcalls/HostFrame.h"
+#include "platform/FileProblem.h"
 #include "platform/Files.h"
 
 #include <utility>
@@ -14,6 +17,9 @@
 namespace {
 
 constexpr int kOptimizingSave = PDSaveFull | PDSaveLinearized;
+
+/// Another program may take a free name before we do; then the next free one is tried, so often at most.
+constexpr int kNameAttempts = 100;
 
 /// Nothing when there is no folder to save to.
 std::optional<std::string> OutputFolder(const OutputSettings& settings, const SavingInput& input)
@@ -38,12 +44,6 @@ std::string OutputBase(const OutputSettings& settings, const std::string& inputP
     return settings.insertBefore + SplitPath(inputPath).base + settings.insertAfter;
 }
 
-bool IsSameFile(const std::string& path, const std::string& otherPath)
-{
-    return path == otherPath || (platform::FileExists(path) && platform::FileExists(otherPath) &&
-                                 platform::CanonicalPath(path) == platform::CanonicalPath(otherPath));
-}
-
 // ---- another format
 
 std::string ConvertedPath(const std::string& wanted, const FromPdfConverter& converter, const std::string& inputPath)
@@ -54,13 +54,15 @@ std::string ConvertedPath(const std::string& wanted, const FromPdfConverter& con
     return IsSameFile(path, inputPath) ? UniqueSpaced(path) : path;
 }
 
-bool ConvertWith(const FromPdfConverter& converter, PDDoc document, const std::string& path, CLogWriter& log)
+/// False, with the reason when the host gives one.
+bool ConvertWith(const FromPdfConverter& converter, PDDoc document, const std::string& path, std::string& reason,
+                 CLogWriter& log)
 {
     log.NameValue("Trying to convert to output file", path, 1);
     AVConversionStatus status = kAVConversionFailed;
     const auto error =
         CatchHostError([&] { status = ConvertFromPdf(converter.handler, document, path, kAVConversionNoFlags); });
-    if (error) log.NameValue("File Saving Error:", error->text, 1);
+    if (error) log.NameValue("File Saving Error:", reason = error->text, 1);
     log.NameNumber("Conversion result code", status, 1);
     return !error && status == kAVConversionSuccess;
 }
@@ -70,36 +72,60 @@ SaveResult SaveConverted(PDDoc document, const std::string& wanted, const std::s
 {
     log.NameValue("Starting conversion handler", handlerId, 1);
     bool done = false;
+    std::string reason = "there is no such converter.";
     for (const FromPdfConverter& converter : EnumerateFromPdf()) {
         log.NameValue("Checking conversion handler", converter.uniqueId, 1);
         if (converter.uniqueId != handlerId) continue;
-        done = ConvertWith(converter, document, ConvertedPath(wanted, converter, input.path), log);
+        reason.clear();
+        done = ConvertWith(converter, document, ConvertedPath(wanted, converter, input.path), reason, log);
         break;
     }
     if (!done) log.NameValue("Conversion to output file format failed", handlerId, 1);
     log.NameValue("Conversion status", done ? "Completed" : "Failed", 1);
-    if (done) return {SaveStatus::Saved, {}};
-    return {SaveStatus::ConversionFailed, "The conversion to the output format " + handlerId + " failed."};
+    if (done) return {SaveStatus::Saved};
+    return {SaveStatus::ConversionFailed,
+            "The conversion to the output format " + handlerId + " failed" + (reason.empty() ? "." : ": " + reason)};
 }
 
 // ---- PDF
 
-SaveResult CopyUnchanged(const char* restriction, const std::string& outputPath, const OutputSettings& settings,
+/// Where the result goes now; with "don't overwrite" where nothing is.
+std::string FreePath(const std::string& wanted, const OutputSettings& settings)
+{
+    return settings.dontOverwrite ? UniqueSpaced(wanted) : wanted;
+}
+
+platform::FileResult CopyUnderName(const std::string& inputPath, const std::string& wanted,
+                                   const OutputSettings& settings, std::string& outputPath)
+{
+    const auto existing = settings.dontOverwrite ? platform::Existing::Fail : platform::Existing::Replace;
+    for (int attempt = 1;; ++attempt) {
+        const platform::FileResult copied = platform::CopyFile(inputPath, outputPath, existing);
+        const bool taken = settings.dontOverwrite && platform::ProblemOf(copied) == platform::FileProblem::Exists;
+        if (!taken || attempt == kNameAttempts) return copied;
+        outputPath = FreePath(wanted, settings);
+    }
+}
+
+SaveResult CopyUnchanged(const char* restriction, const std::string& wanted, const OutputSettings& settings,
                          const SavingInput& input, CLogWriter& log)
 {
+    std::string outputPath = FreePath(wanted, settings);
+    log.NameValue("Saving output file:", outputPath, 1);
+    log.NameValue("File Saving Error:", HostErrorText(pdErrOpNotPermitted), 1);
     log.NameValue("Warning", restriction, 1);
-    const auto existing = settings.dontOverwrite ? platform::Existing::Fail : platform::Existing::Replace;
     platform::FileResult copied{.errorNumber = 0};
     const bool possible = IsPdfPath(input.path) && !IsSameFile(input.path, outputPath);
-    if (possible) copied = platform::CopyFile(input.path, outputPath, existing);
+    if (possible) copied = CopyUnderName(input.path, wanted, settings, outputPath);
     if (possible && copied) {
         log.NameValue("File has been copied to the output location", outputPath, 1);
-        return {SaveStatus::CopiedUnchanged, std::string(restriction) + "; the output is a copy of the input."};
+        return {SaveStatus::CopiedUnchanged, std::string(restriction) + "; the output is a copy of the input.",
+                outputPath};
     }
     log.NameValue("Attempt to copy file to the output location failed", outputPath, 1);
     const std::string reason = copied ? "" : " (" + platform::ErrorText(copied.errorNumber) + ")";
     return {SaveStatus::Failed,
-            std::string(restriction) + ", and the input cannot be copied to " + outputPath + reason + "."};
+            std::string(restriction) + ", and the input cannot be copied" + reason + ": " + outputPath};
 }
 
 /// The restriction that stands in the way of a save; null when there is none.
@@ -116,22 +142,48 @@ SaveResult CheckSaved(const std::string& outputPath, CLogWriter& log)
     log.Line(exists ? "Output file has been succesefully created:"  // sic
                     : "ERROR: Output file does not exists:");       // sic
     log.NameValue("Path to the document:", outputPath, 1);
-    if (exists) return {SaveStatus::Saved, {}};
-    return {SaveStatus::Failed, "The output file " + outputPath + " was not written."};
+    if (exists) return {SaveStatus::Saved, {}, outputPath};
+    return {SaveStatus::Failed, "The output file was not written: " + outputPath};
 }
 
-SaveResult SavePdf(CAcrobatDoc& document, const std::string& outputPath, const OutputSettings& settings,
+/// Nothing when the document may be saved there now.
+std::optional<SaveResult> Refusal(const std::string& outputPath, const SavingInput& input)
+{
+    if (!input.inPlaceObjection || !IsSameFile(outputPath, input.path)) return std::nullopt;
+    std::string objection = input.inPlaceObjection();
+    if (objection.empty()) return std::nullopt;
+    return SaveResult{SaveStatus::Refused, std::move(objection)};
+}
+
+/// Answers what the host raised. A name that is taken meanwhile is passed over for the next free one.
+std::optional<HostError> SaveUnderName(CAcrobatDoc& document, const std::string& wanted,
+                                       const OutputSettings& settings, std::string& outputPath, CLogWriter& log)
+{
+    const int flags = settings.optimizePdf ? kOptimizingSave : PDSaveIncremental;
+    for (int attempt = 1;; ++attempt) {
+        log.NameValue("Saving output file:", outputPath, 1);
+        auto error = CatchHostError([&] { document.SaveTo(outputPath, flags); });
+        if (!error || !error->Is(fileErrExists) || !settings.dontOverwrite || attempt == kNameAttempts) return error;
+        log.NameValue("File Saving Error:", error->text, 1);
+        outputPath = FreePath(wanted, settings);
+    }
+}
+
+SaveResult SavePdf(CAcrobatDoc& document, const std::string& wanted, const OutputSettings& settings,
                    const SavingInput& input, CLogWriter& log)
 {
+    std::string outputPath = FreePath(wanted, settings);
     const bool fullSave = settings.optimizePdf || !IsSameFile(outputPath, input.path);
     if (const char* restriction = Restriction(input.permissions, fullSave))
-        return CopyUnchanged(restriction, outputPath, settings, input, log);
-    log.NameValue("Saving output file:", outputPath, 1);
-    const auto error = CatchHostError(
-        [&] { document.SaveTo(outputPath, settings.optimizePdf ? kOptimizingSave : PDSaveIncremental); });
+        return CopyUnchanged(restriction, wanted, settings, input, log);
+    if (auto refused = Refusal(outputPath, input)) return std::move(*refused);
+    const auto error = SaveUnderName(document, wanted, settings, outputPath, log);
     if (!error) return CheckSaved(outputPath, log);
     log.NameValue("File Saving Error:", error->text, 1);
-    return {SaveStatus::Failed, "The output file " + outputPath + " cannot be saved: " + error->text};
+    SaveResult failed{SaveStatus::Failed, "The output file cannot be saved: " + error->text};
+    // What stood in the way may have been that somebody else replaced the input.
+    if (const auto refused = Refusal(outputPath, input)) return *refused;
+    return failed;
 }
 
 }  // namespace
@@ -139,7 +191,7 @@ SaveResult SavePdf(CAcrobatDoc& document, const std::string& outputPath, const O
 SaveResult SaveProcessed(CAcrobatDoc& document, const OutputSettings& settings, const SavingInput& input,
                          CLogWriter& log)
 {
-    if (settings.kind == kOutputNone) return {SaveStatus::NotWanted, {}};
+    if (settings.kind == kOutputNone) return {SaveStatus::NotWanted};
     const auto folder = OutputFolder(settings, input);
     if (!folder) {
         log.NameNumber("No output folder is available for output option", settings.kind, 1);
@@ -153,17 +205,17 @@ SaveResult SaveProcessed(CAcrobatDoc& document, const OutputSettings& settings, 
     }
     const std::string wanted = *folder + OutputBase(settings, input.path);
     if (settings.handlerId) return SaveConverted(document.Document(), wanted, *settings.handlerId, input, log);
-    const std::string path = settings.dontOverwrite ? UniqueSpaced(wanted + ".pdf") : wanted + ".pdf";
-    return SavePdf(document, path, settings, input, log);
+    return SavePdf(document, wanted + ".pdf", settings, input, log);
 }
 
-bool SaveTemporaryFile(CAcrobatDoc& document, const std::string& inputPath, CLogWriter& log)
+SaveResult SaveTemporaryFile(CAcrobatDoc& document, const SavingInput& input, CLogWriter& log)
 {
-    if (Extension(document.CurrentFile()) != "tmp") return false;
-    const PathParts parts = SplitPath(inputPath);
+    if (Extension(document.CurrentFile()) != "tmp") return {SaveStatus::NotWanted};
+    const PathParts parts = SplitPath(input.path);
     const std::string wanted = parts.folder + parts.base + ".pdf";
-    const std::string path = IsSameFile(wanted, inputPath) ? wanted : UniqueSpaced(wanted);
+    const std::string path = IsSameFile(wanted, input.path) ? wanted : UniqueSpaced(wanted);
+    if (auto refused = Refusal(path, input)) return std::move(*refused);
     log.NameValue("Saving temporary file as", path, 1);
     document.SaveTo(path, PDSaveFull);
-    return true;
+    return {SaveStatus::Saved, {}, path};
 }

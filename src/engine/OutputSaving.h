@@ -4,6 +4,7 @@
 #include "engine/OutputSettings.h"
 #include "pdflib/AcrobatDoc.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,8 @@ struct SavingInput {
     std::string path;                              // of the input file
     std::optional<std::string> alternativeFolder;  // in place of the one that the sequence names
     OpenPermissions permissions;
+    /// Asked immediately before the input itself would be replaced; answers why it must stay, empty when it need not.
+    std::function<std::string()> inPlaceObjection = {};
 };
 
 enum class SaveStatus {
@@ -26,12 +29,14 @@ enum class SaveStatus {
     Saved,             // the result is written
     CopiedUnchanged,   // security forbade saving: the output is a copy of the input
     ConversionFailed,  // counts as a success in the log, but nothing was written
+    Refused,           // it would have replaced an input that must stay
     Failed
 };
 
 struct SaveResult {
     SaveStatus status = SaveStatus::Failed;
-    std::string reason;  // one sentence, unless all went well
+    std::string reason = {};  // one sentence, unless all went well
+    std::string path = {};    // of what was saved
 };
 
 /// Never replaces the input by anything but the saved document itself, nor another file when the settings forbid it.
@@ -40,6 +45,6 @@ struct SaveResult {
                                        const SavingInput& input, CLogWriter& log);
 
 /// Saves a document that a step left in a temporary file: as "<base name of the input>.pdf" in the input's folder. A
-/// file of that name which is not the input stays; then a number is added. False when the document is in no temporary
-/// file.
-bool SaveTemporaryFile(CAcrobatDoc& document, const std::string& inputPath, CLogWriter& log);
+/// file of that name which is not the input stays; then a number is added. Not wanted when the document is in no
+/// temporary file. Throws CHostException when the host cannot save it.
+[[nodiscard]] SaveResult SaveTemporaryFile(CAcrobatDoc& document, const SavingInput& input, CLogWriter& log);

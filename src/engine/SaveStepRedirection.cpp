@@ -13,8 +13,6 @@
 namespace {
 
 constexpr char kSaveStep[] = "WorkflowPlaybackSaveFiles";
-constexpr char kDestinationKey[] = "DocSaveDestType";
-constexpr char kInAFolder[] = "WorkflowPlaybackSaveInAFolder";
 constexpr char kFolderKey[] = "PreselectedFolderPath";
 
 /// The folder as a device-independent path that ends with a slash.
@@ -54,9 +52,9 @@ std::string RedirectionFolder(const std::string& inputPath, const ExecutorSettin
 std::string RedirectSaveStep(CHostCommand& command, const std::string& folder, CLogWriter& log)
 {
     CCab params = command.Params();
-    if (!params.Known(kDestinationKey)) return {};
+    if (!params.Known(kSaveDestinationKey)) return {};
     log.NameValue("Setting save path", folder, 1);
-    params.PutString(kDestinationKey, kInAFolder);
+    params.PutString(kSaveDestinationKey, kSaveInAFolder);
     PutFolder(params, folder);
     if (command.SetParams(params) == kAVCommandInError) return "The save step does not take its output folder.";
     log.NameValue("Save path", PathEntry(command.Params(), kFolderKey).value_or(""), 1);
@@ -66,8 +64,8 @@ std::string RedirectSaveStep(CHostCommand& command, const std::string& folder, C
 void RedirectOutput(CSequence& sequence, const std::string& folder, CLogWriter& log)
 {
     CCabEditor output = sequence.EditOutput();
-    if (!output || !output.Known(kDestinationKey)) return;
+    if (!output || !output.Known(kSaveDestinationKey)) return;
     log.NameValue("Saving to alternative path", folder, 1);
-    output.PutString(kDestinationKey, kInAFolder);
+    output.PutString(kSaveDestinationKey, kSaveInAFolder);
     output.PutCab(kFolderKey, PathCab(folder));
 }

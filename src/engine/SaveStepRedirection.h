@@ -13,6 +13,10 @@ struct ExecutorSettings;
 /// The first major version of the host whose sequences save by a step of their own.
 inline constexpr int kFirstMajorWithSaveStep = 11;
 
+/// The parameter of a save step that tells whether it saves into a folder.
+inline constexpr char kSaveDestinationKey[] = "DocSaveDestType";
+inline constexpr char kSaveInAFolder[] = "WorkflowPlaybackSaveInAFolder";
+
 [[nodiscard]] bool IsSaveStep(const std::string& handlerName);
 
 /// Where results go in place of what the sequence says; nothing when nothing was given or it is no folder and the run

@@ -8,6 +8,8 @@ namespace {
 /// Tables of the first version end before the slots of jobs.
 bool HasJobSlots() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsFirstVersion; }
 
+bool HasLossSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsSecondVersion; }
+
 template <class Call>
 void Tell(bool possible, Call call) noexcept
 {
@@ -68,6 +70,15 @@ int JobPathState(const std::string& path) noexcept
     int state = kJobPathAsOnDisk;
     Tell(HasJobSlots(), [&] { state = HostCall(HOST_SLOT(FerruleJobs, JobsPathState), path.c_str()); });
     return state;
+}
+
+std::optional<std::string> JobDocumentLoss(PDDoc document) noexcept
+{
+    std::optional<std::string> loss;
+    Tell(HasLossSlot(), [&] {
+        if (const char* told = HostCall(HOST_SLOT(FerruleJobs, JobsDocumentLoss), document)) loss = told;
+    });
+    return loss;
 }
 
 void JobFinalActionBegins() noexcept

@@ -2,6 +2,8 @@
 // answers as stated. None of the functions throws.
 #pragma once
 
+#include "hostapi/HostTypes.h"
+
 #include <optional>
 #include <string>
 
@@ -29,6 +31,10 @@ struct HostJobInput {
 [[nodiscard]] int JobMayAct(int act, const std::string& file, const std::string& target) noexcept;
 /// A kJobPath... value; without the table "as on disk".
 [[nodiscard]] int JobPathState(const std::string& path) noexcept;
+
+/// What of a document did not come through its repair, one sentence, empty when nothing is lost; nothing when the
+/// host does not tell.
+[[nodiscard]] std::optional<std::string> JobDocumentLoss(PDDoc document) noexcept;
 
 /// From now on the present input's acts are its final action.
 void JobFinalActionBegins() noexcept;

@@ -4,15 +4,13 @@
 #include "engine/HandlerKinds.h"
 #include "engine/InputKinds.h"
 #include "platform/Files.h"
+#include "platform/Programs.h"
 
 #include <algorithm>
 #include <cctype>
 #include <string_view>
 
 namespace {
-
-constexpr int kFinalActionRename = 4;
-constexpr int kFinalActionExecute = 5;
 
 std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 
@@ -96,6 +94,9 @@ std::string DestinationProblem(const RunRequest& request)
     const bool needed = WantsFolder(code) || code == kFinalActionRename || code == kFinalActionExecute;
     if (needed && destination.empty())
         return "The final action needs a destination. Name it with --destination, or choose another final action.";
+    if (code == kFinalActionExecute && !platform::ProgramMayExist(destination))
+        return "There is no program " + Quoted(destination) +
+               " to start on each input. Install it, or name another one with --destination.";
     return WantsFolder(code) ? MissingFolder("destination folder", destination, "--destination") : std::string();
 }
 

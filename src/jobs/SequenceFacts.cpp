@@ -3,30 +3,12 @@
 #include "common/Log.h"
 #include "engine/CommandList.h"
 #include "engine/HandlerKinds.h"
-#include "engine/PathEntry.h"
 #include "engine/SaveStepRedirection.h"
 #include "hostcalls/Commands.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr char kDestination[] = "DocSaveDestType";
-constexpr char kInAFolder[] = "WorkflowPlaybackSaveInAFolder";
-
-SaveStepFacts ReadSaveStep(CCabView params)
-{
-    SaveStepFacts save;
-    save.namesDestination = params.Known(kDestination);
-    if (params.StringOrText(kDestination).value_or("") == kInAFolder)
-        save.folder = PathEntry(params, "PreselectedFolderPath");
-    if (params.Bool("AddToBaseName", false)) {
-        save.before = params.StringOrText("InsertBeforeBaseName").value_or("");
-        save.after = params.StringOrText("InsertAfterBaseName").value_or("");
-    }
-    save.converterId = params.StringOrText("HandlerUniqueID").value_or("");
-    return save;
-}
 
 StepFacts ReadStep(CCabView entry)
 {
@@ -38,7 +20,7 @@ StepFacts ReadStep(CCabView entry)
     if (handler) step.handler = *handler;
     step.sequenceCallbacks = handler && HasSequenceCallbacks(*handler);
     const CCabView params = entry.Cab("Params");
-    if (IsSaveStep(step.handler)) step.save = ReadSaveStep(params);
+    if (IsSaveStep(step.handler)) step.save = SaveStepFacts::Read(params);
     if (IsScriptStep(step.handler)) step.script = params.TextUtf8("ScriptCode").value_or("");
     return step;
 }
@@ -54,15 +36,8 @@ SequenceFacts ReadSequenceFacts(const CSequence& sequence, int hostMajor)
     for (int index = 0; index < commands.Size(); ++index)
         facts.steps.push_back(ReadStep(commands.Cab(CabKey(index).c_str())));
     facts.output = OutputSettings::Read(sequence.Output());
-    facts.outputNamesDestination = sequence.Output().Known(kDestination);
+    facts.outputNamesDestination = sequence.Output().Known(kSaveDestinationKey);
     return facts;
-}
-
-bool SavesInPlace(const SaveStepFacts& save, int hostMajor)
-{
-    if (!save.before.empty() || !save.after.empty() || !save.converterId.empty()) return false;
-    const bool redirected = save.namesDestination && hostMajor >= kFirstMajorWithSaveStep;
-    return !redirected && !save.folder;
 }
 
 bool SavesSomething(const SequenceFacts& facts) { return ResultsPerFile(facts) > 0; }

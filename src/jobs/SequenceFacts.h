@@ -2,19 +2,12 @@
 #pragma once
 
 #include "engine/OutputSettings.h"
+#include "engine/SaveStepFacts.h"
 #include "engine/Sequence.h"
 
 #include <optional>
 #include <string>
 #include <vector>
-
-/// Where a save step saves. Strings in the narrow code page.
-struct SaveStepFacts {
-    bool namesDestination = false;      // only then it can be sent into another folder
-    std::optional<std::string> folder;  // the one it names, when it is to save there
-    std::string before, after;          // around the base name; empty unless it adds them
-    std::string converterId;            // empty: saves as PDF
-};
 
 struct StepFacts {
     std::string handler;  // under which it would be made; that of the sequence when it is not available
@@ -34,9 +27,6 @@ struct SequenceFacts {
 
 /// The sequence must be complete. Throws CHostException.
 [[nodiscard]] SequenceFacts ReadSequenceFacts(const CSequence& sequence, int hostMajor);
-
-/// Whether the step saves the document where it came from, whatever output folder is given.
-[[nodiscard]] bool SavesInPlace(const SaveStepFacts& save, int hostMajor);
 
 /// Whether anything of the sequence writes the document.
 [[nodiscard]] bool SavesSomething(const SequenceFacts& facts);

@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int kFinalActionRename = 4;
 constexpr std::uint64_t kAnyFolder = 0;
 
 std::uint64_t HashOf(std::string_view bytes, std::uint64_t start)

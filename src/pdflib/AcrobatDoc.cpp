@@ -3,6 +3,7 @@
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
 #include "hostcalls/HostFrame.h"
+#include "hostcalls/Jobs.h"
 #include "hostcalls/Views.h"
 
 #include <utility>
@@ -99,6 +100,13 @@ void CAcrobatDoc::Forget() noexcept
 }
 
 int CAcrobatDoc::PageCount() const { return ::PageCount(m_document); }
+
+std::string CAcrobatDoc::Loss() const
+{
+    if (const auto told = JobDocumentLoss(m_document)) return *told;
+    const bool repaired = (DocumentFlags(m_document) & PDDocWasRepaired) != 0;
+    return repaired ? "The document was damaged, and what its repair has lost is not known." : "";
+}
 
 std::string CAcrobatDoc::CurrentFile() const { return ::FilePath(m_document).value_or(m_path); }
 

@@ -20,4 +20,7 @@ enum class ShellArgument {
 bool OpenWithShell(const std::string& program, const std::string& argument,
                    ShellArgument passed = ShellArgument::Quoted);
 
+/// Whether OpenWithShell would find the program; true where only the system's shell can tell.
+bool ProgramMayExist(const std::string& program);
+
 }  // namespace platform

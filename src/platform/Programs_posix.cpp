@@ -85,6 +85,12 @@ bool StartedWithoutReport(int report)
 
 }  // namespace
 
+bool ProgramMayExist(const std::string& program)
+{
+    const std::string path = FindProgram(WithoutQuotes(program));
+    return !path.empty() && IsExecutable(path);
+}
+
 bool OpenWithShell(const std::string& program, const std::string& argument, ShellArgument)
 {
     const std::string path = FindProgram(WithoutQuotes(program));

@@ -41,6 +41,8 @@ bool MayBeThere(const std::string& program)
 
 }  // namespace
 
+bool ProgramMayExist(const std::string& program) { return MayBeThere(WithoutQuotes(program)); }
+
 bool OpenWithShell(const std::string& program, const std::string& argument, ShellArgument passed)
 {
     const std::string bare = WithoutQuotes(program);

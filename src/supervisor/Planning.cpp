@@ -63,6 +63,7 @@ std::string RunJobText(const RunRequest& request, const std::string& run, bool d
                    {"run", run},
                    {"dryRun", dryRun},
                    {"skipUnavailable", request.skipUnavailable},
+                   {"acceptDamaged", request.acceptDamaged},
                    {"settings", SettingsJson(request)}});
 }
 

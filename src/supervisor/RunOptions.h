@@ -26,6 +26,7 @@ struct RunRequest {
     bool skipUnavailable = false;
     bool allowNoOutput = false;
     bool allowInPlace = false;
+    bool acceptDamaged = false;
     bool force = false;  ///< although the sequence has errors
 };
 

@@ -61,6 +61,8 @@ class FinalActions(unittest.TestCase):
                     if other != arrived:
                         self.assertEqual((done / other).read_bytes(), OTHER, "an older file was touched")
                 self.assertEqual(outcome.code, 3 if entry and entry.startswith("Can't") else 0, outcome)
+                if entry and entry.startswith("Can't"):
+                    self.assertIn(".pdf: The name is taken: ", outcome.errors)
                 for path in list(done.iterdir()) + list(self.place.output.iterdir()):
                     path.unlink()
                 source.unlink(missing_ok=True)
@@ -97,6 +99,8 @@ class FinalActions(unittest.TestCase):
             with self.subTest(program=missing):
                 outcome, source, _ = self.run_one(5, missing)
                 self.assertEqual(len(outcome.values("An error occured while trying to execute file")), 1, outcome)
+                self.assertEqual(len(outcome.values("The program of the final action cannot be found")), 1, outcome)
+                self.assertIn(".pdf: The program cannot be found: ", outcome.errors)
                 self.assertEqual(outcome.code, 3)
 
     def test_a_missing_destination_leaves_the_input_and_says_why(self):
@@ -109,6 +113,7 @@ class FinalActions(unittest.TestCase):
                 self.assertTrue(outcome.values("Can't copy file to" if code in (1, 8) else "Can't move file to"), outcome)
                 for entry in more:
                     self.assertEqual(len(outcome.values(entry)), 1, outcome)
+                self.assertIn(".pdf: The destination folder does not exist: ", outcome.errors)
                 self.assertEqual(outcome.code, 3)
 
     def test_the_inputs_own_folder_as_destination_loses_nothing(self):

@@ -5,7 +5,7 @@ import unittest
 from pathlib import Path
 
 from test_output_rules import host_sequence
-from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, save_items, text_of
+from unattended import HOST, PROTECT, SAVE, Workplace, minimal_pdf, page_count, save_items, text_of
 
 PLUG_INS = ("--plugin", os.environ.get("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),
             "--plugin", os.environ.get("FERRULE_FOREIGN_STEPS", "build/release/tests/hosted/ForeignSteps.api"))
@@ -135,6 +135,58 @@ class ForeignSteps(unittest.TestCase):
         self.assertEqual(self.traced().count(["T:Other", "Work"]), 0, outcome)
         self.assertEqual(len(outcome.values("Opening input document")), 2, outcome)
         self.assertIn(["T:Plain", "PostflightSequence"], self.traced())
+
+    def test_a_new_version_of_the_input_is_not_taken_for_the_old_one(self):
+        engine = {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}
+        source = self.place.input / "a.pdf"
+        os.remove(self.place.input / "b.pdf")
+        for arrives, final, save in [*itertools.product((True, False), (2, 3, 4, 6, 7), ("folder",)),
+                                     *itertools.product((True, False), (0, 3), ("step in place", "engine in place")),
+                                     (True, 8, "folder")]:
+            with self.subTest(arrives=arrives, final=final, save=save):
+                source.write_bytes(minimal_pdf("a.pdf"))
+                steps = [("T:NewVersionArrives" if arrives else "T:Plain", {})]
+                if save == "engine in place":
+                    sequence = host_sequence(self.place, engine, commands=steps)
+                else:
+                    items = save_items() if save == "folder" else {}
+                    sequence = self.place.sequence("x.sequ", [*steps, (SAVE, items)])
+                outcome = self.place.run_folder(sequence, final, "renamed.pdf" if final == 4 else self.place.done,
+                                                arguments=PLUG_INS, output=save == "folder",
+                                                FOREIGN_STEPS_TRACE=self.trace, FOREIGN_STEPS_ARRIVES=source)
+                kept = arrives or final == 0
+                self.assertEqual(source.exists(), kept, outcome)
+                if arrives:
+                    self.assertEqual(source.read_bytes(), b"a new version", outcome)
+                if arrives and final != 8:
+                    self.assertEqual((outcome.code, list(self.place.done.iterdir())), (SOME_FAILED, []), outcome)
+                    self.assertIn("incomplete", outcome.errors)
+                    self.assertIn("because the input changed while it was processed", outcome.errors)
+                else:
+                    self.assertEqual(outcome.code, FINE, outcome)
+                self.assertEqual(page_count(self.place.output / "a.pdf"), 1 if save == "folder" else None, outcome)
+                for path in [*self.place.done.iterdir(), *self.place.output.iterdir(), *self.place.input.iterdir()]:
+                    path.unlink()
+
+    def test_a_half_done_document_does_not_replace_its_input(self):
+        """`ferrule run` after a failed step, by where the save step saves and not by the output folder that there is."""
+        engine = {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}
+        program = os.environ.get("FERRULE_PROGRAM", str(Path(HOST).with_name("ferrule")))
+        for step, save in itertools.product(("T:ErrorInWork", "T:Plain"), ("in place", "folder", "engine in place")):
+            with self.subTest(step=step, save=save):
+                self.doCleanups()
+                self.setUp()
+                sequence = (host_sequence(self.place, engine, commands=[(step, {})]) if save == "engine in place" else
+                            self.place.sequence("x.sequ", [(step, {}), (SAVE, save_items() if save == "folder" else {})]))
+                outcome = self.place.run({"FOREIGN_STEPS_TRACE": self.trace}, [
+                    "run", sequence, "--input", self.place.input, "--output", self.place.output, "--allow-in-place",
+                    *PLUG_INS], program=program)
+                self.assertEqual(outcome.code, SOME_FAILED if step == "T:ErrorInWork" else FINE, outcome)
+                written = [path.name for path in self.place.output.iterdir()]
+                self.assertEqual(sorted(written), NAMES if save == "folder" else [], outcome)
+                for name in NAMES:
+                    same = (self.place.input / name).read_bytes() == minimal_pdf(name)
+                    self.assertEqual(same, save == "folder" or step == "T:ErrorInWork", outcome)
 
     def test_without_its_protection_no_document_is_saved(self):
         ways = {"T:Plain": None, "T:ErrorInWork": "failed", "T:CancelInWork": "not completed", "T:RaiseInWork": "failed",

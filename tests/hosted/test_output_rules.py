@@ -81,6 +81,7 @@ class OutputRules(unittest.TestCase):
         self.assertEqual(outcome.code, 0, outcome)
         self.assertEqual(list(self.place.output.iterdir()), [])
         self.assertFalse(outcome.has("Saving output file:"), outcome)
+        self.assertFalse(outcome.has("Document has been saved successfully"), outcome)
 
     def test_kind_1_without_an_answer_fails_and_keeps_the_input(self):
         outcome = self.run_rules({"FileVariation": ("integer", 1)}, final=3)
@@ -126,9 +127,13 @@ class OutputRules(unittest.TestCase):
         self.assertEqual(code, 0)
         before = source.read_bytes()
         outcome = self.run_rules(folder(self.place.output))
+        self.assertEqual((outcome.code, list(self.place.output.iterdir())), (3, []), "it is not protected anew")
+        outcome = self.place.run_folder(host_sequence(self.place, folder(self.place.output)), output=False)
         self.assertEqual((self.place.output / "restricted.pdf").read_bytes(), before, outcome)
         self.assertTrue(outcome.has("Security permissions do not allow document modification"), outcome)
         self.assertTrue(outcome.has("File has been copied to the output location"), outcome)
+        self.assertEqual(outcome.values("Saving output file:"), [str(self.place.output / "restricted.pdf")], outcome)
+        self.assertEqual(len(outcome.values("File Saving Error:")), 1, outcome)
         self.assertEqual(outcome.code, 3, outcome)
         # With the owner's password the same document is secured anew.
         (self.place.output / "restricted.pdf").unlink()
@@ -233,7 +238,8 @@ class OutputRules(unittest.TestCase):
         everything = ["A.PDF", "b.pdf", "ein Dokument.pdf", "sub/d.pdf", "sub/deep/f.pdf"]
         rows = [({}, everything), ({"FERRULENOSUBFOLDERS": "YES"}, everything[:3]), ({"FERRULENOSUBFOLDERS": "yes "}, everything),
                 ({"FERRULEFILEEXT": "PDF"}, everything), ({"FERRULEFILEEXT": "tif;txt,jpg"}, ["c.txt"]),
-                ({"FERRULEFILEEXT": "txt; pdf"}, ["c.txt"] + everything), ({"FERRULEFILEEXT": "doc"}, [])]
+                ({"FERRULEFILEEXT": "txt; pdf"}, ["c.txt"] + everything), ({"FERRULEFILEEXT": "doc"}, []),
+                ({"FERRULEFILEEXT": " ; , ."}, []), ({"FERRULEFILEEXT": " .PDF"}, everything)]
         for variables, expected in rows:
             with self.subTest(variables):
                 outcome = self.run_rules({"FileVariation": ("integer", 3)}, **variables)

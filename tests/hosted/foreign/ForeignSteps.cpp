@@ -2,10 +2,12 @@
 //
 // A handler's name tells what it does: "T:<How>In<Stage>" fails in one callback (raise, answer an error, answer
 // canceled, throw a C++ exception); the others are listed at kOwnWays. Every callback adds a line "<handler> <stage>"
-// to the file that FOREIGN_STEPS_TRACE names. FOREIGN_STEPS_FILE is a path that a step may save to. The step that
+// to the file that FOREIGN_STEPS_TRACE names. FOREIGN_STEPS_FILE is a path that a step may save to,
+// FOREIGN_STEPS_ARRIVES the input that one of them replaces. The step that
 // FOREIGN_STEPS_REPLACED names behaves like the one that FOREIGN_STEPS_BY names, whoever had it before.
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -45,6 +47,7 @@ const char* const kOwnWays[] = {"T:Plain",
                                 "T:LeavesThingsOpen",
                                 "T:NeverEnds",
                                 "T:TurnsOnPageCount",
+                                "T:NewVersionArrives",
                                 "COMP:AddWatermark",
                                 "HeadFootCmd"};
 
@@ -124,6 +127,14 @@ void ContinueInTmp(PDDoc document)
     CALL(g_pdModel, PDDocSave, document, PDSaveFull, path, nullptr, nullptr, nullptr);
 }
 
+/// Somebody puts a new version in the place of the input.
+void ReplaceInput()
+{
+    const std::string path = Setting("FOREIGN_STEPS_ARRIVES");
+    std::ofstream(path + ".part", std::ios::binary) << "a new version";
+    std::rename((path + ".part").c_str(), path.c_str());
+}
+
 void LeaveThingsOpen(PDDoc document)
 {
     static_cast<void>(CALL(g_extra, ASCabNew));
@@ -147,6 +158,7 @@ AVCommandStatus WorkOf(const std::string& name, AVCommand command)
     if (name == "T:WorksThreeTimes") return ++calls % 3 == 0 ? kAVCommandDone : kAVCommandWorking;
     if (name == "T:NeverEnds") return kAVCommandWorking;
     if (name == "T:ContinuesInTmp") ContinueInTmp(document);
+    if (name == "T:NewVersionArrives") ReplaceInput();
     if (name == "T:ClosesDoc") CALL(g_pdModel, PDDocClose, document);
     if (name == "T:ClosesView") CALL(g_view, AVDocClose, CALL(g_view, AVCommandGetAVDoc, command), 1);
     if (name == "T:LeavesThingsOpen") LeaveThingsOpen(document);

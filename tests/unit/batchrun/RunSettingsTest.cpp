@@ -70,12 +70,13 @@ TEST(RunSettings, ExtensionsAreSplitAndTrimmed)
 {
     const struct {
         const char* value;
-        std::vector<std::string> extensions;
-    } rows[] = {{"pdf;tif,jpg", {"pdf", "tif", "jpg"}},
-                {" pdf , .tif ;; . png,", {"pdf", "tif", "png"}},
-                {"", {}},
-                {";,.", {}},
-                {"tar.gz", {"tar.gz"}}};
+        std::optional<std::vector<std::string>> extensions;  // nothing: what the sequence accepts
+    } rows[] = {{"pdf;tif,jpg", {{"pdf", "tif", "jpg"}}},
+                {" pdf , .tif ;; . png,", {{"pdf", "tif", "png"}}},
+                {"", std::nullopt},
+                {" \t ", std::nullopt},
+                {" ; , .", std::vector<std::string>()},
+                {"tar.gz", {{"tar.gz"}}}};
     for (const auto& row : rows)
         EXPECT_EQ(Read("FERRULEFILEEXT", row.value).allowedExtensions, row.extensions) << row.value;
 }

@@ -133,7 +133,6 @@ TEST(Cancel, StopsTheRunWithoutASaveAndWithoutAFinalAction)
         }
         const int finished = row.files > 0 ? static_cast<int>(row.files) - 1 : 0;
         EXPECT_EQ(run.finalActions, finished) << row.when;
-        EXPECT_EQ(run.Count("Document has been saved successfully"), finished) << row.when;
         EXPECT_EQ(FileBytes(folder / "out/a.pdf") != "<missing>", finished > 0) << row.when;
         EXPECT_EQ(FileBytes(folder / "out/b.pdf"), "<missing>") << row.when;
         for (const char* name : {"in/a.pdf", "in/b.pdf"}) {

@@ -152,6 +152,22 @@ class BadDocuments(unittest.TestCase):
         self.assertEqual(outcome.code, 3, outcome)
         self.assertTrue(path.exists())
 
+    def test_a_long_path_hides_no_reason(self):
+        deep = self.place.input
+        for length in range(70, 82):  # so that cuts fall at every place of a character
+            deep = deep / ("\u65e5" * length)
+        deep.mkdir(parents=True)
+        (deep / "damaged.pdf").write_bytes(b"%PDF-1.7\n\x01\x02\x03")
+        (deep / "locked.pdf").write_bytes(minimal_pdf())
+        self.assertEqual(tool("qpdf", "--encrypt", "u", "o", "256", "--", "--replace-input", deep / "locked.pdf")[0], 0)
+        outcome = self.place.run_folder(self.sequence, output=True)
+        self.assertEqual(outcome.code, 3, outcome)
+        log = outcome.raw_log.decode("utf-8")
+        for text in (log, outcome.errors):
+            self.assertNotIn("\ufffd", text)
+            self.assertRegex(text, r"needs a password; .* --password-file \(\S+\.\.\.\S+/locked\.pdf\)")
+            self.assertRegex(text, r"is damaged beyond repair: [a-z ,]+ \([a-z ]+\) \(\S+\.\.\.\S+/damaged\.pdf\)")
+
     def test_a_password_the_encryption_cannot_express_is_never_dropped(self):
         (self.place.input / "a.pdf").write_bytes(minimal_pdf())
         sequence = self.place.sequence("p.sequ", [(PROTECT, protect_items(2, "密码")), (SAVE, save_items())])

@@ -1,9 +1,9 @@
-#include <algorithm>
 #include <cstring>
 
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Extensions.h"
 #include "openhost/core/Memory.h"
+#include "openhost/core/ShortText.h"
 #include "openhost/core/TableServers.h"
 #include "openhost/core/Tables.h"
 
@@ -97,12 +97,10 @@ ASAtom ExtensionName(ASExtension extension) { return Part<CExtensions>().At(exte
 const char* ErrorString(ASErrorCode code, char* buffer, ASTArraySize size)
 {
     Require(buffer != nullptr && size > 0, "no buffer for the error's text");
-    const std::string text = ErrorText(code);
+    const std::string text = ShortenedInMiddle(ErrorText(code), static_cast<std::size_t>(size) - 1);
     if (text.empty()) return buffer;
-    std::size_t length = std::min(text.size(), static_cast<std::size_t>(size) - 1);
-    while (length > 0 && length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) --length;
-    std::memcpy(buffer, text.data(), length);
-    buffer[length] = 0;
+    std::memcpy(buffer, text.data(), text.size());
+    buffer[text.size()] = 0;
     return buffer;
 }
 

@@ -66,6 +66,11 @@ ASErrorCode CodeOf(PdfProblem problem)
 
 }  // namespace
 
-void RaisePdfError(const CPdfError& error) { Raise(CodeOf(error.Problem()), error.Message()); }
+void RaisePdfError(const CPdfError& error)
+{
+    const bool needsPassword = error.Problem() == PdfProblem::NeedsPassword;
+    Raise(CodeOf(error.Problem()),
+          error.ReasonFirst(needsPassword ? "; put it into a file and name that with --password-file" : ""));
+}
 
 }  // namespace openhost

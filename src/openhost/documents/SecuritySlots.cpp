@@ -21,9 +21,8 @@ ASAtom HandlerOf(const CHostDocument& document)
 void RequireSecurityRight(const CHostDocument& document)
 {
     if (!document.pdf.Allows(PdfRight::ChangeSecurity))
-        RaisePdfError(
-            CPdfError(PdfProblem::NotPermitted,
-                      document.pdf.Path() + ": its security cannot be changed without the permissions password"));
+        RaisePdfError(CPdfError(PdfProblem::NotPermitted, document.pdf.Path(),
+                                "its security cannot be changed without the permissions password"));
 }
 
 void SetNewHandler(PDDoc document, ASAtom handler)

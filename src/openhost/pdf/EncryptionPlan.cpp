@@ -47,8 +47,8 @@ std::string Prepared(bool present, const std::string& utf8, const char* which, i
 {
     if (!present) return {};
     if (auto prepared = PreparePassword(utf8, revision)) return *prepared;
-    throw CPdfError(PdfProblem::PasswordNotExpressible,
-                    file + ": the " + which + " password has characters that this encryption cannot express: " +
+    throw CPdfError(PdfProblem::PasswordNotExpressible, file,
+                    std::string("the ") + which + " password has characters that this encryption cannot express: " +
                         PasswordObjection(utf8, revision));
 }
 
@@ -100,7 +100,7 @@ void MakeKeys4(EncryptionPlan& plan, const PasswordPair& passwords)
 EncryptionPlan PlanEncryption(const StandardSecurity& request, const std::string& id, const std::string& file)
 {
     const auto kind = KindOf(request);
-    if (!kind) throw CPdfError(PdfProblem::BadSecuritySettings, file + ": this kind of encryption is not offered");
+    if (!kind) throw CPdfError(PdfProblem::BadSecuritySettings, file, "this kind of encryption is not offered");
 
     EncryptionPlan plan;
     SecurityInfo& info = plan.record.info = *kind;

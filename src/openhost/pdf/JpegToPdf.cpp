@@ -68,7 +68,7 @@ CPdfDocument JpegToPdf(const std::string& path)
         const std::string bytes = ReadAll(path, kLargestPicture);
         std::string reason;
         const auto header = ReadJpegHeader(bytes, reason);
-        if (!header) throw CPdfError(PdfProblem::UnsupportedInput, path + ": " + reason);
+        if (!header) throw CPdfError(PdfProblem::UnsupportedInput, path, reason);
 
         auto state = std::make_unique<CPdfDocument::State>();
         state->description = path;

@@ -10,7 +10,7 @@ namespace {
 {
     // The overseer's refusal costs this file; it is nobody's wish to end the run.
     if (platform::ProblemOf({errorNumber}) == platform::FileProblem::Canceled)
-        throw CPdfError(PdfProblem::CannotWrite, target + ": writing was refused");
+        throw CPdfError(PdfProblem::CannotWrite, target, "writing was refused");
     throw SystemError(target, "cannot write", errorNumber, PdfProblem::CannotWrite);
 }
 
@@ -20,7 +20,7 @@ COutputFile::COutputFile(const std::string& target, platform::Existing existing,
     : m_target(target), m_file(target, existing, source)
 {
     if (platform::ProblemOf(m_file.Result()) == platform::FileProblem::NotARegularFile) {
-        throw CPdfError(PdfProblem::NotAFile, target + ": cannot write: is not a regular file");
+        throw CPdfError(PdfProblem::NotAFile, target, "cannot write: is not a regular file");
     }
     Check();
 }

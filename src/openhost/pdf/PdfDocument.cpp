@@ -40,7 +40,7 @@ CPdfDocument::~CPdfDocument() = default;
 
 QPDF& CPdfDocument::State::Current()
 {
-    if (locked) throw CPdfError(PdfProblem::NeedsPassword, description + ": needs a password");
+    if (locked) throw CPdfError(PdfProblem::NeedsPassword, description, "needs a password");
     if (reload) Reload();
     return *library;
 }

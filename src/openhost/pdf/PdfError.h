@@ -1,6 +1,7 @@
 #ifndef FERRULE_OPENHOST_PDF_PDF_ERROR_H
 #define FERRULE_OPENHOST_PDF_PDF_ERROR_H
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
@@ -36,13 +37,22 @@ enum class PdfProblem {
 /// far as the file's name is; it never holds a password.
 class CPdfError : public std::runtime_error {
 public:
+    /// `message` is "FILE: reason".
     CPdfError(PdfProblem problem, const std::string& message) : std::runtime_error(message), m_problem(problem) {}
+    CPdfError(PdfProblem problem, const std::string& file, const std::string& reason);
+
+    /// The same error, knowing its file when that is what the message begins with.
+    CPdfError About(const std::string& file) const;
 
     PdfProblem Problem() const noexcept { return m_problem; }
     std::string Message() const { return what(); }
+    /// For texts of little room: the reason and the advice, then the file, shortened in its middle or left out where
+    /// it does not fit. The whole message when the file is not known.
+    std::string ReasonFirst(const std::string& advice = {}) const;
 
 private:
     PdfProblem m_problem;
+    std::size_t m_fileLength = 0;  // of the file's name at the beginning; 0 when it is not known
 };
 
 }  // namespace openhost

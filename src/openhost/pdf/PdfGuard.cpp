@@ -9,8 +9,6 @@
 namespace openhost {
 namespace {
 
-std::string Reason(const std::string& file, const std::string& reason) { return file + ": " + reason; }
-
 /// The library's message without the file name that it puts in front.
 std::string Detail(const QPDFExc& error)
 {
@@ -19,19 +17,42 @@ std::string Detail(const QPDFExc& error)
     return detail;
 }
 
+/// What is broken, in words for people, with the library's own behind them.
+std::string Damage(const std::string& detail)
+{
+    constexpr struct {
+        const char* word;
+        const char* meaning;
+    } kDamages[] = {{"trailer", "the part that leads to its content is missing"},
+                    {"header", "it does not begin like a PDF document"},
+                    {"xref", "the list of its objects is broken"},
+                    {"page", "its list of pages is broken"},
+                    {"/Root", "the root of its content is broken"},
+                    {"stream", "content cannot be unpacked"},
+                    {"decod", "content cannot be unpacked"},
+                    {"inflate", "content cannot be unpacked"},
+                    {"/Encrypt", "the record of its protection is broken"},
+                    {"encrypt", "the record of its protection is broken"}};
+    for (const auto& damage : kDamages)
+        if (detail.find(damage.word) != std::string::npos) return std::string(damage.meaning) + " (" + detail + ")";
+    return "its structure is broken (" + detail + ")";
+}
+
 CPdfError FromLibrary(const QPDFExc& error, const std::string& file, PdfProblem fallback)
 {
     switch (error.getErrorCode()) {
         case qpdf_e_password:
-            return {PdfProblem::NeedsPassword, Reason(file, "needs a password")};
+            return {PdfProblem::NeedsPassword, file, "needs a password"};
         case qpdf_e_unsupported:
-            return {PdfProblem::UnsupportedSecurity, Reason(file, "unsupported security handler: " + Detail(error))};
+            return {PdfProblem::UnsupportedSecurity, file,
+                    "is protected in a way that is not supported: " + Detail(error)};
         case qpdf_e_pages:
-            return {PdfProblem::NoPages, Reason(file, "unusable page tree: " + Detail(error))};
+            return {PdfProblem::NoPages, file,
+                    "is damaged: its list of pages cannot be used (" + Detail(error) + ")"};
         case qpdf_e_damaged_pdf:
-            return {PdfProblem::Damaged, Reason(file, "damaged: " + Detail(error))};
+            return {PdfProblem::Damaged, file, "is damaged beyond repair: " + Damage(Detail(error))};
         default:
-            return {fallback, Reason(file, Detail(error))};
+            return {fallback, file, Detail(error)};
     }
 }
 
@@ -57,26 +78,25 @@ PdfProblem ProblemOf(int errorNumber, PdfProblem fallback)
 
 CPdfError SystemError(const std::string& file, const std::string& doing, int errorNumber, PdfProblem fallback)
 {
-    return {ProblemOf(errorNumber, fallback),
-            Reason(file, doing + ": " + platform::ErrorText(errorNumber))};
+    return {ProblemOf(errorNumber, fallback), file, doing + ": " + platform::ErrorText(errorNumber)};
 }
 
 void RethrowAsPdfError(const std::string& file, PdfProblem fallback)
 {
     try {
         throw;
-    } catch (const CPdfError&) {
-        throw;
+    } catch (const CPdfError& error) {
+        throw error.About(file);
     } catch (const std::bad_alloc&) {
-        throw CPdfError(PdfProblem::OutOfMemory, Reason(file, "out of memory"));
+        throw CPdfError(PdfProblem::OutOfMemory, file, "out of memory");
     } catch (const QPDFExc& error) {
         throw FromLibrary(error, file, fallback);
     } catch (const QPDFSystemError& error) {
-        throw CPdfError(fallback, Reason(file, error.what()));
+        throw CPdfError(fallback, file, error.what());
     } catch (const std::exception& error) {
-        throw CPdfError(fallback, Reason(file, error.what()));
+        throw CPdfError(fallback, file, error.what());
     } catch (...) {
-        throw CPdfError(PdfProblem::Internal, Reason(file, "unknown failure"));
+        throw CPdfError(PdfProblem::Internal, file, "unknown failure");
     }
 }
 

@@ -43,11 +43,11 @@ void CPdfDocument::SetInfo(const std::string& key, const std::string& value)
 {
     State& state = *m_state;
     if (!Allows(PdfRight::Change)) {
-        throw CPdfError(PdfProblem::NotPermitted, state.description + ": changing the document is not permitted");
+        throw CPdfError(PdfProblem::NotPermitted, state.description, "changing the document is not permitted");
     }
     // The library writes a number sign as it is, and readers take it for the start of a code: another key.
     if (key.empty() || key.find('#') != std::string::npos || key.find('\0') != std::string::npos) {
-        throw CPdfError(PdfProblem::UnsupportedInput, state.description + ": cannot write this information key");
+        throw CPdfError(PdfProblem::UnsupportedInput, state.description, "cannot write this information key");
     }
     Guarded(state.description, PdfProblem::Damaged,
             [&] { MakeInfoDictionary(state.Current()).replaceKey('/' + key, QPDFObjectHandle::newString(value)); });

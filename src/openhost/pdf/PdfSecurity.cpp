@@ -37,8 +37,8 @@ std::uint32_t GrantingBits(PdfRight right, int revision)
 void RequireOwner(const CPdfDocument::State& state)
 {
     if (state.HasOwnerRights()) return;
-    throw CPdfError(PdfProblem::NotPermitted,
-                    state.description + ": changing the security is not permitted without the permissions password");
+    throw CPdfError(PdfProblem::NotPermitted, state.description,
+                    "changing the security is not permitted without the permissions password");
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ void LoadPresentState(CTextEngine& engine, CPdfDocument& document)
 void PdfToText(CPdfDocument& document, const TextOutput& output)
 {
     if (!document.Allows(PdfRight::Copy)) {
-        throw CPdfError(PdfProblem::NotPermitted, document.Description() + ": copying text is not permitted");
+        throw CPdfError(PdfProblem::NotPermitted, document.Description(), "copying text is not permitted");
     }
     Guarded(output.path, PdfProblem::Internal, [&] {
         const auto existing = output.mustNotExist ? platform::Existing::Fail : platform::Existing::Replace;
@@ -40,7 +40,7 @@ void PdfToText(CPdfDocument& document, const TextOutput& output)
         const int pages = std::min(engine->PageCount(), document.PageCount());
         for (int page = 0; page < pages; ++page) {
             if (output.cancelled && output.cancelled()) {
-                throw CPdfError(PdfProblem::Cancelled, output.path + ": the conversion was cancelled");
+                throw CPdfError(PdfProblem::Cancelled, output.path, "the conversion was cancelled");
             }
             const std::string text = (page > 0 ? "\f" : "") + TrimmedEnd(engine->PageText(page));
             file.Write(text.data(), text.size());

@@ -44,7 +44,7 @@ public:
     void LoadMemory(std::string bytes, const std::string& description) override
     {
         m_name = description;
-        if (bytes.size() > INT_MAX) throw CPdfError(PdfProblem::UnsupportedInput, m_name + ": is too large for text");
+        if (bytes.size() > INT_MAX) throw CPdfError(PdfProblem::UnsupportedInput, m_name, "is too large for text");
         m_document.reset();
         m_bytes = std::move(bytes);
         Adopt(poppler::document::load_from_raw_data(m_bytes.data(), static_cast<int>(m_bytes.size())));
@@ -57,7 +57,7 @@ public:
         const bool exists = page0 >= 0 && page0 < PageCount();
         const std::unique_ptr<poppler::page> page(exists ? m_document->create_page(page0) : nullptr);
         if (!page) {
-            throw CPdfError(PdfProblem::BadPage, m_name + ": page " + std::to_string(page0 + 1) + " cannot be read");
+            throw CPdfError(PdfProblem::BadPage, m_name, "page " + std::to_string(page0 + 1) + " cannot be read");
         }
         const poppler::rectf area(-kBeyondAnyPage, -kBeyondAnyPage, 2 * kBeyondAnyPage, 2 * kBeyondAnyPage);
         return WithPlainLineEnds(page->text(area, poppler::page::non_raw_non_physical_layout).to_utf8());
@@ -67,8 +67,8 @@ private:
     void Adopt(poppler::document* document)
     {
         m_document.reset(document);
-        if (!document) throw CPdfError(PdfProblem::Damaged, m_name + ": the text reader cannot open it");
-        if (document->is_locked()) throw CPdfError(PdfProblem::NeedsPassword, m_name + ": needs a password");
+        if (!document) throw CPdfError(PdfProblem::Damaged, m_name, "the text reader cannot open it");
+        if (document->is_locked()) throw CPdfError(PdfProblem::NeedsPassword, m_name, "needs a password");
     }
 
     std::string m_name;

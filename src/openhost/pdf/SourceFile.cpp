@@ -50,7 +50,7 @@ std::string ReadAll(const std::string& path, std::uint64_t maxBytes)
     std::string bytes;
     char chunk[64 * 1024];
     while (const std::size_t got = std::fread(chunk, 1, sizeof chunk, file.get())) {
-        if (bytes.size() + got > maxBytes) throw CPdfError(PdfProblem::CannotRead, path + ": is too large");
+        if (bytes.size() + got > maxBytes) throw CPdfError(PdfProblem::CannotRead, path, "is too large");
         bytes.append(chunk, got);
     }
     if (std::ferror(file.get())) {

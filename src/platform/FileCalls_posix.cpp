@@ -200,7 +200,10 @@ int Link(const std::string& from, const std::string& to)
 
 int Unlink(const std::string& path) { return Passes("unlink", path) ? unlink(path.c_str()) : -1; }
 
-int MakeFolder(const std::string& path) { return Passes("mkdir", path) ? mkdir(path.c_str(), 0777) : -1; }
+int MakeFolder(const std::string& path, mode_t mode)
+{
+    return Passes("mkdir", path) ? mkdir(path.c_str(), mode) : -1;
+}
 
 int RemoveFolder(const std::string& path) { return Passes("rmdir", path) ? rmdir(path.c_str()) : -1; }
 

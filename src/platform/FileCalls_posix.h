@@ -57,7 +57,7 @@ int Rename(const std::string& from, const std::string& to);
 int RenameNoReplace(const std::string& from, const std::string& to);
 int Link(const std::string& from, const std::string& to);
 int Unlink(const std::string& path);
-int MakeFolder(const std::string& path);
+int MakeFolder(const std::string& path, mode_t mode = 0777);
 int RemoveFolder(const std::string& path);
 
 DIR* OpenFolder(const std::string& path);

@@ -3,6 +3,7 @@
 #include "platform/FileProblem.h"
 #include "platform/Overseer.h"
 #include "platform/Paths.h"
+#include "platform/PrivateFolder.h"
 #include "platform/Sha256.h"
 #include "supervisor/Temporaries.h"
 #include "supervisor/WorkerFolder.h"
@@ -60,6 +61,7 @@ std::string CRunFolder::Open(const RunRequest& request)
     m_path = UserPaths().settingsFolder + "Runs" + platform::kSeparator + KeyOf(request);
     if (const auto made = platform::CreateFolders(m_path); !made)
         return "The folder " + m_path + " cannot be made (" + platform::ErrorText(made.errorNumber) + ").";
+    (void)platform::MakeFolderPrivate(m_path);  // one that an earlier version has made, too
     std::string problem = TakeLock(m_lock, m_path + platform::kSeparator + "lock");
     // Who had the lock before may have been killed over a manifest.
     if (problem.empty()) RemoveTemporaries({m_path}, platform::TemporaryPrefix(""));

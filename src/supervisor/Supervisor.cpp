@@ -2,18 +2,16 @@
 
 #include "platform/Interrupts.h"
 #include "platform/Paths.h"
-#include "platform/StandardPath.h"
 #include "supervisor/HostJob.h"
 #include "supervisor/Json.h"
 #include "supervisor/Leftovers.h"
 #include "supervisor/ManifestRun.h"
 #include "supervisor/Planning.h"
 #include "supervisor/RunFolder.h"
+#include "supervisor/ScratchFolder.h"
 #include "supervisor/Supplement.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 namespace {
@@ -27,29 +25,6 @@ RunResult Failed(ExitClass exit, std::string message)
 }
 
 RunResult Failed(const PlanFailure& failure) { return Failed(failure.exit, failure.message); }
-
-/// A folder of its own that goes with the object.
-class CScratchFolder {
-public:
-    CScratchFolder()
-    {
-        std::error_code error;
-        const auto parent = std::filesystem::temp_directory_path(error);
-        const auto folder = parent / ("ferrule-" + NewRunId());
-        if (!error && std::filesystem::create_directory(folder, error) && !error) m_path = platform::TextOf(folder);
-    }
-    CScratchFolder(const CScratchFolder&) = delete;
-    CScratchFolder& operator=(const CScratchFolder&) = delete;
-    ~CScratchFolder()
-    {
-        if (!m_path.empty()) RemoveFolder(m_path);
-    }
-    /// Empty when there is none.
-    const std::string& Path() const { return m_path; }
-
-private:
-    std::string m_path;
-};
 
 constexpr char kNoScratchFolder[] = "No folder for temporary files can be made.";
 

@@ -1,6 +1,7 @@
 #include "supervisor/WorkerFolder.h"
 
 #include "platform/Environment.h"
+#include "platform/PrivateFolder.h"
 #include "platform/StandardPath.h"
 
 #include <filesystem>
@@ -18,6 +19,9 @@ void RemoveFolder(const std::string& folder)
 platform::FileResult CWorkerFolder::Prepare() const
 {
     RemoveFolder(m_folder);
+    // What could not be removed is used once more.
+    if (const auto made = platform::CreatePrivateFolder(m_folder); !made && !platform::IsOwnFolder(m_folder))
+        return made;
     const ProductPaths users = UserPaths(), own = MakeProductPaths(m_folder);
     if (const platform::FileResult made = platform::CreateFolders(own.settingsFolder); !made) return made;
     // Without the user's settings the worker would do something else than the user's own host.

@@ -18,8 +18,8 @@ public:
     CInputGuard& operator=(const CInputGuard&) = delete;
     ~CInputGuard() override;
 
-    /// Whether an act was refused for it.
-    bool FoundChange() const { return m_foundChange; }
+    /// Whether the input has changed, by now or when an act was refused for it.
+    bool FindsChange() { return IsChanged(); }
 
     Answer Ask(Act act, const std::string& file, const std::string& target) override;
     bool Pretends() const override;

@@ -163,7 +163,7 @@ std::string CRunDriver::ApplyFinalActionTo(const ProcessedFile& file, const RunS
     const FinalAction action{.code = code, .destination = settings.destination};
     const FinalActionOutcome outcome = ApplyFinalAction(file.path, action, m_services.log);
     if (outcome.result == FinalActionResult::Done) return {};
-    if (guard.FoundChange())
+    if (guard.FindsChange())
         return LeaveOutFinalAction(kInputChanged,
                                    std::string("The final action is left out, because ") + kInputChanged + '.');
     m_services.log.NameValue("The final action failed", outcome.reason, 1);

@@ -62,14 +62,27 @@ void FlushFoldersOf(const std::string& from, const std::string& to)
     (void)FlushFolderOf(from);
 }
 
+/// Whether the file is still what it was at the time of the stamp.
+FileResult CheckUnchanged(const std::string& path, const FileStamp& stamp)
+{
+    const auto now = StampOf(path);
+    const bool same = now && stamp.device == now->device && stamp.inode == now->inode && stamp.size == now->size &&
+                      stamp.modifiedNanoseconds == now->modifiedNanoseconds;
+    return Failure(same ? FileProblem::None : FileProblem::InUse);
+}
+
 FileResult MoveAcross(const std::string& from, const std::string& to, Existing existing)
 {
     // Asked before the target is touched.
     if (const auto removable = CheckRemovable(from); !removable) return removable;
+    const auto stamp = StampOf(from);
+    if (!stamp) return Failure(FileProblem::Missing);
     CTemporaryFile copy;
     if (const auto made = copy.CopyBeside(from, to, {.withOwner = true}); !made) return made;
     if (const auto put = copy.PutInPlace(to, existing); !put) return put;
     auto outcome = FlushFolderOf(to);
+    // A copy takes its time, in which somebody may have put a new version there.
+    if (outcome) outcome = CheckUnchanged(from, *stamp);
     if (outcome) outcome = RemoveMoved(from);
     if (!outcome && existing == Existing::Fail) (void)RemoveMoved(to);
     return outcome;

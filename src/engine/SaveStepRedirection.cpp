@@ -7,6 +7,7 @@
 #include "engine/PathEntry.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/HostPath.h"
+#include "platform/CodePage.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 
@@ -27,7 +28,7 @@ std::string DIFolder(const std::string& folder)
 void PutFolder(CCabEditor params, const std::string& folder)
 {
     const std::string path = DIFolder(folder);
-    if (IsValidUtf8(path)) return params.PutText(kFolderKey, path);
+    if (IsValidUtf8(platform::Utf8FromNarrow(path))) return params.PutText(kFolderKey, path);
     params.PutCab(kFolderKey, PathCab(folder));
 }
 

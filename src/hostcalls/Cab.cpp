@@ -3,6 +3,7 @@
 #include "hostcalls/HostEntry.h"
 #include "hostcalls/HostMemory.h"
 #include "hostcalls/HostText.h"
+#include "platform/CodePage.h"
 
 #include <exception>
 
@@ -25,10 +26,9 @@ ASBool HOSTCALL CollectKey(ASCab, const char* key, ASCabValueType, void* data)
     }
 }
 
-std::optional<std::string> OptionalText(ASText text)
+ASText TextIn(ASCab cab, const char* key)
 {
-    if (!text) return std::nullopt;
-    return Utf8FromText(text);
+    return cab ? HostCall(HOST_SLOT(ASExtra, ASCabGetText), cab, key) : nullptr;
 }
 
 }  // namespace
@@ -65,11 +65,15 @@ std::optional<std::string> CCabView::String(const char* key) const
 
 std::optional<std::string> CCabView::Text(const char* key) const
 {
-    if (!m_cab) return std::nullopt;
-    return OptionalText(HostCall(HOST_SLOT(ASExtra, ASCabGetText), m_cab, key));
+    const ASText text = TextIn(m_cab, key);
+    return text ? std::optional(NarrowFromText(text)) : std::nullopt;
 }
 
-std::optional<std::string> CCabView::TextUtf8(const char* key) const { return Text(key); }
+std::optional<std::string> CCabView::TextUtf8(const char* key) const
+{
+    const ASText text = TextIn(m_cab, key);
+    return text ? std::optional(Utf8FromText(text)) : std::nullopt;
+}
 
 std::optional<std::string> CCabView::StringOrText(const char* key) const
 {
@@ -152,12 +156,15 @@ void CCabEditor::PutString(const char* key, const std::string& value)
 
 void CCabEditor::PutText(const char* key, const std::string& narrow)
 {
-    CHostText text = CHostText::FromNarrow(narrow);
+    PutTextUtf8(key, platform::Utf8FromNarrow(narrow));
+}
+
+void CCabEditor::PutTextUtf8(const char* key, const std::string& utf8)
+{
+    CHostText text = CHostText::FromUtf8(utf8);
     HostCall(HOST_SLOT(ASExtra, ASCabPutText), m_cab, key, text.Get());
     text.Release();
 }
-
-void CCabEditor::PutTextUtf8(const char* key, const std::string& utf8) { PutText(key, utf8); }
 
 void CCabEditor::PutBinary(const char* key, const std::string& bytes)
 {

@@ -23,7 +23,7 @@ public:
     ASConstCab Get() const { return m_cab; }
 
     /// The getters answer the fallback, or nothing, when the key is absent or holds another type; Double also takes
-    /// an integer.
+    /// an integer. Text and StringOrText answer narrow text.
     [[nodiscard]] bool Bool(const char* key, bool fallback) const;
     [[nodiscard]] int Int(const char* key, int fallback) const;
     [[nodiscard]] double Double(const char* key, double fallback) const;

@@ -2,6 +2,7 @@
 
 #include "common/Encoding.h"
 #include "hostcalls/HostMemory.h"
+#include "platform/CodePage.h"
 
 static_assert(sizeof(ASUTF16Val) == sizeof(char16_t));
 
@@ -19,8 +20,7 @@ CHostText CHostText::FromUtf8(const std::string& utf8)
                               reinterpret_cast<const ASUTF16Val*>(units.c_str()), kUTF16HostEndian));
 }
 
-// The narrow code page is UTF-8 on every platform.
-CHostText CHostText::FromNarrow(const std::string& narrow) { return FromUtf8(narrow); }
+CHostText CHostText::FromNarrow(const std::string& narrow) { return FromUtf8(platform::Utf8FromNarrow(narrow)); }
 
 CHostText CHostText::FromPdText(const std::string& bytes)
 {
@@ -48,4 +48,4 @@ std::string Utf8FromText(ASConstText text)
     return Utf16ToUtf8(reinterpret_cast<const char16_t*>(units));
 }
 
-std::string NarrowFromText(ASConstText text) { return Utf8FromText(text); }
+std::string NarrowFromText(ASConstText text) { return platform::NarrowFromUtf8(Utf8FromText(text)); }

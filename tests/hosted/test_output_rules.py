@@ -1,6 +1,7 @@
 """Where results go and under which name, through sequences in the host's own form, which can say all of it."""
 import os
 import unittest
+from pathlib import Path
 
 from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items, text_of, tool
 
@@ -111,6 +112,15 @@ class OutputRules(unittest.TestCase):
         self.assertEqual(outcome.code, 0, outcome)
         self.assertEqual(outcome.values("Conversion status"), ["Completed"], outcome)
         self.assertIn("Rules 1", (self.place.output / "ein Dokument.txt").read_text(encoding="utf-8"))
+
+    def test_an_output_folder_whose_name_is_no_text(self):
+        output = Path(os.fsdecode(os.fsencode(self.place.root) + b"/B\xfcro"))
+        output.mkdir()
+        sequence = self.place.sequence("p.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
+        outcome = self.place.run({"FERRULESEQU": sequence, "FERRULEALTPATH": self.place.input,
+                                  "FERRULEALTOUTPUTPATH": output, "FERRULENOPROGRESS": "yes"})
+        self.assertEqual(outcome.code, 0, outcome)
+        self.assertEqual(page_count(output / "ein Dokument.pdf", "open sesame"), 1)
 
     def test_an_unknown_converter_is_reported(self):
         settings = {**folder(self.place.output), "HandlerUniqueID": ("string", "com.example.nothing")}

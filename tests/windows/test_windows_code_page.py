@@ -14,7 +14,7 @@ OTHERS = ("Письмо.pdf", "𝄞.pdf")
 
 class CodePage(unittest.TestCase):
     def setUp(self):
-        self.place = WindowsPlace("folder ")  # what the open host itself keeps of a path is UTF-8
+        self.place = WindowsPlace("Büro ")
         self.addCleanup(self.place.close)
         # Without its manifest the host lives in the code page of the machine.
         self.host = self.place.root / "host.exe"

@@ -1,6 +1,8 @@
 #include "openhost/commands/BuiltInCommands.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/documents/Documents.h"
+#include "openhost/values/Text.h"
+#include "platform/CodePage.h"
 
 namespace openhost {
 
@@ -9,13 +11,21 @@ namespace {
 constexpr StepTitles kTitles = {"Document", "Security"};
 constexpr char kStandard[] = "Standard";
 
+/// Not by way of the host encoding, which need not hold every character of a password.
+std::string PasswordUtf8(const CCabinet& settings, std::string_view key)
+{
+    if (const CHostText* const text = settings.GetText(key)) return text->Utf8();
+    const char* const string = settings.GetString(key);
+    return string ? platform::Utf8FromNarrow(string) : std::string();
+}
+
 /// The settings carry the names of the fields of the security record. A password that is there counts unless its
 /// "has" flag says no.
 StandardSecurity ReadSettings(const CCabinet& settings)
 {
     StandardSecurity security;
-    security.userPasswordUtf8 = TextOrString(&settings, "userPW").value_or("");
-    security.ownerPasswordUtf8 = TextOrString(&settings, "ownerPW").value_or("");
+    security.userPasswordUtf8 = PasswordUtf8(settings, "userPW");
+    security.ownerPasswordUtf8 = PasswordUtf8(settings, "ownerPW");
     security.hasUser = !security.userPasswordUtf8.empty() && settings.GetBool("hasUserPW", true);
     security.hasOwner = !security.ownerPasswordUtf8.empty() && settings.GetBool("hasOwnerPW", true);
     security.permissions = static_cast<std::uint32_t>(settings.GetInt("perms", -1));

@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "platform/CodePage.h"
+
 namespace openhost {
 
 namespace {
@@ -139,7 +141,8 @@ std::string Utf8FromUtf16(std::u16string_view text)
 
 std::u16string Utf16FromHost(std::string_view bytes)
 {
-    return DecodeUtf8(bytes, [](unsigned char byte) { return static_cast<char16_t>(kEscapedByte + byte); });
+    return DecodeUtf8(platform::Utf8FromNarrow(bytes),
+                      [](unsigned char byte) { return static_cast<char16_t>(kEscapedByte + byte); });
 }
 
 std::string HostFromUtf16(std::u16string_view text)
@@ -153,7 +156,7 @@ std::string HostFromUtf16(std::u16string_view text)
         else
             AppendUtf8(bytes, IsSurrogate(character) ? kReplacement : character);
     }
-    return bytes;
+    return platform::NarrowFromUtf8(bytes);
 }
 
 std::u16string Utf16FromUtf32(std::u32string_view text)

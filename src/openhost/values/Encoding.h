@@ -8,8 +8,9 @@
 
 namespace openhost {
 
-/// The one encoding of 8-bit texts that this host uses for all of its "host encoding" calls: UTF-8. The number is the
-/// one that plug-ins see; the others that they may pass are read and written as UTF-8 too.
+/// The one encoding of 8-bit texts that this host uses for all of its "host encoding" calls: that of narrow text, which
+/// is UTF-8 but in a process on Windows without our manifest. The number is the one that plug-ins see; the others that
+/// they may pass are read and written in the same way.
 inline constexpr ASHostEncoding kHostEncoding = 0;
 
 /// Bytes that are not valid UTF-8 become U+FFFD, one for each byte.

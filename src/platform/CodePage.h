@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// Narrow text, as paths and names are, is UTF-8 in our own programs. On Windows a process that others have made, as
+/// a host may be, lives in the code page of the machine: these are the way between narrow text and UTF-8 there. Where
+/// narrow text is UTF-8 the bytes stay as they are, valid or not.
+///
+/// Bytes without a meaning become U+FFFD, and '?' stands for what the code page does not hold: no file has either in
+/// its name.
+std::string Utf8FromNarrow(std::string_view narrow);
+std::string NarrowFromUtf8(std::string_view utf8);
+
+}  // namespace platform

@@ -51,7 +51,10 @@ ASErrorCode CodeOf(PdfProblem problem)
         case PdfProblem::DiskFull:
             return fileErrDiskFull;
         case PdfProblem::CannotWrite:
+        case PdfProblem::NotReadBack:
             return pdErrUnableToWrite;
+        case PdfProblem::InputChanged:
+            return fileErrWrPerm;
         case PdfProblem::UnsupportedInput:
             return pdErrUnknownFileType;
         case PdfProblem::OutOfMemory:

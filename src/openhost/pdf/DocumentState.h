@@ -11,6 +11,7 @@
 
 #include "openhost/pdf/Encryption.h"
 #include "openhost/pdf/PdfDocument.h"
+#include "platform/Files.h"
 
 namespace openhost {
 
@@ -22,6 +23,7 @@ struct CPdfDocument::State {
     std::string description;  // names the document in messages
     bool repair = true;
     std::shared_ptr<InputSource> source;
+    std::optional<platform::FileStamp> stamp;  // of the file at `path` when it was opened
     std::unique_ptr<QPDF> library;
     std::vector<std::string> warnings;
 

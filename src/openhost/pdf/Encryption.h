@@ -35,6 +35,7 @@ struct EncryptionPlan {
     EncryptionRecord record;
     std::string fileKey;
     std::string userPasswordBytes;
+    std::string ownerPasswordBytes;
 };
 
 /// Reads the record from a document, locked ones included; nothing when it is not encrypted by passwords.

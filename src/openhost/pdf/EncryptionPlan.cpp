@@ -116,6 +116,7 @@ EncryptionPlan PlanEncryption(const StandardSecurity& request, const std::string
 
     info.revision >= 5 ? MakeKeys6(plan, passwords) : MakeKeys4(plan, passwords);
     plan.userPasswordBytes = passwords.user;
+    plan.ownerPasswordBytes = passwords.owner;
     return plan;
 }
 

@@ -27,6 +27,7 @@ void MakeChildOf(QPDFObjectHandle root, QPDFObjectHandle page)
     for (const char* key : {"/Resources", "/MediaBox", "/CropBox", "/Rotate"}) {
         page.replaceKey(key, InheritedEntry(page, key));
     }
+    page.replaceKey("/Type", QPDFObjectHandle::newName("/Page"));
     page.replaceKey("/Parent", root);
 }
 
@@ -38,63 +39,80 @@ struct OpenNode {
 
 }  // namespace
 
-bool EnsureCatalogue(QPDF& document, bool repair)
+Catalogue EnsureCatalogue(QPDF& document, bool repair)
 {
     QPDFObjectHandle trailer = document.getTrailer();
-    if (!trailer.isDictionary()) return false;
-    if (IsCatalogue(trailer.getKey("/Root"))) return true;
-    if (!repair) return false;
+    if (!trailer.isDictionary()) return Catalogue::Missing;
+    if (IsCatalogue(trailer.getKey("/Root"))) return Catalogue::Named;
+    if (!repair) return Catalogue::Missing;
+    int found = 0;
     for (QPDFObjectHandle object : document.getAllObjects()) {
-        if (object.isDictionaryOfType("/Catalog") && IsCatalogue(object)) {
-            trailer.replaceKey("/Root", object);
-            return true;
-        }
+        if (!object.isDictionaryOfType("/Catalog") || !IsCatalogue(object)) continue;
+        trailer.replaceKey("/Root", object);
+        ++found;
     }
-    return false;
+    if (found == 0) return Catalogue::Missing;
+    return found == 1 ? Catalogue::Named : Catalogue::Searched;
 }
 
-bool HasUsablePages(QPDF& document)
+std::optional<std::size_t> ClaimedPages(QPDF& document)
 {
-    // The claim is often wrong and then passed over, but without a possible one other readers give up.
     QPDFObjectHandle claim = document.getTrailer().getKey("/Root").getKey("/Pages").getKey("/Count");
     const bool possible = claim.isInteger() && claim.getIntValue() > 0 && claim.getIntValue() <= INT_MAX;
-    return possible && !PagesOf(document, 1).empty();
+    return possible ? std::optional(static_cast<std::size_t>(claim.getIntValue())) : std::nullopt;
 }
 
 void MendPageTree(QPDF& document)
 {
-    QPDFObjectHandle root = document.getTrailer().getKey("/Root").getKey("/Pages");
-    std::vector<QPDFObjectHandle> pages = PagesOf(document);
-    const auto count = static_cast<long long>(pages.size());
-    QPDFObjectHandle claim = root.getKey("/Count");
-    if (claim.isInteger() && claim.getIntValue() == count) return;
+    PageWalk walk = WalkPages(document);
+    if (walk.unreadable == 0 && ClaimedPages(document) == walk.pages.size()) return;
+    MakePageTree(document, std::move(walk.pages));
+}
+
+void MakePageTree(QPDF& document, std::vector<QPDFObjectHandle> pages)
+{
+    QPDFObjectHandle trailer = document.getTrailer();
+    if (!trailer.getKey("/Root").isDictionary())
+        trailer.replaceKey("/Root", document.makeIndirectObject(QPDFObjectHandle::parse("<</Type/Catalog>>")));
+    QPDFObjectHandle catalogue = trailer.getKey("/Root");
+    catalogue.replaceKey("/Type", QPDFObjectHandle::newName("/Catalog"));
+    // A tree whose root is no node, or is a page itself, gets another root.
+    QPDFObjectHandle root = catalogue.getKey("/Pages");
+    if (!root.isDictionary() || !root.getKey("/Kids").isArray()) {
+        root = document.makeIndirectObject(QPDFObjectHandle::newDictionary());
+        catalogue.replaceKey("/Pages", root);
+    }
     std::set<QPDFObjGen> placed;
     for (QPDFObjectHandle& page : pages) {
         const bool again = page.isIndirect() && !placed.insert(page.getObjGen()).second;
         if (again || !page.isIndirect()) page = document.makeIndirectObject(page.shallowCopy());
         MakeChildOf(root, page);
     }
+    root.replaceKey("/Type", QPDFObjectHandle::newName("/Pages"));
     root.replaceKey("/Kids", QPDFObjectHandle::newArray(pages));
-    root.replaceKey("/Count", QPDFObjectHandle::newInteger(count));
+    root.replaceKey("/Count", QPDFObjectHandle::newInteger(static_cast<long long>(pages.size())));
 }
 
-std::vector<QPDFObjectHandle> PagesOf(QPDF& document, std::optional<std::size_t> most)
+PageWalk WalkPages(QPDF& document)
 {
-    std::vector<QPDFObjectHandle> pages;
+    PageWalk walk;
     std::set<QPDFObjGen> entered;
     std::vector<OpenNode> path;
     const auto visit = [&](QPDFObjectHandle node) {
-        if (!node.isDictionary()) return;
+        if (!node.isDictionary()) {
+            ++walk.unreadable;
+            return;
+        }
         QPDFObjectHandle kids = node.getKey("/Kids");
         if (!kids.isArray()) {
-            if (!node.isDictionaryOfType("/Pages")) pages.push_back(node);
+            if (!node.isDictionaryOfType("/Pages")) walk.pages.push_back(node);
         } else if (!node.isIndirect() || entered.insert(node.getObjGen()).second) {
             path.push_back({kids, 0});
         }
     };
 
     visit(document.getTrailer().getKey("/Root").getKey("/Pages"));
-    while (!path.empty() && (!most || pages.size() < *most)) {
+    while (!path.empty()) {
         OpenNode& node = path.back();
         if (node.next >= node.kids.getArrayNItems()) {
             path.pop_back();
@@ -102,7 +120,9 @@ std::vector<QPDFObjectHandle> PagesOf(QPDF& document, std::optional<std::size_t>
             visit(node.kids.getArrayItem(node.next++));
         }
     }
-    return pages;
+    return walk;
 }
+
+std::vector<QPDFObjectHandle> PagesOf(QPDF& document) { return WalkPages(document).pages; }
 
 }  // namespace openhost

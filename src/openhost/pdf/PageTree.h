@@ -9,20 +9,32 @@ class QPDFObjectHandle;
 
 namespace openhost {
 
+/// How the catalogue was come by.
+enum class Catalogue { Missing, Named, Searched };
+
 /// The catalogue of a document; when the trailer leads to none, a repair looks for one among all objects and makes
-/// it the root. Answers whether there is one now.
-bool EnsureCatalogue(QPDF& document, bool repair);
+/// it the root. Searched: there were several to choose from, of which the last is taken.
+Catalogue EnsureCatalogue(QPDF& document, bool repair);
 
-/// Whether the page tree claims a possible number of pages and leads to one at least. Does not read further.
-bool HasUsablePages(QPDF& document);
-
-/// Replaces a page tree that claims another number of pages than it leads to by a flat one of the pages that are
-/// there, each with what it inherited. Any other tree is left alone.
-void MendPageTree(QPDF& document);
+struct PageWalk {
+    std::vector<QPDFObjectHandle> pages;
+    std::size_t unreadable = 0;  ///< entries of the tree that are no dictionaries
+};
 
 /// Walks the page tree in order. Entries that are no dictionaries are passed over, a node met again inside itself is
-/// not entered again: damaged trees give the pages that can be reached. `most` ends the walk early.
-std::vector<QPDFObjectHandle> PagesOf(QPDF& document, std::optional<std::size_t> most = std::nullopt);
+/// not entered again: damaged trees give the pages that can be reached.
+PageWalk WalkPages(QPDF& document);
+std::vector<QPDFObjectHandle> PagesOf(QPDF& document);
+
+/// How many pages the document says it has; nothing when that is no possible number.
+std::optional<std::size_t> ClaimedPages(QPDF& document);
+
+/// Gives a document whose page tree leads to no page a flat one of these pages, and a catalogue when it has none.
+void MakePageTree(QPDF& document, std::vector<QPDFObjectHandle> pages);
+
+/// Replaces a page tree that claims another number of pages than it leads to, or leads to nothing in places, by a
+/// flat one of the pages that are there, each with what it inherited. Any other tree is left alone.
+void MendPageTree(QPDF& document);
 
 }  // namespace openhost
 

@@ -53,7 +53,9 @@ struct PdfSaveOptions {
     bool mustNotExist = false;  ///< an existing target is left alone: Exists
     std::function<bool()> cancelled = {};  ///< asked now and then; true ends the save, nothing is changed
     std::function<void(int percent)> progress = {};
-    /// The new file is complete: whoever has the target open lets go of it now.
+    /// The new file is complete under a temporary name and is going to be read back; tests damage it here.
+    std::function<void(const std::string& temporaryPath)> beforeReadBack = {};
+    /// The new file is complete and was read back: whoever has the target open lets go of it now.
     std::function<void()> beforeReplacing = {};
     std::function<void(const std::string&)> remark = {};  ///< gets what was done otherwise than asked
 };
@@ -109,11 +111,13 @@ public:
     SecurityInfo Security() const;
 
     /// Prepares new security for the next full save.
-    /// Fails: NotPermitted without owner rights, all stays as it was. PasswordNotExpressible and
-    /// BadSecuritySettings also make every later save fail, until a SetSecurity or RemoveSecurity succeeds: a
-    /// document whose protection was refused is not written without it.
+    /// Fails: NotPermitted without owner rights, PasswordNotExpressible, BadSecuritySettings; and then every later save
+    /// fails, too, until a SetSecurity or RemoveSecurity succeeds: a document whose protection was refused is not
+    /// written without it.
     void SetSecurity(const StandardSecurity& security);
-    /// The next full save writes without encryption. Fails: NotPermitted.
+    /// The same for a request that is refused before it comes to SetSecurity.
+    void RefuseSecurity(const CPdfError& reason);
+    /// The next full save writes without encryption. Fails: NotPermitted; all stays as it was.
     void RemoveSecurity();
     /// Why the last security request was refused, so that every save fails; nothing when none was.
     const std::optional<CPdfError>& SecurityRefusal() const;
@@ -127,9 +131,11 @@ public:
     /// Fails: NotPermitted; UnsupportedInput for an empty key or one with a number sign.
     void SetInfo(const std::string& key, const std::string& value);
 
-    /// Writes the whole document: beside the target under a temporary name, flushed, then put in its place at once.
-    /// The target may be the file being read and may be a symbolic link, which stays one. Without `copy` the
-    /// document then lives in the new file and is no longer modified, and what was derived from it is stale.
+    /// Writes the whole document: beside the target under a temporary name, flushed, read back, then put in its place
+    /// at once. What does not come back is written once more without linearisation, and else fails: NotReadBack.
+    /// The target may be the file being read and may be a symbolic link, which stays one; the document's own file is
+    /// not replaced when it changed since it was opened: InputChanged. Without `copy` the document then lives in the
+    /// new file and is no longer modified, and what was derived from it is stale.
     void Save(const PdfSaveOptions& options);
     /// The present state without encryption, for other libraries.
     std::string WriteToMemory();

@@ -27,6 +27,8 @@ enum class PdfProblem {
     Exists,
     DiskFull,
     CannotWrite,
+    NotReadBack,   ///< the library wrote a file that it cannot read as it should be
+    InputChanged,  ///< the document's own file is not the one that was opened any more
     UnsupportedInput,  ///< a converter cannot read its source
     OutOfMemory,
     Cancelled,

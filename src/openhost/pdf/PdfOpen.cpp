@@ -1,12 +1,16 @@
+#include <algorithm>
 #include <qpdf/Buffer.hh>
 #include <qpdf/BufferInputSource.hh>
 #include <qpdf/QPDFExc.hh>
 
 #include "openhost/pdf/DocumentState.h"
+#include "openhost/pdf/FileRebuilder.h"
 #include "openhost/pdf/FileSource.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfGuard.h"
+#include "openhost/pdf/RepairLoss.h"
 #include "openhost/pdf/SourceFile.h"
+#include "openhost/pdf/XrefCheck.h"
 
 namespace openhost {
 namespace {
@@ -22,20 +26,155 @@ bool HasHeader(InputSource& source)
     return start.find("%PDF-") != std::string::npos;
 }
 
-/// Reads the cross-reference and unlocks with `password`; answers false when that does not fit.
-bool Process(QPDF& library, const std::shared_ptr<InputSource>& source, const std::string& password, bool repair)
+/// Makes a fresh library document accept the password that is known, see UnlockingText.
+using Unlock = std::function<std::string(QPDF&)>;
+
+/// Reads cross-reference and encryption, and repairs nothing; answers false when the password does not fit.
+bool Process(QPDF& library, const std::shared_ptr<InputSource>& source, const Unlock& unlock)
 {
     try {
-        library.processInputSource(source, password.c_str());
+        library.processInputSource(source, unlock(library).c_str());
         return true;
     } catch (const QPDFExc& error) {
         if (error.getErrorCode() == qpdf_e_password) return false;
-        // Everything is read by the time a missing root is noticed. Damage in the encryption itself stays an error:
-        // the file would be read as if its secret bytes were the content.
-        const bool missingRoot = error.getErrorCode() == qpdf_e_damaged_pdf && !library.isEncrypted();
-        if (!missingRoot || !EnsureCatalogue(library, repair)) throw;
-        return true;
+        throw;
     }
+}
+
+[[noreturn]] void ThrowDamaged(const CPdfDocument::State& state, const std::string& detail)
+{
+    throw CPdfError(PdfProblem::Damaged, state.description + ": damaged: " + detail);
+}
+
+[[noreturn]] void ThrowNoPages(const CPdfDocument::State& state)
+{
+    throw CPdfError(PdfProblem::NoPages, state.description + ": has no pages");
+}
+
+/// A page tree that says it is empty; there is nothing to search for then.
+bool IsMeantToBeEmpty(QPDF& library)
+{
+    QPDFObjectHandle tree = library.getTrailer().getKey("/Root").getKey("/Pages");
+    QPDFObjectHandle kids = tree.getKey("/Kids"), count = tree.getKey("/Count");
+    return kids.isArray() && kids.getArrayNItems() == 0 && count.isInteger() && count.getIntValue() == 0;
+}
+
+/// Whether objects come behind the last reference to a table: an update that was being written when it broke off.
+bool EndsInAnUpdate(InputSource& source)
+{
+    constexpr qpdf_offset_t kReferenceWithin = 1054;  // bytes before the end, as far as the library looks back
+    source.seek(0, SEEK_END);
+    const qpdf_offset_t size = source.tell(), length = std::min(size, kReferenceWithin);
+    std::string end(static_cast<std::size_t>(length), '\0');
+    source.seek(size - length, SEEK_SET);
+    end.resize(source.read(end.data(), end.size()));
+    const std::size_t reference = end.rfind("startxref");
+    return reference != std::string::npos && !ScanFile(std::string_view(end).substr(reference)).objects.empty();
+}
+
+/// Takes the document over when it can be read as it stands. Throws what is wrong with it, when that is a damage.
+void ReadAsItIs(CPdfDocument::State& state, const Unlock& unlock)
+{
+    const auto read = [&] {
+        auto library = NewLibraryDocument(false);
+        state.locked = !Process(*library, state.source, unlock);
+        state.library = std::move(library);
+    };
+    read();
+    if (state.locked) return;
+    if (const auto misplaced = MisplacedObjects(*state.library, *state.source); !misplaced.empty()) {
+        if (UsesAnyOf(*state.library, misplaced))
+            ThrowDamaged(state,
+                         "object " + std::to_string(misplaced.front().getObj()) + " is not where the file says");
+        read();  // forgets what could not be read meanwhile
+    }
+    if (EndsInAnUpdate(*state.source)) ThrowDamaged(state, "an update at its end broke off");
+    if (EnsureCatalogue(*state.library, false) == Catalogue::Missing) ThrowDamaged(state, "it has no catalogue");
+    if (!PagesOf(*state.library).empty()) return;
+    if (IsMeantToBeEmpty(*state.library)) ThrowNoPages(state);
+    ThrowDamaged(state, "its page tree leads to no page");
+}
+
+std::string AllBytes(InputSource& source)
+{
+    source.seek(0, SEEK_END);
+    std::string bytes(static_cast<std::size_t>(source.tell()), '\0');
+    source.seek(0, SEEK_SET);
+    bytes.resize(source.read(bytes.data(), bytes.size()));
+    return bytes;
+}
+
+/// The pages that no tree leads to, in the order of the file.
+std::vector<QPDFObjectHandle> StrayPages(QPDF& library, const CFileRebuilder& rebuilder)
+{
+    std::vector<QPDFObjectHandle> pages;
+    for (const auto& [place, object] : rebuilder.ByPlace())
+        if (QPDFObjectHandle page = library.getObject(object); page.isDictionaryOfType("/Page"))
+            pages.push_back(page);
+    return pages;
+}
+
+void FindPages(CPdfDocument::State& state, const CFileRebuilder& rebuilder)
+{
+    QPDF& library = *state.library;
+    RepairFacts facts{.scan = &rebuilder.Scan()};
+    facts.catalogueSearched = EnsureCatalogue(library, true) == Catalogue::Searched;
+    if (PagesOf(library).empty()) {
+        std::vector<QPDFObjectHandle> pages;
+        if (!IsMeantToBeEmpty(library)) pages = StrayPages(library, rebuilder);
+        if (pages.empty()) ThrowNoPages(state);
+        MakePageTree(library, std::move(pages));
+        facts.pagesSearched = true;
+    }
+    state.loss = LossOf(library, *state.source, facts);
+}
+
+/// Takes the document over from a file that was put together anew; answers false when there is nothing to put
+/// together.
+bool ReadRebuilt(CPdfDocument::State& state, const Unlock& unlock)
+{
+    CFileRebuilder rebuilder(AllBytes(*state.source));
+    if (rebuilder.Scan().objects.empty()) return false;
+    const auto read = [&] {
+        auto library = NewLibraryDocument(false);
+        const auto source = rebuilder.Source(state.description);
+        state.locked = !Process(*library, source, unlock);
+        library->setAttemptRecovery(true);
+        state.library = std::move(library);
+        return source;
+    };
+    auto source = read();
+    if (state.locked) return true;  // read from the file once more when the password is known
+    if (rebuilder.AddObjectStreams(*state.library)) source = read();
+    state.source = source;
+    FindPages(state, rebuilder);
+    state.repaired = true;
+    state.contentChanged = true;  // other readers may make something else of the file
+    return true;
+}
+
+/// Reads the document from its file, which is put together anew when it cannot be read as it stands and repair is
+/// wanted; locked afterwards when the password does not fit.
+void Read(CPdfDocument::State& state, const Unlock& unlock)
+{
+    bool rebuilt = false;
+    try {
+        ReadAsItIs(state, unlock);
+    } catch (const QPDFExc& error) {
+        state.warnings.emplace_back(error.what());
+        const bool hopeless = !state.repair || error.getErrorCode() == qpdf_e_unsupported;
+        if (hopeless || !ReadRebuilt(state, unlock)) throw;
+        rebuilt = true;
+    } catch (const CPdfError& error) {
+        state.warnings.emplace_back(error.what());
+        const bool hopeless = !state.repair || error.Problem() != PdfProblem::Damaged;
+        if (hopeless || !ReadRebuilt(state, unlock)) throw;
+        rebuilt = true;
+    }
+    state.TakeWarnings();
+    if (state.locked) return;
+    state.library->setAttemptRecovery(true);
+    if (!rebuilt) state.loss = LossOf(*state.library, *state.source, {});
 }
 
 /// What a file that the library gives up on is.
@@ -49,24 +188,12 @@ PdfProblem Verdict(InputSource& source, bool repair)
     return repair ? PdfProblem::Damaged : PdfProblem::NeedsRepair;
 }
 
-void CheckPages(CPdfDocument::State& state)
-{
-    QPDF& library = *state.library;
-    const bool usable = EnsureCatalogue(library, state.repair) && HasUsablePages(library);
-    if (!usable) throw CPdfError(PdfProblem::NoPages, state.description + ": has no pages");
-}
-
 void UnlockWith(CPdfDocument::State& state, const PasswordMatch& match)
 {
-    if (state.locked) {
-        auto library = NewLibraryDocument(state.repair);
-        const std::string unlocking = UnlockingText(*library, *state.encryption, match.passwordBytes, match.fileKey);
-        Process(*library, state.source, unlocking, state.repair);
-        state.library = std::move(library);
-        CheckPages(state);
-        state.TakeWarnings();
-        state.library->setAttemptRecovery(true);
-    }
+    if (state.locked)
+        Read(state, [&](QPDF& library) {
+            return UnlockingText(library, *state.encryption, match.passwordBytes, match.fileKey);
+        });
     state.locked = false;
     state.openedWith = match.openedWith;
     state.passwordBytes = match.passwordBytes;
@@ -132,17 +259,13 @@ std::shared_ptr<InputSource> OpenSource(const std::string& path)
 void LoadDocument(CPdfDocument::State& state, std::shared_ptr<InputSource> source)
 {
     state.source = source;
-    state.library = NewLibraryDocument(state.repair);
+    Read(state, [](QPDF&) { return std::string(); });
     QPDF& library = *state.library;
-    state.locked = !Process(library, source, "", state.repair);
     state.encryption = ReadEncryption(library);
     if (state.locked) {
         if (state.encryption) return;
         throw CPdfError(PdfProblem::UnsupportedSecurity, state.description + ": unsupported security handler");
     }
-    state.TakeWarnings();
-    CheckPages(state);
-    library.setAttemptRecovery(true);
     if (!state.encryption) return;
     state.emptyPasswordOpens = true;
     state.openedWith = library.ownerPasswordMatched() ? OpenedWith::Owner : OpenedWith::User;
@@ -155,6 +278,7 @@ CPdfDocument CPdfDocument::Open(const std::string& path, const PdfOpenOptions& o
         auto state = std::make_unique<State>();
         state->path = state->description = path;
         state->repair = options.repair;
+        state->stamp = platform::StampOf(path);
         return OpenFrom(std::move(state), OpenSource(path), options.authorise);
     });
 }

@@ -7,6 +7,8 @@
 #include "openhost/pdf/OutputFile.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfGuard.h"
+#include "openhost/pdf/ReadBack.h"
+#include "openhost/pdf/WriterPreparation.h"
 #include "openhost/pdf/Xmp.h"
 #include "platform/Files.h"
 #include "platform/Overseer.h"
@@ -57,6 +59,15 @@ void CopyStreams(QPDFWriter& writer, QPDF& library)
     }
 }
 
+/// Makes the document one that the writer writes faithfully.
+PreparedDocument Prepare(CPdfDocument::State& state)
+{
+    QPDF& library = state.Current();
+    MendPageTree(library);
+    SyncMetadata(library, state.changedInfo);
+    return PrepareForWriter(library, state.source.get());
+}
+
 void ApplySecurity(QPDFWriter& writer, const CPdfDocument::State& state)
 {
     if (state.change == SecurityChange::Remove) writer.setPreserveEncryption(false);
@@ -90,8 +101,6 @@ void WriteInto(COutputFile& file, CPdfDocument::State& state, const PdfSaveOptio
 {
     CFilePipeline pipeline(file);
     QPDF& library = state.Current();
-    MendPageTree(library);
-    SyncMetadata(library, state.changedInfo);
     QPDFWriter writer(library);
     writer.setOutputPipeline(&pipeline);
     CopyStreams(writer, library);
@@ -129,31 +138,76 @@ void LetGoOfTarget(CFileSource* source, const PdfSaveOptions& options)
     if (options.beforeReplacing) options.beforeReplacing();
 }
 
-/// The library cannot linearise every document. Fast display in a browser is no reason to lose a save: such a
-/// document is written without it, and the client is told.
+/// How the file is going to be encrypted.
+std::optional<WrittenEncryption> EncryptionToCome(const CPdfDocument::State& state)
+{
+    if (state.change == SecurityChange::Apply)
+        return WrittenEncryption{state.plan.record, state.plan.fileKey, state.plan.userPasswordBytes,
+                                 state.plan.ownerPasswordBytes};
+    if (state.change == SecurityChange::Remove || !state.encryption) return std::nullopt;
+    return WrittenEncryption{*state.encryption, state.fileKey, state.passwordBytes};
+}
+
+void ReadBack(COutputFile& file, CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target)
+{
+    const std::string& path = file.Complete();
+    if (path.empty()) return;  // a trial run writes nothing
+    if (options.beforeReadBack) options.beforeReadBack(path);
+    state.TakeWarnings();
+    const std::string problem = ReadBackProblem(path, state.Current(), state.warnings, EncryptionToCome(state));
+    if (problem.empty()) return;
+    throw CPdfError(PdfProblem::NotReadBack,
+                    target + ": the new file could not be read back as it should be (" + problem + ")");
+}
+
+bool SameStamp(const platform::FileStamp& one, const platform::FileStamp& other)
+{
+    return one.device == other.device && one.inode == other.inode && one.size == other.size &&
+           one.modifiedNanoseconds == other.modifiedNanoseconds;
+}
+
+/// Somebody else's newer version of the document's own file is not replaced by what was made of the older one.
+void CheckUnchanged(const CPdfDocument::State& state, const std::string& target)
+{
+    const bool ownFile =
+        target == state.path ||
+        (platform::NameExists(target) && platform::CanonicalPath(target) == platform::CanonicalPath(state.path));
+    if (!state.stamp || !ownFile) return;
+    const auto now = platform::StampOf(state.path);
+    if (now && SameStamp(*now, *state.stamp)) return;
+    throw CPdfError(PdfProblem::InputChanged, target + ": the input changed while it was processed");
+}
+
+/// Fast display in a browser is no reason to lose a save: a document that the library cannot linearise, or whose
+/// linearised file does not come back, is written without it, and the client is told.
 void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target,
                     CFileSource* source)
 {
     const auto write = [&](bool linearise) {
         COutputFile file(target, WhatExists(options), options.source.empty() ? state.path : options.source);
         WriteInto(file, state, options, target, linearise);
+        ReadBack(file, state, options, target);
+        CheckUnchanged(state, target);
         LetGoOfTarget(source, options);
         file.Commit();
     };
-    const auto writePlain = [&](const std::exception& error) {
-        if (options.remark) options.remark(target + ": written without linearisation: " + error.what());
+    const auto writePlain = [&](const std::string& reason) {
+        if (options.remark) options.remark(target + ": written without linearisation: " + reason);
         write(false);
     };
+    const PreparedDocument prepared = Prepare(state);
+    if (!options.linearise) return write(false);
+    if (!prepared.mayLinearise) return writePlain("the library cannot linearise such a document");
     try {
-        write(options.linearise);
-    } catch (const CPdfError&) {
-        throw;  // cancelled, disk full and their like: a second try would end the same
+        write(true);
+    } catch (const CPdfError& error) {
+        // Cancelled, disk full and their like: a second try would end the same.
+        if (error.Problem() != PdfProblem::NotReadBack) throw;
+        writePlain(error.Message());
     } catch (const std::runtime_error& error) {
-        if (!options.linearise) throw;
-        writePlain(error);
+        writePlain(error.what());
     } catch (const std::logic_error& error) {
-        if (!options.linearise) throw;
-        writePlain(error);
+        writePlain(error.what());
     }
 }
 
@@ -175,6 +229,7 @@ void MoveTo(CPdfDocument::State& state, const std::string& target, bool pretende
     }
     state.changeIsSaved = true;
     state.path = state.description = target;
+    state.stamp = platform::StampOf(target);
     state.modified = false;
     state.contentChanged = pretended;
     state.changedInfo.clear();
@@ -210,6 +265,7 @@ std::string CPdfDocument::WriteToMemory()
     return Guarded(m_state->description, PdfProblem::Damaged, [&] {
         QPDF& library = m_state->Current();
         MendPageTree(library);
+        PrepareForWriter(library, m_state->source.get());
         QPDFWriter writer(library);
         writer.setOutputMemory();
         CopyStreams(writer, library);

@@ -1,0 +1,35 @@
+#ifndef FERRULE_OPENHOST_PDF_READ_BACK_H
+#define FERRULE_OPENHOST_PDF_READ_BACK_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "openhost/pdf/Encryption.h"
+
+class QPDF;
+
+namespace openhost {
+
+/// How a written file is encrypted, when it came out as it should.
+struct WrittenEncryption {
+    EncryptionRecord record;
+    std::string fileKey;
+    std::string userPasswordBytes;
+    /// Set for new protection: the file is then opened by both passwords, too, once for each distinct request.
+    std::optional<std::string> ownerPasswordBytes = {};
+};
+
+/// Opens a file that was just written, without any repair, and compares it with the document that it was written
+/// from: every object stands where the cross-reference table says, the encryption has the entries that were computed,
+/// there are the same pages with the same content streams, and nothing is complained about that was not wrong before.
+///
+/// `original` is the document as it was given to the writer, `complaints` what the library said about it. Without
+/// `encryption` the file must not be encrypted.
+/// Answers what is wrong in a few words; empty when all is well. Does not throw what the library throws.
+std::string ReadBackProblem(const std::string& path, QPDF& original, const std::vector<std::string>& complaints,
+                            const std::optional<WrittenEncryption>& encryption);
+
+}  // namespace openhost
+
+#endif

@@ -25,9 +25,21 @@ void RequireSecurityRight(const CHostDocument& document)
                                 "its security cannot be changed without the permissions password"));
 }
 
-void SetNewHandler(PDDoc document, ASAtom handler)
+/// Does what a request for protection needs. When it is refused, the document is not written until one succeeds.
+template <class Work>
+auto Requested(PDDoc document, Work work)
 {
     CHostDocument& held = DocumentAt(document);
+    try {
+        return work(held);
+    } catch (const CHostRaise& raise) {
+        held.pdf.RefuseSecurity(CPdfError(PdfProblem::NotPermitted, raise.Message()));
+        throw;
+    }
+}
+
+void ChooseHandler(CHostDocument& held, ASAtom handler)
+{
     if (handler != kNullAtom && AtomText(handler) != kStandard)
         Raise(pdErrNoCryptHandler, held.pdf.Path() + ": there is no security handler named " + AtomText(handler));
     if (handler == HandlerOf(held)) return;
@@ -36,6 +48,13 @@ void SetNewHandler(PDDoc document, ASAtom handler)
     }
     held.newHandler = handler;
     held.newHandlerHasData = false;
+}
+
+void SetNewHandler(PDDoc document, ASAtom handler)
+{
+    // A refused removal leaves the protection that is there.
+    if (handler == kNullAtom) return ChooseHandler(DocumentAt(document), handler);
+    Requested(document, [&](CHostDocument& held) { ChooseHandler(held, handler); });
 }
 
 ASAtom NewHandler(PDDoc document) { return HandlerOf(DocumentAt(document)); }
@@ -57,11 +76,12 @@ StdSecurityDataRec* NewRecord()
 /// A zeroed record with its size: what a client does not fill in is not asked for.
 void* NewSecurityData(PDDoc document)
 {
-    CHostDocument& held = DocumentAt(document);
-    RequireSecurityRight(held);
-    if (HandlerOf(held) == kNullAtom)
-        Raise(pdErrNeedCryptHandler, held.pdf.Path() + ": no security handler was chosen");
-    return NewRecord();
+    return Requested(document, [](CHostDocument& held) -> void* {
+        RequireSecurityRight(held);
+        if (HandlerOf(held) == kNullAtom)
+            Raise(pdErrNeedCryptHandler, held.pdf.Path() + ": no security handler was chosen");
+        return NewRecord();
+    });
 }
 
 /// The security that the document has now, without its passwords, which nobody can read back.
@@ -89,10 +109,8 @@ std::string PasswordText(const StdPassword& password)
         password, end ? static_cast<std::size_t>(static_cast<const char*>(end) - password) : sizeof(StdPassword));
 }
 
-void SetNewSecurityData(PDDoc document, void* data)
+void SetStandardSecurity(CHostDocument& held, const StdSecurityDataRec* record)
 {
-    CHostDocument& held = DocumentAt(document);
-    const auto* const record = static_cast<const StdSecurityDataRec*>(data);
     Require(record && record->size >= sizeof(StdSecurityDataRec), "unusable security settings");
     if (HandlerOf(held) == kNullAtom)
         Raise(pdErrNeedCryptHandler, held.pdf.Path() + ": no security handler was chosen");
@@ -111,6 +129,12 @@ void SetNewSecurityData(PDDoc document, void* data)
     security.encryptMetadata = record->encryptMetadata != 0;
     Translated([&] { held.pdf.SetSecurity(security); });
     held.newHandlerHasData = true;
+}
+
+void SetNewSecurityData(PDDoc document, void* data)
+{
+    Requested(document,
+              [&](CHostDocument& held) { SetStandardSecurity(held, static_cast<const StdSecurityDataRec*>(data)); });
 }
 
 }  // namespace

@@ -76,8 +76,8 @@ const std::optional<CPdfError>& CPdfDocument::SecurityRefusal() const { return m
 void CPdfDocument::SetSecurity(const StandardSecurity& security)
 {
     State& state = *m_state;
-    RequireOwner(state);
     try {
+        RequireOwner(state);
         state.plan = Guarded(state.description, PdfProblem::Internal, [&] {
             return PlanEncryption(security, IdentifierOf(state.Current()), state.description);
         });
@@ -90,6 +90,8 @@ void CPdfDocument::SetSecurity(const StandardSecurity& security)
     state.changeIsSaved = false;
     state.modified = true;
 }
+
+void CPdfDocument::RefuseSecurity(const CPdfError& reason) { m_state->refusal = reason; }
 
 void CPdfDocument::RemoveSecurity()
 {

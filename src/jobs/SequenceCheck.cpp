@@ -40,7 +40,8 @@ std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const Run
     else if (steps.empty())
         findings.Warning("no-commands", "The sequence has no commands: it only saves the documents.");
     CheckInput(source, run, findings);
-    for (const SequenceStep& step : steps) CheckStep(step, findings);
+    CStepDefaults defaults;
+    for (const SequenceStep& step : steps) CheckStep(step, defaults, findings);
     CheckSaving(source, steps, run, findings);
     if (HoldsPasswords(steps))
         findings.Note("holds-passwords",

@@ -4,13 +4,17 @@
 #include "batchrun/RunSettings.h"
 #include "jobs/SequenceSource.h"
 
+#include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-/// What is found, in the order in which it was found.
+/// What is found, in the order in which it was found. Of a kind that is found very often only the first are kept.
 class CSequenceFindings {
 public:
+    static constexpr int kMostOfAKind = 100;
+
     void Error(const char* code, std::string text) { Add(SequenceFinding::Severity::Error, code, std::move(text)); }
     void Warning(const char* code, std::string text)
     {
@@ -20,19 +24,41 @@ public:
 
     /// What follows is about this step, until the next call; null: about the whole sequence.
     void About(const SequenceStep* step) { m_step = step; }
-    void Add(SequenceFinding finding) { m_findings.push_back(std::move(finding)); }
+    void Add(SequenceFinding finding)
+    {
+        Kind& kind = m_kinds[{finding.severity, finding.code}];
+        if (++kind.count > kMostOfAKind) return;
+        kind.lastStep = finding.step;
+        m_findings.push_back(std::move(finding));
+    }
 
-    const std::vector<SequenceFinding>& All() const { return m_findings; }
+    /// With a sentence for each kind of which more were found than are kept.
+    std::vector<SequenceFinding> All() const
+    {
+        std::vector<SequenceFinding> all = m_findings;
+        for (const auto& [name, kind] : m_kinds)
+            if (kind.count > kMostOfAKind)
+                all.push_back({name.first,
+                               name.second,
+                               "... and " + std::to_string(kind.count - kMostOfAKind) + " more of this kind.",
+                               kind.lastStep,
+                               {}});
+        return all;
+    }
 
 private:
+    struct Kind {
+        int count = 0, lastStep = 0;
+    };
+
     void Add(SequenceFinding::Severity severity, const char* code, std::string text)
     {
-        m_findings.push_back(
-            {severity, code, std::move(text), m_step ? m_step->number : 0, m_step ? m_step->place : TextPlace{}});
+        Add({severity, code, std::move(text), m_step ? m_step->number : 0, m_step ? m_step->place : TextPlace{}});
     }
 
     const SequenceStep* m_step = nullptr;
     std::vector<SequenceFinding> m_findings;
+    std::map<std::pair<SequenceFinding::Severity, std::string>, Kind> m_kinds;
 };
 
 /// What a run brings along besides the sequence.
@@ -41,6 +67,16 @@ struct RunSurroundings {
     int finalAction = 0;
 
     [[nodiscard]] static RunSurroundings Read(const EnvironmentReader& settings);
+};
+
+/// The parameters that steps have when none are given, each handler asked once.
+class CStepDefaults {
+public:
+    /// A null view when the host makes no such step. Throws CHostException.
+    CCabView Of(const std::string& handler);
+
+private:
+    std::map<std::string, std::optional<CCab>> m_defaults;
 };
 
 // All of them throw CHostException.
@@ -55,7 +91,7 @@ void CheckSaving(const SequenceSource& source, const std::vector<SequenceStep>& 
                  CSequenceFindings& findings);
 
 /// Whether the host has the step and what it lacks of it in an unattended run; its parameters when it is one of ours.
-void CheckStep(const SequenceStep& step, CSequenceFindings& findings);
+void CheckStep(const SequenceStep& step, CStepDefaults& defaults, CSequenceFindings& findings);
 
 /// Weak, missing or useless protection; of our own security step and of the host's.
 void CheckSecurity(const SequenceStep& step, CSequenceFindings& findings);

@@ -21,8 +21,9 @@
 //          -> {"path", "form": "xml"|"host"|"", "ok", "errors", "warnings", "notes", "findings": [finding]}
 //          finding: {"severity": "error"|"warning"|"note", "code", "text", "step", "line", "column"}
 //          "step", "line" and "column" are there where they mean something, counted from 1; a tab is one column. ok:
-//          no errors. A file that cannot be read is a finding, too. The settings say what the run brings along, so
-//          that a sequence without inputs of its own is not blamed for it.
+//          no errors. Of one kind the first hundred are told and how many more there are. A file that cannot be read
+//          is a finding, too. The settings say what the run brings along, so that a sequence without inputs of its
+//          own is not blamed for it.
 //
 // new      {"path", "title", "description", "overwrite", "force", "template": "protect"|"save"|"text",
 //           "protect": {"method": "aes256"|"aes128"|"rc4", "userPassword", "ownerPassword", "allow": [right]},

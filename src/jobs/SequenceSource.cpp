@@ -71,6 +71,9 @@ std::variant<SequenceSource, SequenceFinding> SequenceFromText(const std::string
     std::optional<CSequence> sequence;
     if (const auto error = CatchHostError([&] { sequence.emplace(CabFromWorkflow(*workflow)); }))
         return Error("not-convertible", error->text);
+    // They stand in the cab now, and a long sequence has room for them once.
+    for (WorkflowGroup& group : workflow->groups)
+        for (WorkflowCommand& command : group.commands) command.parameters = {};
     return SequenceSource{path, SequenceForm::Xml, std::move(*sequence), std::move(*workflow), std::move(audit)};
 }
 

@@ -19,7 +19,7 @@ struct SequenceSource {
     std::string path;
     SequenceForm form;
     CSequence sequence;
-    std::optional<Workflow> workflow;  // of the XML form
+    std::optional<Workflow> workflow;  // of the XML form, without the parameters of its commands
     WorkflowAudit audit;               // of the XML form
 };
 

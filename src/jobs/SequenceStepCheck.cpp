@@ -151,14 +151,12 @@ void TellUnknown(const std::string& key, CCabView defaults, CSequenceFindings& f
 }
 
 /// The step's own defaults tell which parameters there are and of which type.
-void CheckAgainstDefaults(const SequenceStep& step, CSequenceFindings& findings)
+void CheckAgainstDefaults(const SequenceStep& step, CCabView defaults, CSequenceFindings& findings)
 {
-    const auto command = CHostCommand::Create(step.runsAs);
-    if (!command) return;
-    const CCab defaults = command->Params();
+    if (!defaults) return;
     for (const std::string& key : step.parameters.Keys()) {
         if (!defaults.Known(key.c_str())) {
-            TellUnknown(key, defaults.View(), findings);
+            TellUnknown(key, defaults, findings);
             continue;
         }
         const auto type = step.parameters.Type(key.c_str()), wanted = defaults.Type(key.c_str());
@@ -183,7 +181,15 @@ void CheckNamedFile(const SequenceStep& step, CSequenceFindings& findings)
 
 }  // namespace
 
-void CheckStep(const SequenceStep& step, CSequenceFindings& findings)
+CCabView CStepDefaults::Of(const std::string& handler)
+{
+    const auto [place, isNew] = m_defaults.try_emplace(handler);
+    if (isNew)
+        if (const auto command = CHostCommand::Create(handler)) place->second = command->Params();
+    return place->second ? place->second->View() : CCabView();
+}
+
+void CheckStep(const SequenceStep& step, CStepDefaults& defaults, CSequenceFindings& findings)
 {
     findings.About(&step);
     CheckAvailable(step, findings);
@@ -193,7 +199,7 @@ void CheckStep(const SequenceStep& step, CSequenceFindings& findings)
         CheckLocalised(step.parameters, findings);
     }
     if (step.IsAvailable() && step.handler.starts_with(kOwnStepPrefix)) {
-        CheckAgainstDefaults(step, findings);
+        CheckAgainstDefaults(step, defaults.Of(step.runsAs), findings);
         CheckNamedFile(step, findings);
     }
     CheckSecurity(step, findings);

@@ -137,6 +137,17 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
     }
 }
 
+TEST_F(SequenceCheck, SaysOnceThatThereIsMoreOfAKind)
+{
+    std::string steps = Step("NoSuchStep");
+    for (int number = 0; number < 150; ++number) steps += Step("CALS_PREFLIGHT_CMD");
+    const json report = Answer(CheckSequence({{"path", Steps(steps + Save())}, {"settings", kSupplied}}));
+    const json& findings = report["findings"];
+    ASSERT_EQ(findings.size(), 101u);
+    EXPECT_EQ(findings[100]["text"], "... and 51 more of this kind.");
+    EXPECT_EQ(findings[100]["severity"], "error");
+}
+
 TEST_F(SequenceCheck, JudgesTheHostsSecurityStepAlike)
 {
     const std::string standard = Item("CryptHandler", "atom", "Standard"), user = Item("userPW", "string", "one");

@@ -7,6 +7,7 @@
 
 #include "cli/FinalActions.h"
 #include "common/Text.h"
+#include "platform/LikelyName.h"
 
 namespace cli {
 
@@ -115,7 +116,7 @@ public:
             m_app.parse(words);
             return {.arguments = Read(), .helpWanted = false, .problem = ""};
         } catch (const CLI::ParseError& error) {
-            return {.arguments = std::nullopt, .helpWanted = false, .problem = error.what()};
+            return {.arguments = std::nullopt, .helpWanted = false, .problem = Problem(error)};
         }
     }
 
@@ -128,6 +129,17 @@ private:
             if (word == "-h" || word == "--help") return true;
         }
         return false;
+    }
+
+    /// A misspelled option is behind many a problem, such as one that is required and seems to be missing.
+    std::string Problem(const CLI::ParseError& error) const
+    {
+        const std::string unknown = platform::FirstOption(m_app.remaining());
+        if (unknown.empty()) return error.what();
+        std::vector<std::string> names = {"--help"};
+        for (const OptionRow& row : m_command.options)
+            if (!row.hidden) names.push_back(row.name);
+        return platform::NoSuchOption(unknown, names);
     }
 
     void AddOption(const OptionRow& row)

@@ -12,6 +12,8 @@
 #include "cli/ManPage.h"
 #include "cli/RunCommands.h"
 #include "cli/SequenceCommands.h"
+#include "common/Text.h"
+#include "platform/LikelyName.h"
 
 namespace cli {
 
@@ -66,6 +68,21 @@ std::string WordsAfter(const std::string& first)
     return words;
 }
 
+/// "; did you mean "run"?", when one of the names is likely.
+std::string Meant(const std::string& typed, const std::vector<std::string>& names)
+{
+    const std::string likely = platform::LikelyName(typed, names);
+    return likely.empty() ? "" : "; did you mean \"" + likely + "\"?";
+}
+
+std::vector<std::string> FirstWords()
+{
+    std::vector<std::string> words;
+    for (const CommandRow& row : Commands())
+        if (!row.hidden) words.push_back(row.name.substr(0, row.name.find(' ')));
+    return words;
+}
+
 /// The command that the first one or two words name; they are taken away. Null: said what is wrong.
 const CommandRow* TakeCommand(std::vector<std::string>& words, std::string& problem)
 {
@@ -76,10 +93,11 @@ const CommandRow* TakeCommand(std::vector<std::string>& words, std::string& prob
     if (command) {
         words.erase(words.begin(), words.begin() + (family.empty() ? 1 : 2));
     } else if (!family.empty()) {
-        problem = "\"" + first + "\" takes one of " + family + (second.empty() ? "" : ", not \"" + second + "\"");
+        problem = "\"" + first + "\" takes one of " + family + (second.empty() ? "" : ", not \"" + second + "\"") +
+                  Meant(second, Split(family, ", "));
     } else {
         problem = first.starts_with("-") ? "begin with a command, not with \"" + first + "\""
-                                         : "there is no command \"" + first + "\"";
+                                         : "there is no command \"" + first + "\"" + Meant(first, FirstWords());
     }
     return command;
 }

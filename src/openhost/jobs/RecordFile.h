@@ -13,10 +13,13 @@ namespace openhost {
 /// is done.
 class CRecordFile final : public CJobSource {
 public:
-    /// Creates the file; one that is there is replaced. Null, with the reason in `result`, when that fails.
-    static std::shared_ptr<CRecordFile> Create(const std::string& path, platform::FileResult* result);
+    /// Creates the file. One that is there is replaced when it is empty or a record itself, or no file at all but a
+    /// pipe or a device. Null, with a sentence in `problem`, when that fails.
+    static std::shared_ptr<CRecordFile> Create(const std::string& path, std::string& problem);
 
     bool WantsRecords() const override { return true; }
+    /// Nothing is put in the place of the record, and the record is nobody's input that could be taken away.
+    Answer MayAct(const IntendedAct& intended) override;
     void FileDone(const FileRecord& record) override;
     bool Broken() const override { return m_failed; }
 

@@ -9,27 +9,16 @@
 #include "openhost/jobs/RecordFile.h"
 #include "openhost/jobs/WorkerLink.h"
 #include "openhost/program/EventLoop.h"
+#include "openhost/program/Manual.h"
 #include "openhost/program/OpenHost.h"
 #include "openhost/program/PasswordFile.h"
+#include "platform/LikelyName.h"
 #include "platform/Paths.h"
 #include "platform/StandardPath.h"
 
 namespace openhost {
 
 namespace {
-
-constexpr char kDescription[] =
-    "Runs plug-ins without a window: loads them, lets them do what they have scheduled, and ends.\n"
-    "What a plug-in is to do is told to the plug-in, not to this program.";
-
-constexpr char kFooter[] =
-    "Exit codes: 0 all files are fine; 1 the run could not start or broke off; 2 wrong arguments;\n"
-    "3 the run finished, but some files did not come out.\n\n"
-    "Examples:\n"
-    "  FERRULESEQU=protect.sequ FERRULEALTPATH=in FERRULEALTOUTPUTPATH=out ferrule-host\n"
-    "  ferrule-host --plugin ./Ferrule.api --password-file passwords.txt --verbose\n\n"
-    "The password file holds one password in each line, UTF-8. Only the line end is cut, so that\n"
-    "blanks count. The passwords are tried in this order on documents that need one.";
 
 struct Arguments {
     std::vector<std::string> plugIns;
@@ -39,12 +28,13 @@ struct Arguments {
     bool verbose = false;
     bool noQuitItem = false;
     bool worker = false;
+    bool manual = false;
     std::string recordFile;
 };
 
 void Declare(CLI::App& app, Arguments& arguments)
 {
-    app.footer(kFooter);
+    app.footer(HelpFooter());
     app.set_version_flag("--version", std::string("ferrule-host ") + FERRULE_VERSION);
     app.add_option("--plugin", arguments.plugIns,
                    "Plug-in to load, repeatable [every *.api in the folder plug_ins "
@@ -62,10 +52,12 @@ void Declare(CLI::App& app, Arguments& arguments)
                                       "Take job and input files from standard input and tell on standard output how "
                                       "it goes, line by line; ferrule run starts its hosts so");
     app.add_option("--record", arguments.recordFile,
-                   "Write what became of each input file, one line of JSON each; a file that is there is replaced")
+                   "Write what became of each input file, one line of JSON each; an older record is replaced, no "
+                   "other file is")
         ->type_name("FILE")
         ->excludes(worker);
     app.add_flag("--no-quit-item", arguments.noQuitItem, "Leave the Quit item out of the menus")->group("");
+    app.add_flag("--manual-page", arguments.manual, "Write the manual page")->group("");
 }
 
 std::vector<std::string> ChoosePlugIns(const Arguments& arguments)
@@ -81,6 +73,22 @@ int Fail(const std::string& message)
     return kExitBroken;
 }
 
+/// Help and version are no problem.
+int TellProblem(const CLI::App& app, const CLI::ParseError& error)
+{
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        (void)app.exit(error);
+        return kExitFine;
+    }
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+        if (!option->get_group().empty()) names.push_back(option->get_name());
+    const std::string unknown = platform::FirstOption(app.remaining());
+    Fail(unknown.empty() ? error.what() : platform::NoSuchOption(unknown, names));
+    std::fputs("Try \"ferrule-host --help\".\n", stderr);
+    return kExitUsage;
+}
+
 /// Where the job comes from, when it does not come from the environment alone; says why it cannot.
 bool TakeJobs(const Arguments& arguments, OpenHostOptions& options)
 {
@@ -94,10 +102,10 @@ bool TakeJobs(const Arguments& arguments, OpenHostOptions& options)
         options.sayRun = false;
     }
     if (!arguments.recordFile.empty()) {
-        platform::FileResult result;
-        options.jobs = CRecordFile::Create(arguments.recordFile, &result);
+        std::string problem;
+        options.jobs = CRecordFile::Create(arguments.recordFile, problem);
         if (!options.jobs) {
-            Fail(arguments.recordFile + ": cannot be written: " + platform::ErrorText(result.errorNumber));
+            Fail(arguments.recordFile + ": " + problem);
             return false;
         }
     }
@@ -142,13 +150,17 @@ std::vector<std::string> PlugInsOfFolder(const std::string& folder)
 
 int RunCommandLine(int argumentCount, char** argumentValues)
 {
-    CLI::App app(kDescription, "ferrule-host");
+    CLI::App app(ProgramDescription(), "ferrule-host");
     Arguments arguments;
     Declare(app, arguments);
     try {
         app.parse(argumentCount, argumentValues);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kExitFine : kExitUsage;
+        return TellProblem(app, error);
+    }
+    if (arguments.manual) {
+        std::fputs(ManualPage(app, FERRULE_VERSION).c_str(), stdout);
+        return std::fflush(stdout) == 0 ? kExitFine : kExitBroken;
     }
     try {
         return RunHost(arguments);

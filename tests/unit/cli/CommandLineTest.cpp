@@ -38,7 +38,14 @@ TEST(CommandLine, UsageErrorsEndWithTwoAndSayWhereHelpIs)
                 {{"run", "s", "--json", "--record", "-"}, "--record"},
                 {{"run", "s", "--destination", "x"}, "--destination"},
                 {{"run", "--manifest", "m"}, "--journal"},
-                {{"log", "--clear", "--path"}, "exclude"}};
+                {{"log", "--clear", "--path"}, "exclude"},
+                {{"rum", "s"}, "did you mean \"run\"?"},
+                {{"sequence", "chekc"}, "did you mean \"check\"?"},
+                {{"run", "s", "--ouput=x"}, "there is no option \"--ouput\"; did you mean \"--output\"?"},
+                {{"plan", "s", "--manifst", "m"}, "\"--manifest\"?"},
+                {{"run", "s", "--final", "move"}, "\"--final-action\"?"},
+                {{"run", "s", "-Output"}, "\"--output\"?"},
+                {{"run", "s", "--zzz"}, "there is no option \"--zzz\"\n"}};
     for (const auto& row : rows) {
         const Outcome outcome = Ferrule(row.words);
         EXPECT_EQ(outcome.code, 2) << row.named;

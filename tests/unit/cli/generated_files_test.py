@@ -1,13 +1,13 @@
 """Checks that the generated manual page and completions are understood by those who read them.
 
-usage: generated_files_test.py FERRULE [-v]
+usage: generated_files_test.py FERRULE FERRULE-HOST [-v]
 """
 import shutil
 import subprocess
 import sys
 import unittest
 
-PROGRAM = sys.argv.pop(1)
+PROGRAM, HOST = sys.argv.pop(1), sys.argv.pop(1)
 
 
 def generated(what):
@@ -19,13 +19,20 @@ class GeneratedFiles(unittest.TestCase):
         if not shutil.which(program):
             self.skipTest(f"{program} is not here")
 
-    def test_manual_page_has_no_warnings_and_keeps_hyphens_and_dots(self):
+    def test_manual_pages_have_no_warnings_and_keep_hyphens_and_dots(self):
         self.need("groff")
-        shown = subprocess.run(["groff", "-man", "-Tascii", "-P-cbou", "-ww"], input=generated("man"), capture_output=True, text=True,
-                               check=True)
-        self.assertEqual(shown.stderr, "")
-        for text in ("--final-action NAME", "ferrule run protect.sequ --input in --output out", "select(.outcome!=\"saved\").path"):
-            self.assertIn(text.replace(" ", ""), "".join(shown.stdout.split()))
+        host = subprocess.run([HOST, "--manual-page"], capture_output=True, text=True, check=True).stdout
+        rows = [(generated("man"), ("--final-action NAME", "ferrule run protect.sequ --input in --output out",
+                                    "select(.outcome!=\"saved\").path")),
+                (host, ("--password-file FILE", "--plugin ./Ferrule.api", "--host-version N\n", "-h, --help"))]
+        for page, texts in rows:
+            shown = subprocess.run(["groff", "-man", "-Tascii", "-P-cbou", "-ww"], input=page, capture_output=True, text=True, check=True)
+            self.assertEqual(shown.stderr, "")
+            for text in texts:
+                self.assertIn("".join(text.split()), "".join(shown.stdout.split()))
+        told = subprocess.run([HOST, "--plgin", "x"], capture_output=True, text=True, check=False)
+        self.assertEqual(told.returncode, 2)
+        self.assertIn('did you mean "--plugin"?', told.stderr)
 
     def complete(self, *words):
         """What bash offers when the last word is being typed."""

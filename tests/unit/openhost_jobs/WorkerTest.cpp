@@ -112,8 +112,9 @@ TEST(Worker, WithoutAJobEverythingIsAllowed)
 TEST(Worker, ARecordFileGetsALineForEachFileAtOnce)
 {
     const CTemporaryFolder folder;
-    const std::string input = folder.Write("a.pdf", "one"), path = folder.Write("record", "old content");
-    auto file = CRecordFile::Create(path, nullptr);
+    const std::string input = folder.Write("a.pdf", "one"), path = folder.Write("record", "{\"number\":1,\"pa");
+    std::string problem;
+    auto file = CRecordFile::Create(path, problem);
     ASSERT_TRUE(file);
     RunHost(file, [&] {
         Done(input.c_str(), kJobFileFailed);
@@ -122,7 +123,10 @@ TEST(Worker, ARecordFileGetsALineForEachFileAtOnce)
                       ",\"size\":3,\"sha256\":\"7692c3ad3540bb803c020b3aee66cd8887123234ea0c6e7143c0add73ff431ed\","
                       "\"outcome\":\"failed\",\"message\":\"\",\"milliseconds\":0,\"outputs\":[]}\n");
     });
-    platform::FileResult result;
-    EXPECT_FALSE(CRecordFile::Create(folder / "no/such/folder", &result));
-    EXPECT_FALSE(result);
+    EXPECT_TRUE(CRecordFile::Create(path, problem)) << "a whole record is replaced, too";
+    for (const std::string& place : {folder / "no/such/folder", folder / "", input}) {
+        EXPECT_FALSE(CRecordFile::Create(place, problem));
+        EXPECT_NE(problem, "") << place;
+    }
+    EXPECT_EQ(FileBytes(input), "one");
 }

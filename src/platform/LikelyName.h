@@ -1,0 +1,19 @@
+// What somebody probably meant who typed a name that does not exist.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+/// The name that is nearest to the typed one, ASCII letter case and dashes in front aside; empty when none is near.
+std::string LikelyName(std::string_view typed, const std::vector<std::string>& names);
+
+/// The first of the words that looks like an option, without "=value"; empty when none does.
+std::string FirstOption(const std::vector<std::string>& words);
+
+/// `there is no option "--ouput"; did you mean "--output"?`, as far as one is likely.
+std::string NoSuchOption(const std::string& typed, const std::vector<std::string>& options);
+
+}  // namespace platform

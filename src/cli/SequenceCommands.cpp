@@ -119,12 +119,13 @@ json OutputSettings(const CArguments& arguments)
 }
 
 /// Says what was written and what to know about it; that a sequence wants inputs and outputs is no news here.
-int ConcludeWriting(const CArguments& arguments, const json& answer, const char* listName, const std::string& path,
-                    const Screen& screen)
+/// `about`: the file that the list of findings is about.
+int ConcludeWriting(const CArguments& arguments, const json& answer, const char* listName, const std::string& about,
+                    const std::string& path, const Screen& screen)
 {
     if (arguments.Has("--json")) *screen.data << answer.dump() << '\n';
     for (const json& finding : answer.value(listName, json::array()))
-        if (finding.value("severity", "") != "note") *screen.messages << FindingText(path, finding);
+        if (finding.value("severity", "") != "note") *screen.messages << FindingText(about, finding);
     *screen.messages << "Written: " << Printable(path) << '\n';
     if (answer.value("holdsPasswords", false))
         *screen.messages << "It holds passwords in clear and can be read by you alone.\n";
@@ -191,7 +192,8 @@ int SequenceNewCommand(const CArguments& arguments, const Screen& screen)
 {
     const auto answer = Answer(arguments, NewSequenceJob(arguments), screen);
     if (!answer) return kExitBroken;
-    return ConcludeWriting(arguments, *answer, "findings", arguments.Operands().front(), screen);
+    return ConcludeWriting(arguments, *answer, "findings", arguments.Operands().front(), arguments.Operands().front(),
+                           screen);
 }
 
 int SequenceConvertCommand(const CArguments& arguments, const Screen& screen)
@@ -206,7 +208,7 @@ int SequenceConvertCommand(const CArguments& arguments, const Screen& screen)
     PutText(job, "description", arguments, "--description");
     const auto answer = Answer(arguments, job, screen);
     if (!answer) return kExitBroken;
-    return ConcludeWriting(arguments, *answer, "losses", arguments.Operands()[1], screen);
+    return ConcludeWriting(arguments, *answer, "losses", arguments.Operands()[0], arguments.Operands()[1], screen);
 }
 
 }  // namespace cli

@@ -195,6 +195,9 @@ Expected<json> ConvertSequence(const json& job)
     const auto read = ReadSequenceSource(path);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return Failure(FindingSentence(path, *problem));
     const auto& source = std::get<SequenceSource>(read);
+    if (std::string problem = TargetProblem({.path = target, .overwrite = JobFlag(job, "overwrite", false)});
+        source.form != (word == "xml" ? SequenceForm::Xml : SequenceForm::Host) && !problem.empty())
+        return Failure(std::move(problem));
     const auto converted = Convert(source, word == "xml" ? SequenceForm::Xml : SequenceForm::Host, job);
     if (!converted) return Failure(start + converted.Error());
     if (const std::string errors = ErrorTexts(converted->losses);

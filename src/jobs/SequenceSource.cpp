@@ -79,6 +79,7 @@ std::variant<SequenceSource, SequenceFinding> SequenceFromText(const std::string
 
 std::variant<SequenceSource, SequenceFinding> ReadSequenceSource(const std::string& path)
 {
+    if (platform::FolderExists(path)) return Error("not-found", "It is a folder; name the file.");
     if (!platform::FileExists(path)) return Error("not-found", "There is no such file; check the path.");
     // Asked first because the host would wait for ever on a pipe.
     platform::FileResult readable = platform::CheckReadable(path);

@@ -41,9 +41,29 @@ private:
     platform::FileResult m_result;
 };
 
+std::string TakenProblem(const std::string& path)
+{
+    if (platform::FolderExists(path)) return "The sequence cannot be written to " + path + ": it is a folder.";
+    return "The file " + path + " exists already; choose another name or allow it to be overwritten.";
+}
+
+std::string WriteProblem(const std::string& path, platform::FileResult result)
+{
+    return "The sequence cannot be written to " + path + ": " + platform::ErrorText(result.errorNumber) + ".";
+}
+
 }  // namespace
 
 std::string TitleFromPath(const std::string& path) { return SanitizeUtf8(SplitPath(FileName(path)).base); }
+
+std::string TargetProblem(const SequenceTarget& target)
+{
+    if (target.path.empty()) return "No file was named to write the sequence to.";
+    const bool taken = platform::NameExists(target.path);
+    if (platform::FolderExists(target.path) || (taken && !target.overwrite)) return TakenProblem(target.path);
+    const CScratchFile file(FolderOf(target.path));
+    return file.Result() ? std::string() : WriteProblem(target.path, file.Result());
+}
 
 std::string PutSequenceFile(const SequenceTarget& target, const std::string& bytes)
 {
@@ -52,9 +72,8 @@ std::string PutSequenceFile(const SequenceTarget& target, const std::string& byt
     const auto readers = target.holdsPasswords ? platform::Readers::Owner : platform::Readers::AsUsual;
     const auto written = platform::WriteFileAtomically(target.path, bytes, readers, existing);
     if (written) return {};
-    if (platform::ProblemOf(written) == platform::FileProblem::Exists)
-        return "The file " + target.path + " exists already; choose another name or allow it to be overwritten.";
-    return "The sequence cannot be written to " + target.path + ": " + platform::ErrorText(written.errorNumber) + ".";
+    if (platform::ProblemOf(written) == platform::FileProblem::Exists) return TakenProblem(target.path);
+    return WriteProblem(target.path, written);
 }
 
 Expected<std::string> HostFormOf(CCabView cab, const std::string& beside)

@@ -15,6 +15,9 @@ struct SequenceTarget {
     bool holdsPasswords = false;  // then only the owner may read the file
 };
 
+/// Why the file cannot be written, found out before there is anything to write; empty when nothing stands against it.
+[[nodiscard]] std::string TargetProblem(const SequenceTarget& target);
+
 /// Writes the file completely or not at all. Answers a sentence that names the file and says what to do; empty when
 /// it is written.
 [[nodiscard]] std::string PutSequenceFile(const SequenceTarget& target, const std::string& bytes);

@@ -111,6 +111,13 @@ std::string OptionalPath(const CArguments& arguments, const char* option)
     return path.empty() || path == "-" ? path : platform::AbsolutePath(path);
 }
 
+std::string FilePath(const CArguments& arguments, const char* option)
+{
+    const std::string path = OptionalPath(arguments, option);
+    if (path == "-") FailUsage(std::string(option) + " takes a file; only --record may be - for standard output");
+    return path;
+}
+
 EngineOptions ReadEngine(const CArguments& arguments)
 {
     EngineOptions engine;
@@ -177,7 +184,7 @@ RunOptions ReadRun(const CArguments& arguments)
     options.resume = arguments.Has("--resume") || options.retryFailed;
     options.dryRun = arguments.Has("--dry-run");
     if (options.dryRun && options.resume) FailUsage("--dry-run tries out a whole run; leave --resume out");
-    options.logPath = OptionalPath(arguments, "--log");
+    options.logPath = FilePath(arguments, "--log");
     return options;
 }
 
@@ -186,8 +193,8 @@ ShardOptions ReadShard(const CArguments& arguments)
     RefuseWithManifest(arguments);
     ShardOptions options;
     std::tie(options.shard, options.shards) = ParseShard(arguments.Text("--shard"));
-    options.manifestPath = OptionalPath(arguments, "--manifest");
-    options.journalPath = OptionalPath(arguments, "--journal");
+    options.manifestPath = FilePath(arguments, "--manifest");
+    options.journalPath = FilePath(arguments, "--journal");
     if (options.journalPath.empty())
         FailUsage("--manifest needs --journal with the file that keeps what this part has done");
     RequireReadable(options.manifestPath);

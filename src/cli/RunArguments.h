@@ -12,6 +12,9 @@ namespace cli {
 /// The value of an option as absolute path; empty stays empty, and "-" stays "-".
 std::string OptionalPath(const CArguments& arguments, const char* option);
 
+/// The same for what has to be a file.
+std::string FilePath(const CArguments& arguments, const char* option);
+
 /// The host program, the plug-ins and, where the command has such options, the limits of the workers.
 EngineOptions ReadEngine(const CArguments& arguments);
 

@@ -1,6 +1,5 @@
 #include "cli/RunCommands.h"
 
-#include <fstream>
 #include <utility>
 
 #include "cli/CommandError.h"
@@ -9,6 +8,7 @@
 #include "cli/RunPrinter.h"
 #include "cli/Summary.h"
 #include "common/Text.h"
+#include "platform/OpenFiles.h"
 #include "platform/Paths.h"
 #include "supervisor/Supervisor.h"
 
@@ -24,7 +24,7 @@ int Conclude(const RunResult& result, CRunPrinter& printer, const CArguments& ar
 {
     printer.Finish();
     if (!result.message.empty()) Say(screen, "ferrule: " + PrintableLines(result.message) + "\n");
-    if (!arguments.Has("--quiet")) Say(screen, SummaryText(result, printer, facts));
+    Say(screen, arguments.Has("--quiet") ? TroubleText(result, printer, facts) : SummaryText(result, printer, facts));
     if (arguments.Has("--json")) *screen.data << SummaryJson(result) << '\n';
     return static_cast<int>(result.exit);
 }
@@ -45,42 +45,35 @@ void RefuseTwoKindsOfData(const CArguments& arguments)
         FailUsage("--json and --record - both write to standard output; give the record a file");
 }
 
-/// A record that the supervisor does not write itself.
-void OpenRecord(std::ofstream& stream, const std::string& path, PrintOptions& options)
+/// Each worker costs open files; with too few allowed there are fewer workers.
+void FitWorkers(EngineOptions& engine, const CArguments& arguments, const Screen& screen)
 {
-    if (path.empty() || path == "-") return;
-    stream.open(path, std::ios::binary | std::ios::trunc);
-    if (!stream) FailStart(path + ": the record cannot be written");
-    options.record = &stream;
-}
-
-void CloseRecord(std::ofstream& stream, RunResult& result, const std::string& path)
-{
-    if (!stream.is_open()) return;
-    stream.close();
-    if (stream) {
-        result.recordPath = path;
-        return;
-    }
-    result.message += (result.message.empty() ? "" : "; ") + path + ": the record could not be written";
-    result.exit = ExitClass::Broken;
+    constexpr std::uint64_t kFilesOfRun = 32, kFilesOfWorker = 6;
+    const std::uint64_t wanted = kFilesOfRun + kFilesOfWorker * static_cast<std::uint64_t>(engine.jobs);
+    const std::uint64_t room = platform::MakeRoomForOpenFiles(wanted);
+    if (room >= wanted) return;
+    const std::string why = "only " + std::to_string(room) + " files may be open at a time";
+    const std::string help = "ulimit -n allows more";
+    if (room < kFilesOfRun + kFilesOfWorker) FailStart(why + ", which is too few for a single worker; " + help);
+    engine.jobs = static_cast<int>((room - kFilesOfRun) / kFilesOfWorker);
+    if (!arguments.Has("--quiet"))
+        Say(screen, "ferrule: " + why + ", so that there are at most " +
+                        Counted(static_cast<std::uint64_t>(engine.jobs), "worker", "workers") + "; " + help + "\n");
 }
 
 int RunOfShard(const CArguments& arguments, const Screen& screen)
 {
-    const ShardOptions options = ReadShard(arguments);
+    ShardOptions options = ReadShard(arguments);
+    FitWorkers(options.engine, arguments, screen);
     const std::string record = OptionalPath(arguments, "--record");
-    PrintOptions print{.quiet = arguments.Has("--quiet"),
-                       .dryRun = false,
-                       .recordToData = record == "-",
-                       .jobs = options.engine.jobs,
-                       .part = options.shards > 1 ? arguments.Text("--shard") : "",
-                       .record = nullptr};
-    std::ofstream stream;
-    OpenRecord(stream, record, print);
+    if (record != "-") options.recordPath = record;
+    const PrintOptions print{.quiet = arguments.Has("--quiet"),
+                             .dryRun = false,
+                             .recordToData = record == "-",
+                             .jobs = options.engine.jobs,
+                             .part = options.shards > 1 ? arguments.Text("--shard") : ""};
     CRunPrinter printer(screen, print);
-    RunResult result = RunShard(options, printer);
-    CloseRecord(stream, result, record);
+    const RunResult result = RunShard(options, printer);
     return Conclude(result, printer, arguments, screen,
                     {.dryRun = false, .canResume = false, .kept = options.journalPath});
 }
@@ -88,21 +81,16 @@ int RunOfShard(const CArguments& arguments, const Screen& screen)
 int RunOfSequence(const CArguments& arguments, const Screen& screen)
 {
     RunOptions options = ReadRun(arguments);
+    FitWorkers(options.engine, arguments, screen);
     const std::string record = OptionalPath(arguments, "--record");
-    PrintOptions print{.quiet = arguments.Has("--quiet"),
-                       .dryRun = options.dryRun,
-                       .recordToData = record == "-",
-                       .jobs = options.engine.jobs,
-                       .record = nullptr};
+    const PrintOptions print{.quiet = arguments.Has("--quiet"),
+                             .dryRun = options.dryRun,
+                             .recordToData = record == "-",
+                             .jobs = options.engine.jobs};
     SayExtensions(arguments, screen);
-    std::ofstream stream;
-    if (options.dryRun)
-        OpenRecord(stream, record, print);
-    else if (record != "-")
-        options.recordPath = record;
+    if (record != "-") options.recordPath = record;
     CRunPrinter printer(screen, print);
-    RunResult result = RunPlanned(options, printer);
-    CloseRecord(stream, result, record);
+    const RunResult result = RunPlanned(options, printer);
     return Conclude(result, printer, arguments, screen,
                     {.dryRun = options.dryRun, .canResume = true, .kept = result.recordPath});
 }
@@ -120,11 +108,10 @@ int PlanCommand(const CArguments& arguments, const Screen& screen)
     PlanOptions options;
     options.request = ReadRequest(arguments);
     options.engine = ReadEngine(arguments);
-    options.manifestPath = OptionalPath(arguments, "--manifest");
+    options.manifestPath = FilePath(arguments, "--manifest");
     SayExtensions(arguments, screen);
     const bool quiet = arguments.Has("--quiet");
-    CRunPrinter printer(
-        screen, {.quiet = true, .dryRun = false, .recordToData = false, .jobs = 1, .part = "", .record = nullptr});
+    CRunPrinter printer(screen, {.quiet = true, .dryRun = false, .recordToData = false, .jobs = 1, .part = ""});
     const RunResult result = PlanRun(options, printer);
     if (!result.message.empty()) Say(screen, "ferrule: " + PrintableLines(result.message) + "\n");
     if (result.exit != ExitClass::Fine) return static_cast<int>(result.exit);
@@ -141,17 +128,14 @@ int MergeCommand(const CArguments& arguments, const Screen& screen)
 {
     RefuseTwoKindsOfData(arguments);
     MergeOptions options;
-    options.manifestPath = OptionalPath(arguments, "--manifest");
+    options.manifestPath = FilePath(arguments, "--manifest");
     for (const std::string& journal : arguments.Operands())
         options.journalPaths.push_back(platform::AbsolutePath(journal));
     const std::string record = OptionalPath(arguments, "--record");
     if (record != "-") options.recordPath = record;
-    options.logPath = OptionalPath(arguments, "--log");
-    CRunPrinter printer(screen, {.quiet = arguments.Has("--quiet"),
-                                 .dryRun = false,
-                                 .recordToData = record == "-",
-                                 .jobs = 1,
-                                 .record = nullptr});
+    options.logPath = FilePath(arguments, "--log");
+    CRunPrinter printer(
+        screen, {.quiet = arguments.Has("--quiet"), .dryRun = false, .recordToData = record == "-", .jobs = 1});
     const RunResult result = MergeShards(options, printer);
     return Conclude(result, printer, arguments, screen,
                     {.dryRun = false, .canResume = false, .kept = result.recordPath});

@@ -51,6 +51,8 @@ void CRunPrinter::FileDone(const FileRecord& record, const RunProgress& progress
     if (record.outcome != FileOutcomeClass::Saved) {
         ++m_unfineCount;
         if (m_unfine.size() < kKeptUnfine) m_unfine.push_back({record.path, record.outcome, record.message});
+        // Without a summary they are told at once, and all of them.
+        if (m_options.quiet) m_status.Message("ferrule: " + UnfineText(record.path, record.outcome, record.message));
     }
     if (m_options.dryRun && !m_options.recordToData) *m_screen.data << PretendedText(record);
     ShowProgress(progress);
@@ -59,7 +61,6 @@ void CRunPrinter::FileDone(const FileRecord& record, const RunProgress& progress
 void CRunPrinter::RecordLine(const std::string& json)
 {
     if (m_options.recordToData) *m_screen.data << json << '\n';
-    if (m_options.record) *m_options.record << json << '\n';
 }
 
 void CRunPrinter::Remark(const std::string& text)

@@ -13,12 +13,11 @@
 namespace cli {
 
 struct PrintOptions {
-    bool quiet = false;         ///< warnings only
+    bool quiet = false;         ///< warnings and files that are not fine only
     bool dryRun = false;        ///< a table of what would be done goes to standard output
     bool recordToData = false;  ///< the record goes to standard output
     int jobs = 1;
-    std::string part = {};           ///< "2/4" when only a part of the plan is done
-    std::ostream* record = nullptr;  ///< the record goes here, too; borrowed
+    std::string part = {};  ///< "2/4" when only a part of the plan is done
 };
 
 /// A file that is not fine.

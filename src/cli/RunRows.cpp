@@ -100,7 +100,10 @@ std::vector<OptionRow> SafetyOptions()
 
 OptionRow QuietOption()
 {
-    return {.name = "--quiet", .shortName = "-q", .help = "No progress and no summary; only what went wrong."};
+    return {
+        .name = "--quiet",
+        .shortName = "-q",
+        .help = "Only what went wrong: each file that was not saved, and their number. Nothing when all is fine."};
 }
 
 OptionRow RecordOption()

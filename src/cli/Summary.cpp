@@ -1,5 +1,6 @@
 #include "cli/Summary.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "cli/Printable.h"
@@ -40,7 +41,7 @@ std::string UnfineLines(const CRunPrinter& printer, const SummaryFacts& facts)
 {
     std::string text;
     for (const Unfine& file : printer.FirstUnfine())
-        text += WithMessage("  " + Printable(file.path) + ": " + Words(file.outcome), file.message) + "\n";
+        text += "  " + UnfineText(file.path, file.outcome, file.message) + "\n";
     const std::uint64_t more = printer.UnfineCount() - printer.FirstUnfine().size();
     if (more > 0)
         text += "  ... and " + Grouped(more) + " more" +
@@ -57,14 +58,21 @@ std::string PlaceLines(const RunResult& result)
     return text;
 }
 
+/// A file that was copied as it is comes out the same way each time.
+bool HasRetriable(const RunResult& result)
+{
+    const int fixed = result.Count(FileOutcomeClass::Saved) + result.Count(FileOutcomeClass::CopiedUnchanged);
+    return result.plan.total == 0 || fixed < result.plan.total;
+}
+
 std::string Hint(const RunResult& result, const SummaryFacts& facts)
 {
     if (facts.dryRun) return "This was a dry run: nothing was touched.\n";
-    if (!facts.canResume) return {};
+    if (!facts.canResume || !result.resumable) return {};
     const bool begun = result.plan.total > 0;
     if (begun && (result.exit == ExitClass::Stopped || result.exit == ExitClass::Broken))
         return "To go on, give the same command with --resume.\n";
-    if (result.exit == ExitClass::SomeNotSaved)
+    if (result.exit == ExitClass::SomeNotSaved && HasRetriable(result))
         return "To do these files again, give the same command with --resume --retry-failed.\n";
     return {};
 }
@@ -128,6 +136,11 @@ std::string PretendedText(const FileRecord& record)
     return text;
 }
 
+std::string UnfineText(const std::string& path, FileOutcomeClass outcome, const std::string& message)
+{
+    return WithMessage(Printable(path) + ": " + Words(outcome), message);
+}
+
 std::string SummaryText(const RunResult& result, const CRunPrinter& printer, const SummaryFacts& facts)
 {
     std::string text;
@@ -135,6 +148,31 @@ std::string SummaryText(const RunResult& result, const CRunPrinter& printer, con
     if (printer.BrokenSignatures() > 0)
         text += "Signatures broken by saving: " + Counted(printer.BrokenSignatures(), "file", "files") + "\n";
     return text + PlaceLines(result) + Hint(result, facts);
+}
+
+std::string TroubleText(const RunResult& result, const CRunPrinter& printer, const SummaryFacts& facts)
+{
+    std::string counts;
+    std::uint64_t unfine = 0;
+    const auto add = [&](int count, const std::string& words) {
+        if (count <= 0) return;
+        unfine += static_cast<std::uint64_t>(count);
+        counts += (counts.empty() ? "" : ", ") + Grouped(static_cast<std::uint64_t>(count)) + ' ' + words;
+    };
+    for (const FileOutcomeClass outcome : kOutcomes)
+        if (outcome != FileOutcomeClass::Saved) add(result.Count(outcome), Words(outcome));
+    add(result.remaining, "not begun");
+    if (result.exit == ExitClass::Fine || unfine == 0) return {};
+    std::string text =
+        "ferrule: " + Grouped(unfine) + " of " +
+        Counted(unfine + static_cast<std::uint64_t>(result.Count(FileOutcomeClass::Saved)), "file", "files") +
+        (unfine == 1 ? " was" : " were") + " not saved: " + counts;
+    // Those of an earlier start of the run have been told then.
+    const std::uint64_t told = printer.UnfineCount() + static_cast<std::uint64_t>(std::max(result.remaining, 0));
+    if (told < unfine) text += ", " + Grouped(unfine - told) + " of them in an earlier start of this run";
+    text += '\n';
+    if (!result.logPath.empty()) text += "Log: " + result.logPath + "\n";
+    return facts.dryRun ? text : text + Hint(result, facts);
 }
 
 std::string SummaryJson(const RunResult& result)

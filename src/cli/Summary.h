@@ -22,6 +22,9 @@ std::string PlanSentence(const PlanSummary& plan);
 /// What a trial run says about one file: the input, what would come out, and what would become of the input.
 std::string PretendedText(const FileRecord& record);
 
+/// A file that is not fine and why, on one line.
+std::string UnfineText(const std::string& path, FileOutcomeClass outcome, const std::string& message);
+
 struct SummaryFacts {
     bool dryRun = false;
     bool canResume = true;  ///< --resume goes on with this run
@@ -30,6 +33,8 @@ struct SummaryFacts {
 
 /// The lines at the end of a run for people, each with a line end.
 std::string SummaryText(const RunResult& result, const CRunPrinter& printer, const SummaryFacts& facts);
+/// What takes its place where only what went wrong is wanted; empty when nothing did.
+std::string TroubleText(const RunResult& result, const CRunPrinter& printer, const SummaryFacts& facts);
 /// The same for programs: one JSON object without line end.
 std::string SummaryJson(const RunResult& result);
 

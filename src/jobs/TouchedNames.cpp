@@ -6,9 +6,12 @@
 #include "engine/HandlerKinds.h"
 #include "engine/SaveStepRedirection.h"
 #include "platform/Files.h"
+#include "platform/StandardPath.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace {
 
@@ -104,6 +107,12 @@ void CTouchedNames::AppendKeys(const std::string& folder, std::string_view name,
         append(result.name ? SplitPath(*result.name).base : result.before + base + result.after,
                FolderHash(result.folder ? *result.folder : folder));
     if (m_anyFolder) append(base, kAnyFolder);
+    // What is done to the file behind a link is done to an input, too, when that is one.
+    const std::string path = folder + std::string(name);
+    std::error_code error;
+    if (!std::filesystem::is_symlink(platform::StandardPath(path), error)) return;
+    if (const std::string real = platform::CanonicalPath(path); !real.empty())
+        append(SplitPath(real).base, FolderHash(FolderOf(real)));
 }
 
 std::uint64_t CTouchedNames::FolderHash(const std::string& folder)

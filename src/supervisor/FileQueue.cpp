@@ -180,6 +180,15 @@ CFileQueue::Readiness CFileQueue::PrepareWhole(FileInHand& hand)
     // The result of another file may have taken the place of this one, as it does without workers.
     if (!IsUnchanged(hand.file, *stamp) && !WasOurs(hand.file))
         return Skip(hand, FileOutcomeClass::Skipped, "changed since plan");
+    return m_parts.pretended ? PreparePretended(hand) : Readiness::Ready;
+}
+
+/// What a real run would find: an input may be a link to another one.
+CFileQueue::Readiness CFileQueue::PreparePretended(FileInHand& hand)
+{
+    if (m_parts.pretended->IsGone(hand.file.path)) return Skip(hand, FileOutcomeClass::Skipped, "missing since plan");
+    if (m_parts.pretended->IsReplaced(hand.file.path) && !WasOurs(hand.file))
+        return Skip(hand, FileOutcomeClass::Skipped, "changed since plan");
     return Readiness::Ready;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "supervisor/JournalIndex.h"
+#include "supervisor/PretendedActs.h"
 #include "supervisor/Results.h"
 #include "supervisor/RunFacts.h"
 #include "supervisor/Scheduler.h"
@@ -24,6 +25,7 @@ public:
         CJournalIndex* earlier = nullptr;
         const std::map<int, DonePlace>* again = nullptr;
         CInputOrder::Reader readDone;
+        const CPretendedActs* pretended = nullptr;  // of a trial run
     };
     explicit CFileQueue(const Parts& parts) : m_parts(parts) {}
 
@@ -53,6 +55,7 @@ private:
     bool TakeBackResults(const PlannedFile& file) const;
     Readiness Settle(FileInHand& hand);
     Readiness Skip(const FileInHand& hand, FileOutcomeClass outcome, const std::string& message);
+    Readiness PreparePretended(FileInHand& hand);
     bool WasOurs(const PlannedFile& file) const;
     bool Journaled(const platform::FileResult& result);
 

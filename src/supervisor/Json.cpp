@@ -72,3 +72,11 @@ const Json& ObjectAt(const Json& object, const char* key)
     const Json* value = Find(object, key);
     return value && value->is_object() ? *value : kEmpty;
 }
+
+std::string HeaderProblem(const std::string& path, const char* format, const std::string& line)
+{
+    const auto header = ParseObject(line);
+    if (header && TextAt(*header, "ferrule") == format && CountAt(*header, "version") > 1)
+        return "The " + std::string(format) + ' ' + path + " was written by a newer version of Ferrule.";
+    return path + " is no " + format + ", or it is damaged.";
+}

@@ -29,3 +29,6 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] std::vector<std::string> TextsAt(const Json& object, const char* key);
 /// An empty object when it is absent.
 [[nodiscard]] const Json& ObjectAt(const Json& object, const char* key);
+
+/// Why the first line of a file is not the header of a format ("manifest", "journal") in its version 1.
+[[nodiscard]] std::string HeaderProblem(const std::string& path, const char* format, const std::string& line);

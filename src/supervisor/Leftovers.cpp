@@ -47,7 +47,11 @@ void GiveUpRun(const std::string& manifestPath, const std::string& journalPath, 
 {
     CManifestReader manifest;
     const auto header = manifest.Open(manifestPath);
-    if (!header) return;
+    if (!header) {
+        if (platform::FileExists(manifestPath))
+            observer.Warning("An earlier run of the same request is given up: " + header.Error());
+        return;
+    }
     CDoneIndex done(header->total);
     CJournalIndex journal(done);
     const auto content = ReadJournal(journalPath, header->run, journal);

@@ -36,6 +36,10 @@ std::string HeaderLine(const ManifestHeader& header)
                          {"oneWorkerReason", header.oneWorkerReason},
                          {"unreadableFolders", header.unreadableFolders},
                          {"outputsPerFile", header.outputsPerFile},
+                         {"sequenceSha256", header.sequenceHash},
+                         {"inputs", TextsFromBytes(header.inputs)},
+                         {"allowNoOutput", header.allowNoOutput},
+                         {"allowInPlace", header.allowInPlace},
                          {"preamble", TextsFromBytes(header.preamble)},
                          {"epilogue", TextsFromBytes(header.epilogue)}};
     return LineOf(object) + '\n';
@@ -54,6 +58,10 @@ std::optional<ManifestHeader> HeaderFrom(const std::string& line)
         .oneWorkerReason = TextAt(*object, "oneWorkerReason"),
         .unreadableFolders = CountAt(*object, "unreadableFolders"),
         .outputsPerFile = object->contains("outputsPerFile") ? CountAt(*object, "outputsPerFile") : 1,
+        .sequenceHash = TextAt(*object, "sequenceSha256"),
+        .inputs = BytesOf(TextsAt(*object, "inputs")),
+        .allowNoOutput = FlagAt(*object, "allowNoOutput"),
+        .allowInPlace = FlagAt(*object, "allowInPlace"),
         .preamble = BytesOf(TextsAt(*object, "preamble")),
         .epilogue = BytesOf(TextsAt(*object, "epilogue"))};
     if (header.run.empty()) return std::nullopt;
@@ -107,7 +115,7 @@ Expected<ManifestHeader> CManifestReader::Open(const std::string& path)
     m_path = path;
     if (!m_reader.Open(path)) return Failure("The manifest " + path + " cannot be opened.");
     const auto header = m_reader.Next(m_line) ? HeaderFrom(m_line) : std::nullopt;
-    if (!header) return Failure(path + " is no manifest of this version.");
+    if (!header) return Failure(HeaderProblem(path, "manifest", m_line));
     m_total = header->total;
     return *header;
 }

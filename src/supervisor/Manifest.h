@@ -19,8 +19,11 @@ struct ManifestHeader {
     std::uint64_t bytes = 0;
     bool oneWorker = false;
     std::string oneWorkerReason = {};
-    int unreadableFolders = 0;                              ///< whose files the plan had to leave out
-    int outputsPerFile = 1;                                 ///< how many results the sequence writes for a file
+    int unreadableFolders = 0;             ///< whose files the plan had to leave out
+    int outputsPerFile = 1;                ///< how many results the sequence writes for a file
+    std::string sequenceHash = {};         ///< SHA-256 of the sequence file; empty when unknown
+    std::vector<std::string> inputs = {};  ///< places besides the first, as they were asked for
+    bool allowNoOutput = false, allowInPlace = false;
     std::vector<std::string> preamble = {}, epilogue = {};  ///< lines of the log, as bytes
 };
 

@@ -2,6 +2,7 @@
 
 #include "supervisor/Json.h"
 #include "supervisor/Leftovers.h"
+#include "supervisor/PlanChanges.h"
 
 #include <algorithm>
 #include <utility>
@@ -47,8 +48,11 @@ RunResult CManifestRun::Run()
 bool CManifestRun::Load()
 {
     auto header = m_manifest.Open(m_options.manifestPath);
-    if (!header) return Broken(header.Error());
+    if (!header) return Unusable(header.Error(), m_options.manifestWayOut);
     m_header = std::move(*header);
+    if (const std::string changed = ChangedSequence(m_header); !changed.empty())
+        return Unusable(changed, m_options.manifestWayOut);
+    if (!m_options.job.empty()) m_header.job = m_options.job;
     m_facts = ReadRunFacts(m_header);
     if (m_header.oneWorker && m_options.shards > 1)
         return Broken("This run cannot be divided: " + m_header.oneWorkerReason);
@@ -67,7 +71,7 @@ bool CManifestRun::ReadEarlier()
     m_earlier.emplace(*m_done, 0, m_options.retryFailed);
     if (IsTrial()) return true;
     const auto content = ReadJournal(m_options.journalPath, m_header.run, *m_earlier);
-    if (!content) return Broken(content.Error());
+    if (!content) return Unusable(content.Error(), m_options.journalWayOut);
     const std::string shard = std::to_string(m_options.shard) + '/' + std::to_string(m_options.shards);
     if (content->name && content->name->shard != shard)
         return Broken("The journal " + m_options.journalPath + " belongs to shard " + content->name->shard + ".");
@@ -91,9 +95,13 @@ bool CManifestRun::CountFiles()
 {
     m_progress = {};
     CManifestReader manifest;
-    if (auto header = manifest.Open(m_options.manifestPath); !header) return Broken(header.Error());
+    if (auto header = manifest.Open(m_options.manifestPath); !header)
+        return Unusable(header.Error(), m_options.manifestWayOut);
     while (const auto file = manifest.Next()) {
         m_groupedInputs.Add(*file);
+        if (m_options.guard)
+            if (std::string problem = m_options.guard->ProblemWithInput(*file); !problem.empty())
+                return Broken(std::move(problem));
         if (!IsInShard(*file, m_options.shard, m_options.shards)) continue;
         ++m_progress.filesTotal;
         m_progress.bytesTotal += file->size;
@@ -107,7 +115,7 @@ bool CManifestRun::CountFiles()
     }
     m_groupedInputs.Complete();
     m_options.plan.alreadyDone = m_progress.filesDone;
-    return manifest.Problem().empty() || Broken(manifest.Problem());
+    return manifest.Problem().empty() || Unusable(manifest.Problem(), m_options.manifestWayOut);
 }
 
 bool CManifestRun::OpenOutputs()
@@ -160,7 +168,8 @@ void CManifestRun::Process()
                       .facts = m_facts,
                       .earlier = &*m_earlier,
                       .again = &m_again,
-                      .readDone = [this](const DonePlace& place) { return ReadDone(place); }});
+                      .readDone = [this](const DonePlace& place) { return ReadDone(place); },
+                      .pretended = IsTrial() ? &m_pretended : nullptr});
     const LoopEnd end = RunLoop(queue, results);
     order.Finish();
     if (order.Failed()) Broken("The journal " + m_options.journalPath + " cannot be read again.");
@@ -179,6 +188,9 @@ LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
          .queue = queue,
          .results = results,
          .observer = m_observer,
+         .pretended = m_pretended,
+         .guard = m_options.guard,
+         .changedSequence = [this] { return ChangedSequence(m_header); },
          .job = LineOf(job),
          .run = Tag(),
          .total = m_header.total,
@@ -244,6 +256,12 @@ bool CManifestRun::Broken(std::string message)
 {
     if (m_problem.empty()) m_problem = std::move(message);
     return false;
+}
+
+bool CManifestRun::Unusable(const std::string& problem, const std::string& wayOut)
+{
+    m_result.resumable = false;
+    return Broken(wayOut.empty() ? problem : problem + ' ' + wayOut);
 }
 
 std::optional<DoneFile> CManifestRun::ReadDone(const DonePlace& place)

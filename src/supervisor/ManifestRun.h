@@ -4,6 +4,7 @@
 #include "supervisor/GroupedInputs.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Manifest.h"
+#include "supervisor/OutputGuard.h"
 #include "supervisor/RecordWriter.h"
 #include "supervisor/Results.h"
 #include "supervisor/RunFacts.h"
@@ -22,8 +23,13 @@ struct ManifestRunOptions {
     std::string journalPath = {};  ///< empty: a trial run, without journal
     int shard = 1, shards = 1;
     bool retryFailed = false;
-    std::string logPath = {};     ///< empty: no log
-    std::string recordPath = {};  ///< empty: no file
+    std::string logPath = {};             ///< empty: no log
+    std::string recordPath = {};          ///< empty: no file
+    const COutputGuard* guard = nullptr;  ///< borrowed
+    /// JSON that workers get instead of the job in the manifest; empty: that one.
+    std::string job = {};
+    /// What to do when manifest or journal are of no use: sentences.
+    std::string manifestWayOut = {}, journalWayOut = {};
     int interruptsSeen = 0;
     PlanSummary plan = {};  ///< of a new run; else run and totals are filled in
 };
@@ -52,6 +58,8 @@ private:
     void CloseOutputs();
     void CountOutcomes();
     bool Broken(std::string message);
+    /// For good: going on would find the same.
+    bool Unusable(const std::string& problem, const std::string& wayOut);
     std::optional<DoneFile> ReadDone(const DonePlace& place);
     std::optional<PlannedFile> NextFile();
     bool IsTrial() const { return m_options.journalPath.empty(); }
@@ -72,6 +80,7 @@ private:
     int m_filesLeft = 0;
     CGroupedInputs m_groupedInputs;
     RunProgress m_progress;
+    CPretendedActs m_pretended;
 
     CJournalWriter m_journal;
     CJournalReader m_journalReader;

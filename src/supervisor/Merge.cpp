@@ -1,8 +1,11 @@
 // Joins the journals of all shards into one log and one record.
+#include "common/FileNames.h"
+#include "platform/Files.h"
 #include "supervisor/Epilogues.h"
 #include "supervisor/InputOrder.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Manifest.h"
+#include "supervisor/OutputGuard.h"
 #include "supervisor/RecordWriter.h"
 #include "supervisor/Results.h"
 #include "supervisor/RunLog.h"
@@ -27,7 +30,7 @@ public:
 
     RunResult Run()
     {
-        if (Load() && CheckComplete() && OpenOutputs()) Write();
+        if (CheckNames() && Load() && CheckComplete() && OpenOutputs()) Write();
         if (m_problem.empty()) return std::move(m_result);
         m_result.exit = ExitClass::Broken;
         m_result.message = m_problem;
@@ -39,6 +42,16 @@ private:
     {
         if (m_problem.empty()) m_problem = std::move(message);
         return false;
+    }
+
+    bool CheckNames()
+    {
+        m_guard.AddOutput(OutputKind::Record, m_options.recordPath);
+        m_guard.AddOutput(OutputKind::Log, m_options.logPath);
+        m_guard.AddNeeded("the manifest", m_options.manifestPath);
+        for (const std::string& path : m_options.journalPaths) m_guard.AddNeeded("a journal", path);
+        std::string problem = m_guard.Problem();
+        return problem.empty() || Broken(std::move(problem));
     }
 
     bool Load()
@@ -62,7 +75,8 @@ private:
     {
         CJournalIndex index(*m_done, static_cast<int>(m_readers.size()));
         const auto content = ReadJournal(path, m_header.run, index);
-        if (!content) return Broken(content.Error());
+        if (!content)
+            return Broken(content.Error() + " When it is the right one, do its part once more with a new journal.");
         if (!content->name) return Broken("The journal " + path + " is missing or empty.");
         if (!m_shards.insert(content->name->shard).second)
             return Broken("There are two journals of shard " + content->name->shard + "; the second is " + path +
@@ -81,6 +95,8 @@ private:
         std::string names;
         int missing = 0;
         while (const auto file = manifest.Next()) {
+            if (std::string problem = m_guard.ProblemWithInput(*file); !problem.empty())
+                return Broken(std::move(problem));
             if (m_done->IsDone(file->number) || ++missing > kFilesNamed) continue;
             names += "\n" + std::to_string(file->number) + ": " + file->path;
             if (m_begun.contains(file->number)) names += " (begun, not finished)";
@@ -94,13 +110,16 @@ private:
 
     bool OpenOutputs()
     {
-        const std::string logPath = m_options.logPath.empty() ? UserPaths().logFile : m_options.logPath;
         if (!m_options.recordPath.empty()) {
             if (const auto opened = m_record.Open(m_options.recordPath); !opened)
                 return Broken("The record " + m_options.recordPath + " cannot be written (" +
                               platform::ErrorText(opened.errorNumber) + ").");
             m_result.recordPath = m_options.recordPath;
         }
+        if (IsDevice(m_options.logPath)) return true;
+        const std::string logPath = m_options.logPath.empty() ? UserPaths().logFile : m_options.logPath;
+        // Where Ferrule has never run there is no folder for it yet; when it cannot be made, opening says so.
+        if (m_options.logPath.empty()) (void)platform::CreateFolders(FolderOf(logPath));
         if (m_log.Open(logPath)) {
             m_result.logPath = logPath;
             return true;
@@ -122,6 +141,7 @@ private:
                 ++m_result.counts[static_cast<std::size_t>(done.record.outcome)];
                 m_record.Add(done.record);
                 m_log.File(done, false);
+                m_observer.FileDone(done.record, {});
             });
         order.Finish();
         m_log.Epilogue(m_epilogues.Empty() ? m_header.epilogue : m_epilogues.Joined());
@@ -144,6 +164,7 @@ private:
     std::set<std::string> m_shards;
     std::set<int> m_begun;  // without outcome
     CEpilogues m_epilogues;
+    COutputGuard m_guard;
     CRunLog m_log;
     CRecordWriter m_record;
     std::string m_problem;

@@ -3,6 +3,7 @@
 #include "platform/ByteText.h"
 #include "supervisor/FileRecord.h"
 #include "supervisor/HostJob.h"
+#include "supervisor/PlanChanges.h"
 #include "supervisor/WorkerLog.h"
 
 #include <algorithm>
@@ -72,10 +73,13 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     std::optional<CManifestWriter> manifest;
     if (!manifestPath.empty()) manifest.emplace(manifestPath);
     CManifestWriter* writer = manifest ? &*manifest : nullptr;
+    // Before the host reads it, so that a change while it plans is noticed later.
+    NoteRequest(m_planned.header, m_request);
     HostJobResult host = RunHostJob(m_starter, "plan", PlanJobText(m_request, run), m_interruptsSeen, m_observer,
                                     [&](const std::string& json) { OnReport(json, writer); });
     m_planned.log = host.log;
     if (host.job.exit != ExitClass::Fine) return Fail(host.job.exit, std::move(host.job.message));
+    if (!m_refusal.empty()) return Fail(ExitClass::Broken, m_refusal);
     if (m_disordered || m_planned.summary.json.empty() || m_files != m_planned.summary.total)
         return Fail(ExitClass::Broken, "The host's plan is incomplete.");
     PlanSummary& summary = m_planned.summary;
@@ -111,6 +115,7 @@ void CPlanning::OnReport(const std::string& json, CManifestWriter* manifest)
         ++m_files;
         summary.bytes += file->size;
         if (manifest) manifest->Add(*file);
+        if (m_guard && m_refusal.empty()) m_refusal = m_guard->ProblemWithInput(*file);
         m_observer.FilePlanned(*file);
     } else if (report.contains("plan")) {
         const Json& plan = ObjectAt(report, "plan");

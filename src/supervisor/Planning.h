@@ -3,6 +3,7 @@
 
 #include "common/Expected.h"
 #include "supervisor/Manifest.h"
+#include "supervisor/OutputGuard.h"
 #include "supervisor/Supervisor.h"
 #include "supervisor/Worker.h"
 
@@ -31,6 +32,8 @@ public:
         : m_starter(starter), m_request(request), m_interruptsSeen(interruptsSeen), m_observer(observer)
     {
     }
+    /// Borrowed: a plan with an input that the guard refuses fails.
+    void GuardWith(const COutputGuard& guard) { m_guard = &guard; }
     /// `manifestPath`: appears complete or not at all; empty: none is written. False: Failure says why.
     [[nodiscard]] bool Run(const std::string& manifestPath, const std::string& run, bool dryRun);
     Planned& Result() { return m_planned; }
@@ -44,6 +47,8 @@ private:
     const RunRequest& m_request;
     int m_interruptsSeen;
     CRunObserver& m_observer;
+    const COutputGuard* m_guard = nullptr;
+    std::string m_refusal;
     Planned m_planned;
     PlanFailure m_failure;
     int m_files = 0;

@@ -19,6 +19,20 @@ void CPretendedActs::Add(const Intent& intent)
 {
     if (intent.act == ActKind::Move || intent.act == ActKind::Delete) m_paths[Key(intent.file)] = false;
     if (intent.act == ActKind::Move || intent.act == ActKind::Put) m_paths[Key(intent.target)] = true;
+    if (intent.act != ActKind::Move && intent.act != ActKind::Put) return;
+    // What is put in the place of a link goes where the link leads.
+    if (const std::string real = platform::CanonicalPath(intent.target); !real.empty()) m_replaced.insert(real);
+}
+
+bool CPretendedActs::IsGone(const std::string& path) const
+{
+    const std::string real = platform::CanonicalPath(path);
+    return Exists(path) == false || (!real.empty() && Exists(real) == false);
+}
+
+bool CPretendedActs::IsReplaced(const std::string& path) const
+{
+    return m_replaced.contains(platform::CanonicalPath(path));
 }
 
 std::optional<bool> CPretendedActs::Exists(const std::string& path) const

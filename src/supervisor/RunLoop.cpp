@@ -131,6 +131,13 @@ bool CRunLoop::StartWorker()
         ++number;
     std::string problem;
     auto worker = m_parts.starter.Start(std::to_string(number), &problem);
+    if (!worker && !m_workers.empty()) {
+        // The system lets no further one start; the others do the work.
+        m_parts.workers = static_cast<int>(m_workers.size());
+        m_parts.observer.Warning(problem + " The run goes on with fewer workers: " + std::to_string(m_parts.workers) +
+                                 '.');
+        return false;
+    }
     if (!worker) {
         Break(problem);
         return false;
@@ -257,6 +264,9 @@ void CRunLoop::OnAsk(CWorker& worker, const std::string& ask, const Json& messag
         FileLost(worker, "The worker did not tell what became of the file.");
     else
         (void)worker.log.Take();  // what it logs before its first file is in the preamble
+    // By now it has read the sequence.
+    if (!worker.asked && m_parts.changedSequence)
+        if (const std::string changed = m_parts.changedSequence(); !changed.empty()) Break(changed);
     worker.asked = true;
     m_failedStarts = 0;
     worker.waiting = true;
@@ -306,7 +316,7 @@ bool CRunLoop::WouldReplaceInput(const CWorker& worker, const Intent& intent) co
     const bool creates = intent.act == ActKind::Put || intent.act == ActKind::Move;
     if (!creates || worker.hand->file.group == 0) return false;
     if (intent.target == worker.hand->file.path || !m_parts.inputs.Contains(intent.target)) return false;
-    const auto pretended = m_parts.results.IsTrial() ? m_pretended.Exists(intent.target) : std::nullopt;
+    const auto pretended = m_parts.results.IsTrial() ? m_parts.pretended.Exists(intent.target) : std::nullopt;
     return pretended.value_or(platform::NameExists(intent.target));
 }
 
@@ -316,13 +326,17 @@ std::string CRunLoop::AnswerToAct(CWorker& worker, Intent intent)
         worker.hand->refusal = "It would have replaced " + intent.target + ", which is an input, too.";
         return "refuse";
     }
-    if (m_parts.results.IsTrial()) {
-        m_pretended.Add(intent);
-        return "pretend";
+    if (m_parts.guard && !intent.target.empty() && m_parts.guard->IsOutput(intent.target)) {
+        worker.hand->refusal = "It would have replaced " + intent.target + ", which this run itself writes.";
+        return "refuse";
     }
     const bool creates = intent.act == ActKind::Put || intent.act == ActKind::Move;
-    intent.replaces = creates && platform::NameExists(intent.target);
     if (creates) m_parts.queue.NoteTarget(worker.hand->file, intent.target);
+    if (m_parts.results.IsTrial()) {
+        m_parts.pretended.Add(intent);
+        return "pretend";
+    }
+    intent.replaces = creates && platform::NameExists(intent.target);
     if (const auto added = m_parts.results.AddIntent(intent); !added) {
         Break("The journal cannot be written (" + platform::ErrorText(added.errorNumber) +
               "). Nothing more is begun; the run can be resumed.");
@@ -341,7 +355,7 @@ void CRunLoop::OnMark(CWorker& worker, const std::string& mark)
 
 void CRunLoop::OnExists(CWorker& worker, const std::string& path)
 {
-    const auto exists = m_parts.results.IsTrial() ? m_pretended.Exists(path) : std::nullopt;
+    const auto exists = m_parts.results.IsTrial() ? m_parts.pretended.Exists(path) : std::nullopt;
     Json answer = {{"exists", nullptr}};
     if (exists) answer["exists"] = *exists;
     Send(worker, answer);

@@ -5,10 +5,12 @@
 #include "supervisor/FileQueue.h"
 #include "supervisor/GroupedInputs.h"
 #include "supervisor/Json.h"
+#include "supervisor/OutputGuard.h"
 #include "supervisor/PretendedActs.h"
 #include "supervisor/Results.h"
 #include "supervisor/Worker.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,6 +31,10 @@ public:
         CFileQueue& queue;
         CResults& results;
         CRunObserver& observer;
+        CPretendedActs& pretended;
+        const COutputGuard* guard = nullptr;
+        /// A sentence when the sequence is another one than planned.
+        std::function<std::string()> changedSequence = {};
         std::string job;         ///< JSON for the workers
         std::string run;         ///< tag of temporary files
         int total = 0;           ///< files of the whole run
@@ -80,7 +86,6 @@ private:
 
     Parts m_parts;
     std::vector<std::unique_ptr<CWorker>> m_workers;
-    CPretendedActs m_pretended;
     Json m_jobAnswer;
     int m_stops = 0;         // interrupts since the beginning
     int m_failedStarts = 0;  // in a row

@@ -69,6 +69,7 @@ enum class ExitClass { Fine = 0, Broken = 1, SomeNotSaved = 3, Stopped = 130 };
 struct RunResult {
     ExitClass exit = ExitClass::Broken;
     std::string message;                            ///< why it did not start, broke or stopped; empty otherwise
+    bool resumable = true;                          ///< going on may help after it broke or stopped
     PlanSummary plan;                               ///< `total` 0 when it came to none
     std::array<int, kFileOutcomeClasses> counts{};  ///< by FileOutcomeClass
     int remaining = 0;                              ///< files that nothing was begun with

@@ -37,7 +37,7 @@ struct RunOptions {
     std::string logPath = {};     ///< empty: the product's own log
     bool resume = false;          ///< goes on with the unfinished run of the same request
     bool retryFailed = false;     ///< with resume: does the files that were not saved again, too
-    bool dryRun = false;          ///< touches nothing, neither log nor record
+    bool dryRun = false;          ///< touches nothing but the record, which says what would be done
 };
 
 struct PlanOptions {
@@ -52,6 +52,7 @@ struct ShardOptions {
     std::string manifestPath = {};
     int shard = 1, shards = 1;  ///< the first is 1
     std::string journalPath = {};
+    std::string recordPath = {};  ///< of this part; empty: no file
     bool retryFailed = false;
 };
 

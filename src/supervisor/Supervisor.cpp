@@ -1,12 +1,16 @@
 #include "supervisor/Supervisor.h"
 
+#include "common/FileNames.h"
 #include "platform/Interrupts.h"
 #include "platform/Paths.h"
 #include "supervisor/HostJob.h"
 #include "supervisor/Json.h"
 #include "supervisor/Leftovers.h"
 #include "supervisor/ManifestRun.h"
+#include "supervisor/OutputGuard.h"
+#include "supervisor/PlanChanges.h"
 #include "supervisor/Planning.h"
+#include "supervisor/RunArchive.h"
 #include "supervisor/RunFolder.h"
 #include "supervisor/ScratchFolder.h"
 #include "supervisor/Supplement.h"
@@ -26,6 +30,18 @@ RunResult Failed(ExitClass exit, std::string message)
 
 RunResult Failed(const PlanFailure& failure) { return Failed(failure.exit, failure.message); }
 
+constexpr char kPlanAnew[] = "To begin anew, make a new plan with \"ferrule plan\" and give its parts new journals.";
+constexpr char kJournalAnew[] =
+    "To do this part from its beginning, move that file away or name another one with --journal; what the part has "
+    "done already is done once more then.";
+
+RunResult NotResumed(const std::string& problem)
+{
+    RunResult result = Failed(ExitClass::Broken, problem + ' ' + kStartAnew);
+    result.resumable = false;
+    return result;
+}
+
 constexpr char kNoScratchFolder[] = "No folder for temporary files can be made.";
 
 int CountedInterrupts()
@@ -34,7 +50,12 @@ int CountedInterrupts()
     return platform::Interrupts();
 }
 
-std::string LogPathFor(const std::string& wanted) { return wanted.empty() ? UserPaths().logFile : wanted; }
+/// Empty: none is kept.
+std::string LogPathFor(const std::string& wanted)
+{
+    if (IsDevice(wanted)) return {};
+    return wanted.empty() ? UserPaths().logFile : wanted;
+}
 
 /// What the plug-in says about it is in the user's log as if it had run in the user's own host.
 RunResult NotPlanned(CPlanning& planning, const std::string& logPath)
@@ -42,19 +63,63 @@ RunResult NotPlanned(CPlanning& planning, const std::string& logPath)
     RunResult result = Failed(planning.Failure());
     const std::vector<std::string>& lines = planning.Result().log;
     CRunLog log;
-    if (lines.empty() || !log.Open(logPath)) return result;
+    if (lines.empty() || logPath.empty() || !log.Open(logPath)) return result;
     log.Preamble(lines);
     log.Close();
     result.logPath = logPath;
     return result;
 }
 
-RunResult RunTrial(const RunOptions& options, int interrupts, CRunObserver& observer)
+COutputGuard GuardFor(const RunOptions& options)
+{
+    COutputGuard guard;
+    guard.AddOutput(OutputKind::Record, options.recordPath);
+    if (!options.dryRun) guard.AddOutput(OutputKind::Log, options.logPath);
+    guard.AddNeeded("the sequence", SequenceOf(options.request));
+    guard.AddNeeded("the password file", options.engine.passwordFile);
+    return guard;
+}
+
+/// A run that is given up is kept like one that came to its end, unless that has been done.
+void KeepFormerRun(const CRunArchive& archive, const ManifestRunOptions& run)
+{
+    CManifestReader manifest;
+    const auto header = manifest.Open(run.manifestPath);
+    const bool begun = header && header->total != 0 && platform::FileSize(run.journalPath).value_or(0) != 0;
+    if (begun && !archive.Has(header->run)) (void)archive.Keep(header->run, run.manifestPath, run.journalPath);
+}
+
+/// The plain files stay until the next run of the same request, so that this one can be gone on with.
+void KeepRun(const CRunArchive& archive, const CRunFolder& folder, const RunResult& result, CRunObserver& observer)
+{
+    if (result.exit == ExitClass::Broken) return;
+    folder.RemoveWorkerFolders();
+    if (result.exit == ExitClass::Stopped) return;
+    if (result.plan.total != 0) {
+        const std::string problem = archive.Keep(result.plan.run, folder.ManifestPath(), folder.JournalPath());
+        if (!problem.empty()) observer.Remark(problem);
+    }
+    archive.RemoveOld();
+}
+
+/// Why the plan is not the one of the request; a plan that cannot be read is told about later.
+std::string ChangedRequest(const std::string& manifestPath, const RunRequest& request)
+{
+    CManifestReader manifest;
+    const auto header = manifest.Open(manifestPath);
+    if (!header) return {};
+    std::string changed = ChangedSequence(*header);
+    return changed.empty() ? ChangedOptions(*header, request) : changed;
+}
+
+RunResult RunTrial(const RunOptions& options, const COutputGuard& guard, int interrupts, CRunObserver& observer)
 {
     const CScratchFolder scratch;
     if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);
     const CWorkerStarter starter(options.engine, scratch.Path(), -1);
     ManifestRunOptions run{.manifestPath = scratch.Path() + platform::kSeparator + "manifest.jsonl",
+                           .recordPath = options.recordPath,
+                           .guard = &guard,
                            .interruptsSeen = interrupts};
     CPlanning planning(starter, options.request, interrupts, observer);
     if (!planning.Run(run.manifestPath, NewRunId(), true)) return Failed(planning.Failure());
@@ -67,7 +132,9 @@ RunResult RunTrial(const RunOptions& options, int interrupts, CRunObserver& obse
 RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
 {
     const int interrupts = CountedInterrupts();
-    if (options.dryRun) return RunTrial(options, interrupts, observer);
+    const COutputGuard guard = GuardFor(options);
+    if (std::string problem = guard.Problem(); !problem.empty()) return Failed(ExitClass::Broken, std::move(problem));
+    if (options.dryRun) return RunTrial(options, guard, interrupts, observer);
     CRunFolder folder;
     if (std::string problem = folder.Open(options.request); !problem.empty())
         return Failed(ExitClass::Broken, std::move(problem));
@@ -77,10 +144,19 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
                            .retryFailed = options.retryFailed,
                            .logPath = LogPathFor(options.logPath),
                            .recordPath = options.recordPath,
+                           .guard = &guard,
                            .interruptsSeen = interrupts};
+    const CRunArchive archive(FolderOf(folder.Path()));
     std::unique_ptr<CWorker> early;
     const bool resumes = options.resume && platform::FileExists(run.manifestPath);
+    if (options.resume) {
+        const std::string changed = resumes ? ChangedRequest(run.manifestPath, options.request)
+                                            : UnfinishedRelative(folder.Path(), options.request);
+        if (!changed.empty()) return NotResumed(changed);
+        run.manifestWayOut = run.journalWayOut = kStartAnew;
+    }
     if (options.resume && !resumes) observer.Remark("There is no run to go on with; this one starts anew.");
+    if (resumes) run.job = RunJobText(options.request, "", false);  // with what is permitted now
     if (resumes) AddLeftOutFiles(starter, options.request, run.manifestPath, run.journalPath, interrupts, observer);
     if (!resumes) {
         GiveUpRun(run.manifestPath, run.journalPath, observer);
@@ -88,6 +164,7 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
         std::string problem;
         early = starter.Start("1", &problem);
         CPlanning planning(starter, options.request, interrupts, observer);
+        KeepFormerRun(archive, run);
         // The manifest first: a journal without one is nobody's.
         (void)platform::DeleteFile(run.manifestPath);
         (void)platform::DeleteFile(run.journalPath);
@@ -97,17 +174,22 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
     CManifestRun files(options.engine, starter, std::move(run), observer);
     if (early) files.Adopt(std::move(early));
     RunResult result = files.Run();
-    if (result.exit != ExitClass::Broken) folder.RemoveWorkerFolders();
+    KeepRun(archive, folder, result, observer);
     return result;
 }
 
 RunResult PlanRun(const PlanOptions& options, CRunObserver& observer)
 {
     const int interrupts = CountedInterrupts();
+    COutputGuard guard;
+    guard.AddOutput(OutputKind::Manifest, options.manifestPath);
+    guard.AddNeeded("the sequence", SequenceOf(options.request));
+    if (std::string problem = guard.Problem(); !problem.empty()) return Failed(ExitClass::Broken, std::move(problem));
     const CScratchFolder scratch;
     if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);
     const CWorkerStarter starter(options.engine, scratch.Path(), -1);
     CPlanning planning(starter, options.request, interrupts, observer);
+    planning.GuardWith(guard);
     if (!planning.Run(options.manifestPath, NewRunId(), false)) return Failed(planning.Failure());
     RunResult result;
     result.exit = ExitClass::Fine;
@@ -122,6 +204,12 @@ RunResult RunShard(const ShardOptions& options, CRunObserver& observer)
     const int interrupts = CountedInterrupts();
     if (options.shards < 1 || options.shard < 1 || options.shard > options.shards)
         return Failed(ExitClass::Broken, "There is no such shard.");
+    COutputGuard guard;
+    guard.AddOutput(OutputKind::Journal, options.journalPath);
+    guard.AddOutput(OutputKind::Record, options.recordPath);
+    guard.AddNeeded("the manifest", options.manifestPath);
+    guard.AddNeeded("the password file", options.engine.passwordFile);
+    if (std::string problem = guard.Problem(); !problem.empty()) return Failed(ExitClass::Broken, std::move(problem));
     platform::CFileLock lock;
     // A file of its own: where locking a file keeps others from reading it, nobody could read the journal.
     if (std::string problem = TakeLock(lock, options.journalPath + ".lock"); !problem.empty())
@@ -134,6 +222,10 @@ RunResult RunShard(const ShardOptions& options, CRunObserver& observer)
                            .shard = options.shard,
                            .shards = options.shards,
                            .retryFailed = options.retryFailed,
+                           .recordPath = options.recordPath,
+                           .guard = &guard,
+                           .manifestWayOut = kPlanAnew,
+                           .journalWayOut = kJournalAnew,
                            .interruptsSeen = interrupts};
     return CManifestRun(options.engine, starter, std::move(run), observer).Run();
 }

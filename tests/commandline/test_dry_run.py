@@ -27,6 +27,11 @@ def make_files(place, chance):
         path.parent.mkdir(parents=True, exist_ok=True)
         kind = chance.random()
         path.write_bytes(b"broken" if kind < 0.1 else restricted.read_bytes() if kind < 0.2 else minimal_pdf(str(chance.random())))
+    made = [path for path in place.input.rglob("*") if path.is_file()]
+    for link in (os.symlink, os.link):
+        path = place.input / (chance.choice(WORDS) + f" {link.__name__}.pdf")
+        if chance.random() < 0.4:
+            link(chance.choice(made), path)
     for folder in (place.output, place.done):
         for word in chance.sample(WORDS, 2):
             (folder / f"{word}.pdf").write_bytes(b"was here before")

@@ -2,6 +2,7 @@
 import os
 import time
 import unittest
+from pathlib import Path
 
 from commandline import CommandPlace, documents, records
 from unattended import PROTECT, SAVE, minimal_pdf, protect_items, save_items
@@ -91,6 +92,73 @@ class Safety(unittest.TestCase):
                             sources=[("Folder", str(self.place.input))])
         self.assertEqual(named.code, 0, named)
         self.assertEqual(len(list(self.place.output.iterdir())), 2)
+
+    def test_outputs_cost_no_other_file(self):
+        root, a = self.place.root, self.place.input / "a.pdf"
+        sequence = self.place.sequence("sequence.sequ", [self.protect, self.save])
+        manifest, journal, record = root / "manifest", root / "journal", root / "record"
+        places = ["--input", self.place.input, "--output", self.place.output]
+        run = ["run", sequence, *places]
+        shard = ["run", "--manifest", manifest, "--journal"]
+        plan = ["plan", sequence, *places, "--manifest"]
+        merge = ["merge", "--manifest", manifest, journal]
+        for words in ([*plan, manifest], [*shard, journal, "--record", record]):
+            self.assertEqual(self.place.ferrule(*words).code, 0, words)
+        notes = root / "notes.txt"
+        notes.write_text("1: call the printer", encoding="utf-8")
+        os.symlink(notes, root / "link")
+        # Inputs that look like what is written, under another name: only where they are tells that they are inputs.
+        odd = self.place.input / "odd.pdf"
+        os.link(record, odd)
+        empty = self.place.input / "empty.pdf"
+        empty.touch()
+        rows = [
+            # words, what the message must hold
+            ([*run, "--record", a], "a PDF document"), ([*run, "--record", sequence], "the sequence"),
+            ([*run, "--record", notes, "--dry-run"], "text"), ([*run, "--record", root / "link"], "text"),
+            ([*run, "--record", journal], "a journal"), ([*run, "--record", root], "is a folder"),
+            ([*run, "--record", record], "an input"), ([*run, "--log", empty], "an input"),
+            ([*run, "--record", record, "--dry-run"], "an input"),
+            ([*run, "--log", notes], "text"), ([*run, "--log", a], "a PDF document"),
+            ([*run, "--log", root / "new", "--record", f"{root}/../{root.name}/new"], "the record"),
+            ([*plan, a], "a PDF document"), ([*plan, notes], "text"), ([*plan, empty], "an input"),
+            ([*plan, "/dev/null"], "regular file"),
+            ([*shard, notes], "text"), ([*shard, manifest], "manifest"),
+            ([*shard, journal, "--record", a], "a PDF document"), ([*shard, journal, "--record", journal], "journal"),
+            ([*merge, "--record", a], "a PDF document"), ([*merge, "--record", journal], "a journal"),
+            ([*merge, "--log", manifest], "the manifest"), ([*merge, "--record", notes], "text"),
+        ]
+        before = {path: path.read_bytes() for path in root.rglob("*") if path.is_file()}
+        for words, reason in rows:
+            result = self.place.ferrule(*words)
+            self.assertEqual(result.code, 1, f"{words}\n{result}")
+            self.assertIn(reason, result.errors, words)
+            self.assertIn(str(words[-1]) if words[-1] != "--dry-run" else "", result.errors)
+        self.assertEqual({path: path.read_bytes() for path in before}, before)
+        for words in ([*plan, "-"], [*merge, "--log", "-"], [*shard, "-"]):
+            self.assertEqual(self.place.ferrule(*words).code, 2, words)
+        for path in (odd, empty, self.place.output / "a.pdf"):
+            path.unlink()
+        self.place.sequence("sequence.sequ", [self.protect, (SAVE, save_items(DontOverwrite=("boolean", "false")))])
+        result = self.place.ferrule(*run, "--record", self.place.output / "a.pdf", "--log", "/dev/null")
+        self.assertEqual(result.code, 3, "a result does not take the place of the record")
+        self.assertEqual([line["outcome"] for line in records(self.place.output / "a.pdf").values()], ["failed", "saved"])
+        for kind in (record, "/dev/null"):
+            self.assertEqual(self.place.ferrule(*run, "--record", kind, "--log", root / "log").code, 0, kind)
+
+    def test_converting_names_the_file_that_the_problem_is_with(self):
+        root = self.place.root
+        source = Path(os.environ.get("FERRULE_SAMPLES", "samples")).resolve() / "sequences" / "export-text.sequ"
+        (root / "folder").mkdir()
+        (root / "taken").write_bytes(b"taken")
+        for given, target, code, named in ((source, root / "no" / "x", 1, root / "no" / "x"), (source, root / "folder", 1, root / "folder"),
+                                           (source, root / "taken", 1, root / "taken"), (root / "none", root / "x", 1, root / "none"),
+                                           (root / "folder", root / "x", 1, root / "folder"), (source, root / "new", 0, source)):
+            result = self.place.ferrule("sequence", "convert", given, target, "--to", "host")
+            first = result.errors.splitlines()[0]
+            self.assertEqual(result.code, code, result)
+            self.assertIn(f"{named}:" if code == 0 else str(named), first)
+            self.assertNotIn(str(given if named == target else target), first)
 
     def test_folders_that_are_not_there(self):
         missing = self.place.root / "missing"

@@ -1,6 +1,8 @@
 """Documents and surroundings that go wrong under workers: each costs its own file and nothing else."""
+import gzip
 import json
 import os
+import resource
 import signal
 import subprocess
 import time
@@ -148,6 +150,21 @@ class Trouble(unittest.TestCase):
         self.assertEqual(outcomes[str(self.place.input / "sub" / "b.pdf")], "incomplete")
         self.assertTrue(is_protected(self.place.input / "b.pdf"))
 
+    def test_quiet_tells_what_went_wrong_and_nothing_else(self):
+        documents(self.place, ["a.pdf"])
+        result = self.place.ferrule(*self.words("--quiet"))
+        self.assertEqual((result.code, result.output, result.errors), (0, "", ""))
+        (self.place.input / "torn.pdf").write_bytes(b"torn")
+        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
+        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
+        for words in (self.words(), self.words("--dry-run"), ["run", "--manifest", manifest, "--journal", journal],
+                      ["merge", "--manifest", manifest, journal]):
+            result = self.place.ferrule(*words, "--quiet")
+            lines = result.errors.splitlines()
+            self.assertEqual(result.code, 3, result)
+            self.assertRegex(lines[0], r"^ferrule: .*torn\.pdf: failed: .")
+            self.assertIn("1 of 2 files was not saved: 1 failed", lines[1])
+
     def test_two_runs_of_the_same_request_exclude_each_other(self):
         documents(self.place, ["a.pdf", "b.pdf"])
         (self.place.input / "c.pdf").write_bytes(HANGS)
@@ -213,6 +230,122 @@ class Trouble(unittest.TestCase):
         result = self.place.ferrule("merge", "--manifest", manifest, journal, "--record", self.record)
         self.assertEqual(result.code, 1, result)
         self.assertIn("2", result.errors)
+
+    def kept(self):
+        """The folder in which the run keeps its plan and journal."""
+        return next(self.place.root.rglob("manifest.jsonl")).parent
+
+    def test_only_the_run_that_was_planned_is_gone_on_with(self):
+        made = documents(self.place, ["a.pdf", "b.pdf"])
+        torn = self.place.input / "torn.pdf"
+        torn.write_bytes(b"torn")
+        planned = self.sequence.read_bytes()
+        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
+        shard = ["run", "--manifest", manifest, "--journal", journal]
+        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
+        words = self.words("--no-subfolders", "--skip-unavailable", "--allow-in-place")
+        self.assertEqual(self.place.ferrule(*words).code, 3)
+        again = [*words, "--resume", "--retry-failed"]
+        results = {path: path.read_bytes() for path in self.place.output.iterdir()}
+        rows = [
+            # words, sequence, what is named
+            (again, planned + b" ", str(self.sequence)), (again, None, str(self.sequence)),
+            ([*again, "--ext", "pdf,tif"], planned, "--ext"),
+            ([word for word in again if word != "--no-subfolders"], planned, "--no-subfolders"),
+            ([word for word in again if word != "--allow-in-place"], planned, "--allow-in-place"),
+            (shard, planned + b" ", str(self.sequence)),
+        ]
+        for given, content, named in rows:
+            self.sequence.unlink() if content is None else self.sequence.write_bytes(content)
+            result = self.place.ferrule(*given)
+            self.assertEqual(result.code, 1, result)
+            self.assertIn(named, result.errors)
+            if content is not None:
+                self.assertRegex(result.errors, "To go on with the run, .* anew, ")
+            self.sequence.write_bytes(planned)
+        passwords = self.place.root / "passwords"
+        passwords.write_text("secret", encoding="utf-8")
+        for more in (["--jobs", 1], ["--timeout", 9, "--memory", "1G"], ["--password-file", passwords], ["--allow-no-output"]):
+            self.assertEqual(self.place.ferrule(*again, *more).code, 3, more)
+        self.assertEqual({path: path.read_bytes() for path in self.place.output.iterdir()}, results)
+        # Another output or final action is another run; while the first is unfinished that is taken for a mistake.
+        kept = self.kept() / "journal.jsonl"
+        kept.write_bytes(kept.read_bytes()[:kept.read_bytes().rindex(b'{"end"')])
+        for more, named in ((["--output", self.place.done], "--output"), (["--final-action", "delete"], "--final-action")):
+            result = self.place.ferrule(*again, *more)
+            self.assertEqual(result.code, 1, result)
+            self.assertIn(named, result.errors)
+        self.assertEqual({path: path.read_bytes() for path in made}, made)
+        torn.write_bytes(minimal_pdf("mended"))
+        self.assertEqual(self.place.ferrule(*shard, "--record", self.record).code, 3, "it is not what was planned")
+
+    def test_no_message_about_a_broken_run_sends_in_a_circle(self):
+        documents(self.place, ["a.pdf"])
+        for name in ("manifest.jsonl", "journal.jsonl"):
+            for old, new in ((b'"version":1', b'"version":2'), (b'"run":"', b'"run":"x'), (b"\n", b"\n{nonsense\n"),
+                             (b"{", b"\0\0"), (b'{"number":1', b'{"number":7')):
+                self.assertEqual(self.place.ferrule(*self.words()).code, 0)
+                path = self.kept() / name
+                broken = path.read_bytes().replace(old, new, 1)
+                if broken == path.read_bytes():
+                    continue
+                path.write_bytes(broken)
+                for _ in range(2):
+                    result = self.place.ferrule(*self.words("--resume"))
+                    self.assertEqual(result.code, 1, f"{name} {new}\n{result}")
+                    self.assertIn("without --resume", result.errors)
+                    self.assertNotIn("with --resume", result.errors)
+        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
+        shard = ["run", "--manifest", manifest, "--journal", journal]
+        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
+        self.assertEqual(self.place.ferrule(*shard).code, 0)
+        journal.write_bytes(journal.read_bytes().replace(b"\n", b"\n{nonsense\n", 1))
+        result = self.place.ferrule(*shard)
+        self.assertEqual(result.code, 1, result)
+        self.assertRegex(result.errors, "move that file away .*--journal")
+        journal.rename(self.place.root / "away")
+        self.assertEqual(self.place.ferrule(*shard).code, 0)
+
+    def test_what_was_done_is_kept_packed(self):
+        documents(self.place, ["a.pdf"])
+        self.assertEqual(self.place.ferrule(*self.words()).code, 0)
+        kept = self.kept()
+        runs = kept.parent
+        pack, = runs.glob("*.gz")
+        self.assertRegex(pack.name, r"^\d{8}T\d{6}Z-[a-z0-9]{16}\.jsonl\.gz$")
+        self.assertEqual(pack.stat().st_mode & 0o777, 0o600)
+        plain = (kept / "manifest.jsonl").read_bytes() + (kept / "journal.jsonl").read_bytes()
+        self.assertEqual(gzip.decompress(pack.read_bytes()), plain)
+        self.assertEqual([path for path in runs.rglob("worker*")], [])
+        young = time.strftime("%Y%m%d", time.gmtime(time.time() - 20 * 86400))
+        names = [f"20200101T0000{number:02}Z-{'o' * 16}.jsonl.gz" for number in range(30)]
+        for name in [*names, *(f"{young}T0000{number:02}Z-{'y' * 16}.jsonl.gz" for number in range(15))]:
+            (runs / name).touch()
+        # Another request: the plain plan of the first one is old, and nothing of it could be done again.
+        os.utime(kept / "journal.jsonl", (0, 0))
+        self.assertEqual(self.place.ferrule(*self.words("--resume")).code, 0, "it can still be gone on with")
+        os.utime(kept / "journal.jsonl", (0, 0))
+        (self.place.input / "torn.pdf").write_bytes(b"torn")
+        self.assertEqual(self.place.ferrule(*self.words("--final-action", "copy", "--destination", self.place.done)).code, 3)
+        left = sorted(path.name for path in runs.glob("*.gz"))
+        self.assertEqual(len([name for name in left if "-y" in name]), 15)
+        self.assertEqual([name for name in left if "-o" in name], names[-3:], "twenty stay in all")
+        self.assertEqual(sorted(path.name for path in kept.iterdir()), ["lock"])
+        unfinished = next(runs.glob("*/journal.jsonl"))
+        os.utime(unfinished, (0, 0))
+        self.assertEqual(self.place.ferrule(*self.words("--ext", "none")).code, 0)
+        self.assertTrue(unfinished.exists(), "its file can still be done again")
+
+    def test_few_open_files_mean_few_workers(self):
+        documents(self.place, [f"{number}.pdf" for number in range(30)])
+        for soft, hard, code, told in ((60, 60, 0, "at most 4 workers"), (40, 400, 0, None), (20, 20, 1, "too few")):
+            def limit(soft=soft, hard=hard):
+                resource.setrlimit(resource.RLIMIT_NOFILE, (soft, hard))
+            process = self.place.start(*self.words(jobs=16), preexec_fn=limit)
+            errors = process.communicate(timeout=120)[1].decode()
+            self.assertEqual(process.returncode, code, errors)
+            self.assertIn(told or "", errors)
+            self.assertEqual("open at a time" in errors, bool(told), errors)
 
     def test_merging_needs_each_file_exactly_once(self):
         documents(self.place, [f"{number}.pdf" for number in range(8)])

@@ -95,7 +95,7 @@ TEST(Summary, JsonCountsEveryClassAndSurvivesNamesThatAreNoText)
 
 TEST(RunPrinter, DryRunsPrintWhatWouldHappenAsData)
 {
-    Scene run({.quiet = false, .dryRun = true, .recordToData = false, .jobs = 1, .part = "", .record = nullptr});
+    Scene run({.quiet = false, .dryRun = true, .recordToData = false, .jobs = 1, .part = ""});
     FileRecord record;
     record.path = "/in/a\x1b[2J.pdf";
     record.outcome = FileOutcomeClass::Saved;
@@ -127,10 +127,9 @@ TEST(RunPrinter, ProgressBeginsWhenTheTotalIsKnown)
               "\r\x1b[K[==========>                             ]  25 %  1/4 files");
 }
 
-TEST(RunPrinter, QuietKeepsWarningsAndTheRecordGoesWhereItIsWanted)
+TEST(RunPrinter, QuietKeepsWarningsAndTheRecord)
 {
-    std::ostringstream file;
-    Scene run({.quiet = true, .dryRun = false, .recordToData = true, .jobs = 2, .part = "", .record = &file});
+    Scene run({.quiet = true, .dryRun = false, .recordToData = true, .jobs = 2, .part = ""});
     PlanSummary plan;
     plan.total = 3;
     run.printer.Planned(plan);
@@ -139,7 +138,26 @@ TEST(RunPrinter, QuietKeepsWarningsAndTheRecordGoesWhereItIsWanted)
     run.printer.RecordLine("{}");
     EXPECT_EQ(run.messages.str(), "ferrule: warning: the log is locked\n");
     EXPECT_EQ(run.data.str(), "{}\n");
-    EXPECT_EQ(file.str(), "{}\n");
+}
+
+TEST(RunPrinter, QuietTellsEveryFileThatIsNotSavedAndCountsThem)
+{
+    Scene run({.quiet = true, .jobs = 1});
+    run.Done("/in/good.pdf", FileOutcomeClass::Saved);
+    run.result.exit = ExitClass::Fine;
+    EXPECT_EQ(run.messages.str() + cli::TroubleText(run.result, run.printer, {}), "");
+    for (int number = 0; number < 30; ++number) run.Done("/in/bad", FileOutcomeClass::Failed, "torn\nfile");
+    run.Done("/in/as-is.pdf", FileOutcomeClass::CopiedUnchanged);
+    ++run.result.counts[static_cast<std::size_t>(FileOutcomeClass::Skipped)];  // by an earlier start
+    run.result.remaining = 2;
+    run.result.exit = ExitClass::SomeNotSaved;
+    run.result.logPath = "/log";
+    std::string expected;
+    for (int number = 0; number < 30; ++number) expected += "ferrule: /in/bad: failed: torn\\nfile\n";
+    EXPECT_EQ(run.messages.str(), expected + "ferrule: /in/as-is.pdf: copied unchanged\n");
+    EXPECT_EQ(cli::TroubleText(run.result, run.printer, {.canResume = false, .kept = ""}),
+              "ferrule: 34 of 35 files were not saved: 1 copied unchanged, 30 failed, 1 skipped, 2 not begun, 1 of "
+              "them in an earlier start of this run\nLog: /log\n");
 }
 
 TEST(Printable, ControlCharactersAreSpelledOutAndTextStays)

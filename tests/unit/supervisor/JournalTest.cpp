@@ -113,7 +113,7 @@ TEST(Journal, NamesTheLineThatIsNoGood)
                  "another run"},
                 {R"({"ferrule":"journal","version":2,"run":"run1","shard":"1/1"})"
                  "\n",
-                 "is no journal"},
+                 "newer version"},
                 {header + "\n" + one + "\n{]\n" + one + "\n", "Line 3"},
                 {header + "\n" + one + "\n" + one + "\n", "file 1 (/p) has an outcome already"},
                 {header + "\n" + four + "\n", "Line 2"},

@@ -6,6 +6,7 @@
 #include "platform/Sha256.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Json.h"
+#include "supervisor/Planning.h"
 
 #include <algorithm>
 #include <array>
@@ -64,6 +65,18 @@ std::string Joined(const std::vector<std::string>& parts)
     return text;
 }
 
+/// "--skip-unavailable" for the permission "skipUnavailable" of a job.
+std::string OptionOf(const std::string& key)
+{
+    std::string option = "--";
+    for (const char letter : key) {
+        const bool capital = letter >= 'A' && letter <= 'Z';
+        if (capital) option += '-';
+        option += capital ? static_cast<char>(letter - 'A' + 'a') : letter;
+    }
+    return option;
+}
+
 /// Option by option, as "--ext (was "pdf", is "tif")".
 std::vector<std::string> Differences(const ManifestHeader& header, const RunRequest& request)
 {
@@ -74,14 +87,14 @@ std::vector<std::string> Differences(const ManifestHeader& header, const RunRequ
         if (!IsSame(row, was, is))
             found.push_back(std::string(row.option) + " (was " + Told(was) + ", is " + Told(is) + ")");
     }
-    const struct {
-        const char* option;
-        bool was, is;
-    } permissions[] = {{"--skip-unavailable", FlagAt(job, "skipUnavailable"), request.skipUnavailable},
-                       {"--allow-no-output", header.allowNoOutput, request.allowNoOutput},
-                       {"--allow-in-place", header.allowInPlace, request.allowInPlace}};
-    for (const auto& [option, was, is] : permissions)
-        if (was && !is) found.push_back(std::string(option) + " (was given, is not)");
+    const Json now = ParseObject(RunJobText(request, {}, false)).value_or(Json::object());
+    const auto compare = [&](const std::string& option, bool was, bool is) {
+        if (was && !is) found.push_back(option + " (was given, is not)");
+    };
+    for (const auto& [key, value] : job.items())
+        if (value.is_boolean()) compare(OptionOf(key), value.get<bool>(), FlagAt(now, key.c_str()));
+    compare("--allow-no-output", header.allowNoOutput, request.allowNoOutput);
+    compare("--allow-in-place", header.allowInPlace, request.allowInPlace);
     return found;
 }
 

@@ -19,9 +19,8 @@ void CPretendedActs::Add(const Intent& intent)
 {
     if (intent.act == ActKind::Move || intent.act == ActKind::Delete) m_paths[Key(intent.file)] = false;
     if (intent.act == ActKind::Move || intent.act == ActKind::Put) m_paths[Key(intent.target)] = true;
-    if (intent.act != ActKind::Move && intent.act != ActKind::Put) return;
-    // What is put in the place of a link goes where the link leads.
-    if (const std::string real = platform::CanonicalPath(intent.target); !real.empty()) m_replaced.insert(real);
+    // A link in the place of the target is replaced itself.
+    if (intent.act == ActKind::Move || intent.act == ActKind::Put) m_replaced.insert(Key(intent.target));
 }
 
 bool CPretendedActs::IsGone(const std::string& path) const
@@ -32,7 +31,7 @@ bool CPretendedActs::IsGone(const std::string& path) const
 
 bool CPretendedActs::IsReplaced(const std::string& path) const
 {
-    return m_replaced.contains(platform::CanonicalPath(path));
+    return m_replaced.contains(Key(path)) || m_replaced.contains(platform::CanonicalPath(path));
 }
 
 std::optional<bool> CPretendedActs::Exists(const std::string& path) const

@@ -20,5 +20,5 @@ public:
 
 private:
     std::unordered_map<std::string, bool> m_paths;  // by folder without links and name
-    std::unordered_set<std::string> m_replaced;     // without links
+    std::unordered_set<std::string> m_replaced;     // likewise
 };

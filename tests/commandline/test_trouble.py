@@ -265,7 +265,7 @@ class Trouble(unittest.TestCase):
             self.sequence.write_bytes(planned)
         passwords = self.place.root / "passwords"
         passwords.write_text("secret", encoding="utf-8")
-        for more in (["--jobs", 1], ["--timeout", 9, "--memory", "1G"], ["--password-file", passwords], ["--allow-no-output"]):
+        for more in (["--jobs", 1], ["--timeout", 9, "--memory", "1G"], ["--password-file", passwords], ["--allow-no-output", "--accept-damaged"]):
             self.assertEqual(self.place.ferrule(*again, *more).code, 3, more)
         self.assertEqual({path: path.read_bytes() for path in self.place.output.iterdir()}, results)
         # Another output or final action is another run; while the first is unfinished that is taken for a mistake.

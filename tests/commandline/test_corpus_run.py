@@ -19,6 +19,11 @@ def manifest():
                 yield row
 
 
+# Documents of which no other reader shows a page. Where the pages had to be searched for, the run is not sure of them.
+ONLY_HERE = {"damaged/broken-objstream1.pdf": "incomplete", "damaged/poppler-67295-0.pdf": "saved",
+             "damaged/T02-01_001_document-catalog-No-document-catalog.pdf": "incomplete", "odd/page_tree_empty_node.pdf": "saved"}
+
+
 class Corpus(unittest.TestCase):
     maxDiff = None
 
@@ -49,6 +54,8 @@ class Corpus(unittest.TestCase):
                     wrong.append(f"{path}: the result is not the one on record")
             if row["expected"] == "opens" and not row["encryption"]:
                 expected = {"saved"}
+            elif path in ONLY_HERE:
+                expected = {ONLY_HERE[path]}
             elif row["expected"] == "not a usable PDF" or row["encryption"] == "public key":
                 expected = {"failed"}
             else:

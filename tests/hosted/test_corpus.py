@@ -21,6 +21,13 @@ NOTHING_TO_SHOW = {
     "damaged/T02-03_006_page-object-missing.pdf": "its only page is not in the file",
     "damaged/T02-02_007_page-tree-wrong-count.pdf": "claims nine pages and has one",
 }
+SHOWN_HERE_ALONE = {"damaged/broken-objstream1.pdf", "damaged/poppler-67295-0.pdf", "odd/page_tree_empty_node.pdf",
+                    "damaged/T02-01_001_document-catalog-No-document-catalog.pdf"}
+# Their originals are kept: pages were searched for or are missing, or the file ends early.
+LOSE_SOMETHING = {"damaged/broken-objstream1.pdf", "damaged/deep-pages.pdf", "damaged/gh-229.pdf",
+                  "damaged/missing_xref_trailer_dict.pdf", "damaged/T02-01_001_document-catalog-No-document-catalog.pdf",
+                  "damaged/T02-02_002_page-tree-kids-links-recursive.pdf", "damaged/T02-02_007_page-tree-wrong-count.pdf"}
+HARD = CORPUS.parent / "corpus-repair"
 REVISIONS = {0: 4, 1: 3, 2: 4, 3: 6}
 CIPHERS = {0: b"AESv2", 1: b"", 2: b"AESv2", 3: b"AESv3"}  # nothing is said for RC4
 
@@ -163,14 +170,34 @@ class Corpus(unittest.TestCase):
         for row in rows:
             with self.subTest(row["path"]):
                 result, source = self.place.output / result_name(row), self.place.input / flat(row)
-                if row["expected"] == "not a usable PDF":
+                if row["expected"] == "not a usable PDF" and row["path"] not in SHOWN_HERE_ALONE:
                     self.assertFalse(result.exists())
                 if result.exists():
                     self.assertGreater(page_count(result, "open ü") or 0, 0)
-                    self.assertTrue((self.place.done / flat(row)).exists())
-                else:
+                if not (self.place.done / flat(row)).exists():  # nothing came out, or not all of it
                     self.assertEqual(source.read_bytes(), (CORPUS / row["path"]).read_bytes())
                     self.assertIn(flat(row), outcome.errors)
+                self.assertEqual((self.place.done / flat(row)).exists(), result.exists() and row["path"] not in LOSE_SOMETHING)
+
+    def test_documents_that_are_hard_to_open_or_to_write(self):
+        if not HARD.is_dir():
+            self.skipTest("their folder is not here")
+        with open(HARD / "MANIFEST.tsv", encoding="utf-8", newline="") as stream:
+            rows = list(csv.DictReader(stream, delimiter="\t", quoting=csv.QUOTE_NONE))
+        for row in rows:
+            shutil.copyfile(HARD / row["path"], self.place.input / row["path"])
+        words = self.place.root / "passwords.txt"
+        words.write_text("\n".join(row["owner_password"] for row in rows if row["owner_password"]) + "\n", encoding="utf-8")
+        outcome = self.run_protect(protect_items(3, "open ü", "owner ü"), arguments=["--password-file", words])
+        for row in rows:
+            with self.subTest(row["path"]):
+                source, result = self.place.input / row["path"], self.place.output / row["path"]
+                self.assertEqual(page_count(result, "open ü"), int(row["pages"]), outcome)
+                text = text_of(source, row["user_password"]).split()
+                self.assertEqual(text_of(result, "open ü").split() if text else [], text)
+                code, said = tool("qpdf", "--check", "--password=open ü", result)
+                known = tool("qpdf", "--check", "--password=" + row["user_password"], source)[0]
+                self.assertTrue(code == 0 or code <= known, said)
 
 
 if __name__ == "__main__":

@@ -3,6 +3,7 @@ import csv
 import json
 import os
 import shutil
+import subprocess
 import sys
 import unittest
 from pathlib import Path
@@ -67,6 +68,31 @@ class Corpus(unittest.TestCase):
             if outcome == "failed" and (not line["message"] or line.get("outputs")):
                 wrong.append(f"{path}: failed, but {line}")
         self.assertEqual(wrong, [])
+
+    def test_half_copies_keep_their_files(self):
+        place = CommandPlace()
+        self.addCleanup(place.close)
+        names = ["text/pdflatex-4-pages.pdf", "structure/minimal-linearized.pdf", "business/missouri.pdf"]
+        halves = {}
+        for name in names:
+            whole = (CORPUS / name).read_bytes()
+            halves[place.input / Path(name).name] = whole[:len(whole) * 6 // 10]
+        for path, half in halves.items():
+            path.write_bytes(half)
+        sequence, record = place.protect_sequence(), place.root / "record.jsonl"
+        result = place.ferrule("run", sequence, "--input", place.input, "--output", place.output, "--final-action", "delete",
+                               "--record", record)
+        self.assertEqual(result.code, 3, result)
+        self.assertLessEqual({line["outcome"] for line in records(record).values()}, {"incomplete", "failed"}, result)
+        alone = subprocess.run([os.environ["FERRULE_HOST_PROGRAM"], "--plugin", os.environ["FERRULE_PLUG_IN"]], capture_output=True,
+                               env={**place.environment(), "FERRULESEQU": str(sequence), "FERRULEALTPATH": str(place.input),
+                                    "FERRULEALTOUTPUTPATH": str(place.output), "FERRULEFINAL": "3"}, check=False, timeout=100)
+        self.assertNotEqual(alone.returncode, 0, alone)
+        self.assertEqual({path: path.read_bytes() for path in place.input.iterdir()}, halves)
+        accepted = place.ferrule("run", sequence, "--input", place.input, "--output", place.output, "--final-action", "delete",
+                                 "--accept-damaged")
+        self.assertEqual(len(list(place.input.iterdir())), sum(line["outcome"] == "failed" for line in records(record).values()),
+                         accepted)
 
 
 if __name__ == "__main__":

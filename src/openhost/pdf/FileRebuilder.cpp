@@ -6,6 +6,7 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <sstream>
+#include <stdexcept>
 
 namespace openhost {
 namespace {
@@ -28,12 +29,17 @@ void PutNumber(std::string& data, std::uint64_t number, int bytes)
     for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) data += static_cast<char>(number >> shift & 0xFF);
 }
 
-/// The numbers at the front of a stream of objects, one in two of which is an object's.
+/// The numbers at the front of a stream of objects, one in two of which is an object's; none when it cannot be read.
 std::vector<int> NumbersIn(QPDFObjectHandle stream)
 {
     const int count =
         stream.getDict().getKey("/N").isInteger() ? stream.getDict().getKey("/N").getIntValueAsInt() : 0;
-    const auto content = stream.getStreamData(qpdf_dl_generalized);
+    std::shared_ptr<Buffer> content;
+    try {
+        content = stream.getStreamData(qpdf_dl_generalized);
+    } catch (const std::runtime_error&) {
+        return {};
+    }
     std::istringstream text(std::string(reinterpret_cast<const char*>(content->getBuffer()), content->getSize()));
     std::vector<int> numbers;
     for (int number = 0, offset = 0; static_cast<int>(numbers.size()) < count && text >> number >> offset;)
@@ -91,13 +97,14 @@ bool CFileRebuilder::AddObjectStreams(QPDF& reading)
     for (const auto& [stream, place] : direct) {
         QPDFObjectHandle object = reading.getObject(stream, place.generation);
         if (!object.isStream() || !object.getDict().isDictionaryOfType("/ObjStm")) continue;
-        int index = 0;
+        int index = -1;
         for (const int number : NumbersIn(object)) {
+            ++index;
+            if (number <= 0 || number > kHighestNumber) continue;
             Place& known = m_places[number];
             const bool older = known.offset != 0 && known.offset > place.offset;  // the newer one counts
             if (!older) known = {.inStream = true, .offset = place.offset, .stream = stream, .index = index};
             any = any || !older;
-            ++index;
         }
     }
     return any;

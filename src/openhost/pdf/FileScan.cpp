@@ -11,7 +11,6 @@
 namespace openhost {
 namespace {
 
-constexpr int kHighestNumber = 10'000'000;  // higher numbers are no object numbers of a real file
 constexpr int kHighestGeneration = 65535;
 constexpr std::size_t kLongestDictionary = 64 * 1024;
 
@@ -155,19 +154,21 @@ std::optional<int> CScanner::LengthIn(const std::string& dictionary) const
     return std::nullopt;
 }
 
-/// Where "endstream" stands: at the place that the length leads to, else the next one that belongs to this object.
+/// Where "endstream" stands: the next one, unless objects come before it. Then the content is a file of its own, and
+/// its length leads to the end, or this stream has none.
 std::size_t CScanner::EndOfStream(const std::string& dictionary, std::size_t content) const
 {
+    const std::size_t next = m_bytes.find("endstream", content);
+    const std::string_view between = m_bytes.substr(content, next == std::string_view::npos ? next : next - content);
+    if (between.find("endobj") == std::string_view::npos) return next;
+    const auto length = LengthIn(dictionary);
+    if (!length) return std::string_view::npos;
     std::size_t start = content;
-    if (start < m_bytes.size() && m_bytes[start] == '\r') ++start;
+    if (m_bytes[start] == '\r') ++start;
     if (start < m_bytes.size() && m_bytes[start] == '\n') ++start;
-    if (const auto length = LengthIn(dictionary)) {
-        std::size_t end = std::min(start + static_cast<std::size_t>(*length), m_bytes.size());
-        while (end < m_bytes.size() && IsBlank(m_bytes[end])) ++end;
-        if (m_bytes.substr(end, 9) == "endstream") return end;
-    }
-    const std::size_t end = m_bytes.find("endstream", content);
-    return end == std::string_view::npos || m_bytes.find("endobj", content) < end ? std::string_view::npos : end;
+    std::size_t end = std::min(start + static_cast<std::size_t>(*length), m_bytes.size());
+    while (end < m_bytes.size() && IsBlank(m_bytes[end])) ++end;
+    return m_bytes.substr(end, 9) == "endstream" ? end : std::string_view::npos;
 }
 
 void CScanner::OnTrailer()

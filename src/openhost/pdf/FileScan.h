@@ -10,6 +10,9 @@
 
 namespace openhost {
 
+/// Higher numbers are no object numbers of a real file.
+constexpr int kHighestNumber = 10'000'000;
+
 /// "7 0 obj" and where it stands.
 struct ScannedObject {
     int number = 0;

@@ -8,6 +8,7 @@
 #include <qpdf/QPDFObjectHandle.hh>
 #include <qpdf/QPDFXRefEntry.hh>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -63,8 +64,11 @@ void LookInObjectStreams(QPDF& document, Signs& signs)
     for (const int number : ObjectStreams(document)) {
         QPDFObjectHandle stream = document.getObject(number, 0);
         if (signs.numberSign || !stream.isStream()) continue;
-        const auto content = stream.getStreamData(qpdf_dl_generalized);
-        signs.LookIn({reinterpret_cast<const char*>(content->getBuffer()), content->getSize()});
+        try {
+            const auto content = stream.getStreamData(qpdf_dl_generalized);
+            signs.LookIn({reinterpret_cast<const char*>(content->getBuffer()), content->getSize()});
+        } catch (const std::runtime_error&) {  // nothing of what it holds is written either
+        }
     }
 }
 

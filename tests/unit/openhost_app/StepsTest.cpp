@@ -149,7 +149,7 @@ TEST_F(Steps, TheSaveStepReadsTextsStringsAndPathCabs)
     cab->PutString("HandlerUniqueID", "com.adobe.acrobat.pdf");
     const auto settings = SaveStepSettings::Read(&*cab);
     EXPECT_TRUE(settings.inFolder);
-    EXPECT_EQ(settings.folder.value_or(""), NativeFromDeviceIndependent("/C/some/f\xF6lder", nullptr)) << "its bytes";
+    EXPECT_EQ(settings.folder.value_or(""), NativeFromDeviceIndependent("/C/some/f\xF6lder/", nullptr)) << "its bytes";
     EXPECT_EQ(settings.after, "") << "only with AddToBaseName";
     EXPECT_FALSE(settings.optimise);
     EXPECT_TRUE(settings.dontOverwrite);

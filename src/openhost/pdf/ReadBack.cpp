@@ -117,8 +117,8 @@ bool CameBack(QPDFObjectHandle original, QPDFObjectHandle written)
 {
     const auto wanted = RawBytes(original), found = RawBytes(written);
     if (!wanted) return true;  // nobody could read it before
-    return found && found->getSize() == wanted->getSize() &&
-           std::memcmp(found->getBuffer(), wanted->getBuffer(), wanted->getSize()) == 0;
+    if (!found || found->getSize() != wanted->getSize()) return false;
+    return wanted->getSize() == 0 || std::memcmp(found->getBuffer(), wanted->getBuffer(), wanted->getSize()) == 0;
 }
 
 /// Compares pages; a stream that many pages share is compared once.

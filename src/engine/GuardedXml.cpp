@@ -4,40 +4,64 @@
 
 #include <tinyxml.h>
 #include <cstddef>
+#include <vector>
 
 namespace {
 
 bool ContinuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
-/// The place of a byte. A line ends with a line feed, a carriage return, or both.
-TextPlace PlaceOfByte(std::string_view bytes, std::size_t at)
-{
-    TextPlace place{1, 1};
-    std::size_t lineStart = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
-    for (std::size_t i = lineStart; i < at && i < bytes.size(); ++i) {
-        const bool halfOfTwo = bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n';
-        if ((bytes[i] != '\n' && bytes[i] != '\r') || halfOfTwo) continue;
-        ++place.line;
-        lineStart = i + 1;
+/// The places of bytes that are asked for from front to back. A line ends with a line feed, a carriage return, or both.
+class CPlaces {
+public:
+    explicit CPlaces(std::string_view bytes) : m_bytes(bytes), m_at(bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0) {}
+
+    TextPlace Of(std::size_t at)
+    {
+        for (; m_at < at && m_at < m_bytes.size(); ++m_at) {
+            const char c = m_bytes[m_at];
+            const bool halfOfTwo = c == '\r' && m_at + 1 < m_bytes.size() && m_bytes[m_at + 1] == '\n';
+            if ((c == '\n' || c == '\r') && !halfOfTwo)
+                m_place = {m_place.line + 1, 1};
+            else if (!ContinuesCharacter(c))
+                ++m_place.column;
+        }
+        return m_place;
     }
-    for (std::size_t i = lineStart; i < at && i < bytes.size(); ++i)
-        if (!ContinuesCharacter(bytes[i])) ++place.column;
-    return place;
+
+private:
+    std::string_view m_bytes;
+    std::size_t m_at;
+    TextPlace m_place{1, 1};
+};
+
+/// What is parsed of an element: all of it, or its first tag, closed.
+std::string TextOf(std::string_view bytes, const XmlPart& part)
+{
+    if (part.depth == kOutlineDepth) return std::string(bytes.substr(part.begin, part.end - part.begin));
+    std::string tag(bytes.substr(part.begin, part.tagEnd - part.begin));
+    if (!tag.ends_with("/>")) tag.insert(tag.size() - 1, "/");
+    return tag;
 }
 
 }  // namespace
 
-std::optional<XmlFault> ParseGuardedXml(std::string_view bytes, TiXmlDocument& document, TextPlace* start)
+std::optional<XmlFault> WalkGuardedXml(std::string_view bytes, const std::function<bool(const VisitedElement&)>& visit)
 {
+    CPlaces places(bytes);
     std::size_t faultAt = 0;
-    const auto checked = CheckedXml(bytes, {}, &faultAt);
-    if (!checked) return XmlFault{checked.Error(), faultAt == bytes.npos ? TextPlace{} : PlaceOfByte(bytes, faultAt)};
-    const TextPlace from = PlaceOfByte(bytes, static_cast<std::size_t>(checked->data() - bytes.data()));
-    if (start) *start = from;
-    document.SetTabSize(1);
-    document.Parse(std::string(*checked).c_str(), nullptr, TIXML_ENCODING_UTF8);
-    if (!document.Error()) return std::nullopt;
-    return XmlFault{document.ErrorDesc(), PlaceFrom(from, document.ErrorRow(), document.ErrorCol()), true};
+    std::vector<XmlPart> outline;
+    if (const auto checked = CheckedXml(bytes, {}, &faultAt, &outline); !checked)
+        return XmlFault{checked.Error(), faultAt == bytes.npos ? TextPlace{} : places.Of(faultAt)};
+    for (const XmlPart& part : outline) {
+        const TextPlace start = places.Of(part.begin);
+        TiXmlDocument document;
+        document.SetTabSize(1);
+        document.Parse(TextOf(bytes, part).c_str(), nullptr, TIXML_ENCODING_UTF8);
+        if (document.Error() || !document.RootElement())
+            return XmlFault{document.ErrorDesc(), PlaceFrom(start, document.ErrorRow(), document.ErrorCol()), true};
+        if (!visit({*document.RootElement(), part.depth, start})) break;
+    }
+    return std::nullopt;
 }
 
 std::string FaultSentence(const XmlFault& fault)

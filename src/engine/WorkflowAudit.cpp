@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -43,25 +44,27 @@ bool IsItemType(const std::string& type)
 
 class CWorkflowAuditor {
 public:
-    explicit CWorkflowAuditor(TextPlace start) : m_start(start) {}
-
-    WorkflowAudit Look(const TiXmlElement& root)
+    /// False when there is nothing more to look for.
+    bool Look(const VisitedElement& at)
     {
-        if (!IsNamed(root, "Workflow")) {
-            return NoWorkflow(root, "wrong-root",
-                              "The root element is not \"Workflow\" but " + Quoted(root.ValueStr()) + ".");
+        m_start = at.start;
+        if (at.depth == 1) return Root(at.element);
+        if (at.depth == 2) {
+            EndGroup();
+            Part(at.element);
+        } else if (m_part == "Sources") {
+            Source(at.element);
+        } else if (m_part == "Group") {
+            InGroup(at.element);
         }
-        for (const TiXmlElement* child = root.FirstChildElement(); child; child = child->NextSiblingElement()) {
-            if (IsNamed(*child, "Sources")) {
-                Sources(*child);
-            } else if (IsNamed(*child, "Group")) {
-                Group(*child);
-            } else {
-                Unknown(*child);
-            }
-        }
-        if (m_audit.steps.empty())
-            return NoWorkflow(root, "no-commands", "The workflow has no group with a command.");
+        return true;
+    }
+
+    WorkflowAudit Finish()
+    {
+        EndGroup();
+        if (m_audit.isWorkflow && m_audit.steps.empty())
+            NoWorkflow("no-commands", "The workflow has no group with a command.", m_root);
         return std::move(m_audit);
     }
 
@@ -70,7 +73,12 @@ private:
 
     void Add(Severity severity, const char* code, std::string text, const TiXmlElement& element)
     {
-        m_audit.remarks.push_back({severity, code, std::move(text), m_step, Place(element)});
+        AddAt(severity, code, std::move(text), Place(element));
+    }
+
+    void AddAt(Severity severity, const char* code, std::string text, TextPlace place)
+    {
+        m_audit.remarks.push_back({severity, code, std::move(text), m_step, place});
     }
 
     void Unknown(const TiXmlElement& element)
@@ -79,44 +87,61 @@ private:
             element);
     }
 
-    WorkflowAudit NoWorkflow(const TiXmlElement& root, const char* code, std::string text) const
+    void NoWorkflow(const char* code, std::string text, TextPlace place)
     {
-        return {false, {{Severity::Error, code, std::move(text), 0, Place(root)}}, {}};
+        m_audit = {false, {{Severity::Error, code, std::move(text), 0, place}}, {}};
     }
 
-    void Sources(const TiXmlElement& element)
+    bool Root(const TiXmlElement& root)
     {
-        if (element.Attribute("defaultCommand"))
+        m_root = Place(root);
+        if (IsNamed(root, "Workflow")) return true;
+        NoWorkflow("wrong-root", "The root element is not \"Workflow\" but " + Quoted(root.ValueStr()) + ".", m_root);
+        return false;
+    }
+
+    /// A child of the root element.
+    void Part(const TiXmlElement& element)
+    {
+        m_part = element.ValueStr();
+        if (m_part == "Group") {
+            m_group = {Place(element), AttributeText(element, "label"), false};
+        } else if (m_part != "Sources") {
+            Unknown(element);
+        } else if (element.Attribute("defaultCommand")) {
             Add(Severity::Note, "source-dialog", "Which dialog asks for the input has no effect here.", element);
-        for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
-            if (AttributeText(*child, "path").empty()) {
-                Add(Severity::Warning, "source-without-path", "A source without a path is passed over.", *child);
-            } else if (!IsNamed(*child, "Folder") && !IsNamed(*child, "File")) {
-                Add(Severity::Warning, "unknown-element",
-                    "The source " + Quoted(child->ValueStr()) + " is neither a \"File\" nor a \"Folder\".", *child);
-            }
         }
     }
 
-    void Group(const TiXmlElement& element)
+    void Source(const TiXmlElement& element)
     {
-        bool anyCommand = false;
-        for (const TiXmlElement* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
-            if (IsNamed(*child, "Command")) {
-                anyCommand = true;
-                Command(*child);
-            } else if (IsNamed(*child, "Instruction")) {
-                Add(Severity::Note, "instruction", "The instruction is for people; nobody sees it in a run.", *child);
-            } else if (IsNamed(*child, "Separator")) {
-                Add(Severity::Note, "separator", "The separator has no effect.", *child);
-            } else {
-                Unknown(*child);
-            }
+        if (AttributeText(element, "path").empty()) {
+            Add(Severity::Warning, "source-without-path", "A source without a path is passed over.", element);
+        } else if (!IsNamed(element, "Folder") && !IsNamed(element, "File")) {
+            Add(Severity::Warning, "unknown-element",
+                "The source " + Quoted(element.ValueStr()) + " is neither a \"File\" nor a \"Folder\".", element);
         }
-        if (!anyCommand)
-            Add(Severity::Note, "group-without-commands",
-                "The group " + Quoted(AttributeText(element, "label")) + " has no commands and is passed over.",
-                element);
+    }
+
+    void InGroup(const TiXmlElement& element)
+    {
+        if (IsNamed(element, "Command")) {
+            m_group.anyCommand = true;
+            Command(element);
+        } else if (IsNamed(element, "Instruction")) {
+            Add(Severity::Note, "instruction", "The instruction is for people; nobody sees it in a run.", element);
+        } else if (IsNamed(element, "Separator")) {
+            Add(Severity::Note, "separator", "The separator has no effect.", element);
+        } else {
+            Unknown(element);
+        }
+    }
+
+    void EndGroup()
+    {
+        if (m_part != "Group" || m_group.anyCommand) return;
+        AddAt(Severity::Note, "group-without-commands",
+              "The group " + Quoted(m_group.label) + " has no commands and is passed over.", m_group.place);
     }
 
     void Command(const TiXmlElement& element)
@@ -191,7 +216,15 @@ private:
         }
     }
 
-    TextPlace m_start;
+    struct Group {
+        TextPlace place;
+        std::string label;
+        bool anyCommand = false;
+    };
+
+    TextPlace m_start, m_root;
+    std::string m_part;  // the name of the child of the root element that is looked at
+    Group m_group;
     WorkflowAudit m_audit;
     int m_step = 0;
 };
@@ -200,12 +233,8 @@ private:
 
 WorkflowAudit AuditWorkflow(std::string_view bytes)
 {
-    TiXmlDocument document;
-    TextPlace start;
-    if (const auto fault = ParseGuardedXml(bytes, document, &start))
+    CWorkflowAuditor auditor;
+    if (const auto fault = WalkGuardedXml(bytes, [&](const VisitedElement& at) { return auditor.Look(at); }))
         return {false, {{Severity::Error, "not-xml", fault->sentence, 0, fault->place}}, {}};
-    const TiXmlElement* const root = document.RootElement();
-    if (!root)
-        return {false, {{Severity::Error, "not-xml", "The file does not contain an XML document.", 0, {}}}, {}};
-    return CWorkflowAuditor(start).Look(*root);
+    return auditor.Finish();
 }

@@ -39,17 +39,6 @@ CCab CabFromItems(const WorkflowItems& items)
     return cab;
 }
 
-CCab CabFromCommand(const WorkflowCommand& command)
-{
-    CCab cab;
-    cab.PutCab("Params", CabFromItems(command.parameters));
-    cab.PutAtom("HandlerName", Atom(command.handlerName));
-    cab.PutTextUtf8("Title", command.label);
-    cab.PutInt("UIPolicy", kAVCommandUISilent);
-    cab.PutCab("Config", CCab());
-    return cab;
-}
-
 CCab CommandsCab(const Workflow& workflow)
 {
     CCab commands;
@@ -78,12 +67,30 @@ CCab InputCab(const Workflow& workflow)
 
 }  // namespace
 
+CCab CabFromCommand(const WorkflowCommand& command)
+{
+    CCab cab;
+    cab.PutCab("Params", CabFromItems(command.parameters));
+    cab.PutAtom("HandlerName", Atom(command.handlerName));
+    cab.PutTextUtf8("Title", command.label);
+    cab.PutInt("UIPolicy", kAVCommandUISilent);
+    cab.PutCab("Config", CCab());
+    return cab;
+}
+
 CCab CabFromWorkflow(const Workflow& workflow)
+{
+    CCab sequence = CabWithoutCommands(workflow);
+    sequence.PutCab("Commands", CommandsCab(workflow));
+    return sequence;
+}
+
+CCab CabWithoutCommands(const Workflow& workflow)
 {
     CCab output;
     output.PutInt("FileVariation", kOutputSavesItself);
     CCab sequence;
-    sequence.PutCab("Commands", CommandsCab(workflow));
+    sequence.PutCab("Commands", CCab());
     sequence.PutCab("Input", InputCab(workflow));
     sequence.PutCab("Output", std::move(output));
     return sequence;

@@ -9,6 +9,8 @@
 #include <tinyxml.h>
 #include <cstring>
 #include <map>
+#include <optional>
+#include <utility>
 
 namespace {
 
@@ -82,46 +84,84 @@ WorkflowCommand ReadCommand(const TiXmlElement& element, const std::string& labe
     return command;
 }
 
-void ReadSources(const TiXmlElement& element, Workflow& workflow)
+void ReadSource(const TiXmlElement& element, Workflow& workflow)
 {
-    ForEachChild(element, [&](const TiXmlElement& child) {
-        WorkflowSource source{AttributeText(child, "path"), IsNamed(child, "Folder")};
-        if (source.path.empty()) return;
-        // An element of another name keeps the kind of the source in front of it.
-        if (!source.isFolder && !IsNamed(child, "File"))
-            source.isFolder = !workflow.sources.empty() && workflow.sources.back().isFolder;
-        workflow.sources.push_back(std::move(source));
-    });
+    WorkflowSource source{AttributeText(element, "path"), IsNamed(element, "Folder")};
+    if (source.path.empty()) return;
+    // An element of another name keeps the kind of the source in front of it.
+    if (!source.isFolder && !IsNamed(element, "File"))
+        source.isFolder = !workflow.sources.empty() && workflow.sources.back().isFolder;
+    workflow.sources.push_back(std::move(source));
 }
 
-void ReadGroup(const TiXmlElement& element, Workflow& workflow)
-{
-    WorkflowGroup group;
-    group.label = element.Attribute("label") ? AttributeText(element, "label") : "Untitled";
-    ForEachChild(element, [&](const TiXmlElement& child) {
-        if (IsNamed(child, "Command")) group.commands.push_back(ReadCommand(child, group.label));
-    });
-    if (!group.commands.empty()) workflow.groups.push_back(std::move(group));
-}
+/// Takes a workflow in, element by element.
+class CWorkflowReader {
+public:
+    /// False when the root element is of another kind.
+    bool Take(const TiXmlElement& element, int depth)
+    {
+        if (depth == 1) return TakeRoot(element);
+        if (depth == 2) {
+            m_parent = IsNamed(element, "Sources") ? Parent::Sources
+                       : IsNamed(element, "Group") ? Parent::Group
+                                                   : Parent::Other;
+            if (m_parent == Parent::Group) BeginGroup(element);
+        } else if (m_parent == Parent::Sources) {
+            ReadSource(element, m_workflow);
+        } else if (m_parent == Parent::Group && IsNamed(element, "Command")) {
+            m_group.commands.push_back(ReadCommand(element, m_group.label));
+        }
+        return true;
+    }
+
+    /// Nothing when the root element was of another kind.
+    std::optional<Workflow> Finish()
+    {
+        EndGroup();
+        if (!m_isWorkflow) return std::nullopt;
+        return std::move(m_workflow);
+    }
+
+private:
+    enum class Parent { Other, Sources, Group };
+
+    bool TakeRoot(const TiXmlElement& root)
+    {
+        m_workflow.title = AttributeText(root, "title");
+        m_workflow.description = AttributeText(root, "description");
+        return m_isWorkflow = IsNamed(root, "Workflow");
+    }
+
+    void BeginGroup(const TiXmlElement& element)
+    {
+        EndGroup();
+        m_group.label = element.Attribute("label") ? AttributeText(element, "label") : "Untitled";
+    }
+
+    void EndGroup()
+    {
+        if (!m_group.commands.empty()) m_workflow.groups.push_back(std::move(m_group));
+        m_group = {};
+    }
+
+    Workflow m_workflow;
+    WorkflowGroup m_group;
+    Parent m_parent = Parent::Other;
+    bool m_isWorkflow = false;
+};
 
 }  // namespace
 
 Expected<Workflow> ParseWorkflow(std::string_view bytes)
 {
-    TiXmlDocument document;
-    if (const auto fault = ParseGuardedXml(bytes, document)) return Failure(FaultSentence(*fault));
-    const TiXmlElement* root = document.RootElement();
-    if (!root || !IsNamed(*root, "Workflow")) return Failure("The root element is not \"Workflow\".");
-
-    Workflow workflow;
-    workflow.title = AttributeText(*root, "title");
-    workflow.description = AttributeText(*root, "description");
-    ForEachChild(*root, [&](const TiXmlElement& child) {
-        if (IsNamed(child, "Sources")) ReadSources(child, workflow);
-        if (IsNamed(child, "Group")) ReadGroup(child, workflow);
-    });
-    if (workflow.groups.empty()) return Failure("The workflow has no group with a command.");
-    return workflow;
+    CWorkflowReader reader;
+    const auto fault =
+        WalkGuardedXml(bytes, [&](const VisitedElement& at) { return reader.Take(at.element, at.depth); });
+    if (fault) return Failure(FaultSentence(*fault));
+    std::optional<Workflow> workflow = reader.Finish();
+    if (!workflow) return Failure("The root element is not \"Workflow\".");
+    if (workflow->groups.empty()) return Failure("The workflow has no group with a command.");
+    return std::move(*workflow);
 }
 
 Expected<Workflow> ReadWorkflowFile(const std::string& path)

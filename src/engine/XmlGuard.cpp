@@ -72,7 +72,9 @@ bool LooksLikeDeclaration(std::string_view instruction)
 /// nothing may look like a comment here and like elements there.
 class CXmlScan {
 public:
-    CXmlScan(std::string_view text, const XmlLimits& limits) : m_text(text), m_limits(limits) {}
+    CXmlScan(std::string_view text, const XmlLimits& limits, std::vector<XmlPart>* outline)
+        : m_text(text), m_limits(limits), m_outline(outline)
+    {}
 
     std::string Problem()
     {
@@ -86,7 +88,7 @@ public:
         }
         if (!m_problem.empty()) return m_problem;
         if (m_elements == 0) Fail("The file does not contain an XML document.");
-        if (m_depth != 0) Fail("The XML document is cut off: an element is not closed.");
+        if (!m_open.empty()) Fail("The XML document is cut off: an element is not closed.");
         return m_problem;
     }
 
@@ -113,7 +115,7 @@ private:
     {
         const std::size_t end = std::min(m_text.find('<', m_at), m_text.size());
         const std::string_view data = m_text.substr(m_at, end - m_at);
-        if (const std::size_t text = data.find_first_not_of(kBlanks); m_depth == 0 && text != kNone)
+        if (const std::size_t text = data.find_first_not_of(kBlanks); m_open.empty() && text != kNone)
             return FailAt(m_at + text, "There is text outside of the root element.");
         CheckReferences(data);
         m_at = end;
@@ -142,22 +144,45 @@ private:
 
     void EndTag()
     {
-        if (--m_depth < 0) return Fail("An element is closed that was not opened.");
+        if (m_open.empty()) return Fail("An element is closed that was not opened.");
+        const std::size_t start = m_at;
         Skip("</", ">");
+        if (!m_problem.empty()) return;
+        std::string_view name = m_text.substr(start + 2, m_at - start - 3);
+        name = name.substr(0, name.find_last_not_of(kBlanks) + 1);
+        if (name != m_open.back().name) return FailAt(start, "An element is closed under the name of another.");
+        Close();
+    }
+
+    void Close()
+    {
+        if (m_open.back().part != kNone) (*m_outline)[m_open.back().part].end = m_at;
+        m_open.pop_back();
     }
 
     void StartTag()
     {
-        if (m_depth == 0 && m_elements > 0) return Fail("There is more than one root element.");
+        if (m_open.empty() && m_elements > 0) return Fail("There is more than one root element.");
         if (++m_elements > m_limits.elements) return Fail("The XML document has too many elements.");
-        if (++m_depth > m_limits.depth) return Fail("The elements are nested too deeply.");
+        if (static_cast<int>(m_open.size()) == m_limits.depth) return Fail("The elements are nested too deeply.");
         if (m_at + 1 >= m_text.size() || !StartsName(m_text[m_at + 1])) return Fail("An element has no proper name.");
+        const std::size_t start = m_at;
         m_at = m_text.find_first_of(" \t\r\n/>", m_at);
+        Open(start);
         for (int attributes = 0; m_problem.empty(); ++attributes) {
             if (EndOfTag()) return;
             if (attributes >= m_limits.attributesOfOneElement) return Fail("An element has too many attributes.");
             Attribute();
         }
+    }
+
+    void Open(std::size_t start)
+    {
+        m_open.push_back({m_text.substr(start + 1, std::min(m_at, m_text.size()) - start - 1), kNone});
+        const int depth = static_cast<int>(m_open.size());
+        if (!m_outline || depth > kOutlineDepth) return;
+        m_open.back().part = m_outline->size();
+        m_outline->push_back({depth, start, start, start});
     }
 
     /// Steps over blanks and the end of the tag; false when an attribute follows.
@@ -170,8 +195,9 @@ private:
         }
         const bool empty = StartsWith("/>");
         if (!empty && m_text[m_at] != '>') return false;
-        if (empty) --m_depth;
         m_at += empty ? 2 : 1;
+        if (m_open.back().part != kNone) (*m_outline)[m_open.back().part].tagEnd = m_at;
+        if (empty) Close();
         return true;
     }
 
@@ -214,13 +240,20 @@ private:
     std::string_view m_text;
     XmlLimits m_limits;
     std::size_t m_at = 0, m_construct = 0, m_problemAt = 0;
-    int m_depth = 0, m_elements = 0;
+    int m_elements = 0;
+    struct OpenElement {
+        std::string_view name;
+        std::size_t part;  // its place in the outline
+    };
+    std::vector<OpenElement> m_open;
+    std::vector<XmlPart>* m_outline;  // borrowed, may be null
     std::string m_problem;
 };
 
 }  // namespace
 
-Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits, std::size_t* faultAt)
+Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits, std::size_t* faultAt,
+                                      std::vector<XmlPart>* outline)
 {
     const std::string_view whole = bytes;
     const auto place = [&](std::string_view rest) { return static_cast<std::size_t>(rest.data() - whole.data()); };
@@ -238,8 +271,12 @@ Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& l
         if (end == kNone) return fail(place(bytes), "The XML document is cut off inside a tag or a comment.");
         bytes.remove_prefix(end + 2);
     }
-    CXmlScan scan(bytes, limits);
+    CXmlScan scan(bytes, limits, outline);
     if (std::string problem = scan.Problem(); !problem.empty())
         return fail(place(bytes) + scan.ProblemAt(), std::move(problem));
+    if (outline) {
+        for (XmlPart& part : *outline)
+            for (std::size_t* at : {&part.begin, &part.tagEnd, &part.end}) *at += place(bytes);
+    }
     return bytes;
 }

@@ -1,7 +1,7 @@
 #include "common/Text.h"
 #include "engine/OutputSettings.h"
 #include "jobs/SequenceChecks.h"
-#include "jobs/SequenceReport.h"
+#include "jobs/SequencePasswords.h"
 
 #include <algorithm>
 
@@ -34,16 +34,24 @@ std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const Run
         findings.Error("incomplete", "It lacks one of the parts \"Commands\", \"Input\" and \"Output\".");
         return InStepOrder(findings.All());
     }
-    const auto steps = StepsOf(source);
-    if (steps.empty() && OutputSettings::Read(source.sequence.Output()).kind == kOutputNone)
-        findings.Error("no-commands", "The sequence has no commands, and it saves nothing.");
-    else if (steps.empty())
-        findings.Warning("no-commands", "The sequence has no commands: it only saves the documents.");
     CheckInput(source, run, findings);
     CStepDefaults defaults;
-    for (const SequenceStep& step : steps) CheckStep(step, defaults, findings);
-    CheckSaving(source, steps, run, findings);
-    if (HoldsPasswords(steps))
+    CSavingCheck saving(run, findings);
+    bool anyStep = false, holdsPasswords = false;
+    ForEachStep(source, [&](const SequenceStep& step) {
+        anyStep = true;
+        holdsPasswords = holdsPasswords || HoldsPassword(step.handler, step.parameters);
+        CheckStep(step, defaults, findings);
+        saving.Look(step);
+        return true;
+    });
+    const OutputSettings output = OutputSettings::Read(source.sequence.Output());
+    if (!anyStep && output.kind == kOutputNone)
+        findings.Error("no-commands", "The sequence has no commands, and it saves nothing.");
+    else if (!anyStep)
+        findings.Warning("no-commands", "The sequence has no commands: it only saves the documents.");
+    saving.Finish(output);
+    if (holdsPasswords)
         findings.Note("holds-passwords",
                       "The file holds passwords, or texts that may be some: whoever can read it can read them.");
     return InStepOrder(findings.All());

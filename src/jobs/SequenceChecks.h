@@ -2,6 +2,7 @@
 #pragma once
 
 #include "batchrun/RunSettings.h"
+#include "engine/OutputSettings.h"
 #include "jobs/SequenceSource.h"
 
 #include <map>
@@ -86,9 +87,29 @@ private:
 
 void CheckInput(const SequenceSource& source, const RunSurroundings& run, CSequenceFindings& findings);
 
-/// Where results go, whether anything is overwritten or lost.
-void CheckSaving(const SequenceSource& source, const std::vector<SequenceStep>& steps, const RunSurroundings& run,
-                 CSequenceFindings& findings);
+/// Where results go, whether anything is overwritten or lost. Looks at one step after the other.
+class CSavingCheck {
+public:
+    /// Both are borrowed.
+    CSavingCheck(const RunSurroundings& run, CSequenceFindings& findings) : m_run(run), m_findings(findings) {}
+
+    void Look(const SequenceStep& step);
+    /// `output`: the settings of the whole sequence.
+    void Finish(const OutputSettings& output);
+
+private:
+    void CheckSaveStep(const SequenceStep& step);
+    void CheckAfterLastSave();
+
+    const RunSurroundings& m_run;
+    CSequenceFindings& m_findings;
+    int m_saveSteps = 0;
+    struct Later {
+        int number;
+        TextPlace place;
+    };
+    std::vector<Later> m_afterSave;  // the steps behind the last save step
+};
 
 /// Whether the host has the step and what it lacks of it in an unattended run; its parameters when it is one of ours.
 void CheckStep(const SequenceStep& step, CStepDefaults& defaults, CSequenceFindings& findings);

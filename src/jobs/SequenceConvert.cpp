@@ -39,12 +39,13 @@ void NameUnkeptWords(const SequenceSource& source, CSequenceFindings& losses)
         if (workflow.groups[at].label == workflow.groups[at - 1].label)
             losses.Note("groups-merged",
                         "Two neighbouring groups \"" + workflow.groups[at].label + "\" can no longer be told apart.");
-    for (const SequenceStep& step : StepsOf(source)) {
+    ForEachStep(source, [&](const SequenceStep& step) {
         losses.About(&step);
         if (step.prompts) losses.Warning("prompts-lost", "That the step asks for its settings has no place.");
         if (step.pauses) losses.Warning("pauses-lost", "That the sequence pauses before the step has no place.");
-    }
-    losses.About(nullptr);
+        losses.About(nullptr);
+        return true;
+    });
 }
 
 Expected<Converted> ToHostForm(const SequenceSource& source, const std::string& target)
@@ -52,7 +53,7 @@ Expected<Converted> ToHostForm(const SequenceSource& source, const std::string& 
     Converted converted;
     for (const SequenceFinding& remark : source.audit.remarks) converted.losses.Add(remark);
     NameUnkeptWords(source, converted.losses);
-    auto bytes = HostFormOf(source.sequence.Whole(), target);
+    auto bytes = HostFormOf(CabFromWorkflow(*source.workflow).View(), target);
     if (!bytes) return Failure(bytes.Error());
     converted.bytes = std::move(*bytes);
     return converted;
@@ -204,7 +205,7 @@ Expected<json> ConvertSequence(const json& job)
         !errors.empty() && !JobFlag(job, "allowLoss", false))
         return Failure("The sequence " + path +
                        " was not converted; allow losses if this is to be accepted:" + errors);
-    const bool secret = HoldsPasswords(StepsOf(source));
+    const bool secret = HoldsPasswords(source);
     if (std::string problem = PutSequenceFile({target, JobFlag(job, "overwrite", false), secret}, converted->bytes);
         !problem.empty())
         return Failure(std::move(problem));

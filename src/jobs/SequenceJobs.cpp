@@ -78,7 +78,7 @@ Expected<MadeSequence> MakeSequence(const json& job)
     if (const auto* problem = std::get_if<SequenceFinding>(&read))
         return Failure("The sequence " + path + " cannot be made: " + problem->text);
     const auto& source = std::get<SequenceSource>(read);
-    return MadeSequence{std::move(*xml), CheckSource(source, {}), HoldsPasswords(StepsOf(source))};
+    return MadeSequence{std::move(*xml), CheckSource(source, {}), HoldsPasswords(source)};
 }
 
 }  // namespace

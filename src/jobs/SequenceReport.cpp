@@ -10,7 +10,6 @@
 #include "jobs/SequencePasswords.h"
 #include "platform/ByteText.h"
 
-#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -90,33 +89,26 @@ json StepReport(const SequenceSource& source, const SequenceStep& step)
     return report;
 }
 
-/// How many steps each group of the source has. The host's own form knows no groups: neighbours of one title count
-/// as one.
-std::vector<std::size_t> GroupSizes(const SequenceSource& source, const std::vector<SequenceStep>& steps)
-{
-    std::vector<std::size_t> sizes;
-    if (source.workflow) {
-        for (const WorkflowGroup& group : source.workflow->groups) sizes.push_back(group.commands.size());
-        return sizes;
-    }
-    for (std::size_t at = 0; at < steps.size(); ++at) {
-        const bool sameGroup = at > 0 && steps[at].label == steps[at - 1].label;
-        sameGroup ? void(++sizes.back()) : sizes.push_back(1);
-    }
-    return sizes;
-}
-
-json GroupsReport(const SequenceSource& source, const std::vector<SequenceStep>& steps)
-{
+/// The steps as they are told, and what is told of all of them.
+struct StepReports {
     json groups = json::array();
-    auto step = steps.begin();
-    for (const std::size_t size : GroupSizes(source, steps)) {
-        json list = json::array();
-        const std::string label = step->label;
-        for (std::size_t i = 0; i < size; ++i, ++step) list.push_back(StepReport(source, *step));
-        groups.push_back({{"label", TextFromBytes(label)}, {"steps", std::move(list)}});
-    }
-    return groups;
+    std::string saveSteps;  // their numbers
+};
+
+StepReports ReportSteps(const SequenceSource& source)
+{
+    StepReports reports;
+    int group = -1;
+    ForEachStep(source, [&](const SequenceStep& step) {
+        if (step.group != group)
+            reports.groups.push_back({{"label", TextFromBytes(step.label)}, {"steps", json::array()}});
+        group = step.group;
+        reports.groups.back()["steps"].push_back(StepReport(source, step));
+        if (IsSaveStep(step.handler))
+            reports.saveSteps += (reports.saveSteps.empty() ? "" : ", ") + std::to_string(step.number);
+        return true;
+    });
+    return reports;
 }
 
 void AddSource(json& list, const std::string& path, const char* kind)
@@ -157,15 +149,7 @@ json InputReport(CCabView input)
     }
 }
 
-std::string WordsOfSaveSteps(const std::vector<SequenceStep>& steps)
-{
-    std::string numbers;
-    for (const SequenceStep& step : steps)
-        if (IsSaveStep(step.handler)) numbers += (numbers.empty() ? "" : ", ") + std::to_string(step.number);
-    return numbers.empty() ? "saves nothing" : "saves by step " + numbers;
-}
-
-json OutputReport(CCabView output, const std::vector<SequenceStep>& steps)
+json OutputReport(CCabView output, const std::string& saveSteps)
 {
     const OutputSettings settings = OutputSettings::Read(output);
     switch (settings.kind) {
@@ -178,7 +162,8 @@ json OutputReport(CCabView output, const std::vector<SequenceStep>& steps)
                 {"kind", "folder"},
                 {"words", "saves in the folder " + TextFromBytes(settings.selectedFolder.value_or("of the run"))}};
         case kOutputNone:
-            return {{"kind", "none"}, {"words", WordsOfSaveSteps(steps)}};
+            return {{"kind", "none"},
+                    {"words", saveSteps.empty() ? "saves nothing" : "saves by step " + saveSteps}};
         default:
             return {{"kind", "unknown"}, {"words", "has the unknown output kind " + std::to_string(settings.kind)}};
     }
@@ -193,17 +178,17 @@ nlohmann::json ParametersReport(const std::string& handler, CCabView parameters)
 
 nlohmann::json SequenceReport(const SequenceSource& source)
 {
-    const auto steps = StepsOf(source);
+    StepReports steps = ReportSteps(source);
     const bool titled = source.workflow.has_value();
     return {{"path", TextFromBytes(source.path)},
             {"form", FormWord(source.form)},
             {"title", titled ? TextFromBytes(source.workflow->title) : ""},
             {"description", titled ? TextFromBytes(source.workflow->description) : ""},
-            {"holdsPasswords", HoldsPasswords(steps)},
+            {"holdsPasswords", HoldsPasswords(source)},
             {"sources", SourcesReport(source)},
             {"input", InputReport(source.sequence.Input())},
-            {"output", OutputReport(source.sequence.Output(), steps)},
-            {"groups", GroupsReport(source, steps)}};
+            {"output", OutputReport(source.sequence.Output(), steps.saveSteps)},
+            {"groups", std::move(steps.groups)}};
 }
 
 nlohmann::json FindingsReport(const std::vector<SequenceFinding>& findings)
@@ -237,9 +222,3 @@ const char* SeverityWord(SequenceFinding::Severity severity)
 }
 
 const char* FormWord(SequenceForm form) { return form == SequenceForm::Xml ? "xml" : "host"; }
-
-bool HoldsPasswords(const std::vector<SequenceStep>& steps)
-{
-    return std::any_of(steps.begin(), steps.end(),
-                       [](const SequenceStep& step) { return HoldsPassword(step.handler, step.parameters); });
-}

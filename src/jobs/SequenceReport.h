@@ -16,6 +16,3 @@
 [[nodiscard]] nlohmann::json FindingsReport(const std::vector<SequenceFinding>& findings);
 [[nodiscard]] const char* SeverityWord(SequenceFinding::Severity severity);
 [[nodiscard]] const char* FormWord(SequenceForm form);
-
-/// Whether any step holds a password. Throws CHostException.
-[[nodiscard]] bool HoldsPasswords(const std::vector<SequenceStep>& steps);

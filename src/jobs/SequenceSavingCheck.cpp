@@ -82,16 +82,6 @@ void CheckExtras(CCabView parameters, CSequenceFindings& findings)
         findings.Warning("numbers-not-given", "Not every host can number the files; one that cannot leaves it out.");
 }
 
-void CheckSaveStep(const SequenceStep& step, const RunSurroundings& run, CSequenceFindings& findings)
-{
-    findings.About(&step);
-    const OutputSettings settings = OutputSettings::Read(step.parameters);
-    CheckStepsTarget(step.parameters, settings, run, findings);
-    CheckNames(settings, findings);
-    CheckExtras(step.parameters, findings);
-    findings.About(nullptr);
-}
-
 void CheckEngineFolder(const OutputSettings& settings, const RunSurroundings& run, CSequenceFindings& findings)
 {
     if (settings.kind == kOutputInputFolder) {
@@ -127,35 +117,44 @@ void CheckNothingSaved(const RunSurroundings& run, CSequenceFindings& findings)
     findings.Warning("saves-nothing", "The sequence saves nothing: add a save step if its changes are to be kept.");
 }
 
-void CheckAfterLastSave(const std::vector<SequenceStep>& steps, int lastSave, CSequenceFindings& findings)
-{
-    for (const SequenceStep& step : steps) {
-        if (step.number <= lastSave) continue;
-        findings.About(&step);
-        findings.Warning("step-after-save",
-                         "The step comes after the last save: what it changes in the document is not kept.");
-    }
-    findings.About(nullptr);
-}
-
 }  // namespace
 
-void CheckSaving(const SequenceSource& source, const std::vector<SequenceStep>& steps, const RunSurroundings& run,
-                 CSequenceFindings& findings)
+void CSavingCheck::Look(const SequenceStep& step)
 {
-    const OutputSettings output = OutputSettings::Read(source.sequence.Output());
-    const bool engineSaves = output.kind != kOutputNone;
-    int saveSteps = 0, lastSave = 0;
-    for (const SequenceStep& step : steps) {
-        if (!IsSaveStep(step.handler)) continue;
-        ++saveSteps;
-        lastSave = step.number;
-        CheckSaveStep(step, run, findings);
+    if (IsSaveStep(step.handler)) {
+        ++m_saveSteps;
+        m_afterSave.clear();
+        CheckSaveStep(step);
+    } else if (m_saveSteps > 0) {
+        m_afterSave.push_back({step.number, step.place});
     }
-    if (engineSaves) CheckEngineSave(output, run, findings);
-    if (saveSteps + (engineSaves ? 1 : 0) > 1)
-        findings.Note("saves-more-than-once", "The sequence saves each document more than once.");
+}
+
+void CSavingCheck::CheckSaveStep(const SequenceStep& step)
+{
+    m_findings.About(&step);
+    const OutputSettings settings = OutputSettings::Read(step.parameters);
+    CheckStepsTarget(step.parameters, settings, m_run, m_findings);
+    CheckNames(settings, m_findings);
+    CheckExtras(step.parameters, m_findings);
+    m_findings.About(nullptr);
+}
+
+void CSavingCheck::CheckAfterLastSave()
+{
+    for (const auto& [number, place] : m_afterSave)
+        m_findings.Add({SequenceFinding::Severity::Warning, "step-after-save",
+                        "The step comes after the last save: what it changes in the document is not kept.", number,
+                        place});
+}
+
+void CSavingCheck::Finish(const OutputSettings& output)
+{
+    const bool engineSaves = output.kind != kOutputNone;
+    if (engineSaves) CheckEngineSave(output, m_run, m_findings);
+    if (m_saveSteps + (engineSaves ? 1 : 0) > 1)
+        m_findings.Note("saves-more-than-once", "The sequence saves each document more than once.");
     if (engineSaves) return;
-    if (saveSteps == 0) return CheckNothingSaved(run, findings);
-    CheckAfterLastSave(steps, lastSave, findings);
+    if (m_saveSteps == 0) return CheckNothingSaved(m_run, m_findings);
+    CheckAfterLastSave();
 }

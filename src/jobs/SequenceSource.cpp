@@ -9,6 +9,7 @@
 #include "hostcalls/CabFile.h"
 #include "hostcalls/Commands.h"
 #include "hostcalls/HostFrame.h"
+#include "jobs/SequencePasswords.h"
 #include "platform/Files.h"
 
 #include <cstddef>
@@ -43,19 +44,59 @@ std::string AvailableName(const std::string& name)
     return alternative && FindCommandHandler(*alternative) ? *alternative : std::string();
 }
 
-/// What only the XML says about the command of this number, from 0.
-void AddXmlDetails(const SequenceSource& source, std::size_t index, SequenceStep& step)
+SequenceStep StepOf(CCabView entry, int number)
 {
-    if (index < source.audit.steps.size()) step.place = source.audit.steps[index];
-    if (!source.workflow) return;
-    for (const WorkflowGroup& group : source.workflow->groups) {
-        if (index < group.commands.size()) {
-            step.prompts = group.commands[index].promptUser == "true";
-            step.pauses = group.commands[index].pauseBefore == "true";
-            return;
-        }
-        index -= group.commands.size();
+    SequenceStep step;
+    step.number = number;
+    step.entry = entry;
+    step.parameters = entry.Cab("Params");
+    step.handler = HandlerName(entry);
+    step.label = entry.StringOrText("Title").value_or(step.handler);
+    step.runsAs = AvailableName(step.handler);
+    return step;
+}
+
+void ForEachHostStep(CCabView commands, const std::function<bool(const SequenceStep&)>& visit)
+{
+    const int count = commands.Size();
+    std::string label;
+    int group = -1;
+    for (int index = 0; index < count; ++index) {
+        // Of a copy, because a host may keep in a smaller form what nobody has asked for.
+        const CCab entry = commands.Cab(CabKey(index).c_str()).Copy();
+        SequenceStep step = StepOf(entry.View(), index + 1);
+        if (group < 0 || step.label != label) ++group;
+        label = step.label;
+        step.group = group;
+        if (!visit(step)) return;
     }
+}
+
+void ForEachXmlStep(const SequenceSource& source, const std::function<bool(const SequenceStep&)>& visit)
+{
+    int number = 0, groupNumber = 0;
+    for (const WorkflowGroup& group : source.workflow->groups) {
+        for (const WorkflowCommand& command : group.commands) {
+            const CCab entry = CabFromCommand(command);
+            SequenceStep step = StepOf(entry.View(), ++number);
+            step.group = groupNumber;
+            step.prompts = command.promptUser == "true";
+            step.pauses = command.pauseBefore == "true";
+            const auto index = static_cast<std::size_t>(number - 1);
+            if (index < source.audit.steps.size()) step.place = source.audit.steps[index];
+            if (!visit(step)) return;
+        }
+        ++groupNumber;
+    }
+}
+
+/// Why a workflow cannot become cabs; nothing when it can.
+std::optional<HostError> ConversionError(const Workflow& workflow)
+{
+    return CatchHostError([&] {
+        for (const WorkflowGroup& group : workflow.groups)
+            for (const WorkflowCommand& command : group.commands) (void)CabFromCommand(command);
+    });
 }
 
 }  // namespace
@@ -69,11 +110,9 @@ std::variant<SequenceSource, SequenceFinding> SequenceFromText(const std::string
     auto workflow = ParseWorkflow(xml);
     if (!workflow) return Error("not-xml", workflow.Error());
     std::optional<CSequence> sequence;
-    if (const auto error = CatchHostError([&] { sequence.emplace(CabFromWorkflow(*workflow)); }))
+    if (const auto error = ConversionError(*workflow)) return Error("not-convertible", error->text);
+    if (const auto error = CatchHostError([&] { sequence.emplace(CabWithoutCommands(*workflow)); }))
         return Error("not-convertible", error->text);
-    // They stand in the cab now, and a long sequence has room for them once.
-    for (WorkflowGroup& group : workflow->groups)
-        for (WorkflowCommand& command : group.commands) command.parameters = {};
     return SequenceSource{path, SequenceForm::Xml, std::move(*sequence), std::move(*workflow), std::move(audit)};
 }
 
@@ -92,23 +131,20 @@ std::variant<SequenceSource, SequenceFinding> ReadSequenceSource(const std::stri
     return SequenceFromText(path, *bytes);
 }
 
-std::vector<SequenceStep> StepsOf(const SequenceSource& source)
+void ForEachStep(const SequenceSource& source, const std::function<bool(const SequenceStep&)>& visit)
 {
-    std::vector<SequenceStep> steps;
-    const CCabView commands = source.sequence.Commands();
-    const int count = commands.Size();
-    for (int index = 0; index < count; ++index) {
-        SequenceStep step;
-        step.number = index + 1;
-        step.entry = commands.Cab(CabKey(index).c_str());
-        step.parameters = step.entry.Cab("Params");
-        step.handler = HandlerName(step.entry);
-        step.label = step.entry.StringOrText("Title").value_or(step.handler);
-        step.runsAs = AvailableName(step.handler);
-        AddXmlDetails(source, static_cast<std::size_t>(index), step);
-        steps.push_back(std::move(step));
-    }
-    return steps;
+    if (source.workflow) return ForEachXmlStep(source, visit);
+    ForEachHostStep(source.sequence.Commands(), visit);
+}
+
+bool HoldsPasswords(const SequenceSource& source)
+{
+    bool holds = false;
+    ForEachStep(source, [&](const SequenceStep& step) {
+        holds = HoldsPassword(step.handler, step.parameters);
+        return !holds;
+    });
+    return holds;
 }
 
 std::string HostTitle(const std::string& handler)

@@ -5,6 +5,7 @@
 #include "engine/WorkflowAudit.h"
 #include "engine/WorkflowModel.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <variant>
@@ -18,14 +19,15 @@ enum class SequenceForm { Host, Xml };
 struct SequenceSource {
     std::string path;
     SequenceForm form;
-    CSequence sequence;
-    std::optional<Workflow> workflow;  // of the XML form, without the parameters of its commands
+    CSequence sequence;                // of the XML form without its commands
+    std::optional<Workflow> workflow;  // of the XML form
     WorkflowAudit audit;               // of the XML form
 };
 
-/// One command of a sequence. The cabs are borrowed from the source.
+/// One command of a sequence. The cabs live for one visit only.
 struct SequenceStep {
     int number = 0;  // from 1
+    int group = 0;   // from 0; in the host's own form, which has no groups, neighbours of one label count as one
     std::string handler, label;
     std::string runsAs;  // the name under which the host has it; empty when it has it not
     CCabView entry, parameters;
@@ -42,8 +44,12 @@ struct SequenceStep {
 [[nodiscard]] std::variant<SequenceSource, SequenceFinding> SequenceFromText(const std::string& path,
                                                                              const std::string& xml);
 
-/// The commands in order; their handlers are looked up in the host. Throws CHostException.
-[[nodiscard]] std::vector<SequenceStep> StepsOf(const SequenceSource& source);
+/// Visits the commands in order until `visit` answers false; their handlers are looked up in the host. The cabs of one
+/// step at a time are in memory. Throws CHostException.
+void ForEachStep(const SequenceSource& source, const std::function<bool(const SequenceStep&)>& visit);
+
+/// Whether any step holds a password. Throws CHostException.
+[[nodiscard]] bool HoldsPasswords(const SequenceSource& source);
 
 /// The host's title of a step; empty when it has none. A handler that fails to tell has none.
 [[nodiscard]] std::string HostTitle(const std::string& handler);

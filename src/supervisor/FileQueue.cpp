@@ -120,7 +120,7 @@ bool CFileQueue::MayHaveStarted(int number) const
 }
 
 /// Frees the names that the file's results took, so that they come out the same. False when doing the file again
-/// could do something twice.
+/// could do something twice, or when the file is no longer the one that the results were made of.
 bool CFileQueue::TakeBackResults(const PlannedFile& file) const
 {
     if (!m_parts.earlier) return true;
@@ -130,6 +130,8 @@ bool CFileQueue::TakeBackResults(const PlannedFile& file) const
     rules.redoResults = true;
     const Settlement settlement = ::Settle(file, history->second.intents, std::nullopt, rules);
     if (settlement.left != Left::Everything) return false;
+    const auto stamp = platform::StampOf(file.path);
+    if (!settlement.takeBack.empty() && (!stamp || !IsAsPlanned(file, *stamp))) return false;
     for (const std::string& path : settlement.takeBack) (void)platform::DeleteFile(path);
     return true;
 }
@@ -177,9 +179,7 @@ CFileQueue::Readiness CFileQueue::PrepareWhole(FileInHand& hand)
 {
     const auto stamp = platform::StampOf(hand.file.path);
     if (!stamp) return Skip(hand, FileOutcomeClass::Skipped, "missing since plan");
-    // The result of another file may have taken the place of this one, as it does without workers.
-    if (!IsUnchanged(hand.file, *stamp) && !WasOurs(hand.file))
-        return Skip(hand, FileOutcomeClass::Skipped, "changed since plan");
+    if (!IsAsPlanned(hand.file, *stamp)) return Skip(hand, FileOutcomeClass::Skipped, "changed since plan");
     return m_parts.pretended ? PreparePretended(hand) : Readiness::Ready;
 }
 
@@ -211,6 +211,12 @@ CFileQueue::Readiness CFileQueue::Skip(const FileInHand& hand, FileOutcomeClass 
 {
     Finish(DoneWithoutWorker(hand.file, outcome, message), hand.file);
     return Readiness::DealtWith;
+}
+
+/// The result of another file may have taken the place of this one, as it does without workers.
+bool CFileQueue::IsAsPlanned(const PlannedFile& file, const platform::FileStamp& stamp) const
+{
+    return IsUnchanged(file, stamp) || WasOurs(file);
 }
 
 bool CFileQueue::WasOurs(const PlannedFile& file) const

@@ -56,6 +56,7 @@ private:
     Readiness Settle(FileInHand& hand);
     Readiness Skip(const FileInHand& hand, FileOutcomeClass outcome, const std::string& message);
     Readiness PreparePretended(FileInHand& hand);
+    bool IsAsPlanned(const PlannedFile& file, const platform::FileStamp& stamp) const;
     bool WasOurs(const PlannedFile& file) const;
     bool Journaled(const platform::FileResult& result);
 

@@ -9,6 +9,11 @@ CCabinet& CabAt(ASConstCab cab) { return Part<CCabinets>().handles.At(cab); }
 
 ASCab NewCab() { return Part<CCabinets>().handles.Add(std::make_unique<CCabinet>()); }
 
+ASCab NewPackedCab(PackedEntries packed)
+{
+    return Part<CCabinets>().handles.Add(std::make_unique<CCabinet>(std::move(packed)));
+}
+
 ASCab DupCab(const CCabinet& source)
 {
     COwnedCab copy = COwnedCab::New();

@@ -1,9 +1,13 @@
 #include "openhost/values/CabStream.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <unordered_set>
+#include <utility>
 
 #include "openhost/core/Atoms.h"
 #include "openhost/values/CabKeys.h"
@@ -121,7 +125,10 @@ public:
         return static_cast<Number>(bits);
     }
     std::string_view GetBytes() { return Take(Get<std::uint32_t>()); }
-    void GetEntries(CCabinet& cab);
+    /// Steps over the entries of a cab and of all cabs in it. Answers the height of that tree.
+    std::size_t SkimEntries(std::size_t depth = 1);
+    /// Of bytes that have been skimmed. `stream`: where they lie.
+    CabValue GetValue(ASCabValueType type, const std::shared_ptr<const std::string>& stream);
     bool AtEnd() const { return m_bytes.empty(); }
 
 private:
@@ -132,66 +139,105 @@ private:
         m_bytes.remove_prefix(count);
         return part;
     }
-    void GetValue(CCabinet& cab, std::string_view key, ASCabValueType type);
-    void GetText(CCabinet& cab, std::string_view key);
+    std::size_t SkimValue(ASCabValueType type, std::size_t depth);
+    CHostText* GetText();
+    PackedEntries GetPacked(const std::shared_ptr<const std::string>& stream);
 
     std::string_view m_bytes;
 };
 
-void CReader::GetText(CCabinet& cab, std::string_view key)
-{
-    const auto country = Get<std::uint16_t>();
-    const auto language = Get<std::uint16_t>();
-    const std::size_t units = Get<std::uint32_t>();
-    if (units > m_bytes.size() / 2) throw NotACab{};
-    std::u16string content(units, u'\0');
-    for (char16_t& unit : content) unit = static_cast<char16_t>(Get<std::uint16_t>());
-    CHostText& text = TextAt(NewTextUtf16(std::move(content)));
-    text.country = country;
-    text.language = language;
-    cab.Put(key, &text);
-}
-
-void CReader::GetValue(CCabinet& cab, std::string_view key, ASCabValueType type)
+/// Answers the height of a cab; 0 of other values.
+std::size_t CReader::SkimValue(ASCabValueType type, std::size_t depth)
 {
     switch (type) {
         case kASValueNull:
-            return cab.PutNull(key);
+            return 0;
         case kASValueBool:
-            return cab.PutBool(key, Get<std::uint8_t>() != 0);
+            return Take(1), 0;
         case kASValueInteger:
-            return cab.Put(key, Get<std::int32_t>());
         case kASValueUns:
-            return cab.Put(key, Get<std::uint32_t>());
+            return Take(4), 0;
         case kASValueInt64:
-            return cab.Put(key, Get<std::int64_t>());
         case kASValueUns64:
-            return cab.Put(key, Get<std::uint64_t>());
         case kASValueDouble:
-            return cab.PutDouble(key, std::bit_cast<double>(Get<std::uint64_t>()));
+            return Take(8), 0;
         case kASValueAtom:
-            return cab.PutAtom(key, AtomFromText(GetBytes()));
+            return AtomFromText(GetBytes()), 0;
         case kASValueString:
-            return cab.PutString(key, GetBytes());
         case kASValueBinary:
-            return cab.PutBinary(key, GetBytes());
+            return GetBytes(), 0;
         case kASValueText:
-            return GetText(cab, key);
+            Take(2 * sizeof(std::uint16_t));  // country and language
+            return Take(std::size_t{2} * Get<std::uint32_t>()), 0;
         case kASValueCabinet:
-            return GetEntries(cab.PutNewCab(key));
+            return SkimEntries(depth + 1);
         default:
             throw NotACab{};
     }
 }
 
-void CReader::GetEntries(CCabinet& cab)
+std::size_t CReader::SkimEntries(std::size_t depth)
 {
+    if (depth > kMaxCabDepth) throw NotACab{};
     const auto count = Get<std::uint32_t>();
+    std::unordered_set<std::string_view> keys;
+    std::size_t below = 0;
     for (std::uint32_t index = 0; index < count; ++index) {
         const auto type = static_cast<ASCabValueType>(Get<std::uint8_t>());
         const std::string_view key = GetBytes();
-        if (!IsKeyStep(key) || cab.Known(key)) throw NotACab{};
-        GetValue(cab, key, type);
+        if (!IsKeyStep(key) || !keys.insert(key).second) throw NotACab{};
+        below = std::max(below, SkimValue(type, depth));
+    }
+    return below + 1;
+}
+
+CHostText* CReader::GetText()
+{
+    const auto country = Get<std::uint16_t>();
+    const auto language = Get<std::uint16_t>();
+    std::u16string content(Get<std::uint32_t>(), u'\0');
+    for (char16_t& unit : content) unit = static_cast<char16_t>(Get<std::uint16_t>());
+    CHostText& text = TextAt(NewTextUtf16(std::move(content)));
+    text.country = country;
+    text.language = language;
+    return &text;
+}
+
+PackedEntries CReader::GetPacked(const std::shared_ptr<const std::string>& stream)
+{
+    const std::string_view from = m_bytes;
+    const std::size_t height = SkimEntries();
+    return {stream, from.substr(0, from.size() - m_bytes.size()), height};
+}
+
+CabValue CReader::GetValue(ASCabValueType type, const std::shared_ptr<const std::string>& stream)
+{
+    const auto block = [](std::string_view bytes) { return CSharedBlock(SharedCopy(bytes), bytes.size()); };
+    switch (type) {
+        case kASValueBool:
+            return Get<std::uint8_t>() != 0;
+        case kASValueInteger:
+            return Get<std::int32_t>();
+        case kASValueUns:
+            return Get<std::uint32_t>();
+        case kASValueInt64:
+            return Get<std::int64_t>();
+        case kASValueUns64:
+            return Get<std::uint64_t>();
+        case kASValueDouble:
+            return std::bit_cast<double>(Get<std::uint64_t>());
+        case kASValueAtom:
+            return CabAtom{AtomFromText(GetBytes())};
+        case kASValueString:
+            return CabString{block(GetBytes())};
+        case kASValueBinary:
+            return CabBinary{block(GetBytes())};
+        case kASValueText:
+            return GetText();
+        case kASValueCabinet:
+            return &CabAt(NewPackedCab(GetPacked(stream)));
+        default:
+            return CabNull{};
     }
 }
 
@@ -234,15 +280,25 @@ COwnedCab ReadCab(const ReadBytes& read)
     if (!ours || version != kVersion || length > kMaxBytes) return COwnedCab();
     std::string body;
     if (!ReadBody(read, length, body) || Checksum(body) != checksum) return COwnedCab();
-    COwnedCab cab = COwnedCab::New();
+    const auto stream = std::make_shared<const std::string>(std::move(body));
     try {
-        CReader reader(body);
-        reader.GetEntries(*cab);
-        return reader.AtEnd() ? std::move(cab) : COwnedCab();
+        CReader reader(*stream);
+        const std::size_t cabHeight = reader.SkimEntries();
+        return COwnedCab(reader.AtEnd() ? NewPackedCab({stream, *stream, cabHeight}) : nullptr);
     } catch (const NotACab&) {
-    } catch (const CHostRaise&) {  // nested too deeply, or no atom is left
+    } catch (const CHostRaise&) {  // no atom is left
     }
     return COwnedCab();
+}
+
+void UnpackEntries(const PackedEntries& packed, const std::function<void(std::string_view key, CabValue value)>& take)
+{
+    CReader reader(packed.entries);
+    for (auto count = reader.Get<std::uint32_t>(); count > 0; --count) {
+        const auto type = static_cast<ASCabValueType>(reader.Get<std::uint8_t>());
+        const std::string_view key = reader.GetBytes();
+        take(key, reader.GetValue(type, packed.stream));
+    }
 }
 
 COwnedCab CabFromBytes(std::string_view bytes)

@@ -22,6 +22,9 @@ COwnedCab ReadCab(const ReadBytes& read);
 /// The same from memory; bytes behind the cab are ignored.
 COwnedCab CabFromBytes(std::string_view bytes);
 
+/// Makes the values of one level, in the order of the stream. Cabs among them come packed, inside no other yet.
+void UnpackEntries(const PackedEntries& packed, const std::function<void(std::string_view key, CabValue value)>& take);
+
 }  // namespace openhost
 
 #endif

@@ -7,6 +7,7 @@
 
 #include "openhost/core/Host.h"
 #include "openhost/values/CabKeys.h"
+#include "openhost/values/CabStream.h"
 
 namespace openhost {
 
@@ -22,6 +23,24 @@ void SetOwner(const CabValue& value, const CCabinet* owner)
 
 CCabinet::CCabinet() : m_identity(Part<CCabinets>().nextIdentity++) {}
 
+CCabinet::CCabinet(PackedEntries packed) : CCabinet()
+{
+    m_packed = std::make_unique<PackedEntries>(std::move(packed));
+}
+
+const CCabinet::Entries& CCabinet::All() const
+{
+    if (!m_packed) return m_entries;
+    Entries made;
+    UnpackEntries(*m_packed, [&](std::string_view key, CabValue value) {
+        SetOwner(value, this);
+        made.emplace_hint(made.end(), key, Entry{std::move(value), Part<CCabinets>().nextSerial++});
+    });
+    m_entries = std::move(made);
+    m_packed.reset();
+    return m_entries;
+}
+
 CCabinet::Place CCabinet::PlaceOf(std::string_view path) const
 {
     Place place{this, path};
@@ -29,8 +48,8 @@ CCabinet::Place CCabinet::PlaceOf(std::string_view path) const
         std::string_view below = place.rest;
         const std::string_view step = CutStep(below, last);
         if (last) return place;
-        const auto entry = place.level->m_entries.find(step);
-        if (entry == place.level->m_entries.end()) return place;
+        const auto entry = place.level->All().find(step);
+        if (entry == place.level->All().end()) return place;
         auto* const* nested = std::get_if<CCabinet*>(&entry->second.value);
         if (!nested) return place;
         place = {*nested, below};
@@ -47,8 +66,8 @@ CCabinet* CCabinet::Changeable(const Place& place)
 const CabValue* CCabinet::Find(std::string_view key) const
 {
     const Place place = PlaceOf(key);
-    const auto entry = place.level->m_entries.find(place.rest);  // a rest of several steps is no key of any level
-    return entry == place.level->m_entries.end() ? nullptr : &entry->second.value;
+    const auto entry = place.level->All().find(place.rest);  // a rest of several steps is no key of any level
+    return entry == place.level->All().end() ? nullptr : &entry->second.value;
 }
 
 std::size_t CCabinet::Depth() const
@@ -60,8 +79,9 @@ std::size_t CCabinet::Depth() const
 
 std::size_t CCabinet::Height() const
 {
+    if (m_packed) return m_packed->height;
     std::size_t below = 0;
-    for (const auto& entry : m_entries)
+    for (const auto& entry : All())
         if (auto* const* cab = std::get_if<CCabinet*>(&entry.second.value)) below = std::max(below, (*cab)->Height());
     return below + 1;
 }
@@ -89,9 +109,9 @@ void CCabinet::RequirePuttable(const Place& place, const CabValue& value) const
     if (steps > 1) {
         bool last = false;
         rest = place.rest;
-        const auto inTheWay = place.level->m_entries.find(CutStep(rest, last));
+        const auto inTheWay = place.level->All().find(CutStep(rest, last));
         const bool free =
-            inTheWay == place.level->m_entries.end() || std::holds_alternative<CabNull>(inTheWay->second.value);
+            inTheWay == place.level->All().end() || std::holds_alternative<CabNull>(inTheWay->second.value);
         Require(free, "the way of the key leads through a value that is no cab");
     }
     place.level->RequireChangeable();
@@ -123,9 +143,9 @@ CCabinet& CCabinet::LevelMade(Place& place)
 void CCabinet::PutHere(std::string_view step, CabValue value)
 {
     SetOwner(value, this);
-    const auto entry = m_entries.find(step);
-    if (entry == m_entries.end()) {
-        m_entries.emplace(step, Entry{std::move(value), Part<CCabinets>().nextSerial++});
+    const auto entry = All().find(step);
+    if (entry == All().end()) {
+        All().emplace(step, Entry{std::move(value), Part<CCabinets>().nextSerial++});
         return;
     }
     CabValue old = std::exchange(entry->second.value, std::move(value));
@@ -143,8 +163,8 @@ void CCabinet::Put(std::string_view key, CabValue value)
 
 std::string CCabinet::PutUnderFreeNumber(CabValue value)
 {
-    const auto behindNumbers = m_entries.lower_bound(std::string_view());
-    std::string key = behindNumbers == m_entries.begin() ? "1" : NextNumberKey(std::prev(behindNumbers)->first);
+    const auto behindNumbers = All().lower_bound(std::string_view());
+    std::string key = behindNumbers == All().begin() ? "1" : NextNumberKey(std::prev(behindNumbers)->first);
     Put(key, std::move(value));
     return key;
 }
@@ -187,10 +207,10 @@ void CCabinet::PutPointer(std::string_view key, std::string typeName, void* poin
 
 std::optional<CabValue> CCabinet::DetachHere(std::string_view step)
 {
-    const auto entry = m_entries.find(step);
-    if (entry == m_entries.end()) return std::nullopt;
+    const auto entry = All().find(step);
+    if (entry == All().end()) return std::nullopt;
     CabValue value = std::move(entry->second.value);
-    m_entries.erase(entry);
+    All().erase(entry);
     SetOwner(value, nullptr);
     return value;
 }
@@ -224,9 +244,10 @@ void CCabinet::Rename(std::string_view oldKey, std::string_view newKey)
 void CCabinet::MakeEmpty()
 {
     RequireChangeable();
+    m_packed.reset();
     std::exception_ptr raised;
-    while (!m_entries.empty()) {
-        const std::string key = m_entries.begin()->first;
+    while (!All().empty()) {
+        const std::string key = All().begin()->first;
         try {
             Remove(key);
         } catch (...) {
@@ -251,8 +272,12 @@ void CCabinet::CopyFrom(const CCabinet& source)
 {
     if (&source == this) return;
     RequireChangeable();
+    if (source.m_packed && All().empty() && Depth() + source.m_packed->height <= kMaxCabDepth + 1) {
+        m_packed = std::make_unique<PackedEntries>(*source.m_packed);
+        return;
+    }
     std::vector<std::pair<std::string, CabValue>> copies;  // made first: one cab may be inside the other
-    for (const auto& entry : source.m_entries) copies.emplace_back(entry.first, CopyValue(entry.second.value));
+    for (const auto& entry : source.All()) copies.emplace_back(entry.first, CopyValue(entry.second.value));
     for (std::size_t index = 0; index < copies.size(); ++index) {
         try {
             Put(copies[index].first, std::move(copies[index].second));
@@ -265,7 +290,7 @@ void CCabinet::CopyFrom(const CCabinet& source)
 
 bool CCabinet::Equals(const CCabinet& other) const
 {
-    return std::equal(m_entries.begin(), m_entries.end(), other.m_entries.begin(), other.m_entries.end(),
+    return std::equal(All().begin(), All().end(), other.All().begin(), other.All().end(),
                       [](const auto& one, const auto& second) {
                           return one.first == second.first && EqualValues(one.second.value, second.second.value);
                       });

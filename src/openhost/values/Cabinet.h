@@ -3,9 +3,11 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "hostapi/HostRecords.h"
 #include "openhost/core/Handles.h"
@@ -22,6 +24,14 @@ struct CabKeyOrder {
 
 inline constexpr std::size_t kMaxCabDepth = 128;
 
+/// The entries of a cab as they stand in a stream that has been checked; they become values when somebody asks for
+/// one. A long sequence is read step by step, and only its bytes are in memory for the steps that nobody looks at.
+struct PackedEntries {
+    std::shared_ptr<const std::string> stream;
+    std::string_view entries;  // from their count on
+    std::size_t height = 1;    // 1 when no cab is inside
+};
+
 /// A tree of named values, held by plug-ins as ASCab.
 ///
 /// Every key may be a path "a:b:c" that walks through nested cabs. A read answers its default when a step is missing;
@@ -33,10 +43,11 @@ inline constexpr std::size_t kMaxCabDepth = 128;
 class CCabinet {
 public:
     CCabinet();
+    explicit CCabinet(PackedEntries packed);
     CCabinet(const CCabinet&) = delete;
     CCabinet& operator=(const CCabinet&) = delete;
 
-    std::size_t NumEntries() const { return m_entries.size(); }
+    std::size_t NumEntries() const { return All().size(); }
     bool Known(std::string_view key) const { return Find(key) != nullptr; }
     ASCabValueType Type(std::string_view key) const;  // kASValueUnknown for a missing key
     /// The value, or null. The general form of all reads below.
@@ -126,7 +137,11 @@ private:
     Scalar GetScalar(std::string_view key, Scalar fallback) const;
     void WalkKeys(const Visit& visit) const;
 
-    Entries m_entries;
+    const Entries& All() const;  // unpacks them first
+    Entries& All() { return const_cast<Entries&>(std::as_const(*this).All()); }
+
+    mutable std::unique_ptr<PackedEntries> m_packed;
+    mutable Entries m_entries;  // empty while they are packed; reached through All() only
     const CCabinet* m_parent = nullptr;
     unsigned long long m_identity;  // never used twice
     mutable int m_constWalks = 0;
@@ -144,6 +159,7 @@ public:
 CCabinet& CabAt(ASConstCab cab);
 /// A new cab that the caller destroys, or puts into another one.
 ASCab NewCab();
+ASCab NewPackedCab(PackedEntries packed);
 inline ASCab CabHandle(const CCabinet& cab) { return CHandles<CCabinet, ASCab>::HandleOf(cab); }
 /// A copy in a new cab that the caller destroys.
 ASCab DupCab(const CCabinet& source);

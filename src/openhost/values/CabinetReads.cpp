@@ -90,14 +90,14 @@ void* CCabinet::GetPointer(std::string_view key, std::string_view typeName) cons
 void CCabinet::WalkKeys(const Visit& visit) const
 {
     std::vector<std::pair<std::string, unsigned long long>> keys;
-    for (const auto& entry : m_entries) keys.emplace_back(entry.first, entry.second.serial);
+    for (const auto& entry : All()) keys.emplace_back(entry.first, entry.second.serial);
     const ASCab handle = CabHandle(*this);
     const auto identity = m_identity;
     for (const auto& [key, serial] : keys) {
         const CCabinet* const alive = Part<CCabinets>().handles.Find(handle);
         if (!alive || alive->m_identity != identity) return;
-        const auto entry = m_entries.find(key);
-        if (entry == m_entries.end() || entry->second.serial != serial) continue;
+        const auto entry = All().find(key);
+        if (entry == All().end() || entry->second.serial != serial) continue;
         if (!visit(key, entry->second.value)) return;
     }
 }

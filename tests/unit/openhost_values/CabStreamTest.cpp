@@ -18,12 +18,22 @@ protected:
         SUPPORT(ASStmClose)(stream);
         return bytes;
     }
-    /// Null when refused.
+    /// Null when refused. What is taken can be looked at to its last value, and a copy is its own.
     static ASCab Read(const std::string& bytes)
     {
         const ASStm stream = SUPPORT(ASMemStmRdOpen)(bytes.data(), static_cast<ASArraySize>(bytes.size()));
         const ASCab cab = EXTRA(ASCabReadFromStream)(stream);
         SUPPORT(ASStmClose)(stream);
+        if (!cab) return nullptr;
+        const ASCab copy = EXTRA(ASCabDup)(cab), part = EXTRA(ASCabGetCab)(copy, "Nested");
+        const ASCab copyOfPart = part ? EXTRA(ASCabDup)(part) : nullptr;
+        EXTRA(ASCabPutInt)(copy, "Nested:more:deep", 1);
+        EXPECT_FALSE(EXTRA(ASCabEqual)(cab, copy));
+        EXTRA(ASCabRemove)(copy, "Nested:more");
+        EXPECT_TRUE(!copyOfPart || EXTRA(ASCabEqual)(EXTRA(ASCabGetCab)(cab, "Nested"), copyOfPart));
+        EXPECT_TRUE(!copyOfPart || EXTRA(ASCabEqual)(cab, copy));
+        for (const ASCab each : {copy, copyOfPart})
+            if (each) EXTRA(ASCabDestroy)(each);
         return cab;
     }
     static bool Refused(const std::string& bytes)

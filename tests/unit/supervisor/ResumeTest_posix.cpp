@@ -157,6 +157,9 @@ TEST(Resume, ARetriedFileTakesTheNamesThatItHadAndNothingHappensTwice)
             EXPECT_EQ(place.Files("out"), out);
             EXPECT_EQ(place.Lines("record.jsonl").size(), 3u);
         }
+        place.folder.Write("in/b group1 partly", "another text");
+        EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+        EXPECT_EQ(place.Files("out"), out) << "what was made of a file stays when the file is another one now";
     }
 }
 

@@ -1,6 +1,5 @@
 #include "supervisor/Manifest.h"
 
-#include "platform/AtomicFile.h"
 #include "platform/ByteText.h"
 #include "platform/FileProblem.h"
 #include "supervisor/FileRecord.h"
@@ -70,43 +69,33 @@ std::optional<ManifestHeader> HeaderFrom(const std::string& line)
 
 }  // namespace
 
-CManifestWriter::CManifestWriter(std::string path) : m_path(std::move(path))
+CManifestWriter::CManifestWriter(std::string path)
+    : m_path(std::move(path)), m_lines(m_path, platform::Existing::Replace)
 {
-    platform::FileResult opened;
-    m_lines = platform::OpenStream(LinesPath(), "w+b", &opened);
-    m_error = opened.errorNumber;
-}
-
-CManifestWriter::~CManifestWriter()
-{
-    if (!m_lines) return;
-    m_lines.reset();
-    (void)platform::DeleteFile(LinesPath());
 }
 
 void CManifestWriter::Add(const PlannedFile& file)
 {
-    if (m_error != 0) return;
     const std::string line = LineOf(PlannedFileJson(file)) + '\n';
-    if (std::fwrite(line.data(), 1, line.size(), m_lines.get()) != line.size())
-        m_error = platform::StreamFailure().errorNumber;
+    m_lines.Write(line.data(), line.size());
 }
 
 platform::FileResult CManifestWriter::Finish(const ManifestHeader& header)
 {
-    if (m_error != 0) return {m_error};
-    if (std::fflush(m_lines.get()) != 0 || std::fseek(m_lines.get(), 0, SEEK_SET) != 0)
-        return platform::StreamFailure();
+    if (const platform::FileResult complete = m_lines.Complete(); !complete) return complete;
+    platform::FileResult opened;
+    const platform::Stream lines = platform::OpenStream(m_lines.TemporaryPath(), "rb", &opened);
+    if (!lines) return opened;
     platform::CAtomicFile file(m_path, platform::Existing::Replace);
     const std::string first = HeaderLine(header);
     file.Write(first.data(), first.size());
     std::string piece(kCopyPiece, '\0');
     while (file.Result()) {
-        const std::size_t count = std::fread(piece.data(), 1, piece.size(), m_lines.get());
+        const std::size_t count = std::fread(piece.data(), 1, piece.size(), lines.get());
         if (count == 0) break;
         file.Write(piece.data(), count);
     }
-    if (std::ferror(m_lines.get()) != 0) return platform::Failure(platform::FileProblem::Other);
+    if (std::ferror(lines.get()) != 0) return platform::Failure(platform::FileProblem::Other);
     return file.Commit();
 }
 

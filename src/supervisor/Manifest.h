@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/Expected.h"
+#include "platform/AtomicFile.h"
 #include "platform/Files.h"
 #include "supervisor/LineReader.h"
 #include "supervisor/RunObserver.h"
@@ -31,24 +32,17 @@ struct ManifestHeader {
 class CManifestWriter {
 public:
     explicit CManifestWriter(std::string path);
-    CManifestWriter(const CManifestWriter&) = delete;
-    CManifestWriter& operator=(const CManifestWriter&) = delete;
-    /// Removes what is not finished.
-    ~CManifestWriter();
 
     /// The first failure of opening or writing so far.
-    platform::FileResult Result() const { return {m_error}; }
+    platform::FileResult Result() const { return m_lines.Result(); }
     /// In the order of their numbers.
     void Add(const PlannedFile& file);
     /// The header stands first but is known last. Afterwards the object is of no more use.
     platform::FileResult Finish(const ManifestHeader& header);
 
 private:
-    std::string LinesPath() const { return m_path + ".lines"; }
-
     std::string m_path;
-    platform::Stream m_lines;
-    int m_error = 0;
+    platform::CAtomicFile m_lines;  // the files, without the header; never committed
 };
 
 /// Reads a manifest as a stream.

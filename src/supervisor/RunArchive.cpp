@@ -2,6 +2,7 @@
 
 #include "common/FileNames.h"
 #include "common/Text.h"
+#include "platform/AtomicFile.h"
 #include "platform/Clock.h"
 #include "platform/FileLock.h"
 #include "platform/Files.h"
@@ -43,10 +44,11 @@ bool IsPackOf(const platform::FolderEntry& entry, const std::string& run)
     return IsPack(entry) && entry.name.substr(kTimeLength + 1) == run + std::string(kEnding);
 }
 
-/// Bytes in the form of gzip.
+/// Writes bytes in the form of gzip.
 class CPacker {
 public:
-    CPacker()
+    /// The file is borrowed.
+    explicit CPacker(platform::CAtomicFile& file) : m_file(file)
     {
         constexpr int kGzip = 15 + 16, kMemoryLevel = 8;
         m_good = deflateInit2(&m_stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, kGzip, kMemoryLevel,
@@ -58,11 +60,7 @@ public:
 
     bool Good() const { return m_good; }
     void Add(std::string_view bytes) { Run(bytes, Z_NO_FLUSH); }
-    std::string Finish()
-    {
-        Run({}, Z_FINISH);
-        return std::move(m_packed);
-    }
+    void Finish() { Run({}, Z_FINISH); }
 
 private:
     void Run(std::string_view bytes, int flush)
@@ -76,13 +74,13 @@ private:
             m_stream.avail_out = static_cast<uInt>(piece.size());
             const int answer = deflate(&m_stream, flush);
             m_good = m_good && answer != Z_STREAM_ERROR;
-            m_packed.append(piece.data(), piece.size() - m_stream.avail_out);
+            m_file.Write(piece.data(), piece.size() - m_stream.avail_out);
         } while (m_good && m_stream.avail_out == 0);
     }
 
+    platform::CAtomicFile& m_file;
     z_stream m_stream = {};
     bool m_good = false;
-    std::string m_packed;
 };
 
 platform::FileResult AddFile(CPacker& packer, const std::string& path)
@@ -112,15 +110,16 @@ bool IsWhollySaved(const std::string& manifestPath, const std::string& journalPa
 std::string CRunArchive::Keep(const std::string& run, const std::string& manifestPath,
                               const std::string& journalPath) const
 {
-    CPacker packer;
-    platform::FileResult result = AddFile(packer, manifestPath);
-    if (result) result = AddFile(packer, journalPath);
-    const std::string packed = packer.Finish();
-    const std::string name = TimeName(platform::NanosecondsSince1970()) + '-' + run + std::string(kEnding);
-    if (result && !packer.Good()) return "The run cannot be packed for later.";
     // It is made in the folder of the plan, whose lock makes that safe: who finds a half one there may remove it.
     const std::string made = FolderOf(manifestPath) + "packed" + std::string(kEnding);
-    if (result) result = platform::WriteFileAtomically(made, packed, platform::Readers::Owner);
+    platform::CAtomicFile file(made, platform::Existing::Replace, journalPath);
+    CPacker packer(file);
+    platform::FileResult result = AddFile(packer, manifestPath);
+    if (result) result = AddFile(packer, journalPath);
+    packer.Finish();
+    const std::string name = TimeName(platform::NanosecondsSince1970()) + '-' + run + std::string(kEnding);
+    if (result && !packer.Good()) return "The run cannot be packed for later.";
+    if (result) result = file.Commit();
     if (result) result = platform::MoveFile(made, m_folder + name, platform::Existing::Replace);
     if (!result)
         return "The run cannot be kept in " + m_folder + " for later (" + platform::ErrorText(result.errorNumber) +

@@ -122,11 +122,15 @@ class OutputRules(unittest.TestCase):
         self.assertEqual(outcome.code, 0, outcome)
         self.assertEqual(page_count(output / "ein Dokument.pdf", "open sesame"), 1)
 
-    def test_an_unknown_converter_is_reported(self):
-        settings = {**folder(self.place.output), "HandlerUniqueID": ("string", "com.example.nothing")}
-        outcome = self.place.run_folder(host_sequence(self.place, settings), output=False)
-        self.assertEqual(outcome.values("Conversion status"), ["Failed"], outcome)
-        self.assertEqual(list(self.place.output.iterdir()), [])
+    def test_a_conversion_that_fails_says_why(self):
+        in_the_way = self.place.output / "ein Dokument.txt"
+        in_the_way.mkdir()
+        for converter, reason in (("com.example.nothing", "nothing failed: there is no such converter"), ("com.adobe.acrobat.plain-text", "plain-text failed: cannot write: Is a directory")):
+            settings = {**folder(self.place.output), "HandlerUniqueID": ("string", converter)}
+            outcome = self.place.run_folder(host_sequence(self.place, settings), output=False)
+            self.assertEqual(outcome.values("Conversion status"), ["Failed"], outcome)
+            self.assertRegex(outcome.errors, reason)
+            self.assertEqual(list(self.place.output.iterdir()), [in_the_way])
 
     def test_a_document_whose_security_forbids_changes_is_copied_unchanged(self):
         source = self.place.input / "restricted.pdf"

@@ -3,10 +3,14 @@ import functools
 import hashlib
 import json
 import os
+import signal
 import subprocess
 from pathlib import Path
 
 from unattended import PROTECT, SAVE, VARIABLES, Workplace, minimal_pdf, page_count, protect_items, save_items
+
+# Whoever started the tests may ignore interrupts; the programs under test are to get those that are sent to them.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 PROGRAM = Path(os.environ.get("FERRULE_PROGRAM", "build/release/bin/ferrule"))
 PASSWORD = "open sesame"

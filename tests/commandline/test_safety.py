@@ -84,15 +84,6 @@ class Safety(unittest.TestCase):
         beside = self.place.ferrule("run", sequence, "--input", self.place.input, "--output", self.place.input, "--no-subfolders")
         self.assertEqual((beside.code, "left out" in beside.errors), (0, False), beside)
 
-    def test_input_must_come_from_somewhere(self):
-        result = self.run_it([self.protect, self.save], "--output", self.place.output, input_given=False)
-        self.assertEqual(result.code, 1, result)
-        self.assertIn("--input", result.errors)
-        named = self.run_it([self.protect, self.save], "--output", self.place.output, input_given=False,
-                            sources=[("Folder", str(self.place.input))])
-        self.assertEqual(named.code, 0, named)
-        self.assertEqual(len(list(self.place.output.iterdir())), 2)
-
     def test_outputs_cost_no_other_file(self):
         root, a = self.place.root, self.place.input / "a.pdf"
         sequence = self.place.sequence("sequence.sequ", [self.protect, self.save])
@@ -160,30 +151,6 @@ class Safety(unittest.TestCase):
             self.assertIn(f"{named}:" if code == 0 else str(named), first)
             self.assertNotIn(str(given if named == target else target), first)
 
-    def test_folders_that_are_not_there(self):
-        missing = self.place.root / "missing"
-        for words in (["--output", missing], ["--output", self.place.output, "--final-action", "move", "--destination", missing]):
-            with self.subTest(words=words):
-                result = self.run_it([self.protect, self.save], *words)
-                self.assertEqual(result.code, 1, result)
-                self.assertIn(str(missing), result.errors)
-                self.assertEqual({path: path.read_bytes() for path in self.originals}, self.originals)
-        result = self.place.ferrule("run", self.place.protect_sequence(), "--input", missing, "--output", self.place.output)
-        self.assertEqual(result.code, 1, result)
-        self.assertIn(str(missing), result.errors)
-
-    def test_usage_errors(self):
-        sequence = self.place.protect_sequence()
-        for words in (["run"], ["run", sequence, "--final-action", "burn"], ["run", sequence, "--jobs", "0"],
-                      ["run", sequence, "--final-action", "move"], ["run", sequence, "--no-such-option"], ["fly"],
-                      ["run", sequence, "--memory", "lots"], ["run", sequence, "--final-action", "9"],
-                      ["run", "--manifest", "m", "--shard", "5/4", "--journal", "j"]):
-            with self.subTest(words=words):
-                result = self.place.ferrule(*words)
-                self.assertEqual(result.code, 2, result)
-                self.assertTrue(result.errors.strip())
-                self.assertEqual(result.output, "")
-
     def test_files_still_being_copied_in_are_left_alone(self):
         old = time.time() - 3600
         os.utime(self.place.input / "a.pdf", (old, old))
@@ -192,13 +159,6 @@ class Safety(unittest.TestCase):
         self.assertEqual(result.code, 0, result)
         self.assertEqual([line["path"] for line in records(record).values()], [str(self.place.input / "a.pdf")])
         self.assertIn("1", result.errors)
-
-    def test_extensions(self):
-        (self.place.input / "c.PDF").write_bytes((self.place.input / "a.pdf").read_bytes())
-        (self.place.input / "d.txt").write_text("text")
-        result = self.run_it([self.protect, self.save], "--output", self.place.output)
-        self.assertEqual(len(list(self.place.output.iterdir())), 3, result)
-        self.assertIn("pdf", result.errors)
 
     def test_a_signed_document_is_told(self):
         corpus = os.environ.get("FERRULE_CORPUS", "")

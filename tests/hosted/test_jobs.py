@@ -1,12 +1,11 @@
 """Jobs that a supervisor hands to a worker: plans, runs with inputs from outside, trial runs."""
 import os
-import random
 import re
 import unittest
 from pathlib import Path
 
 from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items
-from worker import Job, from_text, job_of, to_text
+from worker import Job, job_of, to_text
 
 FOREIGN = ("--plugin", os.environ.get("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),
            "--plugin", os.environ.get("FERRULE_FOREIGN_STEPS", "build/release/tests/hosted/ForeignSteps.api"))
@@ -34,7 +33,7 @@ def tree(root):
             if path.is_file() and "config" not in path.parts}
 
 
-class JobTest(unittest.TestCase):
+class Jobs(unittest.TestCase):
     def setUp(self):
         self.place = Workplace()
         self.addCleanup(self.place.close)
@@ -58,8 +57,6 @@ class JobTest(unittest.TestCase):
         job = job_of("run", sequence or self.sequence, final, destination, self.place.input, output, **more)
         return Job(self.place, job, inputs, answer, arguments, to_do)
 
-
-class Jobs(JobTest):
     def test_a_plan_tells_inputs_groups_and_the_lines_around_the_files(self):
         self.write("a.pdf", "sub/A (1).PDF", "b.pdf")
         fresh = self.write("fresh.pdf")[0]
@@ -110,26 +107,6 @@ class Jobs(JobTest):
         self.assertIn("No input files have been found at specified location, processing is terminated", job.lines)
         job = self.run_job([])
         self.assertEqual((job.end, job.records, job.code), ("finished", [], 0), job)
-
-    def test_what_is_refused_says_why_and_how_to_go_on(self):
-        self.write("a.pdf")
-        missing = self.place.sequence("missing.sequ", [("Maker:Gone", {}), (SAVE, save_items())])
-        unsaved = self.place.sequence("unsaved.sequ", [(PROTECT, protect_items())])
-        in_place = self.place.sequence("in-place.sequ", [(PROTECT, protect_items()), (SAVE, {})])
-        rows = [({"sequence": missing}, "--skip-unavailable", {"skipUnavailable": True}),
-                ({"sequence": unsaved, "final": 3}, "--allow-no-output", {"allowNoOutput": True}),
-                ({"sequence": in_place}, "--allow-in-place", {"allowInPlace": True}),
-                ({"output": self.place.root / "nowhere"}, "--output", None),
-                ({"final": 2, "destination": self.place.root / "nowhere"}, "--destination", None),
-                ({"settings": {"FERRULEALTPATH": ""}}, "--input", None)]
-        for request, hint, permission in rows:
-            with self.subTest(hint=hint):
-                job = self.plan(**request)
-                self.assertEqual((job.end, job.code, job.reports), ("not-started", 1, []), job)
-                self.assertIn(hint, job.end_message)
-                self.assertTrue(any(job.end_message in line for line in job.lines), job)
-                if permission:
-                    self.assertEqual(self.plan(**request, **permission).end, "finished", job)
 
     def test_what_is_no_job_ends_as_not_started(self):
         for job in ({"kind": "dance"}, {}, [], 7, {"kind": 5}, {"kind": "run"}, {"kind": "plan", "settings": []}):
@@ -207,19 +184,7 @@ class Jobs(JobTest):
                 self.assertEqual(len(list(self.place.output.iterdir())), 0 if refused == "output" else 2)
                 self.assertEqual(list(self.place.done.iterdir()), [])
 
-    def test_names_that_are_no_text(self):
-        raw = os.fsencode(str(self.place.input)) + b"/\xffk\xc3\xa4se \xef\x9f\xbf.pdf"
-        with open(raw, "wb") as file:
-            file.write(minimal_pdf("x"))
-        planned = self.plan().planned()[0]
-        self.assertEqual([from_text(i["path"]) for i in planned], [raw])
-        job = self.run_job([os.fsdecode(raw)], final=2, destination=self.place.done)
-        self.assertEqual(job.records[0]["outcome"], "saved", job)
-        self.assertEqual(os.listdir(os.fsencode(str(self.place.done))), [os.path.basename(raw)])
-
-
-class TrialRuns(JobTest):
-    def test_steps_of_other_makers_are_left_out(self):
+    def test_a_trial_run_leaves_out_steps_of_other_makers(self):
         inputs = self.write("a.pdf")
         sequence = self.place.sequence("foreign.sequ", [("T:WithoutReserve", {}), (PROTECT, protect_items()),
                                                         (SAVE, save_items())])
@@ -227,47 +192,6 @@ class TrialRuns(JobTest):
         self.assertIn("T:WithoutReserve was left out of the trial run", job.records[0]["message"], job)
         self.assertNotIn("T:WithoutReserve", job.errors, "the step was not even made")
         self.assertEqual(list(self.place.output.iterdir()), [])
-
-    def test_a_trial_run_foretells_the_real_one_and_touches_nothing(self):
-        for seed in range(12):
-            with self.subTest(seed=seed):
-                self.foretell(random.Random(seed))
-                for path in list(tree(self.place.root)):
-                    if path.suffix != ".sequ":
-                        path.unlink()
-
-    def foretell(self, rng):
-        names = [f"{folder}{base}{number}.pdf" for folder in ("", "sub/") for base in ("x", "Y", "z")
-                 for number in ("", " (1)")]
-        self.write(*rng.sample(names, rng.randint(2, 8)))
-        for folder in (self.place.output, self.place.done):
-            for base in ("x", "Y (1)", "x (1)"):
-                if rng.random() < 0.4:
-                    (folder / f"{base}.pdf").write_bytes(b"older")
-        if rng.random() < 0.5:
-            (self.place.input / "x (2).pdf").write_bytes(b"no document")
-        kind = rng.choice(["WorkflowPlaybackSave", None])
-        affix = {"AddToBaseName": ("boolean", "true"), "InsertAfterBaseName": ("text", rng.choice([" (1)", "_o"]))}
-        overwrite = {"DontOverwrite": ("boolean", rng.choice(["true", "false"]))}
-        items = ({} if kind is None else save_items(kind)) | (affix if rng.random() < 0.4 else {}) | overwrite
-        sequence = self.place.sequence("random.sequ", [(PROTECT, protect_items())] * rng.randint(0, 1) + [(SAVE, items)])
-        request = {"sequence": sequence, "final": rng.choice([0, 1, 2, 3, 4, 6, 7, 8]),
-                   "output": rng.choice([self.place.output, ""])}
-        request["destination"] = "same.pdf" if request["final"] == 4 else self.place.done
-        plan = self.plan(**request, allowInPlace=True)
-        inputs = [from_text(i["path"]).decode() for i in plan.planned()[0]]
-        before = tree(self.place.root)
-        trial = self.run_job(inputs, **request, dryRun=True)
-        self.assertEqual(tree(self.place.root), before, trial)
-        real = self.run_job(inputs, **request)
-        self.assertEqual([self.foretold(record) for record in trial.records],
-                         [self.foretold(record) for record in real.records], f"{request}\n{trial}\n{real}")
-
-    @staticmethod
-    def foretold(record):
-        final = record.get("finalAction")
-        return (record["path"], record["outcome"], [output["path"] for output in record["outputs"]],
-                (final["act"], final.get("target"), final["state"]) if final else None)
 
 
 if __name__ == "__main__":

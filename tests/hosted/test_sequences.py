@@ -70,17 +70,6 @@ class Sequences(unittest.TestCase):
         tail = [line.split(" : ")[0].split(":")[0] for line in outcome.lines[-5:]]
         self.assertEqual(tail, ["LOG STOPPED", "Plugin", "Acrobat viewer host application", "Language", "Software build date"])
 
-    def test_host_form_and_xml_form_of_one_sequence_do_the_same(self):
-        entries = [("cab", "Commands:0:Config", ""), ("cab", "Input", ""), ("integer", "Input:FileVariation", 2),
-                   ("integer", "Output:FileVariation", 2), ("atom", "Commands:0:HandlerName", PROTECT),
-                   ("text", "Commands:0:Title", "Protect"), ("integer", "Commands:0:UIPolicy", 3),
-                   ("integer", "Commands:0:Params:EncryptionMethod", 3), ("boolean", "Commands:0:Params:PasswordProtect", "true"),
-                   ("string", "Commands:0:Params:Password", "pass")]
-        outcome = self.place.run_folder(self.place.host_sequence("h.sequ", entries))
-        self.assertEqual(outcome.code, 0, outcome)
-        self.assertFalse(outcome.has("Sequence file is loaded from XML format"))
-        self.assertEqual(page_count(self.place.output / "a.pdf", "pass"), 1, outcome)
-
 
 if __name__ == "__main__":
     sys.exit(0 if unittest.main(exit=False).result.wasSuccessful() else 1)

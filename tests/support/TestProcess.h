@@ -45,6 +45,14 @@ inline int ProcessId()
 #endif
 }
 
+/// Whoever started the tests may ignore interrupts, which processes inherit; those that are sent here are to arrive.
+inline void HeedInterrupts()
+{
+#ifndef _WIN32
+    std::signal(SIGINT, SIG_DFL);
+#endif
+}
+
 /// Asks this process to end, as a key does (see platform/Interrupts.h); the request has arrived when this comes back.
 inline void Interrupt()
 {

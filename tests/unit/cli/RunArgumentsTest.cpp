@@ -87,6 +87,7 @@ TEST(RunArguments, DestinationsFitTheirActions)
         const char* named;
     } rows[] = {
         {{"--final-action", "move"}, 2, "--destination"},
+        {{"--final-action", "rename"}, 2, "--destination"},
         {{"--final-action", "rename", "--destination", "a/b.pdf"}, 2, "without a folder"},
         {{"--final-action", "delete", "--destination", place.two}, 2, "leave it out"},
         {{"--destination", place.two}, 2, "leave it out"},
@@ -136,6 +137,24 @@ TEST(RunArguments, PartsOfPlansAreCounted)
     for (const char* const shard : {"0/4", "5/4", "1", "1/", "/4", "1/4x", "a/b", "-1/4", "1/4/4", "99999999999/4"})
         EXPECT_THROW(read({"--journal", folder / "j", "--shard", shard}), cli::CCommandError) << shard;
     EXPECT_THROW(read({}), cli::CCommandError);
-    EXPECT_THROW(read({"--journal", folder / "j", "--output", folder.Path()}), cli::CCommandError);
-    EXPECT_THROW(read({"--journal", folder / "j", "s.sequ"}), cli::CCommandError);
+    // What the plan has said, a part of it cannot say otherwise.
+    const std::vector<std::string> refused[] = {{"s.sequ"},
+                                                {"-i", manifest},
+                                                {"-o", manifest},
+                                                {"--ext", "pdf"},
+                                                {"--no-subfolders"},
+                                                {"--min-age", "1"},
+                                                {"--final-action", "delete"},
+                                                {"--destination", manifest},
+                                                {"--dry-run"},
+                                                {"--log", "l"},
+                                                {"--skip-unavailable"},
+                                                {"--allow-no-output"},
+                                                {"--allow-in-place"},
+                                                {"--accept-damaged"},
+                                                {"--force"}};
+    for (std::vector<std::string> words : refused) {
+        words.insert(words.begin(), {"--journal", folder / "j"});
+        EXPECT_THROW(read(words), cli::CCommandError) << words.back();
+    }
 }

@@ -153,6 +153,7 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
          "--allow-in-place"},
         {"the destination is missing", [&](PlannedRun& r) { ends(r, 1, Missing()); }, "--destination"},
         {"no destination is given", [&](PlannedRun& r) { ends(r, 6, ""); }, "--destination"},
+        {"no new name is given", [&](PlannedRun& r) { ends(r, 4, ""); }, "--destination"},
         {"no program is given", [&](PlannedRun& r) { ends(r, 5, ""); }, "--destination"},
         {"the program is missing", [&](PlannedRun& r) { ends(r, 5, Missing()); }, "program"},
         {"deleting needs no destination", [&](PlannedRun& r) { ends(r, 3, ""); }, ""},

@@ -44,6 +44,7 @@ class CRunPlace {
 public:
     CRunPlace()
     {
+        HeedInterrupts();
         for (const char* name : {"in", "out", "done", "settings"}) folder.MakeFolder(name);
         SetVariable(platform::kApplicationDataVariable, folder / "settings");
         SetVariable("FAKE_KILL", "");

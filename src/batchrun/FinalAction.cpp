@@ -1,10 +1,9 @@
 #include "batchrun/FinalAction.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "common/Log.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 #include "platform/Programs.h"
 
 #include <utility>
@@ -49,7 +48,7 @@ std::string ReasonOf(const FileResult& result, const std::string& target)
 /// Kept: the separator is appended whatever the destination ends with.
 std::string TargetPath(const std::string& inputPath, const std::string& destination)
 {
-    return destination + platform::kSeparator + FileName(inputPath);
+    return destination + kSeparator + FileName(inputPath);
 }
 
 FinalActionOutcome ReportCopy(const FileResult& result, const std::string& target, CLogWriter& log)
@@ -71,7 +70,7 @@ UniqueResult UnderFreeName(FileOperation operation, const std::string& inputPath
 {
     UniqueResult unique;
     for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
-        unique.target = UniqueSpaced(wanted);
+        unique.target = UniqueSpaced(wanted, platform::NameExists);
         unique.result = operation(inputPath, unique.target, Existing::Fail);
         if (platform::ProblemOf(unique.result) != platform::FileProblem::Exists) break;
     }

@@ -5,15 +5,15 @@
 #include <utility>
 
 CInputGuard::CInputGuard(std::string inputPath, std::optional<platform::FileStamp> stamp)
-    : m_inputPath(std::move(inputPath)), m_stamp(stamp), m_former(platform::InstallOverseer(this))
+    : m_inputPath(std::move(inputPath)), m_stamp(stamp), m_former(InstallOverseer(this))
 {
 }
 
-CInputGuard::~CInputGuard() { platform::InstallOverseer(m_former); }
+CInputGuard::~CInputGuard() { InstallOverseer(m_former); }
 
 bool CInputGuard::IsChanged() { return m_foundChange = m_foundChange || HasChanged(m_inputPath, m_stamp); }
 
-platform::COverseer::Answer CInputGuard::Ask(Act act, const std::string& file, const std::string& target)
+COverseer::Answer CInputGuard::Ask(Act act, const std::string& file, const std::string& target)
 {
     if (IsChanged()) return Answer::Refuse;
     const Answer answer = m_former ? m_former->Ask(act, file, target) : Answer::Go;

@@ -1,8 +1,8 @@
 // Keeps a final action from an input that has changed since it was processed.
 #pragma once
 
+#include "base/Overseer.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
 
 #include <optional>
 #include <string>
@@ -10,7 +10,7 @@
 /// While it lives, no act of the file services is done once the input is another file than the stamp says: it looks
 /// before the overseer that was installed is asked and, since that may take a while, again when that lets the act
 /// happen.
-class CInputGuard final : public platform::COverseer {
+class CInputGuard final : public COverseer {
 public:
     /// Without a stamp everything may happen.
     CInputGuard(std::string inputPath, std::optional<platform::FileStamp> stamp);
@@ -30,6 +30,6 @@ private:
 
     std::string m_inputPath;
     std::optional<platform::FileStamp> m_stamp;
-    platform::COverseer* m_former;
+    COverseer* m_former;
     bool m_foundChange = false;
 };

@@ -1,7 +1,7 @@
 #include "batchrun/RunSettings.h"
 
+#include "base/Text.h"
 #include "common/Log.h"
-#include "common/Text.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "base/LikelyName.h"
+#include "base/Text.h"
 #include "cli/FinalActions.h"
-#include "common/Text.h"
-#include "platform/LikelyName.h"
 
 namespace cli {
 
@@ -134,12 +134,12 @@ private:
     /// A misspelled option is behind many a problem, such as one that is required and seems to be missing.
     std::string Problem(const CLI::ParseError& error) const
     {
-        const std::string unknown = platform::FirstOption(m_app.remaining());
+        const std::string unknown = FirstOption(m_app.remaining());
         if (unknown.empty()) return error.what();
         std::vector<std::string> names = {"--help"};
         for (const OptionRow& row : m_command.options)
             if (!row.hidden) names.push_back(row.name);
-        return platform::NoSuchOption(unknown, names);
+        return NoSuchOption(unknown, names);
     }
 
     void AddOption(const OptionRow& row)

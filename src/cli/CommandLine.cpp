@@ -4,6 +4,8 @@
 #include <exception>
 #include <optional>
 
+#include "base/LikelyName.h"
+#include "base/Text.h"
 #include "cli/Arguments.h"
 #include "cli/CommandError.h"
 #include "cli/Completions.h"
@@ -12,8 +14,6 @@
 #include "cli/ManPage.h"
 #include "cli/RunCommands.h"
 #include "cli/SequenceCommands.h"
-#include "common/Text.h"
-#include "platform/LikelyName.h"
 
 namespace cli {
 
@@ -71,7 +71,7 @@ std::string WordsAfter(const std::string& first)
 /// "; did you mean "run"?", when one of the names is likely.
 std::string Meant(const std::string& typed, const std::vector<std::string>& names)
 {
-    const std::string likely = platform::LikelyName(typed, names);
+    const std::string likely = LikelyName(typed, names);
     return likely.empty() ? "" : "; did you mean \"" + likely + "\"?";
 }
 

@@ -3,9 +3,9 @@
 #include <set>
 #include <vector>
 
+#include "base/Text.h"
 #include "cli/CommandTable.h"
 #include "cli/FinalActions.h"
-#include "common/Text.h"
 
 namespace cli {
 

@@ -1,6 +1,6 @@
 #include "cli/FinalActions.h"
 
-#include "common/Text.h"
+#include "base/Text.h"
 
 namespace cli {
 

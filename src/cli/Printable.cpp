@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "common/Text.h"
+#include "base/Text.h"
 
 namespace cli {
 

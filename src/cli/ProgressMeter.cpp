@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "common/Text.h"
+#include "base/Text.h"
 
 namespace cli {
 

@@ -5,10 +5,10 @@
 #include <thread>
 #include <utility>
 
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "cli/CommandError.h"
 #include "cli/FinalActions.h"
-#include "common/FileNames.h"
-#include "common/Text.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 
@@ -35,7 +35,7 @@ std::vector<std::string> PlugInsOfFolder(const std::string& folder)
 std::string KeptAsItIs(const std::string& path)
 {
     if (path == RemoveQuotes(path)) return path;
-    if (platform::FolderExists(path)) return path + platform::kSeparator;
+    if (platform::FolderExists(path)) return path + kSeparator;
     FailStart(path + ": a name that ends with a blank or a double quote cannot be passed on; please rename the file");
 }
 

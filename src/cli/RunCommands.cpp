@@ -2,12 +2,12 @@
 
 #include <utility>
 
+#include "base/Text.h"
 #include "cli/CommandError.h"
 #include "cli/Printable.h"
 #include "cli/RunArguments.h"
 #include "cli/RunPrinter.h"
 #include "cli/Summary.h"
-#include "common/Text.h"
 #include "platform/OpenFiles.h"
 #include "platform/Paths.h"
 #include "supervisor/Supervisor.h"

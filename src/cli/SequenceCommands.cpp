@@ -4,13 +4,13 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "base/ByteText.h"
+#include "base/Text.h"
 #include "cli/CommandError.h"
 #include "cli/FinalActions.h"
 #include "cli/Printable.h"
 #include "cli/RunArguments.h"
 #include "cli/Summary.h"
-#include "common/Text.h"
-#include "platform/ByteText.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
@@ -21,7 +21,6 @@ namespace cli {
 namespace {
 
 using nlohmann::json;
-using platform::TextFromBytes;
 
 constexpr std::uint64_t kLongestPasswordFile = 64 * 1024;
 

@@ -1,9 +1,9 @@
 #include <nlohmann/json.hpp>
 
+#include "base/ByteText.h"
+#include "base/Text.h"
 #include "cli/Printable.h"
 #include "cli/SequenceCommands.h"
-#include "common/Text.h"
-#include "platform/ByteText.h"
 
 namespace cli {
 
@@ -16,7 +16,7 @@ std::string Shown(const json& object, const char* name)
 {
     const auto found = object.find(name);
     if (found == object.end() || !found->is_string()) return {};
-    return Printable(platform::BytesFromText(found->get<std::string>()));
+    return Printable(BytesFromText(found->get<std::string>()));
 }
 
 const json& List(const json& object, const char* name)
@@ -30,7 +30,7 @@ bool Is(const json& object, const char* name) { return object.value(name, json()
 
 std::string ValueText(const json& value)
 {
-    if (value.is_string()) return "\"" + Printable(platform::BytesFromText(value.get<std::string>())) + "\"";
+    if (value.is_string()) return "\"" + Printable(BytesFromText(value.get<std::string>())) + "\"";
     return value.is_null() ? "(none)" : value.dump();
 }
 

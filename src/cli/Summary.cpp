@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/ByteText.h"
+#include "base/Text.h"
 #include "cli/Printable.h"
 #include "cli/ProgressMeter.h"
 #include "cli/RunPrinter.h"
-#include "common/Text.h"
-#include "platform/ByteText.h"
 
 namespace cli {
 
@@ -180,7 +180,7 @@ std::string SummaryJson(const RunResult& result)
     nlohmann::ordered_json json;
     json["run"] = result.plan.run;
     json["end"] = ExitWord(result.exit);
-    json["message"] = platform::TextFromBytes(result.message);
+    json["message"] = TextFromBytes(result.message);
     json["total"] = result.plan.total;
     json["bytes"] = result.plan.bytes;
     for (const FileOutcomeClass outcome : kOutcomes)
@@ -188,9 +188,9 @@ std::string SummaryJson(const RunResult& result)
     json["remaining"] = result.remaining;
     json["tooYoung"] = result.plan.tooYoung;
     json["oneWorker"] = result.plan.oneWorker;
-    json["record"] = platform::TextFromBytes(result.recordPath);
-    json["log"] = platform::TextFromBytes(result.logPath);
-    json["logProblem"] = platform::TextFromBytes(result.logProblem);
+    json["record"] = TextFromBytes(result.recordPath);
+    json["log"] = TextFromBytes(result.logPath);
+    json["logProblem"] = TextFromBytes(result.logProblem);
     return json.dump();
 }
 

@@ -1,7 +1,7 @@
 #include "commands/BatchCommandPasswordProtect.h"
 
+#include "base/PathNames.h"
 #include "commands/PasswordProtection.h"
-#include "common/FileNames.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/CabRecord.h"
 #include "hostcalls/CommandErrors.h"

@@ -1,12 +1,11 @@
 #include "commands/BatchCommandProcessExternal.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "common/Log.h"
-#include "common/Text.h"
 #include "hostcalls/HostFrame.h"
 #include "pdflib/AcrobatDoc.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 #include "platform/Programs.h"
 
 namespace {
@@ -17,7 +16,7 @@ constexpr char kCommandLine[] = "CommandLine";  // kept with the parameters, use
 /// The file itself and not a program of that name somewhere in the search path.
 std::string ThisVeryFile(const std::string& path)
 {
-    return FolderOf(path).empty() ? std::string(".") + platform::kSeparator + path : path;
+    return FolderOf(path).empty() ? std::string(".") + kSeparator + path : path;
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "commands/CatalogCommand.h"
 
+#include "base/Text.h"
 #include "common/Log.h"
-#include "common/Text.h"
 #include "hostcalls/CatalogIndex.h"
 #include "hostcalls/HostFrame.h"
 #include "platform/Files.h"

@@ -1,6 +1,6 @@
 #include "commands/PasswordProtection.h"
 
-#include "common/Text.h"
+#include "base/Text.h"
 #include "pdflib/AcrobatDoc.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "commands/SecuritySettings.h"
 
-#include "common/LetterCase.h"
-#include "common/Text.h"
+#include "base/Names.h"
+#include "base/Text.h"
 
 #include <variant>
 

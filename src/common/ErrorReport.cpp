@@ -1,6 +1,6 @@
 #include "common/ErrorReport.h"
 
-#include "common/Text.h"
+#include "base/Text.h"
 #include "common/TextFile.h"
 
 std::string CErrorReport::ReportText() const

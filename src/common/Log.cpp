@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "common/Text.h"
+#include "base/Text.h"
 #include "platform/Clock.h"
 
 namespace {

@@ -1,10 +1,10 @@
 #include "common/NumberedLog.h"
 
-#include "common/FileNames.h"
-#include "common/Text.h"
+#include "base/Overseer.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "platform/Files.h"
 #include "platform/Memory.h"
-#include "platform/Overseer.h"
 
 #include <utility>
 
@@ -126,7 +126,7 @@ bool CNumberedLog::ArchiveWhenLarge(const std::string& path)
     platform::CLogFile claim;
     if (!claim.Open(path, true)) return false;
     claim.Close();
-    const platform::CUnwatched noDocument;
+    const CUnwatched noDocument;
     return platform::MoveFile(path, ArchivePath(path), platform::Existing::Fail).Ok();
 }
 

@@ -1,6 +1,6 @@
 #include "common/ProductPaths.h"
 
-#include "platform/Paths.h"
+#include "base/PathNames.h"
 
 namespace {
 
@@ -11,8 +11,8 @@ constexpr const char* kVendorAndProduct[] = {"Quillon", "Ferrule"};
 ProductPaths MakeProductPaths(const std::string& applicationDataFolder)
 {
     ProductPaths paths;
-    paths.settingsFolder = applicationDataFolder + platform::kSeparator;
-    for (const char* name : kVendorAndProduct) paths.settingsFolder += std::string(name) + platform::kSeparator;
+    paths.settingsFolder = applicationDataFolder + kSeparator;
+    for (const char* name : kVendorAndProduct) paths.settingsFolder += std::string(name) + kSeparator;
     paths.settingsFile = paths.settingsFolder + "Ferrule.cfs";
     paths.searchSettingsFile = paths.settingsFolder + "FerruleSearchSettings.cfs";
     paths.logFile = paths.settingsFolder + "FerruleLog.txt";

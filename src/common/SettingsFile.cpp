@@ -5,7 +5,7 @@
 #include <optional>
 #include <utility>
 
-#include "common/Text.h"
+#include "base/Text.h"
 #include "platform/FileProblem.h"
 
 // One line per entry: type, key, value, separated by single blanks; texts are escaped, so a line end is always one.

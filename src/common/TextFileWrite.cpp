@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "common/Encoding.h"
+#include "base/Unicode.h"
 #include "common/TextFile.h"
 #include "platform/FileProblem.h"
 

@@ -1,7 +1,7 @@
 // The commands of a sequence, made for one input file.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "hostcalls/Cab.h"
 #include "hostcalls/Commands.h"
 

@@ -1,6 +1,6 @@
 #include "engine/Executor.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "common/Log.h"
 #include "common/Progress.h"
 #include "engine/AcceptedTypes.h"

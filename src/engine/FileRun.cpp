@@ -1,9 +1,9 @@
 #include "engine/FileRun.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "common/Log.h"
 #include "common/Progress.h"
-#include "common/Text.h"
 #include "engine/CommandExecution.h"
 #include "engine/CommandFlights.h"
 #include "engine/InputOpening.h"

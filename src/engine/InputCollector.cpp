@@ -1,7 +1,7 @@
 #include "engine/InputCollector.h"
 
-#include "common/FileNames.h"
-#include "common/Text.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "platform/Files.h"
 
 #include <algorithm>

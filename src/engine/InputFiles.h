@@ -1,7 +1,7 @@
 // Finds the input files of a run.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "engine/ExecutorSettings.h"
 #include "engine/InputCollector.h"
 #include "engine/InputSource.h"

@@ -1,8 +1,8 @@
 #include "engine/InputOpening.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "common/Log.h"
-#include "common/Text.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Conversions.h"
 #include "hostcalls/HostFrame.h"

@@ -1,6 +1,6 @@
 #include "engine/ItemValues.h"
 
-#include "common/Text.h"
+#include "base/Text.h"
 
 #include <array>
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "engine/OutputSaving.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "common/Log.h"
 #include "engine/InputOpening.h"
 #include "engine/InputState.h"
@@ -51,7 +51,7 @@ std::string ConvertedPath(const std::string& wanted, const FromPdfConverter& con
     const std::string path = converter.extensions.empty() ? wanted : wanted + '.' + converter.extensions.front();
     // Existing results are replaced, but a text file that was converted to PDF must not be written over by its own
     // text.
-    return IsSameFile(path, inputPath) ? UniqueSpaced(path) : path;
+    return IsSameFile(path, inputPath) ? UniqueSpaced(path, platform::NameExists) : path;
 }
 
 /// False, with the reason when the host gives one.
@@ -92,7 +92,7 @@ SaveResult SaveConverted(PDDoc document, const std::string& wanted, const std::s
 /// Where the result goes now; with "don't overwrite" where nothing is.
 std::string FreePath(const std::string& wanted, const OutputSettings& settings)
 {
-    return settings.dontOverwrite ? UniqueSpaced(wanted) : wanted;
+    return settings.dontOverwrite ? UniqueSpaced(wanted, platform::NameExists) : wanted;
 }
 
 platform::FileResult CopyUnderName(const std::string& inputPath, const std::string& wanted,
@@ -213,7 +213,7 @@ SaveResult SaveTemporaryFile(CAcrobatDoc& document, const SavingInput& input, CL
     if (Extension(document.CurrentFile()) != "tmp") return {SaveStatus::NotWanted};
     const PathParts parts = SplitPath(input.path);
     const std::string wanted = parts.folder + parts.base + ".pdf";
-    const std::string path = IsSameFile(wanted, input.path) ? wanted : UniqueSpaced(wanted);
+    const std::string path = IsSameFile(wanted, input.path) ? wanted : UniqueSpaced(wanted, platform::NameExists);
     if (auto refused = Refusal(path, input)) return std::move(*refused);
     log.NameValue("Saving temporary file as", path, 1);
     document.SaveTo(path, PDSaveFull);

@@ -1,6 +1,6 @@
 #include "engine/PathStore.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "engine/SaveStepFacts.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "engine/InputOpening.h"
 #include "engine/InputState.h"
 #include "engine/PathEntry.h"

@@ -1,7 +1,7 @@
 #include "engine/SaveStepRedirection.h"
 
-#include "common/Encoding.h"
-#include "common/FileNames.h"
+#include "base/PathNames.h"
+#include "base/Unicode.h"
 #include "common/Log.h"
 #include "engine/ExecutorSettings.h"
 #include "engine/PathEntry.h"
@@ -9,7 +9,6 @@
 #include "hostcalls/HostPath.h"
 #include "platform/CodePage.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 
 namespace {
 
@@ -47,7 +46,7 @@ std::string RedirectionFolder(const std::string& inputPath, const ExecutorSettin
 {
     if (auto alternative = AlternativeOutputFolder(settings)) return std::move(*alternative);
     const std::string folder = FolderOf(inputPath);
-    return folder.empty() ? std::string(".") + platform::kSeparator : folder;
+    return folder.empty() ? std::string(".") + kSeparator : folder;
 }
 
 std::string RedirectSaveStep(CHostCommand& command, const std::string& folder, CLogWriter& log)

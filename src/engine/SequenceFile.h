@@ -1,7 +1,7 @@
 // Loads sequence files, in the host's own form or as XML.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "engine/Sequence.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #include "engine/WorkflowAudit.h"
 
-#include "common/Text.h"
+#include "base/Text.h"
 #include "engine/ItemValues.h"
 
 #include <tinyxml.h>

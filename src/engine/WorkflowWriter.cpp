@@ -1,6 +1,6 @@
 #include "engine/WorkflowWriter.h"
 
-#include "common/Encoding.h"
+#include "base/Unicode.h"
 #include "engine/ItemValues.h"
 
 #include <algorithm>

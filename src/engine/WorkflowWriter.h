@@ -1,7 +1,7 @@
 // Writes the XML form of a sequence file.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "engine/WorkflowModel.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #include "engine/WorkflowXml.h"
 
-#include "common/Text.h"
+#include "base/Text.h"
 #include "engine/GuardedXml.h"
 #include "engine/ItemValues.h"
 #include "engine/XmlGuard.h"

@@ -1,7 +1,7 @@
 #include "engine/XmlGuard.h"
 
-#include "common/Encoding.h"
-#include "common/Text.h"
+#include "base/Text.h"
+#include "base/Unicode.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -74,7 +74,8 @@ class CXmlScan {
 public:
     CXmlScan(std::string_view text, const XmlLimits& limits, std::vector<XmlPart>* outline)
         : m_text(text), m_limits(limits), m_outline(outline)
-    {}
+    {
+    }
 
     std::string Problem()
     {

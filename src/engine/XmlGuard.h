@@ -1,7 +1,7 @@
 // A look at the raw bytes of an XML file before a recursive parser sees them.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -29,8 +29,8 @@ inline constexpr int kOutlineDepth = 3;
 /// Accepts UTF-8 text whose tags and quotes are balanced within the limits; what an XML declaration says about the
 /// encoding has no effect. Document types and entity declarations are refused, and so are references to characters
 /// that do not exist. Runs in one pass, without recursion. `faultAt`, when given, learns at which byte a refused text
-/// is refused; npos when it is as a whole. `outline`, when given, gets the elements down to kOutlineDepth in the order
-/// in which they begin.
+/// is refused; npos when it is as a whole. `outline`, when given, gets the elements down to kOutlineDepth in the
+/// order in which they begin.
 [[nodiscard]] Expected<std::string_view> CheckedXml(std::string_view bytes, const XmlLimits& limits = {},
                                                     std::size_t* faultAt = nullptr,
                                                     std::vector<XmlPart>* outline = nullptr);

@@ -1,8 +1,8 @@
 #include "host/AppPaths.h"
 
-#include "common/Encoding.h"
-#include "common/LetterCase.h"
-#include "common/Text.h"
+#include "base/Names.h"
+#include "base/Text.h"
+#include "base/Unicode.h"
 #include "platform/Files.h"
 
 #include <cstddef>

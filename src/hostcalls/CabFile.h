@@ -1,7 +1,7 @@
 // Cabs in files, in the host's own form.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "hostcalls/Cab.h"
 
 #include <string>

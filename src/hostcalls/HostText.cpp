@@ -1,6 +1,6 @@
 #include "hostcalls/HostText.h"
 
-#include "common/Encoding.h"
+#include "base/Unicode.h"
 #include "hostcalls/HostMemory.h"
 #include "platform/CodePage.h"
 

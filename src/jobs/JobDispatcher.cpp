@@ -1,6 +1,6 @@
 #include "jobs/JobDispatcher.h"
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "common/Log.h"
 #include "hostcalls/HostFrame.h"
 #include "jobs/JobOverseer.h"
@@ -8,7 +8,7 @@
 #include "jobs/PlanJob.h"
 #include "jobs/RunJob.h"
 #include "jobs/SequenceJobs.h"
-#include "platform/Overseer.h"
+#include "platform/TemporaryNames.h"
 
 #include <algorithm>
 #include <cctype>

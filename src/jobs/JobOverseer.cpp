@@ -5,9 +5,9 @@
 
 namespace {
 
-int JobAct(platform::COverseer::Act act)
+int JobAct(COverseer::Act act)
 {
-    using Act = platform::COverseer::Act;
+    using Act = COverseer::Act;
     switch (act) {
         case Act::Put:
             return kJobActPut;
@@ -25,15 +25,15 @@ int JobAct(platform::COverseer::Act act)
 
 CJobOverseer::CJobOverseer(bool pretends) : m_pretends(pretends), m_installed(JobsTablePresent())
 {
-    if (m_installed) m_before = platform::InstallOverseer(this);
+    if (m_installed) m_before = InstallOverseer(this);
 }
 
 CJobOverseer::~CJobOverseer()
 {
-    if (m_installed) platform::InstallOverseer(m_before);
+    if (m_installed) InstallOverseer(m_before);
 }
 
-platform::COverseer::Answer CJobOverseer::Ask(Act act, const std::string& file, const std::string& target)
+COverseer::Answer CJobOverseer::Ask(Act act, const std::string& file, const std::string& target)
 {
     switch (JobMayAct(JobAct(act), file, target)) {
         case kJobActAllowed:

@@ -1,10 +1,10 @@
 // Asks the host before anything is done for good.
 #pragma once
 
-#include "platform/Overseer.h"
+#include "base/Overseer.h"
 
 /// Installed as long as it lives, when the host has the jobs table; the one before comes back then.
-class CJobOverseer final : public platform::COverseer {
+class CJobOverseer final : public COverseer {
 public:
     /// `pretends`: the job is a trial run.
     explicit CJobOverseer(bool pretends);
@@ -19,5 +19,5 @@ public:
 private:
     bool m_pretends;
     bool m_installed;
-    platform::COverseer* m_before = nullptr;
+    COverseer* m_before = nullptr;
 };

@@ -1,6 +1,6 @@
 #include "jobs/JobSettings.h"
 
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 
 #include <map>
 #include <nlohmann/json.hpp>
@@ -15,7 +15,7 @@ const nlohmann::json* Field(const nlohmann::json& job, const char* name)
     return field == job.end() ? nullptr : &*field;
 }
 
-std::string Bytes(const nlohmann::json& text) { return platform::BytesFromText(text.get_ref<const std::string&>()); }
+std::string Bytes(const nlohmann::json& text) { return BytesFromText(text.get_ref<const std::string&>()); }
 
 }  // namespace
 

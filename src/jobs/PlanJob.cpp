@@ -1,15 +1,15 @@
 #include "jobs/PlanJob.h"
 
+#include "base/ByteText.h"
+#include "base/Text.h"
 #include "batchrun/RunDriver.h"
 #include "common/Log.h"
-#include "common/Text.h"
 #include "engine/AcceptedTypes.h"
 #include "engine/InputFiles.h"
 #include "hostcalls/Application.h"
 #include "jobs/JobSettings.h"
 #include "jobs/PlannedFiles.h"
 #include "jobs/SafetyRules.h"
-#include "platform/ByteText.h"
 #include "platform/Files.h"
 
 #include <nlohmann/json.hpp>
@@ -80,14 +80,13 @@ private:
     void Report(const SequenceFacts& facts, const RunRequest& request, CInputCollector inputs) const
     {
         json warnings = json::array();
-        for (const std::string& warning : SafetyWarnings(facts, request))
-            warnings.push_back(platform::TextFromBytes(warning));
+        for (const std::string& warning : SafetyWarnings(facts, request)) warnings.push_back(TextFromBytes(warning));
         const std::size_t unreadable = inputs.Unreadable().size();
         for (const UnreadableFolder& folder : inputs.Unreadable())
-            warnings.push_back("The folder " + platform::TextFromBytes(folder.path) + " cannot be read (" +
+            warnings.push_back("The folder " + TextFromBytes(folder.path) + " cannot be read (" +
                                platform::ErrorText(folder.errorNumber) + "). Its files are left out.");
         for (const std::string& folder : inputs.LeftOut())
-            warnings.push_back("The folder " + platform::TextFromBytes(folder) +
+            warnings.push_back("The folder " + TextFromBytes(folder) +
                                " is left out of the input because results go there.");
 
         CPlannedFiles files(std::move(inputs), JobNumber(m_job, "minAge", 0));
@@ -97,7 +96,7 @@ private:
         const std::string reason = OneWorkerReason(facts);
         const json plan = {{"total", files.Count()},
                            {"oneWorker", !reason.empty()},
-                           {"oneWorkerReason", platform::TextFromBytes(reason)},
+                           {"oneWorkerReason", TextFromBytes(reason)},
                            {"tooYoung", files.TooYoung()},
                            {"unreadableFolders", unreadable},
                            {"outputsPerFile", ResultsPerFile(facts)},
@@ -108,7 +107,7 @@ private:
     void ReportInput(const PlannedFile& file) const
     {
         const json input = {{"number", file.number},
-                            {"path", platform::TextFromBytes(file.path)},
+                            {"path", TextFromBytes(file.path)},
                             {"size", file.size},
                             {"modified", std::to_string(file.modifiedNanoseconds)},
                             {"group", file.group}};

@@ -1,4 +1,4 @@
-#include "common/Text.h"
+#include "base/Text.h"
 #include "engine/OutputSettings.h"
 #include "jobs/SequenceChecks.h"
 #include "jobs/SequencePasswords.h"

@@ -1,4 +1,5 @@
-#include "common/Text.h"
+#include "base/ByteText.h"
+#include "base/Text.h"
 #include "engine/OutputSettings.h"
 #include "engine/PathEntry.h"
 #include "engine/WorkflowToCab.h"
@@ -10,7 +11,6 @@
 #include "jobs/SequenceJobs.h"
 #include "jobs/SequenceReport.h"
 #include "jobs/SequenceWriting.h"
-#include "platform/ByteText.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -18,7 +18,6 @@
 namespace {
 
 using nlohmann::json;
-using platform::TextFromBytes;
 using Severity = SequenceFinding::Severity;
 
 /// The bytes of the other form and what it has no place for.

@@ -1,12 +1,12 @@
 #include "jobs/SequenceJobs.h"
 
+#include "base/ByteText.h"
 #include "engine/WorkflowWriter.h"
 #include "jobs/JobSettings.h"
 #include "jobs/SequenceChecks.h"
 #include "jobs/SequenceReport.h"
 #include "jobs/SequenceSteps.h"
 #include "jobs/SequenceWriting.h"
-#include "platform/ByteText.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -14,7 +14,6 @@
 namespace {
 
 using nlohmann::json;
-using platform::TextFromBytes;
 using Severity = SequenceFinding::Severity;
 
 long CountOf(const std::vector<SequenceFinding>& findings, Severity severity)

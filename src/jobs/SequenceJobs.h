@@ -45,7 +45,7 @@
 // Files appear complete or not at all, and only their owner may read them when they hold passwords.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 
 #include <nlohmann/json_fwd.hpp>
 

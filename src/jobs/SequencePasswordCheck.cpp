@@ -1,6 +1,6 @@
+#include "base/Text.h"
+#include "base/Unicode.h"
 #include "commands/PasswordProtection.h"
-#include "common/Encoding.h"
-#include "common/Text.h"
 #include "hostcalls/HostText.h"
 #include "jobs/SequenceChecks.h"
 

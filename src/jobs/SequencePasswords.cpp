@@ -1,6 +1,6 @@
 #include "jobs/SequencePasswords.h"
 
-#include "common/Text.h"
+#include "base/Text.h"
 #include "hostapi/HostConstants.h"
 
 #include <algorithm>

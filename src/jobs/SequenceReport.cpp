@@ -1,5 +1,6 @@
 #include "jobs/SequenceReport.h"
 
+#include "base/ByteText.h"
 #include "engine/InputKinds.h"
 #include "engine/OutputSettings.h"
 #include "engine/PathEntry.h"
@@ -8,7 +9,6 @@
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Atoms.h"
 #include "jobs/SequencePasswords.h"
-#include "platform/ByteText.h"
 
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -17,7 +17,6 @@
 namespace {
 
 using nlohmann::json;
-using platform::TextFromBytes;
 
 json CabReport(const CSecretEntries& secrets, CCabView cab);
 
@@ -162,8 +161,7 @@ json OutputReport(CCabView output, const std::string& saveSteps)
                 {"kind", "folder"},
                 {"words", "saves in the folder " + TextFromBytes(settings.selectedFolder.value_or("of the run"))}};
         case kOutputNone:
-            return {{"kind", "none"},
-                    {"words", saveSteps.empty() ? "saves nothing" : "saves by step " + saveSteps}};
+            return {{"kind", "none"}, {"words", saveSteps.empty() ? "saves nothing" : "saves by step " + saveSteps}};
         default:
             return {{"kind", "unknown"}, {"words", "has the unknown output kind " + std::to_string(settings.kind)}};
     }

@@ -1,5 +1,5 @@
+#include "base/Text.h"
 #include "commands/SecuritySettings.h"
-#include "common/Text.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Atoms.h"
 #include "hostcalls/CabRecord.h"

@@ -1,4 +1,4 @@
-#include "common/Text.h"
+#include "base/Text.h"
 #include "engine/HandlerAlternatives.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"

@@ -1,6 +1,6 @@
 #include "jobs/SequenceSteps.h"
 
-#include "common/Encoding.h"
+#include "base/Unicode.h"
 #include "engine/ItemValues.h"
 #include "jobs/JobSettings.h"
 

@@ -1,7 +1,7 @@
 // Steps that are made from a job's words.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "engine/WorkflowModel.h"
 
 #include <nlohmann/json_fwd.hpp>

@@ -1,4 +1,4 @@
-#include "common/Text.h"
+#include "base/Text.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
 #include "jobs/JobSettings.h"

@@ -1,13 +1,14 @@
 #include "jobs/SequenceWriting.h"
 
-#include "common/Encoding.h"
-#include "common/FileNames.h"
+#include "base/Overseer.h"
+#include "base/PathNames.h"
+#include "base/Unicode.h"
 #include "engine/XmlGuard.h"
 #include "hostcalls/CabFile.h"
 #include "jobs/SequenceForms.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
+#include "platform/TemporaryNames.h"
 
 namespace {
 
@@ -27,9 +28,9 @@ public:
     ~CScratchFile()
     {
         if (!m_result) return;
-        platform::COverseer* const overseer = platform::InstallOverseer(nullptr);
+        COverseer* const overseer = InstallOverseer(nullptr);
         (void)platform::DeleteFile(m_path);
-        platform::InstallOverseer(overseer);
+        InstallOverseer(overseer);
     }
 
     const std::string& Path() const { return m_path; }

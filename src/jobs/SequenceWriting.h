@@ -1,7 +1,7 @@
 // Puts sequence files where they belong.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "hostcalls/Cab.h"
 
 #include <string>

@@ -1,8 +1,8 @@
 #include "jobs/TouchedNames.h"
 
+#include "base/Names.h"
+#include "base/PathNames.h"
 #include "batchrun/FinalAction.h"
-#include "common/FileNames.h"
-#include "common/LetterCase.h"
 #include "engine/HandlerKinds.h"
 #include "engine/SaveStepRedirection.h"
 #include "platform/Files.h"

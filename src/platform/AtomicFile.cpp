@@ -4,7 +4,7 @@
 
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
-#include "platform/Oversight.h"
+#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "base/LineSplitter.h"
 #include "platform/ChildProcess.h"
 #include "platform/FileHandles_posix.h"
-#include "platform/LineSplitter.h"
 
 // What starting, talking to and watching a child share; not for callers outside.
 namespace platform {

@@ -3,10 +3,10 @@
 #include <deque>
 #include <string>
 
+#include "base/LineSplitter.h"
 #include "platform/ChildPipes_win.h"
 #include "platform/ChildProcess.h"
 #include "platform/Handle_win.h"
-#include "platform/LineSplitter.h"
 
 // What starting, talking to and watching a child share; not for callers outside.
 namespace platform {

@@ -1,7 +1,7 @@
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
 #include "platform/Files.h"
-#include "platform/Oversight.h"
+#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {

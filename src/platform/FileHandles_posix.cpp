@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "platform/FileCalls_posix.h"
-#include "platform/Oversight.h"
+#include "platform/WatchedActs.h"
 
 namespace platform {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "platform/FileProblem.h"
-#include "platform/Oversight.h"
+#include "platform/WatchedActs.h"
 #include "platform/WideText_win.h"
 
 namespace platform {

@@ -8,7 +8,7 @@
 
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
-#include "platform/Oversight.h"
+#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {

@@ -1,8 +1,10 @@
 #include "platform/Files.h"
 
+#include "base/Overseer.h"
+#include "base/PathNames.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
-#include "platform/Oversight.h"
+#include "platform/WatchedActs.h"
 
 namespace platform {
 
@@ -51,6 +53,15 @@ FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, 
     if (const auto put = file.PutInPlace(path, existing); !put) return put;
     (void)FlushFolderOf(path);  // in place it is, whatever the folder says
     return {};
+}
+
+bool IsFolderWritable(const std::string& folder)
+{
+    const auto path = UniqueUnderscore(WithTrailingSeparator(folder) + "__testfile.txt", NameExists);
+    const CUnwatched ownFile;
+    if (!CreateNewFile(path)) return false;
+    (void)DeleteFile(path);
+    return true;
 }
 
 }  // namespace platform

@@ -33,6 +33,8 @@ bool FolderExists(const std::string& path);
 bool NameExists(const std::string& path);
 /// True for a symbolic link itself, whatever it leads to.
 bool NameIsLink(const std::string& path);
+/// Whether a new file can be created in the folder; the file made for the test is removed.
+bool IsFolderWritable(const std::string& folder);
 /// Size in bytes of a regular file.
 std::optional<std::uint64_t> FileSize(const std::string& path);
 /// What tells one state of a file from another, and one file from another; links are followed.

@@ -12,7 +12,7 @@
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileProblem.h"
-#include "platform/Oversight.h"
+#include "platform/WatchedActs.h"
 
 namespace platform {
 

@@ -6,9 +6,9 @@
 #include <memory>
 #include <utility>
 
+#include "base/Names.h"
 #include "platform/FileCalls_posix.h"
 #include "platform/Files.h"
-#include "platform/NameOrder.h"
 
 namespace platform {
 namespace {

@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Names.h"
 #include "platform/FileHandles_win.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
-#include "platform/NameOrder.h"
 #include "platform/WideText_win.h"
 
 namespace platform {
@@ -57,7 +57,8 @@ Entry EntryOf(const std::wstring& prefix, const WIN32_FIND_DATAW& found)
     const std::wstring_view name = found.cFileName;
     const bool hidden = (found.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0 || name.starts_with(L'.');
     const bool folder = CountsAsFolder(prefix, found);
-    // A file that was replaced or moved by its short name would keep that name alone. What is in a folder keeps its own.
+    // A file that was replaced or moved by its short name would keep that name alone. What is in a folder keeps its
+    // own.
     const std::wstring_view shortName = folder ? found.cAlternateFileName : L"";
     return {Utf8(name), {NarrowName(name, shortName), folder, hidden}};
 }

@@ -5,17 +5,11 @@
 namespace platform {
 
 #ifdef _WIN32
-inline constexpr char kSeparator = '\\';
-inline constexpr char kSeparators[] = "\\/";  ///< all that separate when a path is taken apart
 inline constexpr char kProgramSuffix[] = ".exe";
-inline constexpr bool kNamesIgnoreCase = true;  ///< two letter cases of one name are one file
 /// A file that anybody has open keeps its name: no other can be put in its place until it is closed.
 inline constexpr bool kOpenFilesKeepTheirNames = true;
 #else
-inline constexpr char kSeparator = '/';
-inline constexpr char kSeparators[] = "/";
 inline constexpr char kProgramSuffix[] = "";
-inline constexpr bool kNamesIgnoreCase = false;
 inline constexpr bool kOpenFilesKeepTheirNames = false;
 #endif
 

@@ -12,8 +12,8 @@
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/Files.h"
-#include "platform/Oversight.h"
 #include "platform/Processes_posix.h"
+#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {

@@ -10,7 +10,8 @@
 #include "platform/FileHandles_posix.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
-#include "platform/Oversight.h"
+#include "platform/TemporaryNames.h"
+#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {

@@ -1,3 +1,4 @@
+#include "platform/TemporaryNames.h"
 #include "platform/Windows_win.h"
 
 #include <aclapi.h>
@@ -5,8 +6,8 @@
 #include "platform/FileHandles_win.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
-#include "platform/Oversight.h"
 #include "platform/OwnerOnly_win.h"
+#include "platform/WatchedActs.h"
 #include "platform/WideText_win.h"
 
 namespace platform {
@@ -49,6 +50,19 @@ struct CFileRights::State {
     std::unique_ptr<void, FreeLocal> descriptor;
     ACL* list = nullptr;  // part of the descriptor; null when everything comes from the folder
     bool isProtected = false;
+    bool forOwnerAlone = false;
+
+    /// Gives the list to the file at `path`, as far as the system lets us: on many network shares nobody but an
+    /// administrator may do this.
+    void GiveListTo(const std::string& path) const
+    {
+        if (!list) return;
+        const SECURITY_INFORMATION parts =
+            DACL_SECURITY_INFORMATION |
+            (isProtected ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION);
+        auto wide = WidePath(path);
+        SetNamedSecurityInfoW(wide.data(), SE_FILE_OBJECT, parts, nullptr, nullptr, list, nullptr);
+    }
 };
 
 CFileRights::CFileRights() = default;
@@ -80,8 +94,15 @@ FileResult CFileRights::ReadFrom(const std::string& path)
     return {};
 }
 
-// A new file has the rights that its folder hands on: that is where people set them on this system.
-FileResult CFileRights::ReadLimit(const std::string&) { return {}; }
+// A new file has the rights that its folder hands on: that is where people set them on this system. What was set on the
+// source itself goes along.
+FileResult CFileRights::ReadLimit(const std::string& path)
+{
+    if (ReadFrom(path)) return {};
+    m_state = std::make_unique<State>();
+    m_state->forOwnerAlone = true;
+    return {};
+}
 
 CTemporaryFile::~CTemporaryFile()
 {
@@ -89,10 +110,10 @@ CTemporaryFile::~CTemporaryFile()
     if (!m_path.empty()) (void)RemoveMoved(m_path);
 }
 
-FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers, const CFileRights*)
+FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers, const CFileRights* limit)
 {
     COwnerOnly ownerOnly;
-    if (readers == Readers::Owner) {
+    if (readers == Readers::Owner || (limit && limit->m_state->forOwnerAlone)) {
         if (const auto made = ownerOnly.Make(); !made) return made;
     }
     // As long as it is written nobody else can open it.
@@ -103,7 +124,9 @@ FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers reade
         m_file = COpenFile(NumberOf(file.Release()));
         return {};
     };
-    return CreateUnderNewName(target, create, m_path);
+    const auto created = CreateUnderNewName(target, create, m_path);
+    if (created && limit) limit->m_state->GiveListTo(m_path);
+    return created;
 }
 
 FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(HandleOf(m_file.Get()), bytes); }
@@ -115,13 +138,7 @@ FileResult CTemporaryFile::TakeOver(const CFileRights& rights, const CFileRights
     basic.CreationTime = state.basic.CreationTime;
     basic.FileAttributes = (state.basic.FileAttributes & kTakenOver) | FILE_ATTRIBUTE_ARCHIVE;
     (void)SetFileInformationByHandle(HandleOf(m_file.Get()), FileBasicInfo, &basic, sizeof basic);
-    if (!state.list) return {};
-    // As far as the system lets us: on many network shares nobody but an administrator may do this.
-    const SECURITY_INFORMATION parts =
-        DACL_SECURITY_INFORMATION |
-        (state.isProtected ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION);
-    auto path = WidePath(m_path);
-    SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, parts, nullptr, nullptr, state.list, nullptr);
+    state.GiveListTo(m_path);
     return {};
 }
 
@@ -163,6 +180,8 @@ FileResult FlushCopy(const std::wstring& path)
 FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target, const CopyRights&)
 {
     if (const auto readable = CheckReadable(from); !readable) return readable;
+    CFileRights own;
+    if (const auto read = own.ReadFrom(from); !read) return read;
     // The system's own copying: on a network the server does it, and hidden parts of the file come along.
     const auto source = WidePath(from);
     const auto create = [&](const std::wstring& name) {
@@ -173,6 +192,7 @@ FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string
         return copied;
     };
     if (const auto copied = CreateUnderNewName(target, create, m_path); !copied) return copied;
+    own.m_state->GiveListTo(m_path);
     return FlushCopy(WidePath(m_path));
 }
 

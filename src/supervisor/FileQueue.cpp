@@ -1,7 +1,7 @@
 #include "supervisor/FileQueue.h"
 
+#include "platform/FileDigest.h"
 #include "platform/Files.h"
-#include "platform/Sha256.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,10 +1,8 @@
 #include "supervisor/FileRecord.h"
 
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 
 #include <array>
-
-using platform::TextFromBytes;
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <functional>
 
-#include "common/LetterCase.h"
-#include "platform/Paths.h"
+#include "base/Names.h"
+#include "base/PathNames.h"
 #include "platform/StandardPath.h"
 
 namespace {
@@ -14,7 +14,7 @@ namespace {
 std::uint64_t HashOf(const std::string& path)
 {
     const std::string normal = platform::TextOf(platform::StandardPath(path).lexically_normal().make_preferred());
-    return std::hash<std::string>{}(platform::kNamesIgnoreCase ? LowerCasedName(normal) : normal);
+    return std::hash<std::string>{}(kNamesIgnoreCase ? LowerCasedName(normal) : normal);
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
 #include "supervisor/Journal.h"
 
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 #include "supervisor/FileRecord.h"
 
 #include <array>
 #include <utility>
 
-using platform::BytesFromText;
 using platform::FileResult;
-using platform::TextFromBytes;
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The journal of a shard: what was going to be done for good and what became of each file. See docs/runs.md.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "platform/AppendFile.h"
 #include "platform/Files.h"
 #include "supervisor/LineReader.h"

@@ -1,6 +1,6 @@
 #include "supervisor/JournalIndex.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 
 #include <algorithm>
 #include <functional>

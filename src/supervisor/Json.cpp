@@ -1,6 +1,6 @@
 #include "supervisor/Json.h"
 
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 
 #include <limits>
 
@@ -30,7 +30,7 @@ std::string TextAt(const Json& object, const char* key)
     return value && value->is_string() ? value->get<std::string>() : std::string();
 }
 
-std::string BytesAt(const Json& object, const char* key) { return platform::BytesFromText(TextAt(object, key)); }
+std::string BytesAt(const Json& object, const char* key) { return BytesFromText(TextAt(object, key)); }
 
 std::int64_t IntegerAt(const Json& object, const char* key)
 {

@@ -1,8 +1,8 @@
 #include "supervisor/Leftovers.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
+#include "platform/TemporaryNames.h"
 #include "supervisor/Settler.h"
 #include "supervisor/Temporaries.h"
 

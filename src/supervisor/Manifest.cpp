@@ -1,6 +1,6 @@
 #include "supervisor/Manifest.h"
 
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 #include "platform/FileProblem.h"
 #include "supervisor/FileRecord.h"
 
@@ -13,13 +13,13 @@ constexpr std::size_t kCopyPiece = 1 << 16;
 Json TextsFromBytes(const std::vector<std::string>& lines)
 {
     Json texts = Json::array();
-    for (const std::string& line : lines) texts.push_back(platform::TextFromBytes(line));
+    for (const std::string& line : lines) texts.push_back(TextFromBytes(line));
     return texts;
 }
 
 std::vector<std::string> BytesOf(std::vector<std::string> texts)
 {
-    for (std::string& text : texts) text = platform::BytesFromText(text);
+    for (std::string& text : texts) text = BytesFromText(text);
     return texts;
 }
 

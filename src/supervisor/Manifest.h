@@ -1,7 +1,7 @@
 // The manifest: what a plan has decided, one line for each file. See docs/runs.md.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "platform/AtomicFile.h"
 #include "platform/Files.h"
 #include "supervisor/LineReader.h"

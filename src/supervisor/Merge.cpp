@@ -1,5 +1,5 @@
 // Joins the journals of all shards into one log and one record.
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "platform/Files.h"
 #include "supervisor/Epilogues.h"
 #include "supervisor/InputOrder.h"

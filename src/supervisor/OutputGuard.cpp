@@ -1,7 +1,6 @@
 #include "supervisor/OutputGuard.h"
 
-#include "common/FileNames.h"
-#include "platform/Paths.h"
+#include "base/PathNames.h"
 #include "platform/StandardPath.h"
 
 #include <algorithm>

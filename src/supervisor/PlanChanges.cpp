@@ -1,9 +1,8 @@
 #include "supervisor/PlanChanges.h"
 
-#include "common/FileNames.h"
-#include "common/Text.h"
-#include "platform/Paths.h"
-#include "platform/Sha256.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
+#include "platform/FileDigest.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Json.h"
 #include "supervisor/Planning.h"
@@ -153,10 +152,10 @@ std::string UnfinishedRelative(const std::string& ownFolder, const RunRequest& r
         const std::string folder = runs + entry.name;
         if (!entry.isFolder || folder == ownFolder) continue;
         CManifestReader manifest;
-        const auto header = manifest.Open(folder + platform::kSeparator + "manifest.jsonl");
+        const auto header = manifest.Open(folder + kSeparator + "manifest.jsonl");
         if (!header || !HaveSameInputs(*header, request)) continue;
         const std::string changed = ChangedOptions(*header, request);
-        if (!changed.empty() && IsUnfinished(*header, folder + platform::kSeparator + "journal.jsonl"))
+        if (!changed.empty() && IsUnfinished(*header, folder + kSeparator + "journal.jsonl"))
             return "There is no run with these options to go on with, but an unfinished one of the same sequence "
                    "over "
                    "the same inputs. " +

@@ -1,6 +1,6 @@
 #include "supervisor/Planning.h"
 
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 #include "supervisor/FileRecord.h"
 #include "supervisor/HostJob.h"
 #include "supervisor/PlanChanges.h"
@@ -17,14 +17,14 @@ constexpr std::size_t kRunIdLength = 16;
 Json SettingsJson(const RunRequest& request)
 {
     Json settings = Json::object();
-    for (const auto& [name, value] : request.settings) settings[name] = platform::TextFromBytes(value);
+    for (const auto& [name, value] : request.settings) settings[name] = TextFromBytes(value);
     return settings;
 }
 
 std::string PlanJobText(const RunRequest& request, const std::string& run)
 {
     Json inputs = Json::array();
-    for (const std::string& input : request.inputs) inputs.push_back(platform::TextFromBytes(input));
+    for (const std::string& input : request.inputs) inputs.push_back(TextFromBytes(input));
     return LineOf({{"kind", "plan"},
                    {"run", run},
                    {"settings", SettingsJson(request)},

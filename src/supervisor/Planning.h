@@ -1,7 +1,7 @@
 // Lets a host collect the files of a run and writes the manifest.
 #pragma once
 
-#include "common/Expected.h"
+#include "base/Expected.h"
 #include "supervisor/Manifest.h"
 #include "supervisor/OutputGuard.h"
 #include "supervisor/Supervisor.h"

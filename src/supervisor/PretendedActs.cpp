@@ -1,8 +1,7 @@
 #include "supervisor/PretendedActs.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 
 namespace {
 
@@ -10,7 +9,7 @@ namespace {
 std::string Key(const std::string& path)
 {
     const std::string folder = platform::CanonicalPath(FolderOf(path));
-    return folder.empty() ? path : folder + platform::kSeparator + FileName(path);
+    return folder.empty() ? path : folder + kSeparator + FileName(path);
 }
 
 }  // namespace

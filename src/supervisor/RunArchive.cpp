@@ -1,12 +1,11 @@
 #include "supervisor/RunArchive.h"
 
-#include "common/FileNames.h"
-#include "common/Text.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clock.h"
 #include "platform/FileLock.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Manifest.h"
 
@@ -140,7 +139,7 @@ void CRunArchive::RemoveOld() const
 {
     RemoveOldPacks();
     for (const platform::FolderEntry& entry : platform::ListFolder(m_folder))
-        if (entry.isFolder) RemoveOldPlan(m_folder + entry.name + platform::kSeparator);
+        if (entry.isFolder) RemoveOldPlan(m_folder + entry.name + kSeparator);
 }
 
 void CRunArchive::RemoveOldPacks() const

@@ -1,6 +1,6 @@
 #include "supervisor/RunFacts.h"
 
-#include "common/Text.h"
+#include "base/Text.h"
 #include "supervisor/Json.h"
 
 namespace {

@@ -1,10 +1,10 @@
 #include "supervisor/RunFolder.h"
 
+#include "base/PathNames.h"
+#include "base/Sha256.h"
 #include "platform/FileProblem.h"
-#include "platform/Overseer.h"
-#include "platform/Paths.h"
 #include "platform/PrivateFolder.h"
-#include "platform/Sha256.h"
+#include "platform/TemporaryNames.h"
 #include "supervisor/Temporaries.h"
 #include "supervisor/WorkerFolder.h"
 
@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kKeyLength = 32;
 constexpr std::chrono::milliseconds kFirstLockPause{5}, kLongestLockPause{1000};
 
-void AddPart(platform::CSha256& digest, const std::string& part)
+void AddPart(CSha256& digest, const std::string& part)
 {
     const std::string length = std::to_string(part.size()) + ':';
     digest.Add(length.data(), length.size());
@@ -32,7 +32,7 @@ std::string Resolved(const std::string& path)
 /// Sequence, inputs, output, final action and destination.
 std::string KeyOf(const RunRequest& request)
 {
-    platform::CSha256 digest;
+    CSha256 digest;
     for (const char* name : {"FERRULESEQU", "FERRULEALTPATH", "FERRULEALTOUTPUTPATH", "FERRULEFINAL", "FERRULEDEST"})
         for (const auto& [setting, value] : request.settings)
             if (setting == name) AddPart(digest, std::string(name) + '=' + Resolved(value));
@@ -58,23 +58,22 @@ std::string TakeLock(platform::CFileLock& lock, const std::string& path)
 
 std::string CRunFolder::Open(const RunRequest& request)
 {
-    m_path = UserPaths().settingsFolder + "Runs" + platform::kSeparator + KeyOf(request);
+    m_path = UserPaths().settingsFolder + "Runs" + kSeparator + KeyOf(request);
     if (const auto made = platform::CreateFolders(m_path); !made)
         return "The folder " + m_path + " cannot be made (" + platform::ErrorText(made.errorNumber) + ").";
     (void)platform::MakeFolderPrivate(m_path);  // one that an earlier version has made, too
-    std::string problem = TakeLock(m_lock, m_path + platform::kSeparator + "lock");
+    std::string problem = TakeLock(m_lock, m_path + kSeparator + "lock");
     // Who had the lock before may have been killed over a manifest.
     if (problem.empty()) RemoveTemporaries({m_path}, platform::TemporaryPrefix(""));
     return problem;
 }
 
-std::string CRunFolder::ManifestPath() const { return m_path + platform::kSeparator + "manifest.jsonl"; }
+std::string CRunFolder::ManifestPath() const { return m_path + kSeparator + "manifest.jsonl"; }
 
-std::string CRunFolder::JournalPath() const { return m_path + platform::kSeparator + "journal.jsonl"; }
+std::string CRunFolder::JournalPath() const { return m_path + kSeparator + "journal.jsonl"; }
 
 void CRunFolder::RemoveWorkerFolders() const
 {
     for (const platform::FolderEntry& entry : platform::ListFolder(m_path))
-        if (entry.isFolder && entry.name.starts_with("worker-"))
-            RemoveFolder(m_path + platform::kSeparator + entry.name);
+        if (entry.isFolder && entry.name.starts_with("worker-")) RemoveFolder(m_path + kSeparator + entry.name);
 }

@@ -1,10 +1,10 @@
 #include "supervisor/RunLoop.h"
 
-#include "common/FileNames.h"
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
+#include "base/PathNames.h"
 #include "platform/Clock.h"
 #include "platform/Interrupts.h"
-#include "platform/Overseer.h"
+#include "platform/TemporaryNames.h"
 #include "supervisor/FileRecord.h"
 #include "supervisor/Temporaries.h"
 
@@ -390,7 +390,7 @@ bool CRunLoop::HandTo(CWorker& worker)
     Send(worker, {{"input",
                    {{"number", hand->file.number},
                     {"total", m_parts.total},
-                    {"path", platform::TextFromBytes(hand->file.path)},
+                    {"path", TextFromBytes(hand->file.path)},
                     {"toDo", ToDoWord(hand->toDo)}}}});
     worker.hand = std::move(hand);
     return true;

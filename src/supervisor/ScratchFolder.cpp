@@ -1,7 +1,7 @@
 #include "supervisor/ScratchFolder.h"
 
+#include "base/PathNames.h"
 #include "platform/Clock.h"
-#include "platform/Paths.h"
 #include "platform/PrivateFolder.h"
 #include "platform/StandardPath.h"
 #include "supervisor/Planning.h"
@@ -17,7 +17,7 @@ constexpr char kPrefix[] = "ferrule-scratch-";
 constexpr int kAttempts = 10;
 constexpr std::int64_t kGraceNanoseconds = 60'000'000'000;
 
-std::string LockOf(const std::string& folder) { return folder + platform::kSeparator + "lock"; }
+std::string LockOf(const std::string& folder) { return folder + kSeparator + "lock"; }
 
 /// A folder is made a moment before its lock; one that never got it had no time to hold anything.
 bool WasForgotten(const std::string& folder)
@@ -41,7 +41,7 @@ void RemoveUnlessInUse(const std::string& folder)
 void Sweep(const std::string& parent)
 {
     for (const platform::FolderEntry& entry : platform::ListFolder(parent)) {
-        const std::string path = parent + platform::kSeparator + entry.name;
+        const std::string path = parent + kSeparator + entry.name;
         if (entry.name.starts_with(kPrefix) && platform::IsOwnFolder(path)) RemoveUnlessInUse(path);
     }
 }
@@ -56,7 +56,7 @@ CScratchFolder::CScratchFolder()
     Sweep(parent);
     // Whoever sweeps just now may take a folder whose lock is there and not held yet.
     for (int attempt = 0; attempt < kAttempts && m_path.empty(); ++attempt) {
-        const std::string path = parent + platform::kSeparator + kPrefix + NewRunId();
+        const std::string path = parent + kSeparator + kPrefix + NewRunId();
         if (!platform::CreatePrivateFolder(path)) return;
         if (m_lock.TryLock(LockOf(path))) m_path = path;
     }

@@ -1,8 +1,7 @@
 #include "supervisor/Supervisor.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "platform/Interrupts.h"
-#include "platform/Paths.h"
 #include "supervisor/HostJob.h"
 #include "supervisor/Json.h"
 #include "supervisor/Leftovers.h"
@@ -117,7 +116,7 @@ RunResult RunTrial(const RunOptions& options, const COutputGuard& guard, int int
     const CScratchFolder scratch;
     if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);
     const CWorkerStarter starter(options.engine, scratch.Path(), -1);
-    ManifestRunOptions run{.manifestPath = scratch.Path() + platform::kSeparator + "manifest.jsonl",
+    ManifestRunOptions run{.manifestPath = scratch.Path() + kSeparator + "manifest.jsonl",
                            .recordPath = options.recordPath,
                            .guard = &guard,
                            .interruptsSeen = interrupts};

@@ -1,6 +1,6 @@
 #include "supervisor/Temporaries.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "platform/Files.h"
 
 int RemoveTemporaries(const std::set<std::string>& folders, const std::string& prefix)

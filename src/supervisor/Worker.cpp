@@ -1,7 +1,7 @@
 #include "supervisor/Worker.h"
 
+#include "base/PathNames.h"
 #include "platform/Environment.h"
-#include "platform/Paths.h"
 
 #include <array>
 #include <cstdio>
@@ -36,7 +36,7 @@ platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::s
 
 std::unique_ptr<CWorker> CWorkerStarter::Start(const std::string& place, std::string* problem) const
 {
-    const CWorkerFolder folder(m_baseFolder + platform::kSeparator + "worker-" + place);
+    const CWorkerFolder folder(m_baseFolder + kSeparator + "worker-" + place);
     if (const auto prepared = folder.Prepare(); !prepared) {
         *problem = "The folder " + folder.Path() + " for a worker cannot be made (" +
                    platform::ErrorText(prepared.errorNumber) + ").";

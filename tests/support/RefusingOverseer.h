@@ -1,16 +1,16 @@
 #pragma once
 
-#include "platform/Overseer.h"
+#include "base/Overseer.h"
 
 /// Lets nothing be done for good.
-class CRefusingOverseer final : public platform::COverseer {
+class CRefusingOverseer final : public COverseer {
 public:
-    CRefusingOverseer() : m_former(platform::InstallOverseer(this)) {}
-    ~CRefusingOverseer() override { platform::InstallOverseer(m_former); }
+    CRefusingOverseer() : m_former(InstallOverseer(this)) {}
+    ~CRefusingOverseer() override { InstallOverseer(m_former); }
     Answer Ask(Act, const std::string&, const std::string&) override { return Answer::Refuse; }
     bool Pretends() const override { return false; }
     std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
 
 private:
-    platform::COverseer* m_former;
+    COverseer* m_former;
 };

@@ -1,9 +1,9 @@
 #include "openhost/commands/SaveStep.h"
 
 #include <cstring>
-#include <filesystem>
 #include <string_view>
 
+#include "base/PathNames.h"
 #include "openhost/commands/BuiltInCommands.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/conversion/Converters.h"
@@ -11,8 +11,6 @@
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
-#include "platform/StandardPath.h"
 
 namespace openhost {
 
@@ -35,19 +33,16 @@ std::optional<std::string> ReadFolder(const CCabinet& params)
     return NativeFromDeviceIndependent(*text, nullptr);
 }
 
-std::string FolderOf(const std::string& path) { return platform::TextOf(platform::StandardPath(path).parent_path()); }
-std::string StemOf(const std::string& path) { return platform::TextOf(platform::StandardPath(path).stem()); }
-
-std::string Joined(const std::string& folder, const std::string& name)
+/// The name up to its last dot; all of a name that begins with its only one.
+std::string StemOf(const std::string& path)
 {
-    const bool ends =
-        folder.empty() || std::string_view(platform::kSeparators).find(folder.back()) != std::string::npos;
-    return ends ? folder + name : folder + platform::kSeparator + name;
+    const std::string base = SplitPath(path).base;
+    return base.empty() ? FileName(path) : base;
 }
 
 void RequireInsideFolder(const std::string& affix)
 {
-    if (affix.find_first_of(platform::kSeparators) != std::string::npos)
+    if (affix.find_first_of(kSeparators) != std::string::npos)
         Raise(genErrBadParm, "\"" + affix + "\" cannot be part of a file name");
 }
 
@@ -66,15 +61,6 @@ std::string ChooseFolder(const SaveStepSettings& settings, const SaveStepDocumen
     if (Neighbour(document).empty())
         Raise(genErrBadParm, "the document has no file yet, so there is no place to save it in");
     return FolderOf(Neighbour(document));
-}
-
-std::string Unique(const std::string& folder, const std::string& base, const std::string& extension,
-                   const std::function<bool(const std::string&)>& exists)
-{
-    std::string path = Joined(folder, base + "." + extension);
-    for (int number = 1; exists(path); ++number)
-        path = Joined(folder, base + " (" + std::to_string(number) + ")." + extension);
-    return path;
 }
 
 }  // namespace
@@ -108,9 +94,9 @@ SaveTarget PlanSaveTarget(const SaveStepSettings& settings, const SaveStepDocume
     if (base.empty()) Raise(genErrBadParm, "the document has no name to be saved under");
     RequireInsideFolder(base);
     const std::string folder = ChooseFolder(settings, document);
-    const std::string name = settings.before + base + settings.after;
-    if (settings.dontOverwrite) return {Unique(folder, name, extension, exists), false};
-    const std::string path = Joined(folder, name + "." + extension);
+    const std::string path =
+        WithTrailingSeparator(folder) + settings.before + base + settings.after + '.' + extension;
+    if (settings.dontOverwrite) return {UniqueSpaced(path, exists), false};
     return {path, path == document.path};
 }
 

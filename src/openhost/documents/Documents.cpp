@@ -3,10 +3,10 @@
 #include <filesystem>
 #include <utility>
 
+#include "base/Overseer.h"
 #include "openhost/core/Diagnostics.h"
 #include "openhost/files/Files.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
 #include "platform/StandardPath.h"
 
 namespace openhost {
@@ -40,7 +40,7 @@ bool IsSigned(CPdfDocument& pdf)
 
 bool Pretending()
 {
-    const platform::COverseer* const overseer = platform::Overseer();
+    const COverseer* const overseer = Overseer();
     return overseer && overseer->Pretends();
 }
 

@@ -1,8 +1,8 @@
 #include "openhost/files/Files.h"
 
+#include "base/Overseer.h"
 #include "openhost/core/Diagnostics.h"
 #include "openhost/core/Host.h"
-#include "platform/Overseer.h"
 
 namespace openhost {
 
@@ -38,7 +38,7 @@ ASErrorCode Widen(CHostFile& file, ASFileMode mode)
 /// What would be written here goes into the file at once, so a trial run cannot pretend it.
 bool IsRefused(const CFilePath& path, ASFileMode mode)
 {
-    const platform::COverseer* const overseer = platform::Overseer();
+    const COverseer* const overseer = Overseer();
     if ((mode & (ASFILE_WRITE | ASFILE_CREATE)) == 0 || !overseer || !overseer->Pretends()) return false;
     Diagnose(path.Native() + ": not opened for writing, because this is a trial run");
     return true;

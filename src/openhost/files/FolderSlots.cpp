@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/Overseer.h"
 #include "openhost/core/Diagnostics.h"
 #include "openhost/core/Tables.h"
 #include "openhost/files/Answering.h"
@@ -9,7 +10,6 @@
 #include "openhost/files/PathSlots.h"
 #include "openhost/files/PathSyntax.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
 
 namespace openhost {
 
@@ -31,7 +31,7 @@ struct CFolderWalks {
 /// A trial run's acts show, as far as somebody asks whether a file is there.
 void ApplyPretended(const std::string& native, ASFileSysItemPropsRec& record)
 {
-    const platform::COverseer* const overseer = platform::Overseer();
+    const COverseer* const overseer = Overseer();
     const auto exists = overseer && overseer->Pretends() ? overseer->Exists(native) : std::nullopt;
     if (!exists || *exists == (record.isThere != 0)) return;
     record = {};
@@ -84,7 +84,7 @@ void DestroyIterator(ASFileSys fileSys, ASFolderIterator iterator)
 
 bool IsTrialRun(const std::string& native)
 {
-    const platform::COverseer* const overseer = platform::Overseer();
+    const COverseer* const overseer = Overseer();
     if (!overseer || !overseer->Pretends()) return false;
     Diagnose(native + ": the folder is neither made nor removed, because this is a trial run");
     return true;

@@ -11,7 +11,6 @@
 #include "openhost/files/FileSys.h"
 #include "openhost/files/PathSlots.h"
 #include "openhost/files/PathSyntax.h"
-#include "openhost/values/Encoding.h"
 #include "openhost/values/Text.h"
 #include "platform/Files.h"
 #include "platform/StandardPath.h"

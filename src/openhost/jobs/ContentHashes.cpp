@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/Sha256.h"
+#include "platform/FileDigest.h"
 
 namespace openhost {
 

@@ -18,8 +18,6 @@ struct FileIdentity {
 
 /// Of a regular file, links followed.
 std::optional<FileIdentity> IdentityOf(const std::string& path);
-/// Whether anything has this name, dangling links included.
-bool NameIsTaken(const std::string& path);
 
 /// SHA-256 of files, each content read once: the last few are remembered by the files' identities.
 class CContentHashes {

@@ -18,10 +18,4 @@ std::optional<FileIdentity> IdentityOf(const std::string& path)
                         Nanoseconds(facts.st_mtim), Nanoseconds(facts.st_ctim)};
 }
 
-bool NameIsTaken(const std::string& path)
-{
-    struct stat facts = {};
-    return ::lstat(path.c_str(), &facts) == 0;
-}
-
 }  // namespace openhost

@@ -48,9 +48,4 @@ std::optional<FileIdentity> IdentityOf(const std::string& path)
                         times.ChangeTime.QuadPart * kNanosecondsPerTick};
 }
 
-bool NameIsTaken(const std::string& path)
-{
-    return GetFileAttributesW(platform::WidePath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 }  // namespace openhost

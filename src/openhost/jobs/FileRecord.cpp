@@ -2,14 +2,13 @@
 
 #include <nlohmann/json.hpp>
 
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 
 namespace openhost {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-using platform::TextFromBytes;
 
 constexpr const char* kOutcomeWords[] = {"saved", "copied-unchanged", "incomplete", "failed", "skipped", "stopped"};
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/Overseer.h"
 #include "openhost/jobs/FileRecord.h"
-#include "platform/Overseer.h"
 
 namespace openhost {
 
@@ -23,7 +23,7 @@ struct JobInputFile {
 struct IntendedAct {
     int number = 0;  ///< of the input file that it is done for; 0 between files
     bool finalAction = false;
-    platform::COverseer::Act act = platform::COverseer::Act::Put;
+    COverseer::Act act = COverseer::Act::Put;
     std::string file, target;  ///< host encoding
     std::string sha256;        ///< of the content of `file`; may be empty while pretending
 };
@@ -32,7 +32,7 @@ struct IntendedAct {
 /// finds its inputs itself, may do everything, and nobody listens.
 class CJobSource {
 public:
-    using Answer = platform::COverseer::Answer;
+    using Answer = COverseer::Answer;
 
     virtual ~CJobSource() = default;
 

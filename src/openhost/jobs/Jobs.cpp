@@ -7,16 +7,16 @@ namespace openhost {
 CJobs::CJobs() : m_source(std::make_shared<CJobSource>())
 {
     Install();
-    m_former = platform::InstallOverseer(m_ledger.get());
+    m_former = InstallOverseer(m_ledger.get());
 }
 
-CJobs::~CJobs() { platform::InstallOverseer(m_former); }
+CJobs::~CJobs() { InstallOverseer(m_former); }
 
 void CJobs::TakeFrom(std::shared_ptr<CJobSource> source)
 {
     m_source = std::move(source);
     Install();
-    platform::InstallOverseer(m_ledger.get());
+    InstallOverseer(m_ledger.get());
 }
 
 void CJobs::Install() { m_ledger = std::make_unique<CLedger>(*m_source, Part<AppClock>().milliseconds); }

@@ -32,7 +32,7 @@ private:
 
     std::shared_ptr<CJobSource> m_source;
     std::unique_ptr<CLedger> m_ledger;
-    platform::COverseer* m_former = nullptr;
+    COverseer* m_former = nullptr;
     std::optional<JobInputFile> m_input;  // the one handed out last
 };
 

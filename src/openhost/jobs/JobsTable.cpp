@@ -12,8 +12,8 @@ namespace openhost {
 
 namespace {
 
-using Act = platform::COverseer::Act;
-using Answer = platform::COverseer::Answer;
+using Act = COverseer::Act;
+using Answer = COverseer::Answer;
 
 std::string TextOf(const char* text) { return text ? text : ""; }
 

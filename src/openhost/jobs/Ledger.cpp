@@ -8,7 +8,7 @@ namespace openhost {
 
 namespace {
 
-using Act = platform::COverseer::Act;
+using Act = COverseer::Act;
 
 const char* WordOf(Act act)
 {
@@ -113,9 +113,9 @@ bool CLedger::HasHappened(const Deed& deed)
                    (there->size == deed.identity->size && m_hashes.Of(deed.target) == deed.sha256);
         }
         case Act::Move:
-            return !NameIsTaken(deed.file) && NameIsTaken(deed.target);
+            return !platform::NameExists(deed.file) && platform::NameExists(deed.target);
         case Act::Delete:
-            return !NameIsTaken(deed.file);
+            return !platform::NameExists(deed.file);
         case Act::Start:
             return true;  // whether it could be started shows in the file's outcome
     }

@@ -17,7 +17,7 @@ namespace openhost {
 /// Knows the input file that is being worked on and what is done for it: acts of the host and of the plug-in come
 /// together here, are asked about at the source of the job, and, where records are wanted, end up in the file's
 /// record.
-class CLedger final : public platform::COverseer {
+class CLedger final : public COverseer {
 public:
     /// Source: borrowed. The clock answers milliseconds of any origin.
     CLedger(CJobSource& source, std::function<std::uint64_t()> clock);

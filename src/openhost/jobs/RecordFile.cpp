@@ -67,8 +67,7 @@ std::shared_ptr<CRecordFile> CRecordFile::Create(const std::string& path, std::s
 CJobSource::Answer CRecordFile::MayAct(const IntendedAct& intended)
 {
     for (const std::string& path : {intended.file, intended.target})
-        if (!path.empty() && intended.act != platform::COverseer::Act::Start && IsSameFile(path, m_path))
-            return Answer::Refuse;
+        if (!path.empty() && intended.act != COverseer::Act::Start && IsSameFile(path, m_path)) return Answer::Refuse;
     return Answer::Go;
 }
 

@@ -3,15 +3,14 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
+#include "platform/TemporaryNames.h"
 
 namespace openhost {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-using platform::BytesFromText;
-using platform::TextFromBytes;
 
 constexpr const char* kActWords[] = {"put", "move", "delete", "start"};
 constexpr const char* kEndWords[] = {"finished", "not-started", "broken"};

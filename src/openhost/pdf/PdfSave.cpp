@@ -1,6 +1,7 @@
 #include <qpdf/Buffer.hh>
 #include <qpdf/QPDFWriter.hh>
 
+#include "base/Overseer.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/FilePipeline.h"
 #include "openhost/pdf/FileSource.h"
@@ -11,7 +12,6 @@
 #include "openhost/pdf/WriterPreparation.h"
 #include "openhost/pdf/Xmp.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
 #include "platform/Paths.h"
 
 namespace openhost {
@@ -250,7 +250,7 @@ void CPdfDocument::Save(const PdfSaveOptions& options)
         CFileSource* const source = SourceInTheWay(state, target);
         WriteAndCommit(state, options, target, source);
         if (options.copy) return;
-        const platform::COverseer* const overseer = platform::Overseer();
+        const COverseer* const overseer = Overseer();
         const bool pretended = overseer && overseer->Pretends();
         MoveTo(state, target, pretended);
         if (source && !pretended) {  // nothing is left of the old file; the new one is held from now on

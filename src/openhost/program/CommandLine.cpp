@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "base/LikelyName.h"
 #include "openhost/app/AppState.h"
 #include "openhost/jobs/RecordFile.h"
 #include "openhost/jobs/WorkerLink.h"
@@ -12,7 +13,6 @@
 #include "openhost/program/Manual.h"
 #include "openhost/program/OpenHost.h"
 #include "openhost/program/PasswordFile.h"
-#include "platform/LikelyName.h"
 #include "platform/Paths.h"
 #include "platform/StandardPath.h"
 
@@ -83,8 +83,8 @@ int TellProblem(const CLI::App& app, const CLI::ParseError& error)
     std::vector<std::string> names;
     for (const CLI::Option* option : app.get_options())
         if (!option->get_group().empty()) names.push_back(option->get_name());
-    const std::string unknown = platform::FirstOption(app.remaining());
-    Fail(unknown.empty() ? error.what() : platform::NoSuchOption(unknown, names));
+    const std::string unknown = FirstOption(app.remaining());
+    Fail(unknown.empty() ? error.what() : NoSuchOption(unknown, names));
     std::fputs("Try \"ferrule-host --help\".\n", stderr);
     return kExitUsage;
 }

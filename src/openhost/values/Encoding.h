@@ -8,36 +8,21 @@
 
 namespace openhost {
 
-/// The one encoding of 8-bit texts that this host uses for all of its "host encoding" calls: that of narrow text, which
-/// is UTF-8 but in a process on Windows without our manifest. The number is the one that plug-ins see; the others that
-/// they may pass are read and written in the same way.
+/// The one encoding of 8-bit texts that this host uses for all of its "host encoding" calls: that of narrow text,
+/// which is UTF-8 but in a process on Windows without our manifest. The number is the one that plug-ins see; the
+/// others that they may pass are read and written in the same way.
 inline constexpr ASHostEncoding kHostEncoding = 0;
-
-/// Bytes that are not valid UTF-8 become U+FFFD, one for each byte.
-std::u16string Utf16FromUtf8(std::string_view utf8);
-/// Lone surrogates become U+FFFD: the result is always valid UTF-8.
-std::string Utf8FromUtf16(std::u16string_view text);
 
 /// Host-encoded bytes, file names above all, survive the way there and back: a byte that is not UTF-8 travels as the
 /// lone surrogate U+DC80..U+DCFF.
 std::u16string Utf16FromHost(std::string_view bytes);
 std::string HostFromUtf16(std::u16string_view text);
 
-/// Numbers that are no Unicode character become U+FFFD.
-std::u16string Utf16FromUtf32(std::u32string_view text);
-std::u32string Utf32FromUtf16(std::u16string_view text);
-
 /// The text form of PDF strings: UTF-16BE behind FE FF (or UTF-8 behind EF BB BF), else PDFDocEncoding. Bytes without
 /// a meaning become U+FFFD.
 std::u16string Utf16FromPdText(std::string_view bytes);
 /// PDFDocEncoding where it can hold the whole text, else UTF-16BE with its mark.
 std::string PdTextFromUtf16(std::u16string_view text);
-
-bool IsValidUtf8(std::string_view bytes);
-
-/// Simple case folding, one character to one: Latin, Greek and Cyrillic letters.
-char32_t LowerOf(char32_t character);
-char32_t UpperOf(char32_t character);
 
 }  // namespace openhost
 

@@ -2,16 +2,17 @@
 
 #include <utility>
 
+#include "base/Unicode.h"
 #include "openhost/core/Host.h"
 #include "openhost/values/Encoding.h"
 
 namespace openhost {
 
-std::string CHostText::Utf8() const { return Utf8FromUtf16(m_text); }
+std::string CHostText::Utf8() const { return Utf16ToUtf8(m_text); }
 
 std::string CHostText::HostBytes() const { return HostFromUtf16(m_text); }
 
-void CHostText::SetUtf8(std::string_view utf8) { m_text = Utf16FromUtf8(utf8); }
+void CHostText::SetUtf8(std::string_view utf8) { m_text = Utf8ToUtf16(utf8); }
 
 void CHostText::SetHostBytes(std::string_view bytes) { m_text = Utf16FromHost(bytes); }
 
@@ -30,7 +31,7 @@ const char* CHostText::Lend(std::string bytes) const
 
 CHostText& TextAt(ASConstText text) { return Part<CTexts>().handles.At(text); }
 
-ASText NewText(std::string_view utf8) { return NewTextUtf16(Utf16FromUtf8(utf8)); }
+ASText NewText(std::string_view utf8) { return NewTextUtf16(Utf8ToUtf16(utf8)); }
 
 ASText NewTextUtf16(std::u16string text)
 {

@@ -3,8 +3,8 @@
 #include <bit>
 #include <cstring>
 
+#include "base/Unicode.h"
 #include "openhost/core/Raise.h"
-#include "openhost/values/Encoding.h"
 
 namespace openhost {
 
@@ -87,7 +87,7 @@ std::u16string Utf16FromFormat(const ASUTF16Val* text, ASUnicodeFormat format, s
     const std::size_t width = WidthOf(format);
     const char* const from = reinterpret_cast<const char*>(text);
     const std::size_t length = bytes ? static_cast<std::size_t>(*bytes) : LengthToZero(from, width);
-    if (width == 1) return Utf16FromUtf8({from, length});
+    if (width == 1) return Utf8ToUtf16({from, length});
     std::u32string wide;
     std::u16string narrow;
     for (std::size_t at = 0; at + width <= length; at += width) {
@@ -97,18 +97,18 @@ std::u16string Utf16FromFormat(const ASUTF16Val* text, ASUnicodeFormat format, s
         else
             wide.push_back(unit);
     }
-    return width == 2 ? narrow : Utf16FromUtf32(wide);
+    return width == 2 ? narrow : Utf32ToUtf16(wide);
 }
 
 std::string BytesInFormat(std::u16string_view text, ASUnicodeFormat format)
 {
     const std::size_t width = WidthOf(format);
     std::string bytes;
-    if (width == 1) bytes = Utf8FromUtf16(text);
+    if (width == 1) bytes = Utf16ToUtf8(text);
     if (width == 2)
         for (const char16_t unit : text) AppendUnit(bytes, unit, width, HighestByteFirst(format));
     if (width == 4)
-        for (const char32_t unit : Utf32FromUtf16(text)) AppendUnit(bytes, unit, width, HighestByteFirst(format));
+        for (const char32_t unit : Utf16ToUtf32(text)) AppendUnit(bytes, unit, width, HighestByteFirst(format));
     bytes.append(width, '\0');
     return bytes;
 }
@@ -169,12 +169,12 @@ std::u16string Replaced(std::u16string_view text, std::u16string_view what, std:
 
 ASInt32 CompareCharacters(std::u16string_view one, std::u16string_view other)
 {
-    return Sign(Utf32FromUtf16(one).compare(Utf32FromUtf16(other)));
+    return Sign(Utf16ToUtf32(one).compare(Utf16ToUtf32(other)));
 }
 
 ASInt32 CompareForPeople(std::u16string_view one, std::u16string_view other)
 {
-    const ASInt32 order = CompareCharacters(Mapped(one, LowerOf), Mapped(other, LowerOf));
+    const ASInt32 order = CompareCharacters(Mapped(one, LowerCased), Mapped(other, LowerCased));
     return order != 0 ? order : CompareCharacters(one, other);
 }
 

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <vector>
 
+#include "base/Unicode.h"
 #include "openhost/core/Memory.h"
 #include "openhost/core/Tables.h"
 #include "openhost/values/Encoding.h"
@@ -168,7 +169,7 @@ void Replace(ASText text, ASConstText what, ASConstText by)
 void ReplaceAscii(ASText text, const char* what, ASConstText by)
 {
     CHostText& target = TextAt(text);
-    target.Set(Replaced(target.Utf16(), Utf16FromUtf8(Given(what)), TextAt(by).Utf16()));
+    target.Set(Replaced(target.Utf16(), Utf8ToUtf16(Given(what)), TextAt(by).Utf16()));
 }
 
 void ReplaceBadChars(ASText text, const char* bad, char by)
@@ -216,9 +217,9 @@ void Filter(ASText text, ASTextFilterType filter)
         case kASTextRemoveLineEndings:
             return target.Set(WithoutLineEnds(content));
         case kASTextFilterUpperCase:
-            return target.Set(Mapped(content, UpperOf));
+            return target.Set(Mapped(content, UpperCased));
         case kASTextFilterLowerCase:
-            return target.Set(Mapped(content, LowerOf));
+            return target.Set(Mapped(content, LowerCased));
         case kASTextFilterRemoveAmpersands:
             return target.Set(WithoutAmpersands(content));
         case kASTextFilterNormalizeFullWidthASCIIVariants:

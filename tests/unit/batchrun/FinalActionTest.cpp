@@ -1,7 +1,7 @@
+#include "base/PathNames.h"
 #include "batchrun/FinalAction.h"
 
 #include "platform/Files.h"
-#include "platform/Paths.h"
 #include "support/MemoryLog.h"
 #include "support/TemporaryFolder.h"
 
@@ -31,7 +31,7 @@ struct Place {
     {
         return ApplyFinalAction(input, {.code = code, .destination = destination}, log).result;
     }
-    std::string Out(const std::string& name) const { return FileBytes(out + platform::kSeparator + name); }
+    std::string Out(const std::string& name) const { return FileBytes(out + kSeparator + name); }
     std::string In() const { return FileBytes(input); }
 };
 
@@ -54,7 +54,7 @@ TEST(FinalAction, CopiesMovesAndDeletesIntoAnEmptyFolder)
         EXPECT_EQ(place.Apply(row.code, place.out), FinalActionResult::Done) << row.code;
         EXPECT_EQ(place.In(), row.in) << row.code;
         EXPECT_EQ(place.Out("report.pdf"), row.out) << row.code;
-        const std::string value = row.code == 3 ? place.input : place.out + platform::kSeparator + "report.pdf";
+        const std::string value = row.code == 3 ? place.input : place.out + kSeparator + "report.pdf";
         EXPECT_EQ(place.log.lines, *row.logged ? Lines{row.logged + value} : Lines{}) << row.code;
     }
 }
@@ -94,7 +94,7 @@ TEST(FinalAction, AMissingFolderLeavesTheInputAndIsNamed)
     for (const int code : {1, 2, 6, 7, 8}) {
         Place place;
         const std::string nowhere = place.folder / "nowhere";
-        const std::string target = nowhere + platform::kSeparator + "report.pdf";
+        const std::string target = nowhere + kSeparator + "report.pdf";
         EXPECT_EQ(place.Apply(code, nowhere), FinalActionResult::Failed) << code;
         EXPECT_EQ(place.In(), "new") << code;
         Lines expected{(code == 1 || code == 8 ? "\tCan't copy file to : " : "\tCan't move file to : ") + target};
@@ -194,9 +194,8 @@ TEST(FinalAction, AnInputThatCannotBeReadIsNotHalfCopied)
 TEST(FinalAction, ADestinationWithASeparatorGetsASecondOne)
 {
     Place place;
-    EXPECT_EQ(place.Apply(1, place.out + platform::kSeparator), FinalActionResult::Done);
-    EXPECT_EQ(place.log.lines, Lines{"\tFile is copied to : " + place.out + platform::kSeparator +
-                                     platform::kSeparator + "report.pdf"});
+    EXPECT_EQ(place.Apply(1, place.out + kSeparator), FinalActionResult::Done);
+    EXPECT_EQ(place.log.lines, Lines{"\tFile is copied to : " + place.out + kSeparator + kSeparator + "report.pdf"});
 }
 
 TEST(FinalAction, UnknownCodesDoNothing)

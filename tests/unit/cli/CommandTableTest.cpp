@@ -7,12 +7,12 @@
 #include <set>
 #include <sstream>
 
+#include "base/Text.h"
 #include "cli/Arguments.h"
 #include "cli/Completions.h"
 #include "cli/FinalActions.h"
 #include "cli/Help.h"
 #include "cli/ManPage.h"
-#include "common/Text.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The plug-in's steps as the host's command layer drives them.
-#include "common/Text.h"
+#include "base/Text.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
 #include "hostcalls/Conversions.h"

@@ -1,6 +1,6 @@
+#include "base/PathNames.h"
 #include "engine/InputCollector.h"
 
-#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ std::vector<std::string> Collect(const CTemporaryFolder& folder, CollectorOption
     std::vector<std::string> names;
     for (const std::string& path : AllPaths(collector)) {
         names.push_back(path.substr(folder.Path().size() + 1));
-        std::replace(names.back().begin(), names.back().end(), platform::kSeparator, '/');
+        std::replace(names.back().begin(), names.back().end(), kSeparator, '/');
     }
     return names;
 }
@@ -80,7 +80,7 @@ TEST(InputCollector, KeepsASeparatorThatIsThere)
     const CTemporaryFolder folder;
     folder.Write("a.pdf", "x");
     CInputCollector collector({{"pdf"}, true});
-    collector.AddPath(folder.Path() + platform::kSeparator);
+    collector.AddPath(folder.Path() + kSeparator);
     collector.AddPath(folder.Path());
     EXPECT_EQ(AllPaths(collector), std::vector{folder / "a.pdf"});
 }

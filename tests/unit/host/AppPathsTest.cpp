@@ -1,6 +1,5 @@
+#include "base/PathNames.h"
 #include "host/AppPaths.h"
-
-#include "platform/Paths.h"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +38,7 @@ TEST(AppPaths, HelpFileFollowsTheUpperCasedModulePath)
 
 TEST(AppPaths, FilesStandInThePerUserFolder)
 {
-    const std::string s(1, platform::kSeparator);
+    const std::string s(1, kSeparator);
     const AppPaths paths = MakeAppPaths("", "/data/me");
     EXPECT_EQ(paths.settingsFolder, "/data/me" + s + "Quillon" + s + "Ferrule" + s);
     EXPECT_EQ(paths.settingsFile, paths.settingsFolder + "Ferrule.cfs");

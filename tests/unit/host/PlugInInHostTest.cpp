@@ -1,8 +1,8 @@
 // The plug-in as the host sees it, from loading to unloading.
-#include "common/FileNames.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "common/Log.h"
 #include "common/SettingsFile.h"
-#include "common/Text.h"
 #include "host/HostClosing.h"
 #include "hostapi/HostInterface.h"
 #include "openhost/app/AppState.h"

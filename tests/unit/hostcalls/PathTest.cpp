@@ -1,3 +1,4 @@
+#include "base/PathNames.h"
 #include "hostcalls/HostPath.h"
 
 #include "common/SettingsRecord.h"
@@ -7,7 +8,6 @@
 #include "hostcalls/CabRecord.h"
 #include "hostcalls/HostFrame.h"
 #include "openhost/files/FilePaths.h"
-#include "platform/Paths.h"
 #include "unit/hostcalls/HostedCalls.h"
 
 #include <filesystem>
@@ -18,8 +18,7 @@ class CabFile : public CHostedCalls {};
 TEST_F(HostPath, NamesGoToTheHostAndBackByteForByte)
 {
     std::vector<const char*> names = {"plain.pdf", "two  blanks.pdf", "caf\xC3\xA9.pdf", "per%20cent.pdf", "dots..."};
-    if (platform::kSeparator == '/')
-        names.insert(names.end(), {"\"quoted\".pdf", "broken \xC3.pdf", "a:b.pdf", "a\\b"});
+    if (kSeparator == '/') names.insert(names.end(), {"\"quoted\".pdf", "broken \xC3.pdf", "a:b.pdf", "a\\b"});
     for (const char* name : names) {
         const std::string path = m_folder / name;
         const CHostPath hostPath = CHostPath::FromNative(path);

@@ -1,6 +1,6 @@
+#include "base/PathNames.h"
 #include "jobs/PlannedFiles.h"
 
-#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -88,7 +88,7 @@ std::vector<std::size_t> SlowSets(const std::vector<PlannedFile>& planned, const
 
 TEST(PlannedFiles, GroupsAreThoseOfASlowComparisonOfEveryPair)
 {
-    if (platform::kNamesIgnoreCase) GTEST_SKIP() << "the comparison tells letter cases apart";
+    if (kNamesIgnoreCase) GTEST_SKIP() << "the comparison tells letter cases apart";
     std::mt19937 random(7);
     for (int round = 0; round < 40; ++round) {
         const CTemporaryFolder folder;

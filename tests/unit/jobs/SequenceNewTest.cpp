@@ -1,6 +1,6 @@
 #include "SequenceFixture.h"
+#include "base/PathNames.h"
 #include "engine/WorkflowXml.h"
-#include "platform/Paths.h"
 
 #include <filesystem>
 
@@ -42,7 +42,7 @@ TEST_F(SequenceNew, EveryTemplatePassesItsOwnCheck)
 
 TEST_F(SequenceNew, WritesWhatWasAskedFor)
 {
-    const std::string out = platform::kSeparator == '\\' ? "C:\\out" : "/C/out";
+    const std::string out = kSeparator == '\\' ? "C:\\out" : "/C/out";
     const std::string path = Folder() / "new.sequ";
     const json job = {
         {"path", path},

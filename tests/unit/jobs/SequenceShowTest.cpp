@@ -1,7 +1,7 @@
 #include "SequenceFixture.h"
+#include "base/PathNames.h"
 #include "hostcalls/Atoms.h"
 #include "hostcalls/CabFile.h"
-#include "platform/Paths.h"
 
 #include <algorithm>
 
@@ -27,7 +27,7 @@ json Parameter(const json& parameters, const std::vector<std::string>& names)
 /// How the system writes a device-independent path of drive C.
 std::string Native(std::string path)
 {
-    if (platform::kSeparator == '/') return path;
+    if (kSeparator == '/') return path;
     path.replace(0, 2, "C:");
     std::replace(path.begin(), path.end(), '/', '\\');
     return path;

@@ -1,6 +1,6 @@
 #include "jobs/TouchedNames.h"
 
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "base/PathNames.h"
 #include "openhost/core/Extensions.h"
 #include "openhost/program/CommandLine.h"
 #include "openhost/program/OpenHost.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 
 using namespace openhost;
@@ -94,7 +94,7 @@ TEST(StartUp, APlugInLoadsFromAPathWithBlanksAndLettersOfAnyKind)
 {
     const CTemporaryFolder folder;
     const std::string here = folder.MakeFolder("plug ins \xC3\xA9 \xE2\x82\xAC");
-    const std::string path = here + platform::kSeparator + "my good.api";
+    const std::string path = here + kSeparator + "my good.api";
     ASSERT_TRUE(platform::CopyFile(std::string(TEST_PLUG_INS) + "/good.api", path, platform::Existing::Fail));
     const std::string relative = std::string(TEST_PLUG_INS) + "/../plug_ins//good.api";
     for (const std::string& file : {path, relative, here + "/./my good.api"}) {
@@ -105,7 +105,8 @@ TEST(StartUp, APlugInLoadsFromAPathWithBlanksAndLettersOfAnyKind)
         EXPECT_TRUE(host.StartUp()) << file;
         host.ShutDown();
     }
-    EXPECT_NE(LiveWith({"no such plug-in"}).remarks.find("no such plug-in.api cannot be loaded: "), std::string::npos);
+    EXPECT_NE(LiveWith({"no such plug-in"}).remarks.find("no such plug-in.api cannot be loaded: "),
+              std::string::npos);
 }
 
 TEST(StartUp, AFolderGivesItsPlugInsByName)

@@ -4,13 +4,13 @@
 #include <fstream>
 #include <utility>
 
+#include "base/Overseer.h"
+#include "base/PathNames.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/SaveStep.h"
 #include "openhost/conversion/Converters.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
-#include "platform/Overseer.h"
-#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "unit/openhost_app/HostFixture.h"
 #include "unit/openhost_pdf/TestPdfs.h"
@@ -22,7 +22,7 @@ namespace {
 /// With the system's separators.
 std::string Native(std::string path)
 {
-    std::ranges::replace(path, '/', platform::kSeparator);
+    std::ranges::replace(path, '/', kSeparator);
     return path;
 }
 
@@ -149,7 +149,8 @@ TEST_F(Steps, TheSaveStepReadsTextsStringsAndPathCabs)
     cab->PutString("HandlerUniqueID", "com.adobe.acrobat.pdf");
     const auto settings = SaveStepSettings::Read(&*cab);
     EXPECT_TRUE(settings.inFolder);
-    EXPECT_EQ(settings.folder.value_or(""), NativeFromDeviceIndependent("/C/some/f\xF6lder/", nullptr)) << "its bytes";
+    EXPECT_EQ(settings.folder.value_or(""), NativeFromDeviceIndependent("/C/some/f\xF6lder/", nullptr))
+        << "its bytes";
     EXPECT_EQ(settings.after, "") << "only with AddToBaseName";
     EXPECT_FALSE(settings.optimise);
     EXPECT_TRUE(settings.dontOverwrite);
@@ -203,10 +204,10 @@ TEST_F(Steps, AConvertedDocumentGoesBesideItsSourceAndNeverOverIt)
 namespace {
 
 /// Somebody else takes the name just before the first file gets it.
-class CQuickerOverseer final : public platform::COverseer {
+class CQuickerOverseer final : public COverseer {
 public:
-    CQuickerOverseer() : m_former(platform::InstallOverseer(this)) {}
-    ~CQuickerOverseer() override { platform::InstallOverseer(m_former); }
+    CQuickerOverseer() : m_former(InstallOverseer(this)) {}
+    ~CQuickerOverseer() override { InstallOverseer(m_former); }
     Answer Ask(Act, const std::string&, const std::string& target) override
     {
         if (!std::exchange(m_done, true)) std::ofstream(target) << "theirs";
@@ -216,7 +217,7 @@ public:
     std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
 
 private:
-    platform::COverseer* m_former;
+    COverseer* m_former;
     bool m_done = false;
 };
 

@@ -10,8 +10,8 @@ using namespace openhost;
 
 namespace {
 
-using Act = platform::COverseer::Act;
-using Answer = platform::COverseer::Answer;
+using Act = COverseer::Act;
+using Answer = COverseer::Answer;
 namespace fs = std::filesystem;
 
 // SHA-256 of "one" and "two".

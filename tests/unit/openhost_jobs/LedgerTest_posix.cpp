@@ -23,7 +23,7 @@ TEST(LedgerOfLinks, TheInputIsTheFileThatTheLinkLedTo)
     CLedger ledger(source, [] { return std::uint64_t{0}; });
     const std::string in = folder.Write("in", "new content"), part = folder.Write(".t", "newer");
     std::filesystem::create_symlink(in, folder / "link");
-    ledger.Ask(platform::COverseer::Act::Put, part, in);
+    ledger.Ask(COverseer::Act::Put, part, in);
     std::filesystem::rename(part, in);
     EXPECT_EQ(ledger.FileDone(folder / "link", kJobFileSaved, "").size, 11u);
 }

@@ -24,7 +24,7 @@ public:
     {
         if (intended.target == refused) return Answer::Refuse;
         if (!intended.target.empty()) states[intended.target] = true;
-        if (intended.act != platform::COverseer::Act::Put) states[intended.file] = false;
+        if (intended.act != COverseer::Act::Put) states[intended.file] = false;
         return Answer::Pretend;
     }
     std::optional<bool> Exists(const std::string& path) override

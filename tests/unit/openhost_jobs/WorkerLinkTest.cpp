@@ -1,4 +1,5 @@
 #include "openhost/jobs/WorkerLink.h"
+#include "platform/TemporaryNames.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +10,8 @@ using namespace openhost;
 
 namespace {
 
-using Act = platform::COverseer::Act;
-using Answer = platform::COverseer::Answer;
+using Act = COverseer::Act;
+using Answer = COverseer::Answer;
 
 struct CTagReset {
     ~CTagReset() { platform::SetTemporaryTag(""); }

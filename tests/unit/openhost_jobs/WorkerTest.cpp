@@ -4,11 +4,11 @@
 #include <functional>
 
 #include "Pipes.h"
+#include "base/Overseer.h"
 #include "openhost/jobs/RecordFile.h"
 #include "openhost/jobs/WorkerLink.h"
 #include "openhost/program/OpenHost.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
 #include "support/InProcessPlugIn.h"
 #include "support/TemporaryFolder.h"
 
@@ -70,9 +70,8 @@ TEST(Worker, OneFileFromQuestionToRecord)
         EXPECT_EQ(next.toDo, kJobInputWhole);
         EXPECT_EQ(next.path, input);
         // An act of the host itself meets those of the plug-in.
-        using platform::COverseer;
-        ASSERT_TRUE(platform::Overseer());
-        EXPECT_EQ(platform::Overseer()->Ask(COverseer::Act::Delete, input, ""), COverseer::Answer::Refuse);
+        ASSERT_TRUE(Overseer());
+        EXPECT_EQ(Overseer()->Ask(COverseer::Act::Delete, input, ""), COverseer::Answer::Refuse);
         Jobs<JobsFinalActionBeginsSlotProc>(kSlotJobsFinalActionBegins)();
         EXPECT_EQ(MayAct(kJobActDelete, input, nullptr), kJobActAllowed);
         std::filesystem::remove(input);
@@ -106,7 +105,7 @@ TEST(Worker, WithoutAJobEverythingIsAllowed)
         Jobs<JobsLogMarkSlotProc>(kSlotJobsLogMark)(0);
         Done("/in/a", kJobFileFailed);
     });
-    EXPECT_EQ(platform::Overseer(), nullptr) << "the host's watch ends with the host";
+    EXPECT_EQ(Overseer(), nullptr) << "the host's watch ends with the host";
 }
 
 TEST(Worker, ARecordFileGetsALineForEachFileAtOnce)

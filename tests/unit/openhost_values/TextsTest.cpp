@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "openhost/values/Encoding.h"
+#include "base/Unicode.h"
 #include "unit/openhost_values/SystemExamples.h"
 #include "unit/openhost_values/ValuesHost.h"
 
@@ -106,7 +106,7 @@ TEST_F(Texts, HostBytesSurviveEvenWhenTheyAreNoUtf8)
         char* const copy = EXTRA(ASTextGetScriptTextCopy)(text, kASRomanScript);
         EXPECT_STREQ(copy, bytes);
         SUPPORT(ASfree)(copy);
-        EXPECT_TRUE(openhost::IsValidUtf8(Utf8(text))) << bytes;
+        EXPECT_TRUE(IsValidUtf8(Utf8(text))) << bytes;
         EXTRA(ASTextDestroy)(text);
     }
 }

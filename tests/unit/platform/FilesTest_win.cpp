@@ -194,7 +194,7 @@ TEST(FilesWindows, HiddenFilesStayHiddenWhenTheyAreReplaced)
     EXPECT_FALSE(listed[0].isFolder);
 }
 
-TEST(FilesWindows, AReplacedFileHandsItsAccessRightsOn)
+TEST(FilesWindows, AFileHandsItsOwnAccessRightsOn)
 {
     const CTemporaryFolder folder;
     const auto path = folder.Write("own", "old"), usual = folder.Write("usual", "");
@@ -208,6 +208,16 @@ TEST(FilesWindows, AReplacedFileHandsItsAccessRightsOn)
     EXPECT_TRUE(WriteAtomic(path));
     EXPECT_EQ(Content(path), "new");
     EXPECT_EQ(RightsOf(path), before);
+    EXPECT_TRUE(CopyFile(path, folder / "copy", Existing::Fail));
+    EXPECT_EQ(RightsOf(folder / "copy"), before);
+    for (const bool isThere : {true, false}) {
+        platform::CAtomicFile result(folder / "result", Existing::Replace, isThere ? path : folder / "gone");
+        EXPECT_TRUE(result.Commit());
+        EXPECT_EQ(RightsOf(folder / "result"), before) << "what is replaced has rights of its own the second time";
+    }
+    platform::CAtomicFile orphan(folder / "orphan", Existing::Fail, folder / "gone");
+    EXPECT_TRUE(orphan.Commit());
+    EXPECT_NE(RightsOf(folder / "orphan"), RightsOf(usual));
     EXPECT_TRUE(WriteAtomic(usual));
     EXPECT_TRUE(WriteAtomic(folder / "another"));
     EXPECT_EQ(RightsOf(usual), RightsOf(folder / "another"));

@@ -1,3 +1,4 @@
+#include "base/PathNames.h"
 #include "platform/LogFile.h"
 
 #include <gtest/gtest.h>
@@ -5,7 +6,6 @@
 #include <utility>
 
 #include "platform/FileProblem.h"
-#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 
 using platform::CLogFile;
@@ -14,7 +14,7 @@ using platform::ProblemOf;
 
 namespace {
 
-const char* const kDevice = platform::kSeparator == '/' ? "/dev/null" : "NUL";
+const char* const kDevice = kSeparator == '/' ? "/dev/null" : "NUL";
 
 }  // namespace
 

@@ -1,4 +1,5 @@
-#include "platform/Overseer.h"
+#include "base/Overseer.h"
+#include "platform/TemporaryNames.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,6 @@
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"
 
-using platform::COverseer;
 using platform::Existing;
 using platform::FileProblem;
 using platform::FileResult;
@@ -90,10 +90,10 @@ TEST(Overseer, IsAskedOnceWithTheCompleteContentAndObeyed)
             folder.Write("a", "new");
             folder.Write("b", "old");
             CScriptedOverseer overseer(row.answer, row.trial);
-            platform::InstallOverseer(&overseer);
+            InstallOverseer(&overseer);
             EXPECT_EQ(ProblemOf(service.act(folder)), row.problem);
             EXPECT_EQ(overseer.asked, row.trial ? service.askedInTrial : service.asked);
-            platform::InstallOverseer(nullptr);
+            InstallOverseer(nullptr);
             if (row.done)
                 ExpectFiles(folder, service.a, service.b, service.c);
             else
@@ -110,7 +110,7 @@ TEST(Overseer, NothingIsAskedForWhatCannotBeDone)
     for (const bool trial : {false, true}) {
         SCOPED_TRACE(trial);
         CScriptedOverseer overseer(COverseer::Answer::Pretend, trial);
-        platform::InstallOverseer(&overseer);
+        InstallOverseer(&overseer);
         EXPECT_EQ(ProblemOf(platform::CopyFile(a, b, Existing::Fail)), FileProblem::Exists);
         EXPECT_EQ(ProblemOf(platform::CopyFile(a, sub, Existing::Replace)), FileProblem::IsAFolder);
         EXPECT_EQ(ProblemOf(platform::CopyFile(missing, folder / "c", Existing::Fail)), FileProblem::Missing);
@@ -125,10 +125,10 @@ TEST(Overseer, NothingIsAskedForWhatCannotBeDone)
         EXPECT_EQ(ProblemOf(WriteAtomic(sub, Existing::Replace)), FileProblem::IsAFolder);
         EXPECT_EQ(overseer.asked, "");
         {
-            const platform::CUnwatched ownFile;
+            const CUnwatched ownFile;
             EXPECT_TRUE(platform::DeleteFile(folder.Write("own", "")));
         }
-        EXPECT_EQ(platform::Overseer(), &overseer);
+        EXPECT_EQ(Overseer(), &overseer);
         EXPECT_EQ(overseer.asked, "");
     }
 }
@@ -139,7 +139,7 @@ TEST(Overseer, WhatIsPretendedHidesTheDisk)
     const auto gone = folder.Write("gone", "x"), made = folder / "made", real = folder.Write("real", "x");
     CScriptedOverseer overseer(COverseer::Answer::Pretend, true);
     overseer.exists = {{gone, false}, {made, true}};
-    platform::InstallOverseer(&overseer);
+    InstallOverseer(&overseer);
     for (const auto test : {platform::FileExists, platform::NameExists}) {
         EXPECT_FALSE(test(gone));
         EXPECT_TRUE(test(made));
@@ -155,7 +155,7 @@ TEST(Overseer, WhatIsPretendedHidesTheDisk)
     EXPECT_TRUE(WriteAtomic(gone, Existing::Fail));
     CScriptedOverseer real2(COverseer::Answer::Go);
     real2.exists = overseer.exists;
-    platform::InstallOverseer(&real2);
+    InstallOverseer(&real2);
     EXPECT_TRUE(platform::FileExists(gone)) << "outside of a trial only the disk counts";
 }
 

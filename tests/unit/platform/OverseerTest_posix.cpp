@@ -7,7 +7,6 @@
 #include "ScriptedOverseer.h"
 #include "platform/Programs.h"
 
-using platform::COverseer;
 namespace fs = std::filesystem;
 
 TEST(OverseerPosix, ProgramsStartOnlyWhenAllowed)
@@ -24,7 +23,7 @@ TEST(OverseerPosix, ProgramsStartOnlyWhenAllowed)
         {COverseer::Answer::Refuse, false}, {COverseer::Answer::Pretend, true}, {COverseer::Answer::Go, true}};
     for (const auto& row : rows) {
         CScriptedOverseer overseer(row.answer);
-        platform::InstallOverseer(&overseer);
+        InstallOverseer(&overseer);
         const auto argument = folder.Write(std::to_string(static_cast<int>(row.answer)), "content");
         EXPECT_EQ(platform::OpenWithShell('"' + program + '"', argument), row.started);
         EXPECT_EQ(overseer.asked, "start content>program;");
@@ -43,7 +42,7 @@ TEST(OverseerPosix, NothingIsAskedForProgramsThatCannotStart)
     const auto file = folder.Write("not executable", "x");
     for (const bool trial : {false, true}) {
         CScriptedOverseer overseer(COverseer::Answer::Pretend, trial);
-        platform::InstallOverseer(&overseer);
+        InstallOverseer(&overseer);
         EXPECT_FALSE(platform::OpenWithShell(folder / "missing", file));
         EXPECT_FALSE(platform::OpenWithShell(file, file));
         EXPECT_EQ(overseer.asked, "");

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "base/PathNames.h"
 #include "platform/AppendFile.h"
 #include "platform/Clock.h"
 #include "platform/FileLock.h"
 #include "platform/FileProblem.h"
-#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "unit/platform/ChildStory.h"
 
@@ -16,7 +16,7 @@ using platform::ProblemOf;
 
 namespace {
 
-const char* const kDevice = platform::kSeparator == '/' ? "/dev/null" : "NUL";
+const char* const kDevice = kSeparator == '/' ? "/dev/null" : "NUL";
 
 }  // namespace
 

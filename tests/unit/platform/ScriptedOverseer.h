@@ -5,14 +5,14 @@
 #include <optional>
 #include <string>
 
-#include "platform/Overseer.h"
+#include "base/Overseer.h"
 #include "support/TemporaryFolder.h"
 
 /// Notes what it is asked, with the content that the act is about, and answers as it was told.
-class CScriptedOverseer final : public platform::COverseer {
+class CScriptedOverseer final : public COverseer {
 public:
     explicit CScriptedOverseer(Answer answer, bool pretends = false) : m_answer(answer), m_pretends(pretends) {}
-    ~CScriptedOverseer() override { platform::InstallOverseer(nullptr); }
+    ~CScriptedOverseer() override { InstallOverseer(nullptr); }
 
     Answer Ask(Act act, const std::string& file, const std::string& target) override
     {

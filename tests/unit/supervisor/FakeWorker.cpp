@@ -4,17 +4,17 @@
 // environment variable FAKE_KILL=N:PLACE makes it kill its supervisor when it comes to that place for the Nth time;
 // the count is kept in the file FAKE_COUNT.
 #include "unit/supervisor/FakeWorker.h"
-#include "common/FileNames.h"
+#include "base/ByteText.h"
+#include "base/PathNames.h"
+#include "base/Text.h"
 #include "common/ProductPaths.h"
-#include "common/Text.h"
-#include "platform/ByteText.h"
 #include "platform/Environment.h"
+#include "platform/FileDigest.h"
 #include "platform/Files.h"
-#include "platform/Overseer.h"
 #include "platform/Paths.h"
 #include "platform/Programs.h"
-#include "platform/Sha256.h"
 #include "platform/Surroundings.h"
+#include "platform/TemporaryNames.h"
 #include "supervisor/Json.h"
 #include "support/TestProcess.h"
 
@@ -28,9 +28,6 @@
 #include <vector>
 
 namespace {
-
-using platform::BytesFromText;
-using platform::TextFromBytes;
 
 Json Ask(const Json& question)
 {
@@ -110,7 +107,7 @@ private:
         int number = 0;
         for (const platform::FolderEntry& entry : platform::ListFolder(folder)) {
             if (entry.isFolder || (entry.name.find("hidden") != std::string::npos && IsBlind())) continue;
-            const std::string path = folder + platform::kSeparator + entry.name;
+            const std::string path = folder + kSeparator + entry.name;
             const auto stamp = platform::StampOf(path);
             const std::size_t group = entry.name.find("group");
             Tell({{"tell", "report"},
@@ -201,7 +198,7 @@ private:
         if (m_input.Is("exit")) std::_Exit(3);
         if (m_input.Is("open"))
             (void)platform::OpenWithShell(platform::ExecutablePath(),
-                                          Setting("FERRULEALTOUTPUTPATH") + platform::kSeparator + "opened");
+                                          Setting("FERRULEALTOUTPUTPATH") + kSeparator + "opened");
         if (m_input.Is("hang"))
             for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
         if (m_input.Is("grow"))
@@ -248,8 +245,8 @@ private:
             // Files of one group want one name.
             std::string name = FileName(m_input.path);
             if (const std::size_t group = name.find("group"); group != std::string::npos) name = name.substr(group);
-            target = UniqueSpaced(folder + platform::kSeparator + name,
-                                  [this](const std::string& path) { return IsTaken(path); });
+            target =
+                UniqueSpaced(folder + kSeparator + name, [this](const std::string& path) { return IsTaken(path); });
         }
         const std::string temporary =
             FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(ProcessId()) + "-1.tmp";
@@ -283,7 +280,7 @@ private:
     {
         const int code = ParseDecimal(Setting("FERRULEFINAL"));
         const std::string destination = Setting("FERRULEDEST");
-        const std::string target = destination + platform::kSeparator + FileName(m_input.path);
+        const std::string target = destination + kSeparator + FileName(m_input.path);
         if (code == 3) Final("delete", "", [&] { std::filesystem::remove(m_input.path); });
         if (code == 5) Final("start", destination, [&] { std::fclose(Appended(destination)); });
         if (code == 6) Final("move", target, [&] { std::filesystem::rename(m_input.path, target); });

@@ -1,4 +1,4 @@
-#include "common/Text.h"
+#include "base/Text.h"
 #include "supervisor/Manifest.h"
 #include "unit/supervisor/RunPlace.h"
 

@@ -1,6 +1,6 @@
 #include "supervisor/Settler.h"
 
-#include "platform/Sha256.h"
+#include "base/Sha256.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ const char* NameOf(Left left)
 /// The hash of a file with this text.
 std::string Hash(const std::string& text)
 {
-    platform::CSha256 digest;
+    CSha256 digest;
     digest.Add(text.data(), text.size());
     return digest.Digest();
 }

@@ -5,8 +5,6 @@
 #include <string_view>
 #include <vector>
 
-namespace platform {
-
 /// The name that is nearest to the typed one, ASCII letter case and dashes in front aside; empty when none is near.
 std::string LikelyName(std::string_view typed, const std::vector<std::string>& names);
 
@@ -15,5 +13,3 @@ std::string FirstOption(const std::vector<std::string>& words);
 
 /// `there is no option "--ouput"; did you mean "--output"?`, as far as one is likely.
 std::string NoSuchOption(const std::string& typed, const std::vector<std::string>& options);
-
-}  // namespace platform

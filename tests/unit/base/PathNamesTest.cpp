@@ -1,14 +1,14 @@
-#include "common/FileNames.h"
+#include "base/PathNames.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <set>
 
-#include "platform/Paths.h"
+#include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 
-TEST(FileNames, PathsComeApartAtTheLastSeparatorAndTheLastDotOfTheName)
+TEST(PathNames, PathsComeApartAtTheLastSeparatorAndTheLastDotOfTheName)
 {
     const struct {
         const char *path, *folder, *base, *extension;
@@ -27,13 +27,13 @@ TEST(FileNames, PathsComeApartAtTheLastSeparatorAndTheLastDotOfTheName)
         EXPECT_EQ(parts.folder + FileName(row.path), row.path);
         EXPECT_EQ(parts.folder + parts.base + (parts.hasDot ? "." : "") + parts.extension, row.path);
     }
-    EXPECT_EQ(SplitPath("/a\\b.pdf").folder, platform::kSeparator == '\\' ? "/a\\" : "/");
-    EXPECT_EQ(WithTrailingSeparator("/a"), std::string("/a") + platform::kSeparator);
+    EXPECT_EQ(SplitPath("/a\\b.pdf").folder, kSeparator == '\\' ? "/a\\" : "/");
+    EXPECT_EQ(WithTrailingSeparator("/a"), std::string("/a") + kSeparator);
     EXPECT_EQ(WithTrailingSeparator("/a/"), "/a/");
     EXPECT_EQ(WithTrailingSeparator(""), "");
 }
 
-TEST(FileNames, UniqueNamesTakeTheFirstFreeNumber)
+TEST(PathNames, UniqueNamesTakeTheFirstFreeNumber)
 {
     using Maker = std::string (*)(const std::string&, const NameTest&);
     const struct {
@@ -58,17 +58,18 @@ TEST(FileNames, UniqueNamesTakeTheFirstFreeNumber)
     }
 }
 
-TEST(FileNames, FoldersAndDanglingLinksTakeANameToo)
+TEST(PathNames, FoldersAndDanglingLinksTakeANameToo)
 {
     const CTemporaryFolder folder;
     folder.MakeFolder("a.pdf");
     if (kHasLinks) std::filesystem::create_symlink("nowhere", folder / "a (1).pdf");
-    EXPECT_EQ(UniqueSpaced(folder / "a.pdf"), folder / (kHasLinks ? "a (2).pdf" : "a (1).pdf"));
+    EXPECT_EQ(UniqueSpaced(folder / "a.pdf", platform::NameExists), folder / (kHasLinks ? "a (2).pdf" : "a (1).pdf"));
     const auto tooLong = folder / std::string(300, 'n');
-    EXPECT_EQ(UniqueSpaced(tooLong), tooLong) << "a name that no file can have must not count up for ever";
+    EXPECT_EQ(UniqueSpaced(tooLong, platform::NameExists), tooLong)
+        << "a name that no file can have must not count up for ever";
 }
 
-TEST(FileNames, ExtendedLengthPathsGetTheirPrefixOnce)
+TEST(PathNames, ExtendedLengthPathsGetTheirPrefixOnce)
 {
     const char* rows[][2] = {{"C:\\out\\x.pdf", "\\\\?\\C:\\out\\x.pdf"},
                              {"\\\\server\\share\\x.pdf", "\\\\?\\UNC\\server\\share\\x.pdf"},
@@ -78,7 +79,7 @@ TEST(FileNames, ExtendedLengthPathsGetTheirPrefixOnce)
     for (const auto& [path, expected] : rows) EXPECT_EQ(ExtendedLengthPath(path), expected);
 }
 
-TEST(FileNames, ACompletePathStartsAtADriveAndEndsInPdf)
+TEST(PathNames, ACompletePathStartsAtADriveAndEndsInPdf)
 {
     const struct {
         const char* path;
@@ -94,15 +95,15 @@ TEST(FileNames, ACompletePathStartsAtADriveAndEndsInPdf)
     for (const auto& row : rows) EXPECT_EQ(IsCompletePdfPath(row.path), row.complete) << row.path;
 }
 
-TEST(FileNames, TheWritabilityTestLeavesNothingBehindAndTouchesNothing)
+TEST(PathNames, TheWritabilityTestLeavesNothingBehindAndTouchesNothing)
 {
     const CTemporaryFolder folder;
-    EXPECT_TRUE(IsFolderWritable(folder.Path()));
+    EXPECT_TRUE(platform::IsFolderWritable(folder.Path()));
     EXPECT_EQ(folder.EntryCount(), 0u);
     const auto mine = folder.Write("__testfile.txt", "mine");
-    EXPECT_TRUE(IsFolderWritable(folder.Path() + "/"));
+    EXPECT_TRUE(platform::IsFolderWritable(folder.Path() + "/"));
     EXPECT_EQ(FileBytes(mine), "mine");
     EXPECT_EQ(folder.EntryCount(), 1u);
-    EXPECT_FALSE(IsFolderWritable(folder / "missing"));
-    EXPECT_FALSE(IsFolderWritable(mine));
+    EXPECT_FALSE(platform::IsFolderWritable(folder / "missing"));
+    EXPECT_FALSE(platform::IsFolderWritable(mine));
 }

@@ -4,9 +4,17 @@
 #include <string>
 #include <string_view>
 
-#include "platform/Files.h"
-
 // Names and paths as text. "Separator" is the system's; on Windows "/" separates as well when a path is taken apart.
+
+#ifdef _WIN32
+inline constexpr char kSeparator = '\\';
+inline constexpr char kSeparators[] = "\\/";    ///< all that separate when a path is taken apart
+inline constexpr bool kNamesIgnoreCase = true;  ///< two letter cases of one name are one file
+#else
+inline constexpr char kSeparator = '/';
+inline constexpr char kSeparators[] = "/";
+inline constexpr bool kNamesIgnoreCase = false;
+#endif
 
 struct PathParts {
     std::string folder;     ///< with its trailing separator; empty when the path has none
@@ -26,20 +34,18 @@ std::string FolderOf(std::string_view path);
 /// An empty path stays empty.
 std::string WithTrailingSeparator(std::string_view folder);
 
-/// Tells whether a name is taken.
+/// Tells whether a name is taken; as a rule platform::NameExists.
 using NameTest = std::function<bool(const std::string& path)>;
-/// A file, a folder or a dangling link of that name.
-bool NameIsTaken(const std::string& path);
 
 /// The path itself while it is free, else the first free one of "base (n).ext", n = 1, 2, ...
 /// The answer holds for the moment of the call; whoever creates the file must still refuse to replace.
-std::string UniqueSpaced(const std::string& path, const NameTest& taken = NameIsTaken);
+std::string UniqueSpaced(const std::string& path, const NameTest& taken);
 /// Likewise with "base_n.ext".
-std::string UniqueUnderscore(const std::string& path, const NameTest& taken = NameIsTaken);
+std::string UniqueUnderscore(const std::string& path, const NameTest& taken);
 /// Likewise with "path_n": the path is taken without looking for an extension.
-std::string UniqueNoExtension(const std::string& path, const NameTest& taken = NameIsTaken);
+std::string UniqueNoExtension(const std::string& path, const NameTest& taken);
 /// Likewise with " (n)" behind a plain name.
-std::string UniqueSuffix(const std::string& name, const NameTest& taken = NameIsTaken);
+std::string UniqueSuffix(const std::string& name, const NameTest& taken);
 
 /// The path with the prefix that lifts the length limit of Windows file calls. Pure text, the same on every system.
 std::string ExtendedLengthPath(std::string_view path);
@@ -50,6 +56,3 @@ std::string_view InvalidNameCharacters();
 /// Whether a path typed by the user is complete: drive letter in upper case, "\", parts without invalid characters,
 /// ".pdf" in lower case.
 bool IsCompletePdfPath(std::string_view path);
-
-/// Whether a new file can be created in the folder; the file made for the test is removed.
-bool IsFolderWritable(const std::string& folder);

@@ -1,13 +1,12 @@
+// Who is asked before anything is done to a file or program for good.
 #pragma once
 
 #include <optional>
 #include <string>
 
-namespace platform {
-
 /// Watches over what this module does to files and programs for good.
 ///
-/// The file services of this folder ask the installed overseer themselves, so no caller can forget it. Not asked:
+/// The file services of `platform/` ask the installed overseer themselves, so no caller can forget it. Not asked:
 /// logs, settings files and temporary files, which are nobody's documents.
 class COverseer {
 public:
@@ -52,11 +51,3 @@ public:
 private:
     COverseer* m_former;
 };
-
-/// From now on the names of this module's temporary files begin with ".ferrule-<tag>-", so that whoever gave out the
-/// tag can find what a killed process left. Letters and digits only.
-void SetTemporaryTag(const std::string& tag);
-/// What such names begin with; "" as tag: those of runs without one.
-std::string TemporaryPrefix(const std::string& tag);
-
-}  // namespace platform

@@ -1,9 +1,8 @@
-#include "platform/LikelyName.h"
+#include "base/LikelyName.h"
 
 #include <algorithm>
 #include <cstddef>
 
-namespace platform {
 namespace {
 
 constexpr std::size_t kShortestBeginning = 3;
@@ -67,5 +66,3 @@ std::string NoSuchOption(const std::string& typed, const std::vector<std::string
     const std::string likely = LikelyName(typed, options);
     return "there is no option \"" + typed + '"' + (likely.empty() ? "" : "; did you mean \"" + likely + "\"?");
 }
-
-}  // namespace platform

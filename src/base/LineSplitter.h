@@ -5,8 +5,6 @@
 #include <string_view>
 #include <vector>
 
-namespace platform {
-
 /// Makes whole lines of bytes that come in pieces. A line is kept up to `longest` bytes, the rest of it is dropped.
 class CLineSplitter {
 public:
@@ -24,5 +22,3 @@ private:
     std::string m_line;
     bool m_begun = false;
 };
-
-}  // namespace platform

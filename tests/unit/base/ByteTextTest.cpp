@@ -1,13 +1,10 @@
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
 namespace {
-
-using platform::BytesFromText;
-using platform::TextFromBytes;
 
 TEST(ByteText, LeavesValidTextAndMarksTheRest)
 {

@@ -1,13 +1,6 @@
-#include "common/FileNames.h"
-
-#include <algorithm>
-
-#include "platform/Overseer.h"
-#include "platform/Paths.h"
+#include "base/PathNames.h"
 
 namespace {
-
-constexpr std::string_view kSeparators = platform::kSeparators;
 
 std::size_t FolderLength(std::string_view path) { return path.find_last_of(kSeparators) + 1; }
 
@@ -54,11 +47,10 @@ std::string FolderOf(std::string_view path) { return std::string(path.substr(0, 
 std::string WithTrailingSeparator(std::string_view folder)
 {
     std::string result(folder);
-    if (!result.empty() && kSeparators.find(result.back()) == std::string_view::npos) result += platform::kSeparator;
+    if (!result.empty() && std::string_view(kSeparators).find(result.back()) == std::string_view::npos)
+        result += kSeparator;
     return result;
 }
-
-bool NameIsTaken(const std::string& path) { return platform::NameExists(path); }
 
 std::string UniqueSpaced(const std::string& path, const NameTest& taken)
 {
@@ -103,13 +95,4 @@ bool IsCompletePdfPath(std::string_view path)
     // A part may itself hold backslashes, so what counts is one "\" in front, something behind it, and no bad
     // character.
     return IsPathPart(path.substr(1));
-}
-
-bool IsFolderWritable(const std::string& folder)
-{
-    const auto path = UniqueUnderscore(WithTrailingSeparator(folder) + "__testfile.txt");
-    const platform::CUnwatched ownFile;
-    if (!platform::CreateNewFile(path)) return false;
-    (void)platform::DeleteFile(path);
-    return true;
 }

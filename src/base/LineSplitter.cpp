@@ -1,8 +1,6 @@
-#include "platform/LineSplitter.h"
+#include "base/LineSplitter.h"
 
 #include <utility>
-
-namespace platform {
 
 void CLineSplitter::Keep(std::string_view part) { m_line += part.substr(0, m_longest - m_line.size()); }
 
@@ -22,5 +20,3 @@ void CLineSplitter::Finish(std::vector<std::string>& lines)
 {
     if (std::exchange(m_begun, false)) lines.push_back(std::exchange(m_line, {}));
 }
-
-}  // namespace platform

@@ -1,11 +1,8 @@
-#include <openssl/evp.h>
+#include "base/Sha256.h"
 
+#include <openssl/evp.h>
 #include <array>
 #include <new>
-
-#include "platform/Sha256.h"
-
-namespace platform {
 
 struct CSha256::State {
     EVP_MD_CTX* context = EVP_MD_CTX_new();
@@ -35,16 +32,3 @@ std::string CSha256::Digest()
     }
     return text;
 }
-
-std::string Sha256OfFile(const std::string& path, FileResult* result)
-{
-    CSha256 digest;
-    const auto added = ReadPieces(path, [&](std::string_view bytes) {
-        digest.Add(bytes.data(), bytes.size());
-        return true;
-    });
-    if (result) *result = added;
-    return added ? digest.Digest() : std::string();
-}
-
-}  // namespace platform

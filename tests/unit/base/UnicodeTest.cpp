@@ -1,8 +1,9 @@
-#include "common/Encoding.h"
+#include "base/Names.h"
+#include "base/Unicode.h"
 
 #include <gtest/gtest.h>
 
-TEST(Encoding, EveryCharacterSurvivesEachForm)
+TEST(Unicode, EveryCharacterSurvivesEachForm)
 {
     for (char32_t c = 1; c <= 0x10FFFF; c += c < 0x11000 ? 1 : 0x101) {
         if (c >= 0xD800 && c <= 0xDFFF) continue;
@@ -15,7 +16,7 @@ TEST(Encoding, EveryCharacterSurvivesEachForm)
     }
 }
 
-TEST(Encoding, KnownCharactersHaveTheirKnownBytes)
+TEST(Unicode, KnownCharactersHaveTheirKnownBytes)
 {
     const struct {
         const char* utf8;
@@ -28,7 +29,7 @@ TEST(Encoding, KnownCharactersHaveTheirKnownBytes)
     EXPECT_EQ(Utf8ToUtf16("\xF0\x9F\x98\x80"), u"\U0001F600");
 }
 
-TEST(Encoding, EachMalformedSequenceBecomesOneReplacement)
+TEST(Unicode, EachMalformedSequenceBecomesOneReplacement)
 {
     const std::string r = "\xEF\xBF\xBD";
     const struct {
@@ -55,11 +56,28 @@ TEST(Encoding, EachMalformedSequenceBecomesOneReplacement)
     }
 }
 
-TEST(Encoding, LoneSurrogatesAndOddBytesAreReplaced)
+TEST(Unicode, LoneSurrogatesAndOddBytesAreReplaced)
 {
     const std::string r = "\xEF\xBF\xBD";
     EXPECT_EQ(Utf16ToUtf8(std::u16string{0xD83D, 'a'}), r + "a");
     EXPECT_EQ(Utf16ToUtf8(std::u16string{0xDE00, 0xD83D}), r + r);
     EXPECT_EQ(Utf16BytesToUtf8(std::string("\0a\0", 3), true), "a" + r);
     EXPECT_EQ(Utf32ToUtf8(std::u32string{0xD800, 0x110000}), r + r);
+}
+
+TEST(Unicode, LetterCaseOfNamesIsThatOfAnyLanguage)
+{
+    const struct {
+        const char *name, *lower, *upper;
+    } rows[] = {{"Stra\u00DFe \u00C4", "stra\u00DFe \u00E4", "STRA\u00DFE \u00C4"},
+                {"\u0394\u03C2 \u0416 \u0547", "\u03B4\u03C2 \u0436 \u0577", "\u0394\u03A3 \u0416 \u0547"},
+                {"\u10D0 \uFF21", "\u10D0 \uFF41", "\u1C90 \uFF21"},
+                {"A\xC4", "a\xC4", "A\xC4"}};  // no UTF-8
+    for (const auto& row : rows) {
+        EXPECT_EQ(LowerCasedName(row.name), row.lower);
+        EXPECT_EQ(UpperCasedName(row.name), row.upper);
+    }
+    EXPECT_TRUE(NameComesBefore("a\xC4", "B"));
+    EXPECT_TRUE(NameComesBefore("A", "a"));
+    EXPECT_FALSE(NameComesBefore("\u00E4", "\u00C4"));
 }

@@ -4,10 +4,6 @@
 #include <memory>
 #include <string>
 
-#include "platform/Files.h"
-
-namespace platform {
-
 /// SHA-256 of bytes that come in pieces; lower-case hexadecimal digits.
 class CSha256 {
 public:
@@ -24,8 +20,3 @@ private:
     struct State;
     std::unique_ptr<State> m_state;
 };
-
-/// Of a regular file's content. Fails: empty, with the reason in `result`.
-std::string Sha256OfFile(const std::string& path, FileResult* result = nullptr);
-
-}  // namespace platform

@@ -1,19 +1,11 @@
 // Bytes of any kind as valid UTF-8 text and back, for JSON.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
-
-namespace platform {
-
-/// Bytes of the valid UTF-8 character at the beginning of text that is not empty; 0 when there is none.
-[[nodiscard]] std::size_t CharacterLength(std::string_view bytes);
 
 /// Valid UTF-8 stays as it is. Each byte that is part of no valid character becomes the private-use character
 /// U+F700 + byte; so do the bytes of a character that is itself one of these, so that the way back is unambiguous.
 [[nodiscard]] std::string TextFromBytes(std::string_view bytes);
 /// The way back. Other text than the one above made stays as it is where it has no such characters.
 [[nodiscard]] std::string BytesFromText(std::string_view text);
-
-}  // namespace platform

@@ -1,6 +1,8 @@
-#include "platform/ByteText.h"
+#include "base/ByteText.h"
 
-namespace platform {
+#include "base/Unicode.h"
+
+#include <cstddef>
 
 namespace {
 
@@ -10,24 +12,6 @@ constexpr unsigned char kMarkLead = 0xEF, kMarkLow = 0x9E, kMarkHigh = 0x9F;
 unsigned char ByteAt(std::string_view bytes, std::size_t at) { return static_cast<unsigned char>(bytes[at]); }
 
 bool Within(unsigned char byte, unsigned char first, unsigned char last) { return byte >= first && byte <= last; }
-
-// Overlong forms, surrogates and numbers above U+10FFFF show in the second byte.
-bool SecondFits(unsigned char lead, unsigned char second)
-{
-    if (lead == 0xE0) return Within(second, 0xA0, 0xBF);
-    if (lead == 0xED) return Within(second, 0x80, 0x9F);
-    if (lead == 0xF0) return Within(second, 0x90, 0xBF);
-    if (lead == 0xF4) return Within(second, 0x80, 0x8F);
-    return Within(second, 0x80, 0xBF);
-}
-
-std::size_t LengthAfter(unsigned char lead)
-{
-    if (lead < 0x80) return 1;
-    if (Within(lead, 0xC2, 0xDF)) return 2;
-    if (Within(lead, 0xE0, 0xEF)) return 3;
-    return Within(lead, 0xF0, 0xF4) ? 4 : 0;
-}
 
 bool IsMark(std::string_view bytes)
 {
@@ -43,16 +27,6 @@ void AppendMark(std::string& text, unsigned char byte)
 }
 
 }  // namespace
-
-std::size_t CharacterLength(std::string_view bytes)
-{
-    const std::size_t length = LengthAfter(ByteAt(bytes, 0));
-    if (length < 2) return length;
-    if (bytes.size() < length || !SecondFits(ByteAt(bytes, 0), ByteAt(bytes, 1))) return 0;
-    for (std::size_t index = 2; index < length; ++index)
-        if (!Within(ByteAt(bytes, index), 0x80, 0xBF)) return 0;
-    return length;
-}
 
 std::string TextFromBytes(std::string_view bytes)
 {
@@ -86,5 +60,3 @@ std::string BytesFromText(std::string_view text)
     }
     return bytes;
 }
-
-}  // namespace platform

@@ -1,4 +1,5 @@
-#include "platform/Sha256.h"
+#include "base/Sha256.h"
+#include "platform/FileDigest.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,7 @@ TEST(Sha256, FilesAndPiecesHaveTheKnownDigests)
                 {std::string(1'000'000, 'a'), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"}};
     for (const auto& row : rows) {
         EXPECT_EQ(platform::Sha256OfFile(folder.Write("file", row.bytes)), row.digest);
-        platform::CSha256 pieces;
+        CSha256 pieces;
         for (std::size_t at = 0; at < row.bytes.size(); at += 77) {
             const auto piece = row.bytes.substr(at, 77);
             pieces.Add(piece.data(), piece.size());

@@ -94,8 +94,8 @@ FileResult CFileRights::ReadFrom(const std::string& path)
     return {};
 }
 
-// A new file has the rights that its folder hands on: that is where people set them on this system. What was set on the
-// source itself goes along.
+// A new file has the rights that its folder hands on: that is where people set them on this system. What was set on
+// the source itself goes along.
 FileResult CFileRights::ReadLimit(const std::string& path)
 {
     if (ReadFrom(path)) return {};

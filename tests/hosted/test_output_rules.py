@@ -1,6 +1,7 @@
 """Where results go and under which name, through sequences in the host's own form, which can say all of it."""
 import os
 import unittest
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items, text_of, tool
@@ -121,6 +122,33 @@ class OutputRules(unittest.TestCase):
                                   "FERRULEALTOUTPUTPATH": output, "FERRULENOPROGRESS": "yes"})
         self.assertEqual(outcome.code, 0, outcome)
         self.assertEqual(page_count(output / "ein Dokument.pdf", "open sesame"), 1)
+
+    def test_two_runs_into_one_folder_take_different_names(self):
+        places = [self.place, Workplace()]
+        self.addCleanup(places[1].close)
+        restricted = self.place.root / "restricted.pdf"
+        (self.place.input / "ein Dokument.pdf").unlink()
+        plain = self.place.root / "plain.pdf"
+        plain.write_bytes(self.document)
+        tool("qpdf", "--encrypt", "", "owner", "256", "--modify=none", "--", str(plain), str(restricted))
+        to_folder = {"FileVariation": ("integer", 2), **folder(self.place.output)}
+        rows = [
+            # what saves, the documents, exit code
+            (lambda place: host_sequence(place, to_folder, commands=[(PROTECT, protect_items())]), plain, 0),
+            (lambda place: host_sequence(place, to_folder), restricted, 3),
+            (lambda place: place.sequence("steps.sequ", [(PROTECT, protect_items()), (SAVE, save_items())]), plain, 0),
+        ]
+        for sequence, document, code in rows:
+            for place in places:
+                for number in range(25):
+                    (place.input / f"{number}.pdf").write_bytes(document.read_bytes())
+            with ThreadPoolExecutor(2) as both:
+                outcomes = list(both.map(lambda place: place.run_folder(sequence(place), FERRULEALTOUTPUTPATH=self.place.output), places))
+            self.assertEqual([outcome.code for outcome in outcomes], [code, code], "\n".join(map(str, outcomes)))
+            results = list(self.place.output.iterdir())
+            self.assertEqual(len(results), 50)
+            for result in results:
+                result.unlink()
 
     def test_a_conversion_that_fails_says_why(self):
         in_the_way = self.place.output / "ein Dokument.txt"

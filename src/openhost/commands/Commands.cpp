@@ -81,7 +81,7 @@ AVCommand CCommands::New(ASAtom name)
     made->owner = Part<CCommandHandlers>().OwnerOf(name);
     made->cabs = NewCab();
     const AVCommand handle = m_commands.Add(std::move(made));
-    const auto created = ProcedureOf(handler, &AVCommandHandlerRec::Created);
+    const auto created = MemberOf(handler, &AVCommandHandlerRec::Created);
     if (!created) return handle;
     try {
         Call(At(handle), false, created);
@@ -103,7 +103,7 @@ void CCommands::Destroy(AVCommand handle)
 void CCommands::DestroyNow(AVCommand handle)
 {
     CCommand& command = At(handle);
-    if (const auto destroy = ProcedureOf(command.handler, &AVCommandHandlerRec::Destroy)) {
+    if (const auto destroy = MemberOf(command.handler, &AVCommandHandlerRec::Destroy)) {
         try {
             Call(command, false, destroy);
         } catch (const CHostRaise& raise) {
@@ -144,7 +144,7 @@ AVCommandStatus CCommands::SetParams(AVCommand handle, ASCab params)
     CCommand& command = At(handle);
     const CCabinet& given = CabAt(params);
     if (command.status != kAVCommandReady) return command.status;
-    if (const auto set = ProcedureOf(command.handler, &AVCommandHandlerRec::SetParams)) {
+    if (const auto set = MemberOf(command.handler, &AVCommandHandlerRec::SetParams)) {
         const AVCommandStatus answer = Call(command, false, set, params);
         if (answer == kAVCommandInError) command.status = answer;
     } else {
@@ -157,7 +157,7 @@ void CCommands::GetParams(AVCommand handle, ASCab params)
 {
     CCommand& command = At(handle);
     CCabinet& wanted = CabAt(params);
-    if (const auto get = ProcedureOf(command.handler, &AVCommandHandlerRec::GetParams)) {
+    if (const auto get = MemberOf(command.handler, &AVCommandHandlerRec::GetParams)) {
         Call(command, false, get, params);
         return;
     }
@@ -194,8 +194,7 @@ void CCommands::GetProps(AVCommand handle, ASCab props)
 {
     CCommand& command = At(handle);
     static_cast<void>(CabAt(props));
-    if (const auto get = ProcedureOf(command.handler, &AVCommandHandlerRec::GetProps))
-        Call(command, false, get, props);
+    if (const auto get = MemberOf(command.handler, &AVCommandHandlerRec::GetProps)) Call(command, false, get, props);
 }
 
 // ---- state ----
@@ -203,7 +202,7 @@ void CCommands::GetProps(AVCommand handle, ASCab props)
 AVCommandStatus CCommands::ShowDialog(AVCommand handle)
 {
     CCommand& command = At(handle);
-    const auto show = ProcedureOf(command.handler, &AVCommandHandlerRec::ShowDialog);
+    const auto show = MemberOf(command.handler, &AVCommandHandlerRec::ShowDialog);
     if (command.status != kAVCommandReady || !show) return command.status;
     const AVCommandStatus answer = Call(command, false, show);
     if (answer == kAVCommandCanceled || answer == kAVCommandInError) command.status = answer;
@@ -214,7 +213,7 @@ AVCommandStatus CCommands::Work(AVCommand handle)
 {
     CCommand& command = At(handle);
     if (command.working || !MayWork(command.status)) return command.status;
-    const auto work = ProcedureOf(command.handler, &AVCommandHandlerRec::Work);
+    const auto work = MemberOf(command.handler, &AVCommandHandlerRec::Work);
     if (!work) return command.status = kAVCommandNotExecuted;
     command.status = kAVCommandWorking;
     const AVCommandStatus answer = Call(command, true, work);
@@ -226,7 +225,7 @@ AVCommandStatus CCommands::Cancel(AVCommand handle)
 {
     CCommand& command = At(handle);
     if (!MayWork(command.status) && command.status != kAVCommandInError) return command.status;
-    if (const auto cancel = ProcedureOf(command.handler, &AVCommandHandlerRec::Cancel)) Call(command, false, cancel);
+    if (const auto cancel = MemberOf(command.handler, &AVCommandHandlerRec::Cancel)) Call(command, false, cancel);
     if (command.status != kAVCommandInError) command.status = kAVCommandCanceled;
     return command.status;
 }
@@ -236,7 +235,7 @@ AVCommandStatus CCommands::Reset(AVCommand handle)
     CCommand& command = At(handle);
     if (command.working) return command.status;
     AVCommandStatus answer = kAVCommandReady;
-    if (const auto reset = ProcedureOf(command.handler, &AVCommandHandlerRec::Reset))
+    if (const auto reset = MemberOf(command.handler, &AVCommandHandlerRec::Reset))
         answer = Call(command, false, reset);
     const bool stillInError = answer == kAVCommandInError;
     command.status = static_cast<AVCommandStatus>(stillInError ? kAVCommandInError : kAVCommandReady);

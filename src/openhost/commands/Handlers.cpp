@@ -16,7 +16,7 @@ void SayRaise(ASAtom name, const char* where, const CHostRaise& raise)
 
 bool Initialise(ASAtom name, AVCommandHandler handler)
 {
-    const auto initialise = ProcedureOf(handler, &AVCommandHandlerRec::Initialize);
+    const auto initialise = MemberOf(handler, &AVCommandHandlerRec::Initialize);
     if (!initialise) return true;
     try {
         return CallPlugIn(initialise, name) != 0;
@@ -82,7 +82,7 @@ void CCommandHandlers::StartOne(ASAtom name)
     }
     for (Registered& one : m_handlers)
         if (one.name == name) one.started = true;
-    CallForName(ProcedureOf(entry.handler, &AVCommandHandlerRec::RegisterCommands), name, "RegisterCommands");
+    CallForName(MemberOf(entry.handler, &AVCommandHandlerRec::RegisterCommands), name, "RegisterCommands");
 }
 
 void CCommandHandlers::Start()
@@ -99,8 +99,7 @@ void CCommandHandlers::Terminate()
     while (!m_handlers.empty()) {
         const Registered one = m_handlers.front();
         m_handlers.erase(m_handlers.begin());
-        if (one.started)
-            CallForName(ProcedureOf(one.handler, &AVCommandHandlerRec::Terminate), one.name, "Terminate");
+        if (one.started) CallForName(MemberOf(one.handler, &AVCommandHandlerRec::Terminate), one.name, "Terminate");
     }
 }
 
@@ -110,8 +109,7 @@ void CCommandHandlers::DropOwner(ASExtension owner)
     for (const Registered& one : present) {
         if (one.owner != owner) continue;
         Remove(one.name);
-        if (one.started)
-            CallForName(ProcedureOf(one.handler, &AVCommandHandlerRec::Terminate), one.name, "Terminate");
+        if (one.started) CallForName(MemberOf(one.handler, &AVCommandHandlerRec::Terminate), one.name, "Terminate");
     }
 }
 

@@ -6,17 +6,9 @@
 #include "hostapi/HostRecords.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Frames.h"
+#include "openhost/core/Records.h"
 
 namespace openhost {
-
-/// The procedure in a handler's record, or null when it is absent or the record ends before it.
-template <class Procedure>
-Procedure ProcedureOf(const AVCommandHandlerRec* handler, Procedure AVCommandHandlerRec::*member)
-{
-    const auto* const start = reinterpret_cast<const char*>(handler);
-    const auto offset = static_cast<std::size_t>(reinterpret_cast<const char*>(&(handler->*member)) - start);
-    return offset + sizeof(Procedure) <= handler->size ? handler->*member : nullptr;
-}
 
 /// All command handlers by name. The records belong to those who registered them.
 class CCommandHandlers {

@@ -3,6 +3,7 @@
 
 #include "openhost/conversion/Converters.h"
 #include "openhost/conversion/Slots.h"
+#include "openhost/core/Records.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "openhost/pdf/Conversions.h"
@@ -48,8 +49,10 @@ AVConversionStatus ConvertToText(ASCab, AVConversionFlags flags, PDDoc document,
     output.path = PathAt(target).Native();
     output.source = RealFileOf(DocumentAt(document));
     output.mustNotExist = !MayReplace(flags);
-    if (monitor && monitor->size >= offsetof(AVStatusMonitorProcsRec, reportProc) && monitor->cancelProc)
-        output.cancelled = [=] { return CallPlugIn(monitor->cancelProc, monitor->cancelProcClientData) != 0; };
+    if (const auto cancel = monitor ? MemberOf(monitor, &AVStatusMonitorProcsRec::cancelProc) : nullptr)
+        output.cancelled = [cancel, data = MemberOf(monitor, &AVStatusMonitorProcsRec::cancelProcClientData)] {
+            return CallPlugIn(cancel, data) != 0;
+        };
     try {
         PdfToText(DocumentAt(document).pdf, output);
     } catch (const CPdfError& error) {

@@ -2,6 +2,7 @@
 
 #include "openhost/conversion/Converters.h"
 #include "openhost/conversion/Slots.h"
+#include "openhost/core/Records.h"
 #include "openhost/files/FilePaths.h"
 #include "platform/StandardPath.h"
 
@@ -63,7 +64,8 @@ AVConversionStatus ToPdf(AVConversionFlags flags, ASPathName source, ASFileSys f
 ASBool SetSettings(AVConversionToPDFHandler converter, ASCab settings)
 {
     Require(converter != nullptr, "no converter");
-    return converter->setSettings && CallPlugIn(converter->setSettings, settings, converter->clientData);
+    const auto set = MemberOf(converter, &AVConversionToPDFHandlerRec::setSettings);
+    return set && CallPlugIn(set, settings, MemberOf(converter, &AVConversionToPDFHandlerRec::clientData));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "openhost/app/Alerts.h"
 #include "openhost/app/AppState.h"
 #include "openhost/core/Frames.h"
+#include "openhost/core/Records.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "openhost/values/Cabinet.h"
@@ -49,7 +50,7 @@ public:
     {
         if (ordered || !converter.defaultSettings) return;
         m_own = COwnedCab(CallPlugIn(converter.defaultSettings, static_cast<const char*>(converter.uniqueID),
-                                     converter.clientData));
+                                     MemberOf(&converter, &Record::clientData)));
         m_settings = m_own.Get();
     }
     ASCab Get() const { return m_settings; }
@@ -80,7 +81,7 @@ void CConverters::Register(AVConversionToPDFHandler converter)
 
 void CConverters::Register(AVConversionFromPDFHandler converter)
 {
-    Require(converter && converter->size >= offsetof(AVConversionFromPDFHandlerRec, streamMimeTypes),
+    Require(converter && converter->size >= offsetof(AVConversionFromPDFHandlerRec, clientData),
             "unusable converter");
     if (!Contains(m_fromPdf, converter)) m_fromPdf.push_back({converter, Part<ActiveExtension>().current});
 }
@@ -141,7 +142,7 @@ AVConversionStatus CConverters::Convert(AVConversionToPDFHandler converter, cons
     try {
         const CSettings settings(*converter, order.settings);
         status = CallPlugIn(converter->convert, settings.Get(), order.flags, source, DefaultFileSys(), &document,
-                            order.monitor, converter->clientData);
+                            order.monitor, MemberOf(converter, &AVConversionToPDFHandlerRec::clientData));
     } catch (const CHostRaise& raise) {
         m_lastFailureCode = raise.Code();
         return Failed(raise.Message().find(path) == std::string::npos ? path + ": " + raise.Message()
@@ -166,7 +167,7 @@ AVConversionStatus CConverters::Convert(AVConversionFromPDFHandler converter, co
     try {
         const CSettings settings(*converter, order.settings);
         return CallPlugIn(converter->convert, settings.Get(), order.flags, document, target, DefaultFileSys(),
-                          order.monitor, converter->clientData);
+                          order.monitor, MemberOf(converter, &AVConversionFromPDFHandlerRec::clientData));
     } catch (const CHostRaise& raise) {
         m_lastFailureCode = raise.Code();
         return Failed(raise.Message());

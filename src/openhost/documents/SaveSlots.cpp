@@ -1,3 +1,4 @@
+#include "openhost/core/Records.h"
 #include "openhost/documents/DocumentSlots.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
@@ -13,22 +14,20 @@ class CMonitor {
 public:
     CMonitor(ASProgressMonitor monitor, void* data) : m_monitor(monitor), m_data(data)
     {
-        if (!m_monitor) return;
-        if (m_monitor->beginOperation) CallPlugIn(m_monitor->beginOperation, m_data);
-        if (m_monitor->setDuration)
-            CallPlugIn(m_monitor->setDuration, static_cast<ASDuration>(kProgressSteps), m_data);
+        Tell(&ASProgressMonitorRec::beginOperation);
+        Tell(&ASProgressMonitorRec::setDuration, static_cast<ASDuration>(kProgressSteps));
     }
-    void At(int percent)
-    {
-        if (m_monitor && m_monitor->setCurrValue)
-            CallPlugIn(m_monitor->setCurrValue, static_cast<ASDuration>(percent), m_data);
-    }
-    void End()
-    {
-        if (m_monitor && m_monitor->endOperation) CallPlugIn(m_monitor->endOperation, m_data);
-    }
+    void At(int percent) { Tell(&ASProgressMonitorRec::setCurrValue, static_cast<ASDuration>(percent)); }
+    void End() { Tell(&ASProgressMonitorRec::endOperation); }
 
 private:
+    template <class Procedure, class... Values>
+    void Tell(Procedure ASProgressMonitorRec::*member, Values... values)
+    {
+        const Procedure procedure = m_monitor ? MemberOf(m_monitor, member) : nullptr;
+        if (procedure) CallPlugIn(procedure, values..., m_data);
+    }
+
     ASProgressMonitor m_monitor;
     void* m_data;
 };

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "openhost/core/Records.h"
 #include "openhost/core/Tables.h"
 #include "openhost/files/StreamKinds.h"
 
@@ -43,8 +44,8 @@ ASStm OpenProcedureReadingWithRecord(ASProcStmRdExHandler handler, void* clientD
 {
     Require(handler && handler->size >= offsetof(ASProcStmRdExHandlerRec, destroyProc) && handler->readProc,
             "no procedure to call");
-    const bool hasDestroy = handler->size >= offsetof(ASProcStmRdExHandlerRec, seekProc);
-    return Add(ProcedureReadStream({handler->readProc, hasDestroy ? handler->destroyProc : nullptr, clientData}));
+    const auto destroy = MemberOf(handler, &ASProcStmRdExHandlerRec::destroyProc);
+    return Add(ProcedureReadStream({handler->readProc, destroy, clientData}));
 }
 
 ASStm OpenProcedureWriting(ASStmProc write, ASProcStmDestroyProc destroy, void* clientData)

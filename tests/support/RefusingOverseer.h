@@ -3,7 +3,7 @@
 #include "base/Overseer.h"
 
 /// Lets nothing be done for good.
-class CRefusingOverseer final : public COverseer {
+class CRefusingOverseer : public COverseer {
 public:
     CRefusingOverseer() : m_former(InstallOverseer(this)) {}
     ~CRefusingOverseer() override { InstallOverseer(m_former); }

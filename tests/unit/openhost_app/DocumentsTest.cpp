@@ -1,5 +1,7 @@
 #include "openhost/documents/Documents.h"
 
+#include <functional>
+
 #include "openhost/files/FilePaths.h"
 #include "openhost/files/Files.h"
 #include "support/RefusingOverseer.h"
@@ -13,9 +15,11 @@ namespace {
 
 int g_asked = 0;
 
-ASBool HOSTCALL AskTheHost(PDDoc document, void*)
+ASBool HOSTCALL AskTheHost(PDDoc document, void* file)
 {
     ++g_asked;
+    const auto again = [&] { Part<CDocuments>().Open(*static_cast<std::string*>(file), true, {}); };
+    EXPECT_EQ(RaisedBy(again), pdErrAlreadyOpen) << "it is just being opened";
     return HOST(AcroView, AVAuthOpen, document);
 }
 
@@ -32,11 +36,11 @@ std::string EndOf(ASFile file)
 
 class Documents : public CHostFixture {
 protected:
-    PDDoc Open(const std::string& file, PDAuthProcEx authorise = nullptr)
+    PDDoc Open(std::string file, PDAuthProcEx authorise = nullptr)
     {
         const ASPathName name = NewPath(file);
         const auto open = [&] {
-            return HOST(PDModel, PDDocOpenEx, name, ASFileSys{}, authorise, static_cast<void*>(nullptr), ASBool{1});
+            return HOST(PDModel, PDDocOpenEx, name, ASFileSys{}, authorise, static_cast<void*>(&file), ASBool{1});
         };
         PDDoc document = nullptr;
         m_raised = RaisedBy([&] { document = open(); });
@@ -55,44 +59,41 @@ protected:
 
 }  // namespace
 
-TEST_F(Documents, EachOpeningIsClosedOnceAndAClosedOneIsKnownNoMore)
+TEST_F(Documents, EachOpeningIsClosedOnceUnlessInUseAndAClosedOneIsKnownNoMore)
 {
     const PDDoc document = Open(path);
     EXPECT_EQ(Open(folder / "./a.pdf"), document) << "another spelling of the same file";
     EXPECT_EQ(Close(document), 0);
     EXPECT_EQ(HOST(PDModel, PDDocGetNumPages, document), 2) << "the first opening still holds";
-    EXPECT_EQ(Close(document), 0);
-    EXPECT_EQ(Close(document), genErrBadParm);
-    EXPECT_EQ(RaisedBy([&] { HOST(PDModel, PDDocGetNumPages, document); }), genErrBadParm);
-    EXPECT_EQ(RaisedBy([&] { HOST(PDModel, PDDocRelease, document); }), genErrBadParm);
-    EXPECT_EQ(RaisedBy([&] { HOST(PDModel, PDDocSetNewCryptHandler, document, kNullAtom); }), genErrBadParm);
-    EXPECT_EQ(Close(nullptr), genErrBadParm);
-}
-
-TEST_F(Documents, AnAcquiredDocumentStaysOpenAndValid)
-{
-    const PDDoc document = Open(path);
+    const PDDoc other = Open(folder.Write("b.pdf", SamplePdf(1)));
+    const auto overOther = [&] { Part<CDocuments>().Save(document, {.path = folder / "b.pdf"}); };
+    EXPECT_EQ(RaisedBy(overOther), pdErrAlreadyOpen) << "it is open as another document";
+    EXPECT_EQ(Close(other), 0);
+    char buffer[] = "####";
+    HOST(PDModel, PDDocSetInfo, document, "Title", "ab", 2);
+    EXPECT_EQ(HOST(PDModel, PDDocGetInfo, document, "Title", buffer, 2), 2);
+    EXPECT_STREQ(buffer, "ab##") << "no room for a zero";
+    EXPECT_EQ(HOST(PDModel, PDDocGetInfo, document, "Title", buffer, 3), 2);
+    EXPECT_STREQ(buffer, "ab");
     HOST(PDModel, PDDocAcquire, document);
     EXPECT_EQ(Close(document), pdErrUnableToCloseDueToRefs);
     EXPECT_EQ(HOST(PDModel, PDDocGetNumPages, document), 2);
     HOST(PDModel, PDDocRelease, document);
-    EXPECT_EQ(RaisedBy([&] { HOST(PDModel, PDDocRelease, document); }), genErrBadParm);
+    EXPECT_REFUSED(HOST(PDModel, PDDocRelease, document)) << "it was acquired once";
     EXPECT_EQ(Close(document), 0);
+    EXPECT_EQ(Close(document), genErrBadParm);
+    EXPECT_REFUSED(HOST(PDModel, PDDocGetNumPages, document));
+    EXPECT_REFUSED(HOST(PDModel, PDDocRelease, document));
+    EXPECT_REFUSED(HOST(PDModel, PDDocSetNewCryptHandler, document, kNullAtom));
+    EXPECT_EQ(Close(nullptr), genErrBadParm);
 }
 
 TEST_F(Documents, AWrongPasswordLeavesNothingOpen)
 {
     const PDDoc document = Open(path);
-    StandardSecurity security;
-    security.method = 7;
-    security.hasUser = security.hasOwner = true;
-    security.userPasswordUtf8 = "open";
-    security.ownerPasswordUtf8 = "owner";
     CDocuments& documents = Part<CDocuments>();
-    documents.At(document).pdf.SetSecurity(security);
-    DocumentSaveRequest request;
-    request.path = folder / "locked.pdf";
-    documents.Save(document, request);
+    documents.At(document).pdf.SetSecurity(Protection("open", "owner"));
+    documents.Save(document, {.path = folder / "locked.pdf"});
     EXPECT_EQ(Close(document), 0);
 
     const struct {
@@ -114,6 +115,65 @@ TEST_F(Documents, AWrongPasswordLeavesNothingOpen)
         EXPECT_EQ(Close(locked), 0);
     }
     EXPECT_EQ(documents.Live(), 0u);
+}
+
+TEST_F(Documents, FlagsAfterEachKindOfSave)
+{
+    constexpr ASInt32 kChanged = PDDocNeedsSave | PDDocIsModified, kLinear = PDDocIsLinearized;
+    constexpr ASInt32 kProtected = PDDocNeedsSave | PDDocRequiresFullSave, kAsked = kChanged | PDDocRequiresFullSave;
+    const auto title = [](PDDoc document) { HOST(PDModel, PDDocSetInfo, document, "Title", "x", 1); };
+    const auto protect = [](PDDoc document) { DocumentAt(document).pdf.SetSecurity(Protection("", "change")); };
+    const auto set = [](PDDoc document) { HOST(PDModel, PDDocSetFlags, document, kProtected); };
+    const auto quiet = [&](PDDoc document) {
+        title(document);
+        HOST(PDModel, PDDocClearFlags, document, ASInt32{PDDocNeedsSave});
+    };
+    const struct {
+        const char* what;
+        std::function<void(PDDoc)> change;
+        ASInt32 changed;
+        PDSaveFlags save;
+        const char* target;
+        ASInt32 after;
+        int told = 2;
+    } rows[] = {{"increment", title, kChanged, PDSaveIncremental, nullptr, 0},
+                {"its own file", title, kChanged, PDSaveFull, "a.pdf", 0},
+                {"another file", title, kChanged, PDSaveFull | PDSaveLinearized, "b.pdf", kLinear},
+                {"copy", title, kChanged, PDSaveFull | PDSaveCopy | PDSaveLinearized, "b.pdf", kChanged},
+                {"copy over its own file", title, kChanged, PDSaveFull | PDSaveCopy, "a.pdf", kChanged},
+                {"protection", protect, kAsked, PDSaveFull, "b.pdf", 0},
+                {"protection, copy", protect, kAsked, PDSaveFull | PDSaveCopy, "b.pdf", kAsked},
+                {"flags set", set, kAsked, PDSaveIncremental, nullptr, 0},
+                {"flags set, copy", set, kAsked, PDSaveFull | PDSaveCopy, "b.pdf", kAsked},
+                {"quiet", quiet, PDDocIsModified, PDSaveFull, "b.pdf", 0},
+                {"quiet, copy", quiet, PDDocIsModified, PDSaveFull | PDSaveCopy, "b.pdf", PDDocIsModified},
+                {"a save that fails", title, kChanged, PDSaveFull, "no/b.pdf", kChanged, 1},
+                {"increment elsewhere", title, kChanged, PDSaveIncremental, "b.pdf", kChanged, 0}};
+    int told = 0;
+    const auto tell = [](void* count) { ++*static_cast<int*>(count); };
+    ASProgressMonitorRec monitor = {};
+    monitor.size = offsetof(ASProgressMonitorRec, setDuration);
+    monitor.beginOperation = monitor.endOperation = tell;
+    monitor.setDuration = reinterpret_cast<PMSetDurationProc>(&told);  // behind the end of the record
+    for (const auto& row : rows) {
+        folder.Write("a.pdf", SamplePdf(2));
+        const PDDoc document = Open(path);
+        const auto flags = [&] { return HOST(PDModel, PDDocGetFlags, document) & ~PDDocIsOpen; };
+        EXPECT_EQ(flags(), 0) << row.what;
+        row.change(document);
+        EXPECT_EQ(flags(), row.changed) << row.what;
+        const ASPathName target = row.target ? NewPath(folder / row.target) : nullptr;
+        told = 0;
+        RaisedBy([&] {
+            HOST(PDModel, PDDocSave, document, row.save, target, ASFileSys{}, &monitor, static_cast<void*>(&told));
+        });
+        EXPECT_EQ(flags(), row.after) << row.what;
+        EXPECT_EQ(told, row.told) << row.what << ": begins and ends";
+        title(document);
+        EXPECT_EQ(flags() & kChanged, kChanged) << row.what << ", changed again";
+        if (target) ReleasePath(target);
+        EXPECT_EQ(Close(document), 0);
+    }
 }
 
 TEST_F(Documents, FilesInPluginsHandsOutlastTheReplacing)

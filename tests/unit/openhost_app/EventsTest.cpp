@@ -56,26 +56,25 @@ protected:
 
 TEST_F(Events, TheFirstIdleCallComesAtOnceAndThePeriodIsTheLeastDistance)
 {
-    Caller caller;
+    Caller caller, once;
     Register(caller, 60);
+    HOST(AcroView, AVAppRegisterIdleProcExWithName, &Idle, static_cast<void*>(&once), ASBool{0}, ASUns32{60},
+         ASBool{0}, ASUns32{6}, ASUns32{6}, "p", "n");
     EXPECT_FALSE(Procedures().AllCalled());
-    CallAt(1000);
-    EXPECT_EQ(caller.calls, 1);
+    const struct {
+        std::uint64_t at;
+        int calls, ofOnce;
+    } rows[] = {{1000, 1, 0}, {1999, 1, 0}, {2000, 2, 1}};
+    for (const auto& row : rows) {
+        CallAt(row.at);
+        EXPECT_EQ(caller.calls, row.calls) << row.at;
+        EXPECT_EQ(once.calls, row.ofOnce) << row.at << ": waits its delay";
+    }
     EXPECT_TRUE(Procedures().AllCalled());
-    CallAt(1999);
-    EXPECT_EQ(caller.calls, 1);
-    EXPECT_EQ(Procedures().NextDue(), 2000u);
-    CallAt(2000);
-    EXPECT_EQ(caller.calls, 2);
-}
-
-TEST_F(Events, ALongIdleCallIsFollowedByAWholePeriod)
-{
-    Caller caller;
+    EXPECT_EQ(Procedures().Count(), 1u) << "the other one goes";
     caller.work = [&] { now += 5000; };
-    Register(caller, 60);
-    CallAt(1000);
-    EXPECT_EQ(Procedures().NextDue(), 7000u);
+    CallAt(3000);
+    EXPECT_EQ(Procedures().NextDue(), 9000u) << "a long call is followed by a whole period";
 }
 
 TEST_F(Events, AnIdleCallMayUnregisterItselfAndRegisterOthersAndIsNotEnteredAgain)
@@ -92,53 +91,34 @@ TEST_F(Events, AnIdleCallMayUnregisterItselfAndRegisterOthersAndIsNotEnteredAgai
     EXPECT_EQ(first.calls, 1);
     EXPECT_EQ(second.calls, 1);
     EXPECT_EQ(Procedures().Count(), 1u);
+    const auto extension = reinterpret_cast<ASExtension>(this);
+    {
+        const CActiveExtensionScope active(extension);
+        Register(first, 0);
+    }
+    Procedures().DropOwner(extension);
+    EXPECT_EQ(Procedures().Count(), 1u) << "with its plug-in";
 }
 
-TEST_F(Events, AfterQuitNoFurtherIdleProcedureIsCalled)
-{
-    Caller first, second;
-    first.work = [] { Part<AppWishes>().quit = true; };
-    Register(first, 0);
-    Register(second, 0);
-    CallAt(1000);
-    EXPECT_EQ(first.calls, 1);
-    EXPECT_EQ(second.calls, 0);
-}
-
-TEST_F(Events, AnExceptionThatComesOutOfAPlugInCountsAsARaise)
-{
-    const auto throws = [](void*) { throw std::runtime_error("let out"); };
-    HOST(AcroView, AVAppRegisterIdleProc, static_cast<AVIdleProc>(throws), static_cast<void*>(nullptr), ASUns32{0});
-    CallAt(1000);
-    EXPECT_NE(SaidAll().find("let out"), std::string::npos);
-    EXPECT_EQ(Part<CFrames>().Depth(), 0u);
-}
-
-TEST_F(Events, ARaiseOfAnIdleProcedureIsSaidAndHarmsNobody)
+TEST_F(Events, WhatAnIdleProcedureRaisesOrThrowsIsSaidAndHarmsNobody)
 {
     Caller raises, other;
     raises.work = [] { Raise(genErrGeneral, "deliberate"); };
+    const auto throws = [](void*) { throw std::runtime_error("let out"); };
+    HOST(AcroView, AVAppRegisterIdleProc, static_cast<AVIdleProc>(throws), static_cast<void*>(nullptr), ASUns32{0});
     Register(raises, 0);
     Register(other, 0);
     CallAt(1000);
     CallAt(1001);
     EXPECT_EQ(raises.calls, 2);
     EXPECT_EQ(other.calls, 2);
-    EXPECT_NE(SaidAll().find("deliberate"), std::string::npos);
+    other.work = [] { Part<AppWishes>().quit = true; };
+    Register(raises, 0);
+    CallAt(1002);
+    EXPECT_EQ(other.calls, 3);
+    EXPECT_EQ(raises.calls, 3) << "none is called after the wish to quit";
+    for (const char* text : {"deliberate", "let out"}) EXPECT_NE(SaidAll().find(text), std::string::npos) << text;
     EXPECT_EQ(Part<CFrames>().Depth(), 0u);
-}
-
-TEST_F(Events, AOneTimeIdleProcedureWaitsItsDelayAndGoes)
-{
-    Caller caller;
-    HOST(AcroView, AVAppRegisterIdleProcExWithName, &Idle, static_cast<void*>(&caller), ASBool{0}, ASUns32{60},
-         ASBool{0}, ASUns32{6}, ASUns32{6}, "p", "n");
-    CallAt(1999);
-    EXPECT_EQ(caller.calls, 0);
-    CallAt(2000);
-    CallAt(9000);
-    EXPECT_EQ(caller.calls, 1);
-    EXPECT_EQ(Procedures().Count(), 0u);
 }
 
 TEST_F(Events, EveryRegistrationOfANotificationIsCalledAndOneTakenBackAtATime)

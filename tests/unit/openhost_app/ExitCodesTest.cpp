@@ -90,16 +90,8 @@ TEST(ExitCodes, TellHowTheRunWent)
         {"an outcome of a later table", true, true, {77}, kJobRunFinished, true, 3, "1 file: 1 failed"},
         {"broken off", true, true, {kSaved}, kJobRunBroken, true, 1, "the run broke off: told"},
         {"not started", true, true, {}, kJobRunNotStarted, true, 1, "the run did not start: told"},
-        {"fine but no quit",
-         true,
-         true,
-         {kSaved},
-         kJobRunFinished,
-         false,
-         1,
-         "the run is over, but the host was not"},
-        {"its end was never told", true, true, {kSaved}, kNever, true, 1, ""},
-    };
+        {"fine but no quit", true, true, {kSaved}, kJobRunFinished, false, 1, "over, but the host was not"},
+        {"its end was never told", true, true, {kSaved}, kNever, true, 1, ""}};
     for (const auto& row : rows) {
         g_initialise = [&] { row.idle ? RegisterIdle() : void(); };
         g_idle = [&] {
@@ -112,62 +104,29 @@ TEST(ExitCodes, TellHowTheRunWent)
     }
 }
 
-TEST(ExitCodes, WithoutAQuitItemTheRunEndsAnywayButNotWell)
+TEST(ExitCodes, TheLoopGoesOnUntilTheRunEndsOrTheHostIsAskedToQuit)
 {
+    int calls = 0;
     g_initialise = &RegisterIdle;
-    g_idle = [] {
-        TellRun({kJobFileSaved}, kJobRunFinished);
+    g_idle = [&] {
+        if (++calls == 1) Jobs<JobsRunStartsSlotProc>(kSlotJobsRunStarts)(-1);
+        if (calls < 3) return;
+        Jobs<JobsRunEndsSlotProc>(kSlotJobsRunEnds)(kJobRunFinished, nullptr);
         Quit();
     };
+    const Outcome several = RunWith();
+    EXPECT_EQ(several.code, 0);
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(several.clock, 2000u) << "two periods of a second";
     OpenHostOptions options;
     options.quitItem = false;
-    EXPECT_EQ(RunWith(std::move(options)).code, 1);
-}
+    EXPECT_EQ(RunWith(options).code, 1) << "without a Quit item it ends anyway, but not well";
 
-TEST(ExitCodes, ARunThatTakesSeveralIdleCallsIsWaitedFor)
-{
-    int calls = 0;
-    g_initialise = &RegisterIdle;
-    g_idle = [&] {
-        ++calls;
-        if (calls == 1) Jobs<JobsRunStartsSlotProc>(kSlotJobsRunStarts)(-1);
-        if (calls == 3) {
-            Jobs<JobsRunEndsSlotProc>(kSlotJobsRunEnds)(kJobRunFinished, nullptr);
-            Quit();
-        }
-    };
-    const Outcome outcome = RunWith();
-    EXPECT_EQ(outcome.code, 0);
-    EXPECT_EQ(calls, 3);
-    EXPECT_EQ(outcome.clock, 2000u) << "two periods of a second";
-}
-
-TEST(ExitCodes, StayingGoesOnUntilQuit)
-{
-    int calls = 0;
-    g_initialise = &RegisterIdle;
-    g_idle = [&] {
-        if (++calls == 5) Quit();
-    };
-    OpenHostOptions options;
-    options.stay = true;
-    EXPECT_EQ(RunWith(std::move(options)).code, 0);
+    calls = 0;
+    g_idle = [&] { ++calls == 5 ? Quit() : void(); };
+    options.quitItem = options.stay = true;
+    EXPECT_EQ(RunWith(options).code, 0);
     EXPECT_EQ(calls, 5);
-}
-
-TEST(ExitCodes, TheTablesMayBeExchangedBeforeAPlugInSeesThem)
-{
-    g_initialise = [] {
-        AVTVersionNumPart major = 0;
-        Slot<AVAppGetVersionSlotProc>("AcroView", 0, kSlotAVAppGetVersion)(&major, nullptr);
-        EXPECT_EQ(major, 77);
-    };
-    OpenHostOptions options;
-    options.afterOffering = [](CTables& tables) {
-        tables.PutTyped<AVAppGetVersionSlotProc>(Table::AcroView, kSlotAVAppGetVersion,
-                                                 [](AVTVersionNumPart* major, AVTVersionNumPart*) { *major = 77; });
-    };
-    RunWith(std::move(options));
 }
 
 TEST(CommandLine, WrongArgumentsAreUsageAndMissingFilesBreakTheRun)

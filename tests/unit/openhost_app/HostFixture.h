@@ -64,4 +64,6 @@ ASErrorCode RaisedBy(Call call)
     return 0;
 }
 
+#define EXPECT_REFUSED(...) EXPECT_EQ(RaisedBy([&] { __VA_ARGS__; }), genErrBadParm)
+
 #endif

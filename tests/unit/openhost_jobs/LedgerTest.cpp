@@ -43,50 +43,55 @@ protected:
     {
         if (ledger.Ask(Act::Put, file, target) == Answer::Go) fs::rename(file, target);
     }
-    FileRecord Done(int outcome = kJobFileSaved) { return ledger.FileDone(m_any, outcome, "told"); }
+    void Delete(const std::string& file)
+    {
+        if (ledger.Ask(Act::Delete, file, "") == Answer::Go) fs::remove(file);
+    }
+    FileRecord Done(int outcome = kJobFileSaved) { return ledger.FileDone("/another/name", outcome, "told"); }
+
+    std::string Name(const std::string& path) const
+    {
+        return path.starts_with(folder.Path()) ? path.substr(folder.Path().size() + 1) : path;
+    }
+    static std::string Word(const std::string& hash) { return hash == kOne ? "one" : hash == kTwo ? "two" : hash; }
+    /// Input with its content and size > outputs with their contents ! final action and what became of it.
+    std::string Shown(const FileRecord& record) const
+    {
+        std::string text = Name(record.path) + ' ' + Word(record.sha256) + ' ' + std::to_string(record.size);
+        for (const auto& output : record.outputs) text += " > " + Name(output.path) + ' ' + Word(output.sha256);
+        if (const auto& action = record.finalAction)
+            text += " ! " + action->act + ' ' + Name(action->target) + (action->done ? " done" : " failed");
+        return text + (record.signaturesBroken ? ", signatures broken" : "");
+    }
 
     const CTemporaryFolder folder;
     CFakeSource source;
     std::uint64_t now = 100;
     CLedger ledger{source, [this] { return now; }};
-
-private:
-    std::string m_any = "/another/name";
 };
 
 }  // namespace
 
 TEST_F(Ledger, RecordsInputOutputsAndFinalAction)
 {
-    const std::string input = folder.Write("in.pdf", "one"), moved = folder / "moved.pdf", out = folder / "out.pdf";
+    const std::string input = folder.Write("in.pdf", "one"), moved = folder / "moved.pdf";
     Begin(input);
     now += 25;
-    Put(folder.Write(".t", "two"), out);
+    Put(folder.Write(".t", "two"), folder / "out.pdf");
     ledger.FinalActionBegins();
     EXPECT_EQ(ledger.Ask(Act::Move, input, moved), Answer::Go);
     fs::rename(input, moved);
     const FileRecord record = Done();
-
     ASSERT_EQ(source.asked.size(), 2u);
     EXPECT_EQ(source.asked[0].number, 7);
     EXPECT_FALSE(source.asked[0].finalAction);
     EXPECT_EQ(source.asked[0].sha256, kTwo);
     EXPECT_TRUE(source.asked[1].finalAction);
     EXPECT_EQ(source.asked[1].sha256, kOne);
+    EXPECT_EQ(Shown(record), "in.pdf one 3 > out.pdf two ! move moved.pdf done");
     EXPECT_EQ(record.number, 7);
-    EXPECT_EQ(record.path, input);
-    EXPECT_EQ(record.size, 3u);
-    EXPECT_EQ(record.sha256, kOne);
     EXPECT_EQ(record.message, "told");
     EXPECT_EQ(record.milliseconds, 25u);
-    ASSERT_EQ(record.outputs.size(), 1u);
-    EXPECT_EQ(record.outputs[0].path, out);
-    EXPECT_EQ(record.outputs[0].sha256, kTwo);
-    ASSERT_TRUE(record.finalAction);
-    EXPECT_EQ(record.finalAction->act, "move");
-    EXPECT_EQ(record.finalAction->target, moved);
-    EXPECT_TRUE(record.finalAction->done);
-    EXPECT_FALSE(record.signaturesBroken);
 }
 
 TEST_F(Ledger, TellsWhetherAnActHappenedByTheDisk)
@@ -110,8 +115,7 @@ TEST_F(Ledger, TellsWhetherAnActHappenedByTheDisk)
         {"not put", Act::Put, [] {}, kJobFileIncomplete, false},
         {"something else is there", Act::Put, [&] { folder.Write("to", "two"); }, kJobFileIncomplete, false},
         {"started", Act::Start, [] {}, kJobFileSaved, true},
-        {"not started", Act::Start, [] {}, kJobFileIncomplete, false},
-    };
+        {"not started", Act::Start, [] {}, kJobFileIncomplete, false}};
     for (const auto& row : rows) {
         fs::remove(to);
         Begin(folder.Write("in", "one"));
@@ -126,18 +130,13 @@ TEST_F(Ledger, TellsWhetherAnActHappenedByTheDisk)
 
 TEST_F(Ledger, ListsOutputsThatCameToBeOnce)
 {
-    const std::string a = folder / "a", b = folder / "b";
     Begin(folder.Write("in", "one"));
-    Put(folder.Write(".1", "first"), a);
-    Put(folder.Write(".2", "two"), a);
-    ledger.Ask(Act::Put, folder.Write(".3", "lost"), b);  // and then renaming fails
+    Put(folder.Write(".1", "first"), folder / "a");
+    Put(folder.Write(".2", "two"), folder / "a");
+    ledger.Ask(Act::Put, folder.Write(".3", "lost"), folder / "b");  // and then renaming fails
     source.answer = Answer::Refuse;
     ledger.Ask(Act::Put, folder.Write(".4", "no"), folder / "c");
-    const auto record = Done();
-    ASSERT_EQ(record.outputs.size(), 1u);
-    EXPECT_EQ(record.outputs[0].path, a);
-    EXPECT_EQ(record.outputs[0].sha256, kTwo);
-    EXPECT_FALSE(record.finalAction);
+    EXPECT_EQ(Shown(Done()), "in one 3 > a two");
 }
 
 TEST_F(Ledger, KeepsTheHashOfTheInputThatIsReplacedByItsOutput)
@@ -146,60 +145,42 @@ TEST_F(Ledger, KeepsTheHashOfTheInputThatIsReplacedByItsOutput)
     Begin(input);
     Put(folder.Write(".t", "two"), input);
     ledger.FinalActionBegins();
-    ledger.Ask(Act::Delete, input, "");
-    fs::remove(input);
-    const auto record = Done();
-    EXPECT_EQ(record.sha256, kOne);
+    Delete(input);
     EXPECT_EQ(source.asked.back().sha256, kTwo) << "what is deleted is the output by now";
-    ASSERT_EQ(record.outputs.size(), 1u);
-    EXPECT_EQ(record.outputs[0].path, input);
+    EXPECT_EQ(Shown(Done()), "in one 3 > in two ! delete  done");
 }
 
 TEST_F(Ledger, KnowsInputsThatNobodyAnnounced)
 {
     const std::string in = folder.Write("in", "one"), other = folder.Write("other", "two");
-    Put(folder.Write(".t", "new content"), in);  // in place
-    auto record = ledger.FileDone(in, kJobFileSaved, "");
-    EXPECT_EQ(record.number, 1);
-    EXPECT_EQ(record.path, in);
-    EXPECT_EQ(record.sha256, kOne);
-    EXPECT_EQ(record.size, 3u);
-
-    ledger.Ask(Act::Delete, other, "");
-    fs::remove(other);
-    record = ledger.FileDone(other, kJobFileSaved, "");
-    EXPECT_EQ(record.number, 2);
-    EXPECT_EQ(record.sha256, kTwo);
-
-    record = ledger.FileDone(folder / "missing", kJobFileFailed, "");
-    EXPECT_EQ(record.sha256, "");
-    EXPECT_EQ(record.size, 0u);
+    Put(folder.Write(".t", "two"), in);  // in place
+    const auto done = [&](const std::string& path) {
+        const FileRecord record = ledger.FileDone(path, kJobFileSaved, "");
+        return std::to_string(record.number) + ": " + Shown(record);
+    };
+    EXPECT_EQ(done(in), "1: in one 3 > in two");
+    Delete(other);
+    EXPECT_EQ(done(other).substr(0, 14), "2: other two 3");
+    EXPECT_EQ(done(folder / "missing"), "3: missing  0");
 }
 
 TEST_F(Ledger, AFinalActionThatNeverCameToAnActFailedOnlyWhenTheFileSaysSo)
 {
-    Begin(folder.Write("in", "one"));
-    ledger.FinalActionBegins();
-    EXPECT_FALSE(Done(kJobFileSaved).finalAction) << "there was none to do";
-    Begin(folder / "in");
-    ledger.FinalActionBegins();
-    const auto record = Done(kJobFileIncomplete);
-    ASSERT_TRUE(record.finalAction);
-    EXPECT_FALSE(record.finalAction->done);
+    for (const int outcome : {kJobFileSaved, kJobFileIncomplete}) {
+        Begin(folder.Write("in", "one"));
+        ledger.FinalActionBegins();
+        EXPECT_EQ(Shown(Done(outcome)), outcome == kJobFileSaved ? "in one 3" : "in one 3 !   failed");
+    }
 }
 
 TEST_F(Ledger, AMoveInTwoHalvesIsOneMove)
 {
-    const std::string in = folder.Write("in", "one"), to = folder / "to";
+    const std::string in = folder.Write("in", "one");
     Begin(in);
     ledger.FinalActionBegins();
-    Put(folder.Write(".t", "one"), to);
+    Put(folder.Write(".t", "one"), folder / "to");
     ledger.Ask(Act::Delete, in, "");
-    auto record = Done(kJobFileIncomplete);  // the second half failed
-    ASSERT_TRUE(record.finalAction);
-    EXPECT_EQ(record.finalAction->act, "move");
-    EXPECT_EQ(record.finalAction->target, to);
-    EXPECT_FALSE(record.finalAction->done);
+    EXPECT_EQ(Shown(Done(kJobFileIncomplete)), "in one 3 ! move to failed") << "the second half failed";
 }
 
 TEST_F(Ledger, TrialsAreRecordedAsIfTheyHadHappened)
@@ -211,12 +192,8 @@ TEST_F(Ledger, TrialsAreRecordedAsIfTheyHadHappened)
     EXPECT_EQ(ledger.Exists("x"), true);
     ledger.Ask(Act::Put, "", "/out/a");
     ledger.FinalActionBegins();
-    ledger.Ask(Act::Delete, folder / "in", "");
-    const auto record = Done();
-    ASSERT_EQ(record.outputs.size(), 1u);
-    EXPECT_EQ(record.outputs[0].sha256, "");
-    ASSERT_TRUE(record.finalAction);
-    EXPECT_TRUE(record.finalAction->done);
+    Delete(folder / "in");
+    EXPECT_EQ(Shown(Done()), "in one 3 > /out/a  ! delete  done");
     source.pretends = false;
     EXPECT_EQ(ledger.Exists("x"), std::nullopt) << "the disk tells";
 }
@@ -227,13 +204,9 @@ TEST_F(Ledger, ForgetsEachFileWithItsRecord)
     Put(folder.Write(".t", "two"), folder / "out");
     ledger.FinalActionBegins();
     ledger.SignaturesBroken();
-    EXPECT_TRUE(Done().signaturesBroken);
+    EXPECT_EQ(Shown(Done()), "in one 3 > out two, signatures broken");
     Begin(folder.Write("next", "two"));
-    const auto record = Done();
-    EXPECT_TRUE(record.outputs.empty());
-    EXPECT_FALSE(record.finalAction);
-    EXPECT_FALSE(record.signaturesBroken);
-    EXPECT_EQ(record.sha256, kTwo);
+    EXPECT_EQ(Shown(Done()), "next two 3");
 }
 
 TEST(ContentHashes, NoticeEveryChange)
@@ -249,6 +222,11 @@ TEST(ContentHashes, NoticeEveryChange)
     fs::rename(path, other);
     hashes.Renamed(*former, other);
     EXPECT_EQ(hashes.Of(other), kTwo);
+    const auto time = fs::last_write_time(other);
+    folder.Write("b", "grown");
+    fs::last_write_time(other, time);
+    hashes.Renamed(*former, other);
+    EXPECT_NE(hashes.Of(other), kTwo) << "the same file and time, another size";
     EXPECT_EQ(hashes.Of(path), "") << "nothing is there any more";
     EXPECT_EQ(hashes.Of(folder.Path()), "") << "a folder has no content";
 }

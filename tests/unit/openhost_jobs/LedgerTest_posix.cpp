@@ -7,19 +7,12 @@
 
 using namespace openhost;
 
-namespace {
-
-class CRecordingSource final : public CJobSource {
-public:
-    bool WantsRecords() const override { return true; }
-};
-
-}  // namespace
-
 TEST(LedgerOfLinks, TheInputIsTheFileThatTheLinkLedTo)
 {
+    struct CRecordingSource final : CJobSource {
+        bool WantsRecords() const override { return true; }
+    } source;
     const CTemporaryFolder folder;
-    CRecordingSource source;
     CLedger ledger(source, [] { return std::uint64_t{0}; });
     const std::string in = folder.Write("in", "new content"), part = folder.Write(".t", "newer");
     std::filesystem::create_symlink(in, folder / "link");

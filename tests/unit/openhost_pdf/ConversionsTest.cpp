@@ -54,17 +54,15 @@ TEST(JpegHeader, TellsWhatADocumentNeeds)
         double dpi;
         int turn;
         bool adobe;
-    } rows[] = {
-        {"bare", Frame('\xC0', 8, 3), 3, 0, 0, false},
-        {"progressive grey", Frame('\xC2', 8, 1), 1, 0, 0, false},
-        {"dots per inch", Jfif(1, 96, 96) + Frame('\xC0', 8, 3), 3, 96, 0, false},
-        {"dots per centimetre", Jfif(2, 50, 50) + Frame('\xC0', 8, 3), 3, 127, 0, false},
-        {"only a ratio", Jfif(0, 1, 1) + Frame('\xC0', 8, 3), 3, 0, 0, false},
-        {"camera, turned", Exif(6) + Frame('\xC0', 8, 3), 3, 150, 90, false},
-        {"both: the picture's own first", Jfif(1, 96, 96) + Exif(3) + Frame('\xC0', 8, 3), 3, 96, 180, false},
-        {"four inks", Segment('\xEE', "Adobe\0\x64\0\0\0\0\2"s) + Frame('\xC1', 8, 4), 4, 0, 0, true},
-        {"padding", "\xFF\xFF\xFF"s + Frame('\xC0', 8, 3).substr(1), 3, 0, 0, false},
-    };
+    } rows[] = {{"bare", Frame('\xC0', 8, 3), 3, 0, 0, false},
+                {"progressive grey", Frame('\xC2', 8, 1), 1, 0, 0, false},
+                {"dots per inch", Jfif(1, 96, 96) + Frame('\xC0', 8, 3), 3, 96, 0, false},
+                {"dots per centimetre", Jfif(2, 50, 50) + Frame('\xC0', 8, 3), 3, 127, 0, false},
+                {"only a ratio", Jfif(0, 1, 1) + Frame('\xC0', 8, 3), 3, 0, 0, false},
+                {"camera, turned", Exif(6) + Frame('\xC0', 8, 3), 3, 150, 90, false},
+                {"both: the picture's own first", Jfif(1, 96, 96) + Exif(3) + Frame('\xC0', 8, 3), 3, 96, 180, false},
+                {"four inks", Segment('\xEE', "Adobe\0\x64\0\0\0\0\2"s) + Frame('\xC1', 8, 4), 4, 0, 0, true},
+                {"padding", "\xFF\xFF\xFF"s + Frame('\xC0', 8, 3).substr(1), 3, 0, 0, false}};
     for (const auto& row : rows) {
         std::string reason;
         const auto header = ReadJpegHeader(kStart + row.segments + kScan, reason);
@@ -82,16 +80,14 @@ TEST(JpegHeader, TellsWhatADocumentNeeds)
 TEST(JpegHeader, RefusesWhatCannotBeEmbedded)
 {
     const std::string good = kStart + Exif(1) + Jfif(1, 96, 96) + Frame('\xC0', 8, 3) + kScan;
-    const std::string rows[] = {
-        "",
-        "GIF89a",
-        kStart,
-        kStart + kScan,
-        kStart + Frame('\xC0', 12, 3) + kScan,
-        kStart + Frame('\xC3', 8, 3) + kScan,
-        kStart + Frame('\xC9', 8, 3) + kScan,
-        kStart + Frame('\xC0', 8, 2) + kScan,
-    };
+    const std::string rows[] = {"",
+                                "GIF89a",
+                                kStart,
+                                kStart + kScan,
+                                kStart + Frame('\xC0', 12, 3) + kScan,
+                                kStart + Frame('\xC3', 8, 3) + kScan,
+                                kStart + Frame('\xC9', 8, 3) + kScan,
+                                kStart + Frame('\xC0', 8, 2) + kScan};
     std::string reason;
     for (const std::string& row : rows) EXPECT_FALSE(ReadJpegHeader(row, reason)) << testing::PrintToString(row);
     // Cut anywhere before its data begin, it is no picture.
@@ -141,12 +137,7 @@ TEST(PdfToText, WritesEveryStateOfADocument)
     EXPECT_EQ(converted(), expected) << "untouched";
     document.SetInfo("Title", "x");
     EXPECT_EQ(converted(), expected) << "changed";
-    StandardSecurity security;
-    security.method = 7;
-    security.hasUser = security.hasOwner = true;
-    security.userPasswordUtf8 = "h\u00f4tel";
-    security.ownerPasswordUtf8 = "change";
-    document.SetSecurity(security);
+    document.SetSecurity(Protection("h\u00f4tel", "change"));
     EXPECT_EQ(converted(), expected) << "to be protected";
     document.Save({});
     EXPECT_EQ(converted(), expected) << "protected";
@@ -163,9 +154,7 @@ TEST(PdfToText, KeepsRightsAndExistingFiles)
     EXPECT_EQ(problem({.path = taken, .mustNotExist = true}), PdfProblem::Exists);
     EXPECT_EQ(problem({.path = taken, .cancelled = [] { return true; }}), PdfProblem::Cancelled);
     EXPECT_EQ(problem({.path = folder / "no/out.txt"}), PdfProblem::CannotWrite);
-    StandardSecurity security;
-    security.hasOwner = true;
-    security.ownerPasswordUtf8 = "change";
+    StandardSecurity security = Protection("", "change", 0);
     security.permissions = pdfright::kPrint;
     document.SetSecurity(security);
     document.Save({.path = folder / "b.pdf"});

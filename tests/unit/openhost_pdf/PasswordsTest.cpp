@@ -13,28 +13,26 @@ TEST(Passwords, AreStoredAsEachRevisionDemands)
         std::string utf8;
         int revision;
         std::optional<std::string> stored;
-    } rows[] = {
-        {"plain", "secret", 4, "secret"},
-        {"accents up to 4", "h\u00f4tel", 4, "h\xf4tel"},
-        {"accents from 5", "h\u00f4tel", 6, "h\u00f4tel"},
-        {"euro sign up to 4", "5\u20ac", 3, "5\xa0"},
-        {"no Greek up to 4", "\u03b1", 4, std::nullopt},
-        {"no replacement character up to 4", "\ufffd", 4, std::nullopt},
-        {"Greek from 5", "\u03b1", 6, "\u03b1"},
-        {"compatibility form", "S\u00aaSL\u00adprep", 6, "SaSLprep"},
-        {"wide blank", "a\u00a0b", 6, "a b"},
-        {"beyond the BMP", "\U0001F600\U0002070E", 6, "\U0001F600\U0002070E"},
-        {"control character from 5", "a\x07z", 6, std::nullopt},
-        {"nothing left", "\u00ad\u00ad", 6, std::nullopt},
-        {"not UTF-8", "a\xff", 6, std::nullopt},
-        {"not UTF-8 up to 4", "a\xff", 4, std::nullopt},
-        {"hidden end", std::string("a\0b", 3), 6, std::nullopt},
-        {"cut to 32", long300, 4, cut4},
-        {"cut to 127 bytes", long300, 6, std::string(127, 'x')},
-        {"cut within a character", std::string(126, 'x') + "\u00e9", 6, std::string(126, 'x') + "\xc3"},
-        {"blanks count", "    ", 4, "    "},
-        {"empty", "", 6, ""},
-    };
+    } rows[] = {{"plain", "secret", 4, "secret"},
+                {"accents up to 4", "h\u00f4tel", 4, "h\xf4tel"},
+                {"accents from 5", "h\u00f4tel", 6, "h\u00f4tel"},
+                {"euro sign up to 4", "5\u20ac", 3, "5\xa0"},
+                {"no Greek up to 4", "\u03b1", 4, std::nullopt},
+                {"no replacement character up to 4", "\ufffd", 4, std::nullopt},
+                {"Greek from 5", "\u03b1", 6, "\u03b1"},
+                {"compatibility form", "S\u00aaSL\u00adprep", 6, "SaSLprep"},
+                {"wide blank", "a\u00a0b", 6, "a b"},
+                {"beyond the BMP", "\U0001F600\U0002070E", 6, "\U0001F600\U0002070E"},
+                {"control character from 5", "a\x07z", 6, std::nullopt},
+                {"nothing left", "\u00ad\u00ad", 6, std::nullopt},
+                {"not UTF-8", "a\xff", 6, std::nullopt},
+                {"not UTF-8 up to 4", "a\xff", 4, std::nullopt},
+                {"hidden end", std::string("a\0b", 3), 6, std::nullopt},
+                {"cut to 32", long300, 4, cut4},
+                {"cut to 127 bytes", long300, 6, std::string(127, 'x')},
+                {"cut within a character", std::string(126, 'x') + "\u00e9", 6, std::string(126, 'x') + "\xc3"},
+                {"blanks count", "    ", 4, "    "},
+                {"empty", "", 6, ""}};
     for (const auto& row : rows) EXPECT_EQ(PreparePassword(row.utf8, row.revision), row.stored) << row.what;
 }
 

@@ -3,9 +3,7 @@
 
 #include <fstream>
 
-#include "SavedPdfs.h"
 #include "TestPdfs.h"
-#include "support/TemporaryFolder.h"
 
 using namespace openhost;
 
@@ -13,11 +11,13 @@ namespace {
 
 using Damage = std::function<void(std::string& bytes)>;
 
-void Replace(std::string& bytes, const std::string& from, const std::string& to)
+Damage Replaced(const std::string& from, const std::string& to)
 {
-    const std::size_t at = bytes.rfind(from);
-    ASSERT_NE(at, std::string::npos) << from;
-    bytes.replace(at, from.size(), to);
+    return [=](std::string& bytes) {
+        const std::size_t at = bytes.rfind(from);
+        ASSERT_NE(at, std::string::npos) << from;
+        bytes.replace(at, from.size(), to);
+    };
 }
 
 void Rewrite(const std::string& path, const Damage& damage)
@@ -25,19 +25,6 @@ void Rewrite(const std::string& path, const Damage& damage)
     std::string bytes = FileBytes(path);
     damage(bytes);
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
-StandardSecurity Protection()
-{
-    StandardSecurity security;
-    security.hasUser = security.hasOwner = true;
-    security.userPasswordUtf8 = "open";
-    security.ownerPasswordUtf8 = "change";
-    security.revision = 3;
-    security.method = 2;
-    security.keyLengthBytes = 16;
-    security.permissions = 0xFFFFF0C0;
-    return security;
 }
 
 /// Changes the hexadecimal digit behind a key.
@@ -51,40 +38,39 @@ Damage OtherDigit(const std::string& key)
 
 }  // namespace
 
-TEST(ReadBack, FindsEachDamageAndReplacesNothing)
+using ReadBack = CPdfTest;
+
+TEST_F(ReadBack, FindsEachDamageAndReplacesNothing)
 {
     const struct {
         const char* what;
         bool encrypted;
         Damage damage;
         const char* reason;
-    } rows[] = {
-        {"cut", false, [](std::string& bytes) { bytes.resize(bytes.size() / 2); }, "startxref"},
-        {"wrong offset of the table", false,
-         [](std::string& bytes) { bytes.insert(bytes.rfind("startxref") + 10, "1"); }, "xref"},
-        {"an object elsewhere", false, [](std::string& bytes) { Replace(bytes, "\n3 0 obj", "\n9 0 obj"); },
-         "object 3 is not where"},
-        {"a page less", false, [](std::string& bytes) { Replace(bytes, "/Type /Page ", "/Type /Pagos"); }, ""},
-        {"the last page is nothing", false,
-         [](std::string& bytes) {
-             const std::size_t kids = bytes.find("/Kids [ "), end = bytes.find("0 R ]", kids);
-             bytes.replace(end - 2, 5, "null ");
-         },
-         "2 of 3 pages"},
-        {"no content", false, [](std::string& bytes) { Replace(bytes, "/Contents", "/Cantents"); }, "its content"},
-        {"another content", false, [](std::string& bytes) { Replace(bytes, "(Page", "(Pace"); }, "another content"},
-        {"readable by everybody", true, [](std::string& bytes) { Replace(bytes, "/Encrypt", "/Encrapt"); },
-         "not encrypted"},
-        {"another open password", true, OtherDigit("/U"), ""},
-        {"another permissions password", true, OtherDigit("/O"), ""},
-        {"more rights", true, [](std::string& bytes) { Replace(bytes, "/P -3904", "/P -3900"); }, ""},
-    };
+    } rows[] = {{"cut", false, [](std::string& bytes) { bytes.resize(bytes.size() / 2); }, "startxref"},
+                {"wrong offset of the table", false,
+                 [](std::string& bytes) { bytes.insert(bytes.rfind("startxref") + 10, "1"); }, "xref"},
+                {"an object elsewhere", false, Replaced("\n3 0 obj", "\n9 0 obj"), "object 3 is not where"},
+                {"a page less", false, Replaced("/Type /Page ", "/Type /Pagos"), ""},
+                {"the last page is nothing", false,
+                 [](std::string& bytes) {
+                     const std::size_t kids = bytes.find("/Kids [ "), end = bytes.find("0 R ]", kids);
+                     bytes.replace(end - 2, 5, "null ");
+                 },
+                 "2 of 3 pages"},
+                {"no content", false, Replaced("/Contents", "/Cantents"), "its content"},
+                {"another content", false, Replaced("(Page", "(Pace"), "another content"},
+                {"readable by everybody", true, Replaced("/Encrypt", "/Encrapt"), "not encrypted"},
+                {"another open password", true, OtherDigit("/U"), ""},
+                {"another permissions password", true, OtherDigit("/O"), ""},
+                {"more rights", true, Replaced("/P -3904", "/P -3900"), ""}};
+    StandardSecurity protection = Protection("open", "change", 2, 3);
+    protection.permissions = 0xFFFFF0C0;
     for (const auto& row : rows) {
-        const CTemporaryFolder folder;
         const std::string old = SamplePdf(3);
         const std::string path = folder.Write("a.pdf", old);
         CPdfDocument document = CPdfDocument::Open(path);
-        if (row.encrypted) document.SetSecurity(Protection());
+        if (row.encrypted) document.SetSecurity(protection);
         int writings = 0;
         const auto damage = [&](const std::string& written) {
             ++writings;
@@ -105,9 +91,8 @@ TEST(ReadBack, FindsEachDamageAndReplacesNothing)
     }
 }
 
-TEST(ReadBack, WritesPlainlyWhatDoesNotComeBackLinearised)
+TEST_F(ReadBack, WritesPlainlyWhatDoesNotComeBackLinearised)
 {
-    const CTemporaryFolder folder;
     CPdfDocument document = CPdfDocument::Open(folder.Write("a.pdf", SamplePdf(2)));
     std::string remark;
     int writings = 0;
@@ -122,24 +107,21 @@ TEST(ReadBack, WritesPlainlyWhatDoesNotComeBackLinearised)
     EXPECT_EQ(CPdfDocument::Open(folder / "a.pdf", {.repair = false}).PageCount(), 2);
 }
 
-TEST(ReadBack, WhatTheWriterWouldGetWrongComesOutRight)
+TEST_F(ReadBack, WhatTheWriterWouldGetWrongComesOutRight)
 {
     const struct {
         const char* what;
-        std::string trailer, objects, from, to;
+        std::string trailer, from, to;
         const char* expected;
-    } rows[] = {
-        {"escaped number sign in a key", "", "", "/Font<</F1 ", "/Font<</G#2341 ", "/G#2341 "},
-        {"and in a name", "", "", "/BaseFont/Helvetica", "/BaseFont/H#2341x", "/BaseFont /H#2341x"},
-        {"invalid escapes stay", "", "", "/BaseFont/Helvetica", "/BaseFont/H#zz", "/BaseFont /H#zz"},
-        {"no size", "", "", "/Size 9000", "", "/Size "},
-        {"empty identifier", "/ID[<><>]", "", "", "", "/ID [<"},
-        {"identifier is no list", "/ID(x)", "", "", "", "/ID [<"},
-    };
+    } rows[] = {{"escaped number sign in a key", "", "/Font<</F1 ", "/Font<</G#2341 ", "/G#2341 "},
+                {"and in a name", "", "/BaseFont/Helvetica", "/BaseFont/H#2341x", "/BaseFont /H#2341x"},
+                {"invalid escapes stay", "", "/BaseFont/Helvetica", "/BaseFont/H#zz", "/BaseFont /H#zz"},
+                {"no size", "", "/Size 9000", "", "/Size "},
+                {"empty identifier", "/ID[<><>]", "", "", "/ID [<"},
+                {"identifier is no list", "/ID(x)", "", "", "/ID [<"}};
     for (const auto& row : rows) {
         for (const bool linearise : {false, true}) {
-            const CTemporaryFolder folder;
-            std::string file = SamplePdf(2, row.trailer, row.objects);
+            std::string file = SamplePdf(2, row.trailer);
             for (std::size_t at = 0; !row.from.empty() && (at = file.find(row.from, at)) != std::string::npos;)
                 file.replace(at, row.from.size(), row.to);
             CPdfDocument document = CPdfDocument::Open(folder.Write("a.pdf", file));
@@ -154,9 +136,8 @@ TEST(ReadBack, WhatTheWriterWouldGetWrongComesOutRight)
     }
 }
 
-TEST(ReadBack, ADocumentThatChangedMeanwhileIsNotReplaced)
+TEST_F(ReadBack, ADocumentThatChangedMeanwhileIsNotReplaced)
 {
-    const CTemporaryFolder folder;
     const std::string path = folder.Write("a.pdf", SamplePdf(1)), newer = SamplePdf(4);
     CPdfDocument document = TitledDocument(path, "old");
     folder.Write("a.pdf", newer);

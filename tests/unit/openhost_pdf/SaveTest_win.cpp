@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "SavedPdfs.h"
 #include "TestPdfs.h"
 #include "openhost/pdf/Conversions.h"
 #include "platform/Files.h"
 #include "platform/Handle_win.h"
 #include "platform/WideText_win.h"
-#include "support/TemporaryFolder.h"
 
 using namespace openhost;
 
@@ -21,13 +19,13 @@ platform::CHandle Held(const std::string& path, DWORD share)
 
 }  // namespace
 
-TEST(Save, AFileThatAnotherProgramHoldsStaysAndSoDoesTheDocument)
+using Save = CPdfTest;
+
+TEST_F(Save, AFileThatAnotherProgramHoldsStaysAndSoDoesTheDocument)
 {
-    const CTemporaryFolder folder;
     for (const std::size_t fill : {std::size_t{10}, std::size_t{17} << 20}) {  // read at once, and in pieces
-        const std::string stream = "100 0 obj\n<</Length " + std::to_string(fill) + ">>\nstream\n" +
-                                   std::string(fill, 'x') + "\nendstream\nendobj\n";
-        const std::string path = folder.Write("a.pdf", SamplePdf(2, "", stream));
+        const std::string path =
+            folder.Write("a.pdf", SamplePdf(2, "", StreamObject(100, "", std::string(fill, 'x'))));
         const std::string before = FileBytes(path);
         CPdfDocument document = TitledDocument(path, "new");
         {
@@ -45,9 +43,8 @@ TEST(Save, AFileThatAnotherProgramHoldsStaysAndSoDoesTheDocument)
     }
 }
 
-TEST(Save, AReadOnlyFileIsNotReplaced)
+TEST_F(Save, AReadOnlyFileIsNotReplaced)
 {
-    const CTemporaryFolder folder;
     const std::string path = folder.Write("a.pdf", SamplePdf(1));
     const std::wstring wide = platform::WidePath(path);
     const std::string before = FileBytes(path);
@@ -61,9 +58,8 @@ TEST(Save, AReadOnlyFileIsNotReplaced)
     EXPECT_EQ(TitleOf(path), "new");
 }
 
-TEST(Save, LongPathsAndUnusualNamesAreOpenedSavedAndReadForText)
+TEST_F(Save, LongPathsAndUnusualNamesAreOpenedSavedAndReadForText)
 {
-    const CTemporaryFolder folder;
     std::string deep = folder.Path();
     for (int level = 0; level < 4; ++level) deep += "\\" + std::string(100, static_cast<char>('a' + level));
     ASSERT_TRUE(platform::CreateFolders(deep));
@@ -86,9 +82,8 @@ TEST(Save, LongPathsAndUnusualNamesAreOpenedSavedAndReadForText)
         EXPECT_TRUE(RemoveDirectoryW(platform::WidePath(path).c_str())) << path;
 }
 
-TEST(Save, DevicesAndStreamsOfOtherFilesAreNoTargets)
+TEST_F(Save, DevicesAndStreamsOfOtherFilesAreNoTargets)
 {
-    const CTemporaryFolder folder;
     const std::string a = folder.Write("a.pdf", SamplePdf(1));
     CPdfDocument document = TitledDocument(a, "x");
     for (const char* name : {"NUL", "con.pdf", "LPT1", "a.pdf:stream"})

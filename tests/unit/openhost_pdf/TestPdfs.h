@@ -1,6 +1,8 @@
 #ifndef FERRULE_TESTS_OPENHOST_PDF_TEST_PDFS_H
 #define FERRULE_TESTS_OPENHOST_PDF_TEST_PDFS_H
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -8,6 +10,7 @@
 #include <vector>
 
 #include "openhost/pdf/PdfDocument.h"
+#include "support/TemporaryFolder.h"
 
 /// A file of `pages` pages; page n shows "Page n of the sample". `extra` goes into the trailer, `objects` after the
 /// pages (they begin with object 100).
@@ -44,6 +47,45 @@ inline std::string SamplePdf(int pages, const std::string& extra = {}, const std
     file += "trailer\n<</Size 9000/Root 1 0 R" + extra + ">>\nstartxref\n" + std::to_string(table) + "\n%%EOF\n";
     return file;
 }
+
+/// An object to put into SamplePdf: a stream with these bytes.
+inline std::string StreamObject(int number, const std::string& dictionary, const std::string& bytes)
+{
+    return std::to_string(number) + " 0 obj\n<<" + dictionary + "/Length " + std::to_string(bytes.size()) +
+           ">>\nstream\n" + bytes + "\nendstream\nendobj\n";
+}
+
+/// Empty passwords are none.
+inline openhost::StandardSecurity Protection(const std::string& user, const std::string& owner, int method = 7,
+                                             int revision = 0, int keyBytes = 16)
+{
+    openhost::StandardSecurity security;
+    security.hasUser = !user.empty();
+    security.hasOwner = !owner.empty();
+    security.userPasswordUtf8 = user;
+    security.ownerPasswordUtf8 = owner;
+    security.method = method;
+    security.revision = revision;
+    security.keyLengthBytes = keyBytes;
+    return security;
+}
+
+inline openhost::CPdfDocument TitledDocument(const std::string& path, const std::string& title)
+{
+    openhost::CPdfDocument document = openhost::CPdfDocument::Open(path);
+    document.SetInfo("Title", title);
+    return document;
+}
+
+inline std::string TitleOf(const std::string& path)
+{
+    return openhost::CPdfDocument::Open(path).Info("Title").value_or("<none>");
+}
+
+class CPdfTest : public testing::Test {
+protected:
+    const CTemporaryFolder folder;
+};
 
 /// Runs `body` and answers which problem it ended with; nothing when it went well.
 template <class Body>

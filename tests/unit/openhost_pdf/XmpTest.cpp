@@ -23,9 +23,8 @@ XmpProperty Title(const std::string& text) { return *XmpCounterpart("Title", tex
 
 std::string PdfWithPacket(const std::string& packet)
 {
-    return SamplePdf(1, "/Info<</Title(old)/Author(keeps)>>",
-                     "100 0 obj\n<</Type/Metadata/Subtype/XML/Length " + std::to_string(packet.size()) +
-                         ">>\nstream\n" + packet + "\nendstream\nendobj\n");
+    const std::string stream = StreamObject(100, "/Type/Metadata/Subtype/XML", packet);
+    return SamplePdf(1, "/Info<</Title(old)/Author(keeps)>>", stream);
 }
 
 }  // namespace
@@ -59,8 +58,7 @@ TEST(Xmp, ReplacesWhatThePacketSaysOfTheDocument)
         {"comment and section",
          "<!-- <d:title>kept --><r:Description r:about='uuid:1' " + dc +
              "><d:title><![CDATA[</d:title>old]]></d:title></r:Description>",
-         "old", "kept -->"},
-    };
+         "old", "kept -->"}};
     for (const auto& row : rows) {
         const auto changed = ChangedPacket(Packet(row.descriptions), {Title("new <&> title")});
         ASSERT_TRUE(changed) << row.what;
@@ -79,22 +77,20 @@ TEST(Xmp, LeavesPacketsItDoesNotUnderstand)
 {
     std::string deep;
     for (int i = 0; i < 200; ++i) deep += "<a>";
-    const std::string rows[] = {
-        "",
-        "no markup at all",
-        kHead,
-        Packet("<a>"),
-        Packet("<a></b>"),
-        Packet("<a b=c/>"),
-        Packet("<a b='c/>"),
-        Packet("<a"),
-        Packet("<!-- "),
-        "<!DOCTYPE x [<!ENTITY a 'b'>]>" + Packet(""),
-        Packet(deep),
-        "<x:xmpmeta xmlns:x='adobe:ns:meta/'></x:xmpmeta>",
-        std::string("\xFE\xFF\0<\0x", 6),
-        Packet("") + Packet(""),
-    };
+    const std::string rows[] = {"",
+                                "no markup at all",
+                                kHead,
+                                Packet("<a>"),
+                                Packet("<a></b>"),
+                                Packet("<a b=c/>"),
+                                Packet("<a b='c/>"),
+                                Packet("<a"),
+                                Packet("<!-- "),
+                                "<!DOCTYPE x [<!ENTITY a 'b'>]>" + Packet(""),
+                                Packet(deep),
+                                "<x:xmpmeta xmlns:x='adobe:ns:meta/'></x:xmpmeta>",
+                                std::string("\xFE\xFF\0<\0x", 6),
+                                Packet("") + Packet("")};
     for (const std::string& row : rows) EXPECT_FALSE(ChangedPacket(row, {Title("x")})) << row;
 }
 
@@ -103,19 +99,17 @@ TEST(Xmp, DatesBecomeThoseOfThePacket)
     const struct {
         const char* date;
         const char* iso;
-    } rows[] = {
-        {"D:20240131120005+01'30'", "2024-01-31T12:00:05+01:30"},
-        {"D:20240131120005-08'00", "2024-01-31T12:00:05-08:00"},
-        {"D:20240131120005Z", "2024-01-31T12:00:05Z"},
-        {"20240131120005", "2024-01-31T12:00:05"},
-        {"D:202401311200", "2024-01-31T12:00"},
-        {"D:2024013112", "2024-01-31"},
-        {"D:2024", "2024"},
-        {"Thursday", nullptr},
-        {"D:202", nullptr},
-        {"D:20240131120005 noon", nullptr},
-        {"D:2024013112000512", nullptr},
-    };
+    } rows[] = {{"D:20240131120005+01'30'", "2024-01-31T12:00:05+01:30"},
+                {"D:20240131120005-08'00", "2024-01-31T12:00:05-08:00"},
+                {"D:20240131120005Z", "2024-01-31T12:00:05Z"},
+                {"20240131120005", "2024-01-31T12:00:05"},
+                {"D:202401311200", "2024-01-31T12:00"},
+                {"D:2024013112", "2024-01-31"},
+                {"D:2024", "2024"},
+                {"Thursday", nullptr},
+                {"D:202", nullptr},
+                {"D:20240131120005 noon", nullptr},
+                {"D:2024013112000512", nullptr}};
     for (const auto& row : rows) {
         const auto property = XmpCounterpart("ModDate", row.date);
         EXPECT_EQ(property ? property->content : "none", row.iso ? row.iso : "none") << row.date;

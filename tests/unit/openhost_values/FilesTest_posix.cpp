@@ -32,7 +32,7 @@ TEST_F(Files, AFullDiskRaisesItsOwnError)
 {
     if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
     const ASFile file = Opened("/dev/full", kWrite);
-    EXPECT_EQ(Raised([&] { SUPPORT(ASFileWrite)(file, "x", 1); }), fileErrDiskFull);
+    EXPECT_RAISES(fileErrDiskFull, SUPPORT(ASFileWrite)(file, "x", 1));
     EXPECT_EQ(SUPPORT(ASFileClose)(file), 0);
 }
 

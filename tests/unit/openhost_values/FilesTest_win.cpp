@@ -21,10 +21,9 @@ TEST_F(Files, NamesThatOnlyTheExtendedFormReachesAreReadAndWritten)
 {
     std::string deep = folder.Path();
     for (int level = 0; level < 4; ++level) deep += "\\" + std::string(100, static_cast<char>('a' + level));
-    const ASPathName whole = Path(deep);
+    const OwnPath whole = Path(deep);
     EXPECT_EQ(SUPPORT(ASFileSysCreateFolder)(nullptr, whole, 1), 0);
     EXPECT_GT(SUPPORT(ASFileSysGetStorageFreeSpace64)(nullptr, whole), 0u);
-    SUPPORT(ASFileSysReleasePath)(nullptr, whole);
     const std::string names[] = {"a.pdf", "dots...", "blank ", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80.pdf"};
     for (const std::string& name : names) {
         const std::string path = deep + "\\" + name;
@@ -33,9 +32,8 @@ TEST_F(Files, NamesThatOnlyTheExtendedFormReachesAreReadAndWritten)
         EXPECT_EQ(SUPPORT(ASFileHardFlush)(file), 0) << name;
         EXPECT_EQ(SUPPORT(ASFileClose)(file), 0) << name;
         EXPECT_EQ(Properties(path).fileSize, 3u) << name;
-        const ASPathName gone = Path(path);
+        const OwnPath gone = Path(path);
         EXPECT_EQ(SUPPORT(ASFileSysRemoveFile)(nullptr, gone), 0) << name;
-        SUPPORT(ASFileSysReleasePath)(nullptr, gone);
         EXPECT_FALSE(Properties(path).isThere) << name;
     }
     for (std::string path = deep; path.size() > folder.Path().size(); path.resize(path.rfind('\\')))
@@ -48,9 +46,8 @@ TEST_F(Files, DevicesAndPipesAreNoFiles)
         ASFile file = nullptr;
         EXPECT_EQ(Open(folder / name, kCreate, &file), fileErrOpenFailed) << name;
         EXPECT_EQ(file, nullptr) << name;
-        const ASPathName path = Path(folder / name);
+        const OwnPath path = Path(folder / name);
         EXPECT_EQ(SUPPORT(ASFileSysCreateFolder)(nullptr, path, 0), fileErrOpenFailed) << name;
-        SUPPORT(ASFileSysReleasePath)(nullptr, path);
     }
     const platform::CHandle pipe(CreateNamedPipeW(L"\\\\.\\pipe\\ferrule-files-test", PIPE_ACCESS_DUPLEX,
                                                   PIPE_TYPE_BYTE, 1, 0, 0, 0, nullptr));
@@ -82,9 +79,8 @@ TEST_F(Files, WhatAnotherProcessKeepsToItselfIsBusy)
     ASSERT_TRUE(kept.Valid());
     ASFile file = nullptr;
     EXPECT_EQ(Open(path, kRead, &file), fileErrBusy);
-    const ASPathName name = Path(path);
+    const OwnPath name = Path(path);
     EXPECT_EQ(SUPPORT(ASFileSysRemoveFile)(nullptr, name), fileErrBusy);
-    SUPPORT(ASFileSysReleasePath)(nullptr, name);
 }
 
 TEST_F(Files, AnOpenFileKeepsNobodyFromReadingWritingAndRenaming)

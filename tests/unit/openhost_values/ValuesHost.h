@@ -55,6 +55,26 @@ SlotProc At(openhost::Table table, int slot)
 #define SUPPORT(function) At<function##SlotProc>(openhost::Table::AcroSupport, kSlot##function)
 #define CORE(function) At<function##SlotProc>(openhost::Table::Core, kSlot##function)
 
+/// An object of the host that goes with its scope.
+template <class Handle>
+class COwn {
+public:
+    COwn(Handle handle) : m_handle(handle) {}
+    COwn(const COwn&) = delete;
+    ~COwn() { Destroy(m_handle); }
+    operator Handle() const { return m_handle; }
+
+private:
+    static void Destroy(ASCab cab) { EXTRA(ASCabDestroy)(cab); }
+    static void Destroy(ASText text) { EXTRA(ASTextDestroy)(text); }
+    static void Destroy(ASPathName path) { SUPPORT(ASFileSysReleasePath)(nullptr, path); }
+
+    Handle m_handle;
+};
+using OwnCab = COwn<ASCab>;
+using OwnText = COwn<ASText>;
+using OwnPath = COwn<ASPathName>;
+
 /// The code with which `work` raised, or 0. No object with a destructor may be made inside.
 template <class Work>
 ASErrorCode Raised(Work work)
@@ -62,4 +82,5 @@ ASErrorCode Raised(Work work)
     return openhost::RunInFrame([](void* body) { (*static_cast<Work*>(body))(); }, &work);
 }
 
-inline ASErrorCode BadParm() { return genErrBadParm; }
+#define EXPECT_RAISES(code, ...) EXPECT_EQ(Raised([&] { __VA_ARGS__; }), code)
+#define EXPECT_REFUSED(...) EXPECT_RAISES(genErrBadParm, __VA_ARGS__)

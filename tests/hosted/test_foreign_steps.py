@@ -136,6 +136,19 @@ class ForeignSteps(unittest.TestCase):
         self.assertEqual(len(outcome.values("Opening input document")), 2, outcome)
         self.assertIn(["T:Plain", "PostflightSequence"], self.traced())
 
+    def test_the_first_reason_of_an_outcome_stays(self):
+        rows = [(("T:ErrorInWork", "T:CancelInWork"), "T:ErrorInWork", "T:CancelInWork"),
+                (("T:CancelInWork", "NoSuchStep", "T:ErrorInWork"), "T:CancelInWork", "NoSuchStep"),
+                (("T:ErrorInWork", "T:RaiseInWork"), "T:RaiseInWork", "T:ErrorInWork")]  # failed is worse
+        for steps, told, kept_back in rows:
+            with self.subTest(steps=steps):
+                outcome = self.run_steps(*steps, final=0)
+                reasons = [line for line in outcome.errors.splitlines() if ".pdf: " in line]
+                self.assertTrue(reasons, outcome)
+                for reason in reasons:
+                    self.assertIn(told, reason)
+                    self.assertNotIn(kept_back, reason)
+
     def test_a_new_version_of_the_input_is_not_taken_for_the_old_one(self):
         engine = {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}
         source = self.place.input / "a.pdf"

@@ -140,6 +140,8 @@ TEST(Resume, RetriesWhatWasNotSavedWhenAsked)
     EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved) << "a journal with repeated files is read again";
     EXPECT_EQ(place.Lines("record.jsonl").size(), 3u);
     EXPECT_EQ(place.Files("out").count("a (1)"), 0u);
+    const std::vector<std::string> logged = {"a", "b crash", "c fail", "b crash", "c fail", "b crash", "c fail"};
+    EXPECT_EQ(place.FilesLogged(), logged) << "each start logs what it did";
 }
 
 TEST(Resume, ARetriedFileTakesTheNamesThatItHadAndNothingHappensTwice)
@@ -174,6 +176,7 @@ TEST(Resume, AProgramThatMayHaveBeenStartedIsNotStartedByARetry)
     for (int time = 0; time < 2; ++time) EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
     EXPECT_EQ(place.Lines("started.txt").size(), 1u);
     EXPECT_EQ(place.notes.Of("a die-after-final").finalState, "unknown");
+    EXPECT_EQ(place.FilesLogged(), std::vector<std::string>{"a die-after-final"}) << "nothing was done again";
 }
 
 TEST(Resume, TakesInWhatThePlanCouldNotRead)

@@ -81,6 +81,15 @@ public:
         for (std::string line; std::getline(text, line);) lines.push_back(line);
         return lines;
     }
+    /// The files whose blocks are in the log, in its order.
+    std::vector<std::string> FilesLogged() const
+    {
+        std::vector<std::string> files;
+        for (const std::string& line : Lines("log.txt"))
+            if (const auto at = line.find(": file "); at != std::string::npos)
+                files.push_back(line.substr(at + 7, line.size() - at - 8));
+        return files;
+    }
     /// Names and texts of the files in a folder.
     std::map<std::string, std::string> Files(const std::string& name) const
     {

@@ -69,7 +69,7 @@ struct Scene {
         for (const auto& [name, value] : variables) setenv(name, value.c_str(), 1);
     }
 
-    /// The inputs are whole and the output folder holds finished documents only.
+    /// The inputs are whole and the output folder holds finished documents only, each of them protected.
     std::string Damage() const
     {
         for (const char* name : {"a.pdf", "b.pdf"})
@@ -78,6 +78,7 @@ struct Scene {
         for (const auto& entry : fs::directory_iterator(output)) {
             const std::string name = entry.path().filename();
             if (name.starts_with('.')) return "temporary file left: " + name;
+            if (FileBytes(entry.path()).find("/Encrypt") == std::string::npos) return "not protected: " + name;
         }
         return {};
     }

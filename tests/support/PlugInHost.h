@@ -12,6 +12,13 @@
 extern "C" ASBool HOSTCALL PlugInMain(ASUns32 hostVersion, ASUns32* handshakeVersion, PISetupSDKProcType* setup,
                                       void* platformWords);
 
+/// A document of one empty page.
+inline constexpr char kPdf[] =
+    "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
+    "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 9 9]>>endobj\nxref\n0 4\n0000000000 65535 f \n"
+    "0000000009 00000 n \n0000000052 00000 n \n0000000101 00000 n \ntrailer<</Size 4/Root 1 0 R>>\n"
+    "startxref\n158\n%%EOF\n";
+
 /// The plug-in, linked into the test, inside the open host, with a folder for application data of its own. One at a
 /// time; while it lives, the plug-in's own calls reach this host.
 class CPlugInHost {

@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -24,32 +26,19 @@ HFT g_core, g_support, g_view, g_pdModel, g_extra;
 
 #define CALL(table, name, ...) (reinterpret_cast<name##SlotProc>((table)[kSlot##name])(__VA_ARGS__))
 
+std::vector<std::string> Words(const char* text)
+{
+    std::istringstream stream(text);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
 const char* const kHows[] = {"Raise", "Error", "Cancel", "Throw"};
-const char* const kStages[] = {"Initialize",
-                               "RegisterCommands",
-                               "Created",
-                               "SetParams",
-                               "GetParams",
-                               "GetProps",
-                               "Work",
-                               "Cancel",
-                               "Reset",
-                               "PreflightSequence",
-                               "PreflightFile",
-                               "PostflightFile",
-                               "PostflightSequence"};
-const char* const kOwnWays[] = {"T:Plain",
-                                "T:Other",
-                                "T:WorksThreeTimes",
-                                "T:ContinuesInTmp",
-                                "T:ClosesDoc",
-                                "T:ClosesView",
-                                "T:LeavesThingsOpen",
-                                "T:NeverEnds",
-                                "T:TurnsOnPageCount",
-                                "T:NewVersionArrives",
-                                "COMP:AddWatermark",
-                                "HeadFootCmd"};
+const std::vector<std::string> kStages = Words(
+    "Initialize RegisterCommands Created SetParams GetParams GetProps Work Cancel Reset PreflightSequence "
+    "PreflightFile PostflightFile PostflightSequence");
+const std::vector<std::string> kOwnWays = Words(
+    "T:Plain T:Other T:WorksThreeTimes T:ContinuesInTmp T:ClosesDoc T:ClosesView T:LeavesThingsOpen "
+    "T:NeverEnds T:TurnsOnPageCount T:NewVersionArrives COMP:AddWatermark HeadFootCmd");
 
 ASAtom AtomOf(const std::string& text) { return CALL(g_core, ASAtomFromString, text.c_str()); }
 
@@ -231,9 +220,9 @@ ASBool HOSTCALL Import()
     g_view = Table(HOST_TABLE_ACROVIEW, 0x00060000);
     g_pdModel = Table(HOST_TABLE_PDMODEL, 0x00060000);
     g_extra = Table(HOST_TABLE_ASEXTRA, 0x00060000);
-    for (const char* stage : kStages)
+    for (const std::string& stage : kStages)
         for (const char* how : kHows) Register("T:" + std::string(how) + "In" + stage, g_handler);
-    for (const char* name : kOwnWays) Register(name, g_handler);
+    for (const std::string& name : kOwnWays) Register(name, g_handler);
     Register("T:WithoutFlights", g_withoutFlights);
     Register("T:WithoutReserve", g_withoutReserve);
     return 1;

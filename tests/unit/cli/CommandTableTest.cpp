@@ -131,18 +131,3 @@ TEST(CommandTable, HelpKeepsToItsWidthExceptForExamples)
             EXPECT_TRUE(line.size() <= 80 || line.starts_with("    ferrule") || line.starts_with("    grep")) << line;
     }
 }
-
-TEST(FinalActions, HaveTheirCodesUnderEitherName)
-{
-    const struct {
-        const char* name;
-        int code;
-    } rows[] = {{"nothing", 0}, {"copy", 1},         {"move", 2},          {"delete", 3},        {"rename", 4},
-                {"execute", 5}, {"move-replace", 6}, {"move-versions", 7}, {"copy-versions", 8}, {"MOVE", 2}};
-    for (const auto& row : rows) {
-        ASSERT_TRUE(cli::FindFinalAction(row.name)) << row.name;
-        EXPECT_EQ(cli::FindFinalAction(row.name)->code, row.code) << row.name;
-        EXPECT_EQ(cli::FindFinalAction(std::to_string(row.code))->code, row.code);
-    }
-    for (const char* const name : {"", "9", "-1", "02", "mov"}) EXPECT_FALSE(cli::FindFinalAction(name)) << name;
-}

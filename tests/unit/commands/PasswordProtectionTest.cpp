@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace {
 
 std::string Repeated(const std::string& piece, int times)
@@ -79,9 +81,12 @@ TEST(PasswordProtection, LookupTableReplacesTheOpenPasswordOfListedFilesOnly)
 
 TEST(PasswordProtection, NoPasswordStandsInForOneThatShouldComeFromElsewhere)
 {
+    const auto listed = [](const char* name, const char* password) {
+        return [=](SecuritySettings& s) { s.fileMapping = {{name, password}}; };
+    };
     const struct {
         const char* name;
-        void (*change)(SecuritySettings&);
+        std::function<void(SecuritySettings&)> change;
         bool problem;
     } rows[] = {
         {"passwords of the record", [](SecuritySettings&) {}, false},
@@ -93,31 +98,15 @@ TEST(PasswordProtection, NoPasswordStandsInForOneThatShouldComeFromElsewhere)
         {"from the text, and nothing else wanted", [](SecuritySettings& s) { s = {}, s.searchForPassword = true; },
          true},
         {"from an area", [](SecuritySettings& s) { s.extractPasswordFromPage = true; }, true},
-        {"listed",
-         [](SecuritySettings& s) {
-             s.fileMapping = {{"A.pdf", "x"}};
-         },
-         false},
-        {"listed without a value",
-         [](SecuritySettings& s) {
-             s.fileMapping = {{"A.pdf", ""}};
-         },
-         true},
-        {"listed with blanks",
-         [](SecuritySettings& s) {
-             s.fileMapping = {{"A.pdf", " \t"}};
-         },
-         true},
+        {"listed", listed("A.pdf", "x"), false},
+        {"listed without a value", listed("A.pdf", ""), true},
+        {"listed with blanks", listed("A.pdf", " \t"), true},
         {"table not used",
          [](SecuritySettings& s) {
              s.fileMapping = {{"A.pdf", ""}}, s.useFileMapping = false;
          },
          false},
-        {"another file listed without a value",
-         [](SecuritySettings& s) {
-             s.fileMapping = {{"b.pdf", ""}};
-         },
-         false},
+        {"another file listed without a value", listed("b.pdf", ""), false},
     };
     for (const auto& row : rows) {
         SecuritySettings settings;

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -60,37 +59,16 @@ TEST(SecuritySettings, EveryFieldSurvivesWritingAndReading)
 
 TEST(SecuritySettings, KeysAreStoredInTheirFixedOrder)
 {
-    std::vector<std::string> keys;
+    std::string keys;
     const CSettingsRecord record = WriteSecuritySettings({});
-    for (const auto& entry : record.Entries()) keys.push_back(entry.key);
-    const std::vector<std::string> expected = {"EncryptionMethod",
-                                               "PasswordProtect",
-                                               "Password",
-                                               "PermPassword",
-                                               "UseDataSourceForOpenPassword",
-                                               "PasswordField",
-                                               "UseDataSourceForPermissionsPassword",
-                                               "PermPasswordField",
-                                               "CanCopy",
-                                               "CanEdit",
-                                               "CanEditNotes",
-                                               "CanPrint",
-                                               "CanFillForms",
-                                               "CanAssemble",
-                                               "CanCreateTemplates",
-                                               "AllowAll",
-                                               "HiResPrinting",
-                                               "CanExtractPages",
-                                               "FileMapping",
-                                               "UseFileMapping",
-                                               "SearchRegex",
-                                               "SearchRegexFormat",
-                                               "SearchForPassword",
-                                               "FirstPageToSearch",
-                                               "LastPageToSearch",
-                                               "ExtractionArea",
-                                               "ExtractPasswordFromPage"};
-    EXPECT_EQ(keys, expected);
+    for (const auto& entry : record.Entries()) keys += entry.key + ' ';
+    EXPECT_EQ(
+        keys,
+        "EncryptionMethod PasswordProtect Password PermPassword UseDataSourceForOpenPassword PasswordField "
+        "UseDataSourceForPermissionsPassword PermPasswordField CanCopy CanEdit CanEditNotes CanPrint CanFillForms "
+        "CanAssemble CanCreateTemplates AllowAll HiResPrinting CanExtractPages FileMapping UseFileMapping "
+        "SearchRegex SearchRegexFormat SearchForPassword FirstPageToSearch LastPageToSearch ExtractionArea "
+        "ExtractPasswordFromPage ");
 }
 
 TEST(SecuritySettings, PasswordsMayBeWideAndLoseTheirLeadingBlanksOnly)

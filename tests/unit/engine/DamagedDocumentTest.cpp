@@ -12,11 +12,6 @@
 
 namespace {
 
-constexpr char kPdf[] =
-    "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
-    "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 9 9]>>endobj\nxref\n0 4\n0000000000 65535 f \n"
-    "0000000009 00000 n \n0000000052 00000 n \n0000000101 00000 n \ntrailer<</Size 4/Root 1 0 R>>\n"
-    "startxref\n158\n%%EOF\n";
 constexpr char kLost[] = "Two of three pages are lost.";
 
 const char* g_told;  // what the host's jobs table answers

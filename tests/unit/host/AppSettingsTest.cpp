@@ -1,7 +1,7 @@
 #include "host/AppSettings.h"
 
-#include "common/Log.h"
 #include "common/SettingsFile.h"
+#include "support/MemoryLog.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -9,12 +9,6 @@
 #include <vector>
 
 namespace {
-
-class CLinesLog final : public CLogWriter {
-public:
-    bool Line(std::string_view text) override { return lines.emplace_back(text), true; }
-    std::vector<std::string> lines;
-};
 
 // A file of the next version, made from one of ours.
 std::string NewerFile()
@@ -33,7 +27,7 @@ TEST(AppSettings, FirstRunStillSavesBothSettings)
 {
     const CTemporaryFolder folder;
     const std::string path = folder / "Ferrule.cfs";
-    CLinesLog log;
+    CMemoryLog log;
     EXPECT_TRUE(LoadAppSettings(path).allowLogging);
     ASSERT_TRUE(SaveAppSettings(path, LoadAppSettings(path), log));
 
@@ -57,7 +51,7 @@ TEST(AppSettings, SavingKeepsWhatOthersStored)
     settings.allowLogging = false;
     settings.passwordTool.password = "secret";
     settings.passwordTool.canExtractPages = true;
-    CLinesLog log;
+    CMemoryLog log;
     ASSERT_TRUE(SaveAppSettings(path, settings, log));
     ASSERT_TRUE(SaveAppSettings(path, LoadAppSettings(path), log));
 
@@ -75,7 +69,7 @@ TEST(AppSettings, AFileThatIsNotOursStaysAsItIs)
     for (const auto& row : rows) {
         const CTemporaryFolder folder;
         const std::string path = folder.Write("Ferrule.cfs", row.bytes);
-        CLinesLog log;
+        CMemoryLog log;
         EXPECT_TRUE(LoadAppSettings(path).allowLogging) << row.name;
         EXPECT_FALSE(SaveAppSettings(path, {}, log)) << row.name;
         EXPECT_EQ(FileBytes(path), row.bytes) << row.name;
@@ -88,7 +82,7 @@ TEST(AppSettings, ADamagedFileOfOursIsReplaced)
 {
     const CTemporaryFolder folder;
     const std::string path = folder / "Ferrule.cfs";
-    CLinesLog log;
+    CMemoryLog log;
     ASSERT_TRUE(SaveAppSettings(path, {}, log));
     const std::string whole = FileBytes(path);
     folder.Write("Ferrule.cfs", whole.substr(0, whole.size() / 2));
@@ -100,7 +94,7 @@ TEST(AppSettings, ADamagedFileOfOursIsReplaced)
 TEST(AppSettings, AFailedSaveIsLogged)
 {
     const CTemporaryFolder folder;
-    CLinesLog log;
+    CMemoryLog log;
     EXPECT_FALSE(SaveAppSettings(folder / "missing/Ferrule.cfs", {}, log));
     ASSERT_EQ(log.lines.size(), 1u);
 }

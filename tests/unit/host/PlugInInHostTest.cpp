@@ -1,11 +1,8 @@
 // The plug-in as the host sees it, from loading to unloading.
 #include "base/PathNames.h"
 #include "base/Text.h"
-#include "common/Log.h"
 #include "common/SettingsFile.h"
-#include "host/HostClosing.h"
 #include "hostapi/HostInterface.h"
-#include "openhost/app/AppState.h"
 #include "openhost/app/Menus.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Tables.h"
@@ -18,24 +15,8 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace {
-
-class CLinesLog final : public CLogWriter {
-public:
-    bool Line(std::string_view text) override { return lines.emplace_back(text), true; }
-    std::vector<std::string> lines;
-};
-
-std::vector<std::string> TitlesAndNames(const char* menu)
-{
-    std::vector<std::string> items;
-    const openhost::CMenu* found = openhost::Part<openhost::CMenus>().FindMenu(menu);
-    if (found == nullptr) return {"no such menu"};
-    for (const openhost::CMenuItem* item : found->items) items.push_back(item->title + " | " + item->name);
-    return items;
-}
 
 openhost::CMenuItem& Item(const char* name)
 {
@@ -48,8 +29,7 @@ openhost::CMenuItem& Item(const char* name)
 
 TEST(PlugInInHost, OnlyAHostThatCallsItselfReaderIsDeclined)
 {
-    static char reader[] = "Reader", standard[] = "Exchange-Std", other[] = "Reader Pro", lower[] = "reader",
-                none[] = "";
+    static char reader[] = "Reader", lower[] = "reader";
     static void* answer = nullptr;
     static bool raises = false;
     static std::string asked;
@@ -58,11 +38,7 @@ TEST(PlugInInHost, OnlyAHostThatCallsItselfReaderIsDeclined)
         void* answer;
         bool raises, starts;
     } rows[] = {{"Reader", reader, false, false},
-                {"Exchange-Std", standard, false, true},
-                {"Reader Pro", other, false, true},
                 {"reader", lower, false, true},
-                {"empty", none, false, true},
-                {"null", nullptr, false, true},
                 {"unknown", reinterpret_cast<void*>(~std::uintptr_t{0}), false, true},
                 {"raises", nullptr, true, true}};
     for (const auto& row : rows) {
@@ -89,42 +65,13 @@ TEST(PlugInInHost, OnlyAHostThatCallsItselfReaderIsDeclined)
     }
 }
 
-TEST(PlugInInHost, MenusHoldTheItemsInTheirOrder)
-{
-    const CPlugInHost host;
-    ASSERT_TRUE(host.Started());
-    using Items = std::vector<std::string>;
-    EXPECT_EQ(TitlesAndNames("Extensions"),
-              (Items{"&Create Batch File... | QLNX:Ferrule", "Ferrule Tools | QLNX:FerruleTools"}));
-    EXPECT_EQ(
-        TitlesAndNames("QLNX:FerruleToolsMenu"),
-        (Items{"&Password Protect Multiple Documents... | QLNX:FerrulePasswordProtect",
-               "&Edit Metadata For Multiple Documents... | QLNX:FerruleEditMetadata",
-               "E&xport Metadata and Document Properties For Multiple Documents... | QLNX:FerruleExportMetadata",
-               "&Rename PDF Files... | QLNX:FerruleAutoRename", "- | QLNX:FerruleSepHelpDest",
-               "&Help... | QLNX:FerruleHelp2"}));
-    EXPECT_EQ(TitlesAndNames("AboutExtensions"), Items{"Ferrule... | QLNX:AboutFerrule"});
-    EXPECT_EQ(TitlesAndNames("UsingExtensions"), Items{"Ferrule... | QLNX:FerruleHelp"});
-}
-
-TEST(PlugInInHost, MenusKeepNoReferencesOfOurs)
-{
-    const CPlugInHost host;
-    for (const char* name : {"QLNX:Ferrule", "QLNX:FerruleTools", "QLNX:FerruleSepHelpDest", "QLNX:FerruleHelp2",
-                             "QLNX:AboutFerrule", "QLNX:FerruleHelp"}) {
-        EXPECT_EQ(Item(name).references.held, 0) << name;
-    }
-    EXPECT_EQ(openhost::Part<openhost::CMenus>().FindMenu("QLNX:FerruleToolsMenu")->references.held, 0);
-    EXPECT_EQ(openhost::Part<openhost::CMenus>().FindMenu("Extensions")->references.held, 0);
-}
-
 TEST(PlugInInHost, ToolsAskForHostVersion9AndHelpDoesNot)
 {
     const std::string guard = "alert: Can't execute in the Acrobat version prior 9.0.";
     const struct {
         int version;
         bool guarded;
-    } rows[] = {{5, true}, {6, true}, {8, true}, {9, false}, {21, false}};
+    } rows[] = {{8, true}, {9, false}};
     for (const auto& row : rows) {
         openhost::OpenHostOptions options;
         options.majorVersion = row.version;
@@ -144,29 +91,6 @@ TEST(PlugInInHost, ToolsAskForHostVersion9AndHelpDoesNot)
             ASSERT_EQ(host.Remarks().size(), 1u) << name;
             EXPECT_NE(host.Remarks()[0], guard) << name;
         }
-    }
-}
-
-TEST(PlugInInHost, TheHostIsClosedAsItsVersionDemands)
-{
-    const struct {
-        int version;
-        bool quitItem, quits;
-        std::vector<std::string> lines;
-    } rows[] = {{5, true, false, {}},  // no window to post to
-                {6, true, true, {"Adobe Acrobat has been closed. : "}},
-                {21, true, true, {"Adobe Acrobat has been closed. : "}},
-                {21, false, false, {"Quit command is not available. Cannot close Adobe Acrobat. : "}}};
-    for (const auto& row : rows) {
-        openhost::OpenHostOptions options;
-        options.majorVersion = row.version;
-        options.quitItem = row.quitItem;
-        const CPlugInHost host(std::move(options));
-        ASSERT_TRUE(host.Started());
-        CLinesLog log;
-        CHostClosing(nullptr, log).CloseHost();
-        EXPECT_EQ(log.lines, row.lines) << "version " << row.version;
-        EXPECT_EQ(openhost::Part<openhost::AppWishes>().quit, row.quits) << "version " << row.version;
     }
 }
 

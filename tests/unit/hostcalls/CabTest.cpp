@@ -6,42 +6,14 @@
 #include "hostcalls/Atoms.h"
 #include "hostcalls/CabRecord.h"
 #include "hostcalls/HostFrame.h"
-#include "hostcalls/HostTables.h"
 #include "hostcalls/HostText.h"
-#include "openhost/core/Memory.h"
-#include "openhost/core/Tables.h"
-#include "openhost/values/Cabinet.h"
-#include "openhost/values/Slots.h"
-#include "openhost/values/Text.h"
-
-#include <gtest/gtest.h>
+#include "unit/hostcalls/HostedCalls.h"
 
 #include <functional>
 
 namespace {
 
-/// The typed calls over the values of the real open host; at the end of each test nothing may be left.
-class CabCalls : public testing::Test {
-protected:
-    CabCalls()
-    {
-        auto& tables = openhost::Part<openhost::CTables>();
-        openhost::OfferCoreSlots(tables);
-        openhost::OfferValuesSlots(tables);
-        EXPECT_TRUE(HostTables().Import(tables.Get(openhost::Table::Core)));
-    }
-    ~CabCalls() override
-    {
-        EXPECT_EQ(openhost::LiveCabs(), 0u);
-        EXPECT_EQ(openhost::LiveTexts(), 0u);
-        EXPECT_EQ(openhost::LiveSharedBlocks(), 0u);
-        EXPECT_EQ(openhost::Part<openhost::CFrames>().Depth(), 0u);
-        HostTables() = CHostTables{};
-    }
-
-private:
-    openhost::CHost m_host;
-};
+class CabCalls : public CHostedCalls {};
 
 const std::string kZeros("a\0b\0", 4);
 
@@ -123,13 +95,6 @@ TEST_F(CabCalls, EmptyValuesAreNotAbsentOnes)
     EXPECT_EQ(cab.Text("text"), "");
     EXPECT_EQ(cab.Binary("binary"), "");
     EXPECT_EQ(cab.Size(), 3);
-}
-
-TEST_F(CabCalls, KeysComeDigitsFirstByNumberThenByBytes)
-{
-    CCab cab;
-    for (const char* key : {"b", "10", "9", "B", "a"}) cab.PutNull(key);
-    EXPECT_EQ(cab.Keys(), (std::vector<std::string>{"9", "10", "B", "a", "b"}));
 }
 
 TEST_F(CabCalls, WhatTheHostRefusesToTakeStaysOurs)

@@ -69,10 +69,7 @@ ASAtom CHandMadeHost::AtomFromString(const char* text)
 
 HFT CHandMadeHost::GetTable(ASAtom name, ASVersion version)
 {
-    const std::string& text = g_host->m_atoms.at(name);
-    auto& asked = g_host->asked;
-    if (asked.empty() || asked.back() != text) asked.push_back(text);
-    const auto found = g_host->tables.find(text);
+    const auto found = g_host->tables.find(g_host->m_atoms.at(name));
     if (found == g_host->tables.end()) return nullptr;
     if (found->second.raises) Raise(genErrNoMemory);
     return found->second.version >= version ? found->second.slots.data() : nullptr;
@@ -81,7 +78,7 @@ HFT CHandMadeHost::GetTable(ASAtom name, ASVersion version)
 ASVersion CHandMadeHost::GetVersion(HFT table)
 {
     for (auto& [name, known] : g_host->tables)
-        if (known.slots.data() == table && known.tellsVersion) return known.version;
+        if (known.slots.data() == table) return known.version;
     return kUnknown;
 }
 

@@ -19,15 +19,13 @@ public:
 
     struct Table {
         ASVersion version = 0;
-        bool tellsVersion = true;  // false: the host answers "unknown" when asked for this table's version
-        bool raises = false;       // asking for this table raises
+        bool raises = false;  // asking for this table raises
         std::array<void*, kSlots> slots{};
     };
 
     HFT Core() { return tables["Core"].slots.data(); }
 
     std::map<std::string, Table> tables;  // all that a plug-in wants, each at a version that is new enough
-    std::vector<std::string> asked;       // names of the tables asked for, one entry for each run of equal ones
     std::map<ASErrorCode, std::string> errorTexts;
     bool errorTextRaises = false;
 

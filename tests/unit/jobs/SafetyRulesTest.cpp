@@ -42,7 +42,6 @@ protected:
         run.request.settings.alternativeOutputPath = m_folder.Path();
         return run;
     }
-    std::string Missing() const { return m_folder / "missing"; }
 
     CTemporaryFolder m_folder;
 };
@@ -50,117 +49,76 @@ protected:
 TEST_F(SafetyRules, RefuseWhatWouldSurprise)
 {
     using Change = std::function<void(PlannedRun&)>;
-    const auto engineSaves = [](PlannedRun& run, int kind) {
-        run.facts.steps.pop_back();
-        run.facts.output.kind = kind;
+    const std::string here = m_folder.Path(), missing = m_folder / "missing", none;
+    const auto input = [](const std::string& path) {
+        return [path](PlannedRun& r) { r.request.settings.alternativeInputPath = path; };
     };
-    const auto ends = [](PlannedRun& run, int code, const std::string& destination) {
-        run.request.settings.finalAction = code;
-        run.request.settings.destination = destination;
+    const auto further = [](const std::string& path) {
+        return [path](PlannedRun& r) { r.request.furtherInputPaths = {path}; };
     };
+    const auto output = [](const std::string& path) {
+        return [path](PlannedRun& r) { r.request.settings.alternativeOutputPath = path; };
+    };
+    const auto engineSaves = [](int kind, const std::string& folder = {}) {
+        return [kind, folder](PlannedRun& r) {
+            r.facts.steps.pop_back();
+            r.facts.output.kind = kind;
+            r.facts.output.selectedFolder = folder;
+        };
+    };
+    const auto savesBy = [](const StepFacts& step) { return [step](PlannedRun& r) { r.facts.steps.back() = step; }; };
+    const auto ends = [](int code, const std::string& destination) {
+        return [code, destination](PlannedRun& r) {
+            r.request.settings.finalAction = code;
+            r.request.settings.destination = destination;
+        };
+    };
+    const auto switchOn = [](auto name) { return [name](PlannedRun& r) { r.request.switches.*name = true; }; };
+    const Change stepMissing = [](PlannedRun& r) { r.facts.steps.push_back(Step("Maker:Gone", false)); };
+    const Change namesInput = [](PlannedRun& r) { r.facts.inputKind = kInputFolder; };
+    const Change overwrites = [](PlannedRun& r) { r.facts.output.dontOverwrite = false; };
+    const Change oldHost = [](PlannedRun& r) { r.facts.hostMajor = 10; };
+    const Change savesNothing = [](PlannedRun& r) { r.facts.steps.pop_back(); };
     const struct {
         const char* what;
-        Change change;
+        std::vector<Change> changes;
         const char* hint;  // part of the message; empty: the run may start
     } rows[] = {
-        {"nothing changed", [](PlannedRun&) {}, ""},
-        {"a step is missing", [](PlannedRun& r) { r.facts.steps.push_back(Step("Maker:Gone", false)); },
-         "--skip-unavailable"},
-        {"a step is missing, and that is fine",
-         [](PlannedRun& r) {
-             r.facts.steps.push_back(Step("Maker:Gone", false));
-             r.request.switches.skipUnavailable = true;
-         },
-         ""},
-        {"nobody names the input", [](PlannedRun& r) { r.request.settings.alternativeInputPath.clear(); }, "--input"},
-        {"the input is missing", [&](PlannedRun& r) { r.request.settings.alternativeInputPath = Missing(); },
-         "--input"},
-        {"a further input is missing", [&](PlannedRun& r) { r.request.furtherInputPaths = {Missing()}; }, "missing"},
-        {"further inputs are inputs",
-         [&](PlannedRun& r) {
-             r.request.settings.alternativeInputPath.clear();
-             r.request.furtherInputPaths = {m_folder.Path()};
-         },
-         ""},
-        {"the sequence names its input",
-         [](PlannedRun& r) {
-             r.request.settings.alternativeInputPath.clear();
-             r.facts.inputKind = kInputFolder;
-         },
-         ""},
-        {"the output folder is missing", [&](PlannedRun& r) { r.request.settings.alternativeOutputPath = Missing(); },
-         "--output"},
-        {"the sequence asks for its output folder",
-         [&](PlannedRun& r) {
-             engineSaves(r, kOutputAskUser);
-             r.request.settings.alternativeOutputPath.clear();
-         },
-         "--output"},
-        {"the sequence's own folder is missing",
-         [&](PlannedRun& r) {
-             engineSaves(r, kOutputFolder);
-             r.facts.output.selectedFolder = Missing();
-             r.request.settings.alternativeOutputPath.clear();
-         },
-         "--output"},
-        {"another folder takes its place",
-         [&](PlannedRun& r) {
-             engineSaves(r, kOutputFolder);
-             r.facts.output.selectedFolder = Missing();
-         },
-         ""},
-        {"nothing is saved and the input is deleted",
-         [&](PlannedRun& r) {
-             r.facts.steps.pop_back();
-             ends(r, 3, "");
-         },
-         "--allow-no-output"},
-        {"nothing is saved and the input is copied",
-         [&](PlannedRun& r) {
-             r.facts.steps.pop_back();
-             ends(r, 8, m_folder.Path());
-         },
-         ""},
+        {"nothing changed", {}, ""},
+        {"a step is missing", {stepMissing}, "--skip-unavailable"},
+        {"a step is missing, and that is fine", {stepMissing, switchOn(&SafetySwitches::skipUnavailable)}, ""},
+        {"nobody names the input", {input(none)}, "--input"},
+        {"the input is missing", {input(missing)}, "--input"},
+        {"a further input is missing", {further(missing)}, "missing"},
+        {"further inputs are inputs", {input(none), further(here)}, ""},
+        {"the sequence names its input", {input(none), namesInput}, ""},
+        {"the output folder is missing", {output(missing)}, "--output"},
+        {"the sequence asks for its output folder", {engineSaves(kOutputAskUser), output(none)}, "--output"},
+        {"the sequence's own folder is missing", {engineSaves(kOutputFolder, missing), output(none)}, "--output"},
+        {"another folder takes its place", {engineSaves(kOutputFolder, missing)}, ""},
+        {"nothing is saved and the input is deleted", {savesNothing, ends(3, none)}, "--allow-no-output"},
+        {"nothing is saved and the input is copied", {savesNothing, ends(8, here)}, ""},
         {"nothing is saved and the input is moved, as wanted",
-         [&](PlannedRun& r) {
-             r.facts.steps.pop_back();
-             ends(r, 7, m_folder.Path());
-             r.request.switches.allowNoOutput = true;
-         },
+         {savesNothing, ends(7, here), switchOn(&SafetySwitches::allowNoOutput)},
          ""},
-        {"the save step replaces the inputs", [](PlannedRun& r) { r.facts.steps.back() = SaveStep(false); },
-         "--allow-in-place"},
-        {"the save step replaces the inputs, and no folder is given",
-         [](PlannedRun& r) {
-             r.facts.steps.back() = SaveStep(false);
-             r.request.settings.alternativeOutputPath.clear();
-         },
-         ""},
+        {"the save step replaces the inputs", {savesBy(SaveStep(false))}, "--allow-in-place"},
+        {"the save step replaces the inputs, and no folder is given", {savesBy(SaveStep(false)), output(none)}, ""},
         {"the save step replaces the inputs, as wanted",
-         [](PlannedRun& r) {
-             r.facts.steps.back() = SaveStep(false);
-             r.request.switches.allowInPlace = true;
-         },
+         {savesBy(SaveStep(false)), switchOn(&SafetySwitches::allowInPlace)},
          ""},
-        {"the save step adds an affix", [](PlannedRun& r) { r.facts.steps.back() = SaveStep(false, "_o"); }, ""},
-        {"an old host saves in place whatever the step says", [](PlannedRun& r) { r.facts.hostMajor = 10; },
-         "--allow-in-place"},
-        {"the engine replaces the inputs",
-         [&](PlannedRun& r) {
-             engineSaves(r, kOutputInputFolder);
-             r.facts.output.dontOverwrite = false;
-         },
-         "--allow-in-place"},
-        {"the destination is missing", [&](PlannedRun& r) { ends(r, 1, Missing()); }, "--destination"},
-        {"no destination is given", [&](PlannedRun& r) { ends(r, 6, ""); }, "--destination"},
-        {"no new name is given", [&](PlannedRun& r) { ends(r, 4, ""); }, "--destination"},
-        {"no program is given", [&](PlannedRun& r) { ends(r, 5, ""); }, "--destination"},
-        {"the program is missing", [&](PlannedRun& r) { ends(r, 5, Missing()); }, "program"},
-        {"deleting needs no destination", [&](PlannedRun& r) { ends(r, 3, ""); }, ""},
+        {"the save step adds an affix", {savesBy(SaveStep(false, "_o"))}, ""},
+        {"an old host saves in place whatever the step says", {oldHost}, "--allow-in-place"},
+        {"the engine replaces the inputs", {engineSaves(kOutputInputFolder), overwrites}, "--allow-in-place"},
+        {"the destination is missing", {ends(1, missing)}, "--destination"},
+        {"no destination is given", {ends(6, none)}, "--destination"},
+        {"no new name is given", {ends(4, none)}, "--destination"},
+        {"no program is given", {ends(5, none)}, "--destination"},
+        {"the program is missing", {ends(5, missing)}, "program"},
+        {"deleting needs no destination", {ends(3, none)}, ""},
     };
     for (const auto& row : rows) {
         PlannedRun run = Harmless();
-        row.change(run);
+        for (const Change& change : row.changes) change(run);
         const std::string problem = SafetyProblem(run.facts, run.request);
         EXPECT_EQ(problem.empty(), *row.hint == '\0') << row.what << ": " << problem;
         EXPECT_NE(problem.find(row.hint), std::string::npos) << row.what << ": " << problem;

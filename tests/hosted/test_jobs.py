@@ -4,7 +4,7 @@ import re
 import unittest
 from pathlib import Path
 
-from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items
+from unattended import PROTECT, SAVE, Workplace, minimal_pdf, protect_items, save_items
 from worker import Job, job_of, to_text
 
 FOREIGN = ("--plugin", os.environ.get("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),
@@ -114,21 +114,6 @@ class Jobs(unittest.TestCase):
                 done = Job(self.place, job) if isinstance(job, dict) else Job(self.place, {"kind": job})
                 self.assertEqual((done.end, done.code), ("not-started", 1), done)
                 self.assertNotEqual(done.end_message, "")
-
-    def test_a_run_logs_what_the_environment_form_logs(self):
-        inputs = self.write("a.pdf", "b.pdf", "c.pdf")
-        (self.place.input / "b.pdf").write_bytes(b"no document")
-        environment = self.place.run_folder(self.sequence, 1, self.place.done, FERRULEFILEEXT="pdf")
-        for path in [*self.place.output.iterdir(), *self.place.done.iterdir()]:
-            path.unlink()
-        job = self.run_job(inputs, final=1, destination=self.place.done)
-        self.assertEqual(timeless(job.lines), timeless(environment.lines))
-        self.assertEqual([record["outcome"] for record in job.records], ["saved", "failed", "saved"])
-        self.assertEqual((job.code, environment.code), (3, 3))
-        self.assertEqual(job.started, 3)
-        self.assertEqual(page_count(self.place.output / "c.pdf", "open sesame"), 1)
-        self.assertEqual([(ask["number"], ask["purpose"], ask["act"]) for ask in job.acts],
-                         [(1, "output", "put"), (1, "final-action", "put"), (3, "output", "put"), (3, "final-action", "put")])
 
     def test_the_lines_of_a_file_do_not_depend_on_the_files_before(self):
         inputs = self.write("a.pdf", "b.pdf", "c.pdf")

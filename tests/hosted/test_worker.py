@@ -1,5 +1,4 @@
 """What the host itself adds to a run: records, the watch over signatures, and what happens when the supervisor is gone."""
-import hashlib
 import json
 import os
 import subprocess
@@ -10,10 +9,6 @@ from worker import Job, job_of
 
 SIGNED = (b"/AcroForm<</SigFlags 3/Fields[<</FT/Sig/T(s)/V<</Type/Sig/Filter/Adobe.PPKLite/SubFilter/adbe.pkcs7.detached"
           b"/ByteRange[0 1 2 3]/Contents<00>>>>>]>>/Pages 2 0 R")
-
-
-def sha256(path):
-    return hashlib.sha256(path.read_bytes()).hexdigest()
 
 
 class WorkerTest(unittest.TestCase):
@@ -34,30 +29,6 @@ class WorkerTest(unittest.TestCase):
     def clear(self):
         for path in [*self.place.output.iterdir(), *self.place.done.iterdir()]:
             path.unlink()
-
-    def test_the_environment_form_writes_the_records_that_a_worker_tells(self):
-        record = self.place.root / "record.jsonl"
-        names = ("a.pdf", "b.pdf", "c.pdf")
-        for final in (0, 1, 2, 3, 7):
-            with self.subTest(final=final):
-                found = []
-                for worker in (False, True):
-                    inputs = [self.write(name, b"no document" if name == "b.pdf" else None) for name in names]
-                    if worker:
-                        found.append(self.job(inputs, final=final, destination=self.place.done).records)
-                    else:
-                        self.place.run_folder(self.sequence, final, self.place.done, ("--record", record),
-                                              FERRULEFILEEXT="pdf")
-                        found.append([json.loads(line) for line in record.read_text("utf-8").splitlines()])
-                        made = found[0][0]["outputs"][0]
-                        self.assertEqual(made["sha256"], sha256(self.place.output / "a.pdf"))
-                        self.assertEqual(found[0][0]["sha256"], hashlib.sha256(minimal_pdf("a.pdf")).hexdigest())
-                    self.clear()
-                for entry in found[0] + found[1]:
-                    del entry["milliseconds"]
-                    for output in entry["outputs"]:
-                        del output["sha256"]  # the identifier in the file differs from save to save
-                self.assertEqual(found[0], found[1])
 
     def test_a_signed_document_that_is_written_as_a_whole_is_told(self):
         signed = self.write("signed.pdf", minimal_pdf("x").replace(b"/Pages 2 0 R", SIGNED, 1))

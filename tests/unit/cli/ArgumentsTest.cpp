@@ -51,17 +51,6 @@ TEST(Arguments, NamesStayWhatTheyAre)
     EXPECT_EQ(Parsed("run", {"--", "--x"}).Operands(), std::vector<std::string>{"--x"});
 }
 
-TEST(Arguments, AbsentOptionsHaveTheirFallback)
-{
-    const CArguments arguments = Parsed("run", {"s"});
-    EXPECT_FALSE(arguments.Has("--ext"));
-    EXPECT_EQ(arguments.Text("--ext"), "pdf");
-    EXPECT_EQ(arguments.Number("--timeout"), 300);
-    EXPECT_EQ(arguments.Size("--memory"), 2147483648U);
-    EXPECT_EQ(arguments.Text("--final-action"), "nothing");
-    EXPECT_THROW((void)arguments.Text("--nothing-like-that"), std::logic_error);
-}
-
 TEST(Arguments, MistakesAreNamed)
 {
     const struct {

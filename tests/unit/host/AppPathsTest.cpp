@@ -35,15 +35,3 @@ TEST(AppPaths, HelpFileFollowsTheUpperCasedModulePath)
         EXPECT_EQ(paths.helpFile, row.helpFile);
     }
 }
-
-TEST(AppPaths, FilesStandInThePerUserFolder)
-{
-    const std::string s(1, kSeparator);
-    const AppPaths paths = MakeAppPaths("", "/data/me");
-    EXPECT_EQ(paths.settingsFolder, "/data/me" + s + "Quillon" + s + "Ferrule" + s);
-    EXPECT_EQ(paths.settingsFile, paths.settingsFolder + "Ferrule.cfs");
-    EXPECT_EQ(paths.searchSettingsFile, paths.settingsFolder + "FerruleSearchSettings.cfs");
-    EXPECT_EQ(paths.logFile, paths.settingsFolder + "FerruleLog.txt");
-    EXPECT_TRUE(paths.logFileEnabled);
-    EXPECT_EQ(MakeAppPaths("", "").settingsFolder, s + "Quillon" + s + "Ferrule" + s);
-}

@@ -3,7 +3,6 @@
 // It "processes" a file by writing its text in capitals. Words in a file's name make it misbehave: see Misbehave. The
 // environment variable FAKE_KILL=N:PLACE makes it kill its supervisor when it comes to that place for the Nth time;
 // the count is kept in the file FAKE_COUNT.
-#include "unit/supervisor/FakeWorker.h"
 #include "base/ByteText.h"
 #include "base/PathNames.h"
 #include "base/Text.h"
@@ -60,6 +59,16 @@ struct Input {
     bool Is(const char* word) const { return FileName(path).find(word) != std::string::npos; }
 };
 
+/// Ends the process that started this one, as a power cut would.
+void KillParent()
+{
+#ifdef _WIN32
+    std::abort();  // nothing here asks for it: a run that is to be killed would have to be a process of its own
+#else
+    kill(getppid(), SIGKILL);
+#endif
+}
+
 /// Comes to a place where a test may want the supervisor, and this worker with it, to die.
 void Pass(const std::string& place)
 {
@@ -83,7 +92,6 @@ public:
         const Json job = ObjectAt(Ask({{"ask", "job"}}), "job");
         m_settings = ObjectAt(job, "settings");
         m_tag = TextAt(job, "run");
-        m_trial = FlagAt(job, "dryRun");
         if (Setting("FERRULESEQU") == "does not start") {
             std::cerr << "no plug-in\n";
             return 4;
@@ -227,15 +235,6 @@ private:
         return TextAt(answer, "answer");
     }
 
-    bool IsTaken(const std::string& path)
-    {
-        if (m_trial) {
-            const Json answer = Ask({{"ask", "exists"}, {"path", TextFromBytes(path)}});
-            if (answer.contains("exists") && answer["exists"].is_boolean()) return FlagAt(answer, "exists");
-        }
-        return platform::NameExists(path);
-    }
-
     /// Copies the content in capitals: to a free name in the output folder, or in place.
     void Save()
     {
@@ -245,17 +244,14 @@ private:
             // Files of one group want one name.
             std::string name = FileName(m_input.path);
             if (const std::size_t group = name.find("group"); group != std::string::npos) name = name.substr(group);
-            target =
-                UniqueSpaced(folder + kSeparator + name, [this](const std::string& path) { return IsTaken(path); });
+            target = UniqueSpaced(folder + kSeparator + name, platform::NameExists);
         }
         const std::string temporary =
             FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(ProcessId()) + "-1.tmp";
-        if (!m_trial) {
-            const std::string bytes = ToUpperAscii(platform::ReadWholeFile(m_input.path, 1 << 20).value_or(""));
-            std::fclose(Written(temporary, bytes));
-        }
+        const std::string bytes = ToUpperAscii(platform::ReadWholeFile(m_input.path, 1 << 20).value_or(""));
+        std::fclose(Written(temporary, bytes));
         if (m_input.Is("temporary")) std::abort();
-        const std::string answer = Act("put", "output", m_trial ? "" : temporary, target);
+        const std::string answer = Act("put", "output", temporary, target);
         if (answer == "refuse") m_outcome = "failed";
         if (m_input.Is("die-before-put")) std::abort();
         if (answer == "go")
@@ -264,8 +260,7 @@ private:
             std::filesystem::remove(temporary);
         if (m_input.Is("die-after-put")) std::abort();
         if (m_outcome == "saved")
-            m_outputs.push_back(
-                {{"path", TextFromBytes(target)}, {"sha256", m_trial ? "" : platform::Sha256OfFile(target)}});
+            m_outputs.push_back({{"path", TextFromBytes(target)}, {"sha256", platform::Sha256OfFile(target)}});
         m_log.Line("saved " + FileName(target));
     }
 
@@ -345,7 +340,6 @@ private:
     Json m_settings;
     std::string m_tag;
     int m_total = 0;
-    bool m_trial = false;
     Input m_input;
     Json m_outputs, m_finalAction;
     std::string m_outcome, m_sha256;

@@ -1,11 +1,7 @@
-#include "base/Text.h"
 #include "supervisor/Manifest.h"
 #include "unit/supervisor/RunPlace.h"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <regex>
 
 namespace {
 
@@ -41,37 +37,6 @@ protected:
     CRunPlace place;
     std::string manifest = place.folder / "manifest";
 };
-
-/// What differs between two runs of the same thing.
-std::string Normalised(const std::string& text, const std::string& folder)
-{
-    std::string result = ReplaceAll(text, folder, "");
-    result = ReplaceAll(result, ReplaceAll(folder, "\\", "\\\\"), "");  // as it stands in JSON
-    result = std::regex_replace(result, std::regex("LOG STOPPED: at [0-9]+"), "LOG STOPPED");
-    return std::regex_replace(result, std::regex("\"milliseconds\":[0-9]+"), "");
-}
-
-TEST_F(MergeTest, ShardsGiveTheLogAndRecordOfOneRun)
-{
-    const std::vector<const char*> names = {"a", "b group1", "c", "crash", "d group1", "e", "f", "g group2"};
-    Plan(names);
-    std::vector<std::string> journals;
-    for (int shard = 3; shard >= 1; --shard) {
-        EXPECT_NE(Shard(shard, 3).exit, ExitClass::Broken);
-        journals.push_back(Journal(shard));
-    }
-    const RunResult merged = Merge(journals);
-    EXPECT_EQ(merged.exit, ExitClass::SomeNotSaved) << merged.message;
-    EXPECT_EQ(merged.Count(FileOutcomeClass::Failed), 1);
-    CRunPlace whole;
-    for (const char* name : names) whole.Input(name);
-    EXPECT_EQ(whole.Run().exit, ExitClass::SomeNotSaved);
-    EXPECT_EQ(Normalised(place.Text("log.txt"), place.folder.Path()),
-              Normalised(whole.Text("log.txt"), whole.folder.Path()));
-    EXPECT_EQ(Normalised(place.Text("record.jsonl"), place.folder.Path()),
-              Normalised(whole.Text("record.jsonl"), whole.folder.Path()));
-    EXPECT_EQ(place.Files("out"), whole.Files("out"));
-}
 
 TEST_F(MergeTest, DoingAShardAgainRepeatsNothing)
 {

@@ -6,8 +6,6 @@
 
 namespace {
 
-using Files = std::map<std::string, std::string>;
-
 /// Without numbers and carriage returns; process numbers of the fake are blanked.
 std::vector<std::string> LogOf(const CRunPlace& place)
 {
@@ -123,21 +121,6 @@ TEST(Run, GoesOnWithTheFinalActionWhenTheResultWasWritten)
     EXPECT_EQ(place.notes.Of("die-after-put").outputs[0].path, place.folder / "out/die-after-put");
 }
 
-TEST(Run, FilesThatWantOneNameGetTheSameNamesForAnyNumberOfJobs)
-{
-    Files first;
-    for (const int jobs : {1, 5}) {
-        CRunPlace place;
-        place.options.engine.jobs = jobs;
-        for (const char* name : {"a group1", "b group2", "c group1", "d group1", "e", "f group2", "g group1"})
-            place.Input(name);
-        EXPECT_EQ(place.Run().exit, ExitClass::Fine);
-        if (first.empty()) first = place.Files("out");
-        EXPECT_EQ(place.Files("out"), first);
-        EXPECT_EQ(first["group1 (2)"], "TEXT OF D GROUP1");
-    }
-}
-
 TEST(Run, DoesNotTouchWhatChangedSinceThePlan)
 {
     class CChanger : public CNotes {
@@ -228,36 +211,6 @@ TEST(Run, GoesOnWithoutALogThatAnotherRunHolds)
     EXPECT_EQ(place.Text("log.txt"), "");
     EXPECT_EQ(place.notes.warnings.size(), 1u);
     EXPECT_EQ(result.logPath, "");
-}
-
-TEST(Run, ATrialTouchesNothingAndSaysWhatTheRunWillDo)
-{
-    const auto build = [](CRunPlace& place) {
-        for (const char* name : {"a group1", "b group1", "c", "d"}) place.Input(name);
-        place.folder.Write("out/c", "was there before");
-        place.FinalAction(6);
-    };
-    CRunPlace trial, real;
-    build(trial);
-    build(real);
-    const auto before = trial.Files("settings");
-    trial.options.dryRun = true;
-    EXPECT_EQ(trial.Run().exit, ExitClass::Fine);
-    EXPECT_EQ(trial.Files("in").size(), 4u);
-    EXPECT_EQ(trial.Files("out").size(), 1u);
-    EXPECT_EQ(trial.Text("log.txt"), "<missing>");
-    EXPECT_EQ(trial.Lines("record.jsonl").size(), 4u);
-    EXPECT_EQ(trial.Files("settings"), before);
-    EXPECT_EQ(real.Run().exit, ExitClass::Fine);
-    ASSERT_EQ(trial.notes.done.size(), 4u);
-    for (const FileRecord& record : real.notes.done) {
-        const std::string name = std::filesystem::path(record.path).filename().string();
-        const FileRecord promised = trial.notes.Of(name);
-        ASSERT_EQ(promised.outputs.size(), 1u) << name;
-        EXPECT_EQ(std::filesystem::path(promised.outputs[0].path).filename(),
-                  std::filesystem::path(record.outputs[0].path).filename());
-        EXPECT_EQ(promised.outcome, record.outcome);
-    }
 }
 
 TEST(Run, TheFirstInterruptBeginsNoFurtherFileAndResumeGoesOn)

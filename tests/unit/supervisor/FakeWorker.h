@@ -1,4 +1,0 @@
-#pragma once
-
-/// Ends the process that started this one, as a power cut would.
-void KillParent();

@@ -23,6 +23,9 @@ def manifest():
 # Documents of which no other reader shows a page. Where the pages had to be searched for, the run is not sure of them.
 ONLY_HERE = {"damaged/broken-objstream1.pdf": "incomplete", "damaged/poppler-67295-0.pdf": "saved",
              "damaged/T02-01_001_document-catalog-No-document-catalog.pdf": "incomplete", "odd/page_tree_empty_node.pdf": "saved"}
+# Pages were searched for or are missing, or the file ends early: their originals must be kept.
+LOSE_SOMETHING = {"damaged/deep-pages.pdf", "damaged/gh-229.pdf", "damaged/missing_xref_trailer_dict.pdf",
+                  "damaged/T02-02_002_page-tree-kids-links-recursive.pdf", "damaged/T02-02_007_page-tree-wrong-count.pdf"}
 
 
 class Corpus(unittest.TestCase):
@@ -57,6 +60,8 @@ class Corpus(unittest.TestCase):
                 expected = {"saved"}
             elif path in ONLY_HERE:
                 expected = {ONLY_HERE[path]}
+            elif path in LOSE_SOMETHING:
+                expected = {"incomplete"}
             elif row["expected"] == "not a usable PDF" or row["encryption"] == "public key":
                 expected = {"failed"}
             else:

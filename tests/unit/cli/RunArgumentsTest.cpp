@@ -138,21 +138,12 @@ TEST(RunArguments, PartsOfPlansAreCounted)
         EXPECT_THROW(read({"--journal", folder / "j", "--shard", shard}), cli::CCommandError) << shard;
     EXPECT_THROW(read({}), cli::CCommandError);
     // What the plan has said, a part of it cannot say otherwise.
-    const std::vector<std::string> refused[] = {{"s.sequ"},
-                                                {"-i", manifest},
-                                                {"-o", manifest},
-                                                {"--ext", "pdf"},
-                                                {"--no-subfolders"},
-                                                {"--min-age", "1"},
-                                                {"--final-action", "delete"},
-                                                {"--destination", manifest},
-                                                {"--dry-run"},
-                                                {"--log", "l"},
-                                                {"--skip-unavailable"},
-                                                {"--allow-no-output"},
-                                                {"--allow-in-place"},
-                                                {"--accept-damaged"},
-                                                {"--force"}};
+    std::vector<std::vector<std::string>> refused = {
+        {"s.sequ"},       {"-i", manifest},   {"-o", manifest}, {"--destination", manifest},
+        {"--ext", "pdf"}, {"--min-age", "1"}, {"--log", "l"},   {"--final-action", "delete"}};
+    for (const char* const flag : {"--dry-run", "--no-subfolders", "--skip-unavailable", "--allow-no-output",
+                                   "--allow-in-place", "--accept-damaged", "--force"})
+        refused.push_back({flag});
     for (std::vector<std::string> words : refused) {
         words.insert(words.begin(), {"--journal", folder / "j"});
         EXPECT_THROW(read(words), cli::CCommandError) << words.back();

@@ -183,28 +183,6 @@ TEST(BatchCommand, TwoProtectStepsInOneSequenceBothAct)
     }
 }
 
-TEST(BatchCommand, ADocumentThatCannotBeSecuredPutsTheCommandInError)
-{
-    openhost::OpenHostOptions options;
-    options.passwordCandidates = {"user"};
-    const CPlugInHost host(std::move(options));
-    CHostCommand command = Command(kProtect);
-    CCab params = Parameters("Password", "user");
-    params.PutString("PermPassword", "owner");
-    params.PutBool("PasswordProtect", true);
-    params.PutBool("CanEdit", false);
-    command.SetParams(params.View());
-    const std::string path = host.Folder().Write("a.pdf", kPdf);
-    CHostDocument document = CHostDocument::Open(path);
-    ASSERT_EQ(WorkOn(command, document), kAVCommandDone);
-    SaveDocument(document.Get(), PDSaveFull, path);
-    document.Close();
-
-    document = CHostDocument::Open(path);  // with the user's password only
-    EXPECT_EQ(WorkOn(command, document), kAVCommandInError);
-    EXPECT_NE(command.LastError(), "");
-}
-
 TEST(BatchCommand, ProtectLeavesADocumentAloneWhenNothingIsAskedFor)
 {
     const CPlugInHost host;

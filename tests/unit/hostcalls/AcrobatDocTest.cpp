@@ -52,20 +52,6 @@ StandardSecurityRequest NoChanges()
 
 }  // namespace
 
-TEST_F(AcrobatDoc, OpensAndSaysWhatItIs)
-{
-    CAcrobatDoc doc;
-    EXPECT_FALSE(doc);
-    doc.Open(m_input);
-    EXPECT_EQ(doc.PageCount(), 3);
-    EXPECT_EQ(doc.FullPath(), m_input);
-    EXPECT_EQ(doc.CurrentFile(), m_input);
-    EXPECT_TRUE(doc.MayModify());
-    EXPECT_TRUE(doc.MayFullSave());
-    EXPECT_EQ(doc.Close(), CAcrobatDoc::Closed::Document);
-    EXPECT_EQ(doc.Close(), CAcrobatDoc::Closed::NothingOpen);
-}
-
 TEST_F(AcrobatDoc, WhatIsNoDocumentRaisesAndLeavesNothingOpen)
 {
     for (const std::string& path :

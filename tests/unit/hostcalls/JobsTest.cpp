@@ -69,21 +69,6 @@ TEST(Jobs, AnOlderTableIsNotAskedForWhatItEndsBefore)
     EXPECT_EQ(g_calls, 0);
 }
 
-TEST(Jobs, AnswersComeThrough)
-{
-    CHandMadeHost host;
-    Offer(host, kTableJobsVersion);
-    EXPECT_EQ(JobText(), "{}");
-    const auto input = NextJobInput();
-    ASSERT_TRUE(input);
-    EXPECT_EQ(input->path, "in/a.pdf");
-    EXPECT_EQ(input->number, 3);
-    EXPECT_EQ(input->total, 9);
-    EXPECT_TRUE(input->finalActionOnly);
-    EXPECT_EQ(JobMayAct(kJobActPut, "a", "b"), kJobActPretended);
-    EXPECT_EQ(JobPathState("a"), kJobPathGone);
-}
-
 TEST(Jobs, AHostThatCannotBeAskedAllowsNothing)
 {
     CHandMadeHost host;

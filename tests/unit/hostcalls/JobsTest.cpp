@@ -12,44 +12,19 @@ namespace {
 int g_calls;  // of any function of the table
 bool g_raises;
 
-void CountCall()
+/// Stands in every slot.
+ASInt32 HOSTCALL CountCall()
 {
     ++g_calls;
     if (g_raises) CHandMadeHost::Raise(genErrGeneral);
+    return 0;
 }
-
-const char* HOSTCALL NextJob()
-{
-    CountCall();
-    return "{}";
-}
-ASInt32 HOSTCALL NextInput(JobInput* input)
-{
-    CountCall();
-    *input = {input->size, 3, 9, kJobInputFinalAction, "in/a.pdf"};
-    return 1;
-}
-ASInt32 HOSTCALL MayAct(ASInt32, const char*, const char*)
-{
-    CountCall();
-    return kJobActPretended;
-}
-ASInt32 HOSTCALL PathState(const char*)
-{
-    CountCall();
-    return kJobPathGone;
-}
-void HOSTCALL Note() { CountCall(); }
 
 void Offer(CHandMadeHost& host, ASVersion version)
 {
     auto& table = host.tables[HOST_TABLE_JOBS];
     table.version = version;
-    table.slots[kSlotJobsNextJob] = reinterpret_cast<void*>(&NextJob);
-    table.slots[kSlotJobsNextInput] = reinterpret_cast<void*>(&NextInput);
-    table.slots[kSlotJobsMayAct] = reinterpret_cast<void*>(&MayAct);
-    table.slots[kSlotJobsPathState] = reinterpret_cast<void*>(&PathState);
-    table.slots[kSlotJobsFinalActionBegins] = reinterpret_cast<void*>(&Note);
+    table.slots.fill(reinterpret_cast<void*>(&CountCall));
     g_calls = 0;
     g_raises = false;
     ASSERT_TRUE(HostTables().Import(host.Core()));

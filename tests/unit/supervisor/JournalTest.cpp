@@ -153,10 +153,15 @@ TEST(Journal, KnowsWhatIsLoggedAndWhatIsBegunAgain)
         EXPECT_EQ(index.Ending(), "");
     }
     ASSERT_TRUE(writer.AddAgain(1, ToDo::FinalAction));
+    std::uint64_t again = 0;
+    ASSERT_TRUE(writer.AddDone(Done(3), &again));
     CDoneIndex done(kTotal);
     CJournalIndex index(done);
     ASSERT_TRUE(ReadJournal(path, "run1", index));
+    index.Complete();
     EXPECT_FALSE(done.IsDone(1));
+    EXPECT_FALSE(done.At(3).logged) << "what was logged of it is the earlier time";
+    EXPECT_EQ(done.At(3).offset, again);
     EXPECT_EQ(index.Open().at(1).resultsOffset, offset);
 }
 

@@ -10,7 +10,6 @@
 #include "base/Text.h"
 #include "cli/Arguments.h"
 #include "cli/Completions.h"
-#include "cli/FinalActions.h"
 #include "cli/Help.h"
 #include "cli/ManPage.h"
 

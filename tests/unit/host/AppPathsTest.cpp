@@ -1,4 +1,3 @@
-#include "base/PathNames.h"
 #include "host/AppPaths.h"
 
 #include <gtest/gtest.h>

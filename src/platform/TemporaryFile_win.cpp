@@ -192,8 +192,12 @@ FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string
         return copied;
     };
     if (const auto copied = CreateUnderNewName(target, create, m_path); !copied) return copied;
+    const auto copy = WidePath(m_path);
+    const DWORD attributes = AttributesOf(copy);
     own.m_state->GiveListTo(m_path);
-    return FlushCopy(WidePath(m_path));
+    // Wine keeps the mark of read-only files among the rights, so the list has taken it away.
+    if (attributes != INVALID_FILE_ATTRIBUTES) (void)SetFileAttributesW(copy.c_str(), attributes);
+    return FlushCopy(copy);
 }
 
 }  // namespace platform

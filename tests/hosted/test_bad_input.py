@@ -1,6 +1,7 @@
 """Bad sequences and bad documents: each ends in a clear line that names the file, the run goes on, nothing is lost."""
 import os
 import unittest
+from pathlib import Path
 
 from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items, tool
 
@@ -63,6 +64,12 @@ class BadSequences(unittest.TestCase):
                 self.assertTrue((self.place.input / "a.pdf").exists())
                 self.assertEqual(outcome.lines[-1].split(" ")[0], "Software", outcome)
 
+    def test_a_missing_sequence_and_a_folder_instead_of_one(self):
+        for path in (self.place.root / "missing.sequ", self.place.input):
+            outcome = self.place.run_folder(path)
+            self.assertEqual(outcome.code, 1, outcome)
+            self.assertTrue(outcome.values("Error reading sequence file"), outcome)
+
     def test_a_host_form_sequence_needs_its_three_parts(self):
         parts = ["Commands", "Input", "Output"]
         for missing in parts:
@@ -77,6 +84,14 @@ class BadSequences(unittest.TestCase):
         self.assertEqual(outcome.code, 1, outcome)
         self.assertIn("nothing", outcome.errors.lower(), outcome)
         self.assertTrue(outcome.has("No sequence file specified"), outcome)
+
+    def test_unknown_steps_are_skipped_and_counted_as_not_fine(self):
+        sequence = self.place.sequence("x.sequ", [("NoSuchStep", {}), ("WatermarkCmd", {}), (SAVE, save_items())])
+        outcome = self.place.run_folder(sequence)
+        self.assertEqual(outcome.code, 3, outcome)
+        self.assertTrue(outcome.has("Skipping command because it is not available"), outcome)
+        self.assertTrue(outcome.has("Trying to load alternative command"), outcome)
+        self.assertEqual(page_count(self.place.output / "a.pdf"), 1)
 
 
 class BadDocuments(unittest.TestCase):
@@ -125,6 +140,16 @@ class BadDocuments(unittest.TestCase):
         for path in self.place.input.iterdir():
             self.assertEqual(page_count(self.place.output / path.name, "open sesame"), 1, path)
 
+    def test_an_unreadable_document(self):
+        if os.geteuid() == 0:
+            self.skipTest("the superuser can read everything")
+        path = self.place.input / "mine.pdf"
+        path.write_bytes(minimal_pdf())
+        path.chmod(0)
+        outcome = self.place.run_folder(self.sequence, final=3)
+        self.assertEqual(outcome.code, 3, outcome)
+        self.assertTrue(path.exists())
+
     def test_a_long_path_hides_no_reason(self):
         deep = self.place.input
         for length in range(70, 82):  # so that cuts fall at every place of a character
@@ -160,6 +185,44 @@ class BadDocuments(unittest.TestCase):
         settings = (self.place.root / "config" / "Quillon" / "Ferrule" / "Ferrule.cfs")
         self.assertEqual(settings.stat().st_mode & 0o777, 0o600)
         self.assertNotIn(b"open sesame", settings.read_bytes())
+
+    def test_two_protect_steps_with_different_passwords_both_act(self):
+        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
+        first, second = self.place.root / "first", self.place.root / "second"
+        for path in (first, second):
+            path.mkdir()
+        sequence = self.place.sequence("two.sequ", [
+            (PROTECT, protect_items(3, "one", "owner")), (SAVE, save_items("WorkflowPlaybackSaveInAFolder")),
+            (PROTECT, protect_items(2, "two", "owner")),
+            (SAVE, save_items("WorkflowPlaybackSaveInAFolder", AddToBaseName=("boolean", "true"),
+                              InsertAfterBaseName=("text", " two")))])
+        outcome = self.place.run_folder(sequence)
+        self.assertEqual(outcome.code, 0, outcome)
+        self.assertEqual(page_count(self.place.output / "a.pdf", "one"), 1, outcome)
+        self.assertEqual(page_count(self.place.output / "a two.pdf", "two"), 1, outcome)
+
+    def test_the_output_folder_may_be_inside_the_input_folder_or_the_same(self):
+        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
+        inside = self.place.input / "results"
+        inside.mkdir()
+        outcome = self.place.run_folder(self.sequence, FERRULEALTOUTPUTPATH=str(inside))
+        self.assertEqual(outcome.values("Number of input files"), ["1"], outcome)
+        self.assertEqual(page_count(inside / "a.pdf", "open sesame"), 1)
+        (inside / "a.pdf").unlink()
+        outcome = self.place.run_folder(self.sequence, FERRULEALTOUTPUTPATH=str(self.place.input))
+        found = sorted(p.name for p in self.place.input.iterdir() if p.is_file())
+        self.assertEqual(outcome.code, 0, outcome)
+        self.assertTrue(all(page_count(self.place.input / n, "open sesame") or page_count(self.place.input / n)
+                            for n in found), found)
+
+    def test_many_inputs_cost_no_more_than_in_proportion(self):
+        # The list of inputs alone: the files are no documents, so that each fails at once.
+        count = 3000
+        for number in range(count):
+            (self.place.input / f"{number:05}.pdf").write_bytes(b"x")
+        outcome = self.place.run_folder(self.sequence)
+        self.assertEqual(outcome.values("Number of input files"), [str(count)], outcome.errors[-500:])
+        self.assertEqual(outcome.code, 3)
 
 
 if __name__ == "__main__":

@@ -7,6 +7,7 @@ from pathlib import Path
 from unattended import Workplace, minimal_pdf, page_count, text_of, tool
 from worker import Job, from_text, to_text
 
+EXAMPLES = Path(os.environ.get("FERRULE_SEQUENCES", ""))
 OPEN, OWNER = "Leinen los! \u00e4", "K\u00e4pit\u00e4n <&> \"42\""
 
 
@@ -71,6 +72,38 @@ class SequenceJobs(unittest.TestCase):
         self.assertEqual(from_text(self.ask("show")["path"]), os.fsencode(self.sequence))
         message = self.ask("new", template="save", end="not-started")
         self.assertIn(os.fsencode(self.sequence), from_text(message))
+
+    def test_every_real_sequence_can_be_shown_checked_and_converted(self):
+        files = sorted(EXAMPLES.glob("*.sequ"))
+        if not files:
+            self.skipTest("the folder of real sequences is not here")
+        for number, path in enumerate(files):
+            with self.subTest(path.name):
+                self.sequence = path
+                real = path.name != "not-a-workflow-root.sequ"
+                checked = self.ask("check")
+                steps = path.read_text(encoding="utf-8").count("<Command ")
+                if not real:
+                    self.assertEqual([finding["code"] for finding in checked["findings"]], ["wrong-root"])
+                    self.assertIn("line 13", self.ask("show", end="not-started"))
+                    continue
+                shown = self.ask("show")
+                self.assertEqual(sum(len(group["steps"]) for group in shown["groups"]), steps)
+                unavailable = [step["number"] for group in shown["groups"] for step in group["steps"] if not step["available"]]
+                self.assertEqual([finding["step"] for finding in checked["findings"]
+                                  if finding["code"] == "step-not-available"], unavailable)
+                self.ask("convert", to="host", target=to_text(self.place.root / f"{number}.host"))
+
+    def test_hostile_files_are_findings_and_nothing_worse(self):
+        bombs = {"entities": b"<!DOCTYPE w [<!ENTITY a 'aaaa'><!ENTITY b '&a;&a;'>]><Workflow title='&b;'/>",
+                 "depth": b"<Workflow>" + b"<Group>" * 100000, "outside": b"<!DOCTYPE w SYSTEM 'file:///etc/passwd'><Workflow/>",
+                 "bytes": bytes(range(256)) * 100, "cut cab": b"\x8fFCab\r\n\x1a\x01\x00\x00\x00"}
+        for name, content in bombs.items():
+            with self.subTest(name):
+                self.sequence.write_bytes(content)
+                checked = self.ask("check")
+                self.assertEqual((checked["ok"], checked["errors"]), (False, 1), checked)
+                self.assertIn(str(self.sequence), self.ask("show", end="not-started"))
 
 
 if __name__ == "__main__":

@@ -52,6 +52,20 @@ StandardSecurityRequest NoChanges()
 
 }  // namespace
 
+TEST_F(AcrobatDoc, OpensAndSaysWhatItIs)
+{
+    CAcrobatDoc doc;
+    EXPECT_FALSE(doc);
+    doc.Open(m_input);
+    EXPECT_EQ(doc.PageCount(), 3);
+    EXPECT_EQ(doc.FullPath(), m_input);
+    EXPECT_EQ(doc.CurrentFile(), m_input);
+    EXPECT_TRUE(doc.MayModify());
+    EXPECT_TRUE(doc.MayFullSave());
+    EXPECT_EQ(doc.Close(), CAcrobatDoc::Closed::Document);
+    EXPECT_EQ(doc.Close(), CAcrobatDoc::Closed::NothingOpen);
+}
+
 TEST_F(AcrobatDoc, WhatIsNoDocumentRaisesAndLeavesNothingOpen)
 {
     for (const std::string& path :
@@ -201,4 +215,18 @@ TEST_F(AcrobatDoc, LeavesOpenWhatOthersOpened)
     }
     EXPECT_EQ(openhost::Part<openhost::CDocuments>().Live(), 1u);
     EXPECT_TRUE(CloseView(view, true));
+}
+
+TEST_F(AcrobatDoc, InformationEntriesKeepTheirBytes)
+{
+    const CHostDocument document = CHostDocument::Open(m_input);
+    const std::string wide("\xFE\xFF\x20\xAC\x00z", 6);
+    for (const std::string& value : {std::string("Title"), wide}) {
+        SetDocumentInfo(document.Get(), "Title", value);
+        EXPECT_EQ(DocumentInfo(document.Get(), "Title"), value);
+    }
+    EXPECT_EQ(DocumentInfo(document.Get(), "Nothing"), "");
+    EXPECT_NE(DocumentFlags(document.Get()) & PDDocNeedsSave, 0);
+    ClearDocumentFlags(document.Get(), PDDocNeedsSave);
+    EXPECT_EQ(DocumentFlags(document.Get()) & PDDocNeedsSave, 0);
 }

@@ -108,6 +108,8 @@ PageWalk WalkPages(QPDF& document)
             if (!node.isDictionaryOfType("/Pages")) walk.pages.push_back(node);
         } else if (!node.isIndirect() || entered.insert(node.getObjGen()).second) {
             path.push_back({kids, 0});
+        } else {
+            ++walk.unreadable;  // a branch that leads back into the tree stands where pages should be
         }
     };
 

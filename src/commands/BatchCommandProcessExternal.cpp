@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kFile[] = "File";
+constexpr char kProgram[] = "File";
 constexpr char kCommandLine[] = "CommandLine";  // kept with the parameters, used by nothing
 
 /// The file itself and not a program of that name somewhere in the search path.
@@ -30,13 +30,13 @@ CBatchCommandProcessExternal::CBatchCommandProcessExternal(CLogWriter& log)
 void CBatchCommandProcessExternal::SetDefaultParameters(CCabEditor parameters)
 {
     parameters.MakeEmpty();
-    parameters.PutString(kFile, {});
+    parameters.PutString(kProgram, {});
     parameters.PutString(kCommandLine, {});
 }
 
 std::vector<std::string> CBatchCommandProcessExternal::DescribeParameters(CCabView parameters) const
 {
-    return {ReplaceAll("Application To Start: %s", "%s", parameters.StringOrText(kFile).value_or(""))};
+    return {ReplaceAll("Application To Start: %s", "%s", parameters.StringOrText(kProgram).value_or(""))};
 }
 
 DialogOutcome CBatchCommandProcessExternal::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Canceled; }
@@ -45,7 +45,7 @@ bool CBatchCommandProcessExternal::ProcessDocument(const CommandTarget& target, 
 {
     // A host error ends the step for this document and nothing more.
     (void)CatchHostError([&] {
-        const std::string program = parameters.StringOrText(kFile).value_or("");
+        const std::string program = parameters.StringOrText(kProgram).value_or("");
         const std::string documentPath = CAcrobatDoc(target.document).CurrentFile();
         if (!platform::FileExists(program)) return;
         // A document that is not in a file yet, as after a conversion, has nothing to hand over.

@@ -10,9 +10,9 @@
 
 namespace {
 
-constexpr char kFile[] = "File";
+constexpr char kIndex[] = "File";
 
-std::string IndexPath(CCabView parameters) { return parameters.StringOrText(kFile).value_or(""); }
+std::string IndexPath(CCabView parameters) { return parameters.StringOrText(kIndex).value_or(""); }
 
 }  // namespace
 
@@ -33,7 +33,7 @@ CCatalogCommand::CCatalogCommand(const CatalogStepText& text, CLogWriter& log)
 void CCatalogCommand::SetDefaultParameters(CCabEditor parameters)
 {
     parameters.MakeEmpty();
-    parameters.PutString(kFile, {});
+    parameters.PutString(kIndex, {});
 }
 
 std::vector<std::string> CCatalogCommand::DescribeParameters(CCabView parameters) const

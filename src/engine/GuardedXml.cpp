@@ -3,6 +3,7 @@
 #include "engine/XmlGuard.h"
 
 #include <tinyxml.h>
+#include <cstring>
 #include <cstddef>
 #include <vector>
 
@@ -67,6 +68,14 @@ std::optional<XmlFault> WalkGuardedXml(std::string_view bytes, const std::functi
 std::string FaultSentence(const XmlFault& fault)
 {
     return fault.byParser ? fault.sentence + " (line " + std::to_string(fault.place.line) + ")" : fault.sentence;
+}
+
+bool IsNamed(const TiXmlElement& element, const char* name) { return std::strcmp(element.Value(), name) == 0; }
+
+std::string AttributeText(const TiXmlElement& element, const char* name)
+{
+    const std::string* value = element.Attribute(std::string(name));
+    return value ? *value : std::string();
 }
 
 TextPlace PlaceFrom(TextPlace start, int row, int column)

@@ -36,5 +36,9 @@ struct VisitedElement {
 /// One sentence for the log; the parser's own ones with the line.
 [[nodiscard]] std::string FaultSentence(const XmlFault& fault);
 
+[[nodiscard]] bool IsNamed(const TiXmlElement& element, const char* name);
+/// The attribute's value; empty when there is none.
+[[nodiscard]] std::string AttributeText(const TiXmlElement& element, const char* name);
+
 /// The place of an element whose parser counted `row` and `column` from `start`.
 [[nodiscard]] TextPlace PlaceFrom(TextPlace start, int row, int column);

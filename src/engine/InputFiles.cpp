@@ -11,7 +11,6 @@
 namespace {
 
 constexpr char kFilesKey[] = "PreselectedFilesPaths";
-constexpr char kFolderKey[] = "PreselectedFolderPath";
 
 using Paths = Expected<std::vector<std::string>>;
 

@@ -13,7 +13,6 @@
 namespace {
 
 constexpr char kSaveStep[] = "WorkflowPlaybackSaveFiles";
-constexpr char kFolderKey[] = "PreselectedFolderPath";
 
 /// The folder as a device-independent path that ends with a slash.
 std::string DIFolder(const std::string& folder)

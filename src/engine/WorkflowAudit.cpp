@@ -14,14 +14,6 @@ namespace {
 
 using Severity = WorkflowRemark::Severity;
 
-bool IsNamed(const TiXmlElement& element, const char* name) { return std::strcmp(element.Value(), name) == 0; }
-
-std::string AttributeText(const TiXmlElement& element, const char* name)
-{
-    const std::string* value = element.Attribute(std::string(name));
-    return value ? *value : std::string();
-}
-
 std::string Quoted(const std::string& name) { return '"' + name + '"'; }
 
 /// Whether the text is a number and nothing else.

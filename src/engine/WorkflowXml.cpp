@@ -14,14 +14,6 @@
 
 namespace {
 
-bool IsNamed(const TiXmlElement& element, const char* name) { return std::strcmp(element.Value(), name) == 0; }
-
-std::string AttributeText(const TiXmlElement& element, const char* name)
-{
-    const std::string* value = element.Attribute(std::string(name));
-    return value ? *value : std::string();
-}
-
 /// Calls `visit` for each child element, in document order.
 template <class Visit>
 void ForEachChild(const TiXmlElement& parent, Visit visit)

@@ -93,6 +93,12 @@ std::vector<FolderEntry> ListFolder(const std::string& path, FileResult* result 
 
 /// Absolute path with all links resolved; equal for two names of one folder. Empty when it does not exist.
 std::string CanonicalPath(const std::string& path);
+/// The same; the path as it is when it does not exist.
+inline std::string ResolvedPath(const std::string& path)
+{
+    std::string canonical = CanonicalPath(path);
+    return canonical.empty() ? path : canonical;
+}
 
 /// Hands the bytes of a regular file to `take`, piece by piece, until their end or until it answers false.
 FileResult ReadPieces(const std::string& path, const std::function<bool(std::string_view bytes)>& take);

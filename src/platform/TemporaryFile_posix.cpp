@@ -16,7 +16,7 @@
 namespace platform {
 namespace {
 
-constexpr mode_t kUsualMode = 0666, kOwnersMode = 0600;
+constexpr mode_t kUsualMode = 0666, kOwnersFileMode = 0600;
 
 }  // namespace
 
@@ -74,10 +74,10 @@ FileResult CTemporaryFile::CreateNew(const std::string& target, unsigned mode)
 // Where that is too much, the file is made once more, for its owner alone: who has opened the first one has nothing.
 FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers readers, const CFileRights* limit)
 {
-    if (readers != Readers::AsUsual) return CreateNew(target, kOwnersMode);
+    if (readers != Readers::AsUsual) return CreateNew(target, kOwnersFileMode);
     if (!limit) return CreateNew(target, kUsualMode);
     const CAccessRights& most = limit->m_state->access;
-    if (const auto created = CreateNew(target, kUsualMode & (kOwnersMode | most.Mode())); !created) return created;
+    if (const auto created = CreateNew(target, kUsualMode & (kOwnersFileMode | most.Mode())); !created) return created;
     CAccessRights given;
     if (const auto read = given.ReadFrom(static_cast<int>(m_file.Get())); !read) return read;
     const CAccessRights left = given.LimitedBy(most).WithOwner();
@@ -86,7 +86,7 @@ FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers reade
     if (calls::Unlink(m_path) != 0) return {errno};
     m_path.clear();
     m_rights.m_state = std::make_unique<CFileRights::State>(CFileRights::State{left, {}});
-    return CreateNew(target, kOwnersMode);
+    return CreateNew(target, kOwnersFileMode);
 }
 
 FileResult CTemporaryFile::Write(std::string_view bytes) { return WriteAll(static_cast<int>(m_file.Get()), bytes); }

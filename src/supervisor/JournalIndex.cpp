@@ -8,7 +8,7 @@
 
 namespace {
 
-std::uint64_t HashOf(const std::string& path) { return std::hash<std::string>{}(path); }
+std::uint64_t HashOfTarget(const std::string& path) { return std::hash<std::string>{}(path); }
 
 std::string NoSuchFile(int number) { return "there is no file " + std::to_string(number) + " in the manifest"; }
 
@@ -21,7 +21,7 @@ bool IsRetried(FileOutcomeClass outcome)
 
 bool CJournalIndex::HasTarget(const std::string& path) const
 {
-    return std::binary_search(m_targets.begin(), m_targets.end(), HashOf(path));
+    return std::binary_search(m_targets.begin(), m_targets.end(), HashOfTarget(path));
 }
 
 void CJournalIndex::Complete()
@@ -41,7 +41,7 @@ std::string CJournalIndex::OnIntent(Intent intent)
     if (!m_done.Contains(intent.number)) return NoSuchFile(intent.number);
     m_ending.clear();
     if (!intent.target.empty() && intent.act != ActKind::Start) {
-        m_targets.push_back(HashOf(intent.target));
+        m_targets.push_back(HashOfTarget(intent.target));
         m_targetFolders.insert(FolderOf(intent.target));
     }
     m_open[intent.number].intents.push_back(std::move(intent));

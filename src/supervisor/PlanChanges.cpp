@@ -39,20 +39,14 @@ std::string PlannedSetting(const Json& job, const char* name)
     return RemoveQuotes(BytesAt(ObjectAt(job, "settings"), name));
 }
 
-std::string Resolved(const std::string& path)
+bool IsSameFile(const std::string& one, const std::string& other)
 {
-    const std::string canonical = platform::CanonicalPath(path);
-    return canonical.empty() ? path : canonical;
-}
-
-bool IsSamePlace(const std::string& one, const std::string& other)
-{
-    return one == other || Resolved(one) == Resolved(other);
+    return one == other || platform::ResolvedPath(one) == platform::ResolvedPath(other);
 }
 
 bool IsSame(const SettingRow& row, const std::string& one, const std::string& other)
 {
-    return row.place ? IsSamePlace(one, other) : ToLowerAscii(one) == ToLowerAscii(other);
+    return row.place ? IsSameFile(one, other) : ToLowerAscii(one) == ToLowerAscii(other);
 }
 
 std::string Told(const std::string& value) { return value.empty() ? "nothing" : '"' + value + '"'; }
@@ -100,9 +94,9 @@ std::vector<std::string> Differences(const ManifestHeader& header, const RunRequ
 bool HaveSameInputs(const ManifestHeader& header, const RunRequest& request)
 {
     const Json job = JobOf(header);
-    return IsSamePlace(PlannedSetting(job, "FERRULESEQU"), SequenceOf(request)) &&
-           IsSamePlace(PlannedSetting(job, "FERRULEALTPATH"), SettingOf(request, "FERRULEALTPATH")) &&
-           std::ranges::equal(header.inputs, request.inputs, IsSamePlace);
+    return IsSameFile(PlannedSetting(job, "FERRULESEQU"), SequenceOf(request)) &&
+           IsSameFile(PlannedSetting(job, "FERRULEALTPATH"), SettingOf(request, "FERRULEALTPATH")) &&
+           std::ranges::equal(header.inputs, request.inputs, IsSameFile);
 }
 
 bool IsUnfinished(const ManifestHeader& header, const std::string& journalPath)

@@ -23,20 +23,14 @@ void AddPart(CSha256& digest, const std::string& part)
     digest.Add(part.data(), part.size());
 }
 
-std::string Resolved(const std::string& path)
-{
-    const std::string canonical = platform::CanonicalPath(path);
-    return canonical.empty() ? path : canonical;
-}
-
 /// Sequence, inputs, output, final action and destination.
 std::string KeyOf(const RunRequest& request)
 {
     CSha256 digest;
     for (const char* name : {"FERRULESEQU", "FERRULEALTPATH", "FERRULEALTOUTPUTPATH", "FERRULEFINAL", "FERRULEDEST"})
         for (const auto& [setting, value] : request.settings)
-            if (setting == name) AddPart(digest, std::string(name) + '=' + Resolved(value));
-    for (const std::string& input : request.inputs) AddPart(digest, Resolved(input));
+            if (setting == name) AddPart(digest, std::string(name) + '=' + platform::ResolvedPath(value));
+    for (const std::string& input : request.inputs) AddPart(digest, platform::ResolvedPath(input));
     return digest.Digest().substr(0, kKeyLength);
 }
 

@@ -208,7 +208,7 @@ AVCommandStatus SaveThroughConverter(PDDoc document, const SaveStepSettings& set
 }
 
 /// A save that fails raises: the message names file and reason, and nobody takes the step for done.
-AVCommandStatus Work(AVCommand command)
+AVCommandStatus SaveWork(AVCommand command)
 {
     auto& commands = Part<CCommands>();
     const PDDoc document = commands.Document(command);
@@ -224,10 +224,10 @@ AVCommandStatus Work(AVCommand command)
     return kAVCommandDone;
 }
 
-void GetProps(AVCommand, ASCab props) { PutStepProps(CabAt(props), kTitles); }
+void GetSaveProps(AVCommand, ASCab props) { PutStepProps(CabAt(props), kTitles); }
 
 }  // namespace
 
-AVCommandHandler SaveStepHandler() { return StepHandler<&Work, &GetProps>(); }
+AVCommandHandler SaveStepHandler() { return StepHandler<&SaveWork, &GetSaveProps>(); }
 
 }  // namespace openhost

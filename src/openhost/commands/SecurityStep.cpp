@@ -8,7 +8,6 @@ namespace openhost {
 
 namespace {
 
-constexpr StepTitles kTitles = {"Document", "Security"};
 constexpr char kStandard[] = "Standard";
 
 /// Not by way of the host encoding, which need not hold every character of a password.
@@ -59,7 +58,7 @@ void SetStandardSecurity(CHostDocument& held, const CCabinet* settings)
 }
 
 /// Prepares the document's security; the next full save writes it.
-AVCommandStatus Work(AVCommand command)
+AVCommandStatus SecurityWork(AVCommand command)
 {
     auto& commands = Part<CCommands>();
     const PDDoc document = commands.Document(command);
@@ -78,10 +77,10 @@ AVCommandStatus Work(AVCommand command)
     return kAVCommandDone;
 }
 
-void GetProps(AVCommand, ASCab props) { PutStepProps(CabAt(props), kTitles); }
+void GetSecurityProps(AVCommand, ASCab props) { PutStepProps(CabAt(props), {"Document", "Security"}); }
 
 }  // namespace
 
-AVCommandHandler SecurityStepHandler() { return StepHandler<&Work, &GetProps>(); }
+AVCommandHandler SecurityStepHandler() { return StepHandler<&SecurityWork, &GetSecurityProps>(); }
 
 }  // namespace openhost

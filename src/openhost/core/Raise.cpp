@@ -16,15 +16,17 @@ struct RegisteredErrors {
     int nextNumber = 1;
 };
 
-const std::unordered_map<unsigned, std::string>& PublishedTexts()
-{
-    static const std::unordered_map<unsigned, std::string> texts = {
-#define ENTRY(name, meaning) {HOST_ERROR_IDENTITY(name), *meaning ? std::string(meaning) : std::string(#name)},
-        HOST_ERRORS(ENTRY)
+struct PublishedError {
+    unsigned identity;
+    const char* name;
+    const char* meaning;
+};
+
+constexpr PublishedError kPublished[] = {
+#define ENTRY(name, meaning) {HOST_ERROR_IDENTITY(name), #name, meaning},
+    HOST_ERRORS(ENTRY)
 #undef ENTRY
-    };
-    return texts;
-}
+};
 
 }  // namespace
 
@@ -37,8 +39,9 @@ std::string ErrorText(ASErrorCode code)
     if (frames.LastCode() == code && !frames.LastMessage().empty()) return frames.LastMessage();
     const auto& registered = Part<RegisteredErrors>().texts;
     if (const auto found = registered.find(code); found != registered.end()) return found->second;
-    const auto published = PublishedTexts().find(HOST_ERROR_IDENTITY(code));
-    return published == PublishedTexts().end() ? std::string() : published->second;
+    for (const PublishedError& error : kPublished)
+        if (error.identity == HOST_ERROR_IDENTITY(code)) return *error.meaning ? error.meaning : error.name;
+    return {};
 }
 
 ASErrorCode RegisterErrorText(ASErrSeverity severity, std::string text)

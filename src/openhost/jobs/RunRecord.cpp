@@ -8,7 +8,7 @@ namespace openhost {
 
 namespace {
 
-constexpr const char* kOutcomeWords[] = {"saved", "copied unchanged", "incomplete", "failed", "skipped", "stopped"};
+constexpr const char* kOutcomePhrases[] = {"saved", "copied unchanged", "incomplete", "failed", "skipped", "stopped"};
 
 /// One line, whatever is in file names and messages.
 std::string OneLine(std::string_view text)
@@ -39,7 +39,7 @@ void CRunRecord::FileDone(std::string_view path, ASInt32 outcome, std::string_vi
     const int counted = outcome >= 0 && outcome < kOutcomes ? outcome : kJobFileFailed;
     ++m_counts[static_cast<std::size_t>(counted)];
     if (silent || (counted == kJobFileSaved && !verbose)) return;
-    Diagnose(WithMessage(kOutcomeWords[counted] + std::string(": ") + OneLine(path), message));
+    Diagnose(WithMessage(kOutcomePhrases[counted] + std::string(": ") + OneLine(path), message));
 }
 
 void CRunRecord::RunEnds(ASInt32 end, std::string_view message)
@@ -63,7 +63,7 @@ std::string CRunRecord::Summary() const
     const char* separator = ": ";
     for (std::size_t outcome = 0; outcome < m_counts.size(); ++outcome) {
         if (m_counts[outcome] == 0) continue;
-        line += separator + std::to_string(m_counts[outcome]) + " " + kOutcomeWords[outcome];
+        line += separator + std::to_string(m_counts[outcome]) + " " + kOutcomePhrases[outcome];
         separator = ", ";
     }
     return line;

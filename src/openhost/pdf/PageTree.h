@@ -18,7 +18,7 @@ Catalogue EnsureCatalogue(QPDF& document, bool repair);
 
 struct PageWalk {
     std::vector<QPDFObjectHandle> pages;
-    std::size_t unreadable = 0;  ///< entries of the tree that are no dictionaries
+    std::size_t unreadable = 0;  ///< entries of the tree that are no dictionaries, or lead back into it
 };
 
 /// Walks the page tree in order. Entries that are no dictionaries are passed over, a node met again inside itself is

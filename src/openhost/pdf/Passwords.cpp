@@ -12,28 +12,24 @@
 namespace openhost {
 namespace {
 
-struct CFree {
-    void operator()(char* text) const { std::free(text); }
-};
-
-struct Prepared {
+struct SaslResult {
     int result = STRINGPREP_OK;  // of the library
     std::string text;
 };
 
-Prepared PrepareBySasl(const std::string& utf8)
+SaslResult PrepareBySasl(const std::string& utf8)
 {
     char* prepared = nullptr;
     // Code points without a meaning when the profile was made (most emoji) pass: they occur in real passwords.
     const int result = stringprep_profile(utf8.c_str(), &prepared, "SASLprep", Stringprep_profile_flags{});
     if (result != STRINGPREP_OK) return {result, {}};
-    const std::unique_ptr<char, CFree> owner(prepared);
+    const std::unique_ptr<char, decltype(&std::free)> owner(prepared, &std::free);
     return {STRINGPREP_OK, prepared};
 }
 
 std::optional<std::string> SaslPrepared(const std::string& utf8)
 {
-    Prepared prepared = PrepareBySasl(utf8);
+    SaslResult prepared = PrepareBySasl(utf8);
     if (prepared.result != STRINGPREP_OK) return std::nullopt;
     return std::move(prepared.text);
 }
@@ -51,7 +47,7 @@ bool HasControlCharacter(std::string_view utf8)
 
 std::string SaslObjection(const std::string& utf8)
 {
-    const Prepared prepared = PrepareBySasl(utf8);
+    const SaslResult prepared = PrepareBySasl(utf8);
     switch (prepared.result) {
         case STRINGPREP_OK:
             return "none is left when those that do not count are taken away; choose another password";

@@ -42,11 +42,6 @@ std::uint32_t Checksum(std::string_view bytes)
     return ~sum;
 }
 
-template <class... F>
-struct Overloaded : F... {
-    using F::operator()...;
-};
-
 /// Numbers are written with the lowest byte first.
 class CWriter {
 public:

@@ -10,11 +10,6 @@ namespace openhost {
 
 namespace {
 
-template <class... F>
-struct Overloaded : F... {
-    using F::operator()...;
-};
-
 CSharedBlock CopyBlock(const CSharedBlock& block) { return {SharedCopy(block.View()), block.Size()}; }
 
 void DestroyPointer(CabPointer pointer)

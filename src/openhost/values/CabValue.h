@@ -12,6 +12,12 @@
 
 namespace openhost {
 
+/// A visitor made of one function for each alternative.
+template <class... F>
+struct Overloaded : F... {
+    using F::operator()...;
+};
+
 class CCabinet;
 class CHostText;
 

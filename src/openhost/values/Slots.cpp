@@ -34,12 +34,6 @@ ASErrorCode RegisterErrorStringFromText(ASErrSeverity severity, const ASText tex
 
 // ---- text of documents
 
-std::string_view Given(const char* text, ASInt32 length)
-{
-    Require(text != nullptr && length >= 0, "no text was given, or one of negative length");
-    return {text, static_cast<std::size_t>(length)};
-}
-
 /// Copies as much as fits with a zero at the end and answers the whole length in bytes, without the zero.
 ASInt32 Deliver(std::string_view bytes, char* buffer, ASInt32 size)
 {

@@ -6,6 +6,7 @@
 
 #include "hostapi/HostTypes.h"
 #include "openhost/core/Handles.h"
+#include "openhost/core/Raise.h"
 
 namespace openhost {
 
@@ -46,6 +47,18 @@ class CTexts {
 public:
     CHandles<CHostText, ASText> handles{"text"};
 };
+
+/// The text that a plug-in gave; raises genErrBadParm when it gave none.
+inline std::string_view Given(const char* text)
+{
+    Require(text != nullptr, "no text was given");
+    return text;
+}
+inline std::string_view Given(const char* text, ASInt32 length)
+{
+    Require(text != nullptr && length >= 0, "no text was given, or one of negative length");
+    return {text, static_cast<std::size_t>(length)};
+}
 
 /// Raises genErrBadParm unless `text` is a living text.
 CHostText& TextAt(ASConstText text);

@@ -15,18 +15,6 @@ void OfferTextSlots(CTables& tables);
 
 namespace {
 
-std::string_view Given(const char* text)
-{
-    Require(text != nullptr, "no text was given");
-    return text;
-}
-
-std::string_view Given(const char* text, ASTArraySize length)
-{
-    Require(text != nullptr && length >= 0, "no text was given, or one of negative length");
-    return {text, static_cast<std::size_t>(length)};
-}
-
 ASText TextNew() { return NewText(); }
 
 ASText FromUnicode(const ASUTF16Val* ucs, ASUnicodeFormat format)

@@ -10,7 +10,7 @@
 
 namespace {
 
-cli::CArguments Parsed(const char* command, const std::vector<std::string>& words)
+cli::CArguments ParsedWords(const char* command, const std::vector<std::string>& words)
 {
     auto parsed = cli::ParseArguments(*cli::FindCommand(command), words);
     EXPECT_TRUE(parsed.arguments) << parsed.problem;
@@ -33,7 +33,7 @@ struct Place {
     RunRequest Request(std::vector<std::string> words) const
     {
         words.insert(words.begin(), sequence);
-        return cli::ReadRequest(Parsed("run", words));
+        return cli::ReadRequest(ParsedWords("run", words));
     }
     /// The exit code and message with which a request is refused.
     std::pair<int, std::string> Refusal(const std::vector<std::string>& words) const
@@ -124,7 +124,7 @@ TEST(RunArguments, PartsOfPlansAreCounted)
     const auto read = [&](std::vector<std::string> more) {
         std::vector<std::string> words = {"--manifest", manifest, "--host", program, "--plugin", program};
         words.insert(words.end(), more.begin(), more.end());
-        return cli::ReadShard(Parsed("run", words));
+        return cli::ReadShard(ParsedWords("run", words));
     };
     const ShardOptions options = read({"--journal", folder / "j", "--shard", "2/4"});
     EXPECT_EQ(options.shard, 2);

@@ -10,7 +10,7 @@
 
 namespace {
 
-void HOSTCALL Fail(ASErrorCode code) { CHandMadeHost::Raise(code); }
+void HOSTCALL FailInFrame(ASErrorCode code) { CHandMadeHost::Raise(code); }
 
 ASInt32 HOSTCALL LengthUnlessEmpty(const char* text)
 {
@@ -44,7 +44,7 @@ TEST_F(HostFrame, IsPoppedOnceWhetherOrNotSomethingRaises)
     EXPECT_EQ(depthInside, 1);
     EXPECT_EQ(m_host.Pops() - popsBefore, 1);
 
-    const auto error = InHostFrame([] { Fail(genErrBadParm); });
+    const auto error = InHostFrame([] { FailInFrame(genErrBadParm); });
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, genErrBadParm);
     EXPECT_EQ(error->text, "Bad parameter.");
@@ -55,8 +55,8 @@ TEST_F(HostFrame, ARaiseReachesTheInnermostFrameOnly)
 {
     ASErrorCode inner = 0;
     const auto outer = InHostFrame([&] {
-        inner = hostcalls::RunInFrame([](void*) { Fail(genErrCanceled); }, nullptr);
-        if (m_host.Depth() == 1) Fail(genErrBadParm);
+        inner = hostcalls::RunInFrame([](void*) { FailInFrame(genErrCanceled); }, nullptr);
+        if (m_host.Depth() == 1) FailInFrame(genErrBadParm);
     });
     EXPECT_EQ(inner, genErrCanceled);
     ASSERT_TRUE(outer);
@@ -84,7 +84,7 @@ TEST_F(HostFrame, ARaiseBecomesAnExceptionThatRunsEveryDestructorOnItsWay)
 
 TEST_F(HostFrame, ARaiseWithoutACodeIsStillAnError)
 {
-    const auto error = InHostFrame([] { Fail(0); });
+    const auto error = InHostFrame([] { FailInFrame(0); });
     ASSERT_TRUE(error);
     EXPECT_NE(error->code, 0);
 }

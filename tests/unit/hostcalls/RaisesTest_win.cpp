@@ -12,15 +12,15 @@
 
 namespace {
 
-void HOSTCALL Fail(void*) { CHandMadeHost::Raise(genErrBadParm); }
+void HOSTCALL FailWith(void*) { CHandMadeHost::Raise(genErrBadParm); }
 void HOSTCALL DoNothing(void*) {}
-void HOSTCALL FailBehindTwoFrames(void*) { CallThroughForeignFrame(&Fail, nullptr); }
+void HOSTCALL FailBehindTwoFrames(void*) { CallThroughForeignFrame(&FailWith, nullptr); }
 
 /// Host function, callback of ours, host call in it that raises: the frame in the callback ends it.
 void HOSTCALL CallbackWhoseCallRaises(void* raised)
 {
     GuardCallback([raised] {
-        const auto error = CatchHostError([] { HostCall(&CallThroughForeignFrame, &Fail, nullptr); });
+        const auto error = CatchHostError([] { HostCall(&CallThroughForeignFrame, &FailWith, nullptr); });
         *static_cast<bool*>(raised) = error.has_value();
     });
 }
@@ -89,7 +89,7 @@ TEST_F(RaisesThroughForeignFrames, ManyRaisesInARowKeepTheStackInOrder)
 {
     int raised = 0;
     for (int round = 0; round < 10000; ++round)
-        raised += InHostFrame([] { CallThroughForeignFrame(&Fail, nullptr); }).has_value() ? 1 : 0;
+        raised += InHostFrame([] { CallThroughForeignFrame(&FailWith, nullptr); }).has_value() ? 1 : 0;
     EXPECT_EQ(raised, 10000);
     ExpectCalls(10000);
 }

@@ -19,14 +19,14 @@ namespace {
 
 std::function<void()> g_idle;
 
-void HOSTCALL Idle(void*)
+void HOSTCALL IdleOnce(void*)
 {
     if (g_idle) g_idle();
 }
 
 void RegisterIdle()
 {
-    Slot<AVAppRegisterIdleProcSlotProc>("AcroView", 0x00060000, kSlotAVAppRegisterIdleProc)(&Idle, nullptr, 60);
+    Slot<AVAppRegisterIdleProcSlotProc>("AcroView", 0x00060000, kSlotAVAppRegisterIdleProc)(&IdleOnce, nullptr, 60);
 }
 
 void Quit()

@@ -16,7 +16,7 @@ using platform::ProblemOf;
 
 namespace {
 
-const char* const kDevice = kSeparator == '/' ? "/dev/null" : "NUL";
+const char* const kNoFile = kSeparator == '/' ? "/dev/null" : "NUL";
 
 }  // namespace
 
@@ -38,7 +38,7 @@ TEST(RunFiles, AnAppendedFileGrowsBehindWhatCounts)
     EXPECT_FALSE(second.IsOpen());
     EXPECT_FALSE(second.Write("x"));
     EXPECT_EQ(ProblemOf(first.Open(folder.Path())), FileProblem::IsAFolder);
-    EXPECT_EQ(ProblemOf(first.Open(kDevice)), FileProblem::NotARegularFile) << "nothing would be on record";
+    EXPECT_EQ(ProblemOf(first.Open(kNoFile)), FileProblem::NotARegularFile) << "nothing would be on record";
     EXPECT_FALSE(first.IsOpen());
 }
 

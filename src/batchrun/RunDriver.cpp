@@ -5,8 +5,8 @@
 #include "common/Log.h"
 #include "common/Progress.h"
 #include "engine/InputState.h"
-#include "engine/SequenceFile.h"
 #include "platform/Programs.h"
+#include "sequence/SequenceFile.h"
 
 #include <exception>
 #include <memory>

@@ -1,11 +1,10 @@
 #include "engine/CommandList.h"
 
 #include "common/Log.h"
-#include "engine/HandlerAlternatives.h"
-#include "engine/HandlerKinds.h"
 #include "hostapi/HostConstants.h"
-#include "hostcalls/Atoms.h"
 #include "hostcalls/HostFrame.h"
+#include "sequence/Sequence.h"
+#include "sequence/StepKinds.h"
 
 #include <utility>
 
@@ -62,6 +61,19 @@ std::string SetUp(CHostCommand& command, CCabView entry, CLogWriter& log)
     return {};
 }
 
+/// The name under which the host has the handler, which may be a newer one; nothing when it has none. Logs what is
+/// not there.
+std::optional<std::string> FindHandler(const std::string& name, CLogWriter& log)
+{
+    if (FindCommandHandler(name)) return name;
+    log.NameValue("Batch command does not exists", name, 1);  // sic
+    if (const auto alternative = AlternativeHandler(name))
+        log.NameValue("Trying to load alternative command", *alternative, 1);
+    const auto handler = AvailableHandler(name);
+    if (!handler) log.Line("\tCommand handler is not available");
+    return handler;
+}
+
 Expected<SequenceCommand> MakeCommand(CCabView entry, bool trialRun, CLogWriter& log)
 {
     const auto name = HandlerNameOf(entry);
@@ -73,7 +85,7 @@ Expected<SequenceCommand> MakeCommand(CCabView entry, bool trialRun, CLogWriter&
                          .title = entry.StringOrText("Title").value_or(*name),
                          .command = std::nullopt,
                          .protects = IsProtectingStep(*name)};
-    const auto handler = AvailableHandler(*name, log);
+    const auto handler = FindHandler(*name, log);
     if (!handler) return made;
     made.handlerName = *handler;
     made.leftOut = trialRun && !MayBeTried(*handler);
@@ -90,24 +102,6 @@ Expected<SequenceCommand> MakeCommand(CCabView entry, bool trialRun, CLogWriter&
 }
 
 }  // namespace
-
-std::optional<std::string> HandlerNameOf(CCabView command)
-{
-    if (const auto atom = command.Atom("HandlerName")) return AtomText(*atom);
-    return command.StringOrText("HandlerName");
-}
-
-std::optional<std::string> AvailableHandler(const std::string& name, CLogWriter& log)
-{
-    if (FindCommandHandler(name)) return name;
-    log.NameValue("Batch command does not exists", name, 1);  // sic
-    if (const auto alternative = AlternativeHandler(name)) {
-        log.NameValue("Trying to load alternative command", *alternative, 1);
-        if (FindCommandHandler(*alternative)) return alternative;
-    }
-    log.Line("\tCommand handler is not available");
-    return std::nullopt;
-}
 
 Expected<CommandList> MakeCommands(CCabView commands, bool trialRun, CLogWriter& log)
 {

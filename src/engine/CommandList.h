@@ -21,13 +21,6 @@ struct SequenceCommand {
 
 using CommandList = std::vector<SequenceCommand>;
 
-/// The name of the handler of a sequence's command; nothing when it has none. Throws CHostException.
-[[nodiscard]] std::optional<std::string> HandlerNameOf(CCabView command);
-
-/// The name under which the host has the handler, which may be a newer one; nothing when it has none. Logs what is
-/// not there. Throws CHostException.
-[[nodiscard]] std::optional<std::string> AvailableHandler(const std::string& name, CLogWriter& log);
-
 /// Makes the commands of a sequence, in order, with their configuration and parameters. A command without a handler
 /// keeps an empty place; one that cannot be made or does not take its parameters fails the whole list, because
 /// running it without them would not be what the sequence says. A trial run leaves out the commands that could do

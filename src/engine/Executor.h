@@ -4,7 +4,7 @@
 #include "common/ErrorReport.h"
 #include "engine/ExecutorSettings.h"
 #include "engine/FileOutcome.h"
-#include "engine/Sequence.h"
+#include "sequence/Sequence.h"
 
 #include <cstddef>
 #include <functional>

@@ -5,9 +5,9 @@
 #include "engine/ExecutorSettings.h"
 #include "engine/FileOutcome.h"
 #include "engine/OutputSaving.h"
-#include "engine/SaveStepFacts.h"
-#include "engine/Sequence.h"
 #include "pdflib/AcrobatDoc.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/Sequence.h"
 
 #include <functional>
 #include <string>

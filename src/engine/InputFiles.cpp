@@ -1,12 +1,11 @@
 #include "engine/InputFiles.h"
 
 #include "common/Log.h"
-#include "engine/InputKinds.h"
-#include "engine/OutputSettings.h"
-#include "engine/PathEntry.h"
 #include "engine/SaveStepRedirection.h"
 #include "hostcalls/Application.h"
 #include "platform/Files.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/Sequence.h"
 
 namespace {
 

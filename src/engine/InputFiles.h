@@ -5,8 +5,8 @@
 #include "engine/ExecutorSettings.h"
 #include "engine/InputCollector.h"
 #include "engine/InputSource.h"
-#include "engine/Sequence.h"
 #include "hostcalls/Cab.h"
+#include "sequence/Sequence.h"
 
 #include <string>
 #include <utility>

@@ -1,8 +1,8 @@
 // Saves a processed document by the output rules of its sequence.
 #pragma once
 
-#include "engine/OutputSettings.h"
 #include "pdflib/AcrobatDoc.h"
+#include "sequence/OutputSettings.h"
 
 #include <functional>
 #include <optional>

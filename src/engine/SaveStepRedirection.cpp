@@ -4,15 +4,15 @@
 #include "base/Unicode.h"
 #include "common/Log.h"
 #include "engine/ExecutorSettings.h"
-#include "engine/PathEntry.h"
+#include "engine/InputOpening.h"
+#include "engine/InputState.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/HostPath.h"
 #include "platform/CodePage.h"
 #include "platform/Files.h"
+#include "sequence/Sequence.h"
 
 namespace {
-
-constexpr char kSaveStep[] = "WorkflowPlaybackSaveFiles";
 
 /// The folder as a device-independent path that ends with a slash.
 std::string DIFolder(const std::string& folder)
@@ -31,8 +31,6 @@ void PutFolder(CCabEditor params, const std::string& folder)
 }
 
 }  // namespace
-
-bool IsSaveStep(const std::string& handlerName) { return handlerName == kSaveStep; }
 
 std::optional<std::string> AlternativeOutputFolder(const ExecutorSettings& settings)
 {
@@ -67,4 +65,11 @@ void RedirectOutput(CSequence& sequence, const std::string& folder, CLogWriter& 
     log.NameValue("Saving to alternative path", folder, 1);
     output.PutString(kSaveDestinationKey, kSaveInAFolder);
     output.PutCab(kFolderKey, PathCab(folder));
+}
+
+bool MayReplaceInput(const SaveStepFacts& save, const std::string& documentFile, const std::string& inputPath)
+{
+    if (save.SavesWhereDocumentIs()) return IsPdfPath(inputPath) && IsSameFile(documentFile, inputPath);
+    if (save.dontOverwrite || !save.before.empty() || !save.after.empty()) return false;
+    return IsSameFolder(save.folder ? *save.folder : FolderOf(documentFile), FolderOf(inputPath));
 }

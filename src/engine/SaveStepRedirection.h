@@ -1,23 +1,15 @@
 // Sends the host's own save step into a folder.
 #pragma once
 
-#include "engine/Sequence.h"
 #include "hostcalls/Commands.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/Sequence.h"
 
 #include <optional>
 #include <string>
 
 class CLogWriter;
 struct ExecutorSettings;
-
-/// The first major version of the host whose sequences save by a step of their own.
-inline constexpr int kFirstMajorWithSaveStep = 11;
-
-/// The parameter of a save step that tells whether it saves into a folder.
-inline constexpr char kSaveDestinationKey[] = "DocSaveDestType";
-inline constexpr char kSaveInAFolder[] = "WorkflowPlaybackSaveInAFolder";
-
-[[nodiscard]] bool IsSaveStep(const std::string& handlerName);
 
 /// Where results go in place of what the sequence says; nothing when nothing was given or it is no folder and the run
 /// does not insist on it. With a separator at its end.
@@ -32,3 +24,8 @@ inline constexpr char kSaveInAFolder[] = "WorkflowPlaybackSaveInAFolder";
 
 /// The same in the output part of a sequence. Throws CHostException.
 void RedirectOutput(CSequence& sequence, const std::string& folder, CLogWriter& log);
+
+/// Whether the step, which has these parameters by now, may write over the input file. `documentFile` is the file
+/// behind the document at this moment.
+[[nodiscard]] bool MayReplaceInput(const SaveStepFacts& save, const std::string& documentFile,
+                                   const std::string& inputPath);

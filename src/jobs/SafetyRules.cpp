@@ -1,10 +1,10 @@
 #include "jobs/SafetyRules.h"
 
 #include "batchrun/FinalAction.h"
-#include "engine/HandlerKinds.h"
-#include "engine/InputKinds.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
+#include "sequence/Sequence.h"
+#include "sequence/StepKinds.h"
 
 #include <algorithm>
 #include <cctype>

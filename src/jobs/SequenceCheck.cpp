@@ -1,7 +1,7 @@
 #include "base/Text.h"
-#include "engine/OutputSettings.h"
 #include "jobs/SequenceChecks.h"
-#include "jobs/SequencePasswords.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/StepSecrets.h"
 
 #include <algorithm>
 

@@ -2,65 +2,14 @@
 #pragma once
 
 #include "batchrun/RunSettings.h"
-#include "engine/OutputSettings.h"
-#include "jobs/SequenceSource.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/SequenceFile.h"
 
 #include <map>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
-
-/// What is found, in the order in which it was found. Of a kind that is found very often only the first are kept.
-class CSequenceFindings {
-public:
-    static constexpr int kMostOfAKind = 100;
-
-    void Error(const char* code, std::string text) { Add(SequenceFinding::Severity::Error, code, std::move(text)); }
-    void Warning(const char* code, std::string text)
-    {
-        Add(SequenceFinding::Severity::Warning, code, std::move(text));
-    }
-    void Note(const char* code, std::string text) { Add(SequenceFinding::Severity::Note, code, std::move(text)); }
-
-    /// What follows is about this step, until the next call; null: about the whole sequence.
-    void About(const SequenceStep* step) { m_step = step; }
-    void Add(SequenceFinding finding)
-    {
-        Kind& kind = m_kinds[{finding.severity, finding.code}];
-        if (++kind.count > kMostOfAKind) return;
-        kind.lastStep = finding.step;
-        m_findings.push_back(std::move(finding));
-    }
-
-    /// With a sentence for each kind of which more were found than are kept.
-    std::vector<SequenceFinding> All() const
-    {
-        std::vector<SequenceFinding> all = m_findings;
-        for (const auto& [name, kind] : m_kinds)
-            if (kind.count > kMostOfAKind)
-                all.push_back({name.first,
-                               name.second,
-                               "... and " + std::to_string(kind.count - kMostOfAKind) + " more of this kind.",
-                               kind.lastStep,
-                               {}});
-        return all;
-    }
-
-private:
-    struct Kind {
-        int count = 0, lastStep = 0;
-    };
-
-    void Add(SequenceFinding::Severity severity, const char* code, std::string text)
-    {
-        Add({severity, code, std::move(text), m_step ? m_step->number : 0, m_step ? m_step->place : TextPlace{}});
-    }
-
-    const SequenceStep* m_step = nullptr;
-    std::vector<SequenceFinding> m_findings;
-    std::map<std::pair<SequenceFinding::Severity, std::string>, Kind> m_kinds;
-};
 
 /// What a run brings along besides the sequence.
 struct RunSurroundings {

@@ -1,7 +1,6 @@
-#include "engine/InputKinds.h"
-#include "engine/PathEntry.h"
 #include "jobs/SequenceChecks.h"
 #include "platform/Files.h"
+#include "sequence/Sequence.h"
 
 namespace {
 

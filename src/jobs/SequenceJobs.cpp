@@ -1,12 +1,13 @@
 #include "jobs/SequenceJobs.h"
 
 #include "base/ByteText.h"
-#include "engine/WorkflowWriter.h"
 #include "jobs/JobSettings.h"
 #include "jobs/SequenceChecks.h"
-#include "jobs/SequenceReport.h"
-#include "jobs/SequenceSteps.h"
-#include "jobs/SequenceWriting.h"
+#include "sequence/SequenceConvert.h"
+#include "sequence/SequenceFile.h"
+#include "sequence/SequenceReport.h"
+#include "sequence/StepMaking.h"
+#include "sequence/XmlForm.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -15,12 +16,6 @@ namespace {
 
 using nlohmann::json;
 using Severity = SequenceFinding::Severity;
-
-long CountOf(const std::vector<SequenceFinding>& findings, Severity severity)
-{
-    return std::count_if(findings.begin(), findings.end(),
-                         [&](const SequenceFinding& finding) { return finding.severity == severity; });
-}
 
 json CheckReport(const std::string& path, const char* form, const std::vector<SequenceFinding>& findings)
 {
@@ -48,15 +43,6 @@ Workflow MakeWorkflow(const json& job, std::vector<WorkflowCommand> commands)
         workflow.groups.back().commands.push_back(std::move(command));
     }
     return workflow;
-}
-
-/// The first errors as one sentence; empty without errors.
-std::string ErrorsOf(const std::vector<SequenceFinding>& findings)
-{
-    std::string all;
-    for (const SequenceFinding& finding : findings)
-        if (finding.severity == Severity::Error) all += (all.empty() ? "" : " ") + finding.text;
-    return all;
 }
 
 struct MadeSequence {
@@ -105,7 +91,7 @@ Expected<json> NewSequence(const json& job)
     const std::string path = JobBytes(job, "path");
     const auto made = MakeSequence(job);
     if (!made) return Failure(made.Error());
-    if (const std::string errors = ErrorsOf(made->findings); !errors.empty() && !JobFlag(job, "force", false))
+    if (const std::string errors = ErrorTexts(made->findings); !errors.empty() && !JobFlag(job, "force", false))
         return Failure("The sequence " + path + " was not written because it would not run: " + errors);
     const SequenceTarget target{path, JobFlag(job, "overwrite", false), made->holdsPasswords};
     if (std::string problem = PutSequenceFile(target, made->xml); !problem.empty())
@@ -114,4 +100,38 @@ Expected<json> NewSequence(const json& job)
                 {"bytes", made->xml.size()},
                 {"holdsPasswords", made->holdsPasswords},
                 {"findings", FindingsReport(made->findings)}};
+}
+
+Expected<json> ConvertSequence(const json& job)
+{
+    const std::string path = JobBytes(job, "path"), target = JobBytes(job, "target"), word = JobBytes(job, "to");
+    const std::string start = "The sequence " + path + " cannot be converted: ";
+    if (word != "xml" && word != "host") return Failure(start + "the form must be \"xml\" or \"host\".");
+    const auto read = ReadSequenceSource(path);
+    if (const auto* problem = std::get_if<SequenceFinding>(&read)) return Failure(FindingSentence(path, *problem));
+    const auto& source = std::get<SequenceSource>(read);
+    const ConversionRequest request{.to = word == "xml" ? SequenceForm::Xml : SequenceForm::Host,
+                                    .target = target,
+                                    .title = JobBytes(job, "title"),
+                                    .description = JobBytes(job, "description")};
+    if (std::string problem = TargetProblem({.path = target, .overwrite = JobFlag(job, "overwrite", false)});
+        source.form != request.to && !problem.empty())
+        return Failure(std::move(problem));
+    const auto converted = ConvertSequence(source, request);
+    if (!converted) return Failure(start + converted.Error());
+    if (const std::string errors = ErrorTexts(converted->losses);
+        !errors.empty() && !JobFlag(job, "allowLoss", false))
+        return Failure("The sequence " + path +
+                       " was not converted; allow losses if this is to be accepted: " + errors);
+    const bool secret = HoldsPasswords(source);
+    if (std::string problem = PutSequenceFile({target, JobFlag(job, "overwrite", false), secret}, converted->bytes);
+        !problem.empty())
+        return Failure(std::move(problem));
+    return json{{"path", TextFromBytes(path)},
+                {"from", FormWord(source.form)},
+                {"to", word},
+                {"target", TextFromBytes(target)},
+                {"bytes", converted->bytes.size()},
+                {"holdsPasswords", secret},
+                {"losses", FindingsReport(converted->losses)}};
 }

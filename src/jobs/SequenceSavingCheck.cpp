@@ -1,9 +1,9 @@
-#include "engine/OutputSettings.h"
-#include "engine/PathEntry.h"
-#include "engine/SaveStepRedirection.h"
+#include "sequence/StepKinds.h"
 #include "hostcalls/Conversions.h"
 #include "jobs/SequenceChecks.h"
 #include "platform/Files.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/Sequence.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
 #include "base/Text.h"
-#include "engine/HandlerAlternatives.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
 #include "hostcalls/HostFrame.h"
 #include "jobs/SequenceChecks.h"
-#include "jobs/SequencePasswords.h"
 #include "platform/Files.h"
+#include "sequence/StepKinds.h"
+#include "sequence/StepSecrets.h"
 
 #include <algorithm>
 #include <numeric>

@@ -3,10 +3,10 @@
 #include "base/Names.h"
 #include "base/PathNames.h"
 #include "batchrun/FinalAction.h"
-#include "engine/HandlerKinds.h"
 #include "engine/SaveStepRedirection.h"
 #include "platform/Files.h"
 #include "platform/StandardPath.h"
+#include "sequence/StepKinds.h"
 
 #include <algorithm>
 #include <filesystem>

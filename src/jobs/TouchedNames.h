@@ -2,7 +2,7 @@
 #pragma once
 
 #include "batchrun/RunSettings.h"
-#include "jobs/SequenceFacts.h"
+#include "sequence/SequenceFacts.h"
 
 #include <cstdint>
 #include <optional>

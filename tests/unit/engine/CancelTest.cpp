@@ -1,12 +1,12 @@
 // Runs that somebody cancels, with the steps of the plug-in's engine in the open host.
 #include "common/Progress.h"
 #include "engine/Executor.h"
-#include "engine/WorkflowToCab.h"
-#include "engine/WorkflowXml.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Documents.h"
 #include "hostcalls/HandlerRegistration.h"
 #include "hostcalls/HostEntry.h"
+#include "sequence/HostForm.h"
+#include "sequence/XmlForm.h"
 #include "support/MemoryLog.h"
 #include "support/PlugInHost.h"
 

@@ -1,6 +1,6 @@
 #include "jobs/SafetyRules.h"
 
-#include "engine/InputKinds.h"
+#include "sequence/Sequence.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,34 @@
+// What planning a run wants to know of its sequence.
+#pragma once
+
+#include "sequence/OutputSettings.h"
+#include "sequence/Sequence.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+struct StepFacts {
+    std::string handler;  // under which it would be made; that of the sequence when it is not available
+    bool available = true;
+    bool sequenceCallbacks = false;     // wants to be called before or after the whole sequence
+    std::optional<SaveStepFacts> save;  // of save steps only
+    std::string script;                 // of script steps only
+};
+
+struct SequenceFacts {
+    int hostMajor = 0;
+    int inputKind = -1;
+    std::vector<StepFacts> steps;
+    OutputSettings output;
+    bool outputNamesDestination = false;
+};
+
+/// The sequence must be complete. Throws CHostException.
+[[nodiscard]] SequenceFacts ReadSequenceFacts(const CSequence& sequence, int hostMajor);
+
+/// Whether anything of the sequence writes the document.
+[[nodiscard]] bool SavesSomething(const SequenceFacts& facts);
+
+/// How many results the sequence writes for each file.
+[[nodiscard]] int ResultsPerFile(const SequenceFacts& facts);

@@ -1,0 +1,21 @@
+// Steps that are made from a job's words.
+#pragma once
+
+#include "base/Expected.h"
+#include "sequence/XmlForm.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+// The fields are listed in SequenceJobs.h. A failure says which field is wrong; it tells no values.
+
+/// The steps of a template, or those listed under "steps", and the save step of "output".
+[[nodiscard]] Expected<std::vector<WorkflowCommand>> StepsFromJob(const nlohmann::json& job);
+
+/// One value of a step's parameters.
+[[nodiscard]] Expected<WorkflowValue> ValueFromJson(const nlohmann::json& value);
+
+/// The step that protects each document, from "protect".
+[[nodiscard]] Expected<WorkflowCommand> ProtectStepFromJson(const nlohmann::json& protect);
+
+/// The step that saves each document, from "output"; one without any wishes when it is null.
+[[nodiscard]] Expected<WorkflowCommand> SaveStepFromJson(const nlohmann::json& output);

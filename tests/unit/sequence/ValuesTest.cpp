@@ -1,0 +1,84 @@
+#include "sequence/Values.h"
+
+#include <gtest/gtest.h>
+#include <climits>
+#include <clocale>
+
+namespace {
+
+TEST(ItemValues, IntegersReadTheLeadingDigitsAndStopAtTheEndsOfTheRange)
+{
+    const struct {
+        const char* text;
+        int value;
+    } rows[] = {{"-1", -1},
+                {" 42", 42},
+                {"7.9", 7},
+                {"abc", 0},
+                {"+5", 5},
+                {"99999999999999999999", INT_MAX},
+                {"-99999999999999999999", INT_MIN}};
+    for (const auto& row : rows) {
+        const auto value = ItemValue("integer", row.text);
+        ASSERT_TRUE(value) << row.text;
+        EXPECT_EQ(std::get<std::int32_t>(*value), row.value) << row.text;
+    }
+}
+
+TEST(ItemValues, DoublesNeedNoLocale)
+{
+    const char* const comma = std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
+    const struct {
+        const char* text;
+        double value;
+    } rows[] = {{"36.000000", 36}, {"-0.500000", -0.5}, {" +1.5", 1.5}, {"1e3", 1000}, {"2,5", 2}, {"", 0},
+                {"x", 0},          {"nan", 0},          {"+-3", 0},     {".25", 0.25}};
+    for (const auto& row : rows) EXPECT_EQ(LeadingDouble(row.text), row.value) << row.text;
+    if (comma) std::setlocale(LC_NUMERIC, "C");
+}
+
+TEST(ItemValues, EmptyNumbersAndUnknownTypesStoreNothing)
+{
+    for (const char* type : {"integer", "double", "", "Integer", "TEXT", "group"})
+        EXPECT_FALSE(ItemValue(type, "")) << type;
+    EXPECT_FALSE(ItemValue("list", "1"));
+    EXPECT_TRUE(ItemValue("text", ""));
+    EXPECT_TRUE(ItemValue("atom", ""));
+    EXPECT_TRUE(ItemValue("null", "anything"));
+}
+
+TEST(ItemValues, OnlyTheExactWordIsTrue)
+{
+    for (const char* text : {"TRUE", "True", "1", "yes", "true ", ""})
+        EXPECT_FALSE(std::get<bool>(*ItemValue("boolean", text))) << text;
+    EXPECT_TRUE(std::get<bool>(*ItemValue("boolean", "true")));
+}
+
+TEST(ItemValues, Base64SkipsWhatIsNotInItsAlphabet)
+{
+    const struct {
+        const char* text;
+        const char* bytes;
+    } rows[] = {{"RmVycnVsZQ==", "Ferrule"},
+                {"RmVy\r\ncnVs\n ZQ", "Ferrule"},
+                {"Zg", "f"},
+                {"Zm8", "fo"},
+                {"Z", ""},
+                {"====", ""},
+                {"-_Zm9v*", "foo"},
+                {"", ""}};
+    for (const auto& row : rows) EXPECT_EQ(DecodeBase64(row.text), row.bytes) << row.text;
+    EXPECT_EQ(DecodeBase64("AP+/"), std::string("\x00\xFF\xBF", 3));
+}
+
+TEST(ItemValues, LongTextIsCutBetweenCharacters)
+{
+    std::string text(999'999, 'a');
+    text += "\xE2\x82\xAC";  // one character of three bytes across the limit
+    const auto value = ItemValue("text", text);
+    EXPECT_EQ(std::get<WorkflowText>(*value).utf8, std::string(999'999, 'a'));
+    const std::string fits(1'000'000, 'b');
+    EXPECT_EQ(std::get<WorkflowText>(*ItemValue("text", fits + "c")).utf8, fits);
+}
+
+}  // namespace

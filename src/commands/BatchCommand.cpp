@@ -4,6 +4,7 @@
 #include "hostcalls/Application.h"
 #include "hostcalls/CommandErrors.h"
 #include "hostcalls/HandlerRegistration.h"
+#include "sequence/StepDescription.h"
 
 #include <string_view>
 #include <utility>
@@ -31,10 +32,11 @@ AVCommandStatus StatusOf(DialogOutcome outcome)
 
 }  // namespace
 
-BatchCommandProperties FerruleStep(const char* handlerName, const char* displayName)
+BatchCommandProperties FerruleStep(const StepDescription& description, const char* displayName)
 {
     BatchCommandProperties properties;
-    properties.handlerName = handlerName;
+    properties.handlerName = description.handler;
+    properties.description = &description;
     properties.title = displayName;
     properties.genericTitle = displayName;
     properties.groupTitle = kFerruleGroupTitle;

@@ -8,6 +8,7 @@
 #include <vector>
 
 class CLogWriter;
+struct StepDescription;
 
 /// What a step answers when the host asks for its properties.
 struct BatchCommandProperties {
@@ -18,6 +19,7 @@ struct BatchCommandProperties {
     bool canDescribeParams = true;
     bool canBatch = true;
     bool canShowDialog = true;
+    const StepDescription* description = nullptr;  // borrowed for as long as the program runs; null: nothing is known
 };
 
 /// What a step works on; borrowed.
@@ -108,4 +110,5 @@ private:
 inline constexpr char kFerruleGroupTitle[] = "Ferrule Plug-in";
 
 /// Properties of a step of this plug-in: title and generic title are its display name.
-[[nodiscard]] BatchCommandProperties FerruleStep(const char* handlerName, const char* displayName);
+/// The description must live as long as the program.
+[[nodiscard]] BatchCommandProperties FerruleStep(const StepDescription& description, const char* displayName);

@@ -1,14 +1,206 @@
 #include "commands/BatchCommandPasswordProtect.h"
 
 #include "base/PathNames.h"
+#include "base/Text.h"
 #include "commands/PasswordProtection.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/CabRecord.h"
 #include "hostcalls/CommandErrors.h"
 #include "hostcalls/HandlerRegistration.h"
 #include "pdflib/AcrobatDoc.h"
+#include "sequence/Findings.h"
+#include "sequence/JsonFields.h"
+#include "sequence/Protection.h"
+#include "sequence/SequenceFile.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <utility>
 
 namespace {
+
+using nlohmann::json;
+
+constexpr char kHandler[] = "QLNX_FerrulePasswordProtectCommand";
+constexpr std::uint32_t kAllRights = 0xFFFFFFFF;
+
+// ---- what is to be said about such a step
+
+/// What is true of all protection by this encryption.
+void CheckReadable(CSequenceFindings& findings)
+{
+    findings.Note("metadata-readable",
+                  "The descriptive metadata of the document (title, author, keywords and the like) stay readable "
+                  "without a password; its pages do not.");
+}
+
+void CheckTable(const SecuritySettings& settings, CSequenceFindings& findings)
+{
+    if (settings.useFileMapping && settings.fileMapping.empty())
+        findings.Warning("empty-table", "The step is to look up passwords, but the table is empty.");
+    if (!settings.useFileMapping && !settings.fileMapping.empty())
+        findings.Warning("unused-table", "The step has a table of passwords but is not told to use it.");
+    const auto isEmpty = [](const auto& pair) { return Trim(pair.second).empty(); };
+    if (settings.useFileMapping && std::any_of(settings.fileMapping.begin(), settings.fileMapping.end(), isEmpty))
+        findings.Warning(
+            "no-password",
+            "The table of passwords holds an empty one: the step fails for that file, which is not saved.");
+}
+
+void CheckUnusedSources(const SecuritySettings& settings, CSequenceFindings& findings)
+{
+    if (settings.useDataSourceForOpenPassword || settings.useDataSourceForPermissionsPassword ||
+        settings.searchForPassword || settings.extractPasswordFromPage)
+        findings.Error("password-source-unused",
+                       "Passwords from a data source or from the pages cannot be had yet: the step fails for every "
+                       "file.");
+}
+
+bool HasPassword(const SecuritySettings& settings)
+{
+    return !Trim(settings.password).empty() || !Trim(settings.permPassword).empty();
+}
+
+/// Why a step without work has none.
+std::string WhyNothing(const SecuritySettings& settings)
+{
+    if (HasPassword(settings) && !settings.passwordProtect)
+        return "all rights are given, and the passwords count only with \"PasswordProtect\" set to true (a boolean)";
+    if (settings.useFileMapping && !settings.fileMapping.empty())
+        return "all rights are given, and a table of passwords counts only beside a password for the other files and "
+               "with \"PasswordProtect\" set to true";
+    return "it has neither passwords nor restrictions";
+}
+
+/// Restrictions bring the passwords into force, too.
+void CheckFlag(const SecuritySettings& settings, CSequenceFindings& findings)
+{
+    if (settings.passwordProtect || !HasPassword(settings)) return;
+    findings.Note("passwords-count",
+                  "\"PasswordProtect\" is not true, but the passwords count nevertheless, because the step restricts "
+                  "rights.");
+}
+
+/// What is cut from a password. Told of it by `which`, never by its text.
+void CheckPasswordText(const char* which, const std::string& password, CSequenceFindings& findings)
+{
+    const std::string trimmed = Trim(password);
+    if (trimmed.size() != password.size())
+        findings.Warning("password-trimmed", std::string("Blanks around the ") + which + " password do not count.");
+    if (trimmed.size() > kLongestPassword)
+        findings.Warning("password-cut", std::string("Of the ") + which + " password only the first " +
+                                             std::to_string(kLongestPassword) + " bytes count.");
+}
+
+void CheckProtectStep(const SequenceStep& step, CSequenceFindings& findings)
+{
+    const CSettingsRecord record = RecordFromCab(step.parameters);
+    const SecuritySettings settings = ReadSecuritySettings(record);
+    CheckUnusedSources(settings, findings);
+    if (record.Empty() || !HasSecurityWork(settings))
+        return findings.Warning("protects-nothing", "The step protects nothing: " + WhyNothing(settings) + ".");
+    CheckFlag(settings, findings);
+    if (settings.encryptionMethod < 0 || settings.encryptionMethod > 3)
+        findings.Error("parameter-value", "There is no encryption method " +
+                                              std::to_string(settings.encryptionMethod) +
+                                              "; use 3 for AES with 256 bits.");
+    if (settings.encryptionMethod == 0)
+        findings.Note("encryption-default", "The host chooses the encryption; use method 3 for AES with 256 bits.");
+    Protection protection;
+    protection.openPassword = Trim(settings.password);
+    protection.permissionsPassword = Trim(settings.permPassword);
+    protection.mayGetOpenPassword = settings.useFileMapping && !settings.fileMapping.empty();
+    protection.restricts = PermissionWord(settings) != kAllRights;
+    protection.isRc4 = settings.encryptionMethod == 1;
+    CheckProtection(protection, findings);
+    CheckPasswordText("open", record.String("Password", record.Wide("Password")), findings);
+    CheckPasswordText("permissions", record.String("PermPassword", record.Wide("PermPassword")), findings);
+    const bool aes256 = settings.encryptionMethod == 3;
+    CheckPasswordIsTaken("open", protection.openPassword, aes256, findings);
+    CheckPasswordIsTaken("permissions", protection.permissionsPassword, aes256, findings);
+    if (!protection.isRc4) CheckReadable(findings);
+    CheckTable(settings, findings);
+}
+
+// ---- such a step made from words
+
+struct Word {
+    const char* word;
+    const char* parameter;
+};
+constexpr Word kRights[] = {
+    {"print", "CanPrint"},       {"print-high", "HiResPrinting"},     {"copy", "CanCopy"},
+    {"edit", "CanEdit"},         {"annotate", "CanEditNotes"},        {"fill-forms", "CanFillForms"},
+    {"assemble", "CanAssemble"}, {"templates", "CanCreateTemplates"}, {"extract", "CanExtractPages"}};
+
+struct Method {
+    const char* word;
+    int code;
+};
+constexpr Method kMethods[] = {{"rc4", 1}, {"aes128", 2}, {"aes256", 3}, {"", 3}};
+
+Expected<int> MethodCode(const std::string& word)
+{
+    for (const Method& method : kMethods)
+        if (word == method.word) return method.code;
+    return Failure("There is no encryption method \"" + word + "\"; choose \"aes256\", \"aes128\" or \"rc4\".");
+}
+
+/// The rights to give; all of them when none are named.
+Expected<std::vector<std::string>> RightsToGive(const json& protect)
+{
+    std::vector<std::string> all, given = BytesListIn(protect, "allow");
+    for (const Word& right : kRights) all.emplace_back(right.word);
+    if (!protect.contains("allow")) return all;
+    for (const std::string& right : given)
+        if (std::find(all.begin(), all.end(), right) == all.end())
+            return Failure("There is no right \"" + right +
+                           "\" to allow; the rights are print, print-high, copy, edit, " +
+                           "annotate, fill-forms, assemble, templates and extract.");
+    return given;
+}
+
+void Put(WorkflowItems& items, const char* name, WorkflowValue value)
+{
+    items.entries.emplace_back(name, std::move(value));
+}
+
+Expected<WorkflowCommand> ProtectStepFromWords(const json& protect)
+{
+    const std::string user = BytesIn(protect, "userPassword"), owner = BytesIn(protect, "ownerPassword");
+    if (Trim(user).empty() && Trim(owner).empty())
+        return Failure("Give a password to open the documents, one for their permissions, or both.");
+    const auto method = MethodCode(BytesIn(protect, "method"));
+    if (!method) return Failure(method.Error());
+    const auto rights = RightsToGive(protect);
+    if (!rights) return Failure(rights.Error());
+    WorkflowCommand command{kHandler, "Protect", {}, "", ""};
+    WorkflowItems& items = command.parameters;
+    Put(items, "AllowAll", false);
+    for (const Word& right : kRights)
+        Put(items, right.parameter, std::find(rights->begin(), rights->end(), right.word) != rights->end());
+    Put(items, "EncryptionMethod", *method);
+    Put(items, "PasswordProtect", true);
+    if (!user.empty()) Put(items, "Password", WorkflowText{user});
+    if (!owner.empty()) Put(items, "PermPassword", WorkflowText{owner});
+    return command;
+}
+
+// ---- the description
+
+const StepDescription& Description()
+{
+    static const std::vector<OpenParameter> open = OpenSecurityParameters();
+    static const StepDescription description{.handler = kHandler,
+                                             .protects = true,
+                                             .open = open,
+                                             .check = CheckProtectStep,
+                                             .fromWords = {"protect", ProtectStepFromWords}};
+    return description;
+}
+
+// ---- the work
 
 /// A document that was made from another file has no name yet: the table may list that file or the PDF to be.
 std::string NameForLookup(const CAcrobatDoc& document, const SecuritySettings& settings, AVCommand command)
@@ -22,7 +214,7 @@ std::string NameForLookup(const CAcrobatDoc& document, const SecuritySettings& s
 }  // namespace
 
 CBatchCommandPasswordProtect::CBatchCommandPasswordProtect()
-    : CBatchCommand(FerruleStep("QLNX_FerrulePasswordProtectCommand", "Password Protect Documents"))
+    : CBatchCommand(FerruleStep(Description(), "Password Protect Documents"))
 {
 }
 

@@ -7,11 +7,19 @@
 #include "pdflib/AcrobatDoc.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
+#include "sequence/StepChecks.h"
+#include "sequence/StepDescription.h"
 
 namespace {
 
 constexpr char kProgram[] = "File";
 constexpr char kCommandLine[] = "CommandLine";  // kept with the parameters, used by nothing
+
+const OpenParameter kOfStep[] = {{kProgram}};
+const StepDescription kStartExternal{
+    .handler = "QLNX_FerruleProcessWithExternalAppCommand",
+    .open = kOfStep,
+    .check = [](const SequenceStep& step, CSequenceFindings& findings) { CheckNamedFile(step, kProgram, findings); }};
 
 /// The file itself and not a program of that name somewhere in the search path.
 std::string ThisVeryFile(const std::string& path)
@@ -22,8 +30,7 @@ std::string ThisVeryFile(const std::string& path)
 }  // namespace
 
 CBatchCommandProcessExternal::CBatchCommandProcessExternal(CLogWriter& log)
-    : CBatchCommand(FerruleStep("QLNX_FerruleProcessWithExternalAppCommand", "Start External Application")),
-      m_log(log)
+    : CBatchCommand(FerruleStep(kStartExternal, "Start External Application")), m_log(log)
 {
 }
 

@@ -1,44 +1,71 @@
 #include "commands/CommandRegistry.h"
 
 #include "commands/BatchCommandCallbacks.h"
+#include "commands/BatchCommandPasswordProtect.h"
+#include "commands/BatchCommandProcessExternal.h"
+#include "commands/CatalogCommands.h"
 #include "hostcalls/HandlerRegistration.h"
+#include "sequence/StepDescription.h"
+
+#include <ranges>
+#include <type_traits>
 
 namespace {
 
 template <class Command>
-void Register(Command& command)
+std::unique_ptr<CBatchCommand> Make(CLogWriter& log)
 {
-    CBatchCommandCallbacks<Command>::Connect(command);
-    RegisterCommandHandler(command.Properties().handlerName, &command.HandlerRecord());
+    if constexpr (std::is_constructible_v<Command, CLogWriter&>) {
+        return std::make_unique<Command>(log);
+    } else {
+        return std::make_unique<Command>();
+    }
 }
 
-template <class Command>
-void Release(Command& command)
+/// One object of each class, in this order.
+template <class... Commands>
+std::vector<CCommandRegistry::Step> MakeSteps(CLogWriter& log)
 {
-    command.Release();
-    CBatchCommandCallbacks<Command>::Disconnect();
+    std::vector<CCommandRegistry::Step> steps;
+    (steps.push_back(
+         {Make<Commands>(log),
+          [](CBatchCommand& command) { CBatchCommandCallbacks<Commands>::Connect(static_cast<Commands&>(command)); },
+          [] { CBatchCommandCallbacks<Commands>::Disconnect(); }}),
+     ...);
+    return steps;
+}
+
+std::vector<CCommandRegistry::Step> AllSteps(CLogWriter& log)
+{
+    return MakeSteps<CBatchCommandRebuildIndex,     //
+                     CBatchCommandPurgeIndex,       //
+                     CBatchCommandProcessExternal,  //
+                     CBatchCommandPasswordProtect>(log);
 }
 
 }  // namespace
 
-CCommandRegistry::CCommandRegistry(CLogWriter& log) : m_rebuildIndex(log), m_purgeIndex(log), m_processExternal(log)
+CCommandRegistry::CCommandRegistry(CLogWriter& log) : m_steps(AllSteps(log))
 {
+    std::vector<const StepDescription*> descriptions;
+    for (const Step& step : m_steps) descriptions.push_back(step.command->Properties().description);
+    SetOwnSteps(std::move(descriptions));
 }
 
 CCommandRegistry::~CCommandRegistry() { ReleaseAll(); }
 
 void CCommandRegistry::RegisterAll()
 {
-    Register(m_rebuildIndex);
-    Register(m_purgeIndex);
-    Register(m_processExternal);
-    Register(m_passwordProtect);
+    for (const Step& step : m_steps) {
+        step.connect(*step.command);
+        RegisterCommandHandler(step.command->Properties().handlerName, &step.command->HandlerRecord());
+    }
 }
 
 void CCommandRegistry::ReleaseAll()
 {
-    Release(m_passwordProtect);
-    Release(m_processExternal);
-    Release(m_purgeIndex);
-    Release(m_rebuildIndex);
+    for (const Step& step : m_steps | std::views::reverse) {
+        step.command->Release();
+        step.disconnect();
+    }
 }

@@ -11,14 +11,17 @@ constexpr std::uint32_t kAllAllowed = 0xFFFFFFFF;
 constexpr std::uint32_t kNothingAllowed = 0xFFFDF243;
 constexpr std::uint32_t kNothingButCopying = 0xFFFDF253;
 
+constexpr char kOpenPassword[] = "Password";
+constexpr char kPermissionsPassword[] = "PermPassword";
+
 // The one list of the record's keys, in the order in which they are stored.
 template <class Settings, class Visitor>
 void VisitFields(Settings& s, const Visitor& visitor)
 {
     visitor.Integer("EncryptionMethod", s.encryptionMethod, 0);
     visitor.Flag("PasswordProtect", s.passwordProtect, false);
-    visitor.Text("Password", s.password);
-    visitor.Text("PermPassword", s.permPassword);
+    visitor.Text(kOpenPassword, s.password);
+    visitor.Text(kPermissionsPassword, s.permPassword);
     visitor.Flag("UseDataSourceForOpenPassword", s.useDataSourceForOpenPassword, false);
     visitor.Text("PasswordField", s.passwordField);
     visitor.Flag("UseDataSourceForPermissionsPassword", s.useDataSourceForPermissionsPassword, false);
@@ -69,6 +72,21 @@ struct Writer {
     void Rectangle(const char* key, const SettingsRectangle& value) const { PutRectangle(record, key, value); }
 };
 
+struct OpenLister {
+    using Kind = OpenParameter::Kind;
+    std::vector<OpenParameter>& open;
+
+    void Integer(const char* key, std::int32_t, std::int32_t) const { open.push_back({key}); }
+    void Flag(const char* key, bool, bool) const { open.push_back({key}); }
+    void Text(const char* key, const std::string&) const
+    {
+        const std::string_view name = key;
+        if (name != kOpenPassword && name != kPermissionsPassword) open.push_back({key});
+    }
+    void Map(const char* key, const TextPairs&) const { open.push_back({key, Kind::PasswordTable}); }
+    void Rectangle(const char* key, const SettingsRectangle&) const { open.push_back({key, Kind::Rectangle}); }
+};
+
 }  // namespace
 
 SecuritySettings ReadSecuritySettings(const CSettingsRecord& parameters)
@@ -85,6 +103,14 @@ CSettingsRecord WriteSecuritySettings(const SecuritySettings& settings)
     CSettingsRecord record;
     VisitFields(settings, Writer{record});
     return record;
+}
+
+std::vector<OpenParameter> OpenSecurityParameters()
+{
+    std::vector<OpenParameter> open;
+    const SecuritySettings any;
+    VisitFields(any, OpenLister{open});
+    return open;
 }
 
 std::uint32_t PermissionWord(const SecuritySettings& settings)

@@ -3,10 +3,12 @@
 
 #include "common/SettingsLists.h"
 #include "common/SettingsRecord.h"
+#include "sequence/StepDescription.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// Narrow code page texts. A fresh record allows everything and asks for no password.
 struct SecuritySettings {
@@ -50,6 +52,9 @@ inline constexpr char kSecuritySettingsKey[] = "SecuritySettings";
 
 /// Every key, in the fixed order of the record.
 [[nodiscard]] CSettingsRecord WriteSecuritySettings(const SecuritySettings& settings);
+
+/// The parameters that are no passwords: all but the two of the record; of the table only the file names.
+[[nodiscard]] std::vector<OpenParameter> OpenSecurityParameters();
 
 /// The permission bits for the host's security record; all bits set means no restriction.
 [[nodiscard]] std::uint32_t PermissionWord(const SecuritySettings& settings);

@@ -53,15 +53,14 @@ std::vector<std::string> ListedExtensions(CCabView formats, CLogWriter& log)
 
 }  // namespace
 
-std::vector<std::string> AcceptedExtensions(const ExecutorSettings& settings, CCabView input, CLogWriter& log)
+std::vector<std::string> AcceptedExtensions(const ExecutorSettings& settings, CSequenceInput input, CLogWriter& log)
 {
     if (settings.allowedExtensions) return *settings.allowedExtensions;
-    const CCabView options = input.Cab("SourceFileOptions");
-    if (!options) {
+    if (!input.SourceOptions()) {
         log.Line("Allowing all input file types.");
         return AllExtensions();
     }
-    const CCabView formats = options.Cab("Formats");
+    const CCabView formats = input.Formats();
     if (!formats) {
         log.Line("\tNo <Format> section is found in SEQU file. Allowing all input file types.");
         return AllExtensions();

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "engine/ExecutorSettings.h"
-#include "hostcalls/Cab.h"
+#include "sequence/Sequence.h"
 
 #include <string>
 #include <vector>
@@ -11,5 +11,5 @@ class CLogWriter;
 
 /// The accepted extensions, without dots: the ones that the settings allow, or else "pdf" and those of the converters
 /// that the sequence's input part lists (of all converters when it lists none). Throws CHostException.
-[[nodiscard]] std::vector<std::string> AcceptedExtensions(const ExecutorSettings& settings, CCabView input,
+[[nodiscard]] std::vector<std::string> AcceptedExtensions(const ExecutorSettings& settings, CSequenceInput input,
                                                           CLogWriter& log);

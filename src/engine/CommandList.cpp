@@ -3,8 +3,9 @@
 #include "common/Log.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/HostFrame.h"
+#include "sequence/HostSteps.h"
 #include "sequence/Sequence.h"
-#include "sequence/StepKinds.h"
+#include "sequence/StepDescription.h"
 
 #include <utility>
 
@@ -40,23 +41,22 @@ std::string Refusal(Setter set)
 }
 
 /// Answers why the command cannot be used; empty when it can.
-std::string SetUp(CHostCommand& command, CCabView entry, CLogWriter& log)
+std::string SetUp(CHostCommand& command, const StepEntry& entry, CLogWriter& log)
 {
-    if (const CCabView config = entry.Cab("Config")) {
+    if (const CCabView config = entry.configuration) {
         if (const std::string reason = Refusal([&] { return command.SetConfig(config); }); !reason.empty()) {
             log.NameValue("ERROR: Setting command configuration failed", reason, 1);
             return "its configuration was refused (" + reason + ")";
         }
     }
-    if (const CCabView params = entry.Cab("Params")) {
+    if (const CCabView params = entry.parameters) {
         log.NameNumber("Params cab entries", params.Size(), 1);
         if (const std::string reason = Refusal([&] { return command.SetParams(params); }); !reason.empty()) {
             log.NameValue("ERROR: Setting parameters failed", reason, 1);
             return "its parameters were refused (" + reason + ")";
         }
     }
-    const int policy = entry.Int("UIPolicy", kAVCommandUISilent);
-    command.SetUIPolicy(static_cast<AVCommandUIPolicy>(policy));
+    command.SetUIPolicy(static_cast<AVCommandUIPolicy>(entry.uiPolicy));
     LogDescription(command, log);
     return {};
 }
@@ -74,21 +74,23 @@ std::optional<std::string> FindHandler(const std::string& name, CLogWriter& log)
     return handler;
 }
 
-Expected<SequenceCommand> MakeCommand(CCabView entry, bool trialRun, CLogWriter& log)
+Expected<SequenceCommand> MakeCommand(const StepEntry& entry, bool trialRun, CLogWriter& log)
 {
-    const auto name = HandlerNameOf(entry);
+    const auto& name = entry.handler;
     if (!name || name->empty()) {
         log.Line("Error reading batch command from a cab");
         return Failure("A command of the sequence has no handler name.");
     }
     SequenceCommand made{.handlerName = *name,
-                         .title = entry.StringOrText("Title").value_or(*name),
+                         .title = entry.title.value_or(*name),
                          .command = std::nullopt,
-                         .protects = IsProtectingStep(*name)};
+                         .protects = DescribeStep(*name).protects,
+                         .saves = DescribeStep(*name).saves};
     const auto handler = FindHandler(*name, log);
     if (!handler) return made;
     made.handlerName = *handler;
-    made.leftOut = trialRun && !MayBeTried(*handler);
+    made.saves = DescribeStep(*handler).saves;
+    made.leftOut = trialRun && !MayBeTried(DescribeStep(*handler));
     if (made.leftOut) return made;
     const auto error = CatchHostError([&] { made.command = CHostCommand::Create(*handler); });
     if (!made.command) {
@@ -109,7 +111,7 @@ Expected<CommandList> MakeCommands(CCabView commands, bool trialRun, CLogWriter&
     log.NameNumber("Number of batch commands in the sequence", count, 1);
     CommandList list;
     for (int index = 0; index < count; ++index) {
-        auto command = MakeCommand(commands.Cab(CabKey(index).c_str()), trialRun, log);
+        auto command = MakeCommand(StepEntry::Read(commands.Cab(CabKey(index).c_str())), trialRun, log);
         if (!command) return Failure(command.Error());
         list.push_back(std::move(*command));
     }

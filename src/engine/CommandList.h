@@ -17,6 +17,7 @@ struct SequenceCommand {
     std::optional<CHostCommand> command;  // nothing when its handler is not available, or is left out
     bool leftOut = false;                 // a trial run does not touch it
     bool protects = false;                // without it the document must not be saved
+    bool saves = false;                   // it saves the document
 };
 
 using CommandList = std::vector<SequenceCommand>;

@@ -194,7 +194,7 @@ bool CFileRun::ExecuteReady(SequenceCommand& command)
         if (command.protects) return NotDone(command, problem), true;
         Mark(FileOutcome::Incomplete, problem);
     }
-    if (IsSaveStep(command.handlerName)) return ExecuteSaveStep(command);
+    if (command.saves) return ExecuteSaveStep(command);
     return Execute(command);
 }
 
@@ -303,7 +303,7 @@ void CFileRun::Evaluate(SequenceCommand& command, AVCommandStatus status)
 /// Without its save step nothing of a file is kept, and without its protection nothing must be: the input stays.
 void CFileRun::NotDone(const SequenceCommand& command, const std::string& reason)
 {
-    const bool needed = command.protects || IsSaveStep(command.handlerName);
+    const bool needed = command.protects || command.saves;
     Mark(needed ? FileOutcome::Failed : FileOutcome::Incomplete, reason);
     m_unprotected = m_unprotected || command.protects;
 }

@@ -9,38 +9,27 @@
 
 namespace {
 
-constexpr char kFilesKey[] = "PreselectedFilesPaths";
-
 using Paths = Expected<std::vector<std::string>>;
 
-std::vector<std::string> ListedPaths(CCabView input)
-{
-    std::vector<std::string> paths;
-    const CCabView files = input.Cab(kFilesKey);
-    for (const std::string& key : files.Keys())
-        if (auto path = PathEntry(files, key.c_str())) paths.push_back(std::move(*path));
-    return paths;
-}
-
 /// One place or several, to be collected from.
-Paths PreselectedFiles(CCabView input, CLogWriter& log)
+Paths PreselectedFiles(CSequenceInput input, CLogWriter& log)
 {
-    std::vector<std::string> paths = ListedPaths(input);
+    std::vector<std::string> paths = input.Listed();
     if (!paths.empty()) return paths;
     constexpr char kNone[] = "No pre-selected file paths available";
     log.Line(kNone);
     return Failure(kNone);
 }
 
-Paths PreselectedFolder(CCabView input, CLogWriter& log)
+Paths PreselectedFolder(CSequenceInput input, CLogWriter& log)
 {
     constexpr char kNone[] = "No pre-selected folder/file paths available";
-    const auto folder = PathEntry(input, kFolderKey);
+    const auto folder = input.Folder();
     if (folder) {
         log.NameValue("Source folder path", *folder, 1);
         return std::vector{*folder};
     }
-    if (input.Known(kFolderKey)) log.Line("Missing DI in pre-selected folder path");
+    if (input.NamesFolder()) log.Line("Missing DI in pre-selected folder path");
     log.Line(kNone);
     return Failure(kNone);
 }
@@ -53,7 +42,7 @@ Paths AskUser(const std::vector<std::string>& extensions, CLogWriter& log)
     return std::move(*paths);
 }
 
-Paths OwnPlaces(int kind, CCabView input, const std::vector<std::string>& extensions, CLogWriter& log)
+Paths OwnPlaces(int kind, CSequenceInput input, const std::vector<std::string>& extensions, CLogWriter& log)
 {
     switch (kind) {
         case kInputFiles:
@@ -78,10 +67,10 @@ std::vector<std::string> AlternativePlaces(const ExecutorSettings& settings, int
     return places;
 }
 
-Paths Places(const ExecutorSettings& settings, CCabView input, const std::vector<std::string>& extensions,
+Paths Places(const ExecutorSettings& settings, CSequenceInput input, const std::vector<std::string>& extensions,
              CLogWriter& log)
 {
-    const int kind = input.Int("FileVariation", -1);
+    const int kind = input.Kind();
     auto places = AlternativePlaces(settings, kind, log);
     if (!places.empty()) return places;
     return OwnPlaces(kind, input, extensions, log);
@@ -97,7 +86,7 @@ std::vector<std::string> WrittenFolders(const ExecutorSettings& settings, CCabVi
     }
     const OutputSettings own = OutputSettings::Read(output);
     // A sequence that names a destination is sent into the folder of each input.
-    const bool redirected = output.Known("DocSaveDestType") && GetHostVersion().major >= kFirstMajorWithSaveStep;
+    const bool redirected = own.namesDestination && GetHostVersion().major >= kFirstMajorWithSaveStep;
     const bool used = own.kind == kOutputFolder || own.kind == kOutputAskUser;
     if (own.selectedFolder && used && !redirected) folders.push_back(*own.selectedFolder);
     return folders;
@@ -121,15 +110,15 @@ Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, co
     return collector;
 }
 
-std::vector<std::string> ListedFolders(CCabView input)
+std::vector<std::string> ListedFolders(CSequenceInput input)
 {
-    const bool listed = input.Int("FileVariation", -1) == kInputFolder && !input.Known(kFolderKey);
-    return listed ? ListedPaths(input) : std::vector<std::string>();
+    const bool listed = input.Kind() == kInputFolder && !input.NamesFolder();
+    return listed ? input.Listed() : std::vector<std::string>();
 }
 
-void LogInputPlaces(const ExecutorSettings& settings, CCabView input, CLogWriter& log)
+void LogInputPlaces(const ExecutorSettings& settings, CSequenceInput input, CLogWriter& log)
 {
-    const int kind = input.Int("FileVariation", -1);
+    const int kind = input.Kind();
     if (!AlternativePlaces(settings, kind, log).empty()) return;
     if (kind != kInputAskUser) (void)OwnPlaces(kind, input, {}, log);
 }

@@ -23,10 +23,10 @@ class CLogWriter;
 /// The places of a sequence that says it takes a folder but lists places as for files, as the XML form does with the
 /// folders it names; empty for any other sequence. A run from the environment does not find them. Throws
 /// CHostException.
-[[nodiscard]] std::vector<std::string> ListedFolders(CCabView input);
+[[nodiscard]] std::vector<std::string> ListedFolders(CSequenceInput input);
 
 /// Logs where the input files come from, as collecting them does, for a run that gets them from somebody else.
-void LogInputPlaces(const ExecutorSettings& settings, CCabView input, CLogWriter& log);
+void LogInputPlaces(const ExecutorSettings& settings, CSequenceInput input, CLogWriter& log);
 
 /// The files that were collected.
 class CCollectedInputs final : public CInputSource {

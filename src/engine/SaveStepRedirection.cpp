@@ -10,6 +10,7 @@
 #include "hostcalls/HostPath.h"
 #include "platform/CodePage.h"
 #include "platform/Files.h"
+#include "sequence/Keys.h"
 #include "sequence/Sequence.h"
 
 namespace {

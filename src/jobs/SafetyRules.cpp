@@ -4,7 +4,6 @@
 #include "platform/Files.h"
 #include "platform/Programs.h"
 #include "sequence/Sequence.h"
-#include "sequence/StepKinds.h"
 
 #include <algorithm>
 #include <cctype>
@@ -81,7 +80,7 @@ std::string OutputFolderProblem(const SequenceFacts& facts, const RunRequest& re
         return "The sequence asks for its output folder, and nobody can be asked. Name a folder with --output.";
     if (facts.output.kind != kOutputFolder) return {};
     // A sequence that names a destination is sent into the folder of each input.
-    if (facts.outputNamesDestination) return {};
+    if (facts.output.namesDestination) return {};
     if (!facts.output.selectedFolder)
         return "The sequence saves into a folder but does not say which. Name one with --output.";
     return MissingFolder("sequence's output folder", *facts.output.selectedFolder, "--output");
@@ -117,9 +116,9 @@ std::string OneWorkerReason(const StepFacts& step)
 {
     if (!step.available) return {};
     const std::string name = "The step " + Quoted(step.handler);
-    if (IsCatalogStep(step.handler)) return name + " works on an index that all files share.";
-    if (IsReportingStep(step.handler)) return name + " writes one report on all files.";
-    if (IsForeignStep(step.handler) && step.sequenceCallbacks)
+    if (step.shared == SharedWork::Index) return name + " works on an index that all files share.";
+    if (step.shared == SharedWork::Report) return name + " writes one report on all files.";
+    if (step.maker == StepMaker::Other && step.sequenceCallbacks)
         return name + " of another maker wants to see the whole sequence.";
     if (MentionsWord(step.script, "global")) return name + " keeps values from file to file (\"global\").";
     return {};
@@ -140,9 +139,8 @@ std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const RunReq
     for (const StepFacts& step : facts.steps)
         if (!step.available)
             warnings.push_back("The step " + Quoted(step.handler) +
-                               (IsProtectingStep(step.handler)
-                                    ? " is not available, and without its protection no file will be saved."
-                                    : " is not available and is left out; no file will count as saved."));
+                               (step.protects ? " is not available, and without its protection no file will be saved."
+                                              : " is not available and is left out; no file will count as saved."));
     if (!SavesSomething(facts)) warnings.push_back("The sequence saves nothing.");
     const bool outputUnused = facts.output.kind == kOutputInputFolder || !SavesSomething(facts);
     if (outputUnused && !request.settings.alternativeOutputPath.empty())

@@ -1,5 +1,7 @@
 #include "jobs/SafetyRules.h"
-#include "jobs/SequenceChecks.h"
+
+#include "batchrun/FinalAction.h"
+#include "sequence/SequenceChecks.h"
 
 #include <algorithm>
 #include <iterator>
@@ -24,18 +26,18 @@ std::string ErrorLine(const SequenceFinding& finding)
     return "\n  " + step + finding.text;
 }
 
-RunSurroundings SurroundingsOf(const RunRequest& request)
+RunSurroundings PlannedSurroundings(const RunRequest& request)
 {
     return {.hasInput = !request.settings.alternativeInputPath.empty() || !request.furtherInputPaths.empty(),
             .hasOutputFolder = !request.settings.alternativeOutputPath.empty(),
-            .finalAction = request.settings.finalAction};
+            .takesInputAway = TakesInputAway(request.settings.finalAction)};
 }
 
 std::vector<SequenceFinding> FindingsOf(const RunRequest& request)
 {
     const auto read = ReadSequenceSource(request.settings.sequencePath);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return {*problem};
-    return CheckSource(std::get<SequenceSource>(read), SurroundingsOf(request));
+    return CheckSource(std::get<SequenceSource>(read), PlannedSurroundings(request));
 }
 
 }  // namespace

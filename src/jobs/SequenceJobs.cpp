@@ -1,8 +1,10 @@
 #include "jobs/SequenceJobs.h"
 
 #include "base/ByteText.h"
+#include "base/Text.h"
+#include "batchrun/FinalAction.h"
 #include "jobs/JobSettings.h"
-#include "jobs/SequenceChecks.h"
+#include "sequence/SequenceChecks.h"
 #include "sequence/SequenceConvert.h"
 #include "sequence/SequenceFile.h"
 #include "sequence/SequenceReport.h"
@@ -27,6 +29,13 @@ json CheckReport(const std::string& path, const char* form, const std::vector<Se
             {"warnings", CountOf(findings, Severity::Warning)},
             {"notes", CountOf(findings, Severity::Note)},
             {"findings", FindingsReport(findings)}};
+}
+
+RunSurroundings SurroundingsOf(const EnvironmentReader& settings)
+{
+    return {.hasInput = !CleanPath(settings("FERRULEALTPATH")).empty(),
+            .hasOutputFolder = !CleanPath(settings("FERRULEALTOUTPUTPATH")).empty(),
+            .takesInputAway = TakesInputAway(ParseDecimal(settings("FERRULEFINAL")))};
 }
 
 /// Neighbours of one label make a group.
@@ -82,7 +91,7 @@ Expected<json> CheckSequence(const json& job)
     const auto read = ReadSequenceSource(path);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return CheckReport(path, "", {*problem});
     const auto& source = std::get<SequenceSource>(read);
-    const auto run = RunSurroundings::Read(EnvironmentOf(job));
+    const auto run = SurroundingsOf(EnvironmentOf(job));
     return CheckReport(path, FormWord(source.form), CheckSource(source, run));
 }
 

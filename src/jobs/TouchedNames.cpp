@@ -6,7 +6,6 @@
 #include "engine/SaveStepRedirection.h"
 #include "platform/Files.h"
 #include "platform/StandardPath.h"
-#include "sequence/StepKinds.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -59,7 +58,7 @@ CTouchedNames::CTouchedNames(const SequenceFacts& facts, const RunSettings& sett
     for (const StepFacts& step : facts.steps) {
         if (!step.available) continue;
         if (step.save) AddSaveStep(*step.save, facts, settings);
-        if (IsForeignStep(step.handler)) m_anyFolder = true;
+        if (step.maker == StepMaker::Other) m_anyFolder = true;
     }
     AddFinalAction(settings);
 }
@@ -69,7 +68,7 @@ void CTouchedNames::AddOutput(const SequenceFacts& facts, const RunSettings& set
     const OutputSettings& output = facts.output;
     Result result{std::nullopt, output.insertBefore, output.insertAfter, std::nullopt};
     if (output.kind == kOutputAskUser || output.kind == kOutputFolder) {
-        const bool redirected = facts.outputNamesDestination && facts.hostMajor >= kFirstMajorWithSaveStep;
+        const bool redirected = facts.output.namesDestination && facts.hostMajor >= kFirstMajorWithSaveStep;
         if (IsFolder(settings.alternativeOutputPath))
             result.folder = settings.alternativeOutputPath;
         else if (!redirected)

@@ -4,6 +4,7 @@
 #include "hostcalls/Atoms.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
+#include "sequence/Keys.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
 #include "sequence/XmlForm.h"
@@ -11,8 +12,6 @@
 #include <set>
 
 namespace {
-
-WorkflowItems ItemsFromCab(CCabView cab);
 
 /// Nothing for a type that XML does not have.
 std::optional<WorkflowValue> ValueFromCab(CCabView cab, const char* key)
@@ -41,55 +40,27 @@ std::optional<WorkflowValue> ValueFromCab(CCabView cab, const char* key)
     }
 }
 
-WorkflowItems ItemsFromCab(CCabView cab)
-{
-    WorkflowItems items;
-    for (const std::string& key : cab.Keys())
-        if (auto value = ValueFromCab(cab, key.c_str())) items.entries.emplace_back(key, std::move(*value));
-    return items;
-}
-
-std::string TextUtf8Or(CCabView cab, const char* key, const std::string& fallback)
-{
-    if (const auto text = cab.TextUtf8(key)) return *text;
-    return cab.String(key).value_or(fallback);
-}
-
 WorkflowCommand CommandFromEntry(CCabView entry)
 {
+    const StepEntry step = StepEntry::Read(entry);
     WorkflowCommand command;
-    const auto atom = entry.Atom("HandlerName");
-    command.handlerName = atom ? AtomText(*atom) : entry.StringOrText("HandlerName").value_or("");
-    command.label = TextUtf8Or(entry, "Title", command.handlerName);
-    command.parameters = ItemsFromCab(entry.Cab("Params"));
+    command.handlerName = step.handler.value_or("");
+    command.label = StepTitleUtf8(entry).value_or(command.handlerName);
+    command.parameters = ItemsFromCab(step.parameters);
     return command;
 }
 
-std::string DIPathOf(CCabView pathCab)
-{
-    for (const char* key : {"DIText", "DI", "DIPath"})
-        if (std::string path = TextUtf8Or(pathCab, key, ""); !path.empty()) return path;
-    return {};
-}
-
-/// Of a path cab, or of a text that is the path itself.
-std::string DIPathUnder(CCabView cab, const char* key)
-{
-    const CCabView pathCab = cab.Cab(key);
-    return pathCab ? DIPathOf(pathCab) : TextUtf8Or(cab, key, "");
-}
-
-std::vector<WorkflowSource> SourcesFromInput(CCabView input)
+std::vector<WorkflowSource> SourcesFromInput(CSequenceInput input)
 {
     std::vector<WorkflowSource> sources;
-    const int kind = input.Int("FileVariation", -1);
+    const int kind = input.Kind();
     if (kind != kInputFiles && kind != kInputFolder) return sources;
     const bool isFolder = kind == kInputFolder;
-    if (std::string folder = DIPathUnder(input, "PreselectedFolderPath"); isFolder && !folder.empty())
+    if (std::string folder = DIPathEntry(input, kFolderKey); isFolder && !folder.empty())
         sources.push_back({std::move(folder), true});
-    const CCabView paths = input.Cab("PreselectedFilesPaths");
+    const CCabView paths = input.Cab(kFilesKey);
     for (const std::string& key : paths.Keys())
-        if (std::string path = DIPathUnder(paths, key.c_str()); !path.empty())
+        if (std::string path = DIPathEntry(paths, key.c_str()); !path.empty())
             sources.push_back({std::move(path), isFolder});
     return sources;
 }
@@ -138,52 +109,7 @@ void AddDifferences(CCabView one, CCabView other, const std::string& prefix, std
     }
 }
 
-}  // namespace
-
-Workflow WorkflowFromSequence(const CSequence& sequence)
-{
-    Workflow workflow;
-    workflow.sources = SourcesFromInput(sequence.Input());
-    const CCabView commands = sequence.Commands();
-    const int count = commands.Size();
-    for (int index = 0; index < count; ++index) {
-        WorkflowCommand command = CommandFromEntry(commands.Cab(CabKey(index).c_str()));
-        if (workflow.groups.empty() || workflow.groups.back().label != command.label)
-            workflow.groups.push_back({command.label, {}});
-        workflow.groups.back().commands.push_back(std::move(command));
-    }
-    return workflow;
-}
-
-std::optional<WorkflowCommand> SaveStepFromOutput(CCabView output)
-{
-    const int kind = output.Int("FileVariation", kOutputFolder);
-    const char* const destination = kind == kOutputInputFolder ? "WorkflowPlaybackSave"
-                                    : kind == kOutputAskUser   ? "WorkflowPlaybackSaveAs"
-                                    : kind == kOutputFolder    ? "WorkflowPlaybackSaveInAFolder"
-                                                               : nullptr;
-    if (!destination) return std::nullopt;
-    WorkflowCommand command{"WorkflowPlaybackSaveFiles", "Save", {}, "", ""};
-    auto& entries = command.parameters.entries;
-    for (auto& entry : ItemsFromCab(output).entries)
-        if (entry.first != "DocSaveDestType" && entry.first != "PreselectedFolderPath")
-            entries.push_back(std::move(entry));
-    entries.emplace_back("DocSaveDestType", WorkflowString{destination});
-    if (std::string folder = DIPathUnder(output, "PreselectedFolderPath"); !folder.empty())
-        entries.emplace_back("PreselectedFolderPath", WorkflowText{folder.ends_with('/') ? folder : folder + '/'});
-    return command;
-}
-
-std::vector<std::string> CabDifferences(CCabView one, CCabView other)
-{
-    std::vector<std::string> differences;
-    AddDifferences(one, other, "", differences);
-    return differences;
-}
-
-namespace {
-
-constexpr int kOutputSavesItself = 3;
+// ---- XML to the host's form
 
 CCab CabFromItems(const WorkflowItems& items);
 
@@ -226,47 +152,51 @@ CCab CommandsCab(const Workflow& workflow)
 
 CCab InputCab(const Workflow& workflow)
 {
-    CCab input;
-    if (workflow.sources.empty()) {
-        input.PutInt("FileVariation", kInputAskUser);
-        return input;
-    }
-    input.PutInt("FileVariation", workflow.sources.front().isFolder ? kInputFolder : kInputFiles);
-    CCab paths;
-    int number = 0;
-    for (const WorkflowSource& source : workflow.sources)
-        paths.PutCab(CabKey(number++).c_str(), PathCab(source.path));
-    input.PutCab("PreselectedFilesPaths", std::move(paths));
-    return input;
+    std::vector<std::string> paths;
+    for (const WorkflowSource& source : workflow.sources) paths.push_back(source.path);
+    return MakeInput(paths, !workflow.sources.empty() && workflow.sources.front().isFolder);
 }
 
 }  // namespace
 
+Workflow WorkflowFromSequence(const CSequence& sequence)
+{
+    Workflow workflow;
+    workflow.sources = SourcesFromInput(sequence.Input());
+    const CCabView commands = sequence.Commands();
+    const int count = commands.Size();
+    for (int index = 0; index < count; ++index) {
+        WorkflowCommand command = CommandFromEntry(commands.Cab(CabKey(index).c_str()));
+        if (workflow.groups.empty() || workflow.groups.back().label != command.label)
+            workflow.groups.push_back({command.label, {}});
+        workflow.groups.back().commands.push_back(std::move(command));
+    }
+    return workflow;
+}
+
+WorkflowItems ItemsFromCab(CCabView cab)
+{
+    WorkflowItems items;
+    for (const std::string& key : cab.Keys())
+        if (auto value = ValueFromCab(cab, key.c_str())) items.entries.emplace_back(key, std::move(*value));
+    return items;
+}
+
+std::vector<std::string> CabDifferences(CCabView one, CCabView other)
+{
+    std::vector<std::string> differences;
+    AddDifferences(one, other, "", differences);
+    return differences;
+}
+
 CCab CabFromCommand(const WorkflowCommand& command)
 {
-    CCab cab;
-    cab.PutCab("Params", CabFromItems(command.parameters));
-    cab.PutAtom("HandlerName", Atom(command.handlerName));
-    cab.PutTextUtf8("Title", command.label);
-    cab.PutInt("UIPolicy", kAVCommandUISilent);
-    cab.PutCab("Config", CCab());
-    return cab;
+    return MakeStepEntry(command.handlerName, command.label, CabFromItems(command.parameters));
 }
 
-CCab CabFromWorkflow(const Workflow& workflow)
+CSequence SequenceFromWorkflow(const Workflow& workflow)
 {
-    CCab sequence = CabWithoutCommands(workflow);
-    sequence.PutCab("Commands", CommandsCab(workflow));
-    return sequence;
+    return {CommandsCab(workflow), InputCab(workflow), MakeNoOutput()};
 }
 
-CCab CabWithoutCommands(const Workflow& workflow)
-{
-    CCab output;
-    output.PutInt("FileVariation", kOutputSavesItself);
-    CCab sequence;
-    sequence.PutCab("Commands", CCab());
-    sequence.PutCab("Input", InputCab(workflow));
-    sequence.PutCab("Output", std::move(output));
-    return sequence;
-}
+CSequence SequenceWithoutCommands(const Workflow& workflow) { return {CCab(), InputCab(workflow), MakeNoOutput()}; }

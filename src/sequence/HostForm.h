@@ -14,19 +14,18 @@
 /// Throws CHostException.
 [[nodiscard]] Workflow WorkflowFromSequence(const CSequence& sequence);
 
-/// A save step that does what the output settings say, as far as a step can; nothing when they save nothing or are
-/// of an unknown kind. Throws CHostException.
-[[nodiscard]] std::optional<WorkflowCommand> SaveStepFromOutput(CCabView output);
-
 /// Where two cabs differ in keys, types or values: the keys from the top, joined by ":", in the order of a cab.
 /// Values of types that only the host knows always differ. Throws CHostException.
 [[nodiscard]] std::vector<std::string> CabDifferences(CCabView one, CCabView other);
 
 /// Input kind and paths come from the sources (none: the user is asked); the commands are silent; the output is left
 /// to the sequence's own save step. Throws CHostException.
-[[nodiscard]] CCab CabFromWorkflow(const Workflow& workflow);
+[[nodiscard]] CSequence SequenceFromWorkflow(const Workflow& workflow);
 
 /// The same without the commands, and one command by itself: a long sequence looked at step by step needs no more.
 /// Both throw CHostException.
-[[nodiscard]] CCab CabWithoutCommands(const Workflow& workflow);
+[[nodiscard]] CSequence SequenceWithoutCommands(const Workflow& workflow);
 [[nodiscard]] CCab CabFromCommand(const WorkflowCommand& command);
+
+/// The entries of a cab, those of types that XML does not have left out. Throws CHostException.
+[[nodiscard]] WorkflowItems ItemsFromCab(CCabView cab);

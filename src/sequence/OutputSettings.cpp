@@ -1,38 +1,92 @@
 #include "sequence/OutputSettings.h"
 
 #include "hostapi/HostConstants.h"
+#include "hostcalls/HostFrame.h"
+#include "hostcalls/HostPath.h"
+#include "sequence/HostForm.h"
+#include "sequence/Keys.h"
 #include "sequence/Sequence.h"
+
+#include <utility>
+
+namespace {
+
+Expected<std::string> DIFolder(const std::string& folder)
+{
+    std::string path;
+    if (const auto error = CatchHostError([&] { path = CHostPath::FromNative(folder).ToDIPath(); }))
+        return Failure("The folder " + folder + " cannot be named in a sequence: " + error->text);
+    return path.ends_with('/') ? path : path + '/';
+}
+
+const char* DestinationWord(int kind)
+{
+    switch (kind) {
+        case kOutputInputFolder:
+            return kSaveWhereDocumentIs;
+        case kOutputAskUser:
+            return kSaveAsked;
+        case kOutputFolder:
+            return kSaveInAFolder;
+        default:
+            return nullptr;
+    }
+}
+
+void Put(WorkflowItems& items, const char* name, WorkflowValue value)
+{
+    items.entries.emplace_back(name, std::move(value));
+}
+
+WorkflowCommand EmptySaveStep() { return {kSaveStepHandler, "Save", {}, "", ""}; }
+
+}  // namespace
 
 OutputSettings OutputSettings::Read(CCabView output)
 {
     OutputSettings settings;
-    settings.kind = output.Int("FileVariation", kOutputFolder);
-    if (output.Bool("AddToBaseName", false)) {
-        settings.insertBefore = output.StringOrText("InsertBeforeBaseName").value_or("");
-        settings.insertAfter = output.StringOrText("InsertAfterBaseName").value_or("");
+    settings.kind = output.Int(kFileVariationKey, kOutputFolder);
+    settings.namesDestination = output.Known(kSaveDestinationKey);
+    if (output.Bool(kAddToBaseNameKey, false)) {
+        settings.insertBefore = output.StringOrText(kInsertBeforeKey).value_or("");
+        settings.insertAfter = output.StringOrText(kInsertAfterKey).value_or("");
     }
-    settings.dontOverwrite = output.Bool("DontOverwrite", true);
-    settings.optimizePdf = output.Bool("OptimizePDF", true);
-    settings.runPdfOptimizer = output.Bool("RunPDFOptimizer", false);
-    if (auto handler = output.StringOrText("HandlerUniqueID"); handler && !handler->empty())
+    settings.dontOverwrite = output.Bool(kDontOverwriteKey, true);
+    settings.optimizePdf = output.Bool(kOptimizePdfKey, true);
+    settings.runPdfOptimizer = output.Bool(kRunOptimizerKey, false);
+    settings.optimizerPreset = output.StringOrText(kPresetNameKey).value_or("");
+    settings.embedIndex = output.Bool(kEmbedIndexKey, false);
+    settings.numberFiles = output.Bool(kNumericNamingKey, false);
+    if (auto handler = output.StringOrText(kConverterKey); handler && !handler->empty())
         settings.handlerId = std::move(handler);
-    settings.selectedFolder = PathEntry(output, "PreselectedFolderPath");
+    settings.selectedFolder = PathEntry(output, kFolderKey);
     return settings;
+}
+
+bool OutputSettings::ReplacesInput() const
+{
+    return !dontOverwrite && insertBefore.empty() && insertAfter.empty() && !handlerId;
+}
+
+CCab MakeNoOutput()
+{
+    CCab output;
+    output.PutInt(kFileVariationKey, kOutputNone);
+    return output;
 }
 
 SaveStepFacts SaveStepFacts::Read(CCabView params)
 {
+    OutputSettings settings = OutputSettings::Read(params);
     SaveStepFacts save;
-    save.namesDestination = params.Known(kSaveDestinationKey);
+    save.namesDestination = settings.namesDestination;
     if (params.StringOrText(kSaveDestinationKey).value_or("") == kSaveInAFolder)
-        save.folder = PathEntry(params, "PreselectedFolderPath");
-    if (params.Bool("AddToBaseName", false)) {
-        save.before = params.StringOrText("InsertBeforeBaseName").value_or("");
-        save.after = params.StringOrText("InsertAfterBaseName").value_or("");
-    }
-    save.converterId = params.StringOrText("HandlerUniqueID").value_or("");
+        save.folder = std::move(settings.selectedFolder);
+    save.before = std::move(settings.insertBefore);
+    save.after = std::move(settings.insertAfter);
+    save.converterId = settings.handlerId.value_or("");
     if (save.converterId == PDF_FILEFILTERREC_UNIQUEID) save.converterId.clear();
-    save.dontOverwrite = params.Bool("DontOverwrite", true);
+    save.dontOverwrite = settings.dontOverwrite;
     return save;
 }
 
@@ -45,4 +99,41 @@ bool SavesInPlace(const SaveStepFacts& save, int hostMajor)
 {
     const bool redirected = save.namesDestination && hostMajor >= kFirstMajorWithSaveStep;
     return save.SavesWhereDocumentIs() && !redirected;
+}
+
+Expected<WorkflowCommand> MakeSaveStep(const SaveStepWishes& wishes)
+{
+    WorkflowCommand command = EmptySaveStep();
+    WorkflowItems& items = command.parameters;
+    Put(items, kAddToBaseNameKey, !wishes.prefix.empty() || !wishes.suffix.empty());
+    Put(items, kSaveDestinationKey, WorkflowString{wishes.folder.empty() ? kSaveWhereDocumentIs : kSaveInAFolder});
+    Put(items, kDontOverwriteKey, !wishes.overwrite);
+    Put(items, kEmbedIndexKey, false);
+    Put(items, kFileVariationKey, 0);
+    Put(items, kHandleOutputKey, true);
+    if (!wishes.converter.empty()) Put(items, kConverterKey, WorkflowString{wishes.converter});
+    Put(items, kInsertAfterKey, WorkflowText{wishes.suffix});
+    Put(items, kInsertBeforeKey, WorkflowText{wishes.prefix});
+    Put(items, kNumericNamingKey, false);
+    Put(items, kOptimizePdfKey, wishes.optimize);
+    Put(items, kRunOptimizerKey, false);
+    if (wishes.folder.empty()) return command;
+    const auto path = DIFolder(wishes.folder);
+    if (!path) return Failure(path.Error());
+    Put(items, kFolderKey, WorkflowText{*path});
+    return command;
+}
+
+std::optional<WorkflowCommand> SaveStepFromOutput(CCabView output)
+{
+    const char* const destination = DestinationWord(OutputSettings::Read(output).kind);
+    if (!destination) return std::nullopt;
+    WorkflowCommand command = EmptySaveStep();
+    auto& entries = command.parameters.entries;
+    for (auto& entry : ItemsFromCab(output).entries)
+        if (entry.first != kSaveDestinationKey && entry.first != kFolderKey) entries.push_back(std::move(entry));
+    Put(command.parameters, kSaveDestinationKey, WorkflowString{destination});
+    if (std::string folder = DIPathEntry(output, kFolderKey); !folder.empty())
+        Put(command.parameters, kFolderKey, WorkflowText{folder.ends_with('/') ? folder : folder + '/'});
+    return command;
 }

@@ -2,6 +2,7 @@
 
 #include "base/Text.h"
 #include "sequence/HostForm.h"
+#include "sequence/Keys.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/XmlForm.h"
 
@@ -33,7 +34,7 @@ Expected<ConvertedSequence> ToHostForm(const SequenceSource& source, const std::
     CSequenceFindings losses;
     for (const SequenceFinding& remark : source.audit.remarks) losses.Add(remark);
     NameUnkeptWords(source, losses);
-    auto bytes = HostFormOf(CabFromWorkflow(*source.workflow).View(), target);
+    auto bytes = HostFormOf(SequenceFromWorkflow(*source.workflow).Whole(), target);
     if (!bytes) return Failure(bytes.Error());
     return ConvertedSequence{std::move(*bytes), losses.All()};
 }
@@ -74,27 +75,29 @@ void AddSaveStep(CCabView output, Workflow& workflow, CSequenceFindings& losses)
     workflow.groups.push_back({step->label, {std::move(*step)}});
 }
 
-bool IsUnder(const std::string& key, const char* part)
+bool IsUnder(const std::string& key, const std::string& part) { return key == part || key.starts_with(part + ':'); }
+
+bool IsUnder(const std::string& key, const std::string& part, const char* inner)
 {
-    return key == part || key.starts_with(std::string(part) + ':');
+    return IsUnder(key, part + ':' + inner);
 }
 
 /// The part of a command's entry that a key is in: "Params", "Title" ...; empty when it is in none.
 std::string CommandPart(const std::string& key)
 {
     const auto steps = Split(key, ":");
-    return steps.size() > 2 && steps[0] == "Commands" ? steps[2] : std::string();
+    return steps.size() > 2 && steps[0] == kCommandsKey ? steps[2] : std::string();
 }
 
 /// One entry that is not the same after the way to XML and back.
 void NameDifference(const std::string& key, CSequenceFindings& losses)
 {
     const std::string text = "The entry \"" + key + "\" has no place in XML.", part = CommandPart(key);
-    if (part == "Title") {
+    if (part == kTitleKey) {
         losses.Note("title-made", "The entry \"" + key + "\" becomes the label of a group.");
-    } else if (part == "HandlerName") {
+    } else if (part == kHandlerNameKey) {
         losses.Warning("handler-name", "The entry \"" + key + "\" is kept in another way.");
-    } else if (part == "UIPolicy" || part == "Config") {
+    } else if (part == kUIPolicyKey || part == kConfigKey) {
         losses.Warning("windows-lost", text + " The step shows no windows.");
     } else {
         losses.Error("value-lost", text);
@@ -103,13 +106,13 @@ void NameDifference(const std::string& key, CSequenceFindings& losses)
 
 /// Compares what was with what a reader of the new text gets. `saveStep`: the number of the step that was added, from
 /// 0; -1 for none.
-void NameDifferences(CCabView before, CCab after, int saveStep, CSequenceFindings& losses)
+void NameDifferences(CCabView before, CSequence after, int saveStep, CSequenceFindings& losses)
 {
-    if (saveStep >= 0) after.EditCab("Commands").Remove(CabKey(saveStep).c_str());
+    if (saveStep >= 0) after.EditCommands().Remove(CabKey(saveStep).c_str());
     bool sourceChanged = false;
-    for (const std::string& key : CabDifferences(before, after.View())) {
-        if (saveStep >= 0 && IsUnder(key, "Output")) continue;  // named as a whole
-        if (IsUnder(key, "Input:PreselectedFolderPath") || IsUnder(key, "Input:PreselectedFilesPaths")) {
+    for (const std::string& key : CabDifferences(before, after.Whole())) {
+        if (saveStep >= 0 && IsUnder(key, kOutputKey)) continue;  // named as a whole
+        if (IsUnder(key, kInputKey, kFolderKey) || IsUnder(key, kInputKey, kFilesKey)) {
             sourceChanged = true;
         } else {
             NameDifference(key, losses);
@@ -134,8 +137,8 @@ Expected<ConvertedSequence> ToXml(const SequenceSource& source, const Conversion
     if (!xml) return Failure(xml.Error());
     const auto again = ParseWorkflow(*xml);
     if (!again) return Failure("the new text cannot be read: " + again.Error());
-    NameDifferences(source.sequence.Whole(), CabFromWorkflow(*again), workflow.groups.size() > groups ? count : -1,
-                    losses);
+    NameDifferences(source.sequence.Whole(), SequenceFromWorkflow(*again),
+                    workflow.groups.size() > groups ? count : -1, losses);
     return ConvertedSequence{std::move(*xml), losses.All()};
 }
 

@@ -1,7 +1,6 @@
 #include "sequence/SequenceFacts.h"
 
 #include "hostcalls/Commands.h"
-#include "sequence/StepKinds.h"
 
 #include <algorithm>
 
@@ -9,15 +8,19 @@ namespace {
 
 StepFacts ReadStep(CCabView entry)
 {
+    const StepEntry read = StepEntry::Read(entry);
     StepFacts step;
-    step.handler = HandlerNameOf(entry).value_or("");
+    step.handler = read.handler.value_or("");
     const auto handler = AvailableHandler(step.handler);
     step.available = handler.has_value();
     if (handler) step.handler = *handler;
     step.sequenceCallbacks = handler && HasSequenceCallbacks(*handler);
-    const CCabView params = entry.Cab("Params");
-    if (IsSaveStep(step.handler)) step.save = SaveStepFacts::Read(params);
-    if (IsScriptStep(step.handler)) step.script = params.TextUtf8("ScriptCode").value_or("");
+    const StepDescription& description = DescribeStep(step.handler);
+    step.maker = description.maker;
+    step.shared = description.shared;
+    step.protects = description.protects;
+    if (description.saves) step.save = SaveStepFacts::Read(read.parameters);
+    if (description.script) step.script = read.parameters.TextUtf8(description.script).value_or("");
     return step;
 }
 
@@ -27,12 +30,11 @@ SequenceFacts ReadSequenceFacts(const CSequence& sequence, int hostMajor)
 {
     SequenceFacts facts;
     facts.hostMajor = hostMajor;
-    facts.inputKind = sequence.Input().Int("FileVariation", -1);
+    facts.inputKind = sequence.Input().Kind();
     const CCabView commands = sequence.Commands();
     for (int index = 0; index < commands.Size(); ++index)
         facts.steps.push_back(ReadStep(commands.Cab(CabKey(index).c_str())));
     facts.output = OutputSettings::Read(sequence.Output());
-    facts.outputNamesDestination = sequence.Output().Known(kSaveDestinationKey);
     return facts;
 }
 

@@ -3,6 +3,7 @@
 
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
+#include "sequence/StepDescription.h"
 
 #include <optional>
 #include <string>
@@ -11,7 +12,10 @@
 struct StepFacts {
     std::string handler;  // under which it would be made; that of the sequence when it is not available
     bool available = true;
-    bool sequenceCallbacks = false;     // wants to be called before or after the whole sequence
+    bool sequenceCallbacks = false;  // wants to be called before or after the whole sequence
+    StepMaker maker = StepMaker::Other;
+    SharedWork shared = SharedWork::None;
+    bool protects = false;
     std::optional<SaveStepFacts> save;  // of save steps only
     std::string script;                 // of script steps only
 };
@@ -21,7 +25,6 @@ struct SequenceFacts {
     int inputKind = -1;
     std::vector<StepFacts> steps;
     OutputSettings output;
-    bool outputNamesDestination = false;
 };
 
 /// The sequence must be complete. Throws CHostException.

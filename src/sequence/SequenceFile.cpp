@@ -13,7 +13,7 @@
 #include "platform/TemporaryNames.h"
 #include "sequence/GuardedXml.h"
 #include "sequence/HostForm.h"
-#include "sequence/StepKinds.h"
+#include "sequence/StepDescription.h"
 #include "sequence/StepSecrets.h"
 
 #include <cstddef>
@@ -39,9 +39,10 @@ SequenceStep StepOf(CCabView entry, int number)
     SequenceStep step;
     step.number = number;
     step.entry = entry;
-    step.parameters = entry.Cab("Params");
-    step.handler = HandlerNameOf(entry).value_or("");
-    step.label = entry.StringOrText("Title").value_or(step.handler);
+    const StepEntry read = StepEntry::Read(entry);
+    step.parameters = read.parameters;
+    step.handler = read.handler.value_or("");
+    step.label = read.title.value_or(step.handler);
     if (!step.handler.empty()) step.runsAs = AvailableHandler(step.handler).value_or("");
     return step;
 }
@@ -101,7 +102,7 @@ std::variant<SequenceSource, SequenceFinding> SequenceFromText(const std::string
     if (!workflow) return Error("not-xml", workflow.Error());
     std::optional<CSequence> sequence;
     if (const auto error = ConversionError(*workflow)) return Error("not-convertible", error->text);
-    if (const auto error = CatchHostError([&] { sequence.emplace(CabWithoutCommands(*workflow)); }))
+    if (const auto error = CatchHostError([&] { sequence = SequenceWithoutCommands(*workflow); }))
         return Error("not-convertible", error->text);
     return SequenceSource{path, SequenceForm::Xml, std::move(*sequence), std::move(*workflow), std::move(audit)};
 }
@@ -131,7 +132,7 @@ bool HoldsPasswords(const SequenceSource& source)
 {
     bool holds = false;
     ForEachStep(source, [&](const SequenceStep& step) {
-        holds = HoldsPassword(step.handler, step.parameters);
+        holds = HoldsPassword(DescribeMeantStep(step.handler), step.parameters);
         return !holds;
     });
     return holds;
@@ -171,7 +172,7 @@ Expected<CSequence> LoadEitherForm(const std::string& path, CLogWriter& log)
         return Failure("The sequence file " + path + " cannot be read: " + workflow.Error());
     }
     std::optional<CSequence> sequence;
-    if (const auto error = CatchHostError([&] { sequence.emplace(CabFromWorkflow(*workflow)); })) {
+    if (const auto error = CatchHostError([&] { sequence = SequenceFromWorkflow(*workflow); })) {
         log.NameValue("Sequence file cannot be converted", error->text, 0);
         return Failure("The sequence file " + path + " cannot be converted: " + error->text);
     }

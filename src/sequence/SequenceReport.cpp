@@ -5,7 +5,7 @@
 #include "hostcalls/Atoms.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
-#include "sequence/StepKinds.h"
+#include "sequence/StepDescription.h"
 #include "sequence/StepSecrets.h"
 #include "sequence/XmlForm.h"
 
@@ -76,7 +76,7 @@ json StepReport(const SequenceSource& source, const SequenceStep& step)
                    {"handler", TextFromBytes(step.handler)},
                    {"title", step.IsAvailable() ? TextFromBytes(HostTitle(step.runsAs)) : ""},
                    {"available", step.IsAvailable()},
-                   {"parameters", CabReport(CSecretEntries(step.handler), step.parameters)}};
+                   {"parameters", CabReport(CSecretEntries(DescribeMeantStep(step.handler)), step.parameters)}};
     if (step.IsAvailable() && step.runsAs != step.handler) report["runsAs"] = step.runsAs;
     if (source.form == SequenceForm::Xml) {
         report["prompts"] = step.prompts;
@@ -102,7 +102,7 @@ StepReports ReportSteps(const SequenceSource& source)
             reports.groups.push_back({{"label", TextFromBytes(step.label)}, {"steps", json::array()}});
         group = step.group;
         reports.groups.back()["steps"].push_back(StepReport(source, step));
-        if (IsSaveStep(step.handler))
+        if (DescribeStep(step.handler).saves)
             reports.saveSteps += (reports.saveSteps.empty() ? "" : ", ") + std::to_string(step.number);
         return true;
     });
@@ -122,20 +122,18 @@ json SourcesReport(const SequenceSource& source)
             AddSource(list, one.path, one.isFolder ? "folder" : "file");
         return list;
     }
-    const CCabView input = source.sequence.Input();
-    if (input.Int("FileVariation", -1) == kInputFolder) {
-        if (const auto folder = PathEntry(input, "PreselectedFolderPath")) AddSource(list, *folder, "folder");
+    const CSequenceInput input = source.sequence.Input();
+    if (input.Kind() == kInputFolder) {
+        if (const auto folder = input.Folder()) AddSource(list, *folder, "folder");
         return list;
     }
-    const CCabView files = input.Cab("PreselectedFilesPaths");
-    for (const std::string& key : files.Keys())
-        if (const auto file = PathEntry(files, key.c_str())) AddSource(list, *file, "file");
+    for (const std::string& file : input.Listed()) AddSource(list, file, "file");
     return list;
 }
 
-json InputReport(CCabView input)
+json InputReport(CSequenceInput input)
 {
-    switch (const int kind = input.Int("FileVariation", -1)) {
+    switch (const int kind = input.Kind()) {
         case kInputFiles:
             return {{"kind", "files"}, {"words", "takes the files that it names"}};
         case kInputFolder:

@@ -1,15 +1,14 @@
 #include "sequence/StepMaking.h"
 
-#include "base/Text.h"
-#include "base/Unicode.h"
-#include "hostcalls/HostFrame.h"
-#include "hostcalls/HostPath.h"
 #include "sequence/JsonFields.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/StepDescription.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace {
 
@@ -94,25 +93,52 @@ Expected<Commands> ListedSteps(const json& job)
     return commands;
 }
 
-json Output(const json& job, bool asText)
+/// The step that saves each document; one without any wishes when `output` is null.
+Expected<WorkflowCommand> SaveStepFromWords(const json& output, const char* converter = "")
 {
-    json output = job.value("output", json::object());
-    if (asText && output.is_object() && !output.contains("converter"))
-        output["converter"] = "com.adobe.acrobat.plain-text";
-    return output;
+    if (!output.is_object() && !output.is_null()) return Failure("\"output\" is no object.");
+    return MakeSaveStep({.folder = BytesIn(output, "folder"),
+                         .prefix = BytesIn(output, "prefix"),
+                         .suffix = BytesIn(output, "suffix"),
+                         .converter = output.contains("converter") ? BytesIn(output, "converter") : converter,
+                         .overwrite = FlagIn(output, "overwrite", false),
+                         .optimize = FlagIn(output, "optimize", true)});
+}
+
+/// Templates that only save.
+struct SavingTemplate {
+    const char* name;
+    const char* converter;
+};
+constexpr SavingTemplate kSavingTemplates[] = {{"save", ""}, {"text", "com.adobe.acrobat.plain-text"}};
+
+std::string TemplateNames()
+{
+    std::vector<std::string> names;
+    for (const StepDescription* step : OwnSteps())
+        if (step->fromWords.name) names.push_back(step->fromWords.name);
+    for (const SavingTemplate& saving : kSavingTemplates) names.push_back(saving.name);
+    std::string text;
+    for (const std::string& name : names)
+        text += (text.empty() ? "\"" : name == names.back() ? " or \"" : ", \"") + name + '"';
+    return text;
 }
 
 Expected<Commands> TemplateSteps(const json& job, const std::string& name)
 {
     Commands commands;
-    if (name != "protect" && name != "save" && name != "text")
-        return Failure("There is no template \"" + name + "\"; choose \"protect\", \"save\" or \"text\".");
-    if (name == "protect") {
-        auto protect = ProtectStepFromJson(job.value("protect", json::object()));
-        if (!protect) return Failure(protect.Error());
-        commands.push_back(std::move(*protect));
+    const char* converter = nullptr;
+    for (const SavingTemplate& saving : kSavingTemplates)
+        if (name == saving.name) converter = saving.converter;
+    for (const StepDescription* step : OwnSteps()) {
+        if (!step->fromWords.name || name != step->fromWords.name) continue;
+        auto made = step->fromWords.make(job.value(name, json::object()));
+        if (!made) return Failure(made.Error());
+        commands.push_back(std::move(*made));
+        converter = "";
     }
-    auto save = SaveStepFromJson(Output(job, name == "text"));
+    if (!converter) return Failure("There is no template \"" + name + "\"; choose " + TemplateNames() + ".");
+    auto save = SaveStepFromWords(job.value("output", json::object()), converter);
     if (!save) return Failure(save.Error());
     commands.push_back(std::move(*save));
     return commands;
@@ -141,116 +167,8 @@ Expected<std::vector<WorkflowCommand>> StepsFromJob(const json& job)
     if (const std::string name = BytesIn(job, "template"); !name.empty()) return TemplateSteps(job, name);
     auto commands = ListedSteps(job);
     if (!commands || !job.contains("output")) return commands;
-    auto save = SaveStepFromJson(job.at("output"));
+    auto save = SaveStepFromWords(job.at("output"));
     if (!save) return Failure(save.Error());
     commands->push_back(std::move(*save));
     return commands;
-}
-
-namespace {
-
-using nlohmann::json;
-
-struct Word {
-    const char* word;
-    const char* parameter;
-};
-constexpr Word kRights[] = {
-    {"print", "CanPrint"},       {"print-high", "HiResPrinting"},     {"copy", "CanCopy"},
-    {"edit", "CanEdit"},         {"annotate", "CanEditNotes"},        {"fill-forms", "CanFillForms"},
-    {"assemble", "CanAssemble"}, {"templates", "CanCreateTemplates"}, {"extract", "CanExtractPages"}};
-
-struct Method {
-    const char* word;
-    int code;
-};
-constexpr Method kMethods[] = {{"rc4", 1}, {"aes128", 2}, {"aes256", 3}, {"", 3}};
-
-Expected<int> MethodCode(const std::string& word)
-{
-    for (const Method& method : kMethods)
-        if (word == method.word) return method.code;
-    return Failure("There is no encryption method \"" + word + "\"; choose \"aes256\", \"aes128\" or \"rc4\".");
-}
-
-/// The rights to give; all of them when none are named.
-Expected<std::vector<std::string>> RightsToGive(const json& protect)
-{
-    std::vector<std::string> all, given = BytesListIn(protect, "allow");
-    for (const Word& right : kRights) all.emplace_back(right.word);
-    if (!protect.contains("allow")) return all;
-    for (const std::string& right : given)
-        if (std::find(all.begin(), all.end(), right) == all.end())
-            return Failure("There is no right \"" + right +
-                           "\" to allow; the rights are print, print-high, copy, edit, " +
-                           "annotate, fill-forms, assemble, templates and extract.");
-    return given;
-}
-
-void Put(WorkflowItems& items, const char* name, WorkflowValue value)
-{
-    items.entries.emplace_back(name, std::move(value));
-}
-
-void PutText(WorkflowItems& items, const char* name, const std::string& utf8)
-{
-    Put(items, name, WorkflowText{utf8});
-}
-
-Expected<std::string> DIFolder(const std::string& folder)
-{
-    std::string path;
-    if (const auto error = CatchHostError([&] { path = CHostPath::FromNative(folder).ToDIPath(); }))
-        return Failure("The folder " + folder + " cannot be named in a sequence: " + error->text);
-    return path.ends_with('/') ? path : path + '/';
-}
-
-}  // namespace
-
-Expected<WorkflowCommand> ProtectStepFromJson(const json& protect)
-{
-    const std::string user = BytesIn(protect, "userPassword"), owner = BytesIn(protect, "ownerPassword");
-    if (Trim(user).empty() && Trim(owner).empty())
-        return Failure("Give a password to open the documents, one for their permissions, or both.");
-    const auto method = MethodCode(BytesIn(protect, "method"));
-    if (!method) return Failure(method.Error());
-    const auto rights = RightsToGive(protect);
-    if (!rights) return Failure(rights.Error());
-    WorkflowCommand command{"QLNX_FerrulePasswordProtectCommand", "Protect", {}, "", ""};
-    WorkflowItems& items = command.parameters;
-    Put(items, "AllowAll", false);
-    for (const Word& right : kRights)
-        Put(items, right.parameter, std::find(rights->begin(), rights->end(), right.word) != rights->end());
-    Put(items, "EncryptionMethod", *method);
-    Put(items, "PasswordProtect", true);
-    if (!user.empty()) PutText(items, "Password", user);
-    if (!owner.empty()) PutText(items, "PermPassword", owner);
-    return command;
-}
-
-Expected<WorkflowCommand> SaveStepFromJson(const json& output)
-{
-    if (!output.is_object() && !output.is_null()) return Failure("\"output\" is no object.");
-    const std::string folder = BytesIn(output, "folder"), converter = BytesIn(output, "converter"),
-                      prefix = BytesIn(output, "prefix"), suffix = BytesIn(output, "suffix");
-    WorkflowCommand command{"WorkflowPlaybackSaveFiles", "Save", {}, "", ""};
-    WorkflowItems& items = command.parameters;
-    Put(items, "AddToBaseName", !prefix.empty() || !suffix.empty());
-    Put(items, "DocSaveDestType",
-        WorkflowString{folder.empty() ? "WorkflowPlaybackSave" : "WorkflowPlaybackSaveInAFolder"});
-    Put(items, "DontOverwrite", !FlagIn(output, "overwrite", false));
-    Put(items, "EmbedIndex", false);
-    Put(items, "FileVariation", 0);
-    Put(items, "HandleOutput", true);
-    if (!converter.empty()) Put(items, "HandlerUniqueID", WorkflowString{converter});
-    PutText(items, "InsertAfterBaseName", suffix);
-    PutText(items, "InsertBeforeBaseName", prefix);
-    Put(items, "NumbericNaming", false);  // sic
-    Put(items, "OptimizePDF", FlagIn(output, "optimize", true));
-    Put(items, "RunPDFOptimizer", false);
-    if (folder.empty()) return command;
-    const auto path = DIFolder(folder);
-    if (!path) return Failure(path.Error());
-    PutText(items, "PreselectedFolderPath", *path);
-    return command;
 }

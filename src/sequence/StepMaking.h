@@ -13,9 +13,3 @@
 
 /// One value of a step's parameters.
 [[nodiscard]] Expected<WorkflowValue> ValueFromJson(const nlohmann::json& value);
-
-/// The step that protects each document, from "protect".
-[[nodiscard]] Expected<WorkflowCommand> ProtectStepFromJson(const nlohmann::json& protect);
-
-/// The step that saves each document, from "output"; one without any wishes when it is null.
-[[nodiscard]] Expected<WorkflowCommand> SaveStepFromJson(const nlohmann::json& output);

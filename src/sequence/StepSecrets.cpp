@@ -8,60 +8,8 @@
 
 namespace {
 
-constexpr char kHostSecurityStep[] = "DocSecurity";
-constexpr char kTable[] = "FileMapping";
+constexpr char kTable[] = "FileMapping";  // under this name other makers keep passwords, too
 constexpr char kTableCount[] = "NumItems";
-
-/// What our own steps have besides passwords.
-constexpr const char* kOfProtectStep[] = {"EncryptionMethod",
-                                          "PasswordProtect",
-                                          "UseDataSourceForOpenPassword",
-                                          "PasswordField",
-                                          "UseDataSourceForPermissionsPassword",
-                                          "PermPasswordField",
-                                          "CanCopy",
-                                          "CanEdit",
-                                          "CanEditNotes",
-                                          "CanPrint",
-                                          "CanFillForms",
-                                          "CanAssemble",
-                                          "CanCreateTemplates",
-                                          "AllowAll",
-                                          "HiResPrinting",
-                                          "CanExtractPages",
-                                          "UseFileMapping",
-                                          "SearchRegex",
-                                          "SearchRegexFormat",
-                                          "SearchForPassword",
-                                          "FirstPageToSearch",
-                                          "LastPageToSearch",
-                                          "ExtractPasswordFromPage",
-                                          nullptr};
-constexpr const char* kOfFileSteps[] = {"File", nullptr};
-constexpr const char* kNoNames[] = {nullptr};
-
-struct OwnStep {
-    const char* handler;
-    const char* const* harmless;
-};
-constexpr OwnStep kOwnSteps[] = {{"QLNX_FerrulePasswordProtectCommand", kOfProtectStep},
-                                 {"QLNX_FerruleProcessWithExternalAppCommand", kOfFileSteps},
-                                 {"QLNX_FerrulePurgeIndexCommand", kOfFileSteps},
-                                 {"QLNX_FerruleRebuildIndexCommand", kOfFileSteps}};
-
-const char* const* HarmlessNames(const std::string& handler)
-{
-    for (const OwnStep& step : kOwnSteps)
-        if (handler == step.handler) return step.harmless;
-    return kNoNames;
-}
-
-bool IsAmong(const char* const* names, const std::string& key)
-{
-    for (; *names; ++names)
-        if (key == *names) return true;
-    return false;
-}
 
 /// Names of any maker's parameters, slips of the pen included. A password's field in a table of data is none.
 bool SoundsLikePassword(const std::string& key)
@@ -125,16 +73,6 @@ bool AnySecret(const CSecretEntries& secrets, CCabView cab)
 
 }  // namespace
 
-CSecretEntries::CSecretEntries(const std::string& handler) : m_place(Place::Elsewhere)
-{
-    if (MeansOwnStep(handler)) {
-        m_place = Place::OwnStep;
-        m_harmless = HarmlessNames(handler);
-    } else if (EqualsIgnoreCaseAscii(handler, kHostSecurityStep)) {
-        m_place = Place::SecurityStep;
-    }
-}
-
 CSecretEntries CSecretEntries::Table(CCabView cab)
 {
     CSecretEntries table(Place::PasswordTable);
@@ -142,62 +80,51 @@ CSecretEntries CSecretEntries::Table(CCabView cab)
     return table;
 }
 
+/// Null for a parameter that is not among the open ones; nothing inside of a parameter is.
+const OpenParameter* CSecretEntries::Open(const std::string& key) const
+{
+    if (m_place != Place::Parameters) return nullptr;
+    for (const OpenParameter& parameter : m_step->open)
+        if (parameter.name == key) return &parameter;
+    return nullptr;
+}
+
 CSecretEntries CSecretEntries::Under(const std::string& key, CCabView cab) const
 {
-    switch (m_place) {
-        case Place::OwnStep:
-            if (m_harmless == kOfProtectStep && key == kTable) return Table(cab);
-            return CSecretEntries(m_harmless == kOfProtectStep && key == "ExtractionArea" ? Place::Rectangle
-                                                                                          : Place::Hidden);
-        case Place::SecurityStep:
-        case Place::SecuritySettings:
-            return CSecretEntries(Place::SecuritySettings);
-        case Place::Elsewhere:
+    if (m_place != Place::Parameters && m_place != Place::Inside) return CSecretEntries(Place::Hidden);
+    const OpenParameter* const open = Open(key);
+    if (open && open->kind == OpenParameter::Kind::PasswordTable) return Table(cab);
+    if (open && open->kind == OpenParameter::Kind::Rectangle) return CSecretEntries(Place::Rectangle);
+    switch (m_step->secrecy) {
+        case Secrecy::TextsButOpen:
+            return CSecretEntries(Place::Inside, m_step);
+        case Secrecy::WhatSoundsLikePasswords:
             if (key == kTable) return Table(cab);
-            return CSecretEntries(SoundsLikePassword(key) ? Place::Hidden : Place::Elsewhere);
-        default:
-            return CSecretEntries(Place::Hidden);
+            return SoundsLikePassword(key) ? CSecretEntries(Place::Hidden) : CSecretEntries(Place::Inside, m_step);
+        case Secrecy::AllButOpen:
+            break;
     }
+    return CSecretEntries(Place::Hidden);
 }
 
 bool CSecretEntries::HidesText(const std::string& key) const
 {
-    switch (m_place) {
-        case Place::OwnStep:
-            return !IsAmong(m_harmless, key);
-        case Place::SecurityStep:
-            return key != "CryptHandler";
-        case Place::PasswordTable:
-            return !m_wholeTable || !IsFirstOfPair(key);
-        case Place::Elsewhere:
-            return SoundsLikePassword(key);
-        default:
-            return true;
-    }
+    if (m_place == Place::PasswordTable) return !m_wholeTable || !IsFirstOfPair(key);
+    if (m_place != Place::Parameters && m_place != Place::Inside) return true;
+    if (m_step->secrecy == Secrecy::WhatSoundsLikePasswords) return SoundsLikePassword(key);
+    const OpenParameter* const open = Open(key);
+    return !open || open->kind != OpenParameter::Kind::Value;
 }
 
 bool CSecretEntries::HidesNumber(const std::string& key) const
 {
-    switch (m_place) {
-        case Place::SecurityStep:
-        case Place::SecuritySettings:
-            return SoundsLikePassword(key);
-        case Place::Rectangle:
-            return !IsOneOf(key, {"Left", "Right", "Top", "Bottom"});
-        case Place::PasswordTable:
-            return key != kTableCount && HidesText(key);
-        default:
-            return HidesText(key);
-    }
+    if (m_place == Place::Rectangle) return !IsOneOf(key, {"Left", "Right", "Top", "Bottom"});
+    if (m_place == Place::PasswordTable) return key != kTableCount && HidesText(key);
+    if (m_place == Place::Hidden || m_step->secrecy != Secrecy::TextsButOpen) return HidesText(key);
+    return SoundsLikePassword(key);
 }
 
-bool HoldsPassword(const std::string& handler, CCabView parameters)
+bool HoldsPassword(const StepDescription& step, CCabView parameters)
 {
-    return AnySecret(CSecretEntries(handler), parameters);
-}
-
-bool MeansOwnStep(const std::string& handler)
-{
-    const std::string name = ToLowerAscii(handler);
-    return name.starts_with("qlnx") || name.find("ferrule") != std::string::npos;
+    return AnySecret(CSecretEntries(step), parameters);
 }

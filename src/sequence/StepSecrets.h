@@ -2,20 +2,20 @@
 #pragma once
 
 #include "hostcalls/Cab.h"
+#include "sequence/StepDescription.h"
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 /// What is shown in place of a password.
 inline constexpr char kMaskedPassword[] = "********";
 
-/// Tells of each entry of one cab of a step's parameters whether its value must not be shown. Of our own steps only
-/// what they know to be harmless is shown: a password under a misspelled name is a password still.
+/// Tells of each entry of one cab of a step's parameters whether its value must not be shown, by what the step's
+/// description says of them.
 class CSecretEntries {
 public:
-    /// The parameters of a step of this handler, which need not be available.
-    explicit CSecretEntries(const std::string& handler);
+    /// The parameters of a step as it is meant, see DescribeMeantStep. The description is borrowed.
+    explicit CSecretEntries(const StepDescription& step) : m_place(Place::Parameters), m_step(&step) {}
 
     /// What holds for the cab under this key.
     [[nodiscard]] CSecretEntries Under(const std::string& key, CCabView cab) const;
@@ -27,25 +27,22 @@ public:
 
 private:
     enum class Place : std::uint8_t {
-        OwnStep,           // the parameters of a step of ours
-        SecurityStep,      // those of the host's own security step
-        SecuritySettings,  // what its security handler keeps there
-        PasswordTable,     // file name, password, file name, password ...
-        Rectangle,         // of a page
-        Elsewhere,         // a step of another maker, as deep as it may be
-        Hidden             // everything here is hidden
+        Parameters,     // those of the step itself
+        Inside,         // a cab among them
+        PasswordTable,  // file name, password, file name, password ...
+        Rectangle,      // of a page
+        Hidden          // everything here is hidden
     };
 
-    explicit CSecretEntries(Place place) : m_place(place) {}
+    explicit CSecretEntries(Place place, const StepDescription* step = nullptr) : m_place(place), m_step(step) {}
     static CSecretEntries Table(CCabView cab);
+    [[nodiscard]] const OpenParameter* Open(const std::string& key) const;
 
     Place m_place;
-    const char* const* m_harmless = nullptr;  // names, ended by null; of our own steps
+    const StepDescription* m_step;
     bool m_wholeTable = false;
 };
 
-/// Whether any parameter of the step is a password, or may be one, and is not empty. Throws CHostException.
-[[nodiscard]] bool HoldsPassword(const std::string& handler, CCabView parameters);
-
-/// Whether the handler is one of our own steps, or is meant to be one.
-[[nodiscard]] bool MeansOwnStep(const std::string& handler);
+/// Whether any parameter of the step is a password, or may be one, and is not empty. The description is that of the
+/// step as it is meant. Throws CHostException.
+[[nodiscard]] bool HoldsPassword(const StepDescription& step, CCabView parameters);

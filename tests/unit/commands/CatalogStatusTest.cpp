@@ -1,4 +1,4 @@
-#include "commands/CatalogCommand.h"
+#include "commands/CatalogCommands.h"
 
 #include <gtest/gtest.h>
 

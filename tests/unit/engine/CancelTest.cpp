@@ -69,7 +69,7 @@ CanceledRun RunUntilCanceled(const CTemporaryFolder& folder)
         "<Workflow><Group label='g'><Command name='T:Impatient'/>"
         "<Command name='WorkflowPlaybackSaveFiles'><Items><Item name='DocSaveDestType' type='string' "
         "value='WorkflowPlaybackSave'/></Items></Command></Group></Workflow>");
-    CSequence sequence(CabFromWorkflow(*workflow));
+    CSequence sequence = SequenceFromWorkflow(*workflow);
     CanceledRun run;
     CImpatientMonitor monitor;
     CMemoryLog log;

@@ -13,6 +13,22 @@ StepFacts Step(const char* handler, bool available = true)
     StepFacts step;
     step.handler = handler;
     step.available = available;
+    step.maker = StepMaker::Host;
+    return step;
+}
+
+StepFacts SharedStep(SharedWork shared, bool available = true)
+{
+    StepFacts step = Step("Shared", available);
+    step.shared = shared;
+    return step;
+}
+
+StepFacts ForeignStep(const char* handler, bool sequenceCallbacks)
+{
+    StepFacts step = Step(handler);
+    step.maker = StepMaker::Other;
+    step.sequenceCallbacks = sequenceCallbacks;
     return step;
 }
 
@@ -132,19 +148,17 @@ TEST_F(SafetyRules, OneWorkerWhenAStepLooksBeyondItsDocument)
         step.script = text;
         return step;
     };
-    StepFacts foreign = Step("Maker:Index");
-    foreign.sequenceCallbacks = true;
     StepFacts host = Step("CALS:Preflight");
     host.sequenceCallbacks = true;
     const struct {
         StepFacts step;
         bool oneWorker;
     } rows[] = {{Step("QLNX_FerrulePasswordProtectCommand"), false},
-                {Step("QLNX_FerruleRebuildIndexCommand"), true},
-                {Step("QLNX_FerruleRebuildIndexCommand", false), false},
-                {Step("QLNX_FerruleSearchAndCopyCommand"), true},
-                {foreign, true},
-                {Step("Maker:Stamp"), false},
+                {SharedStep(SharedWork::Index), true},
+                {SharedStep(SharedWork::Index, false), false},
+                {SharedStep(SharedWork::Report), true},
+                {ForeignStep("Maker:Index", true), true},
+                {ForeignStep("Maker:Stamp", false), false},
                 {host, false},
                 {script("global.count = 1;"), true},
                 {script("if(!global) {}"), true},

@@ -38,6 +38,7 @@ StepFacts SaveStep(const char* before, const char* after, bool namesDestination 
 {
     StepFacts step;
     step.handler = "WorkflowPlaybackSaveFiles";
+    step.maker = StepMaker::Host;
     step.save = SaveStepFacts{namesDestination, std::nullopt, before, after, ""};
     return step;
 }

@@ -59,7 +59,7 @@ TEST_F(SequenceConvert, EveryRealSequenceComesBackEqual)
         ASSERT_FALSE(back.contains("failed")) << back;
         const auto again = ReadWorkflowFile(xml);
         ASSERT_TRUE(again) << again.Error();
-        EXPECT_EQ(CabDifferences(CabFromWorkflow(*original).View(), CabFromWorkflow(*again).View()),
+        EXPECT_EQ(CabDifferences(SequenceFromWorkflow(*original).Whole(), SequenceFromWorkflow(*again).Whole()),
                   std::vector<std::string>())
             << name;
         // Whatever the texts differ in was named.

@@ -1,4 +1,4 @@
-// What the two catalog index steps have in common.
+// The steps "Rebuild Catalog Index" and "Purge Catalog Index".
 #pragma once
 
 #include "commands/BatchCommand.h"
@@ -7,7 +7,7 @@
 
 /// How one catalog step differs from the other.
 struct CatalogStepText {
-    const char* handlerName;
+    const StepDescription& step;
     const char* displayName;  // also the title of its log entries
     const char* description;  // "%s" stands for the index path
 };
@@ -31,6 +31,22 @@ private:
 
     CatalogStepText m_text;
     CLogWriter& m_log;
+};
+
+class CBatchCommandRebuildIndex final : public CCatalogCommand {
+public:
+    explicit CBatchCommandRebuildIndex(CLogWriter& log);
+
+private:
+    int RunCatalog(const std::string& indexPath) override;
+};
+
+class CBatchCommandPurgeIndex final : public CCatalogCommand {
+public:
+    explicit CBatchCommandPurgeIndex(CLogWriter& log);
+
+private:
+    int RunCatalog(const std::string& indexPath) override;
 };
 
 /// The sentence for a status code of the catalog, with the index path; empty for a code that it does not know.

@@ -1,8 +1,8 @@
-#include "base/Text.h"
+#include "sequence/Protection.h"
+
 #include "base/Unicode.h"
-#include "commands/PasswordProtection.h"
 #include "hostcalls/HostText.h"
-#include "jobs/SequenceChecks.h"
+#include "sequence/Findings.h"
 
 #include <algorithm>
 #include <iterator>
@@ -56,16 +56,40 @@ std::string RefusedByOlder(const std::string& password)
     return "it has characters that only AES with 256 bits can express; use that (method 3), or another password";
 }
 
+void CheckStrength(const Protection& protection, CSequenceFindings& findings)
+{
+    if (protection.isShortKey) {
+        findings.Warning("weak-encryption", "A key this short is broken within minutes; use AES with 256 bits.");
+    } else if (protection.isRc4) {
+        findings.Warning("weak-encryption", "RC4 is not safe any more; use AES with 256 bits.");
+    }
+}
+
+void CheckPasswords(const Protection& protection, CSequenceFindings& findings)
+{
+    const bool openToAll = protection.openPassword.empty(), owned = !protection.permissionsPassword.empty();
+    if (openToAll && !owned && !protection.mayGetOpenPassword)
+        findings.Warning("no-password",
+                         "No password is set: everybody can open the documents and remove the protection.");
+    if (protection.restricts && !owned)
+        findings.Warning(
+            "permissions-without-owner-password",
+            "Rights are restricted but there is no password for the permissions, so whoever can open the "
+            "document can lift the restrictions.");
+    if (owned && !protection.restricts)
+        findings.Note("nothing-restricted",
+                      "There is a password for the permissions, but all rights are given anyway.");
+    if (owned && protection.openPassword == protection.permissionsPassword)
+        findings.Warning("same-password",
+                         "Both passwords are the same: whoever can open a document may also change its permissions.");
+}
+
 }  // namespace
 
-void CheckPasswordText(const char* which, const std::string& password, CSequenceFindings& findings)
+void CheckProtection(const Protection& protection, CSequenceFindings& findings)
 {
-    const std::string trimmed = Trim(password);
-    if (trimmed.size() != password.size())
-        findings.Warning("password-trimmed", std::string("Blanks around the ") + which + " password do not count.");
-    if (trimmed.size() > kLongestPassword)
-        findings.Warning("password-cut", std::string("Of the ") + which + " password only the first " +
-                                             std::to_string(kLongestPassword) + " bytes count.");
+    CheckStrength(protection, findings);
+    CheckPasswords(protection, findings);
 }
 
 void CheckPasswordIsTaken(const char* which, const std::string& password, bool aes256, CSequenceFindings& findings)

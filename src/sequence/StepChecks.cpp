@@ -1,15 +1,19 @@
+#include "sequence/StepChecks.h"
+
 #include "base/Text.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
-#include "hostcalls/HostFrame.h"
-#include "jobs/SequenceChecks.h"
 #include "platform/Files.h"
-#include "sequence/StepKinds.h"
-#include "sequence/StepSecrets.h"
+#include "sequence/Findings.h"
+#include "sequence/Keys.h"
+#include "sequence/SequenceFile.h"
+#include "sequence/StepDescription.h"
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -52,7 +56,8 @@ void CheckProfile(const SequenceStep& step, CSequenceFindings& findings)
 /// Texts that hosts write in the language of their windows, found by the names of their entries.
 bool IsLocalised(const std::string& key)
 {
-    constexpr const char* kKeys[] = {"Magnification", "LeftText", "RightText", "TopText", "BottomText", "PresetName"};
+    constexpr const char* kKeys[] = {"Magnification", "LeftText",   "RightText",
+                                     "TopText",       "BottomText", kPresetNameKey};
     return std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
 }
 
@@ -63,7 +68,7 @@ void CollectLocalised(CCabView cab, std::string& names)
             CollectLocalised(nested, names);
         } else if (IsLocalised(key) && !IsAscii(cab.StringOrText(key.c_str()).value_or(""))) {
             // The name of a preset that is not used does not matter.
-            if (key == "PresetName" && !cab.Bool("RunPDFOptimizer", false)) continue;
+            if (key == kPresetNameKey && !cab.Bool(kRunOptimizerKey, false)) continue;
             names += (names.empty() ? "" : ", ") + key + " \"" + cab.StringOrText(key.c_str()).value_or("") + '"';
         }
     }
@@ -167,18 +172,6 @@ void CheckAgainstDefaults(const SequenceStep& step, CCabView defaults, CSequence
     }
 }
 
-/// A step that is about a file does nothing, and says nothing, when the file is not there.
-void CheckNamedFile(const SequenceStep& step, CSequenceFindings& findings)
-{
-    if (step.handler == kProtectStep) return;
-    const std::string file = step.parameters.StringOrText("File").value_or("");
-    if (file.empty()) {
-        findings.Warning("file-not-named", "The step names no file, so it does nothing.");
-    } else if (!platform::FileExists(file)) {
-        findings.Warning("file-missing", "There is no file " + file + " here; without it the step does nothing.");
-    }
-}
-
 }  // namespace
 
 CCabView CStepDefaults::Of(const std::string& handler)
@@ -191,17 +184,28 @@ CCabView CStepDefaults::Of(const std::string& handler)
 
 void CheckStep(const SequenceStep& step, CStepDefaults& defaults, CSequenceFindings& findings)
 {
+    const StepDescription& description = DescribeStep(step.handler);
     findings.About(&step);
     CheckAvailable(step, findings);
     CheckPrompts(step, findings);
-    if (!MeansOwnStep(step.handler)) {  // they have no such texts, so that one of that name may be a password
+    // Steps of the plug-in have no such texts, so that one of that name may be a password.
+    if (DescribeMeantStep(step.handler).maker != StepMaker::Plugin) {
         CheckProfile(step, findings);
         CheckLocalised(step.parameters, findings);
     }
-    if (step.IsAvailable() && step.handler.starts_with(kOwnStepPrefix)) {
+    if (step.IsAvailable() && description.maker == StepMaker::Plugin)
         CheckAgainstDefaults(step, defaults.Of(step.runsAs), findings);
-        CheckNamedFile(step, findings);
-    }
-    CheckSecurity(step, findings);
+    if (description.check) description.check(step, findings);
     findings.About(nullptr);
+}
+
+void CheckNamedFile(const SequenceStep& step, const char* parameter, CSequenceFindings& findings)
+{
+    if (!step.IsAvailable()) return;
+    const std::string file = step.parameters.StringOrText(parameter).value_or("");
+    if (file.empty()) {
+        findings.Warning("file-not-named", "The step names no file, so it does nothing.");
+    } else if (!platform::FileExists(file)) {
+        findings.Warning("file-missing", "There is no file " + file + " here; without it the step does nothing.");
+    }
 }

@@ -1,16 +1,30 @@
-#include "commands/CatalogCommand.h"
+#include "commands/CatalogCommands.h"
 
 #include "base/Text.h"
 #include "common/Log.h"
 #include "hostcalls/CatalogIndex.h"
 #include "hostcalls/HostFrame.h"
 #include "platform/Files.h"
+#include "sequence/StepChecks.h"
+#include "sequence/StepDescription.h"
 
 #include <iterator>
 
 namespace {
 
 constexpr char kIndex[] = "File";
+
+void CheckIndex(const SequenceStep& step, CSequenceFindings& findings) { CheckNamedFile(step, kIndex, findings); }
+
+const OpenParameter kOfIndexSteps[] = {{kIndex}};
+const StepDescription kRebuild{.handler = "QLNX_FerruleRebuildIndexCommand",
+                               .shared = SharedWork::Index,
+                               .open = kOfIndexSteps,
+                               .check = CheckIndex};
+const StepDescription kPurge{.handler = "QLNX_FerrulePurgeIndexCommand",
+                             .shared = SharedWork::Index,
+                             .open = kOfIndexSteps,
+                             .check = CheckIndex};
 
 std::string IndexPath(CCabView parameters) { return parameters.StringOrText(kIndex).value_or(""); }
 
@@ -26,7 +40,7 @@ std::string CatalogStatusText(int status, const std::string& indexPath)
 }
 
 CCatalogCommand::CCatalogCommand(const CatalogStepText& text, CLogWriter& log)
-    : CBatchCommand(FerruleStep(text.handlerName, text.displayName)), m_text(text), m_log(log)
+    : CBatchCommand(FerruleStep(text.step, text.displayName)), m_text(text), m_log(log)
 {
 }
 
@@ -53,3 +67,19 @@ bool CCatalogCommand::ProcessDocument(const CommandTarget&, CCabView parameters)
     });
     return true;
 }
+
+CBatchCommandRebuildIndex::CBatchCommandRebuildIndex(CLogWriter& log)
+    : CCatalogCommand(
+          {.step = kRebuild, .displayName = "Rebuild Catalog Index", .description = "Index file to rebuild: %s"}, log)
+{
+}
+
+int CBatchCommandRebuildIndex::RunCatalog(const std::string& indexPath) { return BuildCatalogIndex(indexPath); }
+
+CBatchCommandPurgeIndex::CBatchCommandPurgeIndex(CLogWriter& log)
+    : CCatalogCommand(
+          {.step = kPurge, .displayName = "Purge Catalog Index", .description = "Index file to purge: %s"}, log)
+{
+}
+
+int CBatchCommandPurgeIndex::RunCatalog(const std::string& indexPath) { return PurgeCatalogIndex(indexPath); }

@@ -1,0 +1,17 @@
+// The check of a sequence: what would go wrong in a run, or surprise. It tells no value that may be a password.
+#pragma once
+
+#include "sequence/Findings.h"
+#include "sequence/SequenceFile.h"
+
+#include <vector>
+
+/// What a run brings along besides the sequence.
+struct RunSurroundings {
+    bool hasInput = false, hasOutputFolder = false;
+    bool takesInputAway = false;  // its final action does
+};
+
+/// Everything that is to be said about a sequence. Errors keep a run from doing what the sequence says. Throws
+/// CHostException.
+[[nodiscard]] std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const RunSurroundings& run);

@@ -1,0 +1,81 @@
+// What is to be known of a step besides what it does. A step of the plug-in describes itself in its own file; the
+// host's steps, of which only names are known, stand in HostSteps. Nobody else knows a step by its name.
+#pragma once
+
+#include "base/Expected.h"
+#include "sequence/XmlForm.h"
+
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CSequenceFindings;
+struct SequenceStep;
+
+/// Of other makers' steps nobody here knows what they do.
+enum class StepMaker { Plugin, Host, Other };
+
+/// What a step writes that is no document and that all documents have in common.
+enum class SharedWork { None, Index, Report };
+
+/// Which parameters of a step are not shown because they are passwords, or may be some.
+enum class Secrecy {
+    AllButOpen,              ///< all but the open ones: a password under a misspelled name is a password still
+    TextsButOpen,            ///< the same for texts; of numbers those whose names sound like a password
+    WhatSoundsLikePasswords  ///< those whose names do, as deep as they may be
+};
+
+/// A parameter that may be shown.
+struct OpenParameter {
+    enum class Kind {
+        Value,
+        Rectangle,     ///< a cab of four numbers
+        PasswordTable  ///< a cab of file name, password, file name, password ...
+    };
+    std::string name;
+    Kind kind = Kind::Value;
+};
+
+/// A step that `sequence new` makes from words.
+struct StepTemplate {
+    const char* name = nullptr;  ///< null: there is none
+    /// `words`: the object under the template's name in the job. A failure says which word is wrong, and tells no
+    /// values.
+    Expected<WorkflowCommand> (*make)(const nlohmann::json& words) = nullptr;
+};
+
+/// Lives as long as the program. What a new step leaves out is the careful choice.
+struct StepDescription {
+    std::string_view handler = {};
+    StepMaker maker = StepMaker::Plugin;
+    bool protects = false;  ///< a document that it did not come through must not be saved
+    bool saves = false;     ///< saves each document, as its parameters tell
+    SharedWork shared = SharedWork::None;
+    const char* script = nullptr;  ///< the parameter that holds the script it runs
+    Secrecy secrecy = Secrecy::AllButOpen;
+    std::span<const OpenParameter> open = {};
+    /// Adds what is to be said about one such step, which need not be available. May be null. Throws CHostException.
+    void (*check)(const SequenceStep& step, CSequenceFindings& findings) = nullptr;
+    StepTemplate fromWords = {};
+};
+
+/// From now on these are the plug-in's own steps. The descriptions are borrowed.
+void SetOwnSteps(std::vector<const StepDescription*> steps);
+[[nodiscard]] const std::vector<const StepDescription*>& OwnSteps();
+
+/// Of every handler; of one that nobody knows what holds for its maker.
+[[nodiscard]] const StepDescription& DescribeStep(std::string_view handler);
+
+/// The same for what the name was probably meant to be: letter case does not count, and what sounds like a step of
+/// the plug-in is taken for one.
+[[nodiscard]] const StepDescription& DescribeMeantStep(std::string_view handler);
+
+/// Whether a trial run may let the step work: all that it writes goes where the trial run notices it.
+[[nodiscard]] bool MayBeTried(const StepDescription& step);
+
+/// The name under which the host has the handler, which may be a newer one; nothing when it has none. Throws
+/// CHostException.
+[[nodiscard]] std::optional<std::string> AvailableHandler(const std::string& name);

@@ -126,40 +126,35 @@ std::string StartingProblem(const std::string& program, const std::string& input
 
 }  // namespace
 
-bool TakesInputAway(int code) { return code == 2 || code == 3 || code == 6 || code == 7; }
-
-bool VacatesInput(int code) { return TakesInputAway(code) || code == kFinalActionRename; }
-
-bool WantsFolder(int code) { return code == 1 || code == 2 || code == 6 || code == 7 || code == 8; }
-
-FinalActionOutcome ApplyFinalAction(const std::string& inputPath, const FinalAction& action, CLogWriter& log)
+FinalActionOutcome ApplyFinalAction(const std::string& inputPath, const FinalActionRequest& request,
+                                      CLogWriter& log)
 {
-    const std::string& destination = action.destination;
+    const std::string& destination = request.destination;
     const std::string target = TargetPath(inputPath, destination);
-    const Existing copyMode = action.failIfExists ? Existing::Fail : Existing::Replace;
-    switch (action.code) {
-        case 0:
+    const Existing copyMode = request.failIfExists ? Existing::Fail : Existing::Replace;
+    switch (request.action) {
+        case FinalAction::Nothing:
             return {};
-        case 1:
+        case FinalAction::Copy:
             return ReportCopy(platform::CopyFile(inputPath, target, copyMode), target, log);
-        case 2:
+        case FinalAction::Move:
             return ReportMove(platform::MoveFile(inputPath, target, Existing::Fail), target, log);
-        case 3:
+        case FinalAction::Delete:
             return Report(ReasonOf(platform::DeleteFile(inputPath), inputPath), "File is deleted",
                           "Can't delete file", inputPath, log);
-        case kFinalActionRename:
+        case FinalAction::Rename:
             return Rename(inputPath, destination, log);
-        case kFinalActionExecute:
+        case FinalAction::Execute:
             return Report(StartingProblem(destination, inputPath), "File is executed",
                           "An error occured while trying to execute file", destination, log);  // sic
-        case 6:
+        case FinalAction::MoveReplace:
             return MoveAndReplace(inputPath, destination, log);
-        case 7:
+        case FinalAction::MoveVersions:
             return MoveUnderFreeName(inputPath, destination, log);
-        case 8:
+        case FinalAction::CopyVersions:
             return CopyUnderFreeName(inputPath, destination, log);
         default:
-            log.NameNumber("ERROR: Unknown final action", action.code, 1);
+            log.NameNumber("ERROR: Unknown final action", static_cast<int>(request.action), 1);
             return {FinalActionResult::UnknownCode, "There is no such final action", {}};
     }
 }

@@ -60,17 +60,16 @@ RunEnd EndOf(ExecutionEnd end)
 }
 
 /// What people know the final action by.
-std::string InBrackets(int code)
+std::string InBrackets(FinalAction action)
 {
-    for (const FinalActionName& offered : kOfferedFinalActions)
-        if (offered.code == code) return std::string(" (") + offered.name + ")";
-    return {};
+    const std::string_view offered = FactsOf(action).offered;
+    return offered.empty() ? "" : " (" + std::string(offered) + ")";
 }
 
 /// Said at once and not after the first file; the run does what else is to do.
 void LogMissingProgram(const RunSettings& settings, CLogWriter& log)
 {
-    if (settings.finalAction == kFinalActionExecute && !platform::ProgramMayExist(settings.destination))
+    if (settings.finalAction == FinalAction::Execute && !platform::ProgramMayExist(settings.destination))
         log.NameValue("The program of the final action cannot be found", settings.destination, 1);
 }
 
@@ -135,7 +134,11 @@ ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& seq
 {
     CRunEvents& events = m_services.events;
     const ExecutorCallbacks callbacks{
-        .inputsFound = [&](int inputs) { events.RunStarts(inputs); },
+        .inputsFound =
+            [&](int inputs) {
+                events.InputsCounted();
+                events.RunStarts(inputs);
+            },
         .finalAction = [&](const ProcessedFile& file) { return ApplyFinalActionTo(file, settings); },
         .fileDone = [&](const ProcessedFile& file) { events.FileDone(file); },
         .sequencePreflight = [&](bool begins) { events.SequencePreflight(begins); },
@@ -152,21 +155,21 @@ std::string CRunDriver::LeaveOutFinalAction(const char* because, const std::stri
 
 std::string CRunDriver::ApplyFinalActionTo(const ProcessedFile& file, const RunSettings& settings)
 {
-    const int code = settings.finalAction;
-    if (code == kFinalActionNothing) return {};
+    const FinalAction action = settings.finalAction;
+    if (action == FinalAction::Nothing) return {};
     const char* const stays = "The input stays where it is.";
-    if (VacatesInput(code) && !file.loss.empty()) return LeaveOutFinalAction("the document is damaged", stays);
+    if (VacatesInput(action) && !file.loss.empty()) return LeaveOutFinalAction("the document is damaged", stays);
     if (m_services.variation.keepIncomplete && file.outcome == FileOutcome::Incomplete)
         return LeaveOutFinalAction("the file is incomplete", stays);
     m_services.events.FinalActionBegins();
-    CInputGuard guard(file.path, VacatesInput(code) ? file.input : std::nullopt);
-    const FinalAction action{.code = code, .destination = settings.destination};
-    const FinalActionOutcome outcome = ApplyFinalAction(file.path, action, m_services.log);
+    CInputGuard guard(file.path, VacatesInput(action) ? file.input : std::nullopt);
+    const FinalActionRequest request{.action = action, .destination = settings.destination};
+    const FinalActionOutcome outcome = ApplyFinalAction(file.path, request, m_services.log);
     if (outcome.result == FinalActionResult::Done) return {};
     if (guard.FindsChange())
         return LeaveOutFinalAction(kInputChanged,
                                    std::string("The final action is left out, because ") + kInputChanged + '.');
     m_services.log.NameValue("The final action failed", outcome.reason, 1);
-    return outcome.reason + ": the final action on the input file failed" + InBrackets(code) +
+    return outcome.reason + ": the final action on the input file failed" + InBrackets(action) +
            (outcome.path.empty() ? "." : ": " + outcome.path);
 }

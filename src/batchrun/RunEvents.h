@@ -1,15 +1,10 @@
 // What a run tells whoever watches it, beside the log.
 #pragma once
 
-#include "engine/FileOutcome.h"
+#include "engine/ProcessedFile.h"
+#include "protocol/Outcomes.h"
 
 #include <string>
-
-enum class RunEnd {
-    Finished,    // every input file was dealt with; single files may have failed
-    NotStarted,  // no sequence or no usable input source: nothing was processed
-    Broken       // ended before every input file was dealt with
-};
 
 /// Order: RunStarts once, then FileDone once for each input that was begun, then RunEnds exactly once; a run that
 /// does not get as far as its inputs sends RunEnds alone. None of them throws.
@@ -17,6 +12,8 @@ class CRunEvents {
 public:
     virtual ~CRunEvents() = default;
     virtual void RunStarts(int inputs) = 0;
+    /// What a run logs before its first file is complete.
+    virtual void InputsCounted() {}
     /// Around the sequence's preflight, whose log lines stand among those of a file: before (true) and after (false).
     virtual void SequencePreflight(bool /*begins*/) {}
     /// The present file's results are written; its final action, which is something to do, comes next.

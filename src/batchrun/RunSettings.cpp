@@ -5,12 +5,11 @@
 
 namespace {
 
-constexpr int kLastFinalAction = 8;
-
-int FinalActionCode(const std::string& value)
+FinalAction FinalActionOf(const std::string& value)
 {
     const int code = ParseDecimal(value);
-    return code < 0 || code > kLastFinalAction ? 0 : code;
+    const bool known = code >= 0 && code < static_cast<int>(FinalActions().size());
+    return known ? static_cast<FinalAction>(code) : FinalAction::Nothing;
 }
 
 /// The pieces of the list without blanks, and without the dot that people like to put in front.
@@ -55,7 +54,7 @@ RunSettings ReadRunSettings(const EnvironmentReader& environment, CLogWriter& lo
 
     return {
         .sequencePath = CleanPath(sequence),
-        .finalAction = FinalActionCode(finalAction),
+        .finalAction = FinalActionOf(finalAction),
         .destination = destination,
         .alternativeInputPath = CleanPath(alternativeInput),
         .alternativeOutputPath = CleanPath(alternativeOutput),

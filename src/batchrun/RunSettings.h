@@ -1,6 +1,8 @@
 // The settings of an unattended run, taken from the environment.
 #pragma once
 
+#include "protocol/FinalAction.h"
+
 #include <functional>
 #include <optional>
 #include <string>
@@ -14,7 +16,7 @@ using EnvironmentReader = std::function<std::string(const char* name)>;
 /// Narrow code page texts. The members are cleaned as each variable demands; nothing is checked against the disk.
 struct RunSettings {
     std::string sequencePath;           // quotes removed
-    int finalAction = 0;                // 0 to 8
+    FinalAction finalAction = FinalAction::Nothing;
     std::string destination;            // as it stands
     std::string alternativeInputPath;   // empty = not set
     std::string alternativeOutputPath;  // empty = not set

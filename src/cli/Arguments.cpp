@@ -7,7 +7,7 @@
 
 #include "base/LikelyName.h"
 #include "base/Text.h"
-#include "cli/FinalActions.h"
+#include "protocol/FinalAction.h"
 
 namespace cli {
 
@@ -23,7 +23,7 @@ std::string Joined(const std::vector<std::string>& words)
 std::string FinalActionNames()
 {
     std::vector<std::string> names;
-    for (const FinalActionRow& row : FinalActions()) names.push_back(row.name);
+    for (const FinalActionFacts& facts : FinalActions()) names.emplace_back(facts.word);
     return Joined(names);
 }
 

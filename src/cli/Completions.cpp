@@ -5,7 +5,7 @@
 
 #include "base/Text.h"
 #include "cli/CommandTable.h"
-#include "cli/FinalActions.h"
+#include "protocol/FinalAction.h"
 
 namespace cli {
 
@@ -23,7 +23,7 @@ std::vector<std::string> FixedValues(const OptionRow& option)
 {
     if (option.kind != ValueKind::FinalAction) return option.choices;
     std::vector<std::string> names;
-    for (const FinalActionRow& row : FinalActions()) names.push_back(row.name);
+    for (const FinalActionFacts& facts : FinalActions()) names.emplace_back(facts.word);
     return names;
 }
 

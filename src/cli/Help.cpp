@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "cli/FinalActions.h"
+#include "protocol/FinalAction.h"
 
 namespace cli {
 
@@ -58,8 +58,8 @@ std::string OptionList(const CommandRow& command, std::size_t width)
 std::string FinalActionList(std::size_t width)
 {
     std::string text = "\nFinal actions (what happens to the input):\n";
-    for (const FinalActionRow& row : FinalActions())
-        text += Entry(row.name, row.help + " (code " + std::to_string(row.code) + ")", width);
+    for (const FinalActionFacts& facts : FinalActions())
+        text += Entry(std::string(facts.word), ActionHelp(facts), width);
     return text;
 }
 
@@ -113,6 +113,11 @@ std::string OptionTerm(const OptionRow& option)
 {
     std::string term = option.shortName.empty() ? option.name : option.shortName + ", " + option.name;
     return option.valueName.empty() ? term : term + " " + option.valueName;
+}
+
+std::string ActionHelp(const FinalActionFacts& facts)
+{
+    return std::string(facts.help) + " (code " + std::to_string(static_cast<int>(facts.action)) + ")";
 }
 
 std::string OptionHelp(const OptionRow& option)

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/CommandTable.h"
+#include "protocol/FinalAction.h"
 
 namespace cli {
 
@@ -14,6 +15,7 @@ std::string UsageLine(const CommandRow& command);
 std::string OptionTerm(const OptionRow& option);
 /// What it does, with its choices and what counts without it.
 std::string OptionHelp(const OptionRow& option);
+std::string ActionHelp(const FinalActionFacts& facts);
 
 std::string CommandHelp(const CommandRow& command, std::size_t width);
 /// What "ferrule --help" prints.

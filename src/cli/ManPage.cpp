@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "cli/CommandTable.h"
-#include "cli/FinalActions.h"
+#include "protocol/FinalAction.h"
 #include "cli/Help.h"
 
 namespace cli {
@@ -70,9 +70,9 @@ std::string Section(const CommandRow& command)
 std::string FinalActionSection()
 {
     std::string text = ".SH FINAL ACTIONS\nWhat happens to an input once its result is there.\n";
-    for (const FinalActionRow& row : FinalActions())
-        text += Entry(Bold(row.name), row.help + " (code " + std::to_string(row.code) + ")" +
-                                          (row.destination.empty() ? "" : "; destination: " + row.destination));
+    for (const FinalActionFacts& facts : FinalActions())
+        text += Entry(Bold(std::string(facts.word)), ActionHelp(facts) +
+                                          (facts.destination == Destination::None ? "" : "; destination: " + std::string(DestinationWord(facts.destination))));
     return text;
 }
 

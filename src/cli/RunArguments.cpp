@@ -8,7 +8,7 @@
 #include "base/PathNames.h"
 #include "base/Text.h"
 #include "cli/CommandError.h"
-#include "cli/FinalActions.h"
+#include "protocol/FinalAction.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 
@@ -54,21 +54,22 @@ void RequireReadable(const std::string& path)
         FailStart(path + ": " + platform::ErrorText(readable.errorNumber));
 }
 
-std::string ReadDestination(const CArguments& arguments, const FinalActionRow& action)
+std::string ReadDestination(const CArguments& arguments, const FinalActionFacts& action)
 {
     const std::string place = arguments.Text("--destination");
-    if (action.destination.empty()) {
+    const std::string word(action.word);
+    if (action.destination == Destination::None) {
         if (arguments.Has("--destination"))
-            FailUsage("--destination means nothing with the final action \"" + action.name + "\"; leave it out");
+            FailUsage("--destination means nothing with the final action \"" + word + "\"; leave it out");
         return {};
     }
     if (place.empty())
-        FailUsage("the final action \"" + action.name + "\" needs --destination with the " + action.destination);
+        FailUsage("the final action \"" + word + "\" needs --destination with the " + std::string(DestinationWord(action.destination)));
     const bool hasSeparator = !FolderOf(place).empty();
-    if (action.destination == "new name" && hasSeparator)
+    if (action.destination == Destination::NewName && hasSeparator)
         FailUsage("--destination: the final action \"rename\" takes a file name without a folder");
     // A program without a separator is looked up like the shell does.
-    return action.destination == "folder" || (action.destination == "program" && hasSeparator)
+    return action.destination == Destination::Folder || (action.destination == Destination::Program && hasSeparator)
                ? platform::AbsolutePath(place)
                : place;
 }
@@ -147,7 +148,7 @@ EngineOptions ReadEngine(const CArguments& arguments)
 RunRequest ReadRequest(const CArguments& arguments)
 {
     if (arguments.Operands().empty()) FailUsage("name the sequence to run, or a plan with --manifest");
-    const FinalActionRow& action = *FindFinalAction(arguments.Text("--final-action"));
+    const FinalActionFacts& action = *FindFinalAction(arguments.Text("--final-action"));
     const std::string destination = ReadDestination(arguments, action);
     RunRequest request;
     AddSetting(request, "FERRULESEQU", ExistingPath(arguments.Operands().front()));
@@ -159,7 +160,7 @@ RunRequest ReadRequest(const CArguments& arguments)
     }
     if (arguments.Has("--output"))
         AddSetting(request, "FERRULEALTOUTPUTPATH", ExistingPath(arguments.Text("--output")));
-    AddSetting(request, "FERRULEFINAL", std::to_string(action.code));
+    AddSetting(request, "FERRULEFINAL", std::to_string(static_cast<int>(action.action)));
     AddSetting(request, "FERRULEDEST", destination);
     const std::string extensions = Trim(arguments.Text("--ext"));
     if (!EqualsIgnoreCaseAscii(extensions, "all")) AddSetting(request, "FERRULEFILEEXT", extensions);

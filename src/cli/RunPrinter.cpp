@@ -47,8 +47,8 @@ void CRunPrinter::Planned(const PlanSummary& plan)
 
 void CRunPrinter::FileDone(const FileRecord& record, const RunProgress& progress)
 {
-    if (!record.signatures.empty()) ++m_brokenSignatures;
-    if (record.outcome != FileOutcomeClass::Saved) {
+    if (record.signaturesBroken) ++m_brokenSignatures;
+    if (record.outcome != FileOutcome::Saved) {
         ++m_unfineCount;
         if (m_unfine.size() < kKeptUnfine) m_unfine.push_back({record.path, record.outcome, record.message});
         // Without a summary they are told at once, and all of them.

@@ -23,7 +23,7 @@ struct PrintOptions {
 /// A file that is not fine.
 struct Unfine {
     std::string path;
-    FileOutcomeClass outcome;
+    FileOutcome outcome;
     std::string message;
 };
 

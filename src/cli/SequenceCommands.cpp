@@ -7,7 +7,7 @@
 #include "base/ByteText.h"
 #include "base/Text.h"
 #include "cli/CommandError.h"
-#include "cli/FinalActions.h"
+#include "protocol/FinalAction.h"
 #include "cli/Printable.h"
 #include "cli/RunArguments.h"
 #include "cli/Summary.h"
@@ -45,7 +45,7 @@ std::optional<json> Answer(const CArguments& arguments, const json& job, const S
         if (result.exit == ExitClass::Fine && answer.is_object() && answer.contains("sequence"))
             return answer["sequence"];
     }
-    if (result.end.empty())
+    if (result.diedEarly)
         for (const std::string& line : result.errorLines) *screen.messages << Printable(line) << '\n';
     const std::string message = result.message.empty() ? "the host answered nothing" : result.message;
     *screen.messages << "ferrule: " << PrintableLines(message) << '\n';
@@ -148,7 +148,7 @@ int SequenceCheckCommand(const CArguments& arguments, const Screen& screen)
     if (arguments.Has("--input")) settings["FERRULEALTPATH"] = SequencePath(arguments.Text("--input"));
     if (arguments.Has("--output")) settings["FERRULEALTOUTPUTPATH"] = SequencePath(arguments.Text("--output"));
     if (arguments.Has("--final-action"))
-        settings["FERRULEFINAL"] = std::to_string(FindFinalAction(arguments.Text("--final-action"))->code);
+        settings["FERRULEFINAL"] = std::to_string(static_cast<int>(FindFinalAction(arguments.Text("--final-action"))->action));
     bool allOk = true;
     for (const std::string& file : arguments.Operands()) {
         json job = {{"kind", "sequence-check"}, {"path", SequencePath(file)}};

@@ -13,11 +13,9 @@ namespace cli {
 
 namespace {
 
-constexpr FileOutcomeClass kOutcomes[] = {FileOutcomeClass::Saved,      FileOutcomeClass::CopiedUnchanged,
-                                          FileOutcomeClass::Incomplete, FileOutcomeClass::Failed,
-                                          FileOutcomeClass::Skipped,    FileOutcomeClass::Stopped};
-
-std::string Words(FileOutcomeClass outcome) { return ReplaceAll(OutcomeWord(outcome), "-", " "); }
+constexpr FileOutcome kOutcomes[] = {FileOutcome::Saved,      FileOutcome::CopiedUnchanged,
+                                          FileOutcome::Incomplete, FileOutcome::Failed,
+                                          FileOutcome::Skipped,    FileOutcome::Stopped};
 
 std::string WithMessage(const std::string& text, const std::string& message)
 {
@@ -27,9 +25,9 @@ std::string WithMessage(const std::string& text, const std::string& message)
 std::string CountLines(const RunResult& result)
 {
     std::string text;
-    for (const FileOutcomeClass outcome : kOutcomes)
-        if (const int count = result.Count(outcome); count > 0 || outcome == FileOutcomeClass::Saved)
-            text += FormatText("  %-18s%10s\n", Words(outcome).c_str(),
+    for (const FileOutcome outcome : kOutcomes)
+        if (const int count = result.Count(outcome); count > 0 || outcome == FileOutcome::Saved)
+            text += FormatText("  %-18s%10s\n", OutcomePhrase(outcome).c_str(),
                                Grouped(static_cast<std::uint64_t>(count)).c_str());
     if (result.remaining > 0)
         text +=
@@ -61,7 +59,7 @@ std::string PlaceLines(const RunResult& result)
 /// A file that was copied as it is comes out the same way each time.
 bool HasRetriable(const RunResult& result)
 {
-    const int fixed = result.Count(FileOutcomeClass::Saved) + result.Count(FileOutcomeClass::CopiedUnchanged);
+    const int fixed = result.Count(FileOutcome::Saved) + result.Count(FileOutcome::CopiedUnchanged);
     return result.plan.total == 0 || fixed < result.plan.total;
 }
 
@@ -126,19 +124,22 @@ std::string PretendedText(const FileRecord& record)
 {
     std::string text = Printable(record.path) + "\n";
     for (const FileOutput& output : record.outputs) text += "  -> " + Printable(output.path) + "\n";
-    if (!record.finalAct.empty())
-        text += "  then " + record.finalAct +
-                (record.finalTarget.empty() ? "" : " " + Printable(record.finalTarget)) +
-                (record.finalState == "done" ? "" : " (" + record.finalState + ")") + "\n";
-    if (record.outcome != FileOutcomeClass::Saved || !record.message.empty())
-        text += WithMessage("  " + Words(record.outcome), record.message) + "\n";
-    if (!record.signatures.empty()) text += "  signatures would be " + record.signatures + "\n";
+    if (const auto& action = record.finalAction; action && action->act)
+        text += "  then " + std::string(ActWord(*action->act)) +
+                (action->target.empty() ? "" : " " + Printable(action->target)) +
+                (action->state == FinalActionRecord::State::Done
+                     ? ""
+                     : " (" + std::string(FinalStateWord(action->state)) + ")") +
+                "\n";
+    if (record.outcome != FileOutcome::Saved || !record.message.empty())
+        text += WithMessage("  " + OutcomePhrase(record.outcome), record.message) + "\n";
+    if (record.signaturesBroken) text += "  signatures would be broken\n";
     return text;
 }
 
-std::string UnfineText(const std::string& path, FileOutcomeClass outcome, const std::string& message)
+std::string UnfineText(const std::string& path, FileOutcome outcome, const std::string& message)
 {
-    return WithMessage(Printable(path) + ": " + Words(outcome), message);
+    return WithMessage(Printable(path) + ": " + OutcomePhrase(outcome), message);
 }
 
 std::string SummaryText(const RunResult& result, const CRunPrinter& printer, const SummaryFacts& facts)
@@ -159,13 +160,13 @@ std::string TroubleText(const RunResult& result, const CRunPrinter& printer, con
         unfine += static_cast<std::uint64_t>(count);
         counts += (counts.empty() ? "" : ", ") + Grouped(static_cast<std::uint64_t>(count)) + ' ' + words;
     };
-    for (const FileOutcomeClass outcome : kOutcomes)
-        if (outcome != FileOutcomeClass::Saved) add(result.Count(outcome), Words(outcome));
+    for (const FileOutcome outcome : kOutcomes)
+        if (outcome != FileOutcome::Saved) add(result.Count(outcome), OutcomePhrase(outcome));
     add(result.remaining, "not begun");
     if (result.exit == ExitClass::Fine || unfine == 0) return {};
     std::string text =
         "ferrule: " + Grouped(unfine) + " of " +
-        Counted(unfine + static_cast<std::uint64_t>(result.Count(FileOutcomeClass::Saved)), "file", "files") +
+        Counted(unfine + static_cast<std::uint64_t>(result.Count(FileOutcome::Saved)), "file", "files") +
         (unfine == 1 ? " was" : " were") + " not saved: " + counts;
     // Those of an earlier start of the run have been told then.
     const std::uint64_t told = printer.UnfineCount() + static_cast<std::uint64_t>(std::max(result.remaining, 0));
@@ -183,7 +184,7 @@ std::string SummaryJson(const RunResult& result)
     json["message"] = TextFromBytes(result.message);
     json["total"] = result.plan.total;
     json["bytes"] = result.plan.bytes;
-    for (const FileOutcomeClass outcome : kOutcomes)
+    for (const FileOutcome outcome : kOutcomes)
         json["outcomes"][std::string(OutcomeWord(outcome))] = result.Count(outcome);
     json["remaining"] = result.remaining;
     json["tooYoung"] = result.plan.tooYoung;

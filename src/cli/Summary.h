@@ -23,7 +23,7 @@ std::string PlanSentence(const PlanSummary& plan);
 std::string PretendedText(const FileRecord& record);
 
 /// A file that is not fine and why, on one line.
-std::string UnfineText(const std::string& path, FileOutcomeClass outcome, const std::string& message);
+std::string UnfineText(const std::string& path, FileOutcome outcome, const std::string& message);
 
 struct SummaryFacts {
     bool dryRun = false;

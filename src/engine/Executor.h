@@ -3,7 +3,7 @@
 
 #include "common/ErrorReport.h"
 #include "engine/ExecutorSettings.h"
-#include "engine/FileOutcome.h"
+#include "engine/ProcessedFile.h"
 #include "sequence/Sequence.h"
 
 #include <cstddef>

@@ -3,7 +3,7 @@
 
 #include "engine/CommandList.h"
 #include "engine/ExecutorSettings.h"
-#include "engine/FileOutcome.h"
+#include "engine/ProcessedFile.h"
 #include "engine/OutputSaving.h"
 #include "pdflib/AcrobatDoc.h"
 #include "sequence/OutputSettings.h"

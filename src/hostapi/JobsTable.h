@@ -108,10 +108,12 @@ enum { kSlotJobsPathState = 7 };
 typedef void(HOSTCALL *JobsReportSlotProc)(const char *json);
 enum { kSlotJobsReport = 8 };
 
-/* Parts of the plug-in's log that belong to the whole run although they stand among the lines of one file. */
+/* Places in the plug-in's log. Those of the sequence's preflight enclose lines that belong to the whole run although they
+ * stand among the lines of one file; the last one stands behind what a run logs before its first file. */
 enum {
     kJobMarkSequencePreflightBegins = 0,
-    kJobMarkSequencePreflightEnds = 1
+    kJobMarkSequencePreflightEnds = 1,
+    kJobMarkInputsCounted = 2
 };
 
 /* Everything logged so far is written. Answers when the host has taken note of the place. */

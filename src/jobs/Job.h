@@ -18,7 +18,7 @@ struct JobServices {
     std::function<void(const std::string& json)> report;
 };
 
-struct JobResult {
+struct JobEnding {
     RunEnd end = RunEnd::Finished;
     std::string message;  // one sentence; empty when there is nothing to say
 };

@@ -46,14 +46,14 @@ std::string TagOf(const json& job)
     return plain ? run : std::string();
 }
 
-void EndOther(const JobResult& result, const JobServices& services)
+void EndOther(const JobEnding& result, const JobServices& services)
 {
     if (!result.message.empty()) services.log.NameValue("The job has ended", result.message, 1);
     services.host.CloseHost();
     services.events.RunEnds(result.end, result.message);
 }
 
-JobResult DoSequenceJob(const SequenceKind& kind, const json& job, const JobServices& services)
+JobEnding DoSequenceJob(const SequenceKind& kind, const json& job, const JobServices& services)
 {
     Expected<json> answer = Failure("The host does not answer.");
     if (const auto error = CatchHostError([&] { answer = kind.answer(job); }))

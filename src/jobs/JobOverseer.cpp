@@ -3,25 +3,8 @@
 #include "hostapi/JobsTable.h"
 #include "hostcalls/Jobs.h"
 
-namespace {
-
-int JobAct(COverseer::Act act)
-{
-    using Act = COverseer::Act;
-    switch (act) {
-        case Act::Put:
-            return kJobActPut;
-        case Act::Move:
-            return kJobActMove;
-        case Act::Delete:
-            return kJobActDelete;
-        case Act::Start:
-            return kJobActStart;
-    }
-    return kJobActPut;
-}
-
-}  // namespace
+static_assert(static_cast<int>(Act::Put) == kJobActPut && static_cast<int>(Act::Move) == kJobActMove &&
+              static_cast<int>(Act::Delete) == kJobActDelete && static_cast<int>(Act::Start) == kJobActStart);
 
 CJobOverseer::CJobOverseer(bool pretends) : m_pretends(pretends), m_installed(JobsTablePresent())
 {
@@ -35,7 +18,7 @@ CJobOverseer::~CJobOverseer()
 
 COverseer::Answer CJobOverseer::Ask(Act act, const std::string& file, const std::string& target)
 {
-    switch (JobMayAct(JobAct(act), file, target)) {
+    switch (JobMayAct(static_cast<int>(act), file, target)) {
         case kJobActAllowed:
             // A host that lets a trial run act has misunderstood.
             return m_pretends ? Answer::Refuse : Answer::Go;

@@ -1,7 +1,7 @@
 // Asks the host before anything is done for good.
 #pragma once
 
-#include "base/Overseer.h"
+#include "protocol/Acts.h"
 
 /// Installed as long as it lives, when the host has the jobs table; the one before comes back then.
 class CJobOverseer final : public COverseer {

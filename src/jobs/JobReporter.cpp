@@ -3,43 +3,19 @@
 #include "hostapi/JobsTable.h"
 #include "hostcalls/Jobs.h"
 
-namespace {
-
-int JobOutcome(FileOutcome outcome)
-{
-    switch (outcome) {
-        case FileOutcome::Saved:
-            return kJobFileSaved;
-        case FileOutcome::CopiedUnchanged:
-            return kJobFileCopiedUnchanged;
-        case FileOutcome::Incomplete:
-            return kJobFileIncomplete;
-        case FileOutcome::Failed:
-            return kJobFileFailed;
-        case FileOutcome::Skipped:
-            return kJobFileSkipped;
-        case FileOutcome::Stopped:
-            return kJobFileStopped;
-    }
-    return kJobFileFailed;
-}
-
-int JobEnd(RunEnd end)
-{
-    switch (end) {
-        case RunEnd::Finished:
-            return kJobRunFinished;
-        case RunEnd::NotStarted:
-            return kJobRunNotStarted;
-        case RunEnd::Broken:
-            return kJobRunBroken;
-    }
-    return kJobRunBroken;
-}
-
-}  // namespace
+static_assert(static_cast<int>(FileOutcome::Saved) == kJobFileSaved &&
+              static_cast<int>(FileOutcome::CopiedUnchanged) == kJobFileCopiedUnchanged &&
+              static_cast<int>(FileOutcome::Incomplete) == kJobFileIncomplete &&
+              static_cast<int>(FileOutcome::Failed) == kJobFileFailed &&
+              static_cast<int>(FileOutcome::Skipped) == kJobFileSkipped &&
+              static_cast<int>(FileOutcome::Stopped) == kJobFileStopped);
+static_assert(static_cast<int>(RunEnd::Finished) == kJobRunFinished &&
+              static_cast<int>(RunEnd::NotStarted) == kJobRunNotStarted &&
+              static_cast<int>(RunEnd::Broken) == kJobRunBroken);
 
 void CJobReporter::RunStarts(int inputs) { JobRunStarts(inputs); }
+
+void CJobReporter::InputsCounted() { JobLogMark(kJobMarkInputsCounted); }
 
 void CJobReporter::SequencePreflight(bool begins)
 {
@@ -50,7 +26,7 @@ void CJobReporter::FinalActionBegins() { JobFinalActionBegins(); }
 
 void CJobReporter::FileDone(const ProcessedFile& file)
 {
-    JobFileDone(file.path, JobOutcome(file.outcome), file.message);
+    JobFileDone(file.path, static_cast<int>(file.outcome), file.message);
 }
 
-void CJobReporter::RunEnds(RunEnd end, const std::string& message) { JobRunEnds(JobEnd(end), message); }
+void CJobReporter::RunEnds(RunEnd end, const std::string& message) { JobRunEnds(static_cast<int>(end), message); }

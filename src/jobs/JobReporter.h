@@ -6,6 +6,7 @@
 class CJobReporter final : public CRunEvents {
 public:
     void RunStarts(int inputs) override;
+    void InputsCounted() override;
     void SequencePreflight(bool begins) override;
     void FinalActionBegins() override;
     void FileDone(const ProcessedFile& file) override;

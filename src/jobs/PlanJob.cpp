@@ -11,6 +11,8 @@
 #include "jobs/PlannedFiles.h"
 #include "jobs/SafetyRules.h"
 #include "platform/Files.h"
+#include "protocol/Json.h"
+#include "protocol/PlanReport.h"
 
 #include <nlohmann/json.hpp>
 
@@ -40,7 +42,7 @@ public:
         const CCabView input = sequence.Input();
         if (settings.alternativeInputPath.empty() && executor.furtherInputPaths.empty())
             executor.furtherInputPaths = ListedFolders(input);
-        const RunRequest request{settings, executor.furtherInputPaths, Switches()};
+        const PlanRequest request{settings, executor.furtherInputPaths, Switches()};
         if (const std::string problem = ReasonNotToStart(facts, request); !problem.empty()) {
             for (const std::string& line : Split(problem, "\n"))
                 log.NameValue("The run is not started", Trim(line), 1);
@@ -62,7 +64,7 @@ private:
         return result;
     }
 
-    static std::string ReasonNotToStart(const SequenceFacts& facts, const RunRequest& request)
+    static std::string ReasonNotToStart(const SequenceFacts& facts, const PlanRequest& request)
     {
         std::string problem = SafetyProblem(facts, request);
         const std::string errors = SequenceErrors(request);
@@ -77,41 +79,31 @@ private:
                 .force = JobFlag(m_job, "force", false)};
     }
 
-    void Report(const SequenceFacts& facts, const RunRequest& request, CInputCollector inputs) const
+    void Report(const SequenceFacts& facts, const PlanRequest& request, CInputCollector inputs) const
     {
-        json warnings = json::array();
-        for (const std::string& warning : SafetyWarnings(facts, request)) warnings.push_back(TextFromBytes(warning));
+        std::vector<std::string> warnings = SafetyWarnings(facts, request);
         const std::size_t unreadable = inputs.Unreadable().size();
         for (const UnreadableFolder& folder : inputs.Unreadable())
-            warnings.push_back("The folder " + TextFromBytes(folder.path) + " cannot be read (" +
+            warnings.push_back("The folder " + folder.path + " cannot be read (" +
                                platform::ErrorText(folder.errorNumber) + "). Its files are left out.");
         for (const std::string& folder : inputs.LeftOut())
-            warnings.push_back("The folder " + TextFromBytes(folder) +
-                               " is left out of the input because results go there.");
+            warnings.push_back("The folder " + folder + " is left out of the input because results go there.");
 
         CPlannedFiles files(std::move(inputs), JobNumber(m_job, "minAge", 0));
         LogInputCount(files.Count(), m_services.log);
+        m_services.events.InputsCounted();
         CTouchedNames names(facts, request.settings);
-        files.ForEach(names, [this](const PlannedFile& file) { ReportInput(file); });
-        const std::string reason = OneWorkerReason(facts);
-        const json plan = {{"total", files.Count()},
-                           {"oneWorker", !reason.empty()},
-                           {"oneWorkerReason", TextFromBytes(reason)},
-                           {"tooYoung", files.TooYoung()},
-                           {"unreadableFolders", unreadable},
-                           {"outputsPerFile", ResultsPerFile(facts)},
-                           {"warnings", warnings}};
-        m_services.report(json{{"plan", plan}}.dump());
-    }
-
-    void ReportInput(const PlannedFile& file) const
-    {
-        const json input = {{"number", file.number},
-                            {"path", TextFromBytes(file.path)},
-                            {"size", file.size},
-                            {"modified", std::to_string(file.modifiedNanoseconds)},
-                            {"group", file.group}};
-        m_services.report(json{{"input", input}}.dump());
+        files.ForEach(names, [this](const PlannedFile& file) {
+            m_services.report(LineOf(Json{{"input", PlannedFileJson(file)}}));
+        });
+        for (std::string& warning : warnings) warning = TextFromBytes(warning);
+        const PlanReport plan{.total = static_cast<int>(files.Count()),
+                              .oneWorkerReason = TextFromBytes(OneWorkerReason(facts)),
+                              .tooYoung = static_cast<int>(files.TooYoung()),
+                              .unreadableFolders = static_cast<int>(unreadable),
+                              .outputsPerFile = ResultsPerFile(facts),
+                              .warnings = std::move(warnings)};
+        m_services.report(LineOf(Json{{"plan", PlanReportJson(plan)}}));
     }
 
     const json& m_job;

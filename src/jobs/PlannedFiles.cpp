@@ -43,7 +43,7 @@ void CPlannedFiles::ForEach(CTouchedNames& names, const std::function<void(const
     const std::vector<std::uint32_t> groups = Groups(names);
     PlannedFile planned;
     for (const File& file : m_files) {
-        planned.group = groups[planned.number++];
+        planned.group = groups[static_cast<std::size_t>(planned.number++)];
         planned.path = m_inputs.Paths().Path(file.index);
         planned.size = file.size;
         planned.modifiedNanoseconds = file.modifiedNanoseconds;

@@ -3,19 +3,12 @@
 
 #include "engine/InputCollector.h"
 #include "jobs/TouchedNames.h"
+#include "protocol/FileRecord.h"
 
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
-
-struct PlannedFile {
-    std::size_t number = 0;  // from 1
-    std::string path;
-    std::uint64_t size = 0;                // bytes
-    std::int64_t modifiedNanoseconds = 0;  // since 1970; 0 when there is no such file
-    std::uint32_t group = 0;               // 0: collides with nobody
-};
 
 /// Made for a million files: each costs a few dozen bytes beside its name.
 class CPlannedFiles {

@@ -1,6 +1,5 @@
 #include "jobs/SafetyRules.h"
 
-#include "batchrun/FinalAction.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
 #include "sequence/Sequence.h"
@@ -13,7 +12,7 @@ namespace {
 
 std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 
-std::string UnavailableStep(const SequenceFacts& facts, const RunRequest& request)
+std::string UnavailableStep(const SequenceFacts& facts, const PlanRequest& request)
 {
     if (request.switches.skipUnavailable || request.switches.force) return {};
     for (const StepFacts& step : facts.steps)
@@ -24,7 +23,7 @@ std::string UnavailableStep(const SequenceFacts& facts, const RunRequest& reques
     return {};
 }
 
-std::string NothingSaved(const SequenceFacts& facts, const RunRequest& request)
+std::string NothingSaved(const SequenceFacts& facts, const PlanRequest& request)
 {
     if (request.switches.allowNoOutput || SavesSomething(facts)) return {};
     if (!TakesInputAway(request.settings.finalAction)) return {};
@@ -39,7 +38,7 @@ bool OutputReplacesInput(const OutputSettings& output)
            output.insertAfter.empty() && !output.handlerId;
 }
 
-std::string InPlaceSave(const SequenceFacts& facts, const RunRequest& request)
+std::string InPlaceSave(const SequenceFacts& facts, const PlanRequest& request)
 {
     if (request.switches.allowInPlace || request.settings.alternativeOutputPath.empty()) return {};
     const bool inPlace = OutputReplacesInput(facts.output) ||
@@ -52,7 +51,7 @@ std::string InPlaceSave(const SequenceFacts& facts, const RunRequest& request)
            "what you want with --allow-in-place.";
 }
 
-std::string MissingInput(const SequenceFacts& facts, const RunRequest& request)
+std::string MissingInput(const SequenceFacts& facts, const PlanRequest& request)
 {
     std::vector<std::string> places = request.furtherInputPaths;
     if (!request.settings.alternativeInputPath.empty()) places.push_back(request.settings.alternativeInputPath);
@@ -72,7 +71,7 @@ std::string MissingFolder(const char* what, const std::string& folder, const cha
            " does not exist. Create it, or name another one with " + option + ".";
 }
 
-std::string OutputFolderProblem(const SequenceFacts& facts, const RunRequest& request)
+std::string OutputFolderProblem(const SequenceFacts& facts, const PlanRequest& request)
 {
     const std::string& given = request.settings.alternativeOutputPath;
     if (!given.empty()) return MissingFolder("output folder", given, "--output");
@@ -86,17 +85,16 @@ std::string OutputFolderProblem(const SequenceFacts& facts, const RunRequest& re
     return MissingFolder("sequence's output folder", *facts.output.selectedFolder, "--output");
 }
 
-std::string DestinationProblem(const RunRequest& request)
+std::string DestinationProblem(const PlanRequest& request)
 {
-    const int code = request.settings.finalAction;
+    const FinalActionFacts& action = FactsOf(request.settings.finalAction);
     const std::string& destination = request.settings.destination;
-    const bool needed = WantsFolder(code) || code == kFinalActionRename || code == kFinalActionExecute;
-    if (needed && destination.empty())
+    if (action.destination != Destination::None && destination.empty())
         return "The final action needs a destination. Name it with --destination, or choose another final action.";
-    if (code == kFinalActionExecute && !platform::ProgramMayExist(destination))
+    if (action.destination == Destination::Program && !platform::ProgramMayExist(destination))
         return "There is no program " + Quoted(destination) +
                " to start on each input. Install it, or name another one with --destination.";
-    return WantsFolder(code) ? MissingFolder("destination folder", destination, "--destination") : std::string();
+    return action.destination == Destination::Folder ? MissingFolder("destination folder", destination, "--destination") : std::string();
 }
 
 bool IsWordCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '$'; }
@@ -126,14 +124,14 @@ std::string OneWorkerReason(const StepFacts& step)
 
 }  // namespace
 
-std::string SafetyProblem(const SequenceFacts& facts, const RunRequest& request)
+std::string SafetyProblem(const SequenceFacts& facts, const PlanRequest& request)
 {
     for (const auto& rule : {UnavailableStep, MissingInput, OutputFolderProblem, NothingSaved, InPlaceSave})
         if (std::string problem = rule(facts, request); !problem.empty()) return problem;
     return DestinationProblem(request);
 }
 
-std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const RunRequest& request)
+std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const PlanRequest& request)
 {
     std::vector<std::string> warnings;
     for (const StepFacts& step : facts.steps)

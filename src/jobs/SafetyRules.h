@@ -15,21 +15,21 @@ struct SafetySwitches {
     bool force = false;  // the sequence may have errors, steps that are not available among them
 };
 
-struct RunRequest {
+struct PlanRequest {
     RunSettings settings;
     std::vector<std::string> furtherInputPaths;
     SafetySwitches switches;
 };
 
 /// Why the run must not start and what to do about it; empty when it may. Looks for the folders on the disk.
-[[nodiscard]] std::string SafetyProblem(const SequenceFacts& facts, const RunRequest& request);
+[[nodiscard]] std::string SafetyProblem(const SequenceFacts& facts, const PlanRequest& request);
 
 /// The errors that a check of the sequence finds, one a line, those left out that a rule of SafetyProblem is about;
 /// empty when there are none or the user has said yes to them. Reads the sequence anew. Throws CHostException.
-[[nodiscard]] std::string SequenceErrors(const RunRequest& request);
+[[nodiscard]] std::string SequenceErrors(const PlanRequest& request);
 
 /// What the user may not expect, although the run may start; a sentence each.
-[[nodiscard]] std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const RunRequest& request);
+[[nodiscard]] std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const PlanRequest& request);
 
 /// Why only one process may do the whole run; empty when several may.
 [[nodiscard]] std::string OneWorkerReason(const SequenceFacts& facts);

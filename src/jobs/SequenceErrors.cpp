@@ -26,14 +26,14 @@ std::string ErrorLine(const SequenceFinding& finding)
     return "\n  " + step + finding.text;
 }
 
-RunSurroundings PlannedSurroundings(const RunRequest& request)
+RunSurroundings PlannedSurroundings(const PlanRequest& request)
 {
     return {.hasInput = !request.settings.alternativeInputPath.empty() || !request.furtherInputPaths.empty(),
             .hasOutputFolder = !request.settings.alternativeOutputPath.empty(),
             .takesInputAway = TakesInputAway(request.settings.finalAction)};
 }
 
-std::vector<SequenceFinding> FindingsOf(const RunRequest& request)
+std::vector<SequenceFinding> FindingsOf(const PlanRequest& request)
 {
     const auto read = ReadSequenceSource(request.settings.sequencePath);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return {*problem};
@@ -42,7 +42,7 @@ std::vector<SequenceFinding> FindingsOf(const RunRequest& request)
 
 }  // namespace
 
-std::string SequenceErrors(const RunRequest& request)
+std::string SequenceErrors(const PlanRequest& request)
 {
     if (request.switches.force) return {};
     std::string lines;

@@ -2,7 +2,6 @@
 
 #include "base/ByteText.h"
 #include "base/Text.h"
-#include "batchrun/FinalAction.h"
 #include "jobs/JobSettings.h"
 #include "sequence/SequenceChecks.h"
 #include "sequence/SequenceConvert.h"
@@ -33,9 +32,10 @@ json CheckReport(const std::string& path, const char* form, const std::vector<Se
 
 RunSurroundings SurroundingsOf(const EnvironmentReader& settings)
 {
+    const FinalActionFacts* const action = FindFinalAction(settings("FERRULEFINAL"));
     return {.hasInput = !CleanPath(settings("FERRULEALTPATH")).empty(),
             .hasOutputFolder = !CleanPath(settings("FERRULEALTOUTPUTPATH")).empty(),
-            .takesInputAway = TakesInputAway(ParseDecimal(settings("FERRULEFINAL")))};
+            .takesInputAway = action && TakesInputAway(action->action)};
 }
 
 /// Neighbours of one label make a group.

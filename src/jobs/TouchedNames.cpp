@@ -2,7 +2,6 @@
 
 #include "base/Names.h"
 #include "base/PathNames.h"
-#include "batchrun/FinalAction.h"
 #include "engine/SaveStepRedirection.h"
 #include "platform/Files.h"
 #include "platform/StandardPath.h"
@@ -92,7 +91,7 @@ void CTouchedNames::AddSaveStep(const SaveStepFacts& save, const SequenceFacts& 
 void CTouchedNames::AddFinalAction(const RunSettings& settings)
 {
     if (WantsFolder(settings.finalAction)) m_results.push_back({settings.destination, {}, {}, std::nullopt});
-    if (settings.finalAction == kFinalActionRename) m_results.push_back({std::nullopt, {}, {}, settings.destination});
+    if (settings.finalAction == FinalAction::Rename) m_results.push_back({std::nullopt, {}, {}, settings.destination});
 }
 
 void CTouchedNames::AppendKeys(const std::string& folder, std::string_view name, std::vector<std::uint64_t>& keys)

@@ -12,7 +12,7 @@ DonePlace CDoneIndex::At(int number) const
     const std::uint64_t packed = m_places[static_cast<std::size_t>(number)];
     return {.offset = packed >> kOffsetShift,
             .journal = static_cast<int>((packed >> kJournalShift) & 0xFFFF),
-            .outcome = static_cast<FileOutcomeClass>((packed >> kOutcomeShift) & 7),
+            .outcome = static_cast<FileOutcome>((packed >> kOutcomeShift) & 7),
             .logged = ((packed >> kLoggedBit) & 1) != 0};
 }
 

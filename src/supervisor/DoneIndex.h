@@ -9,7 +9,7 @@
 struct DonePlace {
     std::uint64_t offset = 0;  ///< in its journal
     int journal = 0;           ///< position in a list of the caller, below 65536
-    FileOutcomeClass outcome = FileOutcomeClass::Failed;
+    FileOutcome outcome = FileOutcome::Failed;
     bool logged = false;  ///< its part of the log is written already
 };
 

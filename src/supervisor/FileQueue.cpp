@@ -10,7 +10,7 @@ namespace {
 
 bool IsUnchanged(const PlannedFile& file, const platform::FileStamp& stamp)
 {
-    return stamp.size == file.size && std::to_string(stamp.modifiedNanoseconds) == file.modified;
+    return stamp.size == file.size && stamp.modifiedNanoseconds == file.modifiedNanoseconds;
 }
 
 /// Whether the input of a file whose results are written is still what they were made of, or what they are.
@@ -28,7 +28,7 @@ bool IsAsKnown(const FileInHand& hand)
 
 }  // namespace
 
-DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcomeClass outcome, const std::string& message)
+DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcome outcome, const std::string& message)
 {
     DoneFile done;
     done.record.number = file.number;
@@ -71,7 +71,7 @@ CFileQueue::Readiness CFileQueue::Prepare(FileInHand& hand)
 {
     if (m_parts.again) {
         const auto place = m_parts.again->find(hand.file.number);
-        const bool again = place != m_parts.again->end() && place->second.outcome != FileOutcomeClass::Stopped;
+        const bool again = place != m_parts.again->end() && place->second.outcome != FileOutcome::Stopped;
         if (again && PrepareAgain(hand, place->second) != Readiness::Ready) return Readiness::DealtWith;
     }
     TakeUp(hand);
@@ -89,7 +89,7 @@ CFileQueue::Readiness CFileQueue::PrepareAgain(FileInHand& hand, const DonePlace
     }
     const FileRecord& record = done->record;
     const bool onlyFinalAction =
-        !record.outputs.empty() && record.finalState == "failed" && !MayHaveStarted(hand.file.number);
+        !record.outputs.empty() && record.finalAction && record.finalAction->state == FinalActionRecord::State::Failed && !MayHaveStarted(hand.file.number);
     if (onlyFinalAction) {
         hand.toDo = ToDo::FinalAction;
         hand.results = done->record;
@@ -100,10 +100,10 @@ CFileQueue::Readiness CFileQueue::PrepareAgain(FileInHand& hand, const DonePlace
     }
     if (!Journaled(m_parts.results.AddAgain(hand.file.number, hand.toDo))) return Readiness::DealtWith;
     // Who asks for a file again that had changed since the plan knows that it has.
-    const bool wasSkipped = place.outcome == FileOutcomeClass::Skipped;
+    const bool wasSkipped = place.outcome == FileOutcome::Skipped;
     if (const auto stamp = wasSkipped ? platform::StampOf(hand.file.path) : std::nullopt) {
         hand.file.size = stamp->size;
-        hand.file.modified = std::to_string(stamp->modifiedNanoseconds);
+        hand.file.modifiedNanoseconds = stamp->modifiedNanoseconds;
     }
     return Readiness::Ready;
 }
@@ -116,7 +116,7 @@ bool CFileQueue::MayHaveStarted(int number) const
     if (history == m_parts.earlier->NotSaved().end()) return false;
     const std::vector<Intent>& intents = history->second.intents;
     return std::any_of(intents.begin(), intents.end(),
-                       [](const Intent& intent) { return intent.finalAction && intent.act == ActKind::Start; });
+                       [](const Intent& intent) { return intent.finalAction && intent.act == Act::Start; });
 }
 
 /// Frees the names that the file's results took, so that they come out the same. False when doing the file again
@@ -178,17 +178,17 @@ CFileQueue::Readiness CFileQueue::Settle(FileInHand& hand)
 CFileQueue::Readiness CFileQueue::PrepareWhole(FileInHand& hand)
 {
     const auto stamp = platform::StampOf(hand.file.path);
-    if (!stamp) return Skip(hand, FileOutcomeClass::Skipped, "missing since plan");
-    if (!IsAsPlanned(hand.file, *stamp)) return Skip(hand, FileOutcomeClass::Skipped, "changed since plan");
+    if (!stamp) return Skip(hand, FileOutcome::Skipped, "missing since plan");
+    if (!IsAsPlanned(hand.file, *stamp)) return Skip(hand, FileOutcome::Skipped, "changed since plan");
     return m_parts.pretended ? PreparePretended(hand) : Readiness::Ready;
 }
 
 /// What a real run would find: an input may be a link to another one.
 CFileQueue::Readiness CFileQueue::PreparePretended(FileInHand& hand)
 {
-    if (m_parts.pretended->IsGone(hand.file.path)) return Skip(hand, FileOutcomeClass::Skipped, "missing since plan");
+    if (m_parts.pretended->IsGone(hand.file.path)) return Skip(hand, FileOutcome::Skipped, "missing since plan");
     if (m_parts.pretended->IsReplaced(hand.file.path) && !WasOurs(hand.file))
-        return Skip(hand, FileOutcomeClass::Skipped, "changed since plan");
+        return Skip(hand, FileOutcome::Skipped, "changed since plan");
     return Readiness::Ready;
 }
 
@@ -196,18 +196,18 @@ CFileQueue::Readiness CFileQueue::PrepareFinalAction(FileInHand& hand)
 {
     if (IsAsKnown(hand)) return Readiness::Ready;
     const bool there = platform::FileExists(hand.file.path);
-    DoneFile done = DoneWithoutWorker(hand.file, FileOutcomeClass::Incomplete,
+    DoneFile done = DoneWithoutWorker(hand.file, FileOutcome::Incomplete,
                                       std::string("The file ") + (there ? "was changed" : "is missing") +
                                           " since its result was written; the final action is left out.");
     const std::string message = done.record.message;
     done.record = *hand.results;
-    done.record.outcome = FileOutcomeClass::Incomplete;
+    done.record.outcome = FileOutcome::Incomplete;
     done.record.message = message;
     Finish(done, hand.file);
     return Readiness::DealtWith;
 }
 
-CFileQueue::Readiness CFileQueue::Skip(const FileInHand& hand, FileOutcomeClass outcome, const std::string& message)
+CFileQueue::Readiness CFileQueue::Skip(const FileInHand& hand, FileOutcome outcome, const std::string& message)
 {
     Finish(DoneWithoutWorker(hand.file, outcome, message), hand.file);
     return Readiness::DealtWith;

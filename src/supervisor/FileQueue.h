@@ -54,7 +54,7 @@ private:
     bool MayHaveStarted(int number) const;
     bool TakeBackResults(const PlannedFile& file) const;
     Readiness Settle(FileInHand& hand);
-    Readiness Skip(const FileInHand& hand, FileOutcomeClass outcome, const std::string& message);
+    Readiness Skip(const FileInHand& hand, FileOutcome outcome, const std::string& message);
     Readiness PreparePretended(FileInHand& hand);
     bool IsAsPlanned(const PlannedFile& file, const platform::FileStamp& stamp) const;
     bool WasOurs(const PlannedFile& file) const;
@@ -67,5 +67,5 @@ private:
 };
 
 /// The block of the log and the record of a file that no worker has said anything about.
-[[nodiscard]] DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcomeClass outcome,
+[[nodiscard]] DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcome outcome,
                                          const std::string& message);

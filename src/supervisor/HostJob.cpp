@@ -1,9 +1,10 @@
 #include "supervisor/HostJob.h"
 
 #include "platform/Interrupts.h"
-#include "supervisor/Json.h"
+#include "protocol/Messages.h"
 
 #include <utility>
+#include <variant>
 
 namespace {
 
@@ -32,10 +33,11 @@ public:
 
     JobResult Result()
     {
-        JobResult result{.end = m_host.end, .message = m_host.endMessage, .reports = std::move(m_reports)};
+        JobResult result{.message = m_host.endMessage, .reports = std::move(m_reports)};
         result.errorLines.assign(m_host.errorLines.begin(), m_host.errorLines.end());
-        if (m_host.end == "finished") result.exit = ExitClass::Fine;
-        if (m_host.end.empty()) result.message = DeathMessage();
+        if (m_host.end == RunEnd::Finished) result.exit = ExitClass::Fine;
+        result.diedEarly = !m_host.end;
+        if (result.diedEarly) result.message = DeathMessage();
         if (m_stopped) result = {.exit = ExitClass::Stopped, .message = "Stopped."};
         return result;
     }
@@ -54,33 +56,33 @@ private:
             m_host.gone = true;
         } else if (news.event == platform::ChildEvent::Error) {
             AddErrorLine(m_host.errorLines, news.text);
-        } else if (const auto message = ParseObject(news.text)) {
-            Answer(*message);
+        } else if (const auto message = HostMessageFrom(news.text)) {
+            std::visit([this](const auto& said) { Answer(said); }, *message);
         }
     }
 
-    void Answer(const Json& message)
+    void Answer(const TellEnds& tell)
     {
-        const std::string ask = TextAt(message, "ask"), tell = TextAt(message, "tell");
-        if (tell == "ends") {
-            m_host.end = TextAt(message, "end");
-            m_host.endMessage = TextAt(message, "message");
-        } else if (tell == "remark") {
-            m_observer.Remark(TextAt(message, "text"));
-        } else if (tell == "report") {
-            Report(LineOf(ObjectAt(message, "report")));
-        } else if (ask == "job") {
-            (void)m_host.child.Send("{\"job\":" + m_job + "}");
-        } else if (ask == "input") {
-            (void)m_host.child.Send(R"({"input":null})");
-        } else if (ask == "act") {
-            (void)m_host.child.Send(R"({"answer":"go"})");  // a new sequence file is somebody's document, too
-        } else if (ask == "exists") {
-            (void)m_host.child.Send(R"({"exists":null})");
-        } else if (!ask.empty()) {
-            (void)m_host.child.Send("{}");
-        }
+        m_host.end = tell.end;
+        m_host.endMessage = tell.message;
     }
+    void Answer(const TellRemark& tell) { m_observer.Remark(tell.text); }
+    void Answer(const TellReport& tell) { Report(LineOf(tell.report)); }
+    static void Answer(const TellStarts&) {}
+    static void Answer(const TellFile&) {}
+    void Answer(const AskJob&) { Send("{\"job\":" + m_job + "}"); }
+    void Answer(const AskInput&) { Send(LineOf(InputAnswer(std::nullopt))); }
+    // A new sequence file is somebody's document, too.
+    void Answer(const AskAct&) { Send(LineOf(AnswerToAct(ActAnswer::Go))); }
+    void Answer(const AskExists&) { Send(LineOf(ExistsAnswer(std::nullopt))); }
+    void Answer(const AskNote& ask)
+    {
+        m_host.log.Note(ask.place);
+        Send("{}");
+    }
+
+    /// A host that cannot be written to is going to end, which comes as news of its own.
+    void Send(const std::string& line) { (void)m_host.child.Send(line); }
 
     void Report(std::string json)
     {
@@ -109,6 +111,7 @@ HostJobResult RunHostJob(const CWorkerStarter& starter, const std::string& place
     hostJob.Run(interruptsSeen);
     result.job = hostJob.Result();
     host->log.Read();
+    result.preamble = host->log.TakePreamble();
     result.log = host->log.Take().lines;
     return result;
 }

@@ -10,7 +10,8 @@
 
 struct HostJobResult {
     JobResult job = {};
-    std::vector<std::string> log = {};  ///< what the plug-in logged, bytes
+    /// What the plug-in logged, bytes: before and after it had counted its inputs. All of it before when it did not.
+    std::vector<std::string> preamble = {}, log = {};
 };
 
 /// `place`: the name of the private folder. `interruptsSeen`: those before; a new one ends the host.

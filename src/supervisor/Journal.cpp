@@ -1,29 +1,12 @@
 #include "supervisor/Journal.h"
 
-#include "base/ByteText.h"
-#include "supervisor/FileRecord.h"
+#include "protocol/Json.h"
 
-#include <array>
 #include <utility>
 
 using platform::FileResult;
 
 namespace {
-
-constexpr std::array<std::string_view, 4> kActWords = {"put", "move", "delete", "start"};
-
-Json TextsOf(const std::vector<std::string>& lines)
-{
-    Json texts = Json::array();
-    for (const std::string& line : lines) texts.push_back(TextFromBytes(line));
-    return texts;
-}
-
-std::vector<std::string> BytesOf(std::vector<std::string> texts)
-{
-    for (std::string& text : texts) text = BytesFromText(text);
-    return texts;
-}
 
 std::string HeaderLine(const JournalName& name)
 {
@@ -37,24 +20,11 @@ std::optional<JournalName> NameFrom(const std::string& line)
     return JournalName{TextAt(*header, "run"), TextAt(*header, "shard")};
 }
 
-std::optional<Intent> IntentFrom(const Json& object)
-{
-    const auto act = ActFromWord(TextAt(object, "act"));
-    if (!act || CountAt(object, "number") == 0) return std::nullopt;
-    return Intent{.number = CountAt(object, "number"),
-                  .finalAction = TextAt(object, "purpose") == "final-action",
-                  .act = *act,
-                  .file = BytesAt(object, "file"),
-                  .target = BytesAt(object, "target"),
-                  .sha256 = TextAt(object, "sha256"),
-                  .replaces = FlagAt(object, "replaces")};
-}
-
 std::optional<DoneFile> DoneFrom(const Json& object)
 {
     auto record = FileRecordFrom(ObjectAt(object, "record"));
     if (!record || record->number == 0) return std::nullopt;
-    DoneFile done{.record = std::move(*record), .log = BytesOf(TextsAt(object, "log"))};
+    DoneFile done{.record = std::move(*record), .log = BytesListAt(object, "log")};
     const auto range = object.find("preflight");
     if (range == object.end() || !range->is_array() || range->size() != 2) return done;
     const Json &begin = (*range)[0], &end = (*range)[1];
@@ -73,8 +43,8 @@ std::string Visit(const std::string& line, std::uint64_t offset, CJournalVisitor
     const auto object = ParseObject(line);
     if (!object) return kUnknownLine;
     if (object->contains("intent")) {
-        auto intent = IntentFrom(ObjectAt(*object, "intent"));
-        return intent ? visitor.OnIntent(std::move(*intent)) : kUnknownLine;
+        auto intent = IntendedActFrom(ObjectAt(*object, "intent"));
+        return intent && intent->number != 0 ? visitor.OnIntent(std::move(*intent)) : kUnknownLine;
     }
     if (object->contains("done")) {
         const auto record = FileRecordFrom(ObjectAt(ObjectAt(*object, "done"), "record"));
@@ -82,28 +52,16 @@ std::string Visit(const std::string& line, std::uint64_t offset, CJournalVisitor
     }
     if (object->contains("again")) {
         const Json& again = ObjectAt(*object, "again");
-        const bool whole = TextAt(again, "toDo") != ToDoWord(ToDo::FinalAction);
-        return visitor.OnAgain(CountAt(again, "number"), whole ? ToDo::Whole : ToDo::FinalAction);
+        return visitor.OnAgain(CountAt(again, "number"), ToDoFromWord(TextAt(again, "toDo")));
     }
     if (object->contains("end")) {
         const Json& end = ObjectAt(*object, "end");
-        return visitor.OnEnd(TextAt(end, "outcome"), BytesOf(TextsAt(end, "epilogue")));
+        return visitor.OnEnd(TextAt(end, "outcome"), BytesListAt(end, "epilogue"));
     }
     return kUnknownLine;
 }
 
 }  // namespace
-
-std::string_view ActWord(ActKind act) { return kActWords[static_cast<std::size_t>(act)]; }
-
-std::optional<ActKind> ActFromWord(std::string_view word)
-{
-    for (std::size_t place = 0; place < kActWords.size(); ++place)
-        if (kActWords[place] == word) return static_cast<ActKind>(place);
-    return std::nullopt;
-}
-
-std::string_view ToDoWord(ToDo toDo) { return toDo == ToDo::Whole ? "whole" : "final-action"; }
 
 FileResult CJournalWriter::Open(const std::string& path, const JournalName& name, std::uint64_t length)
 {
@@ -115,14 +73,7 @@ FileResult CJournalWriter::Open(const std::string& path, const JournalName& name
 
 FileResult CJournalWriter::AddIntent(const Intent& intent)
 {
-    Json object = {{"number", intent.number},
-                   {"purpose", intent.finalAction ? "final-action" : "output"},
-                   {"act", ActWord(intent.act)},
-                   {"file", TextFromBytes(intent.file)},
-                   {"target", TextFromBytes(intent.target)},
-                   {"sha256", intent.sha256}};
-    if (intent.replaces) object["replaces"] = true;
-    return AddLine(LineOf({{"intent", std::move(object)}}), true);
+    return AddLine(LineOf({{"intent", IntendedActJson(intent)}}), true);
 }
 
 FileResult CJournalWriter::AddDone(const DoneFile& done, std::uint64_t* offset)

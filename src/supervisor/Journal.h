@@ -4,6 +4,7 @@
 #include "base/Expected.h"
 #include "platform/AppendFile.h"
 #include "platform/Files.h"
+#include "protocol/Messages.h"
 #include "supervisor/LineReader.h"
 #include "supervisor/RunObserver.h"
 
@@ -13,18 +14,8 @@
 #include <string_view>
 #include <vector>
 
-enum class ActKind { Put, Move, Delete, Start };
-std::string_view ActWord(ActKind act);
-std::optional<ActKind> ActFromWord(std::string_view word);
-
 /// Something that a worker was allowed to do for good.
-struct Intent {
-    int number = 0;
-    bool finalAction = false;  ///< else it belongs to the results of the file
-    ActKind act = ActKind::Put;
-    std::string file = {}, target = {}, sha256 = {};
-    bool replaces = false;  ///< something stood at the target before
-};
+using Intent = IntendedAct;
 
 /// How a file ended, with its part of the log as bytes.
 struct DoneFile {
@@ -33,9 +24,6 @@ struct DoneFile {
     /// The lines from preflightBegin to before preflightEnd belong to the whole run; both 0: none do.
     std::size_t preflightBegin = 0, preflightEnd = 0;
 };
-
-enum class ToDo { Whole, FinalAction };
-std::string_view ToDoWord(ToDo toDo);
 
 struct JournalName {
     std::string run = {};

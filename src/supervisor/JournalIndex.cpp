@@ -14,9 +14,9 @@ std::string NoSuchFile(int number) { return "there is no file " + std::to_string
 
 }  // namespace
 
-bool IsRetried(FileOutcomeClass outcome)
+bool IsRetried(FileOutcome outcome)
 {
-    return outcome != FileOutcomeClass::Saved && outcome != FileOutcomeClass::CopiedUnchanged;
+    return outcome != FileOutcome::Saved && outcome != FileOutcome::CopiedUnchanged;
 }
 
 bool CJournalIndex::HasTarget(const std::string& path) const
@@ -40,7 +40,7 @@ std::string CJournalIndex::OnIntent(Intent intent)
 {
     if (!m_done.Contains(intent.number)) return NoSuchFile(intent.number);
     m_ending.clear();
-    if (!intent.target.empty() && intent.act != ActKind::Start) {
+    if (!intent.target.empty() && intent.act != Act::Start) {
         m_targets.push_back(HashOfTarget(intent.target));
         m_targetFolders.insert(FolderOf(intent.target));
     }
@@ -52,13 +52,13 @@ std::string CJournalIndex::OnDone(const FileRecord& record, std::uint64_t offset
 {
     const int number = record.number;
     if (!m_done.Contains(number)) return NoSuchFile(number);
-    if (m_done.IsDone(number) && m_done.At(number).outcome != FileOutcomeClass::Stopped)
+    if (m_done.IsDone(number) && m_done.At(number).outcome != FileOutcome::Stopped)
         return "file " + std::to_string(number) + " (" + record.path + ") has an outcome already";
     m_ending.clear();
     m_done.Set(number, {.offset = offset, .journal = m_journal, .outcome = record.outcome, .logged = false});
     m_sinceEnd.push_back(number);
     // A file that was stopped is begun again, and what was done of it must not be done twice.
-    if (record.outcome == FileOutcomeClass::Stopped) return {};
+    if (record.outcome == FileOutcome::Stopped) return {};
     const auto begun = m_open.find(number);
     if (begun == m_open.end()) return {};
     if (m_retries && IsRetried(record.outcome)) m_notSaved[number] = std::move(begun->second);

@@ -12,7 +12,7 @@
 #include <vector>
 
 /// Whether a file of this outcome is done again when that is asked for.
-[[nodiscard]] bool IsRetried(FileOutcomeClass outcome);
+[[nodiscard]] bool IsRetried(FileOutcome outcome);
 
 /// What was begun with a file that has no final outcome.
 struct FileHistory {

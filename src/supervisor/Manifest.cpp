@@ -1,27 +1,13 @@
 #include "supervisor/Manifest.h"
 
-#include "base/ByteText.h"
 #include "platform/FileProblem.h"
-#include "supervisor/FileRecord.h"
+#include "protocol/Json.h"
 
 #include <utility>
 
 namespace {
 
 constexpr std::size_t kCopyPiece = 1 << 16;
-
-Json TextsFromBytes(const std::vector<std::string>& lines)
-{
-    Json texts = Json::array();
-    for (const std::string& line : lines) texts.push_back(TextFromBytes(line));
-    return texts;
-}
-
-std::vector<std::string> BytesOf(std::vector<std::string> texts)
-{
-    for (std::string& text : texts) text = BytesFromText(text);
-    return texts;
-}
 
 std::string HeaderLine(const ManifestHeader& header)
 {
@@ -36,11 +22,11 @@ std::string HeaderLine(const ManifestHeader& header)
                          {"unreadableFolders", header.unreadableFolders},
                          {"outputsPerFile", header.outputsPerFile},
                          {"sequenceSha256", header.sequenceHash},
-                         {"inputs", TextsFromBytes(header.inputs)},
+                         {"inputs", TextsOf(header.inputs)},
                          {"allowNoOutput", header.allowNoOutput},
                          {"allowInPlace", header.allowInPlace},
-                         {"preamble", TextsFromBytes(header.preamble)},
-                         {"epilogue", TextsFromBytes(header.epilogue)}};
+                         {"preamble", TextsOf(header.preamble)},
+                         {"epilogue", TextsOf(header.epilogue)}};
     return LineOf(object) + '\n';
 }
 
@@ -58,11 +44,11 @@ std::optional<ManifestHeader> HeaderFrom(const std::string& line)
         .unreadableFolders = CountAt(*object, "unreadableFolders"),
         .outputsPerFile = object->contains("outputsPerFile") ? CountAt(*object, "outputsPerFile") : 1,
         .sequenceHash = TextAt(*object, "sequenceSha256"),
-        .inputs = BytesOf(TextsAt(*object, "inputs")),
+        .inputs = BytesListAt(*object, "inputs"),
         .allowNoOutput = FlagAt(*object, "allowNoOutput"),
         .allowInPlace = FlagAt(*object, "allowInPlace"),
-        .preamble = BytesOf(TextsAt(*object, "preamble")),
-        .epilogue = BytesOf(TextsAt(*object, "epilogue"))};
+        .preamble = BytesListAt(*object, "preamble"),
+        .epilogue = BytesListAt(*object, "epilogue")};
     if (header.run.empty()) return std::nullopt;
     return header;
 }

@@ -1,6 +1,6 @@
 #include "supervisor/ManifestRun.h"
 
-#include "supervisor/Json.h"
+#include "protocol/Json.h"
 #include "supervisor/Leftovers.h"
 #include "supervisor/PlanChanges.h"
 
@@ -81,7 +81,7 @@ bool CManifestRun::ReadEarlier()
         if (!m_done->IsDone(number)) continue;
         const DonePlace place = m_done->At(number);
         const bool again =
-            place.outcome == FileOutcomeClass::Stopped || (m_options.retryFailed && IsRetried(place.outcome));
+            place.outcome == FileOutcome::Stopped || (m_options.retryFailed && IsRetried(place.outcome));
         if (!again) continue;
         m_again.emplace(number, place);
         m_done->Forget(number);
@@ -111,7 +111,7 @@ bool CManifestRun::CountFiles()
         }
         ++m_progress.filesDone;
         m_progress.bytesDone += file->size;
-        if (m_done->At(file->number).outcome != FileOutcomeClass::Saved) ++m_progress.notSaved;
+        if (m_done->At(file->number).outcome != FileOutcome::Saved) ++m_progress.notSaved;
     }
     m_groupedInputs.Complete();
     m_options.plan.alreadyDone = m_progress.filesDone;
@@ -216,7 +216,7 @@ void CManifestRun::Close(LoopEnd end, const std::string& problem, const CResults
     }
     CloseOutputs();
     CountOutcomes();
-    const int notSaved = m_progress.filesTotal - m_result.Count(FileOutcomeClass::Saved);
+    const int notSaved = m_progress.filesTotal - m_result.Count(FileOutcome::Saved);
     const bool fine = notSaved == 0 && m_header.unreadableFolders == 0;
     if (m_header.unreadableFolders > 0)
         m_observer.Warning(

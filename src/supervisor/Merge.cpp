@@ -152,7 +152,7 @@ private:
             Broken("The record " + m_options.recordPath + " cannot be written completely (" +
                    platform::ErrorText(closed.errorNumber) + ").");
         const bool fine =
-            m_result.Count(FileOutcomeClass::Saved) == m_header.total && m_header.unreadableFolders == 0;
+            m_result.Count(FileOutcome::Saved) == m_header.total && m_header.unreadableFolders == 0;
         m_result.exit = fine ? ExitClass::Fine : ExitClass::SomeNotSaved;
     }
 

@@ -4,7 +4,7 @@
 #include "base/Text.h"
 #include "platform/FileDigest.h"
 #include "supervisor/JournalIndex.h"
-#include "supervisor/Json.h"
+#include "protocol/Json.h"
 #include "supervisor/Planning.h"
 
 #include <algorithm>

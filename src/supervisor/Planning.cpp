@@ -1,10 +1,10 @@
 #include "supervisor/Planning.h"
 
 #include "base/ByteText.h"
-#include "supervisor/FileRecord.h"
+#include "protocol/Json.h"
+#include "protocol/PlanReport.h"
 #include "supervisor/HostJob.h"
 #include "supervisor/PlanChanges.h"
-#include "supervisor/WorkerLog.h"
 
 #include <algorithm>
 #include <random>
@@ -34,16 +34,6 @@ std::string PlanJobText(const RunRequest& request, const std::string& run)
                    {"allowNoOutput", request.allowNoOutput},
                    {"allowInPlace", request.allowInPlace},
                    {"force", request.force}});
-}
-
-/// The count of the input files comes last before the files; what follows comes behind them.
-void SplitLog(std::vector<std::string> log, ManifestHeader& header)
-{
-    auto place = std::find_if(log.begin(), log.end(), IsInputCount);
-    if (place != log.end()) ++place;
-    header.epilogue.assign(place, log.end());
-    log.erase(place, log.end());
-    header.preamble = std::move(log);
 }
 
 }  // namespace
@@ -77,8 +67,11 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     NoteRequest(m_planned.header, m_request);
     HostJobResult host = RunHostJob(m_starter, "plan", PlanJobText(m_request, run), m_interruptsSeen, m_observer,
                                     [&](const std::string& json) { OnReport(json, writer); });
-    m_planned.log = host.log;
-    if (host.job.exit != ExitClass::Fine) return Fail(host.job.exit, std::move(host.job.message));
+    if (host.job.exit != ExitClass::Fine) {
+        m_planned.log = std::move(host.preamble);
+        m_planned.log.insert(m_planned.log.end(), host.log.begin(), host.log.end());
+        return Fail(host.job.exit, std::move(host.job.message));
+    }
     if (!m_refusal.empty()) return Fail(ExitClass::Broken, m_refusal);
     if (m_disordered || m_planned.summary.json.empty() || m_files != m_planned.summary.total)
         return Fail(ExitClass::Broken, "The host's plan is incomplete.");
@@ -90,7 +83,8 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     header.bytes = summary.bytes;
     header.oneWorker = summary.oneWorker;
     header.oneWorkerReason = summary.oneWorkerReason;
-    SplitLog(std::move(host.log), header);
+    header.preamble = std::move(host.preamble);
+    header.epilogue = std::move(host.log);
     if (!writer) return true;
     const platform::FileResult written = writer->Finish(header);
     if (written) return true;
@@ -118,14 +112,14 @@ void CPlanning::OnReport(const std::string& json, CManifestWriter* manifest)
         if (m_guard && m_refusal.empty()) m_refusal = m_guard->ProblemWithInput(*file);
         m_observer.FilePlanned(*file);
     } else if (report.contains("plan")) {
-        const Json& plan = ObjectAt(report, "plan");
+        PlanReport plan = PlanReportFrom(ObjectAt(report, "plan"));
         summary.json = json;
-        summary.total = CountAt(plan, "total");
-        summary.oneWorker = FlagAt(plan, "oneWorker");
-        summary.oneWorkerReason = TextAt(plan, "oneWorkerReason");
-        summary.tooYoung = CountAt(plan, "tooYoung");
-        summary.warnings = TextsAt(plan, "warnings");
-        m_planned.header.unreadableFolders = CountAt(plan, "unreadableFolders");
-        if (plan.contains("outputsPerFile")) m_planned.header.outputsPerFile = CountAt(plan, "outputsPerFile");
+        summary.total = plan.total;
+        summary.oneWorker = !plan.oneWorkerReason.empty();
+        summary.oneWorkerReason = std::move(plan.oneWorkerReason);
+        summary.tooYoung = plan.tooYoung;
+        summary.warnings = std::move(plan.warnings);
+        m_planned.header.unreadableFolders = plan.unreadableFolders;
+        m_planned.header.outputsPerFile = plan.outputsPerFile;
     }
 }

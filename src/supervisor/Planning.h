@@ -12,7 +12,7 @@
 struct Planned {
     PlanSummary summary = {};
     ManifestHeader header = {};
-    std::vector<std::string> log = {};  ///< of the plug-in, also when planning failed
+    std::vector<std::string> log = {};  ///< of the plug-in when planning failed
 };
 
 struct PlanFailure {

@@ -16,10 +16,10 @@ std::string Key(const std::string& path)
 
 void CPretendedActs::Add(const Intent& intent)
 {
-    if (intent.act == ActKind::Move || intent.act == ActKind::Delete) m_paths[Key(intent.file)] = false;
-    if (intent.act == ActKind::Move || intent.act == ActKind::Put) m_paths[Key(intent.target)] = true;
+    if (intent.act == Act::Move || intent.act == Act::Delete) m_paths[Key(intent.file)] = false;
+    if (intent.act == Act::Move || intent.act == Act::Put) m_paths[Key(intent.target)] = true;
     // A link in the place of the target is replaced itself.
-    if (intent.act == ActKind::Move || intent.act == ActKind::Put) m_replaced.insert(Key(intent.target));
+    if (intent.act == Act::Move || intent.act == Act::Put) m_replaced.insert(Key(intent.target));
 }
 
 bool CPretendedActs::IsGone(const std::string& path) const

@@ -1,7 +1,7 @@
 #include "supervisor/RecordWriter.h"
 
 #include "platform/FileProblem.h"
-#include "supervisor/FileRecord.h"
+#include "protocol/FileRecord.h"
 
 #include <cstdio>
 

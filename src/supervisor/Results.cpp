@@ -28,7 +28,7 @@ void CResults::Count(const DoneFile& done, const DonePlace& place)
     m_parts.done.Set(done.record.number, place);
     ++m_progress.filesDone;
     m_progress.bytesDone += done.record.size;
-    if (done.record.outcome != FileOutcomeClass::Saved) ++m_progress.notSaved;
+    if (done.record.outcome != FileOutcome::Saved) ++m_progress.notSaved;
     if (m_parts.order) m_parts.order->Done(done, place.logged);
     m_parts.observer.FileDone(done.record, m_progress);
 }

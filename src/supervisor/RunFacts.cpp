@@ -1,27 +1,18 @@
 #include "supervisor/RunFacts.h"
 
 #include "base/Text.h"
-#include "supervisor/Json.h"
-
-namespace {
-
-constexpr int kLastFinalAction = 8;
-
-bool IsInputTakenAway(int finalAction)
-{
-    return finalAction == 2 || finalAction == 3 || finalAction == 4 || finalAction == 6 || finalAction == 7;
-}
-
-}  // namespace
+#include "protocol/FinalAction.h"
+#include "protocol/Json.h"
 
 RunFacts ReadRunFacts(const ManifestHeader& manifest)
 {
     const Json job = ParseObject(manifest.job).value_or(Json::object());
     const Json& settings = ObjectAt(job, "settings");
-    const int action = ParseDecimal(TextAt(settings, "FERRULEFINAL"));
-    RunFacts facts{.rules = {.hasFinalAction = action >= 1 && action <= kLastFinalAction,
+    const FinalActionFacts* const found = FindFinalAction(TextAt(settings, "FERRULEFINAL"));
+    const FinalAction action = found ? found->action : FinalAction::Nothing;
+    RunFacts facts{.rules = {.hasFinalAction = action != FinalAction::Nothing,
                              .outputsPerFile = manifest.outputsPerFile},
-                   .inputLeaves = IsInputTakenAway(action)};
+                   .inputLeaves = VacatesInput(action)};
     for (const char* name : {"FERRULEALTOUTPUTPATH", "FERRULEDEST"})
         if (std::string folder = RemoveQuotes(BytesAt(settings, name)); !folder.empty())
             facts.folders.push_back(std::move(folder));

@@ -1,16 +1,16 @@
 #include "supervisor/RunLoop.h"
 
-#include "base/ByteText.h"
 #include "base/PathNames.h"
 #include "platform/Clock.h"
 #include "platform/Interrupts.h"
 #include "platform/TemporaryNames.h"
-#include "supervisor/FileRecord.h"
 #include "supervisor/Temporaries.h"
 
 #include <algorithm>
 #include <set>
+#include <type_traits>
 #include <utility>
+#include <variant>
 
 using platform::MonotonicMilliseconds;
 
@@ -29,7 +29,7 @@ std::string MemoryText(std::uint64_t bytes)
     return std::to_string(mebibytes) + " MiB";
 }
 
-FileOutcomeClass Worse(FileOutcomeClass one, FileOutcomeClass other) { return std::max(one, other); }
+FileOutcome Worse(FileOutcome one, FileOutcome other) { return std::max(one, other); }
 
 std::string Joined(const std::string& first, const std::string& second)
 {
@@ -45,7 +45,7 @@ void AddEarlier(const FileInHand& hand, DoneFile& done)
     if (hand.results) {
         record.outputs.insert(record.outputs.begin(), hand.results->outputs.begin(), hand.results->outputs.end());
         if (!hand.results->sha256.empty()) record.sha256 = hand.results->sha256;
-        if (record.signatures.empty()) record.signatures = hand.results->signatures;
+        record.signaturesBroken = record.signaturesBroken || hand.results->signaturesBroken;
         record.outcome = Worse(record.outcome, hand.results->outcome);
     }
     const std::size_t earlierLines = hand.log.lines.size();
@@ -70,8 +70,6 @@ DoneFile CombineDone(const FileInHand& hand, FileRecord record, LogBlock block)
     return done;
 }
 
-LogBlock TakeBlock(CWorker& worker) { return worker.files == 1 ? worker.log.TakeFirst() : worker.log.Take(); }
-
 /// What a host that could not even begin has said about it.
 std::string ErrorText(const CWorker& worker)
 {
@@ -82,11 +80,18 @@ std::string ErrorText(const CWorker& worker)
     return text;
 }
 
+template <class Message>
+constexpr bool IsQuestion(const Message&)
+{
+    return std::is_same_v<Message, AskJob> || std::is_same_v<Message, AskInput> || std::is_same_v<Message, AskAct> ||
+           std::is_same_v<Message, AskExists> || std::is_same_v<Message, AskNote>;
+}
+
 }  // namespace
 
 CRunLoop::CRunLoop(Parts parts) : m_parts(std::move(parts))
 {
-    m_jobAnswer = {{"job", ParseObject(m_parts.job).value_or(Json::object())}};
+    m_jobAnswer = JobAnswer(ParseObject(m_parts.job).value_or(Json::object()));
 }
 
 void CRunLoop::Adopt(std::unique_ptr<CWorker> worker)
@@ -162,13 +167,13 @@ void CRunLoop::WorkerEnded(CWorker& worker)
         const std::string reason =
             worker.killedFor.empty() ? "The worker " + ending + " while it processed the file." : worker.killedFor;
         FileLost(worker, reason);
-    } else if (!worker.asked && (worker.end.empty() || worker.end == "finished") && !Ending()) {
+    } else if (!worker.asked && (!worker.end || worker.end == RunEnd::Finished) && !Ending()) {
         if (++m_failedStarts >= kFailedStartsAllowed) Break(ErrorText(worker));
     }
-    if (worker.end.empty()) return;
+    if (!worker.end) return;
     // Without a file there was nothing to end.
     if (worker.files != 0) m_parts.results.AddEpilogue(worker.log.Take().lines);
-    if (worker.end != "finished")
+    if (worker.end != RunEnd::Finished)
         Break(worker.endMessage.empty() ? "A worker broke off the run." : worker.endMessage);
 }
 
@@ -241,29 +246,25 @@ void CRunLoop::Handle(const platform::ChildNews& news)
 
 void CRunLoop::OnLine(CWorker& worker, const std::string& line)
 {
-    const auto message = ParseObject(line);
-    const std::string ask = message ? TextAt(*message, "ask") : std::string();
-    const std::string tell = message ? TextAt(*message, "tell") : std::string();
-    if (ask.empty() && tell.empty()) return Kill(worker, "The worker wrote something that is no message.");
-    // What a worker tells before it dies still counts; what it asks does not.
-    if (!tell.empty()) return OnTell(worker, tell, *message);
-    if (worker.killedFor.empty()) OnAsk(worker, ask, *message);
+    const auto message = HostMessageFrom(line);
+    if (!message) return Kill(worker, "The worker wrote something that is no message.");
+    std::visit(
+        [&](const auto& said) {
+            // What a worker tells before it dies still counts; what it asks does not.
+            if (!IsQuestion(said) || worker.killedFor.empty()) On(worker, said);
+        },
+        *message);
 }
 
-void CRunLoop::OnAsk(CWorker& worker, const std::string& ask, const Json& message)
+void CRunLoop::On(CWorker& worker, const AskJob&) { Send(worker, m_jobAnswer); }
+
+void CRunLoop::On(CWorker& worker, const AskInput&)
 {
-    if (ask == "job") return Send(worker, m_jobAnswer);
-    if (ask == "act") return OnAct(worker, message);
-    if (ask == "mark") return OnMark(worker, TextAt(message, "mark"));
-    if (ask == "exists") return OnExists(worker, BytesAt(message, "path"));
-    if (ask != "input") return Kill(worker, "The worker asked for something unknown: " + ask);
     worker.log.Read();
     if (worker.told)
         CompleteFile(worker);
     else if (worker.hand)
         FileLost(worker, "The worker did not tell what became of the file.");
-    else
-        (void)worker.log.Take();  // what it logs before its first file is in the preamble
     // By now it has read the sequence.
     if (!worker.asked && m_parts.changedSequence)
         if (const std::string changed = m_parts.changedSequence(); !changed.empty()) Break(changed);
@@ -274,91 +275,80 @@ void CRunLoop::OnAsk(CWorker& worker, const std::string& ask, const Json& messag
     HandOut();
 }
 
-void CRunLoop::OnTell(CWorker& worker, const std::string& tell, const Json& message)
+void CRunLoop::On(CWorker&, const TellRemark& tell) { m_parts.observer.Remark(tell.text); }
+
+void CRunLoop::On(CWorker& worker, const TellEnds& tell)
 {
-    if (tell == "remark") return m_parts.observer.Remark(TextAt(message, "text"));
-    if (tell == "ends") {
-        worker.end = TextAt(message, "end");
-        worker.endMessage = TextAt(message, "message");
-        return;
-    }
-    if (tell != "file") return;
-    auto record = FileRecordFrom(ObjectAt(message, "record"));
-    if (!record || !worker.hand || worker.told || record->number != worker.hand->file.number)
+    worker.end = tell.end;
+    worker.endMessage = tell.message;
+}
+
+void CRunLoop::On(CWorker& worker, const TellFile& tell)
+{
+    if (!worker.hand || worker.told || tell.record.number != worker.hand->file.number)
         return Kill(worker, "The worker told of a file that it does not have.");
-    worker.told = std::move(record);
+    worker.told = tell.record;
     worker.log.Read();
     worker.log.MarkEnd();
 }
 
-void CRunLoop::OnAct(CWorker& worker, const Json& message)
+void CRunLoop::On(CWorker& worker, const AskAct& ask)
 {
-    const auto act = ActFromWord(TextAt(message, "act"));
-    Intent intent{.number = CountAt(message, "number"),
-                  .finalAction = TextAt(message, "purpose") == "final-action",
-                  .act = act.value_or(ActKind::Put),
-                  .file = BytesAt(message, "file"),
-                  .target = BytesAt(message, "target"),
-                  .sha256 = TextAt(message, "sha256")};
+    const IntendedAct& intended = ask.intended;
     const bool hasFile = worker.hand && !worker.told;
     // The end of a sequence may write reports of its own; no file depends on them.
-    if (act && !hasFile && intent.number == 0)
-        return Send(worker, {{"answer", m_parts.results.IsTrial() ? "pretend" : "go"}});
-    if (!act || !hasFile || intent.number != worker.hand->file.number)
+    if (!hasFile && intended.number == 0)
+        return Send(worker, AnswerToAct(m_parts.results.IsTrial() ? ActAnswer::Pretend : ActAnswer::Go));
+    if (!hasFile || intended.number != worker.hand->file.number)
         return Kill(worker, "The worker wanted to act on a file that it does not have.");
-    const std::string answer = AnswerToAct(worker, std::move(intent));
-    Send(worker, {{"answer", answer}});
+    Send(worker, AnswerToAct(Decide(worker, intended)));
 }
 
 /// Whether the act would cost another input of the run, processed or not.
 bool CRunLoop::WouldReplaceInput(const CWorker& worker, const Intent& intent) const
 {
-    const bool creates = intent.act == ActKind::Put || intent.act == ActKind::Move;
+    const bool creates = intent.act == Act::Put || intent.act == Act::Move;
     if (!creates || worker.hand->file.group == 0) return false;
     if (intent.target == worker.hand->file.path || !m_parts.inputs.Contains(intent.target)) return false;
     const auto pretended = m_parts.results.IsTrial() ? m_parts.pretended.Exists(intent.target) : std::nullopt;
     return pretended.value_or(platform::NameExists(intent.target));
 }
 
-std::string CRunLoop::AnswerToAct(CWorker& worker, Intent intent)
+ActAnswer CRunLoop::Decide(CWorker& worker, Intent intent)
 {
     if (WouldReplaceInput(worker, intent)) {
         worker.hand->refusal = "It would have replaced " + intent.target + ", which is an input, too.";
-        return "refuse";
+        return ActAnswer::Refuse;
     }
     if (m_parts.guard && !intent.target.empty() && m_parts.guard->IsOutput(intent.target)) {
         worker.hand->refusal = "It would have replaced " + intent.target + ", which this run itself writes.";
-        return "refuse";
+        return ActAnswer::Refuse;
     }
-    const bool creates = intent.act == ActKind::Put || intent.act == ActKind::Move;
+    const bool creates = intent.act == Act::Put || intent.act == Act::Move;
     if (creates) m_parts.queue.NoteTarget(worker.hand->file, intent.target);
     if (m_parts.results.IsTrial()) {
         m_parts.pretended.Add(intent);
-        return "pretend";
+        return ActAnswer::Pretend;
     }
     intent.replaces = creates && platform::NameExists(intent.target);
     if (const auto added = m_parts.results.AddIntent(intent); !added) {
         Break("The journal cannot be written (" + platform::ErrorText(added.errorNumber) +
               "). Nothing more is begun; the run can be resumed.");
-        return "refuse";
+        return ActAnswer::Refuse;
     }
     worker.hand->intents.push_back(std::move(intent));
-    return "go";
+    return ActAnswer::Go;
 }
 
-void CRunLoop::OnMark(CWorker& worker, const std::string& mark)
+void CRunLoop::On(CWorker& worker, const AskNote& ask)
 {
-    if (mark == "sequence-preflight-begins") worker.log.MarkPreflightBegin();
-    if (mark == "sequence-preflight-ends") worker.log.MarkPreflightEnd();
+    worker.log.Note(ask.place);
     Send(worker, Json::object());
 }
 
-void CRunLoop::OnExists(CWorker& worker, const std::string& path)
+void CRunLoop::On(CWorker& worker, const AskExists& ask)
 {
-    const auto exists = m_parts.results.IsTrial() ? m_parts.pretended.Exists(path) : std::nullopt;
-    Json answer = {{"exists", nullptr}};
-    if (exists) answer["exists"] = *exists;
-    Send(worker, answer);
+    Send(worker, ExistsAnswer(m_parts.results.IsTrial() ? m_parts.pretended.Exists(ask.path) : std::nullopt));
 }
 
 /// A worker that cannot be written to is going to end, which comes as news of its own.
@@ -387,11 +377,7 @@ bool CRunLoop::HandTo(CWorker& worker)
     worker.handedOutAt = MonotonicMilliseconds();
     worker.deadline = DeadlineIn(1);
     ++worker.files;
-    Send(worker, {{"input",
-                   {{"number", hand->file.number},
-                    {"total", m_parts.total},
-                    {"path", TextFromBytes(hand->file.path)},
-                    {"toDo", ToDoWord(hand->toDo)}}}});
+    Send(worker, InputAnswer(JobInputFile{hand->file.number, m_parts.total, hand->toDo, hand->file.path}));
     worker.hand = std::move(hand);
     return true;
 }
@@ -400,13 +386,13 @@ void CRunLoop::Dismiss(CWorker& worker)
 {
     worker.waiting = false;
     worker.deadline = DeadlineIn(kTimeoutsForEnding);
-    Send(worker, {{"input", nullptr}});
+    Send(worker, InputAnswer(std::nullopt));
 }
 
 void CRunLoop::CompleteFile(CWorker& worker)
 {
     const FileInHand hand = std::move(*worker.hand);
-    const DoneFile done = CombineDone(hand, std::move(*worker.told), TakeBlock(worker));
+    const DoneFile done = CombineDone(hand, std::move(*worker.told), worker.log.Take());
     worker.hand.reset();
     worker.told.reset();
     m_parts.queue.Finish(done, hand.file);
@@ -417,10 +403,10 @@ void CRunLoop::FileLost(CWorker& worker, const std::string& reason)
     FileInHand hand = std::move(*worker.hand);
     worker.hand.reset();
     FileRecord record{.number = hand.file.number, .path = hand.file.path, .size = hand.file.size};
-    record.outcome = FileOutcomeClass::Stopped;
+    record.outcome = FileOutcome::Stopped;
     record.message = reason;
     record.milliseconds = static_cast<std::int64_t>(MonotonicMilliseconds() - worker.handedOutAt);
-    DoneFile done = CombineDone(hand, std::move(record), TakeBlock(worker));
+    DoneFile done = CombineDone(hand, std::move(record), worker.log.Take());
     done.log.push_back("\tERROR: " + reason);
     RemoveTemporariesOf(worker, hand);
     // What is left of a stopped file is found out when the run is resumed.
@@ -443,12 +429,11 @@ void CRunLoop::FileInterrupted(FileInHand hand, Settlement settlement, DoneFile 
     }
     std::string message = std::move(done.record.message);
     done.record = std::move(settlement.record);
-    if (settlement.left == Left::Everything) done.record.outcome = FileOutcomeClass::Failed;
+    if (settlement.left == Left::Everything) done.record.outcome = FileOutcome::Failed;
     if (settlement.left == Left::FinalAction) {
-        done.record.outcome = FileOutcomeClass::Incomplete;
-        done.record.finalAct = ActWord(hand.intents.back().act);
-        done.record.finalTarget = hand.intents.back().finalAction ? hand.intents.back().target : "";
-        done.record.finalState = "failed";
+        done.record.outcome = FileOutcome::Incomplete;
+        const Intent& last = hand.intents.back();
+        done.record.finalAction = {last.act, last.finalAction ? last.target : "", FinalActionRecord::State::Failed};
     }
     if (!done.record.message.empty()) message += ' ' + done.record.message;
     done.record.message = std::move(message);

@@ -4,7 +4,7 @@
 #include "platform/ChildProcess.h"
 #include "supervisor/FileQueue.h"
 #include "supervisor/GroupedInputs.h"
-#include "supervisor/Json.h"
+#include "protocol/Messages.h"
 #include "supervisor/OutputGuard.h"
 #include "supervisor/PretendedActs.h"
 #include "supervisor/Results.h"
@@ -66,13 +66,18 @@ private:
     // ---- what workers say
     void Handle(const platform::ChildNews& news);
     void OnLine(CWorker& worker, const std::string& line);
-    void OnAsk(CWorker& worker, const std::string& ask, const Json& message);
-    void OnTell(CWorker& worker, const std::string& tell, const Json& message);
-    void OnAct(CWorker& worker, const Json& message);
-    void OnMark(CWorker& worker, const std::string& mark);
-    void OnExists(CWorker& worker, const std::string& path);
+    void On(CWorker& worker, const AskJob& ask);
+    void On(CWorker& worker, const AskInput& ask);
+    void On(CWorker& worker, const AskAct& ask);
+    void On(CWorker& worker, const AskExists& ask);
+    void On(CWorker& worker, const AskNote& ask);
+    void On(CWorker&, const TellStarts&) {}
+    void On(CWorker&, const TellReport&) {}
+    void On(CWorker& worker, const TellFile& tell);
+    void On(CWorker& worker, const TellEnds& tell);
+    void On(CWorker& worker, const TellRemark& tell);
     bool WouldReplaceInput(const CWorker& worker, const Intent& intent) const;
-    std::string AnswerToAct(CWorker& worker, Intent intent);
+    ActAnswer Decide(CWorker& worker, Intent intent);
     void Send(CWorker& worker, const Json& answer);
 
     // ---- files

@@ -1,6 +1,8 @@
 // What the supervisor tells while it works, and what comes out in the end.
 #pragma once
 
+#include "protocol/FileRecord.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -8,21 +10,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-enum class FileOutcomeClass { Saved, CopiedUnchanged, Incomplete, Failed, Skipped, Stopped };
-inline constexpr std::size_t kFileOutcomeClasses = 6;
-/// The word of the record: "saved", "copied-unchanged" ...
-std::string_view OutcomeWord(FileOutcomeClass outcome);
-std::optional<FileOutcomeClass> OutcomeFromWord(std::string_view word);
-
-/// A line of the manifest.
-struct PlannedFile {
-    int number = 0;  ///< in the whole run, from 1
-    std::string path = {};
-    std::uint64_t size = 0;
-    std::string modified = {};  ///< nanoseconds since 1970, decimal
-    std::uint64_t group = 0;    ///< 0: its names collide with nobody's
-};
 
 struct PlanSummary {
     std::string run = {};
@@ -34,27 +21,6 @@ struct PlanSummary {
     std::vector<std::string> warnings = {};
     std::string json = {};  ///< the report of the plan as it came, one line
     int alreadyDone = 0;    ///< files that an earlier start of the same run has dealt with
-};
-
-struct FileOutput {
-    std::string path = {};
-    std::string sha256 = {};
-};
-
-/// A line of the record, taken apart.
-struct FileRecord {
-    int number = 0;
-    std::string path = {};
-    std::uint64_t size = 0;
-    std::string sha256 = {};  ///< of the input as it was read; empty when unknown
-    FileOutcomeClass outcome = FileOutcomeClass::Failed;
-    std::string message = {};
-    std::int64_t milliseconds = 0;
-    std::vector<FileOutput> outputs = {};
-    std::string finalAct = {};  ///< "move" ...; empty when there was none
-    std::string finalTarget = {};
-    std::string finalState = {};  ///< "done", "failed", "unknown"
-    std::string signatures = {};  ///< "broken" or empty
 };
 
 /// How far a run is; earlier starts of the same run included.
@@ -71,13 +37,13 @@ struct RunResult {
     std::string message;                            ///< why it did not start, broke or stopped; empty otherwise
     bool resumable = true;                          ///< going on may help after it broke or stopped
     PlanSummary plan;                               ///< `total` 0 when it came to none
-    std::array<int, kFileOutcomeClasses> counts{};  ///< by FileOutcomeClass
+    std::array<int, kFileOutcomes> counts{};  ///< by FileOutcome
     int remaining = 0;                              ///< files that nothing was begun with
     std::string recordPath;                         ///< where the record is; empty: none
     std::string logPath;                            ///< where the log is; empty: none was written
     std::string logProblem;                         ///< why none was written
 
-    int Count(FileOutcomeClass outcome) const { return counts[static_cast<std::size_t>(outcome)]; }
+    int Count(FileOutcome outcome) const { return counts[static_cast<std::size_t>(outcome)]; }
 };
 
 /// Everything is told on the thread that called. The default answers do nothing.

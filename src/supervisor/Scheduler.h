@@ -22,7 +22,7 @@ public:
 
     /// The next file that may be processed now. The caller says Done with its group when it is dealt with.
     [[nodiscard]] std::optional<PlannedFile> Take();
-    void Done(std::uint64_t group) { m_busy.erase(group); }
+    void Done(std::uint32_t group) { m_busy.erase(group); }
     /// No file is left to be taken, now or later.
     [[nodiscard]] bool Empty();
 
@@ -37,5 +37,5 @@ private:
     bool m_sourceEnded = false;
     std::optional<PlannedFile> m_peeked;
     std::deque<PlannedFile> m_heldBack;
-    std::unordered_set<std::uint64_t> m_busy;  // groups in hand
+    std::unordered_set<std::uint32_t> m_busy;  // groups in hand
 };

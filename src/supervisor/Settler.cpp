@@ -21,6 +21,8 @@ bool IsSamePath(const std::string& one, const std::string& other)
 }
 
 class CSettling {
+    using State = FinalActionRecord::State;
+
 public:
     CSettling(const PlannedFile& file, const std::vector<Intent>& intents, const SettlingRules& rules)
         : m_file(file), m_intents(intents), m_rules(rules)
@@ -28,7 +30,7 @@ public:
         m_settlement.record.number = file.number;
         m_settlement.record.path = file.path;
         m_settlement.record.size = file.size;
-        m_settlement.record.outcome = FileOutcomeClass::Saved;
+        m_settlement.record.outcome = FileOutcome::Saved;
     }
 
     Settlement Decide(const std::optional<FileRecord>& results)
@@ -36,7 +38,7 @@ public:
         if (results) {
             m_settlement.record.outputs = results->outputs;
             m_settlement.record.sha256 = results->sha256;
-            m_settlement.record.signatures = results->signatures;
+            m_settlement.record.signaturesBroken = results->signaturesBroken;
         }
         if (m_intents.empty()) {
             m_settlement.left = results ? Left::FinalAction : Left::Everything;
@@ -59,7 +61,7 @@ private:
     {
         std::vector<FileOutput>& outputs = m_settlement.record.outputs;
         for (const Intent& intent : m_intents) {
-            if (intent.finalAction || intent.act != ActKind::Put) continue;
+            if (intent.finalAction || intent.act != Act::Put) continue;
             const bool inPlace = IsSamePath(intent.target, m_file.path);
             // What was saved in place may have been moved or deleted by the final action since.
             if (!Holds(intent.target, intent.sha256) && !(inPlace && InFinalAction())) continue;
@@ -72,7 +74,7 @@ private:
     bool HasStartedProgram() const
     {
         return std::any_of(m_intents.begin(), m_intents.end(),
-                           [](const Intent& intent) { return !intent.finalAction && intent.act == ActKind::Start; });
+                           [](const Intent& intent) { return !intent.finalAction && intent.act == Act::Start; });
     }
 
     // ---- the results
@@ -87,14 +89,14 @@ private:
             return;
         }
         if (HasStartedProgram())
-            return Unknowable(last.act == ActKind::Start
+            return Unknowable(last.act == Act::Start
                                   ? "It is not known whether " + last.target + " was started."
                                   : "The processing was interrupted after " + StartedProgram() +
                                         " had been started; it is not started twice.");
         if (m_inPlace)
             return Unknowable(
                 "The processing was interrupted between two results; the file has been saved in place.");
-        if (last.act == ActKind::Move || last.act == ActKind::Delete) {
+        if (last.act == Act::Move || last.act == Act::Delete) {
             if (!platform::FileExists(m_file.path))
                 return Unknowable("The processing was interrupted after the file had been moved or deleted.");
         }
@@ -104,7 +106,7 @@ private:
     bool IsWritten(const Intent& intent) const
     {
         const std::vector<FileOutput>& outputs = m_settlement.record.outputs;
-        return intent.act == ActKind::Put &&
+        return intent.act == Act::Put &&
                std::any_of(outputs.begin(), outputs.end(), [&](const FileOutput& output) {
                    return output.path == intent.target && output.sha256 == intent.sha256;
                });
@@ -113,7 +115,7 @@ private:
     std::string StartedProgram() const
     {
         for (const Intent& intent : m_intents)
-            if (intent.act == ActKind::Start) return intent.target;
+            if (intent.act == Act::Start) return intent.target;
         return {};
     }
 
@@ -123,7 +125,7 @@ private:
     {
         m_settlement.left = Left::Everything;
         for (const Intent& intent : m_intents)
-            if (intent.act == ActKind::Put && !intent.replaces && Holds(intent.target, intent.sha256))
+            if (intent.act == Act::Put && !intent.replaces && Holds(intent.target, intent.sha256))
                 m_settlement.takeBack.push_back(intent.target);
     }
 
@@ -135,13 +137,13 @@ private:
         if (record.sha256.empty()) return;
         const bool copied = std::any_of(record.outputs.begin(), record.outputs.end(),
                                         [&](const FileOutput& output) { return output.sha256 == record.sha256; });
-        if (copied) record.outcome = FileOutcomeClass::CopiedUnchanged;
+        if (copied) record.outcome = FileOutcome::CopiedUnchanged;
     }
 
     std::string InputHash() const
     {
         const Intent& last = m_intents.back();
-        if (last.finalAction && last.act != ActKind::Put && !last.sha256.empty()) return last.sha256;
+        if (last.finalAction && last.act != Act::Put && !last.sha256.empty()) return last.sha256;
         return platform::FileExists(m_file.path) ? platform::Sha256OfFile(m_file.path) : std::string();
     }
 
@@ -150,17 +152,15 @@ private:
     void DecideFinalAction(const Intent& last)
     {
         ResultsAreComplete();
-        m_settlement.record.finalAct = ActWord(last.act);
-        m_settlement.record.finalTarget = last.target;
+        m_settlement.record.finalAction = {last.act, last.target, State::Unknown};
         switch (last.act) {
-            case ActKind::Put:
+            case Act::Put:
                 return FinalActionIs(Holds(last.target, last.sha256));
-            case ActKind::Delete:
+            case Act::Delete:
                 return FinalActionIs(!platform::NameExists(last.file));
-            case ActKind::Move:
+            case Act::Move:
                 return DecideMove(last);
-            case ActKind::Start:
-                m_settlement.record.finalState = "unknown";
+            case Act::Start:
                 return Unknowable("It is not known whether " + last.target + " was started.");
         }
     }
@@ -170,7 +170,7 @@ private:
         const bool sourceThere = platform::NameExists(last.file);
         const bool targetComplete = Holds(last.target, last.sha256);
         if (!sourceThere && !targetComplete) {
-            m_settlement.record.finalState = "failed";
+            m_settlement.record.finalAction->state = State::Failed;
             return Unknowable("The file is neither where it was nor complete at " + last.target + ".");
         }
         if (!targetComplete) return FinalActionIs(false);
@@ -185,7 +185,7 @@ private:
     void RemoveSource(const Intent& last)
     {
         if (!Holds(last.file, last.sha256)) {
-            m_settlement.record.finalState = "failed";
+            m_settlement.record.finalAction->state = State::Failed;
             return Unknowable("The file was moved to " + last.target + ", but another one stands in its place.");
         }
         FinalActionIs(platform::DeleteFile(last.file).Ok());
@@ -194,16 +194,16 @@ private:
     void FinalActionIs(bool done)
     {
         m_settlement.left = done ? Left::Nothing : Left::FinalAction;
-        m_settlement.record.finalState = done ? "done" : "";
-        if (done) return;
-        m_settlement.record.finalAct.clear();
-        m_settlement.record.finalTarget.clear();
+        if (done)
+            m_settlement.record.finalAction->state = State::Done;
+        else
+            m_settlement.record.finalAction.reset();
     }
 
     void Unknowable(const std::string& message)
     {
         m_settlement.left = Left::Unknowable;
-        m_settlement.record.outcome = FileOutcomeClass::Incomplete;
+        m_settlement.record.outcome = FileOutcome::Incomplete;
         m_settlement.record.message = message;
     }
 

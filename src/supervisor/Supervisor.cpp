@@ -3,7 +3,7 @@
 #include "base/PathNames.h"
 #include "platform/Interrupts.h"
 #include "supervisor/HostJob.h"
-#include "supervisor/Json.h"
+#include "protocol/Json.h"
 #include "supervisor/Leftovers.h"
 #include "supervisor/ManifestRun.h"
 #include "supervisor/OutputGuard.h"

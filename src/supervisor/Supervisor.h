@@ -27,7 +27,7 @@
 
 struct JobResult {
     ExitClass exit = ExitClass::Broken;  ///< Fine when the job ended with "finished"
-    std::string end = {};                ///< "finished", "not-started", "broken"; empty: the host died before telling
+    bool diedEarly = false;              ///< the host was gone before it told how the job ended
     std::string message = {};
     std::vector<std::string> reports = {};     ///< JSON, as they came; empty when `onReport` was given
     std::vector<std::string> errorLines = {};  ///< what the host wrote to standard error, the last 100 lines

@@ -57,7 +57,7 @@ private:
     ManifestHeader m_header;
     const CJournalIndex& m_journal;
     std::unordered_set<std::size_t> m_known;  // hashes of paths
-    std::uint64_t m_lastGroup = 0;
+    std::uint32_t m_lastGroup = 0;
 };
 
 /// Nothing of a plan that is only looked through.

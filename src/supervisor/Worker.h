@@ -45,7 +45,8 @@ struct CWorker {
     bool waiting = false;  ///< for the answer
     bool gone = false;
     std::string killedFor;               ///< why it was killed; empty when it was not
-    std::string end, endMessage;         ///< what it told about its end
+    std::optional<RunEnd> end;           ///< what it told about its end
+    std::string endMessage;
     std::deque<std::string> errorLines;  ///< the last of its standard error
 };
 

@@ -13,26 +13,29 @@ std::string LogEntry(std::string_view line)
     return std::string(line);
 }
 
-bool IsInputCount(const std::string& entry) { return entry.starts_with("\tNumber of input files : "); }
-
 void CWorkerLog::Read()
 {
     if (!m_open) m_open = m_reader.Open(m_path);
     if (!m_open) return;
     m_reader.Seek(m_reader.NextOffset());
-    while (m_reader.Next(m_line)) m_block.lines.push_back(LogEntry(m_line));
+    std::vector<std::string>& lines = m_inPreamble ? m_preamble : m_block.lines;
+    while (m_reader.Next(m_line)) lines.push_back(LogEntry(m_line));
 }
 
-void CWorkerLog::MarkPreflightBegin()
+void CWorkerLog::Note(LogPlace place)
 {
     Read();
-    m_block.preflightBegin = m_block.lines.size();
-}
-
-void CWorkerLog::MarkPreflightEnd()
-{
-    Read();
-    m_block.preflightEnd = m_block.lines.size();
+    switch (place) {
+        case LogPlace::SequencePreflightBegins:
+            m_block.preflightBegin = m_block.lines.size();
+            break;
+        case LogPlace::SequencePreflightEnds:
+            m_block.preflightEnd = m_block.lines.size();
+            break;
+        case LogPlace::InputsCounted:
+            m_inPreamble = false;
+            break;
+    }
 }
 
 LogBlock CWorkerLog::Take()
@@ -48,16 +51,5 @@ LogBlock CWorkerLog::Take()
     // Marks that came in the wrong order, or only one of them, mark nothing.
     const bool marked = block.preflightBegin < block.preflightEnd && block.preflightEnd <= block.lines.size();
     if (!marked) block.preflightBegin = block.preflightEnd = 0;
-    return block;
-}
-
-LogBlock CWorkerLog::TakeFirst()
-{
-    LogBlock block = Take();
-    if (block.lines.empty() || !IsInputCount(block.lines.front())) return block;
-    block.lines.erase(block.lines.begin());
-    if (block.preflightEnd == 0) return block;
-    --block.preflightBegin;
-    --block.preflightEnd;
     return block;
 }

@@ -1,11 +1,13 @@
 // Cuts the private log of a worker into the parts of its files.
 #pragma once
 
+#include "protocol/Messages.h"
 #include "supervisor/LineReader.h"
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 struct LogBlock {
@@ -19,26 +21,26 @@ public:
 
     /// Takes in what has been logged by now.
     void Read();
-    void MarkPreflightBegin();
-    void MarkPreflightEnd();
+    /// This is the place in what has been logged by now.
+    void Note(LogPlace place);
     /// The present block ends here, although it is taken only later.
     void MarkEnd() { m_end = m_block.lines.size(); }
     /// What has been taken in since the last block, up to its mark when it has one.
     [[nodiscard]] LogBlock Take();
-    /// Likewise; but the number of input files, which a worker logs when it has its first file, is in the preamble.
-    [[nodiscard]] LogBlock TakeFirst();
+    /// What was logged before the inputs were counted; it belongs to no block.
+    [[nodiscard]] std::vector<std::string> TakePreamble() { return std::move(m_preamble); }
 
 private:
     std::string m_path;
     bool m_open = false;
     CLineReader m_reader;
     std::string m_line;
+    bool m_inPreamble = true;
+    std::vector<std::string> m_preamble;
     LogBlock m_block;
     static constexpr std::size_t kNoEnd = static_cast<std::size_t>(-1);
     std::size_t m_end = kNoEnd;
 };
 
-/// Whether the entry tells the number of input files.
-[[nodiscard]] bool IsInputCount(const std::string& entry);
 /// The entry in a line of a log file: without number and line end.
 [[nodiscard]] std::string LogEntry(std::string_view line);

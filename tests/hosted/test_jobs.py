@@ -129,8 +129,8 @@ class Jobs(unittest.TestCase):
             _, found, _ = blocks(timeless(alone.lines))
             without = [[line for line in some if line not in preflight] for some in (found[0], lines)]
             self.assertEqual(*without)
-            self.assertEqual(alone.marks, [] if path == inputs[0] else
-                             ["sequence-preflight-begins", "sequence-preflight-ends"], alone)
+            self.assertEqual(alone.marks, ["inputs-counted"] if path == inputs[0] else
+                             ["inputs-counted", "sequence-preflight-begins", "sequence-preflight-ends"], alone)
 
     def test_only_the_final_action_is_left(self):
         inputs = self.write("a.pdf", "b.pdf")

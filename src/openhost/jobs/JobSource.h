@@ -1,32 +1,13 @@
 #ifndef FERRULE_OPENHOST_JOBS_JOB_SOURCE_H
 #define FERRULE_OPENHOST_JOBS_JOB_SOURCE_H
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "base/Overseer.h"
-#include "openhost/jobs/FileRecord.h"
+#include "protocol/Messages.h"
 
 namespace openhost {
-
-/// An input file that the run is given.
-struct JobInputFile {
-    int number = 0;  ///< in the whole run, from 1
-    int total = 0;
-    bool onlyFinalAction = false;  ///< its result is written already
-    std::string path;              ///< host encoding
-};
-
-/// Something that is going to be done for good.
-struct IntendedAct {
-    int number = 0;  ///< of the input file that it is done for; 0 between files
-    bool finalAction = false;
-    COverseer::Act act = COverseer::Act::Put;
-    std::string file, target;  ///< host encoding
-    std::string sha256;        ///< of the content of `file`; may be empty while pretending
-};
 
 /// Where the job of this host comes from and who hears how it goes. This one is the run without a job: the plug-in
 /// finds its inputs itself, may do everything, and nobody listens.
@@ -51,9 +32,9 @@ public:
 
     virtual void RunStarts(int) {}
     virtual void FileDone(const FileRecord&) {}
-    virtual void RunEnds(int, std::string_view) {}
+    virtual void RunEnds(RunEnd, std::string_view) {}
     /// A place in the plug-in's log; returns when it is noted.
-    virtual void LogMark(int) {}
+    virtual void LogMark(LogPlace) {}
     /// One JSON object, UTF-8.
     virtual void Report(std::string_view) {}
     /// Hears the host's own remarks; false: they go to standard error.

@@ -10,9 +10,14 @@
 
 namespace openhost {
 
+static_assert(static_cast<int>(Act::Put) == kJobActPut && static_cast<int>(Act::Move) == kJobActMove &&
+              static_cast<int>(Act::Delete) == kJobActDelete && static_cast<int>(Act::Start) == kJobActStart);
+static_assert(static_cast<int>(LogPlace::SequencePreflightBegins) == kJobMarkSequencePreflightBegins &&
+              static_cast<int>(LogPlace::SequencePreflightEnds) == kJobMarkSequencePreflightEnds &&
+              static_cast<int>(LogPlace::InputsCounted) == kJobMarkInputsCounted);
+
 namespace {
 
-using Act = COverseer::Act;
 using Answer = COverseer::Answer;
 
 std::string TextOf(const char* text) { return text ? text : ""; }
@@ -23,16 +28,25 @@ void RunStarts(ASInt32 inputs)
     Part<CJobs>().Source().RunStarts(inputs);
 }
 
-void FileDone(const char* path, ASInt32 outcome, const char* message)
+/// What the plug-in's number means; `fallback` when it is none.
+template <class Enum>
+Enum FromNumber(ASInt32 number, Enum last, Enum fallback)
+{
+    return number >= 0 && number <= static_cast<ASInt32>(last) ? static_cast<Enum>(number) : fallback;
+}
+
+void FileDone(const char* path, ASInt32 number, const char* message)
 {
     auto& jobs = Part<CJobs>();
+    const FileOutcome outcome = FromNumber(number, FileOutcome::Stopped, FileOutcome::Failed);
     const FileRecord record = jobs.Ledger().FileDone(TextOf(path), outcome, TextOf(message));
-    Part<CRunRecord>().FileDone(record.path, outcome, record.message);
+    Part<CRunRecord>().FileDone(record.path, outcome, TextOf(message));
     jobs.Source().FileDone(record);
 }
 
-void RunEnds(ASInt32 end, const char* message)
+void RunEnds(ASInt32 number, const char* message)
 {
+    const RunEnd end = FromNumber(number, RunEnd::Broken, RunEnd::Broken);
     Part<CRunRecord>().RunEnds(end, TextOf(message));
     Part<CJobs>().Source().RunEnds(end, TextOf(message));
 }
@@ -50,16 +64,15 @@ ASInt32 NextInput(JobInput* input)
     if (!next) return 0;
     input->number = next->number;
     input->total = next->total;
-    input->toDo = next->onlyFinalAction ? kJobInputFinalAction : kJobInputWhole;
+    input->toDo = next->toDo == ToDo::FinalAction ? kJobInputFinalAction : kJobInputWhole;
     input->path = next->path.c_str();
     return 1;
 }
 
 ASInt32 MayAct(ASInt32 act, const char* file, const char* target)
 {
-    constexpr Act kActs[] = {Act::Put, Act::Move, Act::Delete, Act::Start};
-    if (act < 0 || act >= static_cast<ASInt32>(std::size(kActs))) return kJobActRefused;
-    switch (Part<CJobs>().Ledger().Ask(kActs[act], TextOf(file), TextOf(target))) {
+    if (act < 0 || act > static_cast<ASInt32>(Act::Start)) return kJobActRefused;
+    switch (Part<CJobs>().Ledger().Ask(static_cast<Act>(act), TextOf(file), TextOf(target))) {
         case Answer::Go:
             return kJobActAllowed;
         case Answer::Pretend:
@@ -78,7 +91,14 @@ ASInt32 PathState(const char* path)
 }
 
 void Report(const char* json) { Part<CJobs>().Source().Report(TextOf(json)); }
-void LogMark(ASInt32 mark) { Part<CJobs>().Source().LogMark(mark); }
+
+void LogMark(ASInt32 mark)
+{
+    if (mark >= 0 && mark <= static_cast<ASInt32>(LogPlace::InputsCounted))
+        Part<CJobs>().Source().LogMark(static_cast<LogPlace>(mark));
+}
+
+
 void FinalActionBegins() { Part<CJobs>().Ledger().FinalActionBegins(); }
 
 const char* DocumentLoss(PDDoc document)

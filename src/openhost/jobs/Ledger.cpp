@@ -2,30 +2,10 @@
 
 #include <algorithm>
 
+#include "base/ByteText.h"
 #include "platform/Files.h"
 
 namespace openhost {
-
-namespace {
-
-using Act = COverseer::Act;
-
-const char* WordOf(Act act)
-{
-    switch (act) {
-        case Act::Put:
-            return "put";
-        case Act::Move:
-            return "move";
-        case Act::Delete:
-            return "delete";
-        case Act::Start:
-            return "start";
-    }
-    return "";
-}
-
-}  // namespace
 
 CLedger::CLedger(CJobSource& source, std::function<std::uint64_t()> clock)
     : m_source(source), m_clock(std::move(clock))
@@ -85,7 +65,12 @@ bool CLedger::MayBeOnRecord(const Deed& deed) const
 CLedger::Answer CLedger::AskSource(const Deed& deed)
 {
     const int number = m_file.input ? m_file.input->number : 0;
-    return m_source.MayAct({number, deed.finalAction, deed.act, deed.file, deed.target, deed.sha256});
+    return m_source.MayAct({.number = number,
+                            .finalAction = deed.finalAction,
+                            .act = deed.act,
+                            .file = deed.file,
+                            .target = deed.target,
+                            .sha256 = deed.sha256});
 }
 
 std::optional<bool> CLedger::Exists(const std::string& path) const
@@ -122,9 +107,9 @@ bool CLedger::HasHappened(const Deed& deed)
     return false;
 }
 
-std::vector<FileRecord::Output> CLedger::Outputs() const
+std::vector<FileOutput> CLedger::Outputs() const
 {
-    std::vector<FileRecord::Output> outputs;
+    std::vector<FileOutput> outputs;
     for (const Deed& deed : m_file.deeds) {
         if (deed.finalAction || !deed.done || deed.act != Act::Put) continue;
         std::erase_if(outputs, [&](const auto& output) { return output.path == deed.target; });
@@ -133,18 +118,19 @@ std::vector<FileRecord::Output> CLedger::Outputs() const
     return outputs;
 }
 
-std::optional<FileRecord::FinalAction> CLedger::FinalActionOf(int outcome) const
+std::optional<FinalActionRecord> CLedger::FinalActionOf(FileOutcome outcome) const
 {
+    using State = FinalActionRecord::State;
     if (!m_file.finalActionBegun) return std::nullopt;
-    const bool fine = outcome == kJobFileSaved || outcome == kJobFileCopiedUnchanged;
-    std::optional<FileRecord::FinalAction> action;
+    const bool fine = outcome == FileOutcome::Saved || outcome == FileOutcome::CopiedUnchanged;
+    std::optional<FinalActionRecord> action;
     for (const Deed& deed : m_file.deeds) {
         if (!deed.finalAction) continue;
         // Across file systems a file is moved by putting a copy and deleting the file.
-        const bool secondHalf = action && action->act == "put" && deed.act == Act::Delete;
+        const bool secondHalf = action && action->act == Act::Put && deed.act == Act::Delete;
         const std::string target = secondHalf ? action->target : deed.target;
         const bool done = deed.act == Act::Start ? deed.done && fine : deed.done;
-        action = {secondHalf ? "move" : WordOf(deed.act), target, done};
+        action = {secondHalf ? Act::Move : deed.act, target, done ? State::Done : State::Failed};
     }
     if (!action && !fine) action.emplace();
     return action;
@@ -161,18 +147,18 @@ FileRecord CLedger::NewRecord(const std::string& path)
     return record;
 }
 
-FileRecord CLedger::FileDone(const std::string& path, int outcome, const std::string& message)
+FileRecord CLedger::FileDone(const std::string& path, FileOutcome outcome, const std::string& message)
 {
     SettleLast();
     ++m_filesDone;
     FileRecord record = NewRecord(path);
     record.outcome = outcome;
-    record.message = message;
+    record.message = TextFromBytes(message);
     record.outputs = Outputs();
     record.finalAction = FinalActionOf(outcome);
     record.signaturesBroken = m_file.signaturesBroken;
     const std::uint64_t now = m_clock();
-    record.milliseconds = now - std::min(m_file.beganAt, now);
+    record.milliseconds = static_cast<std::int64_t>(now - std::min(m_file.beganAt, now));
     m_file = {};
     m_file.beganAt = now;
     return record;

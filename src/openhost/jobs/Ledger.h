@@ -28,7 +28,7 @@ public:
     /// A signed document of the present input is going to be written as a whole.
     void SignaturesBroken() { m_file.signaturesBroken = true; }
     /// Closes the present input. Without one that began, `path` names it.
-    FileRecord FileDone(const std::string& path, int outcome, const std::string& message);
+    FileRecord FileDone(const std::string& path, FileOutcome outcome, const std::string& message);
 
     Answer Ask(Act act, const std::string& file, const std::string& target) override;
     bool Pretends() const override { return m_source.Pretends(); }
@@ -62,8 +62,8 @@ private:
     Answer AskSource(const Deed& deed);
     void SettleLast();
     bool HasHappened(const Deed& deed);
-    std::vector<FileRecord::Output> Outputs() const;
-    std::optional<FileRecord::FinalAction> FinalActionOf(int outcome) const;
+    std::vector<FileOutput> Outputs() const;
+    std::optional<FinalActionRecord> FinalActionOf(FileOutcome outcome) const;
     FileRecord NewRecord(const std::string& path);
 
     CJobSource& m_source;

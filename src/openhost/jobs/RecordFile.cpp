@@ -74,7 +74,7 @@ CJobSource::Answer CRecordFile::MayAct(const IntendedAct& intended)
 void CRecordFile::FileDone(const FileRecord& record)
 {
     if (m_failed) return;
-    const std::string line = RecordLine(record) + "\n";
+    const std::string line = LineOf(FileRecordJson(record)) + "\n";
     const bool written = std::fwrite(line.data(), 1, line.size(), m_stream.get()) == line.size();
     if (written && std::fflush(m_stream.get()) == 0) return;
     m_failed = true;

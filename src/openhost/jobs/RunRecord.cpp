@@ -8,8 +8,6 @@ namespace openhost {
 
 namespace {
 
-constexpr const char* kOutcomePhrases[] = {"saved", "copied unchanged", "incomplete", "failed", "skipped", "stopped"};
-
 /// One line, whatever is in file names and messages.
 std::string OneLine(std::string_view text)
 {
@@ -33,24 +31,23 @@ void CRunRecord::RunStarts()
     ++m_running;
 }
 
-void CRunRecord::FileDone(std::string_view path, ASInt32 outcome, std::string_view message)
+void CRunRecord::FileDone(std::string_view path, FileOutcome outcome, std::string_view message)
 {
     m_told = true;
-    const int counted = outcome >= 0 && outcome < kOutcomes ? outcome : kJobFileFailed;
-    ++m_counts[static_cast<std::size_t>(counted)];
-    if (silent || (counted == kJobFileSaved && !verbose)) return;
-    Diagnose(WithMessage(kOutcomePhrases[counted] + std::string(": ") + OneLine(path), message));
+    ++m_counts[static_cast<std::size_t>(outcome)];
+    if (silent || (outcome == FileOutcome::Saved && !verbose)) return;
+    Diagnose(WithMessage(OutcomePhrase(outcome) + ": " + OneLine(path), message));
 }
 
-void CRunRecord::RunEnds(ASInt32 end, std::string_view message)
+void CRunRecord::RunEnds(RunEnd end, std::string_view message)
 {
     m_told = true;
     if (m_running > 0) --m_running;
-    if (end != kJobRunFinished) m_broken = true;
+    if (end != RunEnd::Finished) m_broken = true;
     if (silent) return;
-    if (end == kJobRunNotStarted)
+    if (end == RunEnd::NotStarted)
         Diagnose(WithMessage("the run did not start", message));
-    else if (end != kJobRunFinished)
+    else if (end != RunEnd::Finished)
         Diagnose(WithMessage("the run broke off", message));
     Diagnose(Summary());
 }
@@ -63,7 +60,7 @@ std::string CRunRecord::Summary() const
     const char* separator = ": ";
     for (std::size_t outcome = 0; outcome < m_counts.size(); ++outcome) {
         if (m_counts[outcome] == 0) continue;
-        line += separator + std::to_string(m_counts[outcome]) + " " + kOutcomePhrases[outcome];
+        line += separator + std::to_string(m_counts[outcome]) + " " + OutcomePhrase(static_cast<FileOutcome>(outcome));
         separator = ", ";
     }
     return line;

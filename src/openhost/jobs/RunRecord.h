@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "hostapi/JobsTable.h"
+#include "protocol/Outcomes.h"
 
 namespace openhost {
 
@@ -16,22 +16,20 @@ public:
     bool silent = false;   ///< says nothing: somebody gets the records
 
     void RunStarts();
-    void FileDone(std::string_view path, ASInt32 outcome, std::string_view message);
-    void RunEnds(ASInt32 end, std::string_view message);
+    void FileDone(std::string_view path, FileOutcome outcome, std::string_view message);
+    void RunEnds(RunEnd end, std::string_view message);
 
     bool Told() const { return m_told; }  ///< somebody has used the table at all
     bool Running() const { return m_running > 0; }
     /// A run did not start, broke off, or never said how it ended.
     bool Broken() const { return m_broken || Running(); }
     int Files() const;
-    int Saved() const { return m_counts[kJobFileSaved]; }
+    int Saved() const { return m_counts[static_cast<std::size_t>(FileOutcome::Saved)]; }
     /// "12 files: 10 saved, 2 failed".
     std::string Summary() const;
 
 private:
-    static constexpr int kOutcomes = kJobFileStopped + 1;
-
-    std::array<int, kOutcomes> m_counts{};
+    std::array<int, kFileOutcomes> m_counts{};
     int m_running = 0;
     bool m_told = false;
     bool m_broken = false;

@@ -24,16 +24,15 @@ public:
     std::optional<bool> Exists(const std::string& path) override;
     void RunStarts(int inputs) override;
     void FileDone(const FileRecord& record) override;
-    void RunEnds(int end, std::string_view message) override;
-    void LogMark(int mark) override;
+    void RunEnds(RunEnd end, std::string_view message) override;
+    void LogMark(LogPlace place) override;
     void Report(std::string_view json) override;
     bool Remark(std::string_view text) override;
     bool Broken() const override { return m_gone; }
 
 private:
-    class CAnswer;
-    CAnswer Ask(const std::string& question);
-    void Tell(const std::string& line);
+    Json Ask(const HostMessage& question);
+    void Tell(const HostMessage& message);
     void FetchJob();
 
     CLineStream m_lines;

@@ -29,7 +29,7 @@ struct Place {
     }
     FinalActionResult Apply(int code, const std::string& destination)
     {
-        return ApplyFinalAction(input, {.code = code, .destination = destination}, log).result;
+        return ApplyFinalAction(input, {.action = static_cast<FinalAction>(code), .destination = destination}, log).result;
     }
     std::string Out(const std::string& name) const { return FileBytes(out + kSeparator + name); }
     std::string In() const { return FileBytes(input); }
@@ -82,7 +82,7 @@ TEST(FinalAction, ANameThatIsTakenIsReplacedKeptOrNumbered)
     }
     Place place;
     place.folder.Write("out/report.pdf", "old");
-    const FinalAction careful{.code = 1, .destination = place.out, .failIfExists = true};
+    const FinalActionRequest careful{.action = FinalAction::Copy, .destination = place.out, .failIfExists = true};
     EXPECT_EQ(ApplyFinalAction(place.input, careful, place.log).result, FinalActionResult::Failed);
     EXPECT_EQ(place.Out("report.pdf"), "old");
 }
@@ -151,7 +151,7 @@ TEST(FinalAction, StartsAProgramWithTheFileAsOneArgument)
     const std::string program = place.folder.Write("pro gram", "#!/bin/sh\nprintf '%s|%s' \"$#\" \"$1\" > '" + seen +
                                                                    ".part'\nmv '" + seen + ".part' '" + seen + "'\n");
     fs::permissions(program, fs::perms::owner_all);
-    EXPECT_EQ(ApplyFinalAction(odd, {.code = 5, .destination = program}, place.log).result, FinalActionResult::Done);
+    EXPECT_EQ(ApplyFinalAction(odd, {.action = FinalAction::Execute, .destination = program}, place.log).result, FinalActionResult::Done);
     EXPECT_EQ(place.log.lines, Lines{"\tFile is executed : " + program});
     for (int wait = 0; wait < 500 && FileBytes(seen) == kGone; ++wait)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));  // the program is not waited for

@@ -32,7 +32,8 @@ TEST(RunSettings, FinalActionCodesOutsideTheListDoNothing)
                 {"-1", 0},  {"-9999999999", 0}, {"3x", 3},         {" 6", 6},
                 {"abc", 0}, {"+7", 7},          {"4294967297", 0}, {"0x3", 0},
                 {"08", 8},  {"2.9", 2},         {"\t5", 5},        {"18446744073709551617", 0}};
-    for (const auto& row : rows) EXPECT_EQ(Read("FERRULEFINAL", row.value).finalAction, row.code) << row.value;
+    for (const auto& row : rows) 
+        EXPECT_EQ(static_cast<int>(Read("FERRULEFINAL", row.value).finalAction), row.code) << row.value;
 }
 
 TEST(RunSettings, YesIsReadInThreeDifferentWays)

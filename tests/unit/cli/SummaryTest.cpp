@@ -22,7 +22,7 @@ struct Scene {
     RunResult result;
 
     explicit Scene(const cli::PrintOptions& options = {}) : printer(screen, options) {}
-    void Done(const std::string& path, FileOutcomeClass outcome, const std::string& message = "")
+    void Done(const std::string& path, FileOutcome outcome, const std::string& message = "")
     {
         FileRecord record;
         record.path = path;
@@ -41,8 +41,8 @@ TEST(Summary, ListsTheFirstTwentyAndSaysWhereTheOthersAre)
 {
     Scene run;
     for (int number = 1; number <= 25; ++number)
-        run.Done("/in/" + std::to_string(number) + ".pdf", FileOutcomeClass::Failed, "broken");
-    run.Done("/in/good.pdf", FileOutcomeClass::Saved);
+        run.Done("/in/" + std::to_string(number) + ".pdf", FileOutcome::Failed, "broken");
+    run.Done("/in/good.pdf", FileOutcome::Saved);
     run.result.exit = ExitClass::SomeNotSaved;
     const std::string text = run.Text({.dryRun = false, .canResume = true, .kept = "/r.jsonl"});
     EXPECT_THAT(text, HasSubstr("  saved                      1\n  failed                    25\n"));
@@ -66,7 +66,7 @@ TEST(Summary, HintsFitTheEnd)
                 {ExitClass::Stopped, false, false, ""}};
     for (const auto& row : rows) {
         Scene run;
-        run.Done("a", FileOutcomeClass::Saved);
+        run.Done("a", FileOutcome::Saved);
         run.result.exit = row.exit;
         const std::string text = run.Text({.dryRun = row.dryRun, .canResume = row.canResume, .kept = ""});
         EXPECT_EQ(text, std::string("  saved                      1\n") +
@@ -81,7 +81,7 @@ TEST(Summary, HintsFitTheEnd)
 TEST(Summary, JsonCountsEveryClassAndSurvivesNamesThatAreNoText)
 {
     Scene run;
-    run.Done("a", FileOutcomeClass::CopiedUnchanged);
+    run.Done("a", FileOutcome::CopiedUnchanged);
     run.result.exit = ExitClass::SomeNotSaved;
     run.result.recordPath = "/r\xFF";
     run.result.message = "it \"ends\"";
@@ -98,11 +98,9 @@ TEST(RunPrinter, DryRunsPrintWhatWouldHappenAsData)
     Scene run({.quiet = false, .dryRun = true, .recordToData = false, .jobs = 1, .part = ""});
     FileRecord record;
     record.path = "/in/a\x1b[2J.pdf";
-    record.outcome = FileOutcomeClass::Saved;
+    record.outcome = FileOutcome::Saved;
     record.outputs = {{"/out/a.pdf", ""}};
-    record.finalAct = "move";
-    record.finalTarget = "/done/a.pdf";
-    record.finalState = "done";
+    record.finalAction = {Act::Move, "/done/a.pdf", FinalActionRecord::State::Done};
     run.printer.FileDone(record, {});
     EXPECT_EQ(run.data.str(), "/in/a\\x1b[2J.pdf\n  -> /out/a.pdf\n  then move /done/a.pdf\n");
 }
@@ -143,12 +141,12 @@ TEST(RunPrinter, QuietKeepsWarningsAndTheRecord)
 TEST(RunPrinter, QuietTellsEveryFileThatIsNotSavedAndCountsThem)
 {
     Scene run({.quiet = true, .jobs = 1});
-    run.Done("/in/good.pdf", FileOutcomeClass::Saved);
+    run.Done("/in/good.pdf", FileOutcome::Saved);
     run.result.exit = ExitClass::Fine;
     EXPECT_EQ(run.messages.str() + cli::TroubleText(run.result, run.printer, {}), "");
-    for (int number = 0; number < 30; ++number) run.Done("/in/bad", FileOutcomeClass::Failed, "torn\nfile");
-    run.Done("/in/as-is.pdf", FileOutcomeClass::CopiedUnchanged);
-    ++run.result.counts[static_cast<std::size_t>(FileOutcomeClass::Skipped)];  // by an earlier start
+    for (int number = 0; number < 30; ++number) run.Done("/in/bad", FileOutcome::Failed, "torn\nfile");
+    run.Done("/in/as-is.pdf", FileOutcome::CopiedUnchanged);
+    ++run.result.counts[static_cast<std::size_t>(FileOutcome::Skipped)];  // by an earlier start
     run.result.remaining = 2;
     run.result.exit = ExitClass::SomeNotSaved;
     run.result.logPath = "/log";

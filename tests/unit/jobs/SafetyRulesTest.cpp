@@ -41,7 +41,7 @@ StepFacts SaveStep(bool namesDestination = true, const char* after = "")
 
 struct PlannedRun {
     SequenceFacts facts;
-    RunRequest request;
+    PlanRequest request;
 };
 
 class SafetyRules : public testing::Test {
@@ -85,7 +85,7 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
     const auto savesBy = [](const StepFacts& step) { return [step](PlannedRun& r) { r.facts.steps.back() = step; }; };
     const auto ends = [](int code, const std::string& destination) {
         return [code, destination](PlannedRun& r) {
-            r.request.settings.finalAction = code;
+            r.request.settings.finalAction = static_cast<FinalAction>(code);
             r.request.settings.destination = destination;
         };
     };

@@ -82,13 +82,13 @@ protected:
 TEST_F(TouchedNames, CollideWhereResultsInputsOrTargetsMeet)
 {
     Setting rename = Saving();
-    rename.settings.finalAction = 4;
+    rename.settings.finalAction = FinalAction::Rename;
     rename.settings.destination = "Same.pdf";
     Setting moved = Saving();
-    moved.settings.finalAction = 7;
+    moved.settings.finalAction = FinalAction::MoveVersions;
     moved.settings.destination = In("done");
     Setting movedIntoInput = Saving();
-    movedIntoInput.settings.finalAction = 6;
+    movedIntoInput.settings.finalAction = FinalAction::MoveReplace;
     movedIntoInput.settings.destination = In("b");
     Setting engine = Saving();
     engine.facts.steps.clear();

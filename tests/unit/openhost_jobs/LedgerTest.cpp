@@ -37,7 +37,7 @@ public:
 
 class Ledger : public testing::Test {
 protected:
-    void Begin(const std::string& path) { ledger.InputBegins({7, 9, false, path}); }
+    void Begin(const std::string& path) { ledger.InputBegins({7, 9, ToDo::Whole, path}); }
     /// Puts the file in place as savers do.
     void Put(const std::string& file, const std::string& target)
     {
@@ -47,7 +47,7 @@ protected:
     {
         if (ledger.Ask(Act::Delete, file, "") == Answer::Go) fs::remove(file);
     }
-    FileRecord Done(int outcome = kJobFileSaved) { return ledger.FileDone("/another/name", outcome, "told"); }
+    FileRecord Done(FileOutcome outcome = FileOutcome::Saved) { return ledger.FileDone("/another/name", outcome, "told"); }
 
     std::string Name(const std::string& path) const
     {
@@ -60,7 +60,8 @@ protected:
         std::string text = Name(record.path) + ' ' + Word(record.sha256) + ' ' + std::to_string(record.size);
         for (const auto& output : record.outputs) text += " > " + Name(output.path) + ' ' + Word(output.sha256);
         if (const auto& action = record.finalAction)
-            text += " ! " + action->act + ' ' + Name(action->target) + (action->done ? " done" : " failed");
+            text += " ! " + std::string(action->act ? ActWord(*action->act) : "") + ' ' + Name(action->target) + ' ' +
+                    std::string(FinalStateWord(action->state));
         return text + (record.signaturesBroken ? ", signatures broken" : "");
     }
 
@@ -101,21 +102,21 @@ TEST_F(Ledger, TellsWhetherAnActHappenedByTheDisk)
         const char* what;
         Act act;
         std::function<void()> does;
-        int outcome;
+        FileOutcome outcome;
         bool done;
     } rows[] = {
-        {"moved", Act::Move, [&] { fs::rename(in, to); }, kJobFileSaved, true},
-        {"not moved", Act::Move, [] {}, kJobFileIncomplete, false},
-        {"copied, but the source stays", Act::Move, [&] { fs::copy_file(in, to); }, kJobFileIncomplete, false},
-        {"deleted", Act::Delete, [&] { fs::remove(in); }, kJobFileSaved, true},
-        {"deleted after a step failed", Act::Delete, [&] { fs::remove(in); }, kJobFileIncomplete, true},
-        {"not deleted", Act::Delete, [] {}, kJobFileIncomplete, false},
-        {"put", Act::Put, [&] { fs::rename(in, to); }, kJobFileSaved, true},
-        {"put by copying", Act::Put, [&] { fs::copy_file(in, to); }, kJobFileSaved, true},
-        {"not put", Act::Put, [] {}, kJobFileIncomplete, false},
-        {"something else is there", Act::Put, [&] { folder.Write("to", "two"); }, kJobFileIncomplete, false},
-        {"started", Act::Start, [] {}, kJobFileSaved, true},
-        {"not started", Act::Start, [] {}, kJobFileIncomplete, false}};
+        {"moved", Act::Move, [&] { fs::rename(in, to); }, FileOutcome::Saved, true},
+        {"not moved", Act::Move, [] {}, FileOutcome::Incomplete, false},
+        {"copied, but the source stays", Act::Move, [&] { fs::copy_file(in, to); }, FileOutcome::Incomplete, false},
+        {"deleted", Act::Delete, [&] { fs::remove(in); }, FileOutcome::Saved, true},
+        {"deleted after a step failed", Act::Delete, [&] { fs::remove(in); }, FileOutcome::Incomplete, true},
+        {"not deleted", Act::Delete, [] {}, FileOutcome::Incomplete, false},
+        {"put", Act::Put, [&] { fs::rename(in, to); }, FileOutcome::Saved, true},
+        {"put by copying", Act::Put, [&] { fs::copy_file(in, to); }, FileOutcome::Saved, true},
+        {"not put", Act::Put, [] {}, FileOutcome::Incomplete, false},
+        {"something else is there", Act::Put, [&] { folder.Write("to", "two"); }, FileOutcome::Incomplete, false},
+        {"started", Act::Start, [] {}, FileOutcome::Saved, true},
+        {"not started", Act::Start, [] {}, FileOutcome::Incomplete, false}};
     for (const auto& row : rows) {
         fs::remove(to);
         Begin(folder.Write("in", "one"));
@@ -124,7 +125,7 @@ TEST_F(Ledger, TellsWhetherAnActHappenedByTheDisk)
         row.does();
         const auto record = Done(row.outcome);
         ASSERT_TRUE(record.finalAction) << row.what;
-        EXPECT_EQ(record.finalAction->done, row.done) << row.what;
+        EXPECT_EQ(record.finalAction->state == FinalActionRecord::State::Done, row.done) << row.what;
     }
 }
 
@@ -155,7 +156,7 @@ TEST_F(Ledger, KnowsInputsThatNobodyAnnounced)
     const std::string in = folder.Write("in", "one"), other = folder.Write("other", "two");
     Put(folder.Write(".t", "two"), in);  // in place
     const auto done = [&](const std::string& path) {
-        const FileRecord record = ledger.FileDone(path, kJobFileSaved, "");
+        const FileRecord record = ledger.FileDone(path, FileOutcome::Saved, "");
         return std::to_string(record.number) + ": " + Shown(record);
     };
     EXPECT_EQ(done(in), "1: in one 3 > in two");
@@ -166,10 +167,10 @@ TEST_F(Ledger, KnowsInputsThatNobodyAnnounced)
 
 TEST_F(Ledger, AFinalActionThatNeverCameToAnActFailedOnlyWhenTheFileSaysSo)
 {
-    for (const int outcome : {kJobFileSaved, kJobFileIncomplete}) {
+    for (const FileOutcome outcome : {FileOutcome::Saved, FileOutcome::Incomplete}) {
         Begin(folder.Write("in", "one"));
         ledger.FinalActionBegins();
-        EXPECT_EQ(Shown(Done(outcome)), outcome == kJobFileSaved ? "in one 3" : "in one 3 !   failed");
+        EXPECT_EQ(Shown(Done(outcome)), outcome == FileOutcome::Saved ? "in one 3" : "in one 3 !   failed");
     }
 }
 
@@ -180,7 +181,7 @@ TEST_F(Ledger, AMoveInTwoHalvesIsOneMove)
     ledger.FinalActionBegins();
     Put(folder.Write(".t", "one"), folder / "to");
     ledger.Ask(Act::Delete, in, "");
-    EXPECT_EQ(Shown(Done(kJobFileIncomplete)), "in one 3 ! move to failed") << "the second half failed";
+    EXPECT_EQ(Shown(Done(FileOutcome::Incomplete)), "in one 3 ! move to failed") << "the second half failed";
 }
 
 TEST_F(Ledger, TrialsAreRecordedAsIfTheyHadHappened)

@@ -18,5 +18,5 @@ TEST(LedgerOfLinks, TheInputIsTheFileThatTheLinkLedTo)
     std::filesystem::create_symlink(in, folder / "link");
     ledger.Ask(COverseer::Act::Put, part, in);
     std::filesystem::rename(part, in);
-    EXPECT_EQ(ledger.FileDone(folder / "link", kJobFileSaved, "").size, 11u);
+    EXPECT_EQ(ledger.FileDone(folder / "link", FileOutcome::Saved, "").size, 11u);
 }

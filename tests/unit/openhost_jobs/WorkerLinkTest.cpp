@@ -10,7 +10,6 @@ using namespace openhost;
 
 namespace {
 
-using Act = COverseer::Act;
 using Answer = COverseer::Answer;
 
 /// A link to a supervisor that gives these answers.
@@ -44,8 +43,8 @@ TEST(WorkerLink, HandsOutJobAndInputsInHostEncoding)
     EXPECT_EQ(first->path, "/in/x\xFCy") << "the very bytes of the name";
     EXPECT_EQ(first->number, 7);
     EXPECT_EQ(first->total, 9);
-    EXPECT_FALSE(first->onlyFinalAction);
-    EXPECT_TRUE(second->onlyFinalAction);
+    EXPECT_EQ(first->toDo, ToDo::Whole);
+    EXPECT_EQ(second->toDo, ToDo::FinalAction);
     EXPECT_FALSE(third);
     EXPECT_FALSE(link.Broken());
     EXPECT_EQ(worker.supervisor.Said(), Asked("job") + Asked("input") + Asked("input") + Asked("input"));
@@ -55,10 +54,10 @@ TEST(WorkerLink, AsksBeforeActs)
 {
     Linked worker("{\"answer\":\"go\"}\n{\"answer\":\"refuse\"}\n{\"answer\":\"pretend\"}\n{}\n");
     CWorkerLink& link = worker.link;
-    EXPECT_EQ(link.MayAct({7, false, Act::Put, "/out/.t\xFF", "/out/a", "ab12"}), Answer::Go);
-    EXPECT_EQ(link.MayAct({7, true, Act::Move, "/in/a", "/done/a", ""}), Answer::Refuse);
-    EXPECT_EQ(link.MayAct({0, true, Act::Delete, "/in/a", "", ""}), Answer::Pretend);
-    EXPECT_EQ(link.MayAct({7, true, Act::Start, "/in/a", "/bin/x", ""}), Answer::Refuse) << "no answer in it";
+    EXPECT_EQ(link.MayAct({7, false, Act::Put, "/out/.t\xFF", "/out/a", "ab12", false}), Answer::Go);
+    EXPECT_EQ(link.MayAct({7, true, Act::Move, "/in/a", "/done/a", "", false}), Answer::Refuse);
+    EXPECT_EQ(link.MayAct({0, true, Act::Delete, "/in/a", "", "", false}), Answer::Pretend);
+    EXPECT_EQ(link.MayAct({7, true, Act::Start, "/in/a", "/bin/x", "", false}), Answer::Refuse) << "no answer in it";
     const auto act = [](int number, const char* purpose, const std::string& rest) {
         return "{\"ask\":\"act\",\"number\":" + std::to_string(number) + ",\"purpose\":\"" + purpose +
                "\",\"act\":" + rest + "\"}\n";
@@ -76,7 +75,7 @@ TEST(WorkerLink, ATrialDoesNothingEvenWhenItIsAllowedTo)
         "{\"job\":{\"kind\":\"run\",\"dryRun\":true}}\n{\"answer\":\"go\"}\n"
         "{\"exists\":true}\n{\"exists\":false}\n{\"exists\":null}\n");
     EXPECT_TRUE(worker.link.Pretends());
-    EXPECT_EQ(worker.link.MayAct({1, false, Act::Put, "", "/out/a", ""}), Answer::Pretend);
+    EXPECT_EQ(worker.link.MayAct({1, false, Act::Put, "", "/out/a", "", false}), Answer::Pretend);
     EXPECT_EQ(worker.link.Exists("/out/a"), true);
     EXPECT_EQ(worker.link.Exists("/in/a"), false);
     EXPECT_EQ(worker.link.Exists("/in/b"), std::nullopt);
@@ -87,7 +86,7 @@ TEST(WorkerLink, ALostSupervisorRefusesEverything)
     for (const char* const ending : {"", "{\"answer\":", "no answer\n", "[1]\n"}) {
         Linked worker(ending);
         EXPECT_FALSE(worker.link.Broken());
-        EXPECT_EQ(worker.link.MayAct({1, false, Act::Put, "/f", "/t", ""}), Answer::Refuse) << ending;
+        EXPECT_EQ(worker.link.MayAct({1, false, Act::Put, "/f", "/t", "", false}), Answer::Refuse) << ending;
         EXPECT_TRUE(worker.link.Broken()) << ending;
         EXPECT_FALSE(worker.link.NextInput()) << ending;
         EXPECT_EQ(worker.link.Job(), nullptr) << ending;
@@ -101,23 +100,23 @@ TEST(WorkerLink, ALostSupervisorRefusesEverything)
 
 TEST(WorkerLink, TellsWhatHappensAndKeepsEachInOneLine)
 {
-    CScriptedSupervisor supervisor("{}\n{}\n");
+    CScriptedSupervisor supervisor("{}\n{}\n{}\n");
     {
         CWorkerLink link(supervisor.WorkerInput(), supervisor.WorkerOutput());
         link.RunStarts(-1);
-        link.LogMark(kJobMarkSequencePreflightBegins);
-        link.LogMark(kJobMarkSequencePreflightEnds);
-        link.LogMark(77);
+        for (const LogPlace place : {LogPlace::SequencePreflightBegins, LogPlace::SequencePreflightEnds, LogPlace::InputsCounted})
+            link.LogMark(place);
         link.Report(R"({"plan":{"total":1}})");
         link.Report("{\"a\":\n1}");
         link.Report("{\"a\":");
         EXPECT_TRUE(link.Remark("a \"b\"\nc\xFF"));
-        link.RunEnds(kJobRunBroken, "why");
+        link.RunEnds(RunEnd::Broken, "why");
         link.Report("{}");
     }
     EXPECT_EQ(supervisor.Said(), R"({"tell":"starts","inputs":-1}
 {"ask":"mark","mark":"sequence-preflight-begins"}
 {"ask":"mark","mark":"sequence-preflight-ends"}
+{"ask":"mark","mark":"inputs-counted"}
 {"tell":"report","report":{"plan":{"total":1}}}
 {"tell":"report","report":{"a":1}}
 {"tell":"remark","text":"a report is no JSON and is left out"}
@@ -135,23 +134,24 @@ TEST(WorkerLink, WritesRecordsAsTheyAreDocumented)
                             "/in/\xFF.pdf",
                             4711,
                             "aa",
-                            kJobFileIncomplete,
+                            FileOutcome::Incomplete,
                             "no \"room\"",
                             12,
                             {{"/out/a.pdf", "bb"}, {"/out/b.pdf", ""}},
-                            FileRecord::FinalAction{"move", "/done/a.pdf", false},
+                            FinalActionRecord{Act::Move, "/done/a.pdf", FinalActionRecord::State::Failed},
                             true};
-    EXPECT_EQ(RecordLine(record),
+    EXPECT_EQ(LineOf(FileRecordJson(record)),
               "{\"number\":7,\"path\":\"/in/\xEF\x9F\xBF.pdf\","
               R"("size":4711,"sha256":"aa","outcome":"incomplete",)"
               R"("message":"no \"room\"","milliseconds":12,"outputs":[{"path":"/out/a.pdf","sha256":"bb"},)"
               R"({"path":"/out/b.pdf","sha256":""}],"finalAction":{"act":"move","target":"/done/a.pdf",)"
               R"("state":"failed"},"signatures":"broken"})");
     int outcome = 0;
-    for (const char* word : {"saved", "copied-unchanged", "incomplete", "failed", "skipped", "stopped", "failed"}) {
+    for (const char* word : {"saved", "copied-unchanged", "incomplete", "failed", "skipped", "stopped"}) {
         FileRecord plain;
-        plain.outcome = outcome++;
-        EXPECT_EQ(RecordLine(plain), R"({"number":0,"path":"","size":0,"sha256":"","outcome":")" + std::string(word) +
-                                         R"(","message":"","milliseconds":0,"outputs":[]})");
+        plain.outcome = static_cast<FileOutcome>(outcome++);
+        EXPECT_EQ(LineOf(FileRecordJson(plain)), R"({"number":0,"path":"","size":0,"sha256":"","outcome":")" +
+                                                     std::string(word) +
+                                                     R"(","message":"","milliseconds":0,"outputs":[]})");
     }
 }

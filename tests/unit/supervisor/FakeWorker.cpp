@@ -14,7 +14,7 @@
 #include "platform/Programs.h"
 #include "platform/Surroundings.h"
 #include "platform/TemporaryNames.h"
-#include "supervisor/Json.h"
+#include "protocol/Json.h"
 #include "support/TestProcess.h"
 
 #include <chrono>
@@ -128,13 +128,14 @@ private:
                       {"group", group == std::string::npos ? 0 : ParseDecimal(entry.name.substr(group + 5))}}}}}});
         }
         m_log.Line("\tNumber of input files : " + std::to_string(number));
+        Ask({{"ask", "mark"}, {"mark", "inputs-counted"}});
         m_log.Line("closing");
         Tell({{"tell", "report"},
               {"report",
                {{"plan",
                  {{"total", number},
                   {"oneWorker", Setting("FERRULESEQU") == "one worker"},
-                  {"oneWorkerReason", "for a reason"},
+                  {"oneWorkerReason", Setting("FERRULESEQU") == "one worker" ? "for a reason" : ""},
                   {"tooYoung", 0},
                   {"unreadableFolders", IsBlind() ? 1 : 0},
                   {"warnings", Json::array()}}}}}});
@@ -148,7 +149,10 @@ private:
         if (Setting("FERRULESEQU") == "asks for nothing") return "finished";
         bool preflighted = false;
         for (Input input; Next(input);) {
-            if (!preflighted) m_log.Line("\tNumber of input files : " + std::to_string(m_total));
+            if (!preflighted) {
+                m_log.Line("\tNumber of input files : " + std::to_string(m_total));
+                Ask({{"ask", "mark"}, {"mark", "inputs-counted"}});
+            }
             m_log.Line("file " + FileName(input.path));
             if (!std::exchange(preflighted, true)) {
                 Ask({{"ask", "mark"}, {"mark", "sequence-preflight-begins"}});

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kTotal = 3;
 
-DoneFile Done(int number, FileOutcomeClass outcome = FileOutcomeClass::Saved)
+DoneFile Done(int number, FileOutcome outcome = FileOutcome::Saved)
 {
     DoneFile done;
     done.record.number = number;
@@ -40,11 +40,11 @@ struct Journal {
         };
         added(writer.Open(path, {"run1", "1/1"}, 0));
         added(writer.AddIntent(
-            {.number = 1, .act = ActKind::Put, .file = "t", .target = "/out/\xFE", .sha256 = "abc"}));
+            {.number = 1, .act = Act::Put, .file = "t", .target = "/out/\xFE", .sha256 = "abc"}));
         added(writer.AddDone(Done(1), &offset));
         added(writer.AddIntent(
-            {.number = 2, .finalAction = true, .act = ActKind::Move, .file = "f", .target = "/g/h"}));
-        added(writer.AddDone(Done(3, FileOutcomeClass::Failed), &offset));
+            {.number = 2, .finalAction = true, .act = Act::Move, .file = "f", .target = "/g/h"}));
+        added(writer.AddDone(Done(3, FileOutcome::Failed), &offset));
     }
 };
 
@@ -137,10 +137,10 @@ TEST(Journal, KnowsWhatIsLoggedAndWhatIsBegunAgain)
     CJournalWriter writer;
     std::uint64_t offset = 0;
     ASSERT_TRUE(writer.Open(path, {"run1", "1/1"}, 0));
-    ASSERT_TRUE(writer.AddIntent({.number = 3, .act = ActKind::Put, .target = "/o/p"}));
-    ASSERT_TRUE(writer.AddDone(Done(3, FileOutcomeClass::Stopped), &offset));
+    ASSERT_TRUE(writer.AddIntent({.number = 3, .act = Act::Put, .target = "/o/p"}));
+    ASSERT_TRUE(writer.AddDone(Done(3, FileOutcome::Stopped), &offset));
     ASSERT_TRUE(writer.AddEnd("stopped", {"the end"}));
-    ASSERT_TRUE(writer.AddDone(Done(1, FileOutcomeClass::Failed), &offset));
+    ASSERT_TRUE(writer.AddDone(Done(1, FileOutcome::Failed), &offset));
     {
         CDoneIndex done(kTotal);
         CJournalIndex index(done);
@@ -172,7 +172,7 @@ TEST(Manifest, RefusesWhatIsIncompleteOrOutOfOrder)
     {
         CManifestWriter writer(path);
         for (int number = 1; number <= kTotal; ++number)
-            writer.Add({.number = number, .path = "/in/\xFF" + std::to_string(number), .size = 5, .modified = "17"});
+            writer.Add({.number = number, .path = "/in/\xFF" + std::to_string(number), .size = 5, .modifiedNanoseconds = 17});
         EXPECT_FALSE(std::filesystem::exists(path)) << "it appears complete or not at all";
         ASSERT_TRUE(
             writer.Finish({.run = "run1", .job = R"({"kind":"run"})", .total = kTotal, .preamble = {"\xFE"}}));

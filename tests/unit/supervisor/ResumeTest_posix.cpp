@@ -1,4 +1,4 @@
-#include "supervisor/Json.h"
+#include "protocol/Json.h"
 #include "unit/supervisor/RunPlace.h"
 
 #include <gtest/gtest.h>
@@ -171,11 +171,11 @@ TEST(Resume, AProgramThatMayHaveBeenStartedIsNotStartedByARetry)
     place.FinalAction(5);
     place.Input("a die-after-final");
     EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
-    EXPECT_EQ(place.notes.Of("a die-after-final").finalState, "unknown");
+    EXPECT_EQ(place.notes.Of("a die-after-final").finalAction->state, FinalActionRecord::State::Unknown);
     place.options.resume = place.options.retryFailed = true;
     for (int time = 0; time < 2; ++time) EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
     EXPECT_EQ(place.Lines("started.txt").size(), 1u);
-    EXPECT_EQ(place.notes.Of("a die-after-final").finalState, "unknown");
+    EXPECT_EQ(place.notes.Of("a die-after-final").finalAction->state, FinalActionRecord::State::Unknown);
     EXPECT_EQ(place.FilesLogged(), std::vector<std::string>{"a die-after-final"}) << "nothing was done again";
 }
 

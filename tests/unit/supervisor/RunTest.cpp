@@ -1,5 +1,5 @@
 #include "platform/LogFile.h"
-#include "supervisor/Json.h"
+#include "protocol/Json.h"
 #include "unit/supervisor/RunPlace.h"
 
 #include <gtest/gtest.h>
@@ -72,13 +72,13 @@ TEST(Run, ABadFileCostsOnlyItself)
     place.FinalAction(6);
     const RunResult result = place.Run();
     EXPECT_EQ(result.exit, ExitClass::SomeNotSaved) << result.message;
-    EXPECT_EQ(result.Count(FileOutcomeClass::Saved), 3);
+    EXPECT_EQ(result.Count(FileOutcome::Saved), 3);
     for (const auto& row : rows) {
         const std::string name = std::string("bad ") + row.name;
         const FileRecord record = place.notes.Of(name);
         // The silent one has written its result before.
         const bool written = name == "bad silent";
-        EXPECT_EQ(record.outcome, written ? FileOutcomeClass::Incomplete : FileOutcomeClass::Failed) << name;
+        EXPECT_EQ(record.outcome, written ? FileOutcome::Incomplete : FileOutcome::Failed) << name;
         EXPECT_EQ(record.message, row.reason) << name;
         EXPECT_EQ(place.Files("in").count(name), 1u) << name;
         EXPECT_EQ(place.notes.done.size(), 11u);
@@ -94,14 +94,14 @@ TEST(Run, GoesOnWithTheFinalActionWhenTheResultWasWritten)
 {
     const struct {
         const char* name;
-        FileOutcomeClass outcome;
+        FileOutcome outcome;
         bool written, moved;
-    } rows[] = {{"die-before-put", FileOutcomeClass::Failed, false, false},
-                {"die-after-put", FileOutcomeClass::Saved, true, true},
-                {"die-before-final", FileOutcomeClass::Saved, true, true},
-                {"die-half-moved", FileOutcomeClass::Saved, true, true},
-                {"die-after-final", FileOutcomeClass::Saved, true, true},
-                {"always-dies", FileOutcomeClass::Incomplete, true, false}};
+    } rows[] = {{"die-before-put", FileOutcome::Failed, false, false},
+                {"die-after-put", FileOutcome::Saved, true, true},
+                {"die-before-final", FileOutcome::Saved, true, true},
+                {"die-half-moved", FileOutcome::Saved, true, true},
+                {"die-after-final", FileOutcome::Saved, true, true},
+                {"always-dies", FileOutcome::Incomplete, true, false}};
     CRunPlace place;
     for (const auto& row : rows) place.Input(row.name);
     place.FinalAction(7);
@@ -114,7 +114,8 @@ TEST(Run, GoesOnWithTheFinalActionWhenTheResultWasWritten)
         EXPECT_EQ(place.Files("done").count(row.name), row.moved ? 1u : 0u) << row.name;
         EXPECT_EQ(place.Files("in").count(row.name), row.moved ? 0u : 1u) << row.name;
         if (row.moved) {
-            EXPECT_EQ(record.finalState, "done") << row.name;
+            ASSERT_TRUE(record.finalAction) << row.name;
+            EXPECT_EQ(record.finalAction->state, FinalActionRecord::State::Done) << row.name;
         }
     }
     EXPECT_EQ(place.notes.done.size(), 6u) << "each file has one outcome";
@@ -141,7 +142,7 @@ TEST(Run, DoesNotTouchWhatChangedSinceThePlan)
     CChanger notes(place);
     const RunResult result = RunPlanned(place.options, notes);
     EXPECT_EQ(result.exit, ExitClass::SomeNotSaved);
-    EXPECT_EQ(result.Count(FileOutcomeClass::Skipped), 2);
+    EXPECT_EQ(result.Count(FileOutcome::Skipped), 2);
     EXPECT_EQ(notes.Of("b").message, "changed since plan");
     EXPECT_EQ(notes.Of("c").message, "missing since plan");
     EXPECT_EQ(place.Files("out").size(), 1u);
@@ -228,9 +229,9 @@ TEST(Run, TheFirstInterruptBeginsNoFurtherFileAndResumeGoesOn)
     CInterrupter notes;
     const RunResult result = RunPlanned(place.options, notes);
     EXPECT_EQ(result.exit, ExitClass::Stopped);
-    EXPECT_GE(result.Count(FileOutcomeClass::Saved), 3);
+    EXPECT_GE(result.Count(FileOutcome::Saved), 3);
     EXPECT_GT(result.remaining, 0);
-    EXPECT_EQ(place.Files("out").size(), static_cast<std::size_t>(result.Count(FileOutcomeClass::Saved)));
+    EXPECT_EQ(place.Files("out").size(), static_cast<std::size_t>(result.Count(FileOutcome::Saved)));
     place.options.resume = true;
     EXPECT_EQ(place.Run().exit, ExitClass::Fine);
     EXPECT_EQ(place.Files("out").size(), 12u);
@@ -253,7 +254,7 @@ TEST(Run, TheSecondInterruptStopsFilesThatAreBeingProcessed)
     CImpatient notes;
     const RunResult result = RunPlanned(place.options, notes);
     EXPECT_EQ(result.exit, ExitClass::Stopped);
-    EXPECT_EQ(result.Count(FileOutcomeClass::Stopped) + result.remaining, 3);
+    EXPECT_EQ(result.Count(FileOutcome::Stopped) + result.remaining, 3);
     EXPECT_TRUE(place.Files("out").empty());
 }
 

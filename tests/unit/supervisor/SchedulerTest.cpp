@@ -10,7 +10,7 @@
 namespace {
 
 /// Files 1, 2, ... with these groups.
-CScheduler::Source FilesOf(std::vector<std::uint64_t> groups)
+CScheduler::Source FilesOf(std::vector<std::uint32_t> groups)
 {
     return [groups, next = std::size_t{0}]() mutable -> std::optional<PlannedFile> {
         if (next == groups.size()) return std::nullopt;
@@ -62,7 +62,7 @@ TEST(Shards, DivideEveryFileExactlyOnceAndNoGroup)
     std::vector<int> sizes(5, 0);
     for (int number = 1; number <= 10000; ++number) {
         const PlannedFile file{.number = number,
-                               .group = number % 3 == 0 ? static_cast<std::uint64_t>(number % 400) : 0};
+                               .group = number % 3 == 0 ? static_cast<std::uint32_t>(number % 400) : 0};
         int found = 0;
         for (int shard = 1; shard <= 4; ++shard) {
             if (!IsInShard(file, shard, 4)) continue;

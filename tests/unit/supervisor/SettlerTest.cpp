@@ -32,6 +32,8 @@ std::string Hash(const std::string& text)
     return digest.Digest();
 }
 
+using State = FinalActionRecord::State;
+
 class SettlerTest : public testing::Test {
 protected:
     SettlerTest() { file = {.number = 1, .path = Write("in", "input"), .size = 5}; }
@@ -42,9 +44,9 @@ protected:
 
     Intent Put(const std::string& name, const std::string& text) const
     {
-        return {.number = 1, .act = ActKind::Put, .file = At("temporary"), .target = At(name), .sha256 = Hash(text)};
+        return {.number = 1, .act = Act::Put, .file = At("temporary"), .target = At(name), .sha256 = Hash(text)};
     }
-    Intent Final(ActKind act, const std::string& name, const std::string& text = "input") const
+    Intent Final(Act act, const std::string& name, const std::string& text = "input") const
     {
         return {.number = 1,
                 .finalAction = true,
@@ -92,7 +94,7 @@ TEST_F(SettlerTest, OnResumeResultsAreMadeAgainWhereThatLeavesNoTrace)
     EXPECT_EQ(again.takeBack, std::vector<std::string>{At("out")});
     Write("in", "result");
     EXPECT_STREQ(NameOf(Settle(file, {Put("in", "result")}, std::nullopt, rules).left), "final action");
-    Intent start = Final(ActKind::Start, "program");
+    Intent start = Final(Act::Start, "program");
     start.finalAction = false;
     EXPECT_STREQ(NameOf(Settle(file, {start, Put("out", "result")}, std::nullopt, rules).left), "final action");
 }
@@ -100,7 +102,7 @@ TEST_F(SettlerTest, OnResumeResultsAreMadeAgainWhereThatLeavesNoTrace)
 TEST_F(SettlerTest, AnUnchangedCopyIsNoResultThatCountsAsSaved)
 {
     Write("out", "input");
-    EXPECT_EQ(Decide({Put("out", "input")}).record.outcome, FileOutcomeClass::CopiedUnchanged);
+    EXPECT_EQ(Decide({Put("out", "input")}).record.outcome, FileOutcome::CopiedUnchanged);
 }
 
 TEST_F(SettlerTest, SavingInPlaceIsDoneWhenTheInputHoldsTheResult)
@@ -108,7 +110,7 @@ TEST_F(SettlerTest, SavingInPlaceIsDoneWhenTheInputHoldsTheResult)
     EXPECT_EQ(Left({Put("in", "result")}), "everything");
     Write("in", "result");
     EXPECT_EQ(Left({Put("in", "result")}), "final action");
-    EXPECT_EQ(Decide({Put("in", "result")}).record.outcome, FileOutcomeClass::Saved);
+    EXPECT_EQ(Decide({Put("in", "result")}).record.outcome, FileOutcome::Saved);
     // What has been saved in place is not processed once more.
     EXPECT_EQ(Left({Put("in", "result"), Put("out", "second")}, true, 2), "unknowable");
 }
@@ -129,18 +131,18 @@ TEST_F(SettlerTest, ResultsOfAnUnfinishedFileAreTakenBackWhereTheNameWasFree)
 
 TEST_F(SettlerTest, MovesAreCompletedOnlyWhenNothingCanGetLost)
 {
-    const Intent move = Final(ActKind::Move, "done");
+    const Intent move = Final(Act::Move, "done");
     EXPECT_EQ(Left({move}), "final action");
 
     Write("done", "input");
     EXPECT_EQ(Left({move}), "nothing") << "the rest of a move across file systems";
     EXPECT_FALSE(IsThere("in"));
     EXPECT_EQ(Left({move}), "nothing");
-    EXPECT_EQ(Decide({move}).record.finalState, "done");
+    EXPECT_EQ(Decide({move}).record.finalAction->state, State::Done);
 
     Remove("done");
     EXPECT_EQ(Left({move}), "unknowable");
-    EXPECT_EQ(Decide({move}).record.finalState, "failed");
+    EXPECT_EQ(Decide({move}).record.finalAction->state, State::Failed);
 
     Write("in", "input");
     Write("done", "somebody else's");
@@ -155,7 +157,7 @@ TEST_F(SettlerTest, MovesAreCompletedOnlyWhenNothingCanGetLost)
 
 TEST_F(SettlerTest, AnEqualFileThatStoodThereBeforeIsNotTakenForTheMovedOne)
 {
-    Intent move = Final(ActKind::Move, "done");
+    Intent move = Final(Act::Move, "done");
     move.replaces = true;
     Write("done", "input");
     EXPECT_EQ(Left({move}), "final action");
@@ -167,46 +169,46 @@ TEST_F(SettlerTest, TheOnlyNameOfAFileIsNeverRemoved)
     std::error_code noLinks;  // not every system lets everybody make them
     std::filesystem::create_symlink(At("in"), At("link"), noLinks);
     if (!noLinks) {
-        EXPECT_EQ(Left({Final(ActKind::Move, "link")}), "nothing");
+        EXPECT_EQ(Left({Final(Act::Move, "link")}), "nothing");
         EXPECT_TRUE(IsThere("in"));
     }
     std::filesystem::create_hard_link(At("in"), At("second name"));
-    EXPECT_EQ(Left({Final(ActKind::Move, "second name")}), "nothing");
+    EXPECT_EQ(Left({Final(Act::Move, "second name")}), "nothing");
     EXPECT_FALSE(IsThere("in"));
     EXPECT_EQ(FileBytes(At("second name")), "input");
 }
 
 TEST_F(SettlerTest, OtherFinalActionsAreDoneOrLeft)
 {
-    EXPECT_EQ(Left({Final(ActKind::Delete, "")}), "final action");
-    EXPECT_EQ(Left({Final(ActKind::Put, "copy")}), "final action");
+    EXPECT_EQ(Left({Final(Act::Delete, "")}), "final action");
+    EXPECT_EQ(Left({Final(Act::Put, "copy")}), "final action");
     Write("copy", "input");
-    EXPECT_EQ(Left({Final(ActKind::Put, "copy")}), "nothing");
+    EXPECT_EQ(Left({Final(Act::Put, "copy")}), "nothing");
     Remove("in");
-    EXPECT_EQ(Left({Final(ActKind::Delete, "")}), "nothing");
-    const Settlement started = Decide({Final(ActKind::Start, "program")});
+    EXPECT_EQ(Left({Final(Act::Delete, "")}), "nothing");
+    const Settlement started = Decide({Final(Act::Start, "program")});
     EXPECT_STREQ(NameOf(started.left), "unknowable");
-    EXPECT_EQ(started.record.finalState, "unknown");
-    EXPECT_NE(started.record.outcome, FileOutcomeClass::Saved);
+    EXPECT_EQ(started.record.finalAction->state, State::Unknown);
+    EXPECT_NE(started.record.outcome, FileOutcome::Saved);
 }
 
 TEST_F(SettlerTest, TheFinalActionKeepsWhatWasWrittenBefore)
 {
     Write("out", "result");
-    const Settlement settlement = Decide({Put("out", "result"), Final(ActKind::Move, "done")});
+    const Settlement settlement = Decide({Put("out", "result"), Final(Act::Move, "done")});
     EXPECT_STREQ(NameOf(settlement.left), "final action");
     EXPECT_EQ(settlement.record.outputs.size(), 1u);
     // Saved in place, then moved away.
     Write("done", "result");
     Remove("in");
-    const Settlement moved = Decide({Put("in", "result"), Final(ActKind::Move, "done", "result")});
+    const Settlement moved = Decide({Put("in", "result"), Final(Act::Move, "done", "result")});
     EXPECT_STREQ(NameOf(moved.left), "nothing");
     EXPECT_EQ(moved.record.outputs.size(), 1u);
 }
 
 TEST_F(SettlerTest, AProgramThatAStepMayHaveStartedIsNotStartedAgain)
 {
-    Intent start = Final(ActKind::Start, "program");
+    Intent start = Final(Act::Start, "program");
     start.finalAction = false;
     EXPECT_EQ(Left({start}), "unknowable");
     EXPECT_EQ(Left({start, Put("out", "result")}), "unknowable");

@@ -1,5 +1,7 @@
-// JSON of manifest, journal, record and worker protocol. Only .cpp files of this folder include this header.
+// Reading and writing JSON of manifest, journal, record and messages.
 #pragma once
+
+#include "protocol/JsonType.h"
 
 #include <nlohmann/json.hpp>
 
@@ -9,9 +11,6 @@
 #include <string_view>
 #include <vector>
 
-/// Keeps the keys in the order in which they are written.
-using Json = nlohmann::ordered_json;
-
 /// Nothing when the text is no JSON object. Never throws.
 [[nodiscard]] std::optional<Json> ParseObject(std::string_view text);
 /// One line, without line end. Texts that are not valid UTF-8 are repaired rather than refused.
@@ -19,7 +18,7 @@ using Json = nlohmann::ordered_json;
 
 // What a key holds; the empty value, 0 or false when it is absent or of another type.
 [[nodiscard]] std::string TextAt(const Json& object, const char* key);
-/// A text that stands for bytes, see platform/ByteText.h.
+/// A text that stands for bytes, see base/ByteText.h.
 [[nodiscard]] std::string BytesAt(const Json& object, const char* key);
 [[nodiscard]] std::int64_t IntegerAt(const Json& object, const char* key);
 [[nodiscard]] std::uint64_t UnsignedAt(const Json& object, const char* key);
@@ -27,6 +26,9 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] int CountAt(const Json& object, const char* key);
 [[nodiscard]] bool FlagAt(const Json& object, const char* key);
 [[nodiscard]] std::vector<std::string> TextsAt(const Json& object, const char* key);
+[[nodiscard]] std::vector<std::string> BytesListAt(const Json& object, const char* key);
+/// An array of texts that stand for bytes.
+[[nodiscard]] Json TextsOf(const std::vector<std::string>& bytes);
 /// An empty object when it is absent.
 [[nodiscard]] const Json& ObjectAt(const Json& object, const char* key);
 

@@ -1,4 +1,4 @@
-#include "supervisor/Json.h"
+#include "protocol/Json.h"
 
 #include "base/ByteText.h"
 
@@ -63,6 +63,20 @@ std::vector<std::string> TextsAt(const Json& object, const char* key)
     if (value == nullptr || !value->is_array()) return texts;
     for (const Json& text : *value)
         if (text.is_string()) texts.push_back(text.get<std::string>());
+    return texts;
+}
+
+std::vector<std::string> BytesListAt(const Json& object, const char* key)
+{
+    std::vector<std::string> texts = TextsAt(object, key);
+    for (std::string& text : texts) text = BytesFromText(text);
+    return texts;
+}
+
+Json TextsOf(const std::vector<std::string>& bytes)
+{
+    Json texts = Json::array();
+    for (const std::string& text : bytes) texts.push_back(TextFromBytes(text));
     return texts;
 }
 

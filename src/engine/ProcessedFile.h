@@ -2,18 +2,10 @@
 #pragma once
 
 #include "platform/Files.h"
+#include "protocol/Outcomes.h"
 
 #include <optional>
 #include <string>
-
-enum class FileOutcome {
-    Saved,            // all steps done and the result written, or nothing was to be written
-    CopiedUnchanged,  // security forbade changes: the output is a copy of the input
-    Incomplete,       // written, but a step was missing or failed, or the final action failed
-    Failed,           // could not be opened, processed or saved; the input was left as it is
-    Skipped,          // not processed at all, on purpose
-    Stopped           // the run was stopped while the file was being processed
-};
 
 /// What became of one input file. `message` is one sentence for people, empty when there is nothing to say.
 struct ProcessedFile {

@@ -1,0 +1,36 @@
+// What is done to a file or program for good, in the words of journal, record and worker messages.
+#pragma once
+
+#include "base/Overseer.h"
+#include "protocol/JsonType.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// The numbers are those of the jobs table.
+using Act = COverseer::Act;
+using ActAnswer = COverseer::Answer;
+
+/// "put", "move", "delete", "start".
+[[nodiscard]] std::string_view ActWord(Act act);
+[[nodiscard]] std::optional<Act> ActFromWord(std::string_view word);
+
+/// "go", "refuse", "pretend".
+[[nodiscard]] std::string_view ActAnswerWord(ActAnswer answer);
+/// Whatever is no answer is a refusal.
+[[nodiscard]] ActAnswer ActAnswerFromWord(std::string_view word);
+
+/// Something that is going to be done for good.
+struct IntendedAct {
+    int number = 0;            ///< of the input file that it is done for; 0 between files
+    bool finalAction = false;  ///< else it belongs to the results of the file
+    Act act = Act::Put;
+    std::string file = {}, target = {};  ///< bytes
+    std::string sha256 = {};             ///< of the content of `file`; may be empty while pretending
+    bool replaces = false;               ///< something stood at the target before; found out by who allows the act
+};
+
+[[nodiscard]] Json IntendedActJson(const IntendedAct& intended);
+/// Nothing when there is no known act.
+[[nodiscard]] std::optional<IntendedAct> IntendedActFrom(const Json& object);

@@ -1,0 +1,56 @@
+// What a plan says of an input file, and what became of it: the lines of manifest and record.
+#pragma once
+
+#include "protocol/Acts.h"
+#include "protocol/JsonType.h"
+#include "protocol/Outcomes.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// A line of the manifest. Paths are bytes, here and below.
+struct PlannedFile {
+    int number = 0;  ///< in the whole run, from 1
+    std::string path = {};
+    std::uint64_t size = 0;                ///< bytes
+    std::int64_t modifiedNanoseconds = 0;  ///< since 1970; 0 when there was no such file
+    std::uint32_t group = 0;               ///< 0: its names collide with nobody's
+};
+
+struct FileOutput {
+    std::string path = {};
+    std::string sha256 = {};  ///< empty when nothing was written really
+};
+
+struct FinalActionRecord {
+    enum class State { Done, Failed, Unknown };
+    std::optional<Act> act = {};  ///< nothing when it failed before it came to that
+    std::string target = {};      ///< empty for a deletion
+    State state = State::Failed;
+};
+/// "done", "failed", "unknown".
+[[nodiscard]] std::string_view FinalStateWord(FinalActionRecord::State state);
+
+/// A line of the record: what became of one input file.
+struct FileRecord {
+    int number = 0;  ///< in the whole run, from 1
+    std::string path = {};
+    std::uint64_t size = 0;
+    std::string sha256 = {};  ///< of the input before anything was done to it; empty when unknown
+    FileOutcome outcome = FileOutcome::Failed;
+    std::string message = {};  ///< UTF-8; a path in it as in base/ByteText.h
+    std::int64_t milliseconds = 0;
+    std::vector<FileOutput> outputs = {};
+    std::optional<FinalActionRecord> finalAction = {};
+    bool signaturesBroken = false;  ///< a signed document was written as a whole
+};
+
+[[nodiscard]] Json PlannedFileJson(const PlannedFile& file);
+/// Nothing when number or path is missing.
+[[nodiscard]] std::optional<PlannedFile> PlannedFileFrom(const Json& object);
+
+[[nodiscard]] Json FileRecordJson(const FileRecord& record);
+/// Nothing when there is no known outcome.
+[[nodiscard]] std::optional<FileRecord> FileRecordFrom(const Json& object);

@@ -114,8 +114,8 @@ void CheckProtectStep(const SequenceStep& step, CSequenceFindings& findings)
     protection.restricts = PermissionWord(settings) != kAllRights;
     protection.isRc4 = settings.encryptionMethod == 1;
     CheckProtection(protection, findings);
-    CheckPasswordText("open", record.String("Password", record.Wide("Password")), findings);
-    CheckPasswordText("permissions", record.String("PermPassword", record.Wide("PermPassword")), findings);
+    CheckPasswordText("open", record.AnyText("Password"), findings);
+    CheckPasswordText("permissions", record.AnyText("PermPassword"), findings);
     const bool aes256 = settings.encryptionMethod == 3;
     CheckPasswordIsTaken("open", protection.openPassword, aes256, findings);
     CheckPasswordIsTaken("permissions", protection.permissionsPassword, aes256, findings);

@@ -3,7 +3,7 @@
 #include "base/Names.h"
 #include "base/Text.h"
 
-#include <variant>
+#include <string_view>
 
 namespace {
 
@@ -52,12 +52,7 @@ struct Reader {
 
     void Integer(const char* key, std::int32_t& value, std::int32_t absent) const { value = record.Int(key, absent); }
     void Flag(const char* key, bool& value, bool absent) const { value = record.Bool(key, absent); }
-    void Text(const char* key, std::string& value) const
-    {
-        const CSettingsRecord::Value* stored = record.Find(key);
-        const bool wide = stored != nullptr && std::holds_alternative<WideText>(*stored);
-        value = wide ? record.Wide(key) : record.String(key);
-    }
+    void Text(const char* key, std::string& value) const { value = record.AnyText(key); }
     void Map(const char* key, TextPairs& value) const { value = ReadMap(record, key); }
     void Rectangle(const char* key, SettingsRectangle& value) const { value = ReadRectangle(record, key, {}); }
 };

@@ -1,20 +1,29 @@
 #include "common/SettingsFile.h"
 
-#include <charconv>
-#include <cstdint>
-#include <optional>
-#include <utility>
-
+#include "base/Base64.h"
+#include "base/ByteText.h"
 #include "base/Text.h"
 #include "platform/FileProblem.h"
 
-// One line per entry: type, key, value, separated by single blanks; texts are escaped, so a line end is always one.
-// "record" opens a nested record and "." closes the innermost. The last line holds a checksum over the lines before,
-// counted with LF, so a file that travelled as CR LF text is still good.
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
+
+// {"ferrule": "settings", "version": 2, "checksum": "...", "values": {key: value, ...}}. A narrow text is a JSON
+// string, a number or flag itself, null null; what JSON does not know is an object of one type word: {"wide": text},
+// {"atom": name}, {"binary": Base64}, {"double": "inf"}, {"record": {key: value, ...}}. Bytes that are no text stand
+// in texts as base/ByteText.h says. The checksum is that of the values in their shortest form.
 namespace {
 
-constexpr std::string_view kSignature = "Ferrule settings ";
-constexpr int kVersion = 1;
+using Json = nlohmann::ordered_json;
+using Value = CSettingsRecord::Value;
+
+constexpr int kVersion = 2;
+constexpr std::string_view kStart = R"({"ferrule":"settings")";  // without white space
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 class CChecksum {
@@ -33,23 +42,6 @@ private:
 };
 
 enum class Escape { Text, Key, All };
-
-std::string Escaped(std::string_view bytes, Escape kind)
-{
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool plain = byte >= 0x20 && byte != 0x7F && c != '\\' && (c != ' ' || kind == Escape::Text);
-        if (plain && kind != Escape::All) {
-            text += c;
-            continue;
-        }
-        if (kind != Escape::All) text += '\\';
-        text += kHexDigits[byte >> 4];
-        text += kHexDigits[byte & 0xF];
-    }
-    return text;
-}
 
 std::optional<char> HexByte(std::string_view text)
 {
@@ -78,57 +70,94 @@ std::optional<std::string> Unescaped(std::string_view text, Escape kind)
     return bytes;
 }
 
-class CWriter {
-public:
-    explicit CWriter(const CSettingsRecord& record)
-    {
-        Line(std::string(kSignature) + std::to_string(kVersion));
-        Entries(record);
-        m_text += "end " + m_checksum.Text() + "\n";
-    }
-    std::string Take() { return std::move(m_text); }
+std::string ChecksumOf(const Json& values)
+{
+    CChecksum checksum;
+    checksum.AddLine(values.dump());
+    return checksum.Text();
+}
 
-private:
-    void Line(std::string_view line)
-    {
-        m_checksum.AddLine(line);
-        m_text.append(line).append("\n");
-    }
+// ---- values as JSON
 
-    void Entries(const CSettingsRecord& record)
-    {
-        for (const auto& entry : record.Entries()) {
-            m_key = Escaped(entry.key, Escape::Key);
-            std::visit([this](const auto& value) { Write(value); }, entry.value);
-        }
-    }
+Json JsonOf(const CSettingsRecord& record);
 
-    void Entry(std::string_view type, std::string_view value)
+struct ValueAsJson {
+    Json operator()(NullValue) const { return nullptr; }
+    Json operator()(bool value) const { return value; }
+    Json operator()(std::int32_t value) const { return value; }
+    Json operator()(double value) const
     {
-        Line(std::string(type).append(" ").append(m_key).append(" ").append(value));
+        if (std::isfinite(value)) return value;
+        return {{"double", std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf"}};
     }
-
-    void Write(const NullValue&) { Entry("null", ""); }
-    void Write(bool value) { Entry("bool", value ? "true" : "false"); }
-    void Write(std::int32_t value) { Entry("int", std::to_string(value)); }
-    void Write(double value)
-    {
-        char text[64];  // the shortest text that reads back as the same number, whatever the language
-        Entry("double", {text, std::to_chars(text, text + sizeof text, value).ptr});
-    }
-    void Write(const std::string& value) { Entry("text", Escaped(value, Escape::Text)); }
-    void Write(const WideText& value) { Entry("wide", Escaped(value.utf8, Escape::Text)); }
-    void Write(const BinaryValue& value) { Entry("binary", Escaped(value.bytes, Escape::All)); }
-    void Write(const CSettingsRecord::Nested& nested)
-    {
-        Entry("record", "");
-        Entries(*nested);
-        Line(".");
-    }
-
-    std::string m_text, m_key;
-    CChecksum m_checksum;
+    Json operator()(const std::string& value) const { return TextFromBytes(value); }
+    Json operator()(const WideText& value) const { return {{"wide", TextFromBytes(value.utf8)}}; }
+    Json operator()(const AtomValue& value) const { return {{"atom", TextFromBytes(value.name)}}; }
+    Json operator()(const BinaryValue& value) const { return {{"binary", EncodeBase64(value.bytes)}}; }
+    Json operator()(const CSettingsRecord::Nested& value) const { return {{"record", JsonOf(*value)}}; }
 };
+
+Json JsonOf(const CSettingsRecord& record)
+{
+    Json values = Json::object();
+    for (const auto& entry : record.Entries())
+        values[TextFromBytes(entry.key)] = std::visit(ValueAsJson{}, entry.value);
+    return values;
+}
+
+std::optional<CSettingsRecord> RecordOf(const Json& values, int depth);
+
+std::optional<Value> TypedValueOf(const std::string& type, const Json& value, int depth)
+{
+    if (type == "record") {
+        auto record = RecordOf(value, depth + 1);
+        if (!record) return std::nullopt;
+        return Value(std::make_shared<const CSettingsRecord>(std::move(*record)));
+    }
+    if (!value.is_string()) return std::nullopt;
+    const auto& text = value.get_ref<const std::string&>();
+    if (type == "wide") return Value(WideText{BytesFromText(text)});
+    if (type == "atom") return Value(AtomValue{BytesFromText(text)});
+    if (type == "binary") return Value(BinaryValue{DecodeBase64(text)});
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    if (type == "double" && text == "nan") return Value(std::numeric_limits<double>::quiet_NaN());
+    if (type == "double" && (text == "inf" || text == "-inf")) return Value(text == "inf" ? kInfinity : -kInfinity);
+    return std::nullopt;
+}
+
+std::optional<Value> ValueOf(const Json& value, int depth)
+{
+    if (value.is_null()) return Value(NullValue{});
+    if (value.is_boolean()) return Value(value.get<bool>());
+    if (value.is_number_float()) return Value(value.get<double>());
+    if (value.is_string()) return Value(BytesFromText(value.get_ref<const std::string&>()));
+    if (value.is_object() && value.size() == 1)
+        return TypedValueOf(value.begin().key(), value.begin().value(), depth);
+    if (!value.is_number_integer()) return std::nullopt;
+    const auto number = value.get<std::int64_t>();
+    if (number != static_cast<std::int32_t>(number)) return std::nullopt;
+    return Value(static_cast<std::int32_t>(number));
+}
+
+/// Nothing when anything in it is not what a writer writes.
+std::optional<CSettingsRecord> RecordOf(const Json& values, int depth)
+{
+    if (!values.is_object() || depth > kMaxSettingsDepth) return std::nullopt;
+    CSettingsRecord record;
+    for (const auto& [key, value] : values.items()) {
+        auto read = ValueOf(value, depth);
+        if (!read) return std::nullopt;
+        record.PutValue(BytesFromText(key), std::move(*read));
+    }
+    return record;
+}
+
+// ---- the lines that older versions wrote: type, key and value, separated by single blanks; texts are escaped, so a
+// line end is always one. "record" opens a nested record and "." closes the innermost. The last line holds a checksum
+// over the lines before, counted with LF, so a file that travelled as CR LF text is still good.
+
+constexpr std::string_view kOldSignature = "Ferrule settings ";
+constexpr int kOldVersion = 1;
 
 std::string_view TakeLine(std::string_view& rest)
 {
@@ -148,17 +177,16 @@ std::string_view TakeWord(std::string_view& line)
 }
 
 template <class Number>
-std::optional<CSettingsRecord::Value> ParseNumber(std::string_view text)
+std::optional<Value> ParseNumber(std::string_view text)
 {
     Number number{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return CSettingsRecord::Value(number);
+    return Value(number);
 }
 
-std::optional<CSettingsRecord::Value> ParseValue(std::string_view type, std::string_view text)
+std::optional<Value> ParseValue(std::string_view type, std::string_view text)
 {
-    using Value = CSettingsRecord::Value;
     if (type == "null") return Value(NullValue{});
     if (type == "bool" && (text == "true" || text == "false")) return Value(text == "true");
     if (type == "int") return ParseNumber<std::int32_t>(text);
@@ -171,7 +199,7 @@ std::optional<CSettingsRecord::Value> ParseValue(std::string_view type, std::str
     return std::nullopt;
 }
 
-class CReader {
+class COldReader {
 public:
     /// The lines behind the signature line; nothing when they are not exactly what a writer writes.
     std::optional<CSettingsRecord> Read(std::string_view firstLine, std::string_view rest)
@@ -226,8 +254,6 @@ private:
     CChecksum m_checksum;
 };
 
-SettingsFileContent Refused(SettingsFileState state, std::string problem) { return {state, {}, std::move(problem)}; }
-
 bool DeeperThan(const CSettingsRecord& record, int levels)
 {
     for (const auto& entry : record.Entries()) {
@@ -237,25 +263,65 @@ bool DeeperThan(const CSettingsRecord& record, int levels)
     return false;
 }
 
+// ---- the file
+
+SettingsFileContent Refused(SettingsFileState state, std::string problem) { return {state, {}, std::move(problem)}; }
+
+SettingsFileContent NewerVersion()
+{
+    return Refused(SettingsFileState::Newer, "The settings file was written by a newer version.");
+}
+
+SettingsFileContent ParseOldSettings(std::string_view bytes)
+{
+    std::string_view rest = bytes;
+    const auto firstLine = TakeLine(rest);
+    if (ParseDecimal(firstLine.substr(kOldSignature.size())) > kOldVersion) return NewerVersion();
+    auto record = COldReader().Read(firstLine, rest);
+    if (!record) return Refused(SettingsFileState::Damaged, "The settings file is damaged.");
+    return {SettingsFileState::Ok, std::move(*record), {}};
+}
+
+/// Null when it is absent. Borrowed: a copy of what is nested without end would not come to an end either.
+const Json& FieldOf(const Json& object, const char* key)
+{
+    static const Json null;
+    const auto field = object.find(key);
+    return field == object.end() ? null : *field;
+}
+
+/// Whether the text begins as one of ours does, as far as it goes.
+bool MayBeSettings(std::string_view bytes)
+{
+    std::string start;
+    for (const char c : bytes.substr(0, 100))
+        if (c != ' ' && c != '\t' && c != '\r' && c != '\n') start += c;
+    return !start.empty() && (start.starts_with(kStart) || kStart.starts_with(start));
+}
+
 }  // namespace
 
-std::string FormatSettings(const CSettingsRecord& record) { return CWriter(record).Take(); }
+std::string FormatSettings(const CSettingsRecord& record)
+{
+    const Json values = JsonOf(record);
+    const Json file = {
+        {"ferrule", "settings"}, {"version", kVersion}, {"checksum", ChecksumOf(values)}, {"values", values}};
+    return file.dump(1, '\t') + '\n';
+}
 
 SettingsFileContent ParseSettings(std::string_view bytes)
 {
-    if (bytes.size() < kSignature.size() && kSignature.starts_with(bytes)) {
+    if (bytes.size() >= kOldSignature.size() && bytes.starts_with(kOldSignature)) return ParseOldSettings(bytes);
+    if (bytes.empty() || kOldSignature.starts_with(bytes))
         return Refused(SettingsFileState::Damaged, "The settings file is cut short.");
-    }
-    if (!bytes.starts_with(kSignature)) {
-        return Refused(SettingsFileState::Foreign, "The file is not a settings file.");
-    }
-    std::string_view rest = bytes;
-    const auto firstLine = TakeLine(rest);
-    if (ParseDecimal(firstLine.substr(kSignature.size())) > kVersion) {
-        return Refused(SettingsFileState::Newer, "The settings file was written by a newer version.");
-    }
-    auto record = CReader().Read(firstLine, rest);
-    if (!record) return Refused(SettingsFileState::Damaged, "The settings file is damaged.");
+    if (!MayBeSettings(bytes)) return Refused(SettingsFileState::Foreign, "The file is not a settings file.");
+    const Json file = Json::parse(bytes, nullptr, false);
+    if (file.is_discarded()) return Refused(SettingsFileState::Damaged, "The settings file is damaged.");
+    const Json &version = FieldOf(file, "version"), &values = FieldOf(file, "values");
+    if (version.is_number_integer() && version > kVersion) return NewerVersion();
+    auto record = RecordOf(values, 0);
+    if (version != kVersion || !record || FieldOf(file, "checksum") != ChecksumOf(values))
+        return Refused(SettingsFileState::Damaged, "The settings file is damaged.");
     return {SettingsFileState::Ok, std::move(*record), {}};
 }
 

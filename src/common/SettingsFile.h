@@ -20,11 +20,12 @@ struct [[nodiscard]] SettingsFileContent {
     bool Ok() const { return state == SettingsFileState::Ok; }
 };
 
-/// Reads a settings file. Fails: the record is empty; a file cut short or altered counts as damaged.
+/// Reads a settings file: a JSON object, or the lines that older versions wrote. Fails: the record is empty; a file
+/// cut short or altered counts as damaged. White space between the values of the object may be altered.
 SettingsFileContent ReadSettingsFile(const std::string& path);
 /// Writes the complete file or leaves the old one; only its owner may read it, for it may hold passwords.
 platform::FileResult WriteSettingsFile(const std::string& path, const CSettingsRecord& record);
 
-// The same form in memory.
+// The same in memory.
 SettingsFileContent ParseSettings(std::string_view bytes);
 std::string FormatSettings(const CSettingsRecord& record);

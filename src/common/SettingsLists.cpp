@@ -8,13 +8,6 @@ namespace {
 
 constexpr std::string_view kNumItems = "NumItems";
 
-std::string ItemText(const CSettingsRecord::Value& value)
-{
-    if (const auto* narrow = std::get_if<std::string>(&value)) return *narrow;
-    if (const auto* wide = std::get_if<WideText>(&value)) return wide->utf8;
-    return {};
-}
-
 // The texts under "0", "1", ... up to the stored count, which is not trusted beyond the entries that exist.
 std::vector<std::string> ReadItems(const CSettingsRecord& list)
 {
@@ -22,8 +15,7 @@ std::vector<std::string> ReadItems(const CSettingsRecord& list)
     const std::int32_t stored = list.Int(kNumItems, 0);
     const auto present = static_cast<std::int32_t>(list.Entries().size());
     for (std::int32_t i = 0; i < stored && i < present; ++i) {
-        const auto* value = list.Find(std::to_string(i));
-        items.push_back(value ? ItemText(*value) : std::string());
+        items.push_back(list.AnyText(std::to_string(i)));
     }
     return items;
 }
@@ -70,9 +62,8 @@ TextPairs ReadMap(const CSettingsRecord& record, std::string_view key)
     const std::int32_t stored = map->Int(kNumItems, 0);
     const std::int64_t last = LastNumber(*map);
     for (std::int64_t i = 0; i < stored && i <= last; i += 2) {
-        const auto* name = map->Find(std::to_string(i));
-        const auto* value = map->Find(std::to_string(i + 1));
-        if (name) pairs.emplace_back(ItemText(*name), value ? ItemText(*value) : std::string());
+        const std::string name = std::to_string(i);
+        if (map->Known(name)) pairs.emplace_back(map->AnyText(name), map->AnyText(std::to_string(i + 1)));
     }
     return pairs;
 }

@@ -15,8 +15,8 @@ std::vector<std::string> ReadList(const CSettingsRecord& record, std::string_vie
 void PutList(CSettingsRecord& record, std::string_view key, const std::vector<std::string>& items);
 
 /// A map is a record whose "NumItems" counts texts, not pairs: key and value of a pair stand under neighbouring
-/// numbers (0 and 1, 2 and 3, ...), the last value also when an odd count ends before it. A key without a value has an
-/// empty one. The order of the pairs is kept.
+/// numbers (0 and 1, 2 and 3, ...), the last value also when an odd count ends before it. A key without a value has
+/// an empty one. The order of the pairs is kept.
 using TextPairs = std::vector<std::pair<std::string, std::string>>;
 TextPairs ReadMap(const CSettingsRecord& record, std::string_view key);
 void PutMap(CSettingsRecord& record, std::string_view key, const TextPairs& pairs);

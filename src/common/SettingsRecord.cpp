@@ -56,6 +56,14 @@ std::string CSettingsRecord::Wide(std::string_view key, std::string_view fallbac
     return text ? text->utf8 : std::string(fallbackUtf8);
 }
 
+std::string CSettingsRecord::AnyText(std::string_view key) const
+{
+    if (const auto* text = Get<std::string>(*this, key)) return *text;
+    if (const auto* text = Get<WideText>(*this, key)) return text->utf8;
+    const auto* atom = Get<AtomValue>(*this, key);
+    return atom ? atom->name : std::string();
+}
+
 std::string CSettingsRecord::Binary(std::string_view key) const
 {
     const auto* binary = Get<BinaryValue>(*this, key);

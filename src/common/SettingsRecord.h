@@ -17,6 +17,12 @@ struct WideText {
     bool operator==(const WideText&) const = default;
 };
 
+/// A name of the host.
+struct AtomValue {
+    std::string name;
+    bool operator==(const AtomValue&) const = default;
+};
+
 /// Raw bytes.
 struct BinaryValue {
     std::string bytes;
@@ -35,7 +41,8 @@ class CSettingsRecord {
 public:
     /// A nested record; never null.
     using Nested = std::shared_ptr<const CSettingsRecord>;
-    using Value = std::variant<NullValue, bool, std::int32_t, double, std::string, WideText, BinaryValue, Nested>;
+    using Value =
+        std::variant<NullValue, bool, std::int32_t, double, std::string, WideText, AtomValue, BinaryValue, Nested>;
     struct Entry {
         std::string key;
         Value value;
@@ -53,6 +60,8 @@ public:
     double Double(std::string_view key, double fallback) const;
     std::string String(std::string_view key, std::string_view fallback = {}) const;
     std::string Wide(std::string_view key, std::string_view fallbackUtf8 = {}) const;
+    /// Of a text, narrow or wide, or an atom's name.
+    std::string AnyText(std::string_view key) const;
     std::string Binary(std::string_view key) const;
     /// Borrowed until the next change; null when there is no record under the key.
     const CSettingsRecord* Record(std::string_view key) const;
@@ -64,6 +73,7 @@ public:
     void PutDouble(std::string_view key, double value) { PutValue(key, value); }
     void PutString(std::string_view key, std::string_view value) { PutValue(key, std::string(value)); }
     void PutWide(std::string_view key, std::string_view utf8) { PutValue(key, WideText{std::string(utf8)}); }
+    void PutAtom(std::string_view key, std::string_view name) { PutValue(key, AtomValue{std::string(name)}); }
     void PutBinary(std::string_view key, std::string_view bytes) { PutValue(key, BinaryValue{std::string(bytes)}); }
     void PutNull(std::string_view key) { PutValue(key, NullValue{}); }
     void PutRecord(std::string_view key, CSettingsRecord record);

@@ -20,7 +20,7 @@ void PutFromCab(CSettingsRecord& record, const std::string& key, CCabView cab)
             record.PutDouble(key, cab.Double(name, 0));
             break;
         case kASValueAtom:
-            record.PutString(key, AtomText(cab.Atom(name).value_or(kNullAtom)));
+            record.PutAtom(key, AtomText(cab.Atom(name).value_or(kNullAtom)));
             break;
         case kASValueString:
             record.PutString(key, cab.String(name).value_or(""));
@@ -53,6 +53,7 @@ struct CabPut {
     void operator()(double value) { cab.PutDouble(key, value); }
     void operator()(const std::string& value) { cab.PutString(key, value); }
     void operator()(const WideText& value) { cab.PutTextUtf8(key, value.utf8); }
+    void operator()(const AtomValue& value) { cab.PutAtom(key, Atom(value.name)); }
     void operator()(const BinaryValue& value) { cab.PutBinary(key, value.bytes); }
     void operator()(const CSettingsRecord::Nested& value) { cab.PutCab(key, CabFromRecord(*value)); }
 };

@@ -5,7 +5,7 @@
 
 class CSettingsRecord;
 
-/// Copies every entry in the order of the cab. An atom becomes the string of its name. Left out: typed pointers,
+/// Copies every entry in the order of the cab. Left out: typed pointers,
 /// which would mean nothing later, and unsigned and 64-bit numbers, which the plug-in has no use for.
 [[nodiscard]] CSettingsRecord RecordFromCab(CCabView cab);
 

@@ -1,5 +1,6 @@
 #include "sequence/SequenceReport.h"
 
+#include "base/Base64.h"
 #include "base/ByteText.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Atoms.h"

@@ -42,16 +42,9 @@ inline constexpr std::size_t kMaxItemValueBytes = 1'000'000;
 /// Takes at most the first kMaxItemValueBytes of the text, cut between characters.
 [[nodiscard]] std::optional<WorkflowValue> ItemValue(std::string_view type, std::string_view valueUtf8);
 
-/// Bytes of a Base64 text. Characters outside the alphabet are skipped, padding included; a last group of two or
-/// three characters yields one or two bytes, a single character none.
-[[nodiscard]] std::string DecodeBase64(std::string_view text);
-
 /// The number that a text starts with, after white space; 0 when there is none. Always a decimal point, whatever the
 /// locale.
 [[nodiscard]] double LeadingDouble(std::string_view text);
-
-/// Base64 with padding, in one line.
-[[nodiscard]] std::string EncodeBase64(const std::string& bytes);
 
 /// Whether the first key stands before the second in a cab: keys of digits first, by number, then the others by
 /// bytes.

@@ -1,5 +1,6 @@
 #include "sequence/XmlForm.h"
 
+#include "base/Base64.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "platform/Files.h"

@@ -28,6 +28,7 @@ CSettingsRecord EveryType()
     record.PutString("bytes", std::string(" \\ a\r\nb\0\xFF\x7F ", 11));
     record.PutWide("OutputFolderW", "/\xC3\xA4 \xF0\x9F\x98\x80");
     record.PutBinary("key", std::string("\0\x01\xFF", 3));
+    record.PutAtom("name", "DO\xC3\x84 \xFF");
     record.PutNull("nothing");
     record.PutRecord("Password Files\n\xC3\xA4", nested);
     record.PutString("", "under the empty key");
@@ -153,6 +154,30 @@ TEST(SettingsFile, EveryTypeComesBackAndOnlyTheOwnerMayRead)
     EXPECT_EQ(read.record.Entries().front().key, "AllowLogging");
 }
 
+TEST(SettingsFile, TheLinesOfOlderVersionsAreReadAndWrittenAsJson)
+{
+    const std::string old =
+        "Ferrule settings 1\nbool AllowLogging false\nint least -2147483648\ndouble tenth 0.1\ndouble tiny 5e-324\n"
+        "double endless -inf\n" +
+        std::string("text bytes  \\5c a\\0d\\0ab\\00\xFF\\7f \n") +
+        "wide OutputFolderW /\xC3\xA4 \xF0\x9F\x98\x80\nbinary key 0001ff\nnull nothing \n"
+        "record Password\\20Files\\0a\xC3\xA4 \ntext empty \nrecord empty\\20record \n.\n.\n"
+        "text  under the empty key\nend 91c8ca59c8db4283\n";
+    const auto read = ParseSettings(old);
+    ASSERT_TRUE(read.Ok()) << read.problem;
+    auto expected = EveryType();
+    expected.Erase("name");  // a type that they did not have
+    EXPECT_EQ(read.record, expected);
+    const std::string written = FormatSettings(read.record);
+    EXPECT_TRUE(written.starts_with("{"));
+    EXPECT_EQ(ParseSettings(written).record, expected);
+    for (std::size_t at = 0; at < old.size(); ++at) {
+        std::string changed = old;
+        changed[at] ^= '\x01';
+        EXPECT_FALSE(ParseSettings(changed).Ok()) << at;
+    }
+}
+
 TEST(SettingsFile, NoCutAndNoChangedByteGoesUnnoticed)
 {
     const auto good = FormatSettings(EveryType());
@@ -189,16 +214,22 @@ TEST(SettingsFile, RefusalsSayWhy)
     const struct {
         std::string bytes;
         SettingsFileState state;
-    } rows[] = {{"", SettingsFileState::Damaged},
-                {"%PDF-1.7\n", SettingsFileState::Foreign},
-                {"Ferrule settings 2\nanything\n", SettingsFileState::Newer},
-                {"Ferrule settings 99999999999999999999\n", SettingsFileState::Newer},
-                {"Ferrule settings 1\n", SettingsFileState::Damaged},
-                {"Ferrule settings 1\n.\nend 0\n", SettingsFileState::Damaged},
-                {FormatSettings(Nested(65)), SettingsFileState::Damaged}};
+    } rows[] = {
+        {"", SettingsFileState::Damaged},
+        {"%PDF-1.7\n", SettingsFileState::Foreign},
+        {"Ferrule settings 2\nanything\n", SettingsFileState::Newer},
+        {"Ferrule settings 99999999999999999999\n", SettingsFileState::Newer},
+        {"Ferrule settings 1\n", SettingsFileState::Damaged},
+        {"Ferrule settings 1\n.\nend 0\n", SettingsFileState::Damaged},
+        {"{\"some\": \"object\"}", SettingsFileState::Foreign},
+        {"{\"ferrule\": \"settings\", \"version\": 3}", SettingsFileState::Newer},
+        {"{\"ferrule\": \"settings\", \"version\": 2, \"values\": []}", SettingsFileState::Damaged},
+        {R"({"ferrule": "settings", "values": )" + std::string(1'000'000, '[') + std::string(1'000'000, ']') + "}",
+         SettingsFileState::Damaged},
+        {FormatSettings(Nested(65)), SettingsFileState::Damaged}};
     for (const auto& row : rows) {
         const auto content = ReadSettingsFile(folder.Write("file", row.bytes));
-        EXPECT_EQ(content.state, row.state) << row.bytes;
+        EXPECT_EQ(content.state, row.state) << row.bytes.substr(0, 100);
         EXPECT_FALSE(content.problem.empty());
     }
     EXPECT_EQ(ReadSettingsFile(folder / "missing").state, SettingsFileState::Missing);

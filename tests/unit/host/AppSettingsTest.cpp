@@ -16,8 +16,8 @@ std::string NewerFile()
     CSettingsRecord record;
     record.PutBool("AllowLogging", false);
     std::string bytes = FormatSettings(record);
-    const std::size_t version = bytes.find('1');
-    bytes[version] = '9';
+    const std::string key = "\"version\": ";
+    bytes[bytes.find(key) + key.size()] = '9';
     return bytes;
 }
 

@@ -54,23 +54,6 @@ TEST(ItemValues, OnlyTheExactWordIsTrue)
     EXPECT_TRUE(std::get<bool>(*ItemValue("boolean", "true")));
 }
 
-TEST(ItemValues, Base64SkipsWhatIsNotInItsAlphabet)
-{
-    const struct {
-        const char* text;
-        const char* bytes;
-    } rows[] = {{"RmVycnVsZQ==", "Ferrule"},
-                {"RmVy\r\ncnVs\n ZQ", "Ferrule"},
-                {"Zg", "f"},
-                {"Zm8", "fo"},
-                {"Z", ""},
-                {"====", ""},
-                {"-_Zm9v*", "foo"},
-                {"", ""}};
-    for (const auto& row : rows) EXPECT_EQ(DecodeBase64(row.text), row.bytes) << row.text;
-    EXPECT_EQ(DecodeBase64("AP+/"), std::string("\x00\xFF\xBF", 3));
-}
-
 TEST(ItemValues, LongTextIsCutBetweenCharacters)
 {
     std::string text(999'999, 'a');

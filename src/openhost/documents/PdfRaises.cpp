@@ -34,6 +34,8 @@ ASErrorCode CodeOf(PdfProblem problem)
             return pdErrZeroPageFile;
         case PdfProblem::BadPage:
             return pdErrInvalidPageNumber;
+        case PdfProblem::LastPage:
+            return pdErrCannotDeleteAllPages;
         case PdfProblem::NeedsPassword:
             return Always(pdErrNeedPassword);
         case PdfProblem::UnsupportedSecurity:
@@ -43,6 +45,7 @@ ASErrorCode CodeOf(PdfProblem problem)
         case PdfProblem::PasswordNotExpressible:
             return genErrBadParm;
         case PdfProblem::BadSecuritySettings:
+        case PdfProblem::BadParameter:
             return genErrBadParm;
         case PdfProblem::NoPath:
             return genErrBadParm;

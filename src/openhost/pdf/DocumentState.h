@@ -40,6 +40,7 @@ struct CPdfDocument::State {
     std::optional<CPdfError> refusal;  // of the last security request: every save fails with it
 
     bool modified = false;
+    bool maySave = false;         // for what was changed, whatever other changes need
     bool contentChanged = false;  // the file does not show the present state
     bool reload = false;          // saved since: the next use reads the new file
     bool repaired = false;

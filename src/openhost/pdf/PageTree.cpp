@@ -1,5 +1,6 @@
 #include "openhost/pdf/PageTree.h"
 
+#include <algorithm>
 #include <climits>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFExc.hh>
@@ -10,17 +11,6 @@ namespace openhost {
 namespace {
 
 bool IsCatalogue(QPDFObjectHandle object) { return object.isDictionary() && object.getKey("/Pages").isDictionary(); }
-
-/// A page's own entry or the one it inherits.
-QPDFObjectHandle InheritedEntry(QPDFObjectHandle node, const char* key)
-{
-    constexpr int kDeepestTree = 1000;
-    for (int level = 0; level < kDeepestTree && node.isDictionary(); ++level) {
-        if (node.hasKey(key)) return node.getKey(key);
-        node = node.getKey("/Parent");
-    }
-    return QPDFObjectHandle::newNull();
-}
 
 void MakeChildOf(QPDFObjectHandle root, QPDFObjectHandle page)
 {
@@ -38,6 +28,16 @@ struct OpenNode {
 };
 
 }  // namespace
+
+QPDFObjectHandle InheritedEntry(QPDFObjectHandle node, const char* key)
+{
+    constexpr int kDeepestTree = 1000;
+    for (int level = 0; level < kDeepestTree && node.isDictionary(); ++level) {
+        if (node.hasKey(key)) return node.getKey(key);
+        node = node.getKey("/Parent");
+    }
+    return QPDFObjectHandle::newNull();
+}
 
 Catalogue EnsureCatalogue(QPDF& document, bool repair)
 {
@@ -91,6 +91,7 @@ void MakePageTree(QPDF& document, std::vector<QPDFObjectHandle> pages)
     root.replaceKey("/Type", QPDFObjectHandle::newName("/Pages"));
     root.replaceKey("/Kids", QPDFObjectHandle::newArray(pages));
     root.replaceKey("/Count", QPDFObjectHandle::newInteger(static_cast<long long>(pages.size())));
+    if (document.everCalledGetAllPages()) document.updateAllPagesCache();
 }
 
 PageWalk WalkPages(QPDF& document)
@@ -126,5 +127,17 @@ PageWalk WalkPages(QPDF& document)
 }
 
 std::vector<QPDFObjectHandle> PagesOf(QPDF& document) { return WalkPages(document).pages; }
+
+std::vector<QPDFObjectHandle> ChangeablePagesOf(QPDF& document)
+{
+    std::vector<QPDFObjectHandle> pages = PagesOf(document);
+    std::set<QPDFObjGen> met;
+    const auto isShared = [&](QPDFObjectHandle& page) {
+        return !page.isIndirect() || !met.insert(page.getObjGen()).second;
+    };
+    if (std::ranges::none_of(pages, isShared)) return pages;
+    MakePageTree(document, std::move(pages));
+    return PagesOf(document);
+}
 
 }  // namespace openhost

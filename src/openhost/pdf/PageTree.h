@@ -26,6 +26,13 @@ struct PageWalk {
 PageWalk WalkPages(QPDF& document);
 std::vector<QPDFObjectHandle> PagesOf(QPDF& document);
 
+/// The same, each page an object of its own: a page that stands in the tree twice is copied first, so that a change
+/// of one is none of the other.
+std::vector<QPDFObjectHandle> ChangeablePagesOf(QPDF& document);
+
+/// A page's own entry or the one it inherits; null when there is none.
+QPDFObjectHandle InheritedEntry(QPDFObjectHandle node, const char* key);
+
 /// How many pages the document says it has; nothing when that is no possible number.
 std::optional<std::size_t> ClaimedPages(QPDF& document);
 

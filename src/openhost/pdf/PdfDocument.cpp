@@ -86,6 +86,8 @@ QPDF& CPdfDocument::Library() { return m_state->Current(); }
 
 bool CPdfDocument::FileShowsPresentState() const { return !m_state->contentChanged && !m_state->path.empty(); }
 
+void CPdfDocument::PermitSave() { m_state->maySave = true; }
+
 void CPdfDocument::SetModified(bool modified)
 {
     m_state->modified = modified;

@@ -89,6 +89,9 @@ public:
     bool IsEncrypted() const;
     bool IsModified() const;
     void SetModified(bool modified);
+    /// What was changed is allowed by a right of its own: the document may be saved without the right to change
+    /// everything. Holds until the next save.
+    void PermitSave();
     /// Whether reading Path() with PasswordBytes() gives the document as it is now, pending security aside.
     bool FileShowsPresentState() const;
     bool WasRepaired() const;
@@ -130,6 +133,10 @@ public:
     /// Key without a slash; unknown keys are added, an empty value stays as an empty string. Marks modified.
     /// Fails: NotPermitted; UnsupportedInput for an empty key or one with a number sign.
     void SetInfo(const std::string& key, const std::string& value);
+
+    /// Whether the metadata packet, which a save brings in step with changed entries, has this text in it already;
+    /// true when there is no packet that could be read.
+    bool MetadataHold(const std::string& utf8);
 
     /// Writes the whole document: beside the target under a temporary name, flushed, read back, then put in its place
     /// at once. What does not come back is written once more without linearisation, and else fails: NotReadBack.

@@ -18,17 +18,19 @@ enum class PdfProblem {
     Damaged,      ///< damaged beyond repair
     NoPages,
     BadPage,
+    LastPage,  ///< no page would be left
     NeedsPassword,
     UnsupportedSecurity,  ///< encrypted by a handler other than "Standard", or in an unknown way
     NotPermitted,
     PasswordNotExpressible,  ///< holds characters that the asked encryption cannot express
     BadSecuritySettings,
-    NoPath,  ///< a document that never had a file was saved without naming one
+    BadParameter,  ///< a step cannot take what it was given
+    NoPath,        ///< a document that never had a file was saved without naming one
     Exists,
     DiskFull,
     CannotWrite,
-    NotReadBack,   ///< the library wrote a file that it cannot read as it should be
-    InputChanged,  ///< the document's own file is not the one that was opened any more
+    NotReadBack,       ///< the library wrote a file that it cannot read as it should be
+    InputChanged,      ///< the document's own file is not the one that was opened any more
     UnsupportedInput,  ///< a converter cannot read its source
     OutOfMemory,
     Cancelled,

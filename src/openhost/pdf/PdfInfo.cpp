@@ -1,5 +1,7 @@
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PdfGuard.h"
+#include "openhost/pdf/XmlTags.h"
+#include "openhost/pdf/Xmp.h"
 
 namespace openhost {
 namespace {
@@ -53,6 +55,14 @@ void CPdfDocument::SetInfo(const std::string& key, const std::string& value)
             [&] { MakeInfoDictionary(state.Current()).replaceKey('/' + key, QPDFObjectHandle::newString(value)); });
     state.changedInfo.insert(key);
     state.modified = state.contentChanged = true;
+}
+
+bool CPdfDocument::MetadataHold(const std::string& utf8)
+{
+    return Guarded(m_state->description, PdfProblem::Damaged, [&] {
+        const auto packet = MetadataPacket(m_state->Current());
+        return !packet || packet->find(XmlEscaped(utf8)) != std::string::npos;
+    });
 }
 
 }  // namespace openhost

@@ -21,7 +21,7 @@ void CheckMaySave(const CPdfDocument& document, const CPdfDocument::State& state
 {
     if (state.locked) throw CPdfError(PdfProblem::NeedsPassword, state.description + ": needs a password");
     if (state.refusal) throw *state.refusal;
-    if (!document.Allows(PdfRight::FullSave)) {
+    if (!state.maySave && !document.Allows(PdfRight::FullSave)) {
         throw CPdfError(PdfProblem::NotPermitted, state.description + ": changing the document is not permitted");
     }
 }
@@ -230,7 +230,7 @@ void MoveTo(CPdfDocument::State& state, const std::string& target, bool pretende
     state.changeIsSaved = true;
     state.path = state.description = target;
     state.stamp = platform::StampOf(target);
-    state.modified = false;
+    state.modified = state.maySave = false;
     state.contentChanged = pretended;
     state.changedInfo.clear();
     state.reload = !pretended;

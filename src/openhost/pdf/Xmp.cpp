@@ -195,6 +195,18 @@ std::optional<XmpProperty> XmpCounterpart(std::string_view infoKey, const std::s
     return std::nullopt;
 }
 
+std::optional<std::string> MetadataPacket(QPDF& document)
+{
+    QPDFObjectHandle stream = document.getRoot().getKey("/Metadata");
+    if (!stream.isStream()) return std::nullopt;
+    try {
+        const auto data = stream.getStreamData(qpdf_dl_all);
+        return std::string(reinterpret_cast<const char*>(data->getBuffer()), data->getSize());
+    } catch (const QPDFExc&) {
+        return std::nullopt;  // it stays as it is, like a malformed one
+    }
+}
+
 void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys)
 {
     QPDFObjectHandle info = document.getTrailer().getKey("/Info");
@@ -207,15 +219,9 @@ void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys)
         if (auto property = XmpCounterpart(key, value.getUTF8Value())) properties.push_back(std::move(*property));
     }
     if (properties.empty()) return;
-    try {
-        const auto data = stream.getStreamData(qpdf_dl_all);
-        const std::string packet(reinterpret_cast<const char*>(data->getBuffer()), data->getSize());
-        const auto changed = ChangedPacket(packet, properties);
-        if (!changed) return;
-        stream.replaceStreamData(*changed, QPDFObjectHandle::newNull(), QPDFObjectHandle::newNull());
-    } catch (const QPDFExc&) {
-        // A packet that cannot be unpacked stays as it is, like a malformed one.
-    }
+    const auto packet = MetadataPacket(document);
+    const auto changed = packet ? ChangedPacket(*packet, properties) : std::nullopt;
+    if (changed) stream.replaceStreamData(*changed, QPDFObjectHandle::newNull(), QPDFObjectHandle::newNull());
 }
 
 }  // namespace openhost

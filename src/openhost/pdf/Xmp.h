@@ -26,6 +26,9 @@ std::optional<std::string> ChangedPacket(std::string_view packet, const std::vec
 /// The counterpart of an information entry (text in UTF-8); nothing for keys without one and for impossible dates.
 std::optional<XmpProperty> XmpCounterpart(std::string_view infoKey, const std::string& valueUtf8);
 
+/// The document's packet; nothing when it has none that can be unpacked.
+std::optional<std::string> MetadataPacket(QPDF& document);
+
 /// Brings a document's metadata packet, where it has a sound one, in step with these information entries.
 void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys);
 

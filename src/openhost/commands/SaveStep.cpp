@@ -4,8 +4,7 @@
 #include <string_view>
 
 #include "base/PathNames.h"
-#include "openhost/commands/BuiltInCommands.h"
-#include "openhost/commands/Commands.h"
+#include "openhost/commands/Step.h"
 #include "openhost/conversion/Converters.h"
 #include "openhost/core/Diagnostics.h"
 #include "openhost/documents/Documents.h"
@@ -19,7 +18,15 @@ namespace {
 constexpr char kDestination[] = "DocSaveDestType";
 constexpr char kInAFolder[] = "WorkflowPlaybackSaveInAFolder";
 constexpr char kFolder[] = "PreselectedFolderPath";
-constexpr StepTitles kTitles = {"Document", "Save"};
+
+/// A parameter that may be stored as a text or as a string; host encoding.
+std::optional<std::string> TextOrString(const CCabinet* cab, std::string_view key)
+{
+    if (!cab) return std::nullopt;
+    if (const CHostText* const text = cab->GetText(key)) return text->HostBytes();
+    if (const char* const string = cab->GetString(key)) return std::string(string);
+    return std::nullopt;
+}
 
 /// A folder as text, or as a cab that describes a path; native. "DI" and "DIPath" have the name's bytes, which need
 /// not be text.
@@ -176,16 +183,16 @@ std::string ExtensionOf(const AVConversionFromPDFHandlerRec& converter)
 }
 
 /// Fails with "exists" when the name was taken meanwhile.
-AVCommandStatus ConvertTo(const std::string& target, AVConversionFromPDFHandler converter, PDDoc document,
-                          const SaveStepSettings& settings)
+StepResult ConvertTo(const std::string& target, AVConversionFromPDFHandler converter, PDDoc document,
+                     const SaveStepSettings& settings)
 {
     auto& converters = Part<CConverters>();
     const COwnedPath path(target);
     ConversionOrder order;
     if (settings.dontOverwrite) order.flags = kAVConversionDontOverwrite;
     const AVConversionStatus status = converters.Convert(converter, order, document, path.Get());
-    if (status == kAVConversionSuccess) return kAVCommandDone;
-    if (status == kAVConversionCancelled) return kAVCommandCanceled;
+    if (status == kAVConversionSuccess) return StepResult::Unchanged;
+    if (status == kAVConversionCancelled) return StepResult::Canceled;
     const std::string& reason = converters.LastFailure();
     const ASErrorCode taken = fileErrExists, other = genErrGeneral;
     Raise(converters.LastFailureCode() == taken ? taken : other,
@@ -193,41 +200,39 @@ AVCommandStatus ConvertTo(const std::string& target, AVConversionFromPDFHandler 
               (reason.empty() ? std::string() : " (" + reason + ")"));
 }
 
-AVCommandStatus SaveThroughConverter(PDDoc document, const SaveStepSettings& settings,
-                                     const SaveStepDocument& described)
+StepResult SaveThroughConverter(PDDoc document, const SaveStepSettings& settings, const SaveStepDocument& described)
 {
     const auto converter = Part<CConverters>().FromPdfNamed(settings.converterId);
     if (!converter)
         Raise(genErrGeneral,
               Neighbour(described) + ": cannot be saved, there is no converter named " + settings.converterId);
-    AVCommandStatus status = kAVCommandDone;
+    StepResult result = StepResult::Unchanged;
     SaveUnderPlannedName(settings, described, ExtensionOf(*converter), [&](const SaveTarget& target) {
-        status = ConvertTo(target.path, converter, document, settings);
+        result = ConvertTo(target.path, converter, document, settings);
     });
-    return status;
+    return result;
 }
 
 /// A save that fails raises: the message names file and reason, and nobody takes the step for done.
-AVCommandStatus SaveWork(AVCommand command)
+StepResult SaveDocument(CStepRun& run)
 {
-    auto& commands = Part<CCommands>();
-    const PDDoc document = commands.Document(command);
-    Require(document != nullptr, "the save step was given no document");
-    const CCabinet* const params = commands.Cab(command, kAVCommandKeyParams, false);
-    const auto settings = SaveStepSettings::Read(params);
-    const auto described = Describe(document, commands.Cab(command, "Inputs", false));
-    SayWhatIsMissing(params);
+    const auto settings = SaveStepSettings::Read(run.Params());
+    const auto described = Describe(run.Handle(), run.Inputs());
+    SayWhatIsMissing(run.Params());
     RequireFolder(settings);
-    if (!settings.converterId.empty()) return SaveThroughConverter(document, settings, described);
+    if (!settings.converterId.empty()) return SaveThroughConverter(run.Handle(), settings, described);
     SaveUnderPlannedName(settings, described, "pdf",
-                         [&](const SaveTarget& target) { SaveAsPdf(document, settings, target); });
-    return kAVCommandDone;
+                         [&](const SaveTarget& target) { SaveAsPdf(run.Handle(), settings, target); });
+    return StepResult::Unchanged;
 }
-
-void GetSaveProps(AVCommand, ASCab props) { PutStepProps(CabAt(props), kTitles); }
 
 }  // namespace
 
-AVCommandHandler SaveStepHandler() { return StepHandler<&SaveWork, &GetSaveProps>(); }
+const StepDescription& SaveStep()
+{
+    static const StepDescription step{
+        .names = {"WorkflowPlaybackSaveFiles"}, .group = "Document", .title = "Save", .work = &SaveDocument};
+    return step;
+}
 
 }  // namespace openhost

@@ -1,6 +1,4 @@
-#include "openhost/commands/BuiltInCommands.h"
-#include "openhost/commands/Commands.h"
-#include "openhost/documents/Documents.h"
+#include "openhost/commands/Step.h"
 #include "openhost/values/Text.h"
 #include "platform/CodePage.h"
 
@@ -58,29 +56,30 @@ void SetStandardSecurity(CHostDocument& held, const CCabinet* settings)
 }
 
 /// Prepares the document's security; the next full save writes it.
-AVCommandStatus SecurityWork(AVCommand command)
+StepResult SetDocumentSecurity(CStepRun& run)
 {
-    auto& commands = Part<CCommands>();
-    const PDDoc document = commands.Document(command);
-    Require(document != nullptr, "the security step was given no document");
-    CHostDocument& held = DocumentAt(document);
-    const CCabinet* const params = commands.Cab(command, kAVCommandKeyParams, false);
+    CHostDocument& held = run.Held();
+    const CCabinet* const params = run.Params();
     const std::string handler = params ? AtomText(params->GetAtom("CryptHandler")) : std::string();
     if (handler.empty()) {
         RemoveSecurity(held);
-        return kAVCommandDone;
+        return StepResult::Unchanged;
     }
     ForbidSavingUnprotected(held);
     if (handler != kStandard)
         Raise(pdErrNoCryptHandler, held.pdf.Path() + ": there is no security handler named " + handler);
     SetStandardSecurity(held, params->GetCab("SecuritySettings"));
-    return kAVCommandDone;
+    return StepResult::Unchanged;
 }
-
-void GetSecurityProps(AVCommand, ASCab props) { PutStepProps(CabAt(props), {"Document", "Security"}); }
 
 }  // namespace
 
-AVCommandHandler SecurityStepHandler() { return StepHandler<&SecurityWork, &GetSecurityProps>(); }
+/// The security itself counts as pending; the content of the document stays as it is.
+const StepDescription& SecurityStep()
+{
+    static const StepDescription step{
+        .names = {"DocSecurity"}, .group = "Document", .title = "Security", .work = &SetDocumentSecurity};
+    return step;
+}
 
 }  // namespace openhost

@@ -161,11 +161,6 @@ Expected<std::vector<std::string>> RightsToGive(const json& protect)
     return given;
 }
 
-void Put(WorkflowItems& items, const char* name, WorkflowValue value)
-{
-    items.entries.emplace_back(name, std::move(value));
-}
-
 Expected<WorkflowCommand> ProtectStepFromWords(const json& protect)
 {
     const std::string user = BytesIn(protect, "userPassword"), owner = BytesIn(protect, "ownerPassword");
@@ -176,14 +171,14 @@ Expected<WorkflowCommand> ProtectStepFromWords(const json& protect)
     const auto rights = RightsToGive(protect);
     if (!rights) return Failure(rights.Error());
     WorkflowCommand command{kHandler, "Protect", {}, "", ""};
-    WorkflowItems& items = command.parameters;
-    Put(items, "AllowAll", false);
+    CSettingsRecord& items = command.parameters;
+    items.PutBool("AllowAll", false);
     for (const Word& right : kRights)
-        Put(items, right.parameter, std::find(rights->begin(), rights->end(), right.word) != rights->end());
-    Put(items, "EncryptionMethod", *method);
-    Put(items, "PasswordProtect", true);
-    if (!user.empty()) Put(items, "Password", WorkflowText{user});
-    if (!owner.empty()) Put(items, "PermPassword", WorkflowText{owner});
+        items.PutBool(right.parameter, std::find(rights->begin(), rights->end(), right.word) != rights->end());
+    items.PutInt("EncryptionMethod", *method);
+    items.PutBool("PasswordProtect", true);
+    if (!user.empty()) items.PutWide("Password", user);
+    if (!owner.empty()) items.PutWide("PermPassword", owner);
     return command;
 }
 

@@ -18,19 +18,41 @@ T GetOr(const CSettingsRecord& record, std::string_view key, Default fallback)
     return value ? *value : T(fallback);
 }
 
-bool SameValue(const CSettingsRecord::Value& a, const CSettingsRecord::Value& b)
-{
-    const auto* nestedA = std::get_if<CSettingsRecord::Nested>(&a);
-    const auto* nestedB = std::get_if<CSettingsRecord::Nested>(&b);
-    return nestedA && nestedB ? **nestedA == **nestedB : a == b;
-}
+/// With more entries than these there is an index.
+constexpr std::size_t kFewEntries = 16;
 
 }  // namespace
 
+CSettingsRecord& CSettingsRecord::operator=(CSettingsRecord other) noexcept
+{
+    m_entries.swap(other.m_entries);
+    m_places.swap(other.m_places);
+    return *this;
+}
+
+std::size_t CSettingsRecord::PlaceOf(std::string_view key) const
+{
+    if (m_places) {
+        const auto found = m_places->find(key);
+        return found == m_places->end() ? m_entries.size() : found->second;
+    }
+    const auto found =
+        std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& entry) { return entry.key == key; });
+    return static_cast<std::size_t>(found - m_entries.begin());
+}
+
+void CSettingsRecord::Index()
+{
+    m_places.reset();
+    if (m_entries.size() <= kFewEntries) return;
+    m_places = std::make_unique<Places>();
+    for (std::size_t place = 0; place < m_entries.size(); ++place) m_places->emplace(m_entries[place].key, place);
+}
+
 const CSettingsRecord::Value* CSettingsRecord::Find(std::string_view key) const
 {
-    const auto found = m_places.find(key);
-    return found == m_places.end() ? nullptr : &m_entries[found->second].value;
+    const std::size_t place = PlaceOf(key);
+    return place == m_entries.size() ? nullptr : &m_entries[place].value;
 }
 
 bool CSettingsRecord::Bool(std::string_view key, bool fallback) const { return GetOr<bool>(*this, key, fallback); }
@@ -58,10 +80,9 @@ std::string CSettingsRecord::Wide(std::string_view key, std::string_view fallbac
 
 std::string CSettingsRecord::AnyText(std::string_view key) const
 {
-    if (const auto* text = Get<std::string>(*this, key)) return *text;
-    if (const auto* text = Get<WideText>(*this, key)) return text->utf8;
-    const auto* atom = Get<AtomValue>(*this, key);
-    return atom ? atom->name : std::string();
+    const Value* value = Find(key);
+    const std::string* text = value ? TextIn(*value) : nullptr;
+    return text ? *text : std::string();
 }
 
 std::string CSettingsRecord::Binary(std::string_view key) const
@@ -78,13 +99,17 @@ const CSettingsRecord* CSettingsRecord::Record(std::string_view key) const
 
 void CSettingsRecord::PutValue(std::string_view key, Value value)
 {
-    const auto found = m_places.find(key);
-    if (found != m_places.end()) {
-        m_entries[found->second].value = std::move(value);
+    const std::size_t place = PlaceOf(key);
+    if (place < m_entries.size()) {
+        m_entries[place].value = std::move(value);
         return;
     }
-    m_places.emplace(key, m_entries.size());
     m_entries.push_back({std::string(key), std::move(value)});
+    if (m_places) {
+        m_places->emplace(key, place);
+    } else {
+        Index();
+    }
 }
 
 void CSettingsRecord::PutRecord(std::string_view key, CSettingsRecord record)
@@ -94,14 +119,10 @@ void CSettingsRecord::PutRecord(std::string_view key, CSettingsRecord record)
 
 void CSettingsRecord::Erase(std::string_view key)
 {
-    const auto found = m_places.find(key);
-    if (found == m_places.end()) return;
-    const std::size_t place = found->second;
+    const std::size_t place = PlaceOf(key);
+    if (place == m_entries.size()) return;
     m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(place));
-    m_places.erase(found);
-    for (auto& [name, index] : m_places) {
-        if (index > place) --index;
-    }
+    Index();
 }
 
 bool CSettingsRecord::operator==(const CSettingsRecord& other) const
@@ -111,4 +132,19 @@ bool CSettingsRecord::operator==(const CSettingsRecord& other) const
                const Value* value = other.Find(entry.key);
                return value && SameValue(entry.value, *value);
            });
+}
+
+const std::string* TextIn(const CSettingsRecord::Value& value)
+{
+    if (const auto* text = std::get_if<std::string>(&value)) return text;
+    if (const auto* text = std::get_if<WideText>(&value)) return &text->utf8;
+    const auto* atom = std::get_if<AtomValue>(&value);
+    return atom ? &atom->name : nullptr;
+}
+
+bool SameValue(const CSettingsRecord::Value& a, const CSettingsRecord::Value& b)
+{
+    const auto* nestedA = std::get_if<CSettingsRecord::Nested>(&a);
+    const auto* nestedB = std::get_if<CSettingsRecord::Nested>(&b);
+    return nestedA && nestedB ? **nestedA == **nestedB : a == b;
 }

@@ -34,8 +34,9 @@ struct NullValue {
     bool operator==(const NullValue&) const = default;
 };
 
-/// Named, typed values in the order in which they were first put, records among them.
+/// The one tree of typed values: settings, and the parameters of the steps of a sequence.
 ///
+/// Names in the order in which they were first put, records among the values.
 /// A value type: copies are deep. Keys are short ASCII texts, each at most once.
 class CSettingsRecord {
 public:
@@ -47,6 +48,12 @@ public:
         std::string key;
         Value value;
     };
+
+    CSettingsRecord() = default;
+    CSettingsRecord(const CSettingsRecord& other) : m_entries(other.m_entries) { Index(); }
+    CSettingsRecord(CSettingsRecord&&) noexcept = default;
+    CSettingsRecord& operator=(CSettingsRecord other) noexcept;
+    ~CSettingsRecord() = default;
 
     bool Known(std::string_view key) const { return Find(key) != nullptr; }
     /// Borrowed until the next change; null when the key is absent.
@@ -84,6 +91,17 @@ public:
     bool operator==(const CSettingsRecord& other) const;
 
 private:
+    using Places = std::map<std::string, std::size_t, std::less<>>;
+
+    std::size_t PlaceOf(std::string_view key) const;  // the number of entries when it is not there
+    void Index();
+
     std::vector<Entry> m_entries;
-    std::map<std::string, std::size_t, std::less<>> m_places;  // of each key in m_entries
+    std::unique_ptr<Places> m_places;  // of each key in m_entries; none as long as there are few
 };
+
+/// The text of a value that is a narrow or a wide text or an atom, borrowed; null for another one.
+[[nodiscard]] const std::string* TextIn(const CSettingsRecord::Value& value);
+
+/// Same type and value; records are compared as a whole.
+[[nodiscard]] bool SameValue(const CSettingsRecord::Value& a, const CSettingsRecord::Value& b);

@@ -1,46 +1,10 @@
 #include "hostcalls/CabRecord.h"
 
-#include "common/SettingsRecord.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Atoms.h"
+#include "hostcalls/HostFrame.h"
 
 namespace {
-
-void PutFromCab(CSettingsRecord& record, const std::string& key, CCabView cab)
-{
-    const char* const name = key.c_str();
-    switch (cab.Type(name)) {
-        case kASValueBool:
-            record.PutBool(key, cab.Bool(name, false));
-            break;
-        case kASValueInteger:
-            record.PutInt(key, cab.Int(name, 0));
-            break;
-        case kASValueDouble:
-            record.PutDouble(key, cab.Double(name, 0));
-            break;
-        case kASValueAtom:
-            record.PutAtom(key, AtomText(cab.Atom(name).value_or(kNullAtom)));
-            break;
-        case kASValueString:
-            record.PutString(key, cab.String(name).value_or(""));
-            break;
-        case kASValueText:
-            record.PutWide(key, cab.TextUtf8(name).value_or(""));
-            break;
-        case kASValueBinary:
-            record.PutBinary(key, cab.Binary(name).value_or(""));
-            break;
-        case kASValueNull:
-            record.PutNull(key);
-            break;
-        case kASValueCabinet:
-            record.PutRecord(key, RecordFromCab(cab.Cab(name)));
-            break;
-        default:
-            break;
-    }
-}
 
 /// One overload for each type that a record holds.
 struct CabPut {
@@ -60,16 +24,47 @@ struct CabPut {
 
 }  // namespace
 
+std::optional<CSettingsRecord::Value> ValueFromCab(CCabView cab, const char* key)
+{
+    switch (cab.Type(key)) {
+        case kASValueBool:
+            return cab.Bool(key, false);
+        case kASValueInteger:
+            return std::int32_t{cab.Int(key, 0)};
+        case kASValueDouble:
+            return cab.Double(key, 0);
+        case kASValueAtom:
+            return AtomValue{AtomText(cab.Atom(key).value_or(kNullAtom))};
+        case kASValueString:
+            return cab.String(key).value_or("");
+        case kASValueText:
+            return WideText{cab.TextUtf8(key).value_or("")};
+        case kASValueBinary:
+            return BinaryValue{cab.Binary(key).value_or("")};
+        case kASValueNull:
+            return NullValue{};
+        case kASValueCabinet:
+            return std::make_shared<const CSettingsRecord>(RecordFromCab(cab.Cab(key)));
+        default:
+            return std::nullopt;
+    }
+}
+
 CSettingsRecord RecordFromCab(CCabView cab)
 {
     CSettingsRecord record;
-    for (const std::string& key : cab.Keys()) PutFromCab(record, key, cab);
+    for (const std::string& key : cab.Keys())
+        if (auto value = ValueFromCab(cab, key.c_str())) record.PutValue(key, std::move(*value));
     return record;
 }
 
 CCab CabFromRecord(const CSettingsRecord& record)
 {
     CCab cab;
-    for (const auto& entry : record.Entries()) std::visit(CabPut{cab.Edit(), entry.key.c_str()}, entry.value);
+    for (const auto& entry : record.Entries()) {
+        const auto error = CatchHostError([&] { std::visit(CabPut{cab.Edit(), entry.key.c_str()}, entry.value); });
+        // A step without one of its parameters would do something else than the sequence says.
+        if (error) throw CHostException({error->code, "item \"" + entry.key + "\": " + error->text});
+    }
     return cab;
 }

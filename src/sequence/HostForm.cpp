@@ -1,9 +1,6 @@
 #include "sequence/HostForm.h"
 
-#include "hostapi/HostConstants.h"
-#include "hostcalls/Atoms.h"
-#include "hostcalls/HostFrame.h"
-#include "hostcalls/HostPath.h"
+#include "hostcalls/CabRecord.h"
 #include "sequence/Keys.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
@@ -13,40 +10,13 @@
 
 namespace {
 
-/// Nothing for a type that XML does not have.
-std::optional<WorkflowValue> ValueFromCab(CCabView cab, const char* key)
-{
-    switch (cab.Type(key)) {
-        case kASValueBool:
-            return cab.Bool(key, false);
-        case kASValueInteger:
-            return cab.Int(key, 0);
-        case kASValueDouble:
-            return cab.Double(key, 0);
-        case kASValueAtom:
-            return WorkflowAtom{AtomText(cab.Atom(key).value_or(kNullAtom))};
-        case kASValueString:
-            return WorkflowString{cab.String(key).value_or("")};
-        case kASValueText:
-            return WorkflowText{cab.TextUtf8(key).value_or("")};
-        case kASValueBinary:
-            return WorkflowBinary{cab.Binary(key).value_or("")};
-        case kASValueNull:
-            return WorkflowNull{};
-        case kASValueCabinet:
-            return ItemsFromCab(cab.Cab(key));
-        default:
-            return std::nullopt;
-    }
-}
-
 WorkflowCommand CommandFromEntry(CCabView entry)
 {
     const StepEntry step = StepEntry::Read(entry);
     WorkflowCommand command;
     command.handlerName = step.handler.value_or("");
     command.label = StepTitleUtf8(entry).value_or(command.handlerName);
-    command.parameters = ItemsFromCab(step.parameters);
+    command.parameters = RecordFromCab(step.parameters);
     return command;
 }
 
@@ -65,29 +35,11 @@ std::vector<WorkflowSource> SourcesFromInput(CSequenceInput input)
     return sources;
 }
 
-bool SameValue(CCabView one, CCabView other, const char* key)
+/// Of types that only the host knows nothing is the same.
+bool SameEntry(CCabView one, CCabView other, const char* key)
 {
-    if (one.Type(key) != other.Type(key)) return false;
-    switch (one.Type(key)) {
-        case kASValueBool:
-            return one.Bool(key, false) == other.Bool(key, false);
-        case kASValueInteger:
-            return one.Int(key, 0) == other.Int(key, 0);
-        case kASValueDouble:
-            return one.Double(key, 0) == other.Double(key, 0);
-        case kASValueAtom:
-            return one.Atom(key) == other.Atom(key);
-        case kASValueString:
-            return one.String(key) == other.String(key);
-        case kASValueText:
-            return one.TextUtf8(key) == other.TextUtf8(key);
-        case kASValueBinary:
-            return one.Binary(key) == other.Binary(key);
-        case kASValueNull:
-            return true;
-        default:
-            return false;
-    }
+    const auto value = ValueFromCab(one, key), otherValue = ValueFromCab(other, key);
+    return value && otherValue && SameValue(*value, *otherValue);
 }
 
 struct InCabOrder {
@@ -103,42 +55,13 @@ void AddDifferences(CCabView one, CCabView other, const std::string& prefix, std
         const CCabView inOne = one.Cab(key.c_str()), inOther = other.Cab(key.c_str());
         if (inOne && inOther) {
             AddDifferences(inOne, inOther, prefix + key + ':', differences);
-        } else if (!SameValue(one, other, key.c_str())) {
+        } else if (!SameEntry(one, other, key.c_str())) {
             differences.push_back(prefix + key);
         }
     }
 }
 
 // ---- XML to the host's form
-
-CCab CabFromItems(const WorkflowItems& items);
-
-/// Puts one value under its key; one overload for each kind of value.
-struct ValueWriter {
-    CCabEditor cab;
-    const char* key;
-
-    void operator()(WorkflowNull) { cab.PutNull(key); }
-    void operator()(bool value) { cab.PutBool(key, value); }
-    void operator()(std::int32_t value) { cab.PutInt(key, value); }
-    void operator()(double value) { cab.PutDouble(key, value); }
-    void operator()(const WorkflowText& value) { cab.PutTextUtf8(key, value.utf8); }
-    void operator()(const WorkflowString& value) { cab.PutString(key, value.bytes); }
-    void operator()(const WorkflowAtom& value) { cab.PutAtom(key, Atom(value.name)); }
-    void operator()(const WorkflowBinary& value) { cab.PutBinary(key, value.bytes); }
-    void operator()(const WorkflowItems& value) { cab.PutCab(key, CabFromItems(value)); }
-};
-
-CCab CabFromItems(const WorkflowItems& items)
-{
-    CCab cab;
-    for (const auto& [name, value] : items.entries) {
-        const auto error = CatchHostError([&] { std::visit(ValueWriter{cab.Edit(), name.c_str()}, value); });
-        // A step without one of its parameters would do something else than the sequence says.
-        if (error) throw CHostException({error->code, "item \"" + name + "\": " + error->text});
-    }
-    return cab;
-}
 
 CCab CommandsCab(const Workflow& workflow)
 {
@@ -174,14 +97,6 @@ Workflow WorkflowFromSequence(const CSequence& sequence)
     return workflow;
 }
 
-WorkflowItems ItemsFromCab(CCabView cab)
-{
-    WorkflowItems items;
-    for (const std::string& key : cab.Keys())
-        if (auto value = ValueFromCab(cab, key.c_str())) items.entries.emplace_back(key, std::move(*value));
-    return items;
-}
-
 std::vector<std::string> CabDifferences(CCabView one, CCabView other)
 {
     std::vector<std::string> differences;
@@ -191,7 +106,7 @@ std::vector<std::string> CabDifferences(CCabView one, CCabView other)
 
 CCab CabFromCommand(const WorkflowCommand& command)
 {
-    return MakeStepEntry(command.handlerName, command.label, CabFromItems(command.parameters));
+    return MakeStepEntry(command.handlerName, command.label, CabFromRecord(command.parameters));
 }
 
 CSequence SequenceFromWorkflow(const Workflow& workflow)

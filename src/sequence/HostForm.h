@@ -26,6 +26,3 @@
 /// Both throw CHostException.
 [[nodiscard]] CSequence SequenceWithoutCommands(const Workflow& workflow);
 [[nodiscard]] CCab CabFromCommand(const WorkflowCommand& command);
-
-/// The entries of a cab, those of types that XML does not have left out. Throws CHostException.
-[[nodiscard]] WorkflowItems ItemsFromCab(CCabView cab);

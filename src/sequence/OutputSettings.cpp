@@ -1,9 +1,9 @@
 #include "sequence/OutputSettings.h"
 
 #include "hostapi/HostConstants.h"
+#include "hostcalls/CabRecord.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
-#include "sequence/HostForm.h"
 #include "sequence/Keys.h"
 #include "sequence/Sequence.h"
 
@@ -31,11 +31,6 @@ const char* DestinationWord(int kind)
         default:
             return nullptr;
     }
-}
-
-void Put(WorkflowItems& items, const char* name, WorkflowValue value)
-{
-    items.entries.emplace_back(name, std::move(value));
 }
 
 WorkflowCommand EmptySaveStep() { return {kSaveStepHandler, "Save", {}, "", ""}; }
@@ -104,23 +99,23 @@ bool SavesInPlace(const SaveStepFacts& save, int hostMajor)
 Expected<WorkflowCommand> MakeSaveStep(const SaveStepWishes& wishes)
 {
     WorkflowCommand command = EmptySaveStep();
-    WorkflowItems& items = command.parameters;
-    Put(items, kAddToBaseNameKey, !wishes.prefix.empty() || !wishes.suffix.empty());
-    Put(items, kSaveDestinationKey, WorkflowString{wishes.folder.empty() ? kSaveWhereDocumentIs : kSaveInAFolder});
-    Put(items, kDontOverwriteKey, !wishes.overwrite);
-    Put(items, kEmbedIndexKey, false);
-    Put(items, kFileVariationKey, 0);
-    Put(items, kHandleOutputKey, true);
-    if (!wishes.converter.empty()) Put(items, kConverterKey, WorkflowString{wishes.converter});
-    Put(items, kInsertAfterKey, WorkflowText{wishes.suffix});
-    Put(items, kInsertBeforeKey, WorkflowText{wishes.prefix});
-    Put(items, kNumericNamingKey, false);
-    Put(items, kOptimizePdfKey, wishes.optimize);
-    Put(items, kRunOptimizerKey, false);
+    CSettingsRecord& items = command.parameters;
+    items.PutBool(kAddToBaseNameKey, !wishes.prefix.empty() || !wishes.suffix.empty());
+    items.PutString(kSaveDestinationKey, wishes.folder.empty() ? kSaveWhereDocumentIs : kSaveInAFolder);
+    items.PutBool(kDontOverwriteKey, !wishes.overwrite);
+    items.PutBool(kEmbedIndexKey, false);
+    items.PutInt(kFileVariationKey, 0);
+    items.PutBool(kHandleOutputKey, true);
+    if (!wishes.converter.empty()) items.PutString(kConverterKey, wishes.converter);
+    items.PutWide(kInsertAfterKey, wishes.suffix);
+    items.PutWide(kInsertBeforeKey, wishes.prefix);
+    items.PutBool(kNumericNamingKey, false);
+    items.PutBool(kOptimizePdfKey, wishes.optimize);
+    items.PutBool(kRunOptimizerKey, false);
     if (wishes.folder.empty()) return command;
     const auto path = DIFolder(wishes.folder);
     if (!path) return Failure(path.Error());
-    Put(items, kFolderKey, WorkflowText{*path});
+    items.PutWide(kFolderKey, *path);
     return command;
 }
 
@@ -129,11 +124,11 @@ std::optional<WorkflowCommand> SaveStepFromOutput(CCabView output)
     const char* const destination = DestinationWord(OutputSettings::Read(output).kind);
     if (!destination) return std::nullopt;
     WorkflowCommand command = EmptySaveStep();
-    auto& entries = command.parameters.entries;
-    for (auto& entry : ItemsFromCab(output).entries)
-        if (entry.first != kSaveDestinationKey && entry.first != kFolderKey) entries.push_back(std::move(entry));
-    Put(command.parameters, kSaveDestinationKey, WorkflowString{destination});
+    CSettingsRecord& items = command.parameters;
+    items = RecordFromCab(output);
+    items.Erase(kFolderKey);
+    items.PutString(kSaveDestinationKey, destination);
     if (std::string folder = DIPathEntry(output, kFolderKey); !folder.empty())
-        Put(command.parameters, kFolderKey, WorkflowText{folder.ends_with('/') ? folder : folder + '/'});
+        items.PutWide(kFolderKey, folder.ends_with('/') ? folder : folder + '/');
     return command;
 }

@@ -2,13 +2,12 @@
 
 #include "base/Base64.h"
 #include "base/ByteText.h"
-#include "hostapi/HostConstants.h"
-#include "hostcalls/Atoms.h"
+#include "hostcalls/CabRecord.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
 #include "sequence/StepDescription.h"
 #include "sequence/StepSecrets.h"
-#include "sequence/XmlForm.h"
+#include "sequence/Values.h"
 
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -20,54 +19,35 @@ using nlohmann::json;
 
 json CabReport(const CSecretEntries& secrets, CCabView cab);
 
-struct TypedValue {
-    const char* type;
-    json value;
-    bool isText = false;
+struct ValueAsReport {
+    json operator()(NullValue) const { return nullptr; }
+    json operator()(bool value) const { return value; }
+    json operator()(std::int32_t value) const { return value; }
+    json operator()(double value) const { return std::isfinite(value) ? json(value) : json(nullptr); }
+    json operator()(const std::string& value) const { return TextFromBytes(value); }
+    json operator()(const WideText& value) const { return TextFromBytes(value.utf8); }
+    json operator()(const AtomValue& value) const { return TextFromBytes(value.name); }
+    json operator()(const BinaryValue& value) const { return EncodeBase64(value.bytes); }
+    json operator()(const CSettingsRecord::Nested&) const { return nullptr; }
 };
 
-TypedValue ValueReport(const CSecretEntries& secrets, CCabView cab, const char* key)
+json EntryReport(const CSecretEntries& secrets, CCabView cab, const std::string& key)
 {
-    switch (cab.Type(key)) {
-        case kASValueBool:
-            return {"boolean", cab.Bool(key, false)};
-        case kASValueInteger:
-            return {"integer", cab.Int(key, 0)};
-        case kASValueDouble:
-            if (const double number = cab.Double(key, 0); std::isfinite(number)) return {"double", number};
-            return {"double", nullptr};
-        case kASValueAtom:
-            return {"atom", TextFromBytes(AtomText(cab.Atom(key).value_or(kNullAtom))), true};
-        case kASValueString:
-            return {"string", TextFromBytes(cab.String(key).value_or("")), true};
-        case kASValueText:
-            return {"text", TextFromBytes(cab.TextUtf8(key).value_or("")), true};
-        case kASValueBinary:
-            return {"binary", EncodeBase64(cab.Binary(key).value_or("")), true};
-        case kASValueNull:
-            return {"null", nullptr};
-        case kASValueCabinet:
-            return {"cab", CabReport(secrets.Under(key, cab.Cab(key)), cab.Cab(key))};
-        default:
-            return {"other", nullptr};
+    json report = {{"name", key}, {"type", "other"}, {"value", nullptr}};
+    if (const CCabView nested = cab.Cab(key.c_str())) {
+        report["type"] = TypeWord(CSettingsRecord::Nested());
+        report["value"] = CabReport(secrets.Under(key, nested), nested);
+    } else if (const auto value = ValueFromCab(cab, key.c_str())) {
+        report["type"] = TypeWord(*value);
+        report["value"] = secrets.Hides(key, *value) ? json(kMaskedPassword) : std::visit(ValueAsReport{}, *value);
     }
-}
-
-/// An empty text hides nothing.
-bool IsHidden(const TypedValue& entry, const CSecretEntries& secrets, const std::string& key)
-{
-    if (entry.value.is_number()) return secrets.HidesNumber(key);
-    return entry.isText && entry.value != "" && secrets.HidesText(key);
+    return report;
 }
 
 json CabReport(const CSecretEntries& secrets, CCabView cab)
 {
     json list = json::array();
-    for (const std::string& key : cab.Keys()) {
-        TypedValue entry = ValueReport(secrets, cab, key.c_str());
-        if (IsHidden(entry, secrets, key)) entry.value = kMaskedPassword;
-        list.push_back({{"name", key}, {"type", entry.type}, {"value", std::move(entry.value)}});
-    }
+    for (const std::string& key : cab.Keys()) list.push_back(EntryReport(secrets, cab, key));
     return list;
 }
 

@@ -13,6 +13,7 @@
 namespace {
 
 using nlohmann::json;
+using Value = CSettingsRecord::Value;
 
 /// The colon would lead into a nested cab.
 bool IsParameterName(const std::string& name)
@@ -21,24 +22,24 @@ bool IsParameterName(const std::string& name)
     return !name.empty() && std::all_of(name.begin(), name.end(), fits);
 }
 
-Expected<WorkflowItems> ItemsFromObject(const json& object)
+Expected<CSettingsRecord> ItemsFromObject(const json& object)
 {
-    WorkflowItems items;
+    CSettingsRecord items;
     for (const auto& [name, value] : object.items()) {
         if (!IsParameterName(name))
             return Failure('"' + name + "\" is no name for a parameter: use ASCII characters other than the colon.");
         auto made = ValueFromJson(value);
         if (!made) return Failure('"' + name + "\": " + made.Error());
-        items.entries.emplace_back(name, std::move(*made));
+        items.PutValue(name, std::move(*made));
     }
     return items;
 }
 
-Expected<WorkflowValue> NestedFromObject(const json& object)
+Expected<Value> NestedFromObject(const json& object)
 {
     auto items = ItemsFromObject(object);
     if (!items) return Failure(items.Error());
-    return WorkflowValue(std::move(*items));
+    return Value(std::make_shared<const CSettingsRecord>(std::move(*items)));
 }
 
 bool IsTyped(const json& object)
@@ -49,16 +50,16 @@ bool IsTyped(const json& object)
 }
 
 /// {"type": word, "value": …}; the value as JSON knows it, or as the text that a file would hold.
-Expected<WorkflowValue> TypedFromJson(const json& object)
+Expected<Value> TypedFromJson(const json& object)
 {
     const std::string type = object.at("type");
     const json value = object.value("value", json());
-    if (type == "null") return WorkflowValue(WorkflowNull{});
+    if (type == "null") return Value(NullValue{});
     if (type == "cab" && value.is_object()) return NestedFromObject(value);
-    if (type == "boolean" && value.is_boolean()) return WorkflowValue(value.get<bool>());
+    if (type == "boolean" && value.is_boolean()) return Value(value.get<bool>());
     if ((type == "integer" && value.is_number_integer()) || (type == "double" && value.is_number_float()))
         return ValueFromJson(value);
-    if (type == "double" && value.is_number()) return WorkflowValue(value.get<double>());
+    if (type == "double" && value.is_number()) return Value(value.get<double>());
     if (value.is_string() && type != "boolean" && type != "integer" && type != "double")
         if (auto made = ItemValue(type, BytesIn(object, "value"))) return std::move(*made);
     return Failure("there is no type \"" + type + "\", or the value is not of it.");
@@ -146,18 +147,18 @@ Expected<Commands> TemplateSteps(const json& job, const std::string& name)
 
 }  // namespace
 
-Expected<WorkflowValue> ValueFromJson(const json& value)
+Expected<CSettingsRecord::Value> ValueFromJson(const json& value)
 {
-    if (value.is_null()) return WorkflowValue(WorkflowNull{});
-    if (value.is_boolean()) return WorkflowValue(value.get<bool>());
-    if (value.is_number_float()) return WorkflowValue(value.get<double>());
+    if (value.is_null()) return Value(NullValue{});
+    if (value.is_boolean()) return Value(value.get<bool>());
+    if (value.is_number_float()) return Value(value.get<double>());
     if (value.is_number_integer()) {
         const auto number = value.get<double>();
         if (number < std::numeric_limits<std::int32_t>::min() || number > std::numeric_limits<std::int32_t>::max())
             return Failure("the number does not fit into 32 bits.");
-        return WorkflowValue(value.get<std::int32_t>());
+        return Value(value.get<std::int32_t>());
     }
-    if (value.is_string()) return WorkflowValue(WorkflowText{BytesIn(json{{"text", value}}, "text")});
+    if (value.is_string()) return Value(WideText{BytesIn(json{{"text", value}}, "text")});
     if (!value.is_object()) return Failure("a list is no value.");
     return IsTyped(value) ? TypedFromJson(value) : NestedFromObject(value);
 }

@@ -12,4 +12,4 @@
 [[nodiscard]] Expected<std::vector<WorkflowCommand>> StepsFromJob(const nlohmann::json& job);
 
 /// One value of a step's parameters.
-[[nodiscard]] Expected<WorkflowValue> ValueFromJson(const nlohmann::json& value);
+[[nodiscard]] Expected<CSettingsRecord::Value> ValueFromJson(const nlohmann::json& value);

@@ -1,7 +1,7 @@
 #include "sequence/StepSecrets.h"
 
 #include "base/Text.h"
-#include "hostapi/HostConstants.h"
+#include "hostcalls/CabRecord.h"
 
 #include <algorithm>
 #include <set>
@@ -44,30 +44,13 @@ bool IsWholeTable(CCabView cab)
     return true;
 }
 
-bool IsFilledSecret(const CSecretEntries& secrets, CCabView cab, const std::string& key)
-{
-    switch (cab.Type(key.c_str())) {
-        case kASValueText:
-        case kASValueString:
-            return secrets.HidesText(key) && !cab.StringOrText(key.c_str()).value_or("").empty();
-        case kASValueBinary:
-            return secrets.HidesText(key) && !cab.Binary(key.c_str()).value_or("").empty();
-        case kASValueAtom:
-            return secrets.HidesText(key);
-        case kASValueInteger:
-        case kASValueDouble:
-            return secrets.HidesNumber(key);
-        default:
-            return false;
-    }
-}
-
 bool AnySecret(const CSecretEntries& secrets, CCabView cab)
 {
     const auto keys = cab.Keys();
     return std::any_of(keys.begin(), keys.end(), [&](const std::string& key) {
-        const CCabView nested = cab.Cab(key.c_str());
-        return nested ? AnySecret(secrets.Under(key, nested), nested) : IsFilledSecret(secrets, cab, key);
+        if (const CCabView nested = cab.Cab(key.c_str())) return AnySecret(secrets.Under(key, nested), nested);
+        const auto value = ValueFromCab(cab, key.c_str());
+        return value && secrets.Hides(key, *value);
     });
 }
 
@@ -105,6 +88,15 @@ CSecretEntries CSecretEntries::Under(const std::string& key, CCabView cab) const
             break;
     }
     return CSecretEntries(Place::Hidden);
+}
+
+/// An empty text hides nothing.
+bool CSecretEntries::Hides(const std::string& key, const CSettingsRecord::Value& value) const
+{
+    if (std::holds_alternative<std::int32_t>(value) || std::holds_alternative<double>(value)) return HidesNumber(key);
+    const auto* binary = std::get_if<BinaryValue>(&value);
+    const std::string* const text = binary ? &binary->bytes : TextIn(value);
+    return text && !text->empty() && HidesText(key);
 }
 
 bool CSecretEntries::HidesText(const std::string& key) const

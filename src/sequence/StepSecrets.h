@@ -1,6 +1,7 @@
 // Which parameters of steps are passwords, or may be some.
 #pragma once
 
+#include "common/SettingsRecord.h"
 #include "hostcalls/Cab.h"
 #include "sequence/StepDescription.h"
 
@@ -20,10 +21,8 @@ public:
     /// What holds for the cab under this key.
     [[nodiscard]] CSecretEntries Under(const std::string& key, CCabView cab) const;
 
-    /// Whether a text, string, atom or binary under this key is not shown.
-    [[nodiscard]] bool HidesText(const std::string& key) const;
-    /// The same for numbers. Flags and null are always shown.
-    [[nodiscard]] bool HidesNumber(const std::string& key) const;
+    /// Whether the value under this key, which is no cab, is not shown. Flags and null are always shown.
+    [[nodiscard]] bool Hides(const std::string& key, const CSettingsRecord::Value& value) const;
 
 private:
     enum class Place : std::uint8_t {
@@ -36,6 +35,8 @@ private:
 
     explicit CSecretEntries(Place place, const StepDescription* step = nullptr) : m_place(place), m_step(step) {}
     static CSecretEntries Table(CCabView cab);
+    [[nodiscard]] bool HidesText(const std::string& key) const;
+    [[nodiscard]] bool HidesNumber(const std::string& key) const;
     [[nodiscard]] const OpenParameter* Open(const std::string& key) const;
 
     Place m_place;

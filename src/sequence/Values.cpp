@@ -29,6 +29,22 @@ std::string_view WithoutLeadingZeros(std::string_view digits)
 
 }  // namespace
 
+const char* TypeWord(const CSettingsRecord::Value& value)
+{
+    struct Word {
+        const char* operator()(NullValue) const { return "null"; }
+        const char* operator()(bool) const { return "boolean"; }
+        const char* operator()(std::int32_t) const { return "integer"; }
+        const char* operator()(double) const { return "double"; }
+        const char* operator()(const std::string&) const { return "string"; }
+        const char* operator()(const WideText&) const { return "text"; }
+        const char* operator()(const AtomValue&) const { return "atom"; }
+        const char* operator()(const BinaryValue&) const { return "binary"; }
+        const char* operator()(const CSettingsRecord::Nested&) const { return "cab"; }
+    };
+    return std::visit(Word{}, value);
+}
+
 double LeadingDouble(std::string_view text)
 {
     constexpr std::string_view kBlanks = " \t\n\v\f\r";
@@ -40,15 +56,15 @@ double LeadingDouble(std::string_view text)
     return number;
 }
 
-std::optional<WorkflowValue> ItemValue(std::string_view type, std::string_view valueUtf8)
+std::optional<CSettingsRecord::Value> ItemValue(std::string_view type, std::string_view valueUtf8)
 {
     const std::string_view value = CutBetweenCharacters(valueUtf8, kMaxItemValueBytes);
     if (type == "boolean") return value == "true";
-    if (type == "text") return WorkflowText{std::string(value)};
-    if (type == "string") return WorkflowString{std::string(value)};
-    if (type == "atom") return WorkflowAtom{std::string(value)};
-    if (type == "null") return WorkflowNull{};
-    if (type == "binary") return WorkflowBinary{DecodeBase64(value)};
+    if (type == "text") return WideText{std::string(value)};
+    if (type == "string") return std::string{std::string(value)};
+    if (type == "atom") return AtomValue{std::string(value)};
+    if (type == "null") return NullValue{};
+    if (type == "binary") return BinaryValue{DecodeBase64(value)};
     if (value.empty()) return std::nullopt;
     if (type == "integer") return ParseDecimal(value);
     if (type == "double") return LeadingDouble(value);

@@ -12,7 +12,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <map>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -27,42 +26,19 @@ void ForEachChild(const TiXmlElement& parent, Visit visit)
         visit(*child);
 }
 
-/// Collects the entries of one level; a later entry of the same name replaces the earlier one in its place.
-class CItemsBuilder {
-public:
-    explicit CItemsBuilder(WorkflowItems& items) : m_items(items)
-    {
-        for (std::size_t i = 0; i < items.entries.size(); ++i) m_places.emplace(items.entries[i].first, i);
-    }
-
-    void Put(const std::string& name, WorkflowValue value)
-    {
-        const auto [place, isNew] = m_places.emplace(name, m_items.entries.size());
-        if (isNew) {
-            m_items.entries.emplace_back(name, std::move(value));
-        } else {
-            m_items.entries[place->second].second = std::move(value);
-        }
-    }
-
-private:
-    WorkflowItems& m_items;
-    std::map<std::string, std::size_t> m_places;
-};
-
-void ReadItems(const TiXmlElement& element, WorkflowItems& items)
+/// A later entry of the same name replaces the earlier one in its place.
+void ReadItems(const TiXmlElement& element, CSettingsRecord& items)
 {
-    CItemsBuilder builder(items);
     ForEachChild(element, [&](const TiXmlElement& child) {
         const std::string name = AttributeText(child, "name");
         if (name.empty()) return;
         if (IsNamed(child, "Items")) {
-            WorkflowItems nested;
+            CSettingsRecord nested;
             ReadItems(child, nested);
-            builder.Put(name, std::move(nested));
+            items.PutRecord(name, std::move(nested));
         } else if (IsNamed(child, "Item")) {
             auto value = ItemValue(AttributeText(child, "type"), AttributeText(child, "value"));
-            if (value) builder.Put(name, std::move(*value));
+            if (value) items.PutValue(name, std::move(*value));
         }
     });
 }
@@ -174,10 +150,9 @@ namespace {
 
 constexpr char kNamespace[] = "http://ns.adobe.com/acrobat/workflow/2012";
 
-/// What a value is called and how it reads; `problem` says why it cannot be written.
+/// How a value reads; `problem` says why it cannot be written.
 struct ItemText {
-    const char* type;
-    std::string value;
+    std::string value = {};
     bool hasValue = true;
     const char* problem = nullptr;
 };
@@ -190,14 +165,14 @@ bool IsXmlText(std::string_view text)
     return IsValidUtf8(text) && std::none_of(text.begin(), text.end(), isControl);
 }
 
-ItemText SizedItem(const char* type, const std::string& text, const char* problem = nullptr)
+ItemText SizedItem(const std::string& text, const char* problem = nullptr)
 {
-    return {type, text, true, text.size() > kMaxItemValueBytes ? "is longer than readers take" : problem};
+    return {text, true, text.size() > kMaxItemValueBytes ? "is longer than readers take" : problem};
 }
 
-ItemText TextItem(const char* type, const std::string& text)
+ItemText TextItem(const std::string& text)
 {
-    return SizedItem(type, text, IsXmlText(text) ? nullptr : "is no text that XML can hold");
+    return SizedItem(text, IsXmlText(text) ? nullptr : "is no text that XML can hold");
 }
 
 /// Six decimals when they say it all, else as many as it takes.
@@ -212,19 +187,19 @@ std::string DoubleText(double value)
 }
 
 struct TextOfValue {
-    ItemText operator()(WorkflowNull) const { return {"null", {}, false}; }
-    ItemText operator()(bool value) const { return {"boolean", value ? "true" : "false"}; }
-    ItemText operator()(std::int32_t value) const { return {"integer", std::to_string(value)}; }
+    ItemText operator()(NullValue) const { return {{}, false}; }
+    ItemText operator()(bool value) const { return {value ? "true" : "false"}; }
+    ItemText operator()(std::int32_t value) const { return {std::to_string(value)}; }
     ItemText operator()(double value) const
     {
-        if (!std::isfinite(value)) return {"double", {}, true, "is no number"};
-        return {"double", DoubleText(value)};
+        if (!std::isfinite(value)) return {{}, true, "is no number"};
+        return {DoubleText(value)};
     }
-    ItemText operator()(const WorkflowText& value) const { return TextItem("text", value.utf8); }
-    ItemText operator()(const WorkflowString& value) const { return TextItem("string", value.bytes); }
-    ItemText operator()(const WorkflowAtom& value) const { return TextItem("atom", value.name); }
-    ItemText operator()(const WorkflowBinary& value) const { return SizedItem("binary", EncodeBase64(value.bytes)); }
-    ItemText operator()(const WorkflowItems&) const { return {"", {}}; }
+    ItemText operator()(const WideText& value) const { return TextItem(value.utf8); }
+    ItemText operator()(const std::string& value) const { return TextItem(value); }
+    ItemText operator()(const AtomValue& value) const { return TextItem(value.name); }
+    ItemText operator()(const BinaryValue& value) const { return SizedItem(EncodeBase64(value.bytes)); }
+    ItemText operator()(const CSettingsRecord::Nested&) const { return {}; }
 };
 
 void AppendEscaped(std::string& xml, std::string_view text)
@@ -334,7 +309,7 @@ private:
         Attribute("name", command.handlerName);
         Attribute("pauseBefore", command.pauseBefore.empty() ? "false" : command.pauseBefore);
         Attribute("promptUser", command.promptUser.empty() ? "false" : command.promptUser);
-        if (command.parameters.entries.empty()) {
+        if (command.parameters.Empty()) {
             m_xml += "/>\n";
             return;
         }
@@ -344,23 +319,23 @@ private:
         Close(2, "Command");
     }
 
-    void Items(const WorkflowItems& items, int level)
+    void Items(const CSettingsRecord& items, int level)
     {
-        std::vector<const std::pair<std::string, WorkflowValue>*> ordered;
-        for (const auto& entry : items.entries) ordered.push_back(&entry);
+        std::vector<const CSettingsRecord::Entry*> ordered;
+        for (const auto& entry : items.Entries()) ordered.push_back(&entry);
         std::sort(ordered.begin(), ordered.end(),
-                  [](const auto* a, const auto* b) { return ComesFirstInCab(a->first, b->first); });
+                  [](const auto* a, const auto* b) { return ComesFirstInCab(a->key, b->key); });
         for (const auto* entry : ordered) {
-            const auto* nested = std::get_if<WorkflowItems>(&entry->second);
-            nested ? NestedItems(entry->first, *nested, level) : Item(entry->first, entry->second, level);
+            const auto* nested = std::get_if<CSettingsRecord::Nested>(&entry->value);
+            nested ? NestedItems(entry->key, **nested, level) : Item(entry->key, entry->value, level);
         }
     }
 
-    void NestedItems(const std::string& name, const WorkflowItems& items, int level)
+    void NestedItems(const std::string& name, const CSettingsRecord& items, int level)
     {
         Open(level, "Items");
         Attribute("name", name);
-        if (items.entries.empty()) {
+        if (items.Empty()) {
             m_xml += "/>\n";
             return;
         }
@@ -369,13 +344,13 @@ private:
         Close(level, "Items");
     }
 
-    void Item(const std::string& name, const WorkflowValue& value, int level)
+    void Item(const std::string& name, const CSettingsRecord::Value& value, int level)
     {
         const ItemText item = std::visit(TextOfValue{}, value);
         if (item.problem) Fail("the item \"" + SanitizeUtf8(name) + "\" " + item.problem);
         Open(level, "Item");
         Attribute("name", name);
-        Attribute("type", item.type);
+        Attribute("type", TypeWord(value));
         if (item.hasValue) Attribute("value", item.problem ? std::string() : item.value);
         m_xml += "/>\n";
     }

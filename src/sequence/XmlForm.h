@@ -16,7 +16,7 @@ struct WorkflowSource {
 struct WorkflowCommand {
     std::string handlerName;  // without white space at its end
     std::string label;        // that of its group
-    WorkflowItems parameters;
+    CSettingsRecord parameters;
     // As written. Kept: workflows never pause or prompt, whatever stands here.
     std::string pauseBefore, promptUser;
 };

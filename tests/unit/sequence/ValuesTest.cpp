@@ -59,9 +59,9 @@ TEST(ItemValues, LongTextIsCutBetweenCharacters)
     std::string text(999'999, 'a');
     text += "\xE2\x82\xAC";  // one character of three bytes across the limit
     const auto value = ItemValue("text", text);
-    EXPECT_EQ(std::get<WorkflowText>(*value).utf8, std::string(999'999, 'a'));
+    EXPECT_EQ(std::get<WideText>(*value).utf8, std::string(999'999, 'a'));
     const std::string fits(1'000'000, 'b');
-    EXPECT_EQ(std::get<WorkflowText>(*ItemValue("text", fits + "c")).utf8, fits);
+    EXPECT_EQ(std::get<WideText>(*ItemValue("text", fits + "c")).utf8, fits);
 }
 
 }  // namespace

@@ -15,20 +15,13 @@ std::string OneCommand(const std::string& items)
     return WorkflowXml("<Group label=\"g\"><Command name=\"c\">" + items + "</Command></Group>");
 }
 
-const WorkflowValue* Find(const WorkflowItems& items, const std::string& name)
-{
-    for (const auto& [key, value] : items.entries)
-        if (key == name) return &value;
-    return nullptr;
-}
-
 /// The text of an item whose value attribute is written as given; nothing when the document is refused.
 std::optional<std::string> TextOf(const std::string& writtenValue)
 {
     const auto workflow =
         ParseWorkflow(OneCommand("<Items><Item name=\"x\" type=\"text\" value=\"" + writtenValue + "\"/></Items>"));
     if (!workflow) return std::nullopt;
-    return std::get<WorkflowText>(*Find(workflow->groups[0].commands[0].parameters, "x")).utf8;
+    return workflow->groups[0].commands[0].parameters.Wide("x");
 }
 
 TEST(WorkflowXml, ReferencesAndBlanksInValuesSurvive)
@@ -115,11 +108,12 @@ TEST(WorkflowXml, ItemsNestAndTheLastOfANameWins)
         "<Items name=\"in\"><Item name=\"n\" type=\"null\"/></Items><Item type=\"text\" value=\"no name\"/>"
         "<Item name=\"n\" type=\"string\" value=\"last\"/><Item name=\"u\" type=\"odd\" value=\"1\"/></Items>"));
     ASSERT_TRUE(workflow) << workflow.Error();
-    const WorkflowItems& items = workflow->groups[0].commands[0].parameters;
-    EXPECT_EQ(items.entries.size(), 3u);
-    EXPECT_EQ(std::get<WorkflowString>(*Find(items, "n")).bytes, "last");
-    EXPECT_TRUE(std::get<WorkflowItems>(*Find(items, "HEADER")).entries.empty());
-    EXPECT_TRUE(std::holds_alternative<WorkflowNull>(*Find(std::get<WorkflowItems>(*Find(items, "in")), "n")));
+    const CSettingsRecord& items = workflow->groups[0].commands[0].parameters;
+    EXPECT_EQ(items.Entries().size(), 3u);
+    EXPECT_EQ(items.String("n"), "last");
+    ASSERT_TRUE(items.Record("HEADER") && items.Record("in"));
+    EXPECT_TRUE(items.Record("HEADER")->Empty());
+    EXPECT_EQ(*items.Record("in")->Find("n"), CSettingsRecord::Value(NullValue()));
 }
 
 TEST(WorkflowXml, ManyItemsOfOneLevelAreReadInLinearTime)
@@ -128,7 +122,7 @@ TEST(WorkflowXml, ManyItemsOfOneLevelAreReadInLinearTime)
     for (int i = 0; i < 100'000; ++i) items += "<Item name=\"k" + std::to_string(i) + "\" type=\"null\"/>";
     const auto workflow = ParseWorkflow(OneCommand(items + "</Items>"));
     ASSERT_TRUE(workflow) << workflow.Error();
-    EXPECT_EQ(workflow->groups[0].commands[0].parameters.entries.size(), 100'000u);
+    EXPECT_EQ(workflow->groups[0].commands[0].parameters.Entries().size(), 100'000u);
 }
 
 TEST(WorkflowXml, UnreadableFilesSayWhy)
@@ -142,51 +136,47 @@ TEST(WorkflowXml, UnreadableFilesSayWhy)
     EXPECT_TRUE(ReadWorkflowFile(folder.Write("good.sequ", OneCommand(""))));
 }
 
-Workflow OneStep(WorkflowItems parameters)
+Workflow OneStep(CSettingsRecord parameters)
 {
     Workflow workflow{"t", "d", {}, {{"g", {}}}};
     workflow.groups[0].commands.push_back({"Step", "g", std::move(parameters), "", ""});
     return workflow;
 }
 
-/// The value of the only item after it was written and read.
-WorkflowValue AfterWriting(const WorkflowValue& value)
-{
-    const auto xml = WriteWorkflow(OneStep({{{"k", value}}}));
-    if (!xml) throw std::runtime_error(xml.Error());
-    const auto read = ParseWorkflow(*xml);
-    if (!read) throw std::runtime_error(read.Error());
-    return read->groups.at(0).commands.at(0).parameters.entries.at(0).second;
-}
-
 TEST(WorkflowWriter, KeepsEveryValue)
 {
     const std::string text = "a\r\nb\rc\nd\te \"q\" 'p' <&> \xE2\x82\xAC ";
-    EXPECT_EQ(std::get<WorkflowText>(AfterWriting(WorkflowText{text})).utf8, text);
-    EXPECT_EQ(std::get<WorkflowString>(AfterWriting(WorkflowString{text})).bytes, text);
-    EXPECT_EQ(std::get<WorkflowAtom>(AfterWriting(WorkflowAtom{""})).name, "");
-    EXPECT_TRUE(std::holds_alternative<WorkflowNull>(AfterWriting(WorkflowNull{})));
-    for (const bool value : {true, false}) EXPECT_EQ(std::get<bool>(AfterWriting(value)), value);
+    std::vector<CSettingsRecord::Value> values = {WideText{text}, text, AtomValue{""}, NullValue{}, true, false};
     for (const std::int32_t value : {0, -1, std::numeric_limits<std::int32_t>::min(), 2147483647})
-        EXPECT_EQ(std::get<std::int32_t>(AfterWriting(value)), value);
+        values.push_back(value);
     for (const double value : {0.0, -0.5, 36.0, 0.1234567890123, 1e-300, -1.7976931348623157e308, 1.0 / 3})
-        EXPECT_EQ(std::get<double>(AfterWriting(value)), value);
+        values.push_back(value);
     for (const std::string& bytes : {std::string(), std::string("\0", 1), std::string("\xFF\x00\x10", 3),
                                      std::string("abcd"), std::string(1000, '\xAA')})
-        EXPECT_EQ(std::get<WorkflowBinary>(AfterWriting(WorkflowBinary{bytes})).bytes, bytes);
-    EXPECT_TRUE(std::get<WorkflowItems>(AfterWriting(WorkflowItems{})).entries.empty());
+        values.push_back(BinaryValue{bytes});
+    CSettingsRecord record;
+    record.PutRecord("nested", {});
+    for (const auto& value : values) record.PutValue(std::to_string(record.Entries().size()), value);
+    const auto xml = WriteWorkflow(OneStep(record));
+    ASSERT_TRUE(xml) << xml.Error();
+    const auto read = ParseWorkflow(*xml);
+    ASSERT_TRUE(read) << read.Error();
+    EXPECT_EQ(read->groups.at(0).commands.at(0).parameters, record);
 }
 
 TEST(WorkflowWriter, RefusesWhatWouldNotComeBackAndNamesIt)
 {
-    const WorkflowValue rows[] = {WorkflowString{"\xFF"},
-                                  WorkflowText{"a\x01"},
-                                  WorkflowText{std::string("a\0b", 3)},
-                                  WorkflowText{std::string(kMaxItemValueBytes + 1, 'x')},
-                                  std::numeric_limits<double>::infinity(),
-                                  std::numeric_limits<double>::quiet_NaN()};
-    for (const WorkflowValue& value : rows) {
-        const auto xml = WriteWorkflow(OneStep({{{"n", WorkflowItems{{{"Odd", value}}}}}}));
+    const CSettingsRecord::Value rows[] = {std::string("\xFF"),
+                                           WideText{"a\x01"},
+                                           WideText{std::string("a\0b", 3)},
+                                           WideText{std::string(kMaxItemValueBytes + 1, 'x')},
+                                           std::numeric_limits<double>::infinity(),
+                                           std::numeric_limits<double>::quiet_NaN()};
+    for (const CSettingsRecord::Value& value : rows) {
+        CSettingsRecord nested, record;
+        nested.PutValue("Odd", value);
+        record.PutRecord("n", nested);
+        const auto xml = WriteWorkflow(OneStep(record));
         ASSERT_FALSE(xml) << value.index();
         EXPECT_TRUE(xml.Error().starts_with("In step 1 the item \"Odd\" ")) << xml.Error();
     }
@@ -197,18 +187,14 @@ TEST(WorkflowWriter, RefusesWhatWouldNotComeBackAndNamesIt)
 
 TEST(WorkflowWriter, PutsTheItemsOfALevelIntoTheOrderOfACab)
 {
-    const auto xml = WriteWorkflow(OneStep({{{"b", true},
-                                             {"10", true},
-                                             {"a", WorkflowItems{}},
-                                             {"9", true},
-                                             {"B", true},
-                                             {"1a", true},
-                                             {"007", true}}}));
+    CSettingsRecord record;
+    for (const char* key : {"b", "10", "a", "9", "B", "1a", "007"}) record.PutBool(key, true);
+    const auto xml = WriteWorkflow(OneStep(record));
     ASSERT_TRUE(xml);
     const auto read = ParseWorkflow(*xml);
     ASSERT_TRUE(read) << read.Error();
     std::string order;
-    for (const auto& [name, value] : read->groups[0].commands[0].parameters.entries) order += name + ' ';
+    for (const auto& entry : read->groups[0].commands[0].parameters.Entries()) order += entry.key + ' ';
     EXPECT_EQ(order, "007 9 10 1a B a b ");
 }
 

@@ -203,6 +203,7 @@ TEST_F(OwnSteps, PagesAreTurnedAndCroppedAsTheyAreShown)
 TEST_F(OwnSteps, PagesGoWithoutTakingWhatOthersNeed)
 {
     const char* const remove = "DeletePages";
+    for (int number = 200; number < 206; ++number) objects += std::to_string(number) + " 0 obj\n<</T(x)>>\nendobj\n";
     const std::string labels = "1 /PageLabels <</Nums[0<</S/r>>2<</S/D/St 5>>]>>";
     Check({
         {"the first", remove, "", "From=t1; To=t1", "changed",
@@ -213,6 +214,10 @@ TEST_F(OwnSteps, PagesGoWithoutTakingWhatOthersNeed)
          "1 /PageLabels << /Nums [ 0 << /S /r /St 1 >> 1 << /S /D /St 5 >> ] >>"},
         {"inherited entries", remove, "2 /Rotate 90; 2 /MediaBox [0 0 9 9]; 1004 /MediaBox null", "From=t1; To=t2",
          "changed", "1004 /Rotate 90; 1004 /MediaBox [ 0 0 9 9 ]"},
+        {"fields shown there alone", remove,
+         "1 /AcroForm <</Fields[200 0 R 201 0 R 202 0 R]/CO[201 0 R 202 0 R]>>; 201 /Kids [203 0 R 204 0 R]; "
+         "202 /Kids [205 0 R]; 1000 /Annots [200 0 R 203 0 R 205 0 R]; 1002 /Annots [204 0 R]",
+         "From=t1; To=t1", "changed", "1 /AcroForm << /CO [ 201 0 R ] /Fields [ 201 0 R ] >>; 201 /Kids [ 204 0 R ]"},
         {"all of them", remove, labels, "From=t1; To=t3", "would leave no page", "2 /Count 3"},
         {"all without saying so", remove, "", "Group=i0", "would leave no page", ""},
         {"nothing said", remove, "", "", "needs a page number in \"From\"", "2 /Count 3"},

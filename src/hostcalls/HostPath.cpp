@@ -100,3 +100,12 @@ std::optional<std::string> NativeFromPathCab(CCabView pathCab)
     });
     return refused ? std::nullopt : native;
 }
+
+std::string TextOfPathCab(CCabView pathCab)
+{
+    for (const char* key : {kDITextKey, kDIKey, kDIPathKey}) {
+        const auto text = pathCab.TextUtf8(key);
+        if (std::string path = text ? *text : pathCab.String(key).value_or(""); !path.empty()) return path;
+    }
+    return {};
+}

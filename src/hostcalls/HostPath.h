@@ -47,3 +47,7 @@ private:
 /// The platform path that a path cab stands for: the first of "DI", "DIPath" and "DIText" that is there, as string or
 /// text. Nothing when none is there or the host makes no path of it.
 [[nodiscard]] std::optional<std::string> NativeFromPathCab(CCabView pathCab);
+
+/// The text that a path cab stands for, UTF-8, as it is written there: the first of "DIText", "DI" and "DIPath" that is
+/// there and not empty; empty when none is.
+[[nodiscard]] std::string TextOfPathCab(CCabView pathCab);

@@ -103,8 +103,5 @@ std::optional<std::string> PathEntry(CCabView cab, const char* key)
 std::string DIPathEntry(CCabView cab, const char* key)
 {
     const CCabView pathCab = cab.Cab(key);
-    if (!pathCab) return TextUtf8Of(cab, key).value_or("");
-    for (const char* form : {"DIText", "DI", "DIPath"})
-        if (auto path = TextUtf8Of(pathCab, form); path && !path->empty()) return std::move(*path);
-    return {};
+    return pathCab ? TextOfPathCab(pathCab) : TextUtf8Of(cab, key).value_or("");
 }

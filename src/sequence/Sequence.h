@@ -30,7 +30,7 @@ public:
 class CSequence {
 public:
     explicit CSequence(CCab cab) : m_cab(std::move(cab)) {}
-    /// `commands` as CommandsKey() numbers them.
+    /// The entries of `commands` have the keys of CabKey().
     CSequence(CCab commands, CCab input, CCab output);
 
     [[nodiscard]] CCabView Commands() const;

@@ -16,27 +16,6 @@ namespace {
 
 constexpr char kEndOfRun[] = "--------------------------------------------------------------------------------------";
 
-/// The folder of the final action, when it has one.
-std::vector<std::string> FurtherOutputPaths(const RunSettings& settings)
-{
-    if (!WantsFolder(settings.finalAction) || settings.destination.empty()) return {};
-    return {settings.destination};
-}
-
-ExecutorSettings SettingsForExecutor(const RunSettings& settings, const RunVariation& variation)
-{
-    return {.alternativeInputPath = settings.alternativeInputPath,
-            .furtherInputPaths = variation.furtherInputPaths,
-            .alternativeOutputPath = settings.alternativeOutputPath,
-            .insistsOnOutputPath = variation.insistsOnOutputPath,
-            .sparesInputs = variation.keepIncomplete,
-            .furtherOutputPaths = FurtherOutputPaths(settings),
-            .allowedExtensions = settings.allowedExtensions,
-            .noSubfolders = settings.noSubfolders,
-            .acceptDamaged = variation.acceptDamaged,
-            .trialRun = variation.trialRun};
-}
-
 /// The monitor of a run; it shows nothing as long as there is no progress window to show.
 std::unique_ptr<CCustomMonitor> StartMonitor()
 {
@@ -103,7 +82,7 @@ CRunDriver::Ending CRunDriver::RunGuarded() noexcept
 
 CRunDriver::Ending CRunDriver::Run()
 {
-    const RunSettings settings = ReadRunSettings(m_services.environment, m_services.log);
+    const RunSettings settings = m_services.settings();
     Expected<CSequence> sequence = LoadSequenceFile(settings.sequencePath, m_services.log);
     Ending ending{RunEnd::NotStarted, sequence ? "" : sequence.Error()};
     if (sequence) ending = RunLoaded(settings, *sequence);
@@ -117,14 +96,12 @@ CRunDriver::Ending CRunDriver::RunLoaded(const RunSettings& settings, CSequence&
     log.NameValue("Processing batch sequence", settings.sequencePath, 1);
     const std::unique_ptr<CCustomMonitor> monitor = settings.showProgress ? StartMonitor() : nullptr;
     m_executeInSteps = settings.executeInSteps;
-    for (const std::string& extension : settings.allowedExtensions.value_or(std::vector<std::string>()))
+    for (const std::string& extension : settings.execution.allowedExtensions.value_or(std::vector<std::string>()))
         log.NameValue("Allowed file extension", extension, 1);
     LogMissingProgram(settings, log);
 
     const ExecutionResult result =
-        m_services.variation.use
-            ? m_services.variation.use(settings, SettingsForExecutor(settings, m_services.variation), sequence)
-            : RunFiles(settings, sequence, monitor.get());
+        m_services.use ? m_services.use(settings, sequence) : RunFiles(settings, sequence, monitor.get());
     if (monitor) monitor->EndOperation();
     return {EndOf(result.end), result.message};
 }
@@ -142,9 +119,8 @@ ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& seq
         .finalAction = [&](const ProcessedFile& file) { return ApplyFinalActionTo(file, settings); },
         .fileDone = [&](const ProcessedFile& file) { events.FileDone(file); },
         .sequencePreflight = [&](bool begins) { events.SequencePreflight(begins); },
-        .inputs = m_services.variation.inputs};
-    return ::RunSequence(SettingsForExecutor(settings, m_services.variation), sequence, monitor, callbacks,
-                         m_services.log);
+        .inputs = m_services.inputs};
+    return ::RunSequence(settings.execution, sequence, monitor, callbacks, m_services.log);
 }
 
 std::string CRunDriver::LeaveOutFinalAction(const char* because, const std::string& message)
@@ -159,7 +135,7 @@ std::string CRunDriver::ApplyFinalActionTo(const ProcessedFile& file, const RunS
     if (action == FinalAction::Nothing) return {};
     const char* const stays = "The input stays where it is.";
     if (VacatesInput(action) && !file.loss.empty()) return LeaveOutFinalAction("the document is damaged", stays);
-    if (m_services.variation.keepIncomplete && file.outcome == FileOutcome::Incomplete)
+    if (settings.execution.sparesInputs && file.outcome == FileOutcome::Incomplete)
         return LeaveOutFinalAction("the file is incomplete", stays);
     m_services.events.FinalActionBegins();
     CInputGuard guard(file.path, VacatesInput(action) ? file.input : std::nullopt);

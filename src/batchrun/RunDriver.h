@@ -13,33 +13,19 @@ class CLogWriter;
 class CSequence;
 
 /// What is done with a loaded sequence.
-using SequenceUse = std::function<ExecutionResult(const RunSettings& settings, const ExecutorSettings& executor,
-                                                  CSequence& sequence)>;
-
-/// What a run may do otherwise than one that is started from the environment.
-struct RunVariation {
-    /// Borrowed; hands out the input files. Null: they are collected.
-    CInputSource* inputs = nullptr;
-    /// An input whose file came out incomplete gets no final action, and after a failed step none is replaced.
-    bool keepIncomplete = false;
-    /// A document that has lost something to damage is dealt with like any other.
-    bool acceptDamaged = false;
-    /// Results go into the alternative output folder or nowhere.
-    bool insistsOnOutputPath = false;
-    /// Nothing is to be done for good.
-    bool trialRun = false;
-    std::vector<std::string> furtherInputPaths = {};
-    /// In place of running the sequence.
-    SequenceUse use = {};
-};
+using SequenceUse = std::function<ExecutionResult(const RunSettings& settings, CSequence& sequence)>;
 
 /// The references are borrowed and must outlive the driver.
 struct RunDriverServices {
-    EnvironmentReader environment;
+    /// Answers the settings of the run and logs them.
+    std::function<RunSettings()> settings;
     CLogWriter& log;
     CRunEvents& events;
     CHostCloser& host;
-    RunVariation variation = {};
+    /// Borrowed; hands out the input files. Null: they are collected.
+    CInputSource* inputs = nullptr;
+    /// In place of running the sequence.
+    SequenceUse use = {};
 };
 
 /// Order: Idle is called from the host's idle loop; its first call does the whole run, each later one returns at

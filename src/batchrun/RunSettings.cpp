@@ -26,6 +26,32 @@ std::vector<std::string> ExtensionList(const std::string& value)
 
 bool IsYes(const std::string& value) { return ToLowerAscii(value) == "yes"; }
 
+/// As they were given, in the order of the log.
+struct GivenSettings {
+    const std::string &sequence, &finalAction, &destination, &input, &inSteps, &noProgress, &output, &extensions,
+        &noSubfolders;
+};
+
+void LogSettings(const GivenSettings& given, CLogWriter& log)
+{
+    log.NameValue("Sequence file", given.sequence, 1);
+    log.NameValue("Final action", given.finalAction, 1);
+    log.NameValue("Destination", given.destination, 1);
+    log.NameValue("Alternative path", given.input, 1);
+    log.NameValue("Execute in steps", given.inSteps, 1);
+    log.NameValue("Progress dialog", given.noProgress, 1);
+    log.NameValue("Alternative output path", given.output, 1);
+    log.NameValue("Allowed file extentions", given.extensions, 0);  // sic
+    log.NameValue("No subfolders", given.noSubfolders, 0);
+}
+
+/// Like the output folder, the folder of the final action is no input.
+void AddActionFolder(RunSettings& settings)
+{
+    if (WantsFolder(settings.finalAction) && !settings.destination.empty())
+        settings.execution.furtherOutputPaths = {settings.destination};
+}
+
 }  // namespace
 
 std::string CleanPath(const std::string& value) { return RemoveQuotes(value); }
@@ -42,25 +68,45 @@ RunSettings ReadRunSettings(const EnvironmentReader& environment, CLogWriter& lo
     const std::string extensions = Trim(environment("FERRULEFILEEXT"));
     const std::string noSubfolders = environment("FERRULENOSUBFOLDERS");
 
-    log.NameValue("Sequence file", sequence, 1);
-    log.NameValue("Final action", finalAction, 1);
-    log.NameValue("Destination", destination, 1);
-    log.NameValue("Alternative path", alternativeInput, 1);
-    log.NameValue("Execute in steps", inSteps, 1);
-    log.NameValue("Progress dialog", noProgress, 1);
-    log.NameValue("Alternative output path", alternativeOutput, 1);
-    log.NameValue("Allowed file extentions", extensions, 0);  // sic
-    log.NameValue("No subfolders", noSubfolders, 0);
+    LogSettings({sequence, finalAction, destination, alternativeInput, inSteps, noProgress, alternativeOutput,
+                 extensions, noSubfolders},
+                log);
+    RunSettings settings{.sequencePath = CleanPath(sequence),
+                         .finalAction = FinalActionOf(finalAction),
+                         .destination = destination,
+                         .executeInSteps = IsYes(Trim(inSteps)),
+                         .showProgress = !IsYes(Trim(noProgress)),
+                         .execution = {}};
+    settings.execution.alternativeInputPath = CleanPath(alternativeInput);
+    settings.execution.alternativeOutputPath = CleanPath(alternativeOutput);
+    if (!extensions.empty()) settings.execution.allowedExtensions = ExtensionList(extensions);
+    settings.execution.noSubfolders = IsYes(noSubfolders);  // Kept: this one is not trimmed.
+    AddActionFolder(settings);
+    return settings;
+}
 
-    return {
-        .sequencePath = CleanPath(sequence),
-        .finalAction = FinalActionOf(finalAction),
-        .destination = destination,
-        .alternativeInputPath = CleanPath(alternativeInput),
-        .alternativeOutputPath = CleanPath(alternativeOutput),
-        .allowedExtensions = extensions.empty() ? std::nullopt : std::optional(ExtensionList(extensions)),
-        .executeInSteps = IsYes(Trim(inSteps)),
-        .showProgress = !IsYes(Trim(noProgress)),
-        .noSubfolders = IsYes(noSubfolders),  // Kept: this one is not trimmed.
-    };
+RunSettings DescribedSettings(const RunDescription& description, bool trialRun, CLogWriter& log)
+{
+    const auto& inputs = description.inputs;
+    const std::string firstInput = inputs.empty() ? "" : inputs.front();
+    LogSettings(
+        {description.sequence, std::to_string(static_cast<int>(description.finalAction)), description.destination,
+         firstInput, "", "", description.outputFolder, description.extensions, description.noSubfolders ? "yes" : ""},
+        log);
+    RunSettings settings{.sequencePath = description.sequence,
+                         .finalAction = description.finalAction,
+                         .destination = description.destination,
+                         .execution = {}};
+    ExecutorSettings& execution = settings.execution;
+    execution.alternativeInputPath = firstInput;
+    if (inputs.size() > 1) execution.furtherInputPaths.assign(inputs.begin() + 1, inputs.end());
+    execution.alternativeOutputPath = description.outputFolder;
+    execution.insistsOnOutputPath = true;
+    execution.sparesInputs = true;
+    if (!description.extensions.empty()) execution.allowedExtensions = ExtensionList(description.extensions);
+    execution.noSubfolders = description.noSubfolders;
+    execution.acceptDamaged = description.acceptDamaged;
+    execution.trialRun = trialRun;
+    AddActionFolder(settings);
+    return settings;
 }

@@ -1,34 +1,33 @@
-// The settings of an unattended run, taken from the environment.
+// The settings of an unattended run, from the environment or from a description.
 #pragma once
 
-#include "protocol/FinalAction.h"
+#include "engine/ExecutorSettings.h"
+#include "protocol/RunDescription.h"
 
 #include <functional>
-#include <optional>
 #include <string>
-#include <vector>
 
 class CLogWriter;
 
 /// Answers the value of an environment variable, empty when it is absent.
 using EnvironmentReader = std::function<std::string(const char* name)>;
 
-/// Narrow code page texts. The members are cleaned as each variable demands; nothing is checked against the disk.
+/// Narrow code page texts. Nothing is checked against the disk.
 struct RunSettings {
-    std::string sequencePath;           // quotes removed
+    std::string sequencePath;
     FinalAction finalAction = FinalAction::Nothing;
-    std::string destination;            // as it stands
-    std::string alternativeInputPath;   // empty = not set
-    std::string alternativeOutputPath;  // empty = not set
-    /// Without blanks and dots around them; nothing = what the sequence accepts, an empty list = none.
-    std::optional<std::vector<std::string>> allowedExtensions;
+    std::string destination;
     bool executeInSteps = false;  // logged, without effect on the processing
     bool showProgress = true;
-    bool noSubfolders = false;
+    ExecutorSettings execution;
 };
 
-/// Reads all nine variables, logs each of them, and answers the cleaned settings.
+/// Reads all nine variables, logs each of them, and answers the settings, cleaned as each variable demands.
 [[nodiscard]] RunSettings ReadRunSettings(const EnvironmentReader& environment, CLogWriter& log);
+
+/// The settings of a run that somebody has described, logged in the same lines. In such a run results go into the
+/// output folder or nowhere, and what could not be done completely costs no input.
+[[nodiscard]] RunSettings DescribedSettings(const RunDescription& description, bool trialRun, CLogWriter& log);
 
 /// Removes one pair of surrounding double quotes and the white space around and inside them; quotes inside stay.
 [[nodiscard]] std::string CleanPath(const std::string& value);

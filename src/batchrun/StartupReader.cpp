@@ -9,16 +9,16 @@ constexpr int kRunDriverPeriodTicks = 60;
 
 }  // namespace
 
-StartupDecision ReadStartup(const EnvironmentReader& environment, CLogWriter& log, CStartupActions& actions)
+StartupDecision ReadStartup(const std::string& sequence, const std::string& noProgress, CLogWriter& log,
+                            CStartupActions& actions)
 {
-    const std::string sequence = environment("FERRULESEQU");
     if (sequence.empty()) {
         log.Line("No sequence file specified");
         return {};
     }
     StartupDecision decision;
     // Kept: not trimmed here, so " yes" hides the progress dialog later but not the host window now.
-    if (EqualsIgnoreCaseAscii(environment("FERRULENOPROGRESS"), "yes")) {
+    if (EqualsIgnoreCaseAscii(noProgress, "yes")) {
         decision.hostWindowHidden = true;
         actions.HideHostWindow();
     }

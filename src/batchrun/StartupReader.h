@@ -1,7 +1,9 @@
 // Decides, once the host has started, whether an unattended run will happen.
 #pragma once
 
-#include "batchrun/RunSettings.h"
+#include <string>
+
+class CLogWriter;
 
 /// What the start-up reader asks of the host side. Implemented above this folder.
 class CStartupActions {
@@ -24,4 +26,6 @@ struct StartupDecision {
 };
 
 /// Call once, when the host says that it has started. May throw CHostException from the actions.
-StartupDecision ReadStartup(const EnvironmentReader& environment, CLogWriter& log, CStartupActions& actions);
+/// `noProgress`: the text that the user gave for it.
+StartupDecision ReadStartup(const std::string& sequence, const std::string& noProgress, CLogWriter& log,
+                            CStartupActions& actions);

@@ -74,11 +74,6 @@ std::string ReadDestination(const CArguments& arguments, const FinalActionFacts&
                : place;
 }
 
-void AddSetting(RunRequest& request, const char* name, const std::string& value)
-{
-    if (!value.empty()) request.settings.emplace_back(name, value);
-}
-
 /// "2/4" as 2 and 4.
 std::pair<int, int> ParseShard(const std::string& text)
 {
@@ -145,26 +140,20 @@ EngineOptions ReadEngine(const CArguments& arguments)
     return engine;
 }
 
-RunRequest ReadRequest(const CArguments& arguments)
+RunDescription ReadRequest(const CArguments& arguments)
 {
     if (arguments.Operands().empty()) FailUsage("name the sequence to run, or a plan with --manifest");
     const FinalActionFacts& action = *FindFinalAction(arguments.Text("--final-action"));
     const std::string destination = ReadDestination(arguments, action);
-    RunRequest request;
-    AddSetting(request, "FERRULESEQU", ExistingPath(arguments.Operands().front()));
-    const auto inputs = arguments.All("--input");
-    for (const std::string& input : inputs) request.inputs.push_back(ExistingPath(input));
-    if (!request.inputs.empty()) {
-        AddSetting(request, "FERRULEALTPATH", request.inputs.front());
-        request.inputs.erase(request.inputs.begin());
-    }
-    if (arguments.Has("--output"))
-        AddSetting(request, "FERRULEALTOUTPUTPATH", ExistingPath(arguments.Text("--output")));
-    AddSetting(request, "FERRULEFINAL", std::to_string(static_cast<int>(action.action)));
-    AddSetting(request, "FERRULEDEST", destination);
+    RunDescription request;
+    request.sequence = ExistingPath(arguments.Operands().front());
+    for (const std::string& input : arguments.All("--input")) request.inputs.push_back(ExistingPath(input));
+    if (arguments.Has("--output")) request.outputFolder = ExistingPath(arguments.Text("--output"));
+    request.finalAction = action.action;
+    request.destination = destination;
     const std::string extensions = Trim(arguments.Text("--ext"));
-    if (!EqualsIgnoreCaseAscii(extensions, "all")) AddSetting(request, "FERRULEFILEEXT", extensions);
-    if (arguments.Has("--no-subfolders")) AddSetting(request, "FERRULENOSUBFOLDERS", "yes");
+    if (!EqualsIgnoreCaseAscii(extensions, "all")) request.extensions = extensions;
+    request.noSubfolders = arguments.Has("--no-subfolders");
     request.minAgeSeconds = static_cast<int>(arguments.Number("--min-age"));
     request.skipUnavailable = arguments.Has("--skip-unavailable");
     request.allowNoOutput = arguments.Has("--allow-no-output");

@@ -19,7 +19,7 @@ std::string FilePath(const CArguments& arguments, const char* option);
 EngineOptions ReadEngine(const CArguments& arguments);
 
 /// What "run" and "plan" are to do with which files.
-RunRequest ReadRequest(const CArguments& arguments);
+RunDescription ReadRequest(const CArguments& arguments);
 
 /// Options of "run" without a manifest, all but those that say how to report.
 RunOptions ReadRun(const CArguments& arguments);

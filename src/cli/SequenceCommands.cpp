@@ -144,15 +144,14 @@ int SequenceShowCommand(const CArguments& arguments, const Screen& screen)
 
 int SequenceCheckCommand(const CArguments& arguments, const Screen& screen)
 {
-    json settings = json::object();
-    if (arguments.Has("--input")) settings["FERRULEALTPATH"] = SequencePath(arguments.Text("--input"));
-    if (arguments.Has("--output")) settings["FERRULEALTOUTPUTPATH"] = SequencePath(arguments.Text("--output"));
-    if (arguments.Has("--final-action"))
-        settings["FERRULEFINAL"] = std::to_string(static_cast<int>(FindFinalAction(arguments.Text("--final-action"))->action));
+    RunDescription run;
+    if (arguments.Has("--input")) run.inputs = {platform::AbsolutePath(arguments.Text("--input"))};
+    if (arguments.Has("--output")) run.outputFolder = platform::AbsolutePath(arguments.Text("--output"));
+    if (arguments.Has("--final-action")) run.finalAction = FindFinalAction(arguments.Text("--final-action"))->action;
     bool allOk = true;
     for (const std::string& file : arguments.Operands()) {
         json job = {{"kind", "sequence-check"}, {"path", SequencePath(file)}};
-        if (!settings.empty()) job["settings"] = settings;
+        job["description"] = RunDescriptionJson(run);
         const auto answer = Answer(arguments, job, screen);
         if (!answer) return kExitBroken;
         const bool ok = answer->value("ok", false);

@@ -23,7 +23,10 @@ CUnattendedRun* theRun = nullptr;  // the callbacks carry nothing of ours
 CUnattendedRun::CUnattendedRun(CLogWriter& log, CHostCloser& host)
     : m_log(log),
       m_host(host),
-      m_driver({.environment = platform::EnvironmentText, .log = log, .events = m_events, .host = host})
+      m_driver({.settings = [&log] { return ReadRunSettings(platform::EnvironmentText, log); },
+                .log = log,
+                .events = m_events,
+                .host = host})
 {
 }
 
@@ -41,10 +44,10 @@ void CUnattendedRun::Register()
 void CUnattendedRun::HostHasStarted()
 {
     m_job = JobText();
-    const EnvironmentReader environment =
-        m_job ? JobEnvironment(*m_job) : EnvironmentReader(platform::EnvironmentText);
+    const std::string sequence = m_job ? JobSequence(*m_job) : platform::EnvironmentText("FERRULESEQU");
+    const std::string noProgress = m_job ? "" : platform::EnvironmentText("FERRULENOPROGRESS");
     const auto error = CatchHostError([&] {
-        m_startup = ReadStartup(environment, m_log, *this);
+        m_startup = ReadStartup(sequence, noProgress, m_log, *this);
         // A job says itself what is missing.
         if (m_job && !m_startup.runScheduled) ScheduleRunDriver(0);
     });

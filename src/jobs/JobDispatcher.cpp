@@ -4,27 +4,20 @@
 #include "common/Log.h"
 #include "hostcalls/HostFrame.h"
 #include "jobs/JobOverseer.h"
-#include "jobs/JobSettings.h"
 #include "jobs/PlanJob.h"
 #include "jobs/RunJob.h"
 #include "jobs/SequenceJobs.h"
 #include "platform/TemporaryNames.h"
+#include "protocol/Json.h"
+#include "sequence/JsonFields.h"
 
 #include <algorithm>
 #include <cctype>
 #include <exception>
-#include <nlohmann/json.hpp>
 
 namespace {
 
 using nlohmann::json;
-
-/// Kinds that end as a run does: they log and tell their end themselves.
-struct RunKind {
-    const char* name;
-    void (*conduct)(const json& job, const JobServices& services) noexcept;
-};
-constexpr RunKind kRunKinds[] = {{"run", DoRunJob}, {"plan", DoPlanJob}};
 
 /// Kinds that answer one report and touch no document.
 struct SequenceKind {
@@ -36,12 +29,11 @@ constexpr SequenceKind kSequenceKinds[] = {{"sequence-show", ShowSequence},
                                            {"sequence-new", NewSequence},
                                            {"sequence-convert", ConvertSequence}};
 
-json Parsed(const std::string& jobText) { return json::parse(jobText, nullptr, false); }
-
 /// The tag becomes part of file names.
-std::string TagOf(const json& job)
+std::string TagOf(const std::string& jobText)
 {
-    const std::string run = JobBytes(job, "run");
+    const auto job = ParseObject(jobText);
+    const std::string run = job ? TextAt(*job, "run") : std::string();
     const bool plain = std::all_of(run.begin(), run.end(), [](unsigned char c) { return std::isalnum(c) != 0; });
     return plain ? run : std::string();
 }
@@ -57,18 +49,28 @@ JobEnding DoSequenceJob(const SequenceKind& kind, const json& job, const JobServ
 {
     Expected<json> answer = Failure("The host does not answer.");
     if (const auto error = CatchHostError([&] { answer = kind.answer(job); }))
-        return {RunEnd::NotStarted, "The sequence " + JobBytes(job, "path") + " cannot be worked on: " + error->text};
+        return {RunEnd::NotStarted, "The sequence " + BytesIn(job, "path") + " cannot be worked on: " + error->text};
     if (!answer) return {RunEnd::NotStarted, answer.Error()};
     services.report(json{{"sequence", *answer}}.dump());
     return {};
 }
 
-void Dispatch(const json& job, const JobServices& services)
+/// Tells its end itself, as a run does.
+void DoRunOrder(const Json& job, const JobServices& services)
 {
+    const auto order = RunOrderFrom(job);
+    if (!order) return EndOther({RunEnd::NotStarted, order.Error()}, services);
+    const CJobOverseer overseer(order->dryRun);
+    order->kind == RunOrder::Kind::Plan ? DoPlanJob(*order, services) : DoRunJob(*order, services);
+}
+
+void Dispatch(const std::string& jobText, const JobServices& services)
+{
+    if (const auto object = ParseObject(jobText); object && IsRunOrder(*object)) return DoRunOrder(*object, services);
+    const CJobOverseer overseer(false);
+    const json job = json::parse(jobText, nullptr, false);
     if (!job.is_object()) return EndOther({RunEnd::NotStarted, "The job is no JSON object."}, services);
-    const std::string kind = JobBytes(job, "kind");
-    for (const RunKind& known : kRunKinds)
-        if (kind == known.name) return known.conduct(job, services);
+    const std::string kind = BytesIn(job, "kind");
     for (const SequenceKind& known : kSequenceKinds)
         if (kind == known.name) return EndOther(DoSequenceJob(known, job, services), services);
     EndOther({RunEnd::NotStarted, "There are no jobs of the kind \"" + kind + "\"."}, services);
@@ -76,16 +78,19 @@ void Dispatch(const json& job, const JobServices& services)
 
 }  // namespace
 
-EnvironmentReader JobEnvironment(const std::string& jobText) { return EnvironmentOf(Parsed(jobText)); }
+std::string JobSequence(const std::string& jobText)
+{
+    const auto object = ParseObject(jobText);
+    const auto order = RunOrderFrom(object.value_or(Json::object()));
+    return order ? order->description.sequence : std::string();
+}
 
 void DoJob(const std::string& jobText, JobServices services) noexcept
 {
     std::string reason = "unknown exception";
     try {
-        const json job = Parsed(jobText);
-        platform::SetTemporaryTag(TagOf(job));
-        const CJobOverseer overseer(JobFlag(job, "dryRun", false));
-        return Dispatch(job, services);
+        platform::SetTemporaryTag(TagOf(jobText));
+        return Dispatch(jobText, services);
     } catch (const std::exception& exception) {  // host errors are of this kind
         reason = exception.what();
     } catch (...) {  // the reason stays unknown

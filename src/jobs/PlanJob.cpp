@@ -7,18 +7,13 @@
 #include "engine/AcceptedTypes.h"
 #include "engine/InputFiles.h"
 #include "hostcalls/Application.h"
-#include "jobs/JobSettings.h"
 #include "jobs/PlannedFiles.h"
 #include "jobs/SafetyRules.h"
 #include "platform/Files.h"
 #include "protocol/Json.h"
 #include "protocol/PlanReport.h"
 
-#include <nlohmann/json.hpp>
-
 namespace {
-
-using nlohmann::json;
 
 /// A folder that could not be asked for its kind was taken as a file: its one line would stand for all of its files.
 std::string FolderTakenForFile(const CInputCollector& inputs)
@@ -32,17 +27,20 @@ std::string FolderTakenForFile(const CInputCollector& inputs)
 /// Stands in for running the sequence.
 class CPlanner {
 public:
-    CPlanner(const json& job, const JobServices& services) : m_job(job), m_services(services) {}
+    CPlanner(const RunDescription& description, const JobServices& services)
+        : m_description(description), m_services(services)
+    {
+    }
 
-    ExecutionResult Plan(const RunSettings& settings, ExecutorSettings executor, CSequence& sequence) const
+    ExecutionResult Plan(RunSettings settings, CSequence& sequence) const
     {
         CLogWriter& log = m_services.log;
         if (std::string problem = SequenceProblem(sequence, log); !problem.empty()) return NotStarted(problem);
         const SequenceFacts facts = ReadSequenceFacts(sequence, GetHostVersion().major);
         const CCabView input = sequence.Input();
-        if (settings.alternativeInputPath.empty() && executor.furtherInputPaths.empty())
-            executor.furtherInputPaths = ListedFolders(input);
-        const PlanRequest request{settings, executor.furtherInputPaths, Switches()};
+        ExecutorSettings& executor = settings.execution;
+        if (executor.alternativeInputPath.empty()) executor.furtherInputPaths = ListedFolders(input);
+        const PlanRequest request{settings, m_description};
         if (const std::string problem = ReasonNotToStart(facts, request); !problem.empty()) {
             for (const std::string& line : Split(problem, "\n"))
                 log.NameValue("The run is not started", Trim(line), 1);
@@ -71,14 +69,6 @@ private:
         return problem.empty() || errors.empty() ? problem + errors : problem + '\n' + errors;
     }
 
-    SafetySwitches Switches() const
-    {
-        return {.skipUnavailable = JobFlag(m_job, "skipUnavailable", false),
-                .allowNoOutput = JobFlag(m_job, "allowNoOutput", false),
-                .allowInPlace = JobFlag(m_job, "allowInPlace", false),
-                .force = JobFlag(m_job, "force", false)};
-    }
-
     void Report(const SequenceFacts& facts, const PlanRequest& request, CInputCollector inputs) const
     {
         std::vector<std::string> warnings = SafetyWarnings(facts, request);
@@ -89,7 +79,7 @@ private:
         for (const std::string& folder : inputs.LeftOut())
             warnings.push_back("The folder " + folder + " is left out of the input because results go there.");
 
-        CPlannedFiles files(std::move(inputs), JobNumber(m_job, "minAge", 0));
+        CPlannedFiles files(std::move(inputs), m_description.minAgeSeconds);
         LogInputCount(files.Count(), m_services.log);
         m_services.events.InputsCounted();
         CTouchedNames names(facts, request.settings);
@@ -106,22 +96,20 @@ private:
         m_services.report(LineOf(Json{{"plan", PlanReportJson(plan)}}));
     }
 
-    const json& m_job;
+    const RunDescription& m_description;
     const JobServices& m_services;
 };
 
 }  // namespace
 
-void DoPlanJob(const json& job, const JobServices& services) noexcept
+void DoPlanJob(const RunOrder& order, const JobServices& services) noexcept
 {
-    const CPlanner planner(job, services);
+    const CPlanner planner(order.description, services);
     CRunDriver driver(
-        {.environment = EnvironmentOf(job),
+        {.settings = [&] { return DescribedSettings(order.description, order.dryRun, services.log); },
          .log = services.log,
          .events = services.events,
          .host = services.host,
-         .variation = {.furtherInputPaths = JobBytesList(job, "inputs"),
-                       .use = [&](const RunSettings& settings, const ExecutorSettings& executor,
-                                  CSequence& sequence) { return planner.Plan(settings, executor, sequence); }}});
+         .use = [&](const RunSettings& settings, CSequence& sequence) { return planner.Plan(settings, sequence); }});
     driver.Idle();
 }

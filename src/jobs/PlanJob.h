@@ -3,7 +3,7 @@
 
 #include "jobs/Job.h"
 
-#include <nlohmann/json_fwd.hpp>
+#include "protocol/RunDescription.h"
 
 /// Logs what a run logs before its first file and after its last, and reports each file and the plan.
-void DoPlanJob(const nlohmann::json& job, const JobServices& services) noexcept;
+void DoPlanJob(const RunOrder& order, const JobServices& services) noexcept;

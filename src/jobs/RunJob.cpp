@@ -2,20 +2,14 @@
 
 #include "batchrun/RunDriver.h"
 #include "jobs/JobInputs.h"
-#include "jobs/JobSettings.h"
 
-void DoRunJob(const nlohmann::json& job, const JobServices& services) noexcept
+void DoRunJob(const RunOrder& order, const JobServices& services) noexcept
 {
     CJobInputs inputs;
-    RunVariation variation{.inputs = &inputs};
-    variation.keepIncomplete = JobFlag(job, "strictFinalAction", true);
-    variation.acceptDamaged = JobFlag(job, "acceptDamaged", false);
-    variation.insistsOnOutputPath = true;
-    variation.trialRun = JobFlag(job, "dryRun", false);
-    CRunDriver driver({.environment = EnvironmentOf(job),
+    CRunDriver driver({.settings = [&] { return DescribedSettings(order.description, order.dryRun, services.log); },
                        .log = services.log,
                        .events = services.events,
                        .host = services.host,
-                       .variation = variation});
+                       .inputs = &inputs});
     driver.Idle();
 }

@@ -3,7 +3,7 @@
 
 #include "jobs/Job.h"
 
-#include <nlohmann/json_fwd.hpp>
+#include "protocol/RunDescription.h"
 
 /// Runs as from the environment, and tells the end as such a run does.
-void DoRunJob(const nlohmann::json& job, const JobServices& services) noexcept;
+void DoRunJob(const RunOrder& order, const JobServices& services) noexcept;

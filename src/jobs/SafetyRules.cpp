@@ -14,7 +14,7 @@ std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 
 std::string UnavailableStep(const SequenceFacts& facts, const PlanRequest& request)
 {
-    if (request.switches.skipUnavailable || request.switches.force) return {};
+    if (request.permitted.skipUnavailable || request.permitted.force) return {};
     for (const StepFacts& step : facts.steps)
         if (!step.available)
             return "The step " + Quoted(step.handler) +
@@ -25,7 +25,7 @@ std::string UnavailableStep(const SequenceFacts& facts, const PlanRequest& reque
 
 std::string NothingSaved(const SequenceFacts& facts, const PlanRequest& request)
 {
-    if (request.switches.allowNoOutput || SavesSomething(facts)) return {};
+    if (request.permitted.allowNoOutput || SavesSomething(facts)) return {};
     if (!TakesInputAway(request.settings.finalAction)) return {};
     return "The sequence saves nothing, but the final action moves or deletes the inputs. Add a save step to the "
            "sequence, choose another final action, or say that this is what you want with --allow-no-output.";
@@ -40,7 +40,7 @@ bool OutputReplacesInput(const OutputSettings& output)
 
 std::string InPlaceSave(const SequenceFacts& facts, const PlanRequest& request)
 {
-    if (request.switches.allowInPlace || request.settings.alternativeOutputPath.empty()) return {};
+    if (request.permitted.allowInPlace || request.settings.execution.alternativeOutputPath.empty()) return {};
     const bool inPlace = OutputReplacesInput(facts.output) ||
                          std::any_of(facts.steps.begin(), facts.steps.end(), [&](const StepFacts& step) {
                              return step.save && step.available && SavesInPlace(*step.save, facts.hostMajor);
@@ -53,8 +53,9 @@ std::string InPlaceSave(const SequenceFacts& facts, const PlanRequest& request)
 
 std::string MissingInput(const SequenceFacts& facts, const PlanRequest& request)
 {
-    std::vector<std::string> places = request.furtherInputPaths;
-    if (!request.settings.alternativeInputPath.empty()) places.push_back(request.settings.alternativeInputPath);
+    std::vector<std::string> places = request.settings.execution.furtherInputPaths;
+    if (!request.settings.execution.alternativeInputPath.empty())
+        places.push_back(request.settings.execution.alternativeInputPath);
     for (const std::string& place : places)
         if (!platform::NameExists(place))
             return "There is no folder or file " + Quoted(place) +
@@ -73,7 +74,7 @@ std::string MissingFolder(const char* what, const std::string& folder, const cha
 
 std::string OutputFolderProblem(const SequenceFacts& facts, const PlanRequest& request)
 {
-    const std::string& given = request.settings.alternativeOutputPath;
+    const std::string& given = request.settings.execution.alternativeOutputPath;
     if (!given.empty()) return MissingFolder("output folder", given, "--output");
     if (facts.output.kind == kOutputAskUser)
         return "The sequence asks for its output folder, and nobody can be asked. Name a folder with --output.";
@@ -141,7 +142,7 @@ std::vector<std::string> SafetyWarnings(const SequenceFacts& facts, const PlanRe
                                               : " is not available and is left out; no file will count as saved."));
     if (!SavesSomething(facts)) warnings.push_back("The sequence saves nothing.");
     const bool outputUnused = facts.output.kind == kOutputInputFolder || !SavesSomething(facts);
-    if (outputUnused && !request.settings.alternativeOutputPath.empty())
+    if (outputUnused && !request.settings.execution.alternativeOutputPath.empty())
         warnings.push_back("The sequence does not use the output folder that was given.");
     return warnings;
 }

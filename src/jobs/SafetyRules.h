@@ -7,18 +7,10 @@
 #include <string>
 #include <vector>
 
-/// What the user has said yes to.
-struct SafetySwitches {
-    bool skipUnavailable = false;
-    bool allowNoOutput = false;
-    bool allowInPlace = false;
-    bool force = false;  // the sequence may have errors, steps that are not available among them
-};
-
+/// A run that is to be planned.
 struct PlanRequest {
     RunSettings settings;
-    std::vector<std::string> furtherInputPaths;
-    SafetySwitches switches;
+    RunDescription permitted;  // says what the user has said yes to
 };
 
 /// Why the run must not start and what to do about it; empty when it may. Looks for the folders on the disk.

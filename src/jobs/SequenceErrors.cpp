@@ -28,8 +28,9 @@ std::string ErrorLine(const SequenceFinding& finding)
 
 RunSurroundings PlannedSurroundings(const PlanRequest& request)
 {
-    return {.hasInput = !request.settings.alternativeInputPath.empty() || !request.furtherInputPaths.empty(),
-            .hasOutputFolder = !request.settings.alternativeOutputPath.empty(),
+    return {.hasInput = !request.settings.execution.alternativeInputPath.empty() ||
+                        !request.settings.execution.furtherInputPaths.empty(),
+            .hasOutputFolder = !request.settings.execution.alternativeOutputPath.empty(),
             .takesInputAway = TakesInputAway(request.settings.finalAction)};
 }
 
@@ -44,7 +45,7 @@ std::vector<SequenceFinding> FindingsOf(const PlanRequest& request)
 
 std::string SequenceErrors(const PlanRequest& request)
 {
-    if (request.switches.force) return {};
+    if (request.permitted.force) return {};
     std::string lines;
     std::size_t count = 0;
     for (const SequenceFinding& finding : FindingsOf(request)) {

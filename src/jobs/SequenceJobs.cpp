@@ -2,7 +2,9 @@
 
 #include "base/ByteText.h"
 #include "base/Text.h"
-#include "jobs/JobSettings.h"
+#include "protocol/Json.h"
+#include "protocol/RunDescription.h"
+#include "sequence/JsonFields.h"
 #include "sequence/SequenceChecks.h"
 #include "sequence/SequenceConvert.h"
 #include "sequence/SequenceFile.h"
@@ -30,21 +32,20 @@ json CheckReport(const std::string& path, const char* form, const std::vector<Se
             {"findings", FindingsReport(findings)}};
 }
 
-RunSurroundings SurroundingsOf(const EnvironmentReader& settings)
+RunSurroundings SurroundingsOf(const RunDescription& run)
 {
-    const FinalActionFacts* const action = FindFinalAction(settings("FERRULEFINAL"));
-    return {.hasInput = !CleanPath(settings("FERRULEALTPATH")).empty(),
-            .hasOutputFolder = !CleanPath(settings("FERRULEALTOUTPUTPATH")).empty(),
-            .takesInputAway = action && TakesInputAway(action->action)};
+    return {.hasInput = !run.inputs.empty(),
+            .hasOutputFolder = !run.outputFolder.empty(),
+            .takesInputAway = TakesInputAway(run.finalAction)};
 }
 
 /// Neighbours of one label make a group.
 Workflow MakeWorkflow(const json& job, std::vector<WorkflowCommand> commands)
 {
     Workflow workflow;
-    workflow.title = JobBytes(job, "title");
-    if (workflow.title.empty()) workflow.title = TitleFromPath(JobBytes(job, "path"));
-    workflow.description = JobBytes(job, "description");
+    workflow.title = BytesIn(job, "title");
+    if (workflow.title.empty()) workflow.title = TitleFromPath(BytesIn(job, "path"));
+    workflow.description = BytesIn(job, "description");
     for (WorkflowCommand& command : commands) {
         if (command.label.empty()) command.label = workflow.title;
         if (workflow.groups.empty() || workflow.groups.back().label != command.label)
@@ -63,7 +64,7 @@ struct MadeSequence {
 /// Makes the text and looks at it as at any other sequence.
 Expected<MadeSequence> MakeSequence(const json& job)
 {
-    const std::string path = JobBytes(job, "path");
+    const std::string path = BytesIn(job, "path");
     auto commands = StepsFromJob(job);
     if (!commands) return Failure("The sequence " + path + " cannot be made: " + commands.Error());
     auto xml = WriteWorkflow(MakeWorkflow(job, std::move(*commands)));
@@ -79,7 +80,7 @@ Expected<MadeSequence> MakeSequence(const json& job)
 
 Expected<json> ShowSequence(const json& job)
 {
-    const std::string path = JobBytes(job, "path");
+    const std::string path = BytesIn(job, "path");
     const auto read = ReadSequenceSource(path);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return Failure(FindingSentence(path, *problem));
     return SequenceReport(std::get<SequenceSource>(read));
@@ -87,22 +88,22 @@ Expected<json> ShowSequence(const json& job)
 
 Expected<json> CheckSequence(const json& job)
 {
-    const std::string path = JobBytes(job, "path");
+    const std::string path = BytesIn(job, "path");
     const auto read = ReadSequenceSource(path);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return CheckReport(path, "", {*problem});
     const auto& source = std::get<SequenceSource>(read);
-    const auto run = SurroundingsOf(EnvironmentOf(job));
+    const auto run = SurroundingsOf(RunDescriptionFrom(ObjectAt(Json(job), "description")));
     return CheckReport(path, FormWord(source.form), CheckSource(source, run));
 }
 
 Expected<json> NewSequence(const json& job)
 {
-    const std::string path = JobBytes(job, "path");
+    const std::string path = BytesIn(job, "path");
     const auto made = MakeSequence(job);
     if (!made) return Failure(made.Error());
-    if (const std::string errors = ErrorTexts(made->findings); !errors.empty() && !JobFlag(job, "force", false))
+    if (const std::string errors = ErrorTexts(made->findings); !errors.empty() && !FlagIn(job, "force", false))
         return Failure("The sequence " + path + " was not written because it would not run: " + errors);
-    const SequenceTarget target{path, JobFlag(job, "overwrite", false), made->holdsPasswords};
+    const SequenceTarget target{path, FlagIn(job, "overwrite", false), made->holdsPasswords};
     if (std::string problem = PutSequenceFile(target, made->xml); !problem.empty())
         return Failure(std::move(problem));
     return json{{"path", TextFromBytes(path)},
@@ -113,7 +114,7 @@ Expected<json> NewSequence(const json& job)
 
 Expected<json> ConvertSequence(const json& job)
 {
-    const std::string path = JobBytes(job, "path"), target = JobBytes(job, "target"), word = JobBytes(job, "to");
+    const std::string path = BytesIn(job, "path"), target = BytesIn(job, "target"), word = BytesIn(job, "to");
     const std::string start = "The sequence " + path + " cannot be converted: ";
     if (word != "xml" && word != "host") return Failure(start + "the form must be \"xml\" or \"host\".");
     const auto read = ReadSequenceSource(path);
@@ -121,19 +122,18 @@ Expected<json> ConvertSequence(const json& job)
     const auto& source = std::get<SequenceSource>(read);
     const ConversionRequest request{.to = word == "xml" ? SequenceForm::Xml : SequenceForm::Host,
                                     .target = target,
-                                    .title = JobBytes(job, "title"),
-                                    .description = JobBytes(job, "description")};
-    if (std::string problem = TargetProblem({.path = target, .overwrite = JobFlag(job, "overwrite", false)});
+                                    .title = BytesIn(job, "title"),
+                                    .description = BytesIn(job, "description")};
+    if (std::string problem = TargetProblem({.path = target, .overwrite = FlagIn(job, "overwrite", false)});
         source.form != request.to && !problem.empty())
         return Failure(std::move(problem));
     const auto converted = ConvertSequence(source, request);
     if (!converted) return Failure(start + converted.Error());
-    if (const std::string errors = ErrorTexts(converted->losses);
-        !errors.empty() && !JobFlag(job, "allowLoss", false))
+    if (const std::string errors = ErrorTexts(converted->losses); !errors.empty() && !FlagIn(job, "allowLoss", false))
         return Failure("The sequence " + path +
                        " was not converted; allow losses if this is to be accepted: " + errors);
     const bool secret = HoldsPasswords(source);
-    if (std::string problem = PutSequenceFile({target, JobFlag(job, "overwrite", false), secret}, converted->bytes);
+    if (std::string problem = PutSequenceFile({target, FlagIn(job, "overwrite", false), secret}, converted->bytes);
         !problem.empty())
         return Failure(std::move(problem));
     return json{{"path", TextFromBytes(path)},

@@ -68,8 +68,8 @@ void CTouchedNames::AddOutput(const SequenceFacts& facts, const RunSettings& set
     Result result{std::nullopt, output.insertBefore, output.insertAfter, std::nullopt};
     if (output.kind == kOutputAskUser || output.kind == kOutputFolder) {
         const bool redirected = facts.output.namesDestination && facts.hostMajor >= kFirstMajorWithSaveStep;
-        if (IsFolder(settings.alternativeOutputPath))
-            result.folder = settings.alternativeOutputPath;
+        if (IsFolder(settings.execution.alternativeOutputPath))
+            result.folder = settings.execution.alternativeOutputPath;
         else if (!redirected)
             result.folder = output.selectedFolder;
     } else if (output.kind != kOutputInputFolder) {
@@ -83,7 +83,8 @@ void CTouchedNames::AddSaveStep(const SaveStepFacts& save, const SequenceFacts& 
     Result result{save.folder, save.before, save.after, std::nullopt};
     if (save.namesDestination && facts.hostMajor >= kFirstMajorWithSaveStep) {
         result.folder.reset();
-        if (IsFolder(settings.alternativeOutputPath)) result.folder = settings.alternativeOutputPath;
+        if (IsFolder(settings.execution.alternativeOutputPath))
+            result.folder = settings.execution.alternativeOutputPath;
     }
     m_results.push_back(std::move(result));
 }

@@ -87,10 +87,11 @@ const Json& ObjectAt(const Json& object, const char* key)
     return value && value->is_object() ? *value : kEmpty;
 }
 
-std::string HeaderProblem(const std::string& path, const char* format, const std::string& line)
+std::string HeaderProblem(const std::string& path, const char* format, int version, const std::string& line)
 {
     const auto header = ParseObject(line);
-    if (header && TextAt(*header, "ferrule") == format && CountAt(*header, "version") > 1)
-        return "The " + std::string(format) + ' ' + path + " was written by a newer version of Ferrule.";
-    return path + " is no " + format + ", or it is damaged.";
+    const int found = header && TextAt(*header, "ferrule") == format ? CountAt(*header, "version") : 0;
+    if (found == 0 || found == version) return path + " is no " + format + ", or it is damaged.";
+    return "The " + std::string(format) + ' ' + path + " was written by " +
+           (found > version ? "a newer" : "an older") + " version of Ferrule.";
 }

@@ -32,5 +32,6 @@
 /// An empty object when it is absent.
 [[nodiscard]] const Json& ObjectAt(const Json& object, const char* key);
 
-/// Why the first line of a file is not the header of a format ("manifest", "journal") in its version 1.
-[[nodiscard]] std::string HeaderProblem(const std::string& path, const char* format, const std::string& line);
+/// Why the first line of a file is not the header of a format ("manifest", "journal") in this version.
+[[nodiscard]] std::string HeaderProblem(const std::string& path, const char* format, int version,
+                                        const std::string& line);

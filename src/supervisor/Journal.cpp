@@ -115,7 +115,7 @@ Expected<JournalContent> ReadJournal(const std::string& path, const std::string&
     }
     if (!reader.Next(line)) return JournalContent{};
     JournalContent content{.name = NameFrom(line)};
-    if (!content.name) return Failure(HeaderProblem(path, "journal", line));
+    if (!content.name) return Failure(HeaderProblem(path, "journal", 1, line));
     if (content.name->run != run) return Failure("The journal " + path + " belongs to another run.");
     while (reader.Next(line))
         if (const std::string problem = Visit(line, reader.Offset(), visitor); !problem.empty())

@@ -54,7 +54,7 @@ void GiveUpRun(const std::string& manifestPath, const std::string& journalPath, 
     }
     CDoneIndex done(header->total);
     CJournalIndex journal(done);
-    const auto content = ReadJournal(journalPath, header->run, journal);
+    const auto content = ReadJournal(journalPath, header->order.run, journal);
     if (!content) return observer.Warning("An earlier run of the same request is given up: " + content.Error());
     journal.Complete();
     if (!content->name || journal.Ending() == "finished") return;
@@ -64,5 +64,5 @@ void GiveUpRun(const std::string& manifestPath, const std::string& journalPath, 
     RunFacts facts = ReadRunFacts(*header);
     facts.rules.redoResults = true;
     SettleOpen(manifest, journal, facts.rules);
-    RemoveUnfinishedFiles(manifestPath, facts, journal, header->run);
+    RemoveUnfinishedFiles(manifestPath, facts, journal, header->order.run);
 }

@@ -7,14 +7,15 @@
 
 namespace {
 
+/// 1 had the job as environment variables.
+constexpr int kVersion = 2;
 constexpr std::size_t kCopyPiece = 1 << 16;
 
 std::string HeaderLine(const ManifestHeader& header)
 {
     const Json object = {{"ferrule", "manifest"},
-                         {"version", 1},
-                         {"run", header.run},
-                         {"job", ParseObject(header.job).value_or(Json::object())},
+                         {"version", kVersion},
+                         {"job", RunOrderJson(header.order)},
                          {"total", header.total},
                          {"bytes", header.bytes},
                          {"oneWorker", header.oneWorker},
@@ -22,9 +23,6 @@ std::string HeaderLine(const ManifestHeader& header)
                          {"unreadableFolders", header.unreadableFolders},
                          {"outputsPerFile", header.outputsPerFile},
                          {"sequenceSha256", header.sequenceHash},
-                         {"inputs", TextsOf(header.inputs)},
-                         {"allowNoOutput", header.allowNoOutput},
-                         {"allowInPlace", header.allowInPlace},
                          {"preamble", TextsOf(header.preamble)},
                          {"epilogue", TextsOf(header.epilogue)}};
     return LineOf(object) + '\n';
@@ -33,10 +31,12 @@ std::string HeaderLine(const ManifestHeader& header)
 std::optional<ManifestHeader> HeaderFrom(const std::string& line)
 {
     const auto object = ParseObject(line);
-    if (!object || TextAt(*object, "ferrule") != "manifest" || CountAt(*object, "version") != 1) return std::nullopt;
+    if (!object || TextAt(*object, "ferrule") != "manifest" || CountAt(*object, "version") != kVersion)
+        return std::nullopt;
+    const auto order = RunOrderFrom(ObjectAt(*object, "job"));
+    if (!order || order->run.empty()) return std::nullopt;
     ManifestHeader header{
-        .run = TextAt(*object, "run"),
-        .job = LineOf(ObjectAt(*object, "job")),
+        .order = *order,
         .total = CountAt(*object, "total"),
         .bytes = UnsignedAt(*object, "bytes"),
         .oneWorker = FlagAt(*object, "oneWorker"),
@@ -44,12 +44,8 @@ std::optional<ManifestHeader> HeaderFrom(const std::string& line)
         .unreadableFolders = CountAt(*object, "unreadableFolders"),
         .outputsPerFile = object->contains("outputsPerFile") ? CountAt(*object, "outputsPerFile") : 1,
         .sequenceHash = TextAt(*object, "sequenceSha256"),
-        .inputs = BytesListAt(*object, "inputs"),
-        .allowNoOutput = FlagAt(*object, "allowNoOutput"),
-        .allowInPlace = FlagAt(*object, "allowInPlace"),
         .preamble = BytesListAt(*object, "preamble"),
         .epilogue = BytesListAt(*object, "epilogue")};
-    if (header.run.empty()) return std::nullopt;
     return header;
 }
 
@@ -90,7 +86,7 @@ Expected<ManifestHeader> CManifestReader::Open(const std::string& path)
     m_path = path;
     if (!m_reader.Open(path)) return Failure("The manifest " + path + " cannot be opened.");
     const auto header = m_reader.Next(m_line) ? HeaderFrom(m_line) : std::nullopt;
-    if (!header) return Failure(HeaderProblem(path, "manifest", m_line));
+    if (!header) return Failure(HeaderProblem(path, "manifest", kVersion, m_line));
     m_total = header->total;
     return *header;
 }

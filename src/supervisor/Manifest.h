@@ -4,6 +4,7 @@
 #include "base/Expected.h"
 #include "platform/AtomicFile.h"
 #include "platform/Files.h"
+#include "protocol/RunDescription.h"
 #include "supervisor/LineReader.h"
 #include "supervisor/RunObserver.h"
 
@@ -14,8 +15,7 @@
 #include <vector>
 
 struct ManifestHeader {
-    std::string run = {};
-    std::string job = {};  ///< JSON that workers get
+    RunOrder order = {};  ///< what workers get to do
     int total = 0;
     std::uint64_t bytes = 0;
     bool oneWorker = false;
@@ -23,8 +23,6 @@ struct ManifestHeader {
     int unreadableFolders = 0;             ///< whose files the plan had to leave out
     int outputsPerFile = 1;                ///< how many results the sequence writes for a file
     std::string sequenceHash = {};         ///< SHA-256 of the sequence file; empty when unknown
-    std::vector<std::string> inputs = {};  ///< places besides the first, as they were asked for
-    bool allowNoOutput = false, allowInPlace = false;
     std::vector<std::string> preamble = {}, epilogue = {};  ///< lines of the log, as bytes
 };
 

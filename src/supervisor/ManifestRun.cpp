@@ -52,12 +52,12 @@ bool CManifestRun::Load()
     m_header = std::move(*header);
     if (const std::string changed = ChangedSequence(m_header); !changed.empty())
         return Unusable(changed, m_options.manifestWayOut);
-    if (!m_options.job.empty()) m_header.job = m_options.job;
+    if (m_options.description) m_header.order.description = *m_options.description;
     m_facts = ReadRunFacts(m_header);
     if (m_header.oneWorker && m_options.shards > 1)
         return Broken("This run cannot be divided: " + m_header.oneWorkerReason);
     PlanSummary& plan = m_options.plan;
-    plan.run = m_header.run;
+    plan.run = m_header.order.run;
     plan.total = m_header.total;
     plan.bytes = m_header.bytes;
     plan.oneWorker = m_header.oneWorker;
@@ -70,7 +70,7 @@ bool CManifestRun::ReadEarlier()
     m_done.emplace(m_header.total);
     m_earlier.emplace(*m_done, 0, m_options.retryFailed);
     if (IsTrial()) return true;
-    const auto content = ReadJournal(m_options.journalPath, m_header.run, *m_earlier);
+    const auto content = ReadJournal(m_options.journalPath, m_header.order.run, *m_earlier);
     if (!content) return Unusable(content.Error(), m_options.journalWayOut);
     const std::string shard = std::to_string(m_options.shard) + '/' + std::to_string(m_options.shards);
     if (content->name && content->name->shard != shard)
@@ -122,7 +122,7 @@ bool CManifestRun::OpenOutputs()
 {
     if (!IsTrial()) {
         const std::string shard = std::to_string(m_options.shard) + '/' + std::to_string(m_options.shards);
-        const auto opened = m_journal.Open(m_options.journalPath, {m_header.run, shard}, m_journalLength);
+        const auto opened = m_journal.Open(m_options.journalPath, {m_header.order.run, shard}, m_journalLength);
         if (!opened)
             return Broken("The journal " + m_options.journalPath + " cannot be written (" +
                           platform::ErrorText(opened.errorNumber) + ").");
@@ -178,8 +178,8 @@ void CManifestRun::Process()
 
 LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
 {
-    Json job = ParseObject(m_header.job).value_or(Json::object());
-    job["run"] = Tag();
+    RunOrder order = m_header.order;
+    order.run = Tag();
     CRunLoop loop(
         {.engine = m_engine,
          .starter = m_starter,
@@ -191,7 +191,7 @@ LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
          .pretended = m_pretended,
          .guard = m_options.guard,
          .changedSequence = [this] { return ChangedSequence(m_header); },
-         .job = LineOf(job),
+         .order = std::move(order),
          .run = Tag(),
          .total = m_header.total,
          .workers = m_header.oneWorker || IsTrial() ? 1 : std::clamp(m_engine.jobs, 1, std::max(m_filesLeft, 1)),
@@ -280,6 +280,6 @@ std::optional<PlannedFile> CManifestRun::NextFile()
 /// Shards have tags of their own, so that none removes what another is writing.
 std::string CManifestRun::Tag() const
 {
-    if (m_options.shards == 1) return m_header.run;
-    return m_header.run + 's' + std::to_string(m_options.shard) + "of" + std::to_string(m_options.shards);
+    if (m_options.shards == 1) return m_header.order.run;
+    return m_header.order.run + 's' + std::to_string(m_options.shard) + "of" + std::to_string(m_options.shards);
 }

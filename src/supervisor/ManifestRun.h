@@ -26,8 +26,8 @@ struct ManifestRunOptions {
     std::string logPath = {};             ///< empty: no log
     std::string recordPath = {};          ///< empty: no file
     const COutputGuard* guard = nullptr;  ///< borrowed
-    /// JSON that workers get instead of the job in the manifest; empty: that one.
-    std::string job = {};
+    /// In place of what the manifest describes.
+    std::optional<RunDescription> description = {};
     /// What to do when manifest or journal are of no use: sentences.
     std::string manifestWayOut = {}, journalWayOut = {};
     int interruptsSeen = 0;

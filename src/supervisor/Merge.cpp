@@ -61,7 +61,7 @@ private:
         if (!header) return Broken(header.Error());
         m_header = std::move(*header);
         PlanSummary& plan = m_result.plan;
-        plan.run = m_header.run;
+        plan.run = m_header.order.run;
         plan.total = m_header.total;
         plan.bytes = m_header.bytes;
         m_done.emplace(m_header.total);
@@ -74,7 +74,7 @@ private:
     bool LoadJournal(const std::string& path)
     {
         CJournalIndex index(*m_done, static_cast<int>(m_readers.size()));
-        const auto content = ReadJournal(path, m_header.run, index);
+        const auto content = ReadJournal(path, m_header.order.run, index);
         if (!content)
             return Broken(content.Error() + " When it is the right one, do its part once more with a new journal.");
         if (!content->name) return Broken("The journal " + path + " is missing or empty.");

@@ -4,47 +4,43 @@
 #include "base/Text.h"
 #include "platform/FileDigest.h"
 #include "supervisor/JournalIndex.h"
-#include "protocol/Json.h"
-#include "supervisor/Planning.h"
 
 #include <algorithm>
-#include <array>
 
 namespace {
 
 constexpr char kGoOn[] = "To go on with the run, make that as it was and give the command again.";
 
-struct SettingRow {
-    const char *name, *option;
+/// An option whose value makes other results.
+struct ValueRow {
+    const char* option;
     bool place;  ///< a file or folder, compared by where it really is
+    std::string (*value)(const RunDescription&);
 };
-constexpr std::array<SettingRow, 6> kSettings = {{{"FERRULEALTPATH", "--input", true},
-                                                  {"FERRULEALTOUTPUTPATH", "--output", true},
-                                                  {"FERRULEFINAL", "--final-action", false},
-                                                  {"FERRULEDEST", "--destination", true},
-                                                  {"FERRULEFILEEXT", "--ext", false},
-                                                  {"FERRULENOSUBFOLDERS", "--no-subfolders", false}}};
+constexpr ValueRow kValues[] = {
+    {"--input", true, [](const RunDescription& run) { return run.inputs.empty() ? "" : run.inputs.front(); }},
+    {"--output", true, [](const RunDescription& run) { return run.outputFolder; }},
+    {"--final-action", false, [](const RunDescription& run) { return std::string(FactsOf(run.finalAction).word); }},
+    {"--destination", true, [](const RunDescription& run) { return run.destination; }},
+    {"--ext", false, [](const RunDescription& run) { return run.extensions; }},
+    {"--no-subfolders", false, [](const RunDescription& run) { return std::string(run.noSubfolders ? "yes" : ""); }}};
 
-std::string SettingOf(const RunRequest& request, std::string_view name)
-{
-    for (const auto& [setting, value] : request.settings)
-        if (setting == name) return RemoveQuotes(value);
-    return {};
-}
-
-Json JobOf(const ManifestHeader& header) { return ParseObject(header.job).value_or(Json::object()); }
-
-std::string PlannedSetting(const Json& job, const char* name)
-{
-    return RemoveQuotes(BytesAt(ObjectAt(job, "settings"), name));
-}
+/// A permission: it may be given later, but not taken back.
+struct PermissionRow {
+    const char* option;
+    bool RunDescription::*given;
+};
+constexpr PermissionRow kPermissions[] = {{"--skip-unavailable", &RunDescription::skipUnavailable},
+                                          {"--accept-damaged", &RunDescription::acceptDamaged},
+                                          {"--allow-no-output", &RunDescription::allowNoOutput},
+                                          {"--allow-in-place", &RunDescription::allowInPlace}};
 
 bool IsSameFile(const std::string& one, const std::string& other)
 {
     return one == other || platform::ResolvedPath(one) == platform::ResolvedPath(other);
 }
 
-bool IsSame(const SettingRow& row, const std::string& one, const std::string& other)
+bool IsSame(const ValueRow& row, const std::string& one, const std::string& other)
 {
     return row.place ? IsSameFile(one, other) : ToLowerAscii(one) == ToLowerAscii(other);
 }
@@ -58,71 +54,41 @@ std::string Joined(const std::vector<std::string>& parts)
     return text;
 }
 
-/// "--skip-unavailable" for the permission "skipUnavailable" of a job.
-std::string OptionOf(const std::string& key)
-{
-    std::string option = "--";
-    for (const char letter : key) {
-        const bool capital = letter >= 'A' && letter <= 'Z';
-        if (capital) option += '-';
-        option += capital ? static_cast<char>(letter - 'A' + 'a') : letter;
-    }
-    return option;
-}
-
 /// Option by option, as "--ext (was "pdf", is "tif")".
-std::vector<std::string> Differences(const ManifestHeader& header, const RunRequest& request)
+std::vector<std::string> Differences(const RunDescription& planned, const RunDescription& request)
 {
-    const Json job = JobOf(header);
     std::vector<std::string> found;
-    for (const SettingRow& row : kSettings) {
-        const std::string was = PlannedSetting(job, row.name), is = SettingOf(request, row.name);
+    for (const ValueRow& row : kValues) {
+        const std::string was = row.value(planned), is = row.value(request);
         if (!IsSame(row, was, is))
             found.push_back(std::string(row.option) + " (was " + Told(was) + ", is " + Told(is) + ")");
     }
-    const Json now = ParseObject(RunJobText(request, {}, false)).value_or(Json::object());
-    const auto compare = [&](const std::string& option, bool was, bool is) {
-        if (was && !is) found.push_back(option + " (was given, is not)");
-    };
-    for (const auto& [key, value] : job.items())
-        if (value.is_boolean()) compare(OptionOf(key), value.get<bool>(), FlagAt(now, key.c_str()));
-    compare("--allow-no-output", header.allowNoOutput, request.allowNoOutput);
-    compare("--allow-in-place", header.allowInPlace, request.allowInPlace);
+    for (const PermissionRow& row : kPermissions)
+        if (planned.*row.given && !(request.*row.given))
+            found.push_back(std::string(row.option) + " (was given, is not)");
     return found;
 }
 
-bool HaveSameInputs(const ManifestHeader& header, const RunRequest& request)
+bool HaveSameInputs(const RunDescription& planned, const RunDescription& request)
 {
-    const Json job = JobOf(header);
-    return IsSameFile(PlannedSetting(job, "FERRULESEQU"), SequenceOf(request)) &&
-           IsSameFile(PlannedSetting(job, "FERRULEALTPATH"), SettingOf(request, "FERRULEALTPATH")) &&
-           std::ranges::equal(header.inputs, request.inputs, IsSameFile);
+    return IsSameFile(planned.sequence, request.sequence) &&
+           std::ranges::equal(planned.inputs, request.inputs, IsSameFile);
 }
 
 bool IsUnfinished(const ManifestHeader& header, const std::string& journalPath)
 {
     CDoneIndex done(header.total);
     CJournalIndex journal(done);
-    const auto content = ReadJournal(journalPath, header.run, journal);
+    const auto content = ReadJournal(journalPath, header.order.run, journal);
     return content && content->name && journal.Ending() != "finished";
 }
 
 }  // namespace
 
-std::string SequenceOf(const RunRequest& request) { return SettingOf(request, "FERRULESEQU"); }
-
-void NoteRequest(ManifestHeader& header, const RunRequest& request)
-{
-    header.sequenceHash = platform::Sha256OfFile(SequenceOf(request));
-    header.inputs = request.inputs;
-    header.allowNoOutput = request.allowNoOutput;
-    header.allowInPlace = request.allowInPlace;
-}
-
 std::string ChangedSequence(const ManifestHeader& header)
 {
     if (header.sequenceHash.empty()) return {};
-    const std::string sequence = PlannedSetting(JobOf(header), "FERRULESEQU");
+    const std::string& sequence = header.order.description.sequence;
     platform::FileResult read;
     const std::string hash = platform::Sha256OfFile(sequence, &read);
     if (!read) return "The sequence " + sequence + " cannot be read (" + platform::ErrorText(read.errorNumber) + ").";
@@ -132,14 +98,14 @@ std::string ChangedSequence(const ManifestHeader& header)
            kGoOn;
 }
 
-std::string ChangedOptions(const ManifestHeader& header, const RunRequest& request)
+std::string ChangedOptions(const ManifestHeader& header, const RunDescription& request)
 {
-    const std::vector<std::string> found = Differences(header, request);
+    const std::vector<std::string> found = Differences(header.order.description, request);
     if (found.empty()) return {};
     return "The run was planned with other options: " + Joined(found) + ". " + kGoOn;
 }
 
-std::string UnfinishedRelative(const std::string& ownFolder, const RunRequest& request)
+std::string UnfinishedRelative(const std::string& ownFolder, const RunDescription& request)
 {
     const std::string runs = FolderOf(ownFolder);
     for (const platform::FolderEntry& entry : platform::ListFolder(runs)) {
@@ -147,7 +113,7 @@ std::string UnfinishedRelative(const std::string& ownFolder, const RunRequest& r
         if (!entry.isFolder || folder == ownFolder) continue;
         CManifestReader manifest;
         const auto header = manifest.Open(folder + kSeparator + "manifest.jsonl");
-        if (!header || !HaveSameInputs(*header, request)) continue;
+        if (!header || !HaveSameInputs(header->order.description, request)) continue;
         const std::string changed = ChangedOptions(*header, request);
         if (!changed.empty() && IsUnfinished(*header, folder + kSeparator + "journal.jsonl"))
             return "There is no run with these options to go on with, but an unfinished one of the same sequence "

@@ -1,10 +1,9 @@
 #include "supervisor/Planning.h"
 
-#include "base/ByteText.h"
+#include "platform/FileDigest.h"
 #include "protocol/Json.h"
 #include "protocol/PlanReport.h"
 #include "supervisor/HostJob.h"
-#include "supervisor/PlanChanges.h"
 
 #include <algorithm>
 #include <random>
@@ -13,28 +12,6 @@
 namespace {
 
 constexpr std::size_t kRunIdLength = 16;
-
-Json SettingsJson(const RunRequest& request)
-{
-    Json settings = Json::object();
-    for (const auto& [name, value] : request.settings) settings[name] = TextFromBytes(value);
-    return settings;
-}
-
-std::string PlanJobText(const RunRequest& request, const std::string& run)
-{
-    Json inputs = Json::array();
-    for (const std::string& input : request.inputs) inputs.push_back(TextFromBytes(input));
-    return LineOf({{"kind", "plan"},
-                   {"run", run},
-                   {"settings", SettingsJson(request)},
-                   {"inputs", std::move(inputs)},
-                   {"minAge", request.minAgeSeconds},
-                   {"skipUnavailable", request.skipUnavailable},
-                   {"allowNoOutput", request.allowNoOutput},
-                   {"allowInPlace", request.allowInPlace},
-                   {"force", request.force}});
-}
 
 }  // namespace
 
@@ -48,25 +25,16 @@ std::string NewRunId()
     return id;
 }
 
-std::string RunJobText(const RunRequest& request, const std::string& run, bool dryRun)
-{
-    return LineOf({{"kind", "run"},
-                   {"run", run},
-                   {"dryRun", dryRun},
-                   {"skipUnavailable", request.skipUnavailable},
-                   {"acceptDamaged", request.acceptDamaged},
-                   {"settings", SettingsJson(request)}});
-}
-
 bool CPlanning::Run(const std::string& manifestPath, const std::string& run, bool dryRun)
 {
     std::optional<CManifestWriter> manifest;
     if (!manifestPath.empty()) manifest.emplace(manifestPath);
     CManifestWriter* writer = manifest ? &*manifest : nullptr;
     // Before the host reads it, so that a change while it plans is noticed later.
-    NoteRequest(m_planned.header, m_request);
-    HostJobResult host = RunHostJob(m_starter, "plan", PlanJobText(m_request, run), m_interruptsSeen, m_observer,
-                                    [&](const std::string& json) { OnReport(json, writer); });
+    m_planned.header.sequenceHash = platform::Sha256OfFile(m_request.sequence);
+    HostJobResult host =
+        RunHostJob(m_starter, "plan", LineOf(RunOrderJson({RunOrder::Kind::Plan, run, false, m_request})),
+                   m_interruptsSeen, m_observer, [&](const std::string& json) { OnReport(json, writer); });
     if (host.job.exit != ExitClass::Fine) {
         m_planned.log = std::move(host.preamble);
         m_planned.log.insert(m_planned.log.end(), host.log.begin(), host.log.end());
@@ -77,8 +45,8 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
         return Fail(ExitClass::Broken, "The host's plan is incomplete.");
     PlanSummary& summary = m_planned.summary;
     ManifestHeader& header = m_planned.header;
-    summary.run = header.run = run;
-    header.job = RunJobText(m_request, run, dryRun);
+    summary.run = run;
+    header.order = {RunOrder::Kind::Run, run, dryRun, m_request};
     header.total = summary.total;
     header.bytes = summary.bytes;
     header.oneWorker = summary.oneWorker;

@@ -22,13 +22,12 @@ struct PlanFailure {
 
 /// Letters and digits that no other run has.
 [[nodiscard]] std::string NewRunId();
-/// What workers get to do: JSON.
-[[nodiscard]] std::string RunJobText(const RunRequest& request, const std::string& run, bool dryRun);
 
 class CPlanning {
 public:
     /// Everything is borrowed.
-    CPlanning(const CWorkerStarter& starter, const RunRequest& request, int interruptsSeen, CRunObserver& observer)
+    CPlanning(const CWorkerStarter& starter, const RunDescription& request, int interruptsSeen,
+              CRunObserver& observer)
         : m_starter(starter), m_request(request), m_interruptsSeen(interruptsSeen), m_observer(observer)
     {
     }
@@ -44,7 +43,7 @@ private:
     void OnReport(const std::string& json, CManifestWriter* manifest);
 
     const CWorkerStarter& m_starter;
-    const RunRequest& m_request;
+    const RunDescription& m_request;
     int m_interruptsSeen;
     CRunObserver& m_observer;
     const COutputGuard* m_guard = nullptr;

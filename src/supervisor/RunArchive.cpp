@@ -97,7 +97,7 @@ bool IsWhollySaved(const std::string& manifestPath, const std::string& journalPa
     if (!header) return false;
     CDoneIndex done(header->total);
     CJournalIndex journal(done);
-    const auto content = ReadJournal(journalPath, header->run, journal);
+    const auto content = ReadJournal(journalPath, header->order.run, journal);
     if (!content || journal.Ending() != "finished" || header->unreadableFolders != 0) return false;
     for (int number = 1; number <= done.Total(); ++number)
         if (!done.IsDone(number) || IsRetried(done.At(number).outcome)) return false;

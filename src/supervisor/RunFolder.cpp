@@ -24,12 +24,12 @@ void AddPart(CSha256& digest, const std::string& part)
 }
 
 /// Sequence, inputs, output, final action and destination.
-std::string KeyOf(const RunRequest& request)
+std::string KeyOf(const RunDescription& request)
 {
     CSha256 digest;
-    for (const char* name : {"FERRULESEQU", "FERRULEALTPATH", "FERRULEALTOUTPUTPATH", "FERRULEFINAL", "FERRULEDEST"})
-        for (const auto& [setting, value] : request.settings)
-            if (setting == name) AddPart(digest, std::string(name) + '=' + platform::ResolvedPath(value));
+    for (const std::string& path : {request.sequence, request.outputFolder, request.destination})
+        AddPart(digest, platform::ResolvedPath(path));
+    AddPart(digest, std::string(FactsOf(request.finalAction).word));
     for (const std::string& input : request.inputs) AddPart(digest, platform::ResolvedPath(input));
     return digest.Digest().substr(0, kKeyLength);
 }
@@ -50,7 +50,7 @@ std::string TakeLock(platform::CFileLock& lock, const std::string& path)
     return "The file " + path + " cannot be locked (" + platform::ErrorText(taken.errorNumber) + ").";
 }
 
-std::string CRunFolder::Open(const RunRequest& request)
+std::string CRunFolder::Open(const RunDescription& request)
 {
     m_path = UserPaths().settingsFolder + "Runs" + kSeparator + KeyOf(request);
     if (const auto made = platform::CreateFolders(m_path); !made)

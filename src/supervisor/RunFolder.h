@@ -11,7 +11,7 @@ class CRunFolder {
 public:
     /// Creates the folder and takes the lock, waiting a little for workers that are about to end.
     /// Fails with a sentence; empty when all is well.
-    [[nodiscard]] std::string Open(const RunRequest& request);
+    [[nodiscard]] std::string Open(const RunDescription& request);
 
     const std::string& Path() const { return m_path; }
     std::string ManifestPath() const;

@@ -89,10 +89,7 @@ constexpr bool IsQuestion(const Message&)
 
 }  // namespace
 
-CRunLoop::CRunLoop(Parts parts) : m_parts(std::move(parts))
-{
-    m_jobAnswer = JobAnswer(ParseObject(m_parts.job).value_or(Json::object()));
-}
+CRunLoop::CRunLoop(Parts parts) : m_parts(std::move(parts)) { m_jobAnswer = JobAnswer(RunOrderJson(m_parts.order)); }
 
 void CRunLoop::Adopt(std::unique_ptr<CWorker> worker)
 {

@@ -35,7 +35,7 @@ public:
         const COutputGuard* guard = nullptr;
         /// A sentence when the sequence is another one than planned.
         std::function<std::string()> changedSequence = {};
-        std::string job;         ///< JSON for the workers
+        RunOrder order;          ///< for the workers
         std::string run;         ///< tag of temporary files
         int total = 0;           ///< files of the whole run
         int workers = 1;         ///< at the same time, at most

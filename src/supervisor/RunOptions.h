@@ -1,9 +1,10 @@
 // What the command line asks the supervisor for.
 #pragma once
 
+#include "protocol/RunDescription.h"
+
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 /// How workers are started and what they may use. Paths are absolute and may be any bytes.
@@ -16,23 +17,9 @@ struct EngineOptions {
     std::uint64_t memoryBytes = std::uint64_t{2} << 30;  ///< for each worker
 };
 
-/// What is to be done to which files.
-struct RunRequest {
-    /// Names of the run's environment variables ("FERRULESEQU" ...) with their values; what is absent is not set.
-    std::vector<std::pair<std::string, std::string>> settings = {};
-    /// Files and folders in addition to the setting FERRULEALTPATH, which names the first.
-    std::vector<std::string> inputs = {};
-    int minAgeSeconds = 0;
-    bool skipUnavailable = false;
-    bool allowNoOutput = false;
-    bool allowInPlace = false;
-    bool acceptDamaged = false;
-    bool force = false;  ///< although the sequence has errors
-};
-
 struct RunOptions {
     EngineOptions engine = {};
-    RunRequest request = {};
+    RunDescription request = {};
     std::string recordPath = {};  ///< empty: no file
     std::string logPath = {};     ///< empty: the product's own log
     bool resume = false;          ///< goes on with the unfinished run of the same request
@@ -42,7 +29,7 @@ struct RunOptions {
 
 struct PlanOptions {
     EngineOptions engine = {};
-    RunRequest request = {};
+    RunDescription request = {};
     std::string manifestPath = {};  ///< created or replaced; empty: only told to the observer
 };
 

@@ -74,7 +74,7 @@ COutputGuard GuardFor(const RunOptions& options)
     COutputGuard guard;
     guard.AddOutput(OutputKind::Record, options.recordPath);
     if (!options.dryRun) guard.AddOutput(OutputKind::Log, options.logPath);
-    guard.AddNeeded("the sequence", SequenceOf(options.request));
+    guard.AddNeeded("the sequence", options.request.sequence);
     guard.AddNeeded("the password file", options.engine.passwordFile);
     return guard;
 }
@@ -85,7 +85,8 @@ void KeepFormerRun(const CRunArchive& archive, const ManifestRunOptions& run)
     CManifestReader manifest;
     const auto header = manifest.Open(run.manifestPath);
     const bool begun = header && header->total != 0 && platform::FileSize(run.journalPath).value_or(0) != 0;
-    if (begun && !archive.Has(header->run)) (void)archive.Keep(header->run, run.manifestPath, run.journalPath);
+    if (begun && !archive.Has(header->order.run))
+        (void)archive.Keep(header->order.run, run.manifestPath, run.journalPath);
 }
 
 /// The plain files stay until the next run of the same request, so that this one can be gone on with.
@@ -102,7 +103,7 @@ void KeepRun(const CRunArchive& archive, const CRunFolder& folder, const RunResu
 }
 
 /// Why the plan is not the one of the request; a plan that cannot be read is told about later.
-std::string ChangedRequest(const std::string& manifestPath, const RunRequest& request)
+std::string ChangedRequest(const std::string& manifestPath, const RunDescription& request)
 {
     CManifestReader manifest;
     const auto header = manifest.Open(manifestPath);
@@ -155,7 +156,7 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
         run.manifestWayOut = run.journalWayOut = kStartAnew;
     }
     if (options.resume && !resumes) observer.Remark("There is no run to go on with; this one starts anew.");
-    if (resumes) run.job = RunJobText(options.request, "", false);  // with what is permitted now
+    if (resumes) run.description = options.request;  // with what is permitted now
     if (resumes) AddLeftOutFiles(starter, options.request, run.manifestPath, run.journalPath, interrupts, observer);
     if (!resumes) {
         GiveUpRun(run.manifestPath, run.journalPath, observer);
@@ -182,7 +183,7 @@ RunResult PlanRun(const PlanOptions& options, CRunObserver& observer)
     const int interrupts = CountedInterrupts();
     COutputGuard guard;
     guard.AddOutput(OutputKind::Manifest, options.manifestPath);
-    guard.AddNeeded("the sequence", SequenceOf(options.request));
+    guard.AddNeeded("the sequence", options.request.sequence);
     if (std::string problem = guard.Problem(); !problem.empty()) return Failed(ExitClass::Broken, std::move(problem));
     const CScratchFolder scratch;
     if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);

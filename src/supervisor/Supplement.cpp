@@ -65,7 +65,7 @@ class CSilence final : public CRunObserver {};
 
 }  // namespace
 
-void AddLeftOutFiles(const CWorkerStarter& starter, const RunRequest& request, const std::string& manifestPath,
+void AddLeftOutFiles(const CWorkerStarter& starter, const RunDescription& request, const std::string& manifestPath,
                      const std::string& journalPath, int interruptsSeen, CRunObserver& observer)
 {
     CManifestReader manifest;
@@ -73,12 +73,12 @@ void AddLeftOutFiles(const CWorkerStarter& starter, const RunRequest& request, c
     if (!header || header->unreadableFolders == 0) return;
     CDoneIndex done(header->total);
     CJournalIndex journal(done);
-    if (!ReadJournal(journalPath, header->run, journal)) return;  // the run itself says why
+    if (!ReadJournal(journalPath, header->order.run, journal)) return;  // the run itself says why
     journal.Complete();
     const std::string otherPath = manifestPath + ".again";
     CSilence silence;
     CPlanning planning(starter, request, interruptsSeen, silence);
-    const bool planned = planning.Run(otherPath, header->run, false);
+    const bool planned = planning.Run(otherPath, header->order.run, false);
     if (!planned || !CSupplement(*header, journal).Write(manifestPath, otherPath))
         observer.Warning("Folders that could not be read when the run was planned are left out still. " +
                          planning.Failure().message);

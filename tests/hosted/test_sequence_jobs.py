@@ -47,7 +47,7 @@ class SequenceJobs(unittest.TestCase):
         made = self.ask("new", template="protect", protect={"userPassword": OPEN, "ownerPassword": OWNER, "allow": ["print"]})
         self.assertTrue(made["holdsPasswords"])
         self.assertEqual(self.sequence.stat().st_mode & 0o777, 0o600)
-        checked = self.ask("check", settings={"FERRULEALTPATH": "/in", "FERRULEALTOUTPUTPATH": "/out"})
+        checked = self.ask("check", description={"inputs": ["/in"], "output": "/out"})
         self.assertEqual((checked["ok"], [finding["code"] for finding in checked["findings"]]), (True, ["holds-passwords", "metadata-readable"]))
         self.assertEqual(self.run_it(), ["a.pdf"])
         self.assert_protected()

@@ -113,7 +113,8 @@ class Job:
 
 def job_of(kind, sequence, final=0, destination="", source="", output="", settings=(), **more):
     """The JSON of a run or a plan."""
-    values = {"FERRULESEQU": to_text(sequence), "FERRULEFINAL": str(final), "FERRULEDEST": to_text(destination),
-              "FERRULEALTPATH": to_text(source), "FERRULEALTOUTPUTPATH": to_text(output), "FERRULENOPROGRESS": "yes",
-              "FERRULEFILEEXT": "pdf", **dict(settings)}
-    return {"kind": kind, "run": "test1", "settings": {key: value for key, value in values.items() if value}, **more}
+    words = ("nothing", "copy", "move", "delete", "rename", "execute", "move-replace", "move-versions", "copy-versions")
+    values = {"sequence": to_text(sequence), "output": to_text(output), "destination": to_text(destination), "extensions": "pdf",
+              "inputs": [to_text(source)] if source else [], "finalAction": words[final], **dict(settings)}
+    return {"kind": kind, "version": 2, "run": "test1", "description": {key: value for key, value in values.items() if value},
+            **more}

@@ -38,12 +38,10 @@ class RunDriver : public testing::Test {
 protected:
     CRunDriver MakeDriver()
     {
-        return CRunDriver(
-            {.environment =
-                 [this](const char* name) { return std::string(name) == "FERRULESEQU" ? m_sequence : std::string(); },
-             .log = m_log,
-             .events = m_notes,
-             .host = m_notes});
+        return CRunDriver({.settings = [this] { return DescribedSettings({.sequence = m_sequence}, false, m_log); },
+                           .log = m_log,
+                           .events = m_notes,
+                           .host = m_notes});
     }
     /// The log behind the nine settings.
     Lines Logged() const { return {m_log.lines.begin() + 9, m_log.lines.end()}; }
@@ -67,7 +65,7 @@ TEST_F(RunDriver, AMissingSequenceClosesTheHostAndEndsTheRunOnce)
 
 TEST_F(RunDriver, AFolderIsNoSequence)
 {
-    m_sequence = "\"" + m_folder.Path() + "\"";
+    m_sequence = m_folder.Path();
     CRunDriver driver = MakeDriver();
     driver.Idle();
     ASSERT_FALSE(Logged().empty());

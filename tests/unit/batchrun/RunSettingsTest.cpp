@@ -46,7 +46,8 @@ TEST(RunSettings, YesIsReadInThreeDifferentWays)
                 {"yesyes", true, false, false}};
     for (const auto& row : rows) {
         EXPECT_EQ(Read("FERRULENOPROGRESS", row.value).showProgress, row.progress) << '"' << row.value << '"';
-        EXPECT_EQ(Read("FERRULENOSUBFOLDERS", row.value).noSubfolders, row.noSubfolders) << '"' << row.value << '"';
+        EXPECT_EQ(Read("FERRULENOSUBFOLDERS", row.value).execution.noSubfolders, row.noSubfolders)
+            << '"' << row.value << '"';
         EXPECT_EQ(Read("EXECUTEINSTEPS", row.value).executeInSteps, row.inSteps) << '"' << row.value << '"';
     }
 }
@@ -61,8 +62,8 @@ TEST(RunSettings, PathsLoseOnePairOfQuotes)
         {"/a\"b", "/a\"b"},         {"\"\"/twice\"\"", "\"/twice\""}, {"  ", ""}};
     for (const auto& row : rows) {
         EXPECT_EQ(Read("FERRULESEQU", row.value).sequencePath, row.path) << row.value;
-        EXPECT_EQ(Read("FERRULEALTPATH", row.value).alternativeInputPath, row.path) << row.value;
-        EXPECT_EQ(Read("FERRULEALTOUTPUTPATH", row.value).alternativeOutputPath, row.path) << row.value;
+        EXPECT_EQ(Read("FERRULEALTPATH", row.value).execution.alternativeInputPath, row.path) << row.value;
+        EXPECT_EQ(Read("FERRULEALTOUTPUTPATH", row.value).execution.alternativeOutputPath, row.path) << row.value;
     }
     EXPECT_EQ(Read("FERRULEDEST", " \"/kept as it is\" ").destination, " \"/kept as it is\" ");
 }
@@ -79,7 +80,7 @@ TEST(RunSettings, ExtensionsAreSplitAndTrimmed)
                 {" ; , .", std::vector<std::string>()},
                 {"tar.gz", {{"tar.gz"}}}};
     for (const auto& row : rows)
-        EXPECT_EQ(Read("FERRULEFILEEXT", row.value).allowedExtensions, row.extensions) << row.value;
+        EXPECT_EQ(Read("FERRULEFILEEXT", row.value).execution.allowedExtensions, row.extensions) << row.value;
 }
 
 TEST(RunSettings, LogsAllNineAsTheyCame)

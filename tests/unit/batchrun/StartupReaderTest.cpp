@@ -30,13 +30,7 @@ TEST(StartupReader, SchedulesARunWhenThereIsASequence)
     for (const auto& row : rows) {
         CMemoryLog log;
         CNotedActions actions;
-        const auto environment = [&](const char* name) {
-            const std::string asked(name);
-            return std::string(asked == "FERRULESEQU"         ? row.sequence
-                               : asked == "FERRULENOPROGRESS" ? row.noProgress
-                                                              : "");
-        };
-        const StartupDecision decision = ReadStartup(environment, log, actions);
+        const StartupDecision decision = ReadStartup(row.sequence, row.noProgress, log, actions);
         EXPECT_EQ(actions.noted, row.noted) << row.sequence << '|' << row.noProgress;
         EXPECT_EQ(log.lines, std::vector<std::string>{row.logged});
         EXPECT_EQ(decision.runScheduled, *row.sequence != '\0');

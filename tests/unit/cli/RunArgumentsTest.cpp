@@ -17,20 +17,13 @@ cli::CArguments ParsedWords(const char* command, const std::vector<std::string>&
     return *parsed.arguments;
 }
 
-std::string Setting(const RunRequest& request, const std::string& name)
-{
-    for (const auto& [key, value] : request.settings)
-        if (key == name) return value;
-    return "<absent>";
-}
-
 /// A folder with a sequence, two inputs and an output.
 struct Place {
     CTemporaryFolder folder;
     std::string sequence = folder.Write("s.sequ", "");
     std::string one = folder.MakeFolder("one"), two = folder.MakeFolder("two"), out = folder.MakeFolder("out");
 
-    RunRequest Request(std::vector<std::string> words) const
+    RunDescription Request(std::vector<std::string> words) const
     {
         words.insert(words.begin(), sequence);
         return cli::ReadRequest(ParsedWords("run", words));
@@ -49,33 +42,31 @@ struct Place {
 
 }  // namespace
 
-TEST(RunArguments, BecomeTheSettingsOfTheEnvironmentForm)
+TEST(RunArguments, BecomeTheDescriptionOfTheRun)
 {
     const Place place;
-    const RunRequest request =
+    const RunDescription request =
         place.Request({"-i", place.one + "/", "-i", place.two, "-o", place.out, "--final-action", "move-versions",
                        "--destination", place.two, "--ext", "pdf;jpg", "--no-subfolders", "--min-age", "60"});
-    EXPECT_EQ(Setting(request, "FERRULESEQU"), place.sequence);
-    EXPECT_EQ(Setting(request, "FERRULEALTPATH"), place.one);
-    EXPECT_EQ(request.inputs, std::vector<std::string>{place.two});
-    EXPECT_EQ(Setting(request, "FERRULEALTOUTPUTPATH"), place.out);
-    EXPECT_EQ(Setting(request, "FERRULEFINAL"), "7");
-    EXPECT_EQ(Setting(request, "FERRULEDEST"), place.two);
-    EXPECT_EQ(Setting(request, "FERRULEFILEEXT"), "pdf;jpg");
-    EXPECT_EQ(Setting(request, "FERRULENOSUBFOLDERS"), "yes");
+    EXPECT_EQ(request.sequence, place.sequence);
+    EXPECT_EQ(request.inputs, (std::vector<std::string>{place.one, place.two}));
+    EXPECT_EQ(request.outputFolder, place.out);
+    EXPECT_EQ(request.finalAction, FinalAction::MoveVersions);
+    EXPECT_EQ(request.destination, place.two);
+    EXPECT_EQ(request.extensions, "pdf;jpg");
+    EXPECT_TRUE(request.noSubfolders);
     EXPECT_EQ(request.minAgeSeconds, 60);
 }
 
 TEST(RunArguments, WithoutOptionsOnlyPdfAndNothingElseIsSet)
 {
     const Place place;
-    const RunRequest request = place.Request({});
-    EXPECT_EQ(Setting(request, "FERRULEFILEEXT"), "pdf");
-    EXPECT_EQ(Setting(request, "FERRULEFINAL"), "0");
-    for (const char* const name : {"FERRULEALTPATH", "FERRULEALTOUTPUTPATH", "FERRULEDEST", "FERRULENOSUBFOLDERS"})
-        EXPECT_EQ(Setting(request, name), "<absent>") << name;
-    EXPECT_FALSE(request.skipUnavailable || request.allowNoOutput || request.allowInPlace);
-    EXPECT_EQ(Setting(place.Request({"--ext", "ALL"}), "FERRULEFILEEXT"), "<absent>");
+    const RunDescription request = place.Request({});
+    EXPECT_EQ(request.extensions, "pdf");
+    EXPECT_EQ(request.finalAction, FinalAction::Nothing);
+    EXPECT_TRUE(request.inputs.empty() && request.outputFolder.empty() && request.destination.empty());
+    EXPECT_FALSE(request.noSubfolders || request.skipUnavailable || request.allowNoOutput || request.allowInPlace);
+    EXPECT_EQ(place.Request({"--ext", "ALL"}).extensions, "");
 }
 
 TEST(RunArguments, DestinationsFitTheirActions)
@@ -99,10 +90,9 @@ TEST(RunArguments, DestinationsFitTheirActions)
         EXPECT_EQ(exitCode, row.exitCode) << row.named;
         EXPECT_NE(message.find(row.named), std::string::npos) << message;
     }
-    EXPECT_EQ(Setting(place.Request({"--final-action", "rename", "--destination", "new.pdf"}), "FERRULEDEST"),
-              "new.pdf");
-    EXPECT_EQ(Setting(place.Request({"--final-action", "execute", "--destination", "true"}), "FERRULEDEST"), "true");
-    EXPECT_EQ(Setting(place.Request({"--final-action", "5", "--destination", "./x"}), "FERRULEDEST"),
+    EXPECT_EQ(place.Request({"--final-action", "rename", "--destination", "new.pdf"}).destination, "new.pdf");
+    EXPECT_EQ(place.Request({"--final-action", "execute", "--destination", "true"}).destination, "true");
+    EXPECT_EQ(place.Request({"--final-action", "5", "--destination", "./x"}).destination,
               (std::filesystem::current_path() / "x").string());
 }
 
@@ -111,7 +101,7 @@ TEST(RunArguments, NamesThatThePlugInWouldCutAreKeptOrRefused)
     if (!kHasLinks) GTEST_SKIP() << "no such names here";
     const Place place;
     const std::string blank = place.folder.MakeFolder("ends with blank ");
-    EXPECT_EQ(Setting(place.Request({"-i", blank}), "FERRULEALTPATH"), blank + "/");
+    EXPECT_EQ(place.Request({"-i", blank}).inputs.front(), blank + "/");
     const auto [exitCode, message] = place.Refusal({"-i", place.folder.Write("quote\"", "")});
     EXPECT_EQ(exitCode, 1);
     EXPECT_NE(message.find("rename"), std::string::npos);

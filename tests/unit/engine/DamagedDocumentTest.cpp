@@ -43,7 +43,7 @@ public:
 
 enum class SaveKind { InFolder, StepInPlace };
 
-ProcessedFile RunOver(const CTemporaryFolder& folder, SaveKind save, int finalAction, RunVariation variation)
+ProcessedFile RunOver(const CTemporaryFolder& folder, SaveKind save, int finalAction, bool acceptDamaged)
 {
     const std::string items =
         save == SaveKind::StepInPlace ? "" : "<Items><Item name='DocSaveDestType' type='string' value='x'/></Items>";
@@ -58,15 +58,17 @@ ProcessedFile RunOver(const CTemporaryFolder& folder, SaveKind save, int finalAc
         {"FERRULEDEST", finalAction == 4 ? "renamed.pdf" : folder / "done"}};
     CLastFile events;
     CMemoryLog log;
-    CRunDriver driver({.environment =
-                           [&](const char* name) {
-                               const auto value = environment.find(name);
-                               return value == environment.end() ? std::string() : value->second;
-                           },
-                       .log = log,
-                       .events = events,
-                       .host = events,
-                       .variation = std::move(variation)});
+    const auto settings = [&] {
+        RunSettings read = ReadRunSettings(
+            [&](const char* name) {
+                const auto value = environment.find(name);
+                return value == environment.end() ? std::string() : value->second;
+            },
+            log);
+        read.execution.acceptDamaged = acceptDamaged;
+        return read;
+    };
+    CRunDriver driver({.settings = settings, .log = log, .events = events, .host = events});
     driver.Idle();
     return events.file;
 }
@@ -111,7 +113,7 @@ TEST(DamagedDocument, NeverCostsItsOriginal)
         const CTemporaryFolder folder;
         for (const char* name : {"in", "out", "done"}) folder.MakeFolder(name);
         folder.Write("in/a.pdf", kPdf);
-        const ProcessedFile file = RunOver(folder, row.save, row.finalAction, {.acceptDamaged = row.accepts});
+        const ProcessedFile file = RunOver(folder, row.save, row.finalAction, row.accepts);
         EXPECT_EQ(file.outcome, row.outcome) << row.what << ": " << file.message;
         EXPECT_EQ(FileBytes(folder / "in/a.pdf") == kPdf, row.inputStays) << row.what;
         EXPECT_EQ(FileBytes(folder / "out/a.pdf") != "<missing>", row.output) << row.what;

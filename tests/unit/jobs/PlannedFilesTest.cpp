@@ -100,7 +100,7 @@ TEST(PlannedFiles, GroupsAreThoseOfASlowComparisonOfEveryPair)
         facts.output.kind = kOutputFolder;
         facts.output.insertAfter = "_o";
         RunSettings settings;
-        settings.alternativeOutputPath = out;
+        settings.execution.alternativeOutputPath = out;
         const auto planned = Plan(folder / "in", facts, settings);
         ASSERT_GT(planned.size(), 10u);
 

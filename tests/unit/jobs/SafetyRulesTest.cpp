@@ -54,8 +54,8 @@ protected:
         run.facts.inputKind = kInputAskUser;
         run.facts.output.kind = kOutputNone;
         run.facts.steps = {Step("QLNX_FerrulePasswordProtectCommand"), SaveStep()};
-        run.request.settings.alternativeInputPath = m_folder.Path();
-        run.request.settings.alternativeOutputPath = m_folder.Path();
+        run.request.settings.execution.alternativeInputPath = m_folder.Path();
+        run.request.settings.execution.alternativeOutputPath = m_folder.Path();
         return run;
     }
 
@@ -67,13 +67,13 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
     using Change = std::function<void(PlannedRun&)>;
     const std::string here = m_folder.Path(), missing = m_folder / "missing", none;
     const auto input = [](const std::string& path) {
-        return [path](PlannedRun& r) { r.request.settings.alternativeInputPath = path; };
+        return [path](PlannedRun& r) { r.request.settings.execution.alternativeInputPath = path; };
     };
     const auto further = [](const std::string& path) {
-        return [path](PlannedRun& r) { r.request.furtherInputPaths = {path}; };
+        return [path](PlannedRun& r) { r.request.settings.execution.furtherInputPaths = {path}; };
     };
     const auto output = [](const std::string& path) {
-        return [path](PlannedRun& r) { r.request.settings.alternativeOutputPath = path; };
+        return [path](PlannedRun& r) { r.request.settings.execution.alternativeOutputPath = path; };
     };
     const auto engineSaves = [](int kind, const std::string& folder = {}) {
         return [kind, folder](PlannedRun& r) {
@@ -89,7 +89,7 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
             r.request.settings.destination = destination;
         };
     };
-    const auto switchOn = [](auto name) { return [name](PlannedRun& r) { r.request.switches.*name = true; }; };
+    const auto switchOn = [](auto name) { return [name](PlannedRun& r) { r.request.permitted.*name = true; }; };
     const Change stepMissing = [](PlannedRun& r) { r.facts.steps.push_back(Step("Maker:Gone", false)); };
     const Change namesInput = [](PlannedRun& r) { r.facts.inputKind = kInputFolder; };
     const Change overwrites = [](PlannedRun& r) { r.facts.output.dontOverwrite = false; };
@@ -102,7 +102,7 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
     } rows[] = {
         {"nothing changed", {}, ""},
         {"a step is missing", {stepMissing}, "--skip-unavailable"},
-        {"a step is missing, and that is fine", {stepMissing, switchOn(&SafetySwitches::skipUnavailable)}, ""},
+        {"a step is missing, and that is fine", {stepMissing, switchOn(&RunDescription::skipUnavailable)}, ""},
         {"nobody names the input", {input(none)}, "--input"},
         {"the input is missing", {input(missing)}, "--input"},
         {"a further input is missing", {further(missing)}, "missing"},
@@ -115,12 +115,12 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
         {"nothing is saved and the input is deleted", {savesNothing, ends(3, none)}, "--allow-no-output"},
         {"nothing is saved and the input is copied", {savesNothing, ends(8, here)}, ""},
         {"nothing is saved and the input is moved, as wanted",
-         {savesNothing, ends(7, here), switchOn(&SafetySwitches::allowNoOutput)},
+         {savesNothing, ends(7, here), switchOn(&RunDescription::allowNoOutput)},
          ""},
         {"the save step replaces the inputs", {savesBy(SaveStep(false))}, "--allow-in-place"},
         {"the save step replaces the inputs, and no folder is given", {savesBy(SaveStep(false)), output(none)}, ""},
         {"the save step replaces the inputs, as wanted",
-         {savesBy(SaveStep(false)), switchOn(&SafetySwitches::allowInPlace)},
+         {savesBy(SaveStep(false)), switchOn(&RunDescription::allowInPlace)},
          ""},
         {"the save step adds an affix", {savesBy(SaveStep(false, "_o"))}, ""},
         {"an old host saves in place whatever the step says", {oldHost}, "--allow-in-place"},

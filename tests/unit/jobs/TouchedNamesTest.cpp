@@ -72,7 +72,7 @@ protected:
     std::string In(const char* path) const { return m_folder / path; }
     Setting WithFolder(Setting setting) const
     {
-        setting.settings.alternativeOutputPath = In("out");
+        setting.settings.execution.alternativeOutputPath = In("out");
         return setting;
     }
 

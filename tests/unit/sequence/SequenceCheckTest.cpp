@@ -7,7 +7,7 @@ namespace {
 using SequenceCheck = CSequenceJobs;
 
 /// With inputs and an output folder, so that only the steps are left to be blamed.
-const json kSupplied = {{"FERRULEALTPATH", "/in"}, {"FERRULEALTOUTPUTPATH", "/out"}};
+const json kSupplied = {{"inputs", json::array({"/in"})}, {"output", "/out"}};
 
 }  // namespace
 
@@ -21,8 +21,9 @@ TEST_F(SequenceCheck, FindsWhereResultsAndInputsAreAtRisk)
                       password = Item("EncryptionMethod", "integer", "3") +
                                  Item("PasswordProtect", "boolean", "true") + Item("Password", "text", "secret") +
                                  Item("CanExtractPages", "boolean", "true");
-    const json onlyInput = {{"FERRULEALTPATH", "/in"}}, deleting = {{"FERRULEALTPATH", "/in"}, {"FERRULEFINAL", "3"}},
-               copying = {{"FERRULEALTPATH", "/in"}, {"FERRULEFINAL", "1"}};
+    const json onlyInput = {{"inputs", json::array({"/in"})}},
+               deleting = {{"inputs", json::array({"/in"})}, {"finalAction", "delete"}},
+               copying = {{"inputs", json::array({"/in"})}, {"finalAction", "copy"}};
     const struct {
         std::string steps;
         json settings;
@@ -126,7 +127,7 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
     for (const auto& row : rows) {
         std::string codes;
         const json report =
-            Answer(CheckSequence({{"path", Steps(Protect(row.items) + Save())}, {"settings", kSupplied}}));
+            Answer(CheckSequence({{"path", Steps(Protect(row.items) + Save())}, {"description", kSupplied}}));
         for (const json& finding : report["findings"])
             if (finding["code"] != "holds-passwords" && finding["code"] != "metadata-readable")
                 codes += (codes.empty() ? "" : ", ") + finding["severity"].get<std::string>() + ' ' +
@@ -139,7 +140,7 @@ TEST_F(SequenceCheck, SaysOnceThatThereIsMoreOfAKind)
 {
     std::string steps = Step("NoSuchStep");
     for (int number = 0; number < 150; ++number) steps += Step("CALS_PREFLIGHT_CMD");
-    const json report = Answer(CheckSequence({{"path", Steps(steps + Save())}, {"settings", kSupplied}}));
+    const json report = Answer(CheckSequence({{"path", Steps(steps + Save())}, {"description", kSupplied}}));
     const json& findings = report["findings"];
     ASSERT_EQ(findings.size(), 101u);
     EXPECT_EQ(findings[100]["text"], "... and 51 more of this kind.");
@@ -175,7 +176,7 @@ TEST_F(SequenceCheck, FindsInputsThatAreNotThere)
 {
     const auto sources = [&](const std::string& list) {
         return Check(Sequence("<Sources>" + list + "</Sources><Group label='g'>" + Save() + "</Group>"),
-                     {{"FERRULEALTOUTPUTPATH", "/out"}});
+                     {{"output", "/out"}});
     };
     const std::string here = Folder().Write("a.pdf", "x");
     EXPECT_EQ(sources("<File path='" + here + "'/>"), "");

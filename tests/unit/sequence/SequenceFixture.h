@@ -44,7 +44,7 @@ protected:
     }
     static std::string Check(const std::string& path, const nlohmann::json& settings = nlohmann::json::object())
     {
-        return Codes(Answer(CheckSequence({{"path", path}, {"settings", settings}})));
+        return Codes(Answer(CheckSequence({{"path", path}, {"description", settings}})));
     }
 
 private:

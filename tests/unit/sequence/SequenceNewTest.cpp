@@ -34,7 +34,7 @@ TEST_F(SequenceNew, EveryTemplatePassesItsOwnCheck)
         if (kHasModes && job["template"] == "protect") {
             EXPECT_FALSE(OthersMayRead(job["path"])) << job;
         }
-        EXPECT_EQ(Check(job["path"], {{"FERRULEALTPATH", "/in"}, {"FERRULEALTOUTPUTPATH", "/out"}}),
+        EXPECT_EQ(Check(job["path"], {{"inputs", json::array({"/in"})}, {"output", "/out"}}),
                   job["template"] == "protect" ? "note holds-passwords, note metadata-readable 1" : "")
             << job;
     }

@@ -15,6 +15,7 @@
 #include "platform/Surroundings.h"
 #include "platform/TemporaryNames.h"
 #include "protocol/Json.h"
+#include "protocol/RunDescription.h"
 #include "support/TestProcess.h"
 
 #include <chrono>
@@ -90,9 +91,9 @@ public:
     int Run()
     {
         const Json job = ObjectAt(Ask({{"ask", "job"}}), "job");
-        m_settings = ObjectAt(job, "settings");
+        m_run = RunDescriptionFrom(ObjectAt(job, "description"));
         m_tag = TextAt(job, "run");
-        if (Setting("FERRULESEQU") == "does not start") {
+        if (m_run.sequence == "does not start") {
             std::cerr << "no plug-in\n";
             return 4;
         }
@@ -106,12 +107,10 @@ public:
     }
 
 private:
-    std::string Setting(const char* name) const { return BytesAt(m_settings, name); }
-
     std::string Plan()
     {
-        if (Setting("FERRULESEQU") == "not there") return "not-started";
-        const std::string folder = Setting("FERRULEALTPATH");
+        if (m_run.sequence == "not there") return "not-started";
+        const std::string folder = m_run.inputs.front();
         int number = 0;
         for (const platform::FolderEntry& entry : platform::ListFolder(folder)) {
             if (entry.isFolder || (entry.name.find("hidden") != std::string::npos && IsBlind())) continue;
@@ -134,8 +133,8 @@ private:
               {"report",
                {{"plan",
                  {{"total", number},
-                  {"oneWorker", Setting("FERRULESEQU") == "one worker"},
-                  {"oneWorkerReason", Setting("FERRULESEQU") == "one worker" ? "for a reason" : ""},
+                  {"oneWorker", m_run.sequence == "one worker"},
+                  {"oneWorkerReason", m_run.sequence == "one worker" ? "for a reason" : ""},
                   {"tooYoung", 0},
                   {"unreadableFolders", IsBlind() ? 1 : 0},
                   {"warnings", Json::array()}}}}}});
@@ -146,7 +145,7 @@ private:
 
     std::string Process()
     {
-        if (Setting("FERRULESEQU") == "asks for nothing") return "finished";
+        if (m_run.sequence == "asks for nothing") return "finished";
         bool preflighted = false;
         for (Input input; Next(input);) {
             if (!preflighted) {
@@ -209,8 +208,7 @@ private:
         if (m_input.Is("crash")) std::abort();
         if (m_input.Is("exit")) std::_Exit(3);
         if (m_input.Is("open"))
-            (void)platform::OpenWithShell(platform::ExecutablePath(),
-                                          Setting("FERRULEALTOUTPUTPATH") + kSeparator + "opened");
+            (void)platform::OpenWithShell(platform::ExecutablePath(), m_run.outputFolder + kSeparator + "opened");
         if (m_input.Is("hang"))
             for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
         if (m_input.Is("grow"))
@@ -242,7 +240,7 @@ private:
     /// Copies the content in capitals: to a free name in the output folder, or in place.
     void Save()
     {
-        const std::string folder = Setting("FERRULEALTOUTPUTPATH");
+        const std::string folder = m_run.outputFolder;
         std::string target = m_input.path;
         if (!folder.empty()) {
             // Files of one group want one name.
@@ -277,8 +275,8 @@ private:
 
     void FinalAction()
     {
-        const int code = ParseDecimal(Setting("FERRULEFINAL"));
-        const std::string destination = Setting("FERRULEDEST");
+        const int code = static_cast<int>(m_run.finalAction);
+        const std::string destination = m_run.destination;
         const std::string target = destination + kSeparator + FileName(m_input.path);
         if (code == 3) Final("delete", "", [&] { std::filesystem::remove(m_input.path); });
         if (code == 5) Final("start", destination, [&] { std::fclose(Appended(destination)); });
@@ -341,7 +339,7 @@ private:
     }
 
     CLog m_log;
-    Json m_settings;
+    RunDescription m_run;
     std::string m_tag;
     int m_total = 0;
     Input m_input;

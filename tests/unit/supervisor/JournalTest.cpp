@@ -165,6 +165,20 @@ TEST(Journal, KnowsWhatIsLoggedAndWhatIsBegunAgain)
     EXPECT_EQ(index.Open().at(1).resultsOffset, offset);
 }
 
+const RunDescription kEverything = {.sequence = "/s",
+                                    .inputs = {"/i", "/j"},
+                                    .outputFolder = "/o",
+                                    .finalAction = FinalAction::MoveVersions,
+                                    .destination = "/d",
+                                    .extensions = "pdf",
+                                    .noSubfolders = true,
+                                    .minAgeSeconds = 7,
+                                    .skipUnavailable = true,
+                                    .allowNoOutput = true,
+                                    .allowInPlace = true,
+                                    .acceptDamaged = true,
+                                    .force = true};
+
 TEST(Manifest, RefusesWhatIsIncompleteOrOutOfOrder)
 {
     const CTemporaryFolder folder;
@@ -174,15 +188,20 @@ TEST(Manifest, RefusesWhatIsIncompleteOrOutOfOrder)
         for (int number = 1; number <= kTotal; ++number)
             writer.Add({.number = number, .path = "/in/\xFF" + std::to_string(number), .size = 5, .modifiedNanoseconds = 17});
         EXPECT_FALSE(std::filesystem::exists(path)) << "it appears complete or not at all";
-        ASSERT_TRUE(
-            writer.Finish({.run = "run1", .job = R"({"kind":"run"})", .total = kTotal, .preamble = {"\xFE"}}));
+        ASSERT_TRUE(writer.Finish({.order = {.run = "run1", .dryRun = false, .description = kEverything},
+                                   .total = kTotal,
+                                   .preamble = {"\xFE"}}));
     }
     EXPECT_EQ(folder.EntryCount(), 1u);
     CManifestReader reader;
     const auto header = reader.Open(path);
     ASSERT_TRUE(header);
     EXPECT_EQ(header->preamble, std::vector<std::string>{"\xFE"});
-    EXPECT_EQ(header->job, R"({"kind":"run"})");
+    EXPECT_EQ(LineOf(RunOrderJson(header->order)),
+              R"({"kind":"run","version":2,"run":"run1","dryRun":false,"description":{"sequence":"/s","output":"/o",)"
+              R"("destination":"/d","extensions":"pdf","inputs":["/i","/j"],"finalAction":"move-versions",)"
+              R"("noSubfolders":true,"skipUnavailable":true,"allowNoOutput":true,"allowInPlace":true,)"
+              R"("acceptDamaged":true,"force":true,"minAge":7}})");
     EXPECT_EQ(reader.Next()->path,
               "/in/\xFF"
               "1");

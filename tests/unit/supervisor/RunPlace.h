@@ -51,24 +51,19 @@ public:
         SetVariable("FAKE_BLIND", "");
         SetVariable("FAKE_COUNT", folder / "count");
         options.engine = {.hostProgram = FAKE_WORKER, .plugIns = {"/a/plug-in"}, .jobs = 2, .timeoutSeconds = 60};
-        Set("FERRULESEQU", "a sequence");
-        Set("FERRULEALTPATH", folder / "in");
-        Set("FERRULEALTOUTPUTPATH", folder / "out");
+        options.request.sequence = "a sequence";
+        options.request.inputs = {folder / "in"};
+        options.request.outputFolder = folder / "out";
         options.recordPath = folder / "record.jsonl";
         options.logPath = folder / "log.txt";
     }
 
-    void Set(const std::string& name, const std::string& value)
-    {
-        std::erase_if(options.request.settings, [&](const auto& setting) { return setting.first == name; });
-        if (!value.empty()) options.request.settings.emplace_back(name, value);
-    }
     void FinalAction(int code)
     {
-        Set("FERRULEFINAL", std::to_string(code));
-        Set("FERRULEDEST", folder / (code == 5 ? "started.txt" : "done"));
+        options.request.finalAction = static_cast<::FinalAction>(code);
+        options.request.destination = folder / (code == 5 ? "started.txt" : "done");
     }
-    void InPlace() { Set("FERRULEALTOUTPUTPATH", ""); }
+    void InPlace() { options.request.outputFolder.clear(); }
     /// The file's text is its name.
     void Input(const std::string& name) { folder.Write("in/" + name, "text of " + name); }
 

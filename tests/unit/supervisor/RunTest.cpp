@@ -161,7 +161,7 @@ TEST(Run, SaysWhyItDoesNotStart)
     for (const auto& row : rows) {
         CRunPlace place;
         place.Input("a");
-        place.Set("FERRULESEQU", row.sequence);
+        place.options.request.sequence = row.sequence;
         place.options.engine.hostProgram = row.host;
         const RunResult result = place.Run();
         EXPECT_EQ(result.exit, ExitClass::Broken);
@@ -190,7 +190,7 @@ TEST(Run, BreaksWhenAWorkerSaysSoAndIsCompletedByResume)
 TEST(Run, SequencesThatKeepSomethingBetweenFilesHaveOneWorker)
 {
     CRunPlace place;
-    place.Set("FERRULESEQU", "one worker");
+    place.options.request.sequence = "one worker";
     place.options.engine.jobs = 8;
     for (int file = 0; file < 20; ++file) place.Input(std::to_string(file));
     EXPECT_EQ(place.Run().exit, ExitClass::Fine);
@@ -262,13 +262,14 @@ TEST(Job, AnswersReportsOrTheReasonWhyThereAreNone)
 {
     CRunPlace place;
     place.Input("a");
-    const std::string plan = LineOf({{"kind", "plan"}, {"settings", {{"FERRULEALTPATH", place.folder / "in"}}}});
+    const std::string plan =
+        LineOf({{"kind", "plan"}, {"description", {{"inputs", Json::array({place.folder / "in"})}}}});
     const JobResult result = RunJob(place.options.engine, plan, place.notes);
     EXPECT_EQ(result.exit, ExitClass::Fine);
     ASSERT_EQ(result.reports.size(), 2u);
     EXPECT_NE(result.reports[0].find("a\",\"size\""), std::string::npos);
     const JobResult failed =
-        RunJob(place.options.engine, R"({"kind":"plan","settings":{"FERRULESEQU":"does not start"}})", place.notes);
+        RunJob(place.options.engine, R"({"kind":"plan","description":{"sequence":"does not start"}})", place.notes);
     EXPECT_EQ(failed.exit, ExitClass::Broken);
     EXPECT_EQ(failed.errorLines, std::vector<std::string>{"no plug-in"});
 }

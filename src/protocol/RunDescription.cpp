@@ -1,0 +1,81 @@
+#include "protocol/RunDescription.h"
+
+#include "base/ByteText.h"
+#include "protocol/Json.h"
+#include "protocol/Words.h"
+
+namespace {
+
+/// 1 was a list of environment variables.
+constexpr int kVersion = 2;
+constexpr WordTable<2> kKinds = {"run", "plan"};
+
+struct FlagRow {
+    const char* key;
+    bool RunDescription::*flag;
+};
+constexpr FlagRow kFlags[] = {
+    {"noSubfolders", &RunDescription::noSubfolders},   {"skipUnavailable", &RunDescription::skipUnavailable},
+    {"allowNoOutput", &RunDescription::allowNoOutput}, {"allowInPlace", &RunDescription::allowInPlace},
+    {"acceptDamaged", &RunDescription::acceptDamaged}, {"force", &RunDescription::force}};
+
+struct TextRow {
+    const char* key;
+    std::string RunDescription::*text;
+};
+constexpr TextRow kTexts[] = {{"sequence", &RunDescription::sequence},
+                              {"output", &RunDescription::outputFolder},
+                              {"destination", &RunDescription::destination},
+                              {"extensions", &RunDescription::extensions}};
+
+}  // namespace
+
+Json RunDescriptionJson(const RunDescription& description)
+{
+    Json object = Json::object();
+    for (const TextRow& row : kTexts)
+        if (!(description.*row.text).empty()) object[row.key] = TextFromBytes(description.*row.text);
+    if (!description.inputs.empty()) object["inputs"] = TextsOf(description.inputs);
+    if (description.finalAction != FinalAction::Nothing)
+        object["finalAction"] = FactsOf(description.finalAction).word;
+    for (const FlagRow& row : kFlags)
+        if (description.*row.flag) object[row.key] = true;
+    if (description.minAgeSeconds != 0) object["minAge"] = description.minAgeSeconds;
+    return object;
+}
+
+RunDescription RunDescriptionFrom(const Json& object)
+{
+    RunDescription description;
+    for (const TextRow& row : kTexts) description.*row.text = BytesAt(object, row.key);
+    description.inputs = BytesListAt(object, "inputs");
+    if (const auto* action = FindFinalAction(TextAt(object, "finalAction"))) description.finalAction = action->action;
+    for (const FlagRow& row : kFlags) description.*row.flag = FlagAt(object, row.key);
+    description.minAgeSeconds = CountAt(object, "minAge");
+    return description;
+}
+
+Json RunOrderJson(const RunOrder& order)
+{
+    return {{"kind", WordOf(kKinds, order.kind)},
+            {"version", kVersion},
+            {"run", order.run},
+            {"dryRun", order.dryRun},
+            {"description", RunDescriptionJson(order.description)}};
+}
+
+bool IsRunOrder(const Json& object) { return FromWord<RunOrder::Kind>(kKinds, TextAt(object, "kind")).has_value(); }
+
+Expected<RunOrder> RunOrderFrom(const Json& object)
+{
+    const auto kind = FromWord<RunOrder::Kind>(kKinds, TextAt(object, "kind"));
+    if (!kind) return Failure("This is no job over files.");
+    if (const int version = CountAt(object, "version"); version != kVersion)
+        return Failure("The job is written in version " + std::to_string(version) +
+                       " of its form, and only version " + std::to_string(kVersion) +
+                       " is understood. Plan the run again with this version of Ferrule.");
+    return RunOrder{.kind = *kind,
+                    .run = TextAt(object, "run"),
+                    .dryRun = FlagAt(object, "dryRun"),
+                    .description = RunDescriptionFrom(ObjectAt(object, "description"))};
+}

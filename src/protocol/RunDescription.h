@@ -1,0 +1,47 @@
+// What somebody wants done to which files, as it goes from the command line through manifest and supervisor to the
+// plug-in.
+#pragma once
+
+#include "base/Expected.h"
+#include "protocol/FinalAction.h"
+#include "protocol/JsonType.h"
+
+#include <string>
+#include <vector>
+
+/// Paths are absolute and may be any bytes.
+struct RunDescription {
+    std::string sequence = {};
+    std::vector<std::string> inputs = {};  ///< files and folders; empty: those of the sequence
+    std::string outputFolder = {};         ///< empty: the sequence says where results go
+    FinalAction finalAction = FinalAction::Nothing;
+    std::string destination = {};  ///< of the final action
+    std::string extensions = {};   ///< as typed, such as "pdf;tif"; empty: what the sequence accepts
+    bool noSubfolders = false;
+    int minAgeSeconds = 0;         ///< younger files are left alone
+    bool skipUnavailable = false;  ///< steps that the host does not have are left out
+    bool allowNoOutput = false;    ///< inputs may go away although nothing is saved
+    bool allowInPlace = false;     ///< inputs may be replaced although there is an output folder
+    bool acceptDamaged = false;    ///< a document that lost something in its repair counts as if it had not
+    bool force = false;            ///< although the sequence has errors
+};
+
+/// In the order in which a job states them; what is as by default is left out.
+[[nodiscard]] Json RunDescriptionJson(const RunDescription& description);
+[[nodiscard]] RunDescription RunDescriptionFrom(const Json& object);
+
+/// The job of a host that plans or does a run.
+struct RunOrder {
+    enum class Kind { Run, Plan };
+    Kind kind = Kind::Run;
+    std::string run = {};  ///< letters and digits; becomes part of the names of temporary files
+    bool dryRun = false;   ///< nothing is done for good
+    RunDescription description = {};
+};
+
+/// With the version of this form.
+[[nodiscard]] Json RunOrderJson(const RunOrder& order);
+/// Fails with a sentence for an order of another version.
+[[nodiscard]] Expected<RunOrder> RunOrderFrom(const Json& object);
+/// Whether the object is meant as one.
+[[nodiscard]] bool IsRunOrder(const Json& object);

@@ -40,7 +40,7 @@ FileResult WriteAtomic(const std::string& path, Existing existing = Existing::Re
 }
 
 /// Holds a file open so that nobody else can have it.
-platform::CHandle Hold(const std::string& path, DWORD share = 0)
+platform::CHandle HoldFor(const std::string& path, DWORD share = 0)
 {
     return platform::CHandle(
         CreateFileW(platform::WidePath(path).c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
@@ -228,7 +228,7 @@ TEST(FilesWindows, WhatOthersHoldIsInUseAndStays)
     const CTemporaryFolder folder;
     const auto held = folder.Write("held", "old"), source = folder.Write("source", "new");
     {
-        const auto holder = Hold(held);
+        const auto holder = HoldFor(held);
         ASSERT_TRUE(holder.Valid());
         EXPECT_EQ(ProblemOf(platform::CheckReadable(held)), FileProblem::InUse);
         EXPECT_EQ(platform::CheckReadable(held).errorNumber, ERROR_SHARING_VIOLATION);
@@ -245,7 +245,7 @@ TEST(FilesWindows, WhatOthersHoldIsInUseAndStays)
     EXPECT_EQ(Content(held), "old");
     EXPECT_EQ(Content(source), "new");
     EXPECT_EQ(Names(folder.Path()), "held|source|");
-    const auto reader = Hold(held, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    const auto reader = HoldFor(held, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
     EXPECT_TRUE(CopyFile(held, folder / "copied", Existing::Fail)) << "readers disturb nobody";
 }
 

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-FileResult WriteAtomic(const std::string& path, Existing existing)
+FileResult WriteWatched(const std::string& path, Existing existing)
 {
     platform::CAtomicFile file(path, existing);
     file.Write("fresh", 5);
@@ -47,9 +47,9 @@ const Service kServices[] = {
      "move new>b;", "move new>b;", "<missing>", "new", "<missing>"},
     {"delete", [](const auto& f) { return platform::DeleteFile(f / "a"); }, "delete new>;", "delete new>;",
      "<missing>", "old", "<missing>"},
-    {"write", [](const auto& f) { return WriteAtomic(f / "c", Existing::Fail); }, "put fresh>c;", "put >c;", "new",
+    {"write", [](const auto& f) { return WriteWatched(f / "c", Existing::Fail); }, "put fresh>c;", "put >c;", "new",
      "old", "fresh"},
-    {"write over", [](const auto& f) { return WriteAtomic(f / "b", Existing::Replace); }, "put fresh>b;", "put >b;",
+    {"write over", [](const auto& f) { return WriteWatched(f / "b", Existing::Replace); }, "put fresh>b;", "put >b;",
      "new", "fresh", "<missing>"},
     {"settings", [](const auto& f) { return platform::WriteFileAtomically(f / "c", "own", Readers::Owner); }, "", "",
      "new", "old", "own"},
@@ -120,9 +120,9 @@ TEST(Overseer, NothingIsAskedForWhatCannotBeDone)
         EXPECT_EQ(ProblemOf(platform::MoveFile(sub, folder / "c", Existing::Fail)), FileProblem::IsAFolder);
         EXPECT_EQ(ProblemOf(platform::DeleteFile(missing)), FileProblem::Missing);
         EXPECT_EQ(ProblemOf(platform::DeleteFile(sub)), FileProblem::IsAFolder);
-        EXPECT_EQ(ProblemOf(WriteAtomic(b, Existing::Fail)), FileProblem::Exists);
-        EXPECT_EQ(ProblemOf(WriteAtomic(below, Existing::Replace)), FileProblem::Missing);
-        EXPECT_EQ(ProblemOf(WriteAtomic(sub, Existing::Replace)), FileProblem::IsAFolder);
+        EXPECT_EQ(ProblemOf(WriteWatched(b, Existing::Fail)), FileProblem::Exists);
+        EXPECT_EQ(ProblemOf(WriteWatched(below, Existing::Replace)), FileProblem::Missing);
+        EXPECT_EQ(ProblemOf(WriteWatched(sub, Existing::Replace)), FileProblem::IsAFolder);
         EXPECT_EQ(overseer.asked, "");
         {
             const CUnwatched ownFile;
@@ -151,8 +151,8 @@ TEST(Overseer, WhatIsPretendedHidesTheDisk)
     EXPECT_EQ(ProblemOf(platform::CopyFile(real, made, Existing::Fail)), FileProblem::Exists);
     EXPECT_TRUE(platform::CopyFile(real, gone, Existing::Fail));
     EXPECT_TRUE(platform::MoveFile(made, gone, Existing::Replace));
-    EXPECT_EQ(ProblemOf(WriteAtomic(made, Existing::Fail)), FileProblem::Exists);
-    EXPECT_TRUE(WriteAtomic(gone, Existing::Fail));
+    EXPECT_EQ(ProblemOf(WriteWatched(made, Existing::Fail)), FileProblem::Exists);
+    EXPECT_TRUE(WriteWatched(gone, Existing::Fail));
     CScriptedOverseer real2(COverseer::Answer::Go);
     real2.exists = overseer.exists;
     InstallOverseer(&real2);

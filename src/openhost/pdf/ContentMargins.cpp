@@ -38,6 +38,8 @@ public:
 
     /// Whether a kind of image came up that this build of the library cannot draw.
     bool MissesAFilter() const { return m_all.find("Unknown filter") != m_all.npos; }
+    /// Whether text is left out because the system has no font for it.
+    bool MissesAFont() const { return m_all.find("a font for") != m_all.npos; }
 
 private:
     std::string m_all;
@@ -87,6 +89,7 @@ std::optional<PageMargins> MarginsOf(const poppler::document& document, int page
     const poppler::image drawn = renderer.render_page(page.get(), resolution, resolution);
     if (!drawn.is_valid()) refuse("it cannot be drawn");
     if (complaints.MissesAFilter()) refuse("it holds an image of a kind that cannot be drawn");
+    if (complaints.MissesAFont()) refuse("it has text in a font that this system does not have");
     return MarginsOf(drawn, kUnitsPerInch / resolution);
 }
 

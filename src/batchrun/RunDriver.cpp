@@ -1,16 +1,69 @@
 #include "batchrun/RunDriver.h"
 
+#include "base/Overseer.h"
 #include "batchrun/FinalAction.h"
-#include "batchrun/InputGuard.h"
 #include "common/Log.h"
 #include "common/Progress.h"
 #include "engine/InputState.h"
+#include "platform/Files.h"
 #include "platform/Programs.h"
 #include "sequence/SequenceFile.h"
 
 #include <exception>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
+
+/// While it lives, no act of the file services is done once the input is another file than the stamp says: it looks
+/// before the overseer that was installed is asked and, since that may take a while, again when that lets the act
+/// happen.
+class CInputGuard final : public COverseer {
+public:
+    /// Without a stamp everything may happen.
+    CInputGuard(std::string inputPath, std::optional<platform::FileStamp> stamp);
+    CInputGuard(const CInputGuard&) = delete;
+    CInputGuard& operator=(const CInputGuard&) = delete;
+    ~CInputGuard() override;
+
+    /// Whether the input has changed, by now or when an act was refused for it.
+    bool FindsChange() { return IsChanged(); }
+
+    Answer Ask(Act act, const std::string& file, const std::string& target) override;
+    bool Pretends() const override;
+    std::optional<bool> Exists(const std::string& path) const override;
+
+private:
+    bool IsChanged();
+
+    std::string m_inputPath;
+    std::optional<platform::FileStamp> m_stamp;
+    COverseer* m_former;
+    bool m_foundChange = false;
+};
+
+CInputGuard::CInputGuard(std::string inputPath, std::optional<platform::FileStamp> stamp)
+    : m_inputPath(std::move(inputPath)), m_stamp(stamp), m_former(InstallOverseer(this))
+{
+}
+
+CInputGuard::~CInputGuard() { InstallOverseer(m_former); }
+
+bool CInputGuard::IsChanged() { return m_foundChange = m_foundChange || HasChanged(m_inputPath, m_stamp); }
+
+COverseer::Answer CInputGuard::Ask(Act act, const std::string& file, const std::string& target)
+{
+    if (IsChanged()) return Answer::Refuse;
+    const Answer answer = m_former ? m_former->Ask(act, file, target) : Answer::Go;
+    return answer == Answer::Go && IsChanged() ? Answer::Refuse : answer;
+}
+
+bool CInputGuard::Pretends() const { return m_former && m_former->Pretends(); }
+
+std::optional<bool> CInputGuard::Exists(const std::string& path) const
+{
+    return m_former ? m_former->Exists(path) : std::nullopt;
+}
 
 namespace {
 

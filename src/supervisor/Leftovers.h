@@ -2,8 +2,8 @@
 #pragma once
 
 #include "supervisor/JournalIndex.h"
-#include "supervisor/RunFacts.h"
 #include "supervisor/RunObserver.h"
+#include "supervisor/Settler.h"
 
 #include <string>
 

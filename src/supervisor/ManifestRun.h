@@ -5,11 +5,10 @@
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Manifest.h"
 #include "supervisor/OutputGuard.h"
-#include "supervisor/RecordWriter.h"
 #include "supervisor/Results.h"
-#include "supervisor/RunFacts.h"
 #include "supervisor/RunLog.h"
 #include "supervisor/RunLoop.h"
+#include "supervisor/Settler.h"
 #include "supervisor/Supervisor.h"
 #include "supervisor/Worker.h"
 

@@ -1,16 +1,14 @@
 // Joins the journals of all shards into one log and one record.
 #include "base/PathNames.h"
 #include "platform/Files.h"
-#include "supervisor/Epilogues.h"
 #include "supervisor/InputOrder.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Manifest.h"
 #include "supervisor/OutputGuard.h"
-#include "supervisor/RecordWriter.h"
 #include "supervisor/Results.h"
 #include "supervisor/RunLog.h"
 #include "supervisor/Supervisor.h"
-#include "supervisor/WorkerFolder.h"
+#include "supervisor/Worker.h"
 
 #include <deque>
 #include <set>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "supervisor/DoneIndex.h"
-#include "supervisor/Epilogues.h"
 #include "supervisor/InputOrder.h"
 #include "supervisor/Journal.h"
 #include "supervisor/RunObserver.h"
@@ -12,6 +11,19 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+class CEpilogues {
+public:
+    /// What differs from earlier ones only in times takes the place of those.
+    void Add(std::vector<std::string> lines);
+    bool Empty() const { return m_epilogues.empty(); }
+    /// What each has of its own, one after the other, and then what all of them end with. A worker that could open
+    /// none of its files has nothing of its own.
+    [[nodiscard]] std::vector<std::string> Joined() const;
+
+private:
+    std::vector<std::vector<std::string>> m_epilogues;  // none like another
+};
 
 class CResults {
 public:

@@ -2,11 +2,30 @@
 #pragma once
 
 #include "common/NumberedLog.h"
+#include "platform/Files.h"
 #include "supervisor/Journal.h"
+#include "supervisor/RunObserver.h"
 
 #include <optional>
 #include <string>
 #include <vector>
+
+/// A file that can be read while it grows.
+class CRecordWriter {
+public:
+    /// Creates the file, or empties it. Without one, lines only go to the observer, who is borrowed.
+    explicit CRecordWriter(CRunObserver& observer) : m_observer(observer) {}
+    platform::FileResult Open(const std::string& path);
+    void Add(const FileRecord& record);
+    /// The first failure of writing.
+    platform::FileResult Result() const { return {m_error}; }
+    platform::FileResult Close();
+
+private:
+    CRunObserver& m_observer;
+    platform::Stream m_file;
+    int m_error = 0;
+};
 
 /// One preamble, the blocks of the files in the order in which they are given, one end; lines numbered through.
 class CRunLog {

@@ -3,6 +3,7 @@
 
 #include "supervisor/Journal.h"
 #include "supervisor/JournalIndex.h"
+#include "supervisor/Manifest.h"
 #include "supervisor/RunObserver.h"
 
 #include <optional>
@@ -37,3 +38,12 @@ struct SettlingRules {
 /// hash. `results`: the outcome that says that the results were complete before the intents, if there is one.
 [[nodiscard]] Settlement Settle(const PlannedFile& file, const std::vector<Intent>& intents,
                                 const std::optional<FileRecord>& results, const SettlingRules& rules);
+
+/// What the supervisor has to know of a run.
+struct RunFacts {
+    SettlingRules rules = {};
+    bool inputLeaves = false;               ///< the final action moves, renames or deletes it
+    std::vector<std::string> folders = {};  ///< of results and of final actions, as far as the job names them
+};
+
+[[nodiscard]] RunFacts ReadRunFacts(const ManifestHeader& manifest);

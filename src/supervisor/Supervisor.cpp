@@ -2,8 +2,8 @@
 
 #include "base/PathNames.h"
 #include "platform/Interrupts.h"
-#include "supervisor/HostJob.h"
 #include "protocol/Json.h"
+#include "supervisor/HostJob.h"
 #include "supervisor/Leftovers.h"
 #include "supervisor/ManifestRun.h"
 #include "supervisor/OutputGuard.h"
@@ -11,8 +11,6 @@
 #include "supervisor/Planning.h"
 #include "supervisor/RunArchive.h"
 #include "supervisor/RunFolder.h"
-#include "supervisor/ScratchFolder.h"
-#include "supervisor/Supplement.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "cli/LogTail.h"
+#include "cli/LogCommand.h"
 
 #include <gtest/gtest.h>
 

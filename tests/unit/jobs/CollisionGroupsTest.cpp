@@ -1,4 +1,4 @@
-#include "jobs/CollisionGroups.h"
+#include "jobs/PlannedFiles.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "supervisor/Epilogues.h"
+#include "supervisor/Results.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "supervisor/Scheduler.h"
+#include "supervisor/FileQueue.h"
 
 #include "supervisor/ManifestRun.h"
 

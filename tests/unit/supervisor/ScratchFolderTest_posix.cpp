@@ -1,4 +1,4 @@
-#include "supervisor/ScratchFolder.h"
+#include "supervisor/RunFolder.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -9,6 +9,7 @@
 #include "hostcalls/Application.h"
 #include "hostcalls/Conversions.h"
 #include "hostcalls/HostFrame.h"
+#include "hostcalls/Jobs.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
 
@@ -162,6 +163,7 @@ std::optional<HostError> SaveUnderName(CAcrobatDoc& document, const std::string&
     const int flags = settings.optimizePdf ? kOptimizingSave : PDSaveIncremental;
     for (int attempt = 1;; ++attempt) {
         log.NameValue("Saving output file:", outputPath, 1);
+        if (settings.dontOverwrite) JobNextSaveIsNew(document.Document());
         auto error = CatchHostError([&] { document.SaveTo(outputPath, flags); });
         if (!error || !error->Is(fileErrExists) || !settings.dontOverwrite || attempt == kNameAttempts) return error;
         log.NameValue("File Saving Error:", error->text, 1);
@@ -213,9 +215,11 @@ SaveResult SaveTemporaryFile(CAcrobatDoc& document, const SavingInput& input, CL
     if (Extension(document.CurrentFile()) != "tmp") return {SaveStatus::NotWanted};
     const PathParts parts = SplitPath(input.path);
     const std::string wanted = parts.folder + parts.base + ".pdf";
-    const std::string path = IsSameFile(wanted, input.path) ? wanted : UniqueSpaced(wanted, platform::NameExists);
+    const bool overInput = IsSameFile(wanted, input.path);
+    const std::string path = overInput ? wanted : UniqueSpaced(wanted, platform::NameExists);
     if (auto refused = Refusal(path, input)) return std::move(*refused);
     log.NameValue("Saving temporary file as", path, 1);
+    if (!overInput) JobNextSaveIsNew(document.Document());
     document.SaveTo(path, PDSaveFull);
     return {SaveStatus::Saved, {}, path};
 }

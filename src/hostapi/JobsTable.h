@@ -9,12 +9,13 @@
 #include "HostTypes.h"
 
 #define HOST_TABLE_JOBS "FerruleJobs"
-/* The first version had the slots 1 to 3 only, the second those to 10. */
+/* The first version had the slots 1 to 3 only, the second those to 10, the third those to 11. */
 enum {
     kTableJobsFirstVersion = 0x00010000,
     kTableJobsSecondVersion = 0x00010001,
-    kTableJobsVersion = 0x00010002,
-    kTableJobsSelectors = 11
+    kTableJobsThirdVersion = 0x00010002,
+    kTableJobsVersion = 0x00010003,
+    kTableJobsSelectors = 12
 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
@@ -131,5 +132,10 @@ enum { kSlotJobsFinalActionBegins = 10 };
  * document  open, as the host gave it; it keeps the answer of its opening, also after it was saved */
 typedef const char *(HOSTCALL *JobsDocumentLossSlotProc)(PDDoc document);
 enum { kSlotJobsDocumentLoss = 11 };
+
+/* The next save of the document, and that one only, replaces no file: it fails with "exists" when the name is taken by then.
+ * document  open, as the host gave it */
+typedef void(HOSTCALL *JobsNextSaveIsNewSlotProc)(PDDoc document);
+enum { kSlotJobsNextSaveIsNew = 12 };
 
 #endif

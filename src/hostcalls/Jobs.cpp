@@ -10,6 +10,8 @@ bool HasJobSlots() { return HostTables().Version(HostTable::FerruleJobs) > kTabl
 
 bool HasLossSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsSecondVersion; }
 
+bool HasNewSaveSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsThirdVersion; }
+
 template <class Call>
 void Tell(bool possible, Call call) noexcept
 {
@@ -79,6 +81,11 @@ std::optional<std::string> JobDocumentLoss(PDDoc document) noexcept
         if (const char* told = HostCall(HOST_SLOT(FerruleJobs, JobsDocumentLoss), document)) loss = told;
     });
     return loss;
+}
+
+void JobNextSaveIsNew(PDDoc document) noexcept
+{
+    Tell(HasNewSaveSlot(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsNextSaveIsNew), document); });
 }
 
 void JobFinalActionBegins() noexcept

@@ -36,6 +36,10 @@ struct HostJobInput {
 /// host does not tell.
 [[nodiscard]] std::optional<std::string> JobDocumentLoss(PDDoc document) noexcept;
 
+/// The next save of the document replaces no file. A host that does not offer this may replace one that appears in the
+/// moment before it writes.
+void JobNextSaveIsNew(PDDoc document) noexcept;
+
 /// From now on the present input's acts are its final action.
 void JobFinalActionBegins() noexcept;
 /// One JSON object, UTF-8.

@@ -206,6 +206,7 @@ std::vector<PDDoc> CDocuments::All() const
 void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
 {
     CHostDocument& document = At(handle);
+    const bool mustNotExist = std::exchange(document.nextSaveIsNew, false) || request.mustNotExist;
     RequireSecurityData(document);
     const std::string target = request.path.empty() ? document.pdf.Path() : request.path;
     const std::string key = KeyOf(target);
@@ -224,7 +225,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         options.source = realFile;
         options.linearise = request.linearise;
         options.copy = request.copy;
-        options.mustNotExist = request.mustNotExist;
+        options.mustNotExist = mustNotExist;
         options.cancelled = request.cancelled;
         options.progress = request.progress;
         options.remark = [](const std::string& text) { Diagnose(text); };

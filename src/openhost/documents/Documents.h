@@ -27,6 +27,7 @@ struct CHostDocument {
     bool candidatesTried = false;
     std::optional<ASAtom> newHandler;  // security handler chosen for the next save; the null atom removes security
     bool newHandlerHasData = false;    // the chosen handler got its settings
+    bool nextSaveIsNew = false;        // the next save replaces no file
     ASInt32 setFlags = 0;              // flags that plug-ins switched on or off by hand
     ASInt32 clearedFlags = 0;
     ASFile file = nullptr;  // made when somebody asks for it

@@ -107,6 +107,12 @@ const char* DocumentLoss(PDDoc document)
     return documents.Known(document) ? documents.At(document).pdf.Loss().c_str() : nullptr;
 }
 
+void NextSaveIsNew(PDDoc document)
+{
+    auto& documents = Part<CDocuments>();
+    if (documents.Known(document)) documents.At(document).nextSaveIsNew = true;
+}
+
 /// The entry of this table for a function that may throw: nothing here raises, and the answer to a failure is the one
 /// that promises least, which is 0 in every slot.
 template <auto Impl>
@@ -148,6 +154,7 @@ void OfferJobsTable()
     Put<JobsLogMarkSlotProc>(table, kSlotJobsLogMark, &CQuietSlot<&LogMark>::Entry);
     Put<JobsFinalActionBeginsSlotProc>(table, kSlotJobsFinalActionBegins, &CQuietSlot<&FinalActionBegins>::Entry);
     Put<JobsDocumentLossSlotProc>(table, kSlotJobsDocumentLoss, &CQuietSlot<&DocumentLoss>::Entry);
+    Put<JobsNextSaveIsNewSlotProc>(table, kSlotJobsNextSaveIsNew, &CQuietSlot<&NextSaveIsNew>::Entry);
     auto server = std::make_unique<CTableServer>();
     server->name = HOST_TABLE_JOBS;
     server->table = table;

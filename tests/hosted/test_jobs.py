@@ -1,180 +1,185 @@
-"""Jobs that a supervisor hands to a worker: plans, runs with inputs from outside, trial runs."""
+"""Jobs that a supervisor hands to a worker: plans, runs with inputs from outside, trial runs, sequences to make and convert."""
+import json
 import os
-import re
+import subprocess
 import unittest
 from pathlib import Path
 
-from unattended import PROTECT, SAVE, Workplace, minimal_pdf, protect_items, save_items
-from worker import Job, job_of, to_text
+from unattended import FOREIGN, HOST, PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items, text_of, tool
+from worker import Job, from_text, job_of, to_text
 
-FOREIGN = ("--plugin", os.environ.get("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),
-           "--plugin", os.environ.get("FERRULE_FOREIGN_STEPS", "build/release/tests/hosted/ForeignSteps.api"))
-OPENING = "\tOpening input document : "
-
-
-def timeless(lines):
-    """Log lines without what differs from run to run."""
-    text = [re.sub(r"\d+/\d+/\d+ , (TIME: )?[\d:]+", "<time>", line) for line in lines]
-    return [line for line in text if line]
+OPEN, OWNER = "Leinen los! \u00e4", "K\u00e4pit\u00e4n <&> \"42\""
+SIGNED = (b"/AcroForm<</SigFlags 3/Fields[<</FT/Sig/T(s)/V<</Type/Sig/Filter/Adobe.PPKLite/SubFilter/adbe.pkcs7.detached"
+          b"/ByteRange[0 1 2 3]/Contents<00>>>>>]>>/Pages 2 0 R")
 
 
-def blocks(lines):
-    """The lines of each file, and those before and after all files."""
-    starts = [number for number, line in enumerate(lines) if line.startswith(OPENING)]
-    end = next(number for number, line in enumerate(lines)
-               if "equence postflighting callback" in line or line.startswith("Adobe Acrobat has been closed."))
-    cuts = starts + [end]
-    return lines[:cuts[0]], [lines[a:b] for a, b in zip(cuts, cuts[1:])], lines[end:]
-
-
-def tree(root):
-    """Every file below a folder: path, bytes, time stamp."""
-    return {path: (path.read_bytes(), path.stat().st_mtime_ns) for path in sorted(root.rglob("*"))
-            if path.is_file() and "config" not in path.parts}
-
-
-class Jobs(unittest.TestCase):
+class JobTest(unittest.TestCase):
     def setUp(self):
         self.place = Workplace()
         self.addCleanup(self.place.close)
-        self.sequence = self.place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
 
     def write(self, *names):
         paths = [self.place.input / name for name in names]
         for path in paths:
-            path.parent.mkdir(parents=True, exist_ok=True)
             path.write_bytes(minimal_pdf(path.name))
         return [str(path) for path in paths]
 
-    def plan(self, sequence=None, final=0, destination="", output=None, arguments=(), **more):
-        output = self.place.output if output is None else output
-        return Job(self.place, job_of("plan", sequence or self.sequence, final, destination, self.place.input, output, **more),
-                   arguments=arguments)
+    def results(self):
+        return self.place.names(self.place.output)
 
-    def run_job(self, inputs, sequence=None, final=0, destination="", output=None, arguments=(), answer=None, to_do=None,
-                **more):
-        output = self.place.output if output is None else output
-        job = job_of("run", sequence or self.sequence, final, destination, self.place.input, output, **more)
-        return Job(self.place, job, inputs, answer, arguments, to_do)
 
-    def test_a_plan_tells_inputs_groups_and_the_lines_around_the_files(self):
-        self.write("a.pdf", "sub/A (1).PDF", "b.pdf")
-        fresh = self.write("fresh.pdf")[0]
-        for path in self.place.input.rglob("*.[pP]*"):
-            if str(path) != fresh:
-                os.utime(path, ns=(10**18 + 7, 10**18 + 7))
-        job = self.plan(settings={"minAge": 60})
-        inputs, plan = job.planned()
-        self.assertEqual((job.end, job.code), ("finished", 0), job)
-        self.assertEqual([(Path(i["path"]).name, i["number"], i["group"]) for i in inputs],
-                         [("a.pdf", 1, 1), ("b.pdf", 2, 0), ("A (1).PDF", 3, 1)])
-        self.assertEqual({i["modified"] for i in inputs}, {str(10**18 + 7)})
-        self.assertEqual(inputs[0]["size"], len(minimal_pdf("a.pdf")))
-        self.assertEqual((plan["total"], plan["tooYoung"], plan["oneWorker"]), (3, 1, False))
-        self.assertEqual(job.acts + job.records, [])
+class Jobs(JobTest):
+    def setUp(self):
+        super().setUp()
+        self.sequence = self.place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
 
-        os.unlink(fresh)
-        environment = self.place.run_folder(self.sequence, FERRULEFILEEXT="pdf", FERRULENOPROGRESS="")
-        before, _, after = blocks(timeless(environment.lines))
-        planned = timeless(job.lines)
-        self.assertEqual(planned[:len(before)], before)
-        self.assertEqual(planned[len(before):], after[2:], "without the lines of the sequence's postflight")
+    def run_job(self, inputs, sequence=None, final=0, arguments=(), answer=None, **more):
+        job = job_of("run", sequence or self.sequence, final, self.place.done, self.place.input, self.place.output, **more)
+        return Job(self.place, job, inputs, answer, arguments)
 
-    def test_several_places(self):
-        self.write("a.pdf")
+    def test_a_plan_takes_several_places_or_those_that_the_sequence_names(self):
+        self.write("a.pdf", "b.pdf")
         other = self.place.root / "other"
         other.mkdir()
-        (other / "b.pdf").write_bytes(b"x")
-        (other / "c.txt").write_bytes(b"x")
-        job = self.plan(settings={"inputs": [to_text(path) for path in (self.place.input, other, self.place.input / "a.pdf",
-                                                                        other / "c.txt")]})
-        self.assertEqual([Path(i["path"]).name for i in job.planned()[0]], ["a.pdf", "b.pdf", "c.txt"], job)
-
-    def test_places_that_the_sequence_names(self):
-        self.write("a.pdf", "b.pdf")
-        steps = [(PROTECT, protect_items()), (SAVE, save_items())]
-        for sources, found in (([("Folder", self.place.input)], ["a.pdf", "b.pdf"]),
-                               ([("File", self.place.input / "b.pdf")], ["b.pdf"]),
-                               ([("Folder", self.place.output), ("File", self.place.input / "b.pdf")], ["b.pdf"])):
-            with self.subTest(sources=sources):
-                sequence = self.place.sequence("named.sequ", steps, sources)
-                job = self.plan(sequence, settings={"inputs": []})
-                self.assertEqual([Path(i["path"]).name for i in job.planned()[0]], found, job)
-
-    def test_no_inputs(self):
-        job = self.plan()
-        self.assertEqual(job.end, "finished", job)
-        self.assertEqual(job.planned()[1]["total"], 0)
-        self.assertIn("No input files have been found at specified location, processing is terminated", job.lines)
-        job = self.run_job([])
-        self.assertEqual((job.end, job.records, job.code), ("finished", [], 0), job)
+        for name in ("c.pdf", "d.txt"):
+            (other / name).write_bytes(b"x")
+        folder, b = self.place.input, self.place.input / "b.pdf"
+        for sources, inputs, found in (([], [folder, other, b, other / "d.txt"], ["a.pdf", "b.pdf", "c.pdf", "d.txt"]),
+                                       ([("Folder", folder)], [], ["a.pdf", "b.pdf"]), ([("File", b)], [], ["b.pdf"]),
+                                       ([("Folder", self.place.output), ("File", b)], [], ["b.pdf"]),
+                                       ([], [self.place.done], [])):
+            with self.subTest(sources=sources, inputs=inputs):
+                sequence = self.place.sequence("named.sequ", [(PROTECT, protect_items()), (SAVE, save_items())], sources)
+                job = Job(self.place, job_of("plan", sequence, output=self.place.output,
+                                             settings={"inputs": [to_text(path) for path in inputs]}))
+                self.assertEqual((job.end, job.code, job.acts, job.records), ("finished", 0, [], []), job)
+                self.assertEqual([Path(report["input"]["path"]).name for report in job.reports[:-1]], found, job)
+                self.assertEqual(job.reports[-1]["plan"]["total"], len(found))
+                said = "No input files have been found at specified location, processing is terminated"
+                self.assertEqual(said in job.lines, not found)
 
     def test_what_is_no_job_ends_as_not_started(self):
         for job in ({"kind": "dance"}, {}, [], 7, {"kind": 5}, {"kind": "run"}, {"kind": "plan", "version": 1}):
             with self.subTest(job=job):
-                done = Job(self.place, job) if isinstance(job, dict) else Job(self.place, {"kind": job})
+                done = Job(self.place, job if isinstance(job, dict) else {"kind": job})
                 self.assertEqual((done.end, done.code), ("not-started", 1), done)
                 self.assertNotEqual(done.end_message, "")
-
-    def test_the_lines_of_a_file_do_not_depend_on_the_files_before(self):
-        inputs = self.write("a.pdf", "b.pdf", "c.pdf")
-        (self.place.input / "a.pdf").write_bytes(b"no document")  # so that the preflight stands among the lines of b
-        together = self.run_job(inputs)
-        _, wanted, _ = blocks(timeless(together.lines))
-        preflight = [line for line in wanted[1] if "equence preflighting" in line]
-        self.assertEqual(len(preflight), 2, together)
-        for path in self.place.output.iterdir():
-            path.unlink()
-        for path, lines in zip(inputs, wanted):
-            alone = self.run_job([path])
-            _, found, _ = blocks(timeless(alone.lines))
-            without = [[line for line in some if line not in preflight] for some in (found[0], lines)]
-            self.assertEqual(*without)
-            self.assertEqual(alone.marks, ["inputs-counted"] if path == inputs[0] else
-                             ["inputs-counted", "sequence-preflight-begins", "sequence-preflight-ends"], alone)
-
-    def test_only_the_final_action_is_left(self):
-        inputs = self.write("a.pdf", "b.pdf")
-        job = self.run_job(inputs, final=7, destination=self.place.done, to_do={inputs[0]: "final-action"})
-        self.assertEqual([(ask["number"], ask["purpose"], ask["act"]) for ask in job.acts],
-                         [(1, "final-action", "move"), (2, "output", "put"), (2, "final-action", "move")], job)
-        self.assertEqual(sorted(path.name for path in self.place.output.iterdir()), ["b.pdf"])
-        self.assertEqual(sorted(path.name for path in self.place.done.iterdir()), ["a.pdf", "b.pdf"])
 
     def test_an_incomplete_file_stays_where_it_is(self):
         sequence = self.place.sequence("some.sequ", [("Maker:Gone", {}), (SAVE, save_items())])
         for code in (1, 2, 3, 6, 7, 8):
             with self.subTest(code=code):
                 inputs = self.write("a.pdf")
-                job = self.run_job(inputs, sequence, code, self.place.done)
+                job = self.run_job(inputs, sequence, code)
                 self.assertEqual(job.records[0]["outcome"], "incomplete", job)
+                self.assertIn("stays where it is", job.records[0]["message"], job)
                 self.assertTrue(os.path.exists(inputs[0]), job)
                 self.assertEqual(list(self.place.done.iterdir()), [])
-                self.assertIn("stays where it is", job.records[0]["message"], job)
-                for path in self.place.output.iterdir():
-                    path.unlink()
+                self.place.clear(self.place.output)
 
     def test_a_refused_act_fails_the_file_and_nothing_else(self):
         inputs = self.write("a.pdf", "b.pdf")
-        for refused in ("output", "final-action"):
+        for refused, outcome, written in (("output", "failed", 0), ("final-action", "incomplete", 2)):
             with self.subTest(refused=refused):
-                before = tree(self.place.input)
-                job = self.run_job(inputs, final=6, destination=self.place.done,
-                                   answer=lambda ask, refused=refused: "refuse" if ask["purpose"] == refused else "go")
-                self.assertEqual({record["outcome"] for record in job.records},
-                                 {"failed" if refused == "output" else "incomplete"}, job)
-                self.assertEqual(tree(self.place.input), before)
-                self.assertEqual(len(list(self.place.output.iterdir())), 0 if refused == "output" else 2)
-                self.assertEqual(list(self.place.done.iterdir()), [])
+                job = self.run_job(inputs, final=6, answer=lambda ask, no=refused: "refuse" if ask["purpose"] == no else "go")
+                self.assertEqual([record["outcome"] for record in job.records], [outcome] * 2, job)
+                self.assertEqual([Path(path).read_bytes() for path in inputs], [minimal_pdf("a.pdf"), minimal_pdf("b.pdf")])
+                self.assertEqual((len(self.results()), list(self.place.done.iterdir())), (written, []))
 
     def test_a_trial_run_leaves_out_steps_of_other_makers(self):
-        inputs = self.write("a.pdf")
-        sequence = self.place.sequence("foreign.sequ", [("T:WithoutReserve", {}), (PROTECT, protect_items()),
-                                                        (SAVE, save_items())])
-        job = self.run_job(inputs, sequence, dryRun=True, arguments=FOREIGN)
+        sequence = self.place.sequence("foreign.sequ", [("T:WithoutReserve", {}), (PROTECT, protect_items()), (SAVE, save_items())])
+        job = self.run_job(self.write("a.pdf"), sequence, dryRun=True, arguments=FOREIGN)
         self.assertIn("T:WithoutReserve was left out of the trial run", job.records[0]["message"], job)
         self.assertNotIn("T:WithoutReserve", job.errors, "the step was not even made")
-        self.assertEqual(list(self.place.output.iterdir()), [])
+        self.assertEqual(self.results(), [])
+
+    def test_a_signed_document_that_is_written_as_a_whole_is_told(self):
+        inputs = self.write("signed.pdf", "plain.pdf")
+        Path(inputs[0]).write_bytes(minimal_pdf("x").replace(b"/Pages 2 0 R", SIGNED, 1))
+        job = self.run_job(inputs)
+        self.assertEqual([record.get("signatures") for record in job.records], ["broken", None], job)
+        self.assertTrue(any("signed.pdf" in remark and "signatures broken" in remark for remark in job.remarks), job)
+        self.place.clear(self.place.output)
+        self.assertEqual(self.run_job(inputs, dryRun=True).records[0].get("signatures"), "broken", "foretold, too")
+        unsaved = self.place.sequence("no-save.sequ", [(PROTECT, protect_items())])
+        self.assertNotIn("signatures", self.run_job(inputs, unsaved).records[0], "nothing was written")
+
+    def test_without_a_supervisor_nothing_more_is_done(self):
+        path = self.write("a.pdf")[0]
+        job = job_of("run", self.sequence, 3, "", self.place.input, self.place.output)
+        answers = [{"job": job}, {"input": {"number": 1, "total": 9, "path": path, "toDo": "whole"}}, {}, {}]
+        for count in range(len(answers) + 1):
+            with self.subTest(answers=count):
+                done = subprocess.run([str(HOST), "--worker"], timeout=60, check=False, capture_output=True,
+                                      input=b"".join(json.dumps(answer).encode() + b"\n" for answer in answers[:count]),
+                                      env=dict(os.environ, XDG_CONFIG_HOME=str(self.place.root / "config")))
+                self.assertEqual((done.returncode, os.path.exists(path), self.results()), (1, True, []), done)
+
+    def test_a_record_that_cannot_be_written_is_no_good_run(self):
+        self.write("a.pdf")
+        outcome = self.place.run_folder(self.sequence, arguments=("--record", "/dev/full"))
+        self.assertEqual(outcome.code, 1, outcome)
+        self.assertIn("the record /dev/full cannot be written", outcome.errors)
+        outcome = self.place.run_folder(self.sequence, arguments=("--record", self.place.root / "no" / "such"))
+        self.assertEqual((outcome.code, outcome.lines), (1, []), "the run did not even start")
+
+
+class SequenceJobs(JobTest):
+    def setUp(self):
+        super().setUp()
+        self.sequence = self.place.root / "new.sequ"
+        self.write("a.pdf")
+
+    def ask(self, kind, end="finished", **fields):
+        """Does a job; answers its report, or its message when it is not to finish."""
+        job = Job(self.place, {"kind": "sequence-" + kind, "path": to_text(self.sequence), **fields})
+        self.assertEqual((job.end, job.code == 0), (end, end == "finished"), job)
+        self.assertEqual(job.acts, [], "sequence files are not what a run asks about")
+        self.assertEqual(len(job.reports), 1 if end == "finished" else 0, job)
+        for secret in (OPEN, OWNER):
+            self.assertNotIn(secret, str(job) + repr(job.reports) + repr(job.remarks))
+        return job.reports[0]["sequence"] if job.reports else job.end_message
+
+    def run_it(self, sequence=None):
+        self.place.clear(self.place.output)
+        outcome = self.place.run_folder(sequence or self.sequence, FERRULEFILEEXT="pdf")
+        self.assertEqual(outcome.code, 0, outcome)
+        return self.results()
+
+    def test_the_protect_template_protects_in_both_forms(self):
+        made = self.ask("new", template="protect", protect={"userPassword": OPEN, "ownerPassword": OWNER, "allow": ["print"]})
+        self.assertTrue(made["holdsPasswords"])
+        self.assertEqual(self.sequence.stat().st_mode & 0o777, 0o600)
+        checked = self.ask("check", description={"inputs": ["/in"], "output": "/out"})
+        self.assertEqual((checked["ok"], [finding["code"] for finding in checked["findings"]]),
+                         (True, ["holds-passwords", "metadata-readable"]))
+        host, result = self.place.root / "host.sequ", self.place.output / "a.pdf"
+        self.assertEqual(self.ask("convert", to="host", target=to_text(host))["to"], "host")
+        for sequence in (self.sequence, host):
+            self.assertEqual(self.run_it(sequence), ["a.pdf"])
+            self.assertEqual((page_count(result), page_count(result, OPEN)), (None, 1))
+            info = tool("pdfinfo", "-upw", OPEN, result)[1]
+            self.assertIn(b"algorithm:AES-256", info)
+            self.assertIn(b"print:yes copy:no change:no", info)
+            self.assertIn(b"Supplied password is owner password",
+                          tool("qpdf", "--password-mode=unicode", "--password=" + OWNER, "--show-encryption", result)[1])
+
+    def test_the_other_templates_do_what_their_names_say(self):
+        self.ask("new", template="text")
+        self.assertEqual(self.run_it(), ["a.txt"])
+        self.assertIn(b"a.pdf 1", (self.place.output / "a.txt").read_bytes())
+        self.ask("new", template="save", output={"prefix": "x-", "suffix": "-y"}, overwrite=True)
+        self.assertEqual(self.run_it(), ["x-a-y.pdf"])
+        self.assertEqual(text_of(self.place.output / "x-a-y.pdf").split(), [b"a.pdf", b"1"])
+
+    def test_a_name_of_any_bytes_is_a_name(self):
+        self.sequence = Path(os.fsdecode(os.fsencode(str(self.place.root)) + b"/n\xffm\xe9.sequ"))
+        self.ask("new", template="save")
+        self.assertEqual(from_text(self.ask("show")["path"]), os.fsencode(self.sequence))
+        message = self.ask("new", template="save", end="not-started")
+        self.assertIn(os.fsencode(self.sequence), from_text(message))
+        self.sequence.write_bytes(b"<Workflow>" + b"<Group>" * 100000)
+        self.assertEqual(self.ask("check")["errors"], 1, "deep, and harmless")
 
 
 if __name__ == "__main__":

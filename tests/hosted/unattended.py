@@ -1,4 +1,5 @@
 """Runs the built programs as a scheduled job would: environment variables in front of the host, nobody watching."""
+import itertools
 import os
 import re
 import shutil
@@ -6,8 +7,17 @@ import subprocess
 import tempfile
 from pathlib import Path
 
-HOST = Path(os.environ.get("FERRULE_HOST_PROGRAM", "build/release/bin/ferrule-host"))
-CAB_WRITER = Path(os.environ.get("FERRULE_CAB_WRITER", "build/release/bin/cab-writer"))
+
+def from_environment(name, path):
+    """Where something is: as the test run says, or below the project's folder."""
+    return Path(os.environ.get(name) or Path(__file__).resolve().parents[2] / path)
+
+
+HOST = from_environment("FERRULE_HOST_PROGRAM", "build/release/bin/ferrule-host")
+CAB_WRITER = from_environment("FERRULE_CAB_WRITER", "build/release/bin/cab-writer")
+CORPUS = from_environment("FERRULE_CORPUS", "../shared/corpus")
+FOREIGN = ("--plugin", from_environment("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),  # and what misbehaves
+           "--plugin", from_environment("FERRULE_FOREIGN_STEPS", "build/release/tests/hosted/ForeignSteps.api"))
 VARIABLES = ("FERRULESEQU", "FERRULEFINAL", "FERRULEDEST", "FERRULEALTPATH", "EXECUTEINSTEPS", "FERRULENOPROGRESS",
              "FERRULEALTOUTPUTPATH", "FERRULEFILEEXT", "FERRULENOSUBFOLDERS")
 
@@ -44,6 +54,15 @@ class Workplace:
     def close(self):
         subprocess.run(["chmod", "-R", "u+rwX", str(self.root)], check=False)
         shutil.rmtree(self.root, ignore_errors=True)
+
+    @staticmethod
+    def names(folder):
+        return sorted(path.name for path in folder.iterdir())
+
+    @staticmethod
+    def clear(*folders):
+        for path in itertools.chain(*(folder.iterdir() for folder in folders)):
+            path.unlink()
 
     @property
     def log(self):

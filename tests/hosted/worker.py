@@ -5,7 +5,6 @@ import subprocess
 
 from unattended import HOST, VARIABLES
 
-
 FIRST, LAST = "\uF780", "\uF7FF"  # the characters that stand for bytes
 
 
@@ -25,68 +24,50 @@ def from_text(text):
 class Job:
     """One start of a worker and everything it said."""
 
-    def __init__(self, place, job, inputs=(), answer=None, arguments=(), to_do=None, timeout=120):
+    def __init__(self, place, job, inputs=(), answer=None, arguments=()):
         """`inputs`: paths; `answer(ask)`: what to answer an "act", by default "go", or "pretend" in a trial run."""
-        self.place, self.inputs, self.acts, self.marks = place, list(inputs), [], []
-        self.records, self.reports, self.remarks, self.states = [], [], [], {}
-        self.end, self.end_message, self.started = None, None, None
-        self.to_do = to_do or {}
-        self.dry = bool(job.get("dryRun"))
-        self.answer = answer or (lambda ask: "pretend" if self.dry else "go")
-        self.total = len(self.inputs)
-        self.next = 0
+        self.inputs, self.next = list(inputs), 0
+        self.acts, self.records, self.reports, self.remarks, self.states = [], [], [], [], {}
+        self.end = self.end_message = None
+        self.answer = answer or (lambda ask: "pretend" if job.get("dryRun") else "go")
         environment = {key: value for key, value in os.environ.items() if key not in VARIABLES}
         environment["XDG_CONFIG_HOME"] = str(place.root / "config")
         place.log.unlink(missing_ok=True)
         with subprocess.Popen([str(HOST), "--worker", *map(str, arguments)], env=environment, cwd=place.root,
                               stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
             try:
-                self.talk(process, job)
-                self.errors = process.communicate(timeout=timeout)[1].decode("utf-8", "replace")
+                for line in process.stdout:
+                    said = json.loads(line)
+                    if "tell" in said:
+                        self.note(said)
+                        continue
+                    process.stdin.write(json.dumps({"job": job} if said["ask"] == "job" else self.reply(said)).encode() + b"\n")
+                    process.stdin.flush()
+                self.errors = process.communicate(timeout=120)[1].decode("utf-8", "replace")
             finally:
                 process.kill()
         self.code = process.returncode
         log = place.log.read_bytes() if place.log.exists() else b""
         self.lines = [line.partition(b": ")[2].decode("utf-8", "surrogateescape") for line in log.split(b"\r\n") if line]
 
-    def talk(self, process, job):
-        for line in process.stdout:
-            said = json.loads(line)
-            reply = self.reply(said, job) if "ask" in said else self.note(said)
-            if reply is not None:
-                process.stdin.write(json.dumps(reply).encode() + b"\n")
-                process.stdin.flush()
-
-    def reply(self, said, job):
+    def reply(self, said):
         kind = said["ask"]
-        if kind == "job":
-            return {"job": job}
         if kind == "input":
             return {"input": self.next_input()}
         if kind == "act":
             self.acts.append(said)
             answer = self.answer(said)
             if answer == "pretend":
-                self.pretend(said)
+                self.states[said["target"]] = said["act"] in ("put", "move")
             return {"answer": answer}
-        if kind == "exists":
-            return {"exists": self.states.get(said["path"])}
-        assert kind == "mark", said
-        self.marks.append(said["mark"])
-        return {}
+        assert kind in ("exists", "mark"), said
+        return {"exists": self.states.get(said["path"])} if kind == "exists" else {}
 
     def next_input(self):
-        if self.next == self.total:
+        if self.next == len(self.inputs):
             return None
         self.next += 1
-        path = self.inputs[self.next - 1]
-        return {"number": self.next, "total": self.total, "path": to_text(path), "toDo": self.to_do.get(path, "whole")}
-
-    def pretend(self, said):
-        if said["act"] in ("put", "move"):
-            self.states[said["target"]] = True
-        if said["act"] in ("move", "delete"):
-            self.states[said["file"]] = False
+        return {"number": self.next, "total": len(self.inputs), "path": to_text(self.inputs[self.next - 1]), "toDo": "whole"}
 
     def note(self, said):
         kind = said["tell"]
@@ -96,15 +77,9 @@ class Job:
             self.reports.append(said["report"])
         elif kind == "remark":
             self.remarks.append(said["text"])
-        elif kind == "starts":
-            self.started = said["inputs"]
         elif kind == "ends":
             assert self.end is None, "told its end twice"
             self.end, self.end_message = said["end"], said["message"]
-
-    def planned(self):
-        """The inputs of a plan, and the plan."""
-        return [report["input"] for report in self.reports if "input" in report], self.reports[-1].get("plan")
 
     def __str__(self):
         return (f"end {self.end}: {self.end_message}, exit code {self.code}\n--- log\n" + "\n".join(self.lines) +

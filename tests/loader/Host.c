@@ -33,23 +33,18 @@ static struct {
     void* environment;
     RestoreProc restore;
 } frames[kMostFrames];
-static int frameCount;
 static uint32_t lastError;
 
 static void PushFrame(void* environment, RestoreProc restore)
 {
-    if (frameCount == kMostFrames) abort();
-    frames[frameCount].environment = environment;
-    frames[frameCount].restore = restore;
-    ++frameCount;
-    ++host.frameDepth;
+    if (host.frameCount == kMostFrames) abort();
+    frames[host.frameCount].environment = environment;
+    frames[host.frameCount++].restore = restore;
 }
 
 static void PopFrame(void)
 {
-    if (frameCount == 0) abort();
-    --frameCount;
-    --host.frameDepth;
+    if (host.frameCount-- == 0) abort();
 }
 
 static uint32_t LastError(void) { return lastError; }
@@ -57,86 +52,28 @@ static uint32_t LastError(void) { return lastError; }
 static void Raise(uint32_t code)
 {
     lastError = code;
-    if (frameCount == 0) {
+    if (host.frameCount == 0) {
         Fault("an error is raised outside every frame");
         exit(1);
     }
-    frames[frameCount - 1].restore(frames[frameCount - 1].environment);
+    frames[host.frameCount - 1].restore(frames[host.frameCount - 1].environment);
     abort(); /* it must not come back */
 }
 
 static void ComeBack(void* environment) { longjmp(*(jmp_buf*)environment, 1); }
 
-typedef struct {
-    Code procedure;
-    int kind;
-    uint32_t number;
-    void* data;
-    Bool16 answer;
-} Call;
-
-enum { kStage, kStep, kData, kAtom };
-
-static void Run(Call* call)
-{
-    switch (call->kind) {
-        case kStage:
-            call->answer = ((StageProc)call->procedure)();
-            break;
-        case kStep:
-            call->answer = ((StepProc)call->procedure)(call->number, call->data);
-            break;
-        case kData:
-            ((void (*)(void*))call->procedure)(call->data);
-            break;
-        default:
-            ((void (*)(Atom))call->procedure)((Atom)call->number);
-            break;
-    }
-}
-
-static bool RunInFrame(Call* call)
+int Call(Code procedure, uintptr_t first, void* second)
 {
     jmp_buf environment;
-    const int depth = frameCount, plugInDepth = host.frameDepth;
-    bool raised = true;
+    const int depth = host.frameCount;
+    volatile int answer = kRaised;
     PushFrame(&environment, &ComeBack);
     if (setjmp(environment) == 0) {
-        Run(call);
-        raised = false;
-        if (frameCount != depth + 1) Fault("exception frames are left behind");
+        answer = (Bool16)((uintptr_t(*)(uintptr_t, void*))procedure)(first, second);
+        if (host.frameCount != depth + 1) Fault("exception frames are left behind");
     }
-    frameCount = depth;
-    host.frameDepth = plugInDepth;
-    return !raised;
-}
-
-bool CallStage(Code procedure, Bool16* answer)
-{
-    Call call = {procedure, kStage, 0, NULL, 0};
-    const bool done = RunInFrame(&call);
-    *answer = call.answer;
-    return done;
-}
-
-bool CallStep(Code procedure, uint32_t version, void* data, Bool16* answer)
-{
-    Call call = {procedure, kStep, version, data, 0};
-    const bool done = RunInFrame(&call);
-    *answer = call.answer;
-    return done;
-}
-
-bool CallWithData(Code procedure, void* data)
-{
-    Call call = {procedure, kData, 0, data, 0};
-    return RunInFrame(&call);
-}
-
-bool CallWithAtom(Code procedure, Atom name)
-{
-    Call call = {procedure, kAtom, name, NULL, 0};
-    return RunInFrame(&call);
+    host.frameCount = depth;
+    return answer;
 }
 
 /* ---- callbacks: the wrapper is never the pointer itself */
@@ -177,14 +114,11 @@ bool IsWrapped(Code code)
     return false;
 }
 
-bool HasUnwrapped(const uint64_t* codes, int count)
+/* Of a procedure that the plug-in hands to the host; null where it may leave it out. */
+static Code Taken(Code code)
 {
-    for (int at = 0; at < count; ++at) {
-        Code code;
-        memcpy(&code, &codes[at], sizeof code);
-        if (codes[at] != 0 && !IsWrapped(code)) return true;
-    }
-    return false;
+    if (code != NULL && !IsWrapped(code)) Fault("a procedure is no callback that the host made");
+    return code;
 }
 
 /* ---- atoms */
@@ -241,7 +175,7 @@ static uint32_t TableVersion(void* entries)
 static const void* Configuration(uint32_t key)
 {
     const char* name = TextOf(Argument16(key));
-    if (name != NULL && strcmp(name, "Product") == 0 && host.product != NULL) return host.product;
+    if (name != NULL && strcmp(name, "Product") == 0) return "Exchange-Pro";
     if (name != NULL && strcmp(name, "CanEdit") == 0) return (const void*)(uintptr_t)1;
     return (const void*)~(uintptr_t)0;
 }
@@ -269,24 +203,31 @@ static void AppVersion(int16_t* major, int16_t* minor)
 
 static void AppLanguage(char* buffer) { memcpy(buffer, "ENU", 4); }
 static uintptr_t AppName(void) { return Result16(AtomOf("Acrobat")); }
-static void AlertNote(const char* text) { snprintf(host.note, sizeof host.note, "%s", text); }
 static void YieldToOthers(double seconds) { host.yielded = seconds; }
 
 static void RegisterIdle(Code procedure, void* data, uint32_t period)
 {
+    (void)period;
     if (host.idleCount == 8) abort();
-    host.idles[host.idleCount++] = (Registration){procedure, data, period, NULL};
+    host.idles[host.idleCount++] = (Registration){Taken(procedure), data, 0};
 }
 
 static void RegisterNotification(int32_t selector, void* owner, Code procedure, void* data)
 {
     if (host.notificationCount == 8) abort();
-    host.notifications[host.notificationCount++] = (Registration){procedure, data, (uint32_t)selector, owner};
+    if (owner != Identity()) Fault("a notification has no known owner");
+    host.notifications[host.notificationCount++] = (Registration){Taken(procedure), data, selector};
 }
 
 static void RegisterHandler(uint32_t name, const uint64_t* record)
 {
     if (host.handlerCount == 8) abort();
+    if (record[0] != 144 || record[17] != 0) Fault("a handler's record has another size or fills its reserved place");
+    for (int at = 1; at < 17; ++at) {
+        Code code;
+        memcpy(&code, &record[at], sizeof code);
+        Taken(code);
+    }
     host.handlers[host.handlerCount++] = (Handler){Argument16(name), record};
 }
 
@@ -316,6 +257,16 @@ Item* ItemNamed(const char* name)
         for (int at = 0; at < host.menus[menu]->itemCount; ++at)
             if (strcmp(host.menus[menu]->items[at]->name, name) == 0) return host.menus[menu]->items[at];
     return NULL;
+}
+
+bool AllReleased(void)
+{
+    int held = 0;
+    for (int menu = 0; menu < host.menuCount; ++menu) {
+        held += host.menus[menu]->references != 0;
+        for (int at = 0; at < host.menus[menu]->itemCount; ++at) held += host.menus[menu]->items[at]->references != 0;
+    }
+    return held == 0;
 }
 
 static void* Menubar(void)
@@ -373,17 +324,17 @@ static void AddItem(Menu* menu, Item* item, int32_t index)
 
 static void SetExecute(Item* item, Code procedure, void* data)
 {
-    item->execute = procedure;
+    item->execute = Taken(procedure);
     item->executeData = data;
 }
 
 static void SetEnabled(Item* item, Code procedure, void* data)
 {
-    item->isEnabled = procedure;
+    item->isEnabled = Taken(procedure);
     item->enabledData = data;
 }
 
-void ExecuteItem(Item* item)
+static void ExecuteItem(Item* item)
 {
     const bool enabled = item->isEnabled == NULL || ((Bool16(*)(void*))item->isEnabled)(item->enabledData) != 0;
     if (strcmp(item->name, "Quit") == 0) host.quitWanted = true;
@@ -393,73 +344,51 @@ void ExecuteItem(Item* item)
 
 /* ---- the tables' content */
 
-/* Each entry that is not offered raises; what it was called as is told by its number. */
-static void NotOffered(const char* number)
+static void NotOffered(void)
 {
-    printf("entry %s of a table\n", number);
-    Fault("an entry is called that this host does not offer");
+    Fault("an entry of a table is called that this host does not offer");
     Raise(kNotImplemented);
 }
-#define MISSING(n) \
-    static void Missing##n(void) { NotOffered(#n); }
-#define HUNDREDS(X, h) \
-    TEN(X, h##0)       \
-    TEN(X, h##1)       \
-    TEN(X, h##2) TEN(X, h##3) TEN(X, h##4) TEN(X, h##5) TEN(X, h##6) TEN(X, h##7) TEN(X, h##8) TEN(X, h##9)
-#define ALL(X) \
-    HUNDREDS(X, 0) HUNDREDS(X, 1) HUNDREDS(X, 2) HUNDREDS(X, 3) HUNDREDS(X, 4) HUNDREDS(X, 5) HUNDREDS(X, 6)
-ALL(MISSING)
-#define MISSING_NAME(n) &Missing##n,
-static const Code missing[] = {ALL(MISSING_NAME)};
 
-typedef struct Offered {
-    int slot;
-    Code code;
-} Offered;
+static const Code coreEntries[] = {[1] = (Code)Raise,     [2] = (Code)PushFrame,      [3] = (Code)PopFrame,
+                                   [4] = (Code)LastError, [5] = (Code)AtomFromString, [7] = (Code)AtomGetString,
+                                   [8] = (Code)Wrap,      [10] = (Code)GetTable,      [11] = (Code)Configuration};
+static const Code supportEntries[] = {
+    [1] = (Code)Allocate, [3] = (Code)Free, [4] = (Code)ErrorString, [103] = (Code)TableVersion};
+static const Code viewEntries[] = {
+    [7] = (Code)AppVersion,    [8] = (Code)AppLanguage,       [9] = (Code)AppName,
+    [16] = (Code)Menubar,      [39] = (Code)RegisterIdle,     [41] = (Code)RegisterNotification,
+    [71] = (Code)AcquireMenu,  [74] = (Code)AcquireItem,      [78] = (Code)NewMenu,
+    [80] = (Code)ReleaseMenu,  [89] = (Code)AddItem,          [90] = (Code)NewItem,
+    [92] = (Code)ReleaseItem,  [99] = (Code)SetExecute,       [100] = (Code)SetEnabled,
+    [105] = (Code)ExecuteItem, [326] = (Code)RegisterHandler, [391] = (Code)YieldToOthers};
 
-static const Offered coreEntries[] = {{1, (Code)Raise},          {2, (Code)PushFrame},
-                                      {3, (Code)PopFrame},       {4, (Code)LastError},
-                                      {5, (Code)AtomFromString}, {7, (Code)AtomGetString},
-                                      {8, (Code)Wrap},           {10, (Code)GetTable},
-                                      {11, (Code)Configuration}, {0, NULL}};
-static const Offered supportEntries[] = {
-    {1, (Code)Allocate}, {3, (Code)Free}, {4, (Code)ErrorString}, {103, (Code)TableVersion}, {0, NULL}};
-static const Offered viewEntries[] = {
-    {5, (Code)AlertNote},     {7, (Code)AppVersion},        {8, (Code)AppLanguage},           {9, (Code)AppName},
-    {16, (Code)Menubar},      {39, (Code)RegisterIdle},     {41, (Code)RegisterNotification}, {71, (Code)AcquireMenu},
-    {74, (Code)AcquireItem},  {78, (Code)NewMenu},          {80, (Code)ReleaseMenu},          {89, (Code)AddItem},
-    {90, (Code)NewItem},      {92, (Code)ReleaseItem},      {99, (Code)SetExecute},           {100, (Code)SetEnabled},
-    {105, (Code)ExecuteItem}, {326, (Code)RegisterHandler}, {391, (Code)YieldToOthers},       {0, NULL}};
-
-static void Fill(const char* table, const Offered* offered)
+static void Fill(const char* table, const Code* entries, size_t count)
 {
-    for (; offered->code != NULL; ++offered) TableNamed(table)->entries[offered->slot] = offered->code;
+    for (size_t slot = 1; slot < count; ++slot)
+        if (entries[slot] != NULL) TableNamed(table)->entries[slot] = entries[slot];
 }
 
-/* With the versions of a present host. */
-static const struct {
-    const char* name;
-    uint32_t version;
-} presentTables[kTableCount] = {
-    {"AcroSupport", 0x000A0000}, {"Core", 0x00050000},           {"Cos", 0x00090000},
-    {"PDModel", 0x000C0000},     {"PDFEditWrite", 0x000A0000},   {"PDFEditRead", 0x000A0000},
-    {"PDSysFont", 0x00040000},   {"PagePDEContent", 0x00060000}, {"AcroView", 0x000C0003},
-    {"PDSWrite", 0x00080000},    {"PDSRead", 0x00080000},        {"Win", 0x00090000},
-    {"ASExtra", 0x00090000},     {"PDMetadata", 0x00080000}};
+const struct TableRow tableRows[kTableCount] = {
+    {"AcroSupport", 0x00080000, 0x000A0000},  {"Core", 0x00050000, 0x00050000},
+    {"Cos", 0x00060000, 0x00090000},          {"PDModel", 0x00060000, 0x000C0000},
+    {"PDFEditWrite", 0x00060000, 0x000A0000}, {"PDFEditRead", 0x00060000, 0x000A0000},
+    {"PDSysFont", 0x00040000, 0x00040000},    {"PagePDEContent", 0x00060000, 0x00060000},
+    {"AcroView", 0x00060000, 0x000C0003},     {"PDSWrite", 0x00060000, 0x00080000},
+    {"PDSRead", 0x00060000, 0x00080000},      {"Win", 0x00050000, 0x00090000},
+    {"ASExtra", 0x00060000, 0x00090000},      {"PDMetadata", 0x00060000, 0x00080000}};
 
 void ResetHost(void)
 {
     memset(&host, 0, sizeof host);
-    frameCount = 0;
-    host.product = "Exchange-Pro";
     host.majorVersion = 21;
     host.yielded = -1;
     for (int at = 0; at < kTableCount; ++at) {
-        host.tables[at].name = presentTables[at].name;
-        host.tables[at].version = presentTables[at].version;
-        for (int slot = 1; slot <= kMostSlots; ++slot) host.tables[at].entries[slot] = missing[slot];
+        host.tables[at].name = tableRows[at].name;
+        host.tables[at].version = tableRows[at].present;
+        for (int slot = 1; slot <= kMostSlots; ++slot) host.tables[at].entries[slot] = &NotOffered;
     }
-    Fill("Core", coreEntries);
-    Fill("AcroSupport", supportEntries);
-    Fill("AcroView", viewEntries);
+    Fill("Core", coreEntries, sizeof coreEntries / sizeof *coreEntries);
+    Fill("AcroSupport", supportEntries, sizeof supportEntries / sizeof *supportEntries);
+    Fill("AcroView", viewEntries, sizeof viewEntries / sizeof *viewEntries);
 }

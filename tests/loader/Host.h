@@ -3,8 +3,7 @@
  * their common header shows here.
  *
  * Everything is one thread and one plug-in. What the host sees is recorded in `host`. */
-#ifndef FERRULE_TESTS_LOADER_HOST_H
-#define FERRULE_TESTS_LOADER_HOST_H
+#pragma once
 
 #include <stdbool.h>
 #include <stddef.h>
@@ -52,10 +51,14 @@ _Static_assert(sizeof(HandshakeData) == 40 && offsetof(HandshakeData, appName) =
                "published layout");
 
 typedef Bool16 (*EntryProc)(uint32_t hostVersion, uint32_t* version, Code* setup, void* platformWords);
-typedef Bool16 (*StepProc)(uint32_t version, void* data); /* setup and handshake */
-typedef Bool16 (*StageProc)(void);
 
 /* ---- what the host has and what it sees */
+
+/* The tables in the order in which a plug-in of this kind asks for them, and the versions of a present host. */
+extern const struct TableRow {
+    const char* name;
+    uint32_t wanted, present;
+} tableRows[kTableCount];
 
 typedef struct {
     const char* name;
@@ -85,8 +88,7 @@ struct Menu {
 typedef struct {
     Code procedure;
     void* data;
-    uint32_t number; /* selector of a notification, period of an idle procedure */
-    void* owner;
+    int32_t selector; /* of a notification */
 } Registration;
 
 typedef struct {
@@ -100,8 +102,7 @@ typedef struct {
 } Asked;
 
 typedef struct {
-    Table tables[kTableCount]; /* in the order in which a plug-in of this kind asks for them */
-    const char* product;       /* null: the host does not know the key */
+    Table tables[kTableCount];
     int majorVersion;
     bool menubarRaises;
 
@@ -113,10 +114,9 @@ typedef struct {
     int notificationCount, idleCount;
     Handler handlers[8];
     int handlerCount;
-    char note[256];  /* of the last alert */
     double yielded;  /* seconds of the last yield, -1 when there was none */
     bool quitWanted; /* the item "Quit" was executed */
-    int frameDepth;  /* exception frames that the plug-in has open */
+    int frameCount;  /* open exception frames */
     char mainWindow; /* its address is the plug-in's identity */
 } Host;
 
@@ -133,21 +133,33 @@ void* Identity(void);
 Atom AtomOf(const char* text);
 const char* TextOf(Atom atom);
 
-/* Whether the host made this wrapper, and what is behind it. */
+/* Whether the host made this wrapper. Every procedure that the plug-in hands out has to be one. */
 bool IsWrapped(Code code);
-bool HasUnwrapped(const uint64_t* codes, int count);
 
 Menu* AddMenu(const char* name, const char* title);
 Menu* MenuNamed(const char* name);
 Item* ItemNamed(const char* name);
-/* As the user would; nothing for an item that is disabled or has no procedure. */
-void ExecuteItem(Item* item);
+/* Whether the plug-in has given back all references to menus and items. */
+bool AllReleased(void);
 
-/* Runs a procedure of the plug-in inside a frame of the host's own. False when it raised; its answer is in `answer`.
- */
-bool CallStage(Code procedure, Bool16* answer);
-bool CallStep(Code procedure, uint32_t version, void* data, Bool16* answer);
-bool CallWithData(Code procedure, void* data);
-bool CallWithAtom(Code procedure, Atom name);
+/* Runs a procedure of the plug-in inside a frame of the host's own; it takes none, one or both arguments. Answers its
+ * truth value, or kRaised. */
+enum { kRaised = -1 };
+int Call(Code procedure, uintptr_t first, void* second);
 
-#endif
+/* ---- Library.c: what differs from system to system */
+
+/* Null when the library cannot be loaded; the reason is printed. */
+void* LoadPlugIn(const char* path);
+Code ExportOf(void* library, const char* name);
+void UnloadPlugIn(void* library);
+
+/* For the plug-in to be loaded. */
+void SetVariable(const char* name, const char* value);
+/* Where programs keep the user's settings; the folder is made. Answers its absolute path. */
+const char* UseSettingsFolder(const char* folder);
+
+/* Null on systems without windows. */
+void* MakeMainWindow(void);
+/* Whether it was asked to close; lets pending messages through. */
+bool MainWindowWasClosed(void);

@@ -1,23 +1,29 @@
-#include "cli/Summary.h"
-
+// What people see of a run and of sequences: progress, summary, steps and findings.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "cli/CommandError.h"
+#include "cli/Console.h"
 #include "cli/Printable.h"
+#include "cli/ProgressMeter.h"
 #include "cli/RunPrinter.h"
+#include "cli/SequenceCommands.h"
+#include "cli/Summary.h"
+#include "support/TemporaryFolder.h"
 
 using testing::HasSubstr;
 using testing::Not;
 
 namespace {
 
+/// A screen with a clock that the test turns, and a run that is printed on it.
 struct Scene {
     std::ostringstream data, messages;
-    cli::Screen screen{
-        &data, &messages, false, false, [] { return std::size_t{80}; }, [] { return std::uint64_t{0}; }};
+    std::uint64_t now = 0;
+    cli::Screen screen{&data, &messages, false, false, [] { return std::size_t{80}; }, [this] { return now; }};
     cli::CRunPrinter printer;
     RunResult result;
 
@@ -33,9 +39,93 @@ struct Scene {
         ++result.plan.total;
     }
     std::string Text(const cli::SummaryFacts& facts = {}) const { return cli::SummaryText(result, printer, facts); }
+    std::string TakeMessages()
+    {
+        std::string text = messages.str();
+        messages.str("");
+        return text;
+    }
 };
 
+nlohmann::json Job(const std::vector<std::string>& words)
+{
+    auto parsed = cli::ParseArguments(*cli::FindCommand("sequence new"), words);
+    EXPECT_TRUE(parsed.arguments) << parsed.problem;
+    return cli::NewSequenceJob(*parsed.arguments);
+}
+
 }  // namespace
+
+TEST(ProgressMeter, CountsBytesAndFilesOfThisStart)
+{
+    using cli::WorkDone;
+    const struct {
+        std::uint64_t files, bytes;
+        WorkDone before, done;
+        std::uint64_t now;
+        const char* sentence;
+    } rows[] = {
+        {10, 100'000'000, {}, {9, 1'000'000, 0}, 1000, "9 of 10 files (2 %)"},
+        {10, 0, {}, {5, 0, 0}, 1000, "5 of 10 files (50 %)"},
+        {0, 0, {}, {}, 1000, "0 of 0 files (100 %)"},
+        {100'000, 0, {}, {99'999, 0, 0}, 1000, "99,999 of 100,000 files (99 %)"},
+        {100'000, 0, {}, {100'000, 0, 0}, 1000, "100,000 of 100,000 files (100 %)"},
+        {10'000, 0, {4000, 0, 2}, {4000, 0, 2}, 61'000, "4,000 of 10,000 files (40 %), 2 not fine"},
+        {10'000,
+         0,
+         {4000, 0, 2},
+         {4600, 0, 3},
+         61'000,
+         "4,600 of 10,000 files (46 %), 3 not fine, 10 files/s, 9:00 left"},
+        {1'234'567, 0, {}, {331, 0, 0}, 2000, "331 of 1,234,567 files (0 %), 331 files/s, 1:02:09 left"},
+    };
+    for (const auto& row : rows) {
+        cli::CProgressMeter meter;
+        meter.Begin(row.files, row.bytes, row.before, 1000);
+        meter.Update(row.done);
+        EXPECT_EQ(meter.Sentence(row.now), row.sentence);
+    }
+}
+
+TEST(ProgressMeter, TheBarNeverExceedsTheWidthAndDropsTheLeastImportantFirst)
+{
+    cli::CProgressMeter meter;
+    meter.Begin(10'000, 0, {}, 1000);
+    meter.Update({.files = 4200, .bytes = 0, .notFine = 3});
+    for (std::size_t width = 0; width < 130; ++width)
+        EXPECT_LE(meter.Bar(43'000, width, false).size(), width) << width;
+    EXPECT_EQ(meter.Bar(43'000, 90, false),
+              "[=============>                  ]  42 %  4,200/10,000 files  3 not fine  0:58 left  100/s");
+    EXPECT_EQ(meter.Bar(43'000, 40, false), " 42 %  4,200/10,000 files  3 not fine");
+    EXPECT_EQ(meter.Bar(43'000, 40, true), " 42 %  4,200/10,000 files  \x1b[31m3 not fine\x1b[0m");
+    EXPECT_EQ(meter.Bar(43'000, 8, false), " 42 %");
+}
+
+TEST(StatusLine, IsDrawnAnewTenTimesASecondOrAddedEveryFewSeconds)
+{
+    Scene fake;
+    fake.screen.terminal = true;
+    cli::CStatusLine line(fake.screen);
+    int drawn = 0;
+    const auto show = [&] {
+        line.Show([&](std::size_t width) { return std::to_string(width) + "#" + std::to_string(++drawn); },
+                  [&] { return std::to_string(fake.now); });
+    };
+    for (fake.now = 0; fake.now < 1000; fake.now += 10) show();
+    EXPECT_EQ(drawn, 10);
+    EXPECT_EQ(fake.TakeMessages().substr(0, 16), "\r\x1b[K79#1\r\x1b[K79#2");
+    line.Message("hello");
+    EXPECT_EQ(fake.TakeMessages(), "\r\x1b[Khello\n");
+    line.Message("again");
+    EXPECT_EQ(fake.TakeMessages(), "again\n");
+
+    Scene plain;
+    cli::CStatusLine lines(plain.screen);
+    for (plain.now = 0; plain.now <= 11'000; plain.now += 100)
+        lines.Show([](std::size_t) { return "bar"; }, [&] { return std::to_string(plain.now); });
+    lines.Clear();
+    EXPECT_EQ(plain.TakeMessages(), "ferrule: 5000\nferrule: 10000\n");
+}
 
 TEST(Summary, ListsTheFirstTwentyAndSaysWhereTheOthersAre)
 {
@@ -109,8 +199,7 @@ TEST(RunPrinter, ProgressBeginsWhenTheTotalIsKnown)
 {
     Scene run;
     run.screen.terminal = true;
-    std::uint64_t now = 0;
-    run.screen.milliseconds = [&now] { return now += 1000; };
+    run.screen.milliseconds = [&run] { return run.now += 1000; };
     PlannedFile file;
     file.number = 1234;
     run.printer.FilePlanned(file);
@@ -185,4 +274,70 @@ TEST(Summary, BytesAreRounded)
     } rows[] = {{1, "1 byte"},         {999, "999 bytes"},  {1000, "1.0 kB"},         {9949, "9.9 kB"},
                 {46'000'000, "46 MB"}, {999'999, "1.0 MB"}, {1'200'000'000, "1.2 GB"}};
     for (const auto& row : rows) EXPECT_EQ(cli::Bytes(row.number), row.text);
+}
+
+TEST(SequenceNew, TakesPasswordsFromTheFirstLineOfFiles)
+{
+    const CTemporaryFolder folder;
+    const auto job = Job({folder / "p.sequ", "--template", "protect", "--owner-password-file",
+                          folder.Write("o", " blanks count \r\nsecond line"), "--user-password-file",
+                          folder.Write("u", "K\xC3\xA4se"), "--method", "aes128", "--allow", "print, copy"});
+    EXPECT_EQ(job["protect"], nlohmann::json({{"method", "aes128"},
+                                              {"ownerPassword", " blanks count "},
+                                              {"userPassword", "K\xC3\xA4se"},
+                                              {"allow", {"print", "copy"}}}));
+    EXPECT_EQ(job["kind"], "sequence-new");
+    EXPECT_EQ(job["overwrite"], false);
+    EXPECT_FALSE(job["output"].contains("folder"));
+    EXPECT_EQ(Job({"p", "--template", "protect", "--allow", "none"})["protect"]["allow"], nlohmann::json::array());
+    EXPECT_FALSE(Job({"p", "--template", "protect"})["protect"].contains("allow"));
+}
+
+TEST(SequenceNew, RefusesWhatCannotBeMeant)
+{
+    const CTemporaryFolder folder;
+    const std::vector<std::string> rows[] = {
+        {"p", "--template", "protect", "--owner-password-file", folder / "missing"},
+        {"p", "--template", "protect", "--owner-password-file", folder.Write("empty", "\nx")},
+        {"p", "--template", "protect", "--owner-password-file", "-", "--user-password-file", "-"},
+        {"p", "--template", "save", "--method", "rc4"},
+    };
+    for (const auto& row : rows) EXPECT_THROW(Job(row), cli::CCommandError) << row.back();
+}
+
+TEST(SequenceShow, PrintsStepsWithNestedParameters)
+{
+    const auto sequence = nlohmann::json::parse(R"({"path":"/s.sequ","form":"xml","title":"T","description":"",
+        "holdsPasswords":true,"sources":[],"input":{"kind":"ask-user","words":"asked for"},
+        "output":{"kind":"none","words":"the save step"},"groups":[{"label":"G","steps":[
+        {"number":1,"handler":"H","title":"Protect","available":true,"prompts":false,"parameters":[
+          {"name":"Password","type":"string","value":"********"},
+          {"name":"Inner","type":"cab","value":[{"name":"n","type":"integer","value":3}]},
+          {"name":"Flag","type":"boolean","value":false}]},
+        {"number":2,"handler":"X\u001b","title":"","available":false,"prompts":true,"parameters":[]}]}]})");
+    EXPECT_EQ(cli::SequenceText(sequence), R"(Sequence:    /s.sequ
+Title:       T
+Form:        XML
+Input:       asked for
+Output:      the save step
+Passwords:   yes, in clear in the file
+
+G
+  1. H (Protect)
+      Password = "********"
+      Inner:
+        n = 3
+      Flag = false
+  2. X\x1b, NOT AVAILABLE, wants to ask
+)");
+}
+
+TEST(SequenceCheck, FindingsReadLikeThoseOfACompiler)
+{
+    EXPECT_EQ(cli::FindingText("a.sequ",
+                               {{"severity", "error"}, {"code", "xml"}, {"text", "no"}, {"line", 3}, {"column", 7}}),
+              "a.sequ:3:7: error: no [xml]\n");
+    EXPECT_EQ(
+        cli::FindingText("a.sequ", {{"severity", "warning"}, {"code", "prompt"}, {"text", "asks"}, {"step", 2}}),
+        "a.sequ: warning: step 2: asks [prompt]\n");
 }

@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "platform/Clock.h"
-#include "platform/Environment.h"
+#include "platform/Paths.h"
 #include "platform/Terminal.h"
 
 namespace cli {

@@ -4,9 +4,8 @@
 #include "cli/Printable.h"
 #include "cli/RunArguments.h"
 #include "common/ProductPaths.h"
-#include "platform/Environment.h"
 #include "platform/FileProblem.h"
-#include "platform/LogFile.h"
+#include "platform/HeldFiles.h"
 #include "platform/Paths.h"
 
 #include <chrono>

@@ -1,9 +1,9 @@
 #include "cli/CommandLine.h"
-#include "platform/Surroundings.h"
+#include "platform/ThisProcess.h"
 
 int main(int argumentCount, char** arguments)
 {
-    platform::SettleSurroundings();
+    platform::PrepareProcess();
     return cli::RunCommandLine({arguments + (argumentCount > 0 ? 1 : 0), arguments + argumentCount},
                                cli::MakeScreen());
 }

@@ -8,8 +8,8 @@
 #include "cli/RunArguments.h"
 #include "cli/RunPrinter.h"
 #include "cli/Summary.h"
-#include "platform/OpenFiles.h"
 #include "platform/Paths.h"
+#include "platform/ThisProcess.h"
 #include "supervisor/Supervisor.h"
 
 namespace cli {

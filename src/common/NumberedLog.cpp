@@ -4,7 +4,7 @@
 #include "base/PathNames.h"
 #include "base/Text.h"
 #include "platform/Files.h"
-#include "platform/Memory.h"
+#include "platform/ThisProcess.h"
 
 #include <utility>
 

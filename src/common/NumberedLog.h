@@ -3,7 +3,7 @@
 
 #include "common/Log.h"
 #include "platform/Clock.h"
-#include "platform/LogFile.h"
+#include "platform/HeldFiles.h"
 
 #include <cstddef>
 #include <cstdint>

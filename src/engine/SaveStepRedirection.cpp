@@ -8,8 +8,8 @@
 #include "engine/InputState.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/HostPath.h"
-#include "platform/CodePage.h"
 #include "platform/Files.h"
+#include "platform/NarrowText.h"
 #include "sequence/Keys.h"
 #include "sequence/Sequence.h"
 

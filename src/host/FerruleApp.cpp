@@ -5,7 +5,7 @@
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostTables.h"
 #include "hostcalls/Jobs.h"
-#include "platform/Environment.h"
+#include "platform/Paths.h"
 
 namespace {
 
@@ -54,8 +54,8 @@ void CFerruleApp::Initialize()
 void CFerruleApp::Unload()
 {
     m_commands.ReleaseAll();
-    // A start that failed before the settings were read must not overwrite them with defaults; a job gets a copy of the
-    // user's, which nobody reads again.
+    // A start that failed before the settings were read must not overwrite them with defaults; a job gets a copy of
+    // the user's, which nobody reads again.
     if (m_settings && !JobText()) SaveAppSettings(m_paths.settingsFile, *m_settings, m_log);
     m_log.Close(m_paths.modulePath);
 }

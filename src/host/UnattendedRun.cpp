@@ -8,8 +8,8 @@
 #include "hostcalls/Jobs.h"
 #include "jobs/JobDispatcher.h"
 #include "jobs/JobOverseer.h"
-#include "platform/Environment.h"
 #include "platform/HostWindow.h"
+#include "platform/Paths.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "hostcalls/HostEntry.h"
 #include "hostcalls/HostMemory.h"
 #include "hostcalls/HostText.h"
-#include "platform/CodePage.h"
+#include "platform/NarrowText.h"
 
 #include <exception>
 

@@ -2,7 +2,7 @@
 
 #include "base/Unicode.h"
 #include "hostcalls/HostMemory.h"
-#include "platform/CodePage.h"
+#include "platform/NarrowText.h"
 
 static_assert(sizeof(ASUTF16Val) == sizeof(char16_t));
 

@@ -7,7 +7,7 @@
 #include "jobs/PlanJob.h"
 #include "jobs/RunJob.h"
 #include "jobs/SequenceJobs.h"
-#include "platform/TemporaryNames.h"
+#include "platform/AtomicFile.h"
 #include "protocol/Json.h"
 #include "sequence/JsonFields.h"
 

@@ -26,7 +26,7 @@ std::string ErrorLine(const SequenceFinding& finding)
     return "\n  " + step + finding.text;
 }
 
-RunSurroundings PlannedSurroundings(const PlanRequest& request)
+RunContext PlannedContext(const PlanRequest& request)
 {
     return {.hasInput = !request.settings.execution.alternativeInputPath.empty() ||
                         !request.settings.execution.furtherInputPaths.empty(),
@@ -38,7 +38,7 @@ std::vector<SequenceFinding> FindingsOf(const PlanRequest& request)
 {
     const auto read = ReadSequenceSource(request.settings.sequencePath);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return {*problem};
-    return CheckSource(std::get<SequenceSource>(read), PlannedSurroundings(request));
+    return CheckSource(std::get<SequenceSource>(read), PlannedContext(request));
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ json CheckReport(const std::string& path, const char* form, const std::vector<Se
             {"findings", FindingsReport(findings)}};
 }
 
-RunSurroundings SurroundingsOf(const RunDescription& run)
+RunContext ContextOf(const RunDescription& run)
 {
     return {.hasInput = !run.inputs.empty(),
             .hasOutputFolder = !run.outputFolder.empty(),
@@ -92,7 +92,7 @@ Expected<json> CheckSequence(const json& job)
     const auto read = ReadSequenceSource(path);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return CheckReport(path, "", {*problem});
     const auto& source = std::get<SequenceSource>(read);
-    const auto run = SurroundingsOf(RunDescriptionFrom(ObjectAt(Json(job), "description")));
+    const auto run = ContextOf(RunDescriptionFrom(ObjectAt(Json(job), "description")));
     return CheckReport(path, FormWord(source.form), CheckSource(source, run));
 }
 

@@ -4,7 +4,7 @@
 #include "base/PathNames.h"
 #include "engine/SaveStepRedirection.h"
 #include "platform/Files.h"
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -92,7 +92,8 @@ void CTouchedNames::AddSaveStep(const SaveStepFacts& save, const SequenceFacts& 
 void CTouchedNames::AddFinalAction(const RunSettings& settings)
 {
     if (WantsFolder(settings.finalAction)) m_results.push_back({settings.destination, {}, {}, std::nullopt});
-    if (settings.finalAction == FinalAction::Rename) m_results.push_back({std::nullopt, {}, {}, settings.destination});
+    if (settings.finalAction == FinalAction::Rename)
+        m_results.push_back({std::nullopt, {}, {}, settings.destination});
 }
 
 void CTouchedNames::AppendKeys(const std::string& folder, std::string_view name, std::vector<std::uint64_t>& keys)

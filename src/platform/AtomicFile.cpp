@@ -1,10 +1,10 @@
 #include "platform/AtomicFile.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
-#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {
@@ -125,6 +125,22 @@ FileResult CAtomicFile::Commit()
     // The file is in place by now; a folder that cannot be flushed is no failure.
     if (put) (void)FlushFolderOf(state.target);
     return put;
+}
+
+namespace {
+
+std::string temporaryTag;
+
+}  // namespace
+
+void SetTemporaryTag(const std::string& tag) { temporaryTag = tag; }
+
+std::string TemporaryPrefix(const std::string& tag) { return tag.empty() ? ".ferrule-" : ".ferrule-" + tag + '-'; }
+
+std::string NextTemporaryName(unsigned long processId)
+{
+    static std::atomic<unsigned> counter{0};
+    return TemporaryPrefix(temporaryTag) + std::to_string(processId) + '-' + std::to_string(++counter) + ".tmp";
 }
 
 }  // namespace platform

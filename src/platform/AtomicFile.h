@@ -31,7 +31,8 @@ public:
     FileResult Result() const noexcept { return {m_error}; }
     /// Never throws: the first failure is kept, and later writes do nothing.
     void Write(const char* bytes, std::size_t length) noexcept;
-    /// Flushes what was written to disk, so that it can be read back before it is committed. Commit does it otherwise.
+    /// Flushes what was written to disk, so that it can be read back before it is committed. Commit does it
+    /// otherwise.
     FileResult Complete();
     /// Where the complete file stands until it is committed; empty during a trial run.
     const std::string& TemporaryPath() const;
@@ -48,5 +49,15 @@ private:
     std::unique_ptr<State> m_state;
     int m_error = 0;
 };
+
+/// From now on the names of this module's temporary files begin with ".ferrule-<tag>-", so that whoever gave out the
+/// tag can find what a killed process left. Letters and digits only.
+void SetTemporaryTag(const std::string& tag);
+/// What such names begin with; "" as tag: those of runs without one.
+std::string TemporaryPrefix(const std::string& tag);
+
+/// A new name for a temporary file of this module. Not derived from any target's, which may already have the greatest
+/// length.
+std::string NextTemporaryName(unsigned long processId);
 
 }  // namespace platform

@@ -3,7 +3,11 @@
 #include <memory>
 #include <utility>
 
-#include "platform/ChildState.h"
+#ifdef _WIN32
+#include "platform/ChildState_win.h"
+#else
+#include "platform/ChildState_posix.h"
+#endif
 
 namespace platform {
 

@@ -2,8 +2,23 @@
 
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 
 namespace platform {
+
+std::optional<LocalTime> LocalTimeNow()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local = {};
+#ifdef _WIN32
+    const bool converted = localtime_s(&local, &now) == 0;
+#else
+    const bool converted = localtime_r(&now, &local) != nullptr;
+#endif
+    if (now == static_cast<std::time_t>(-1) || !converted) return std::nullopt;
+    return LocalTime{local.tm_mday, local.tm_mon + 1, local.tm_year + 1900,
+                     local.tm_hour, local.tm_min,     local.tm_sec};
+}
 
 std::int64_t NanosecondsSince1970()
 {

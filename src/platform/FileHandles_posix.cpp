@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "platform/FileCalls_posix.h"
-#include "platform/WatchedActs.h"
+#include "platform/FileSteps.h"
 
 namespace platform {
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/ErrorRows.h"
-
 namespace platform {
 
 FileProblem ProblemOf(FileResult result)

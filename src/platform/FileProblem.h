@@ -1,8 +1,11 @@
-// The failures of file operations that callers tell apart. Systems have numbers of their own, and often several, for
-// each; nothing outside this folder knows them.
 #pragma once
 
+#include <span>
+
 #include "platform/Files.h"
+
+// The failures of file operations that callers tell apart. Systems have numbers of their own, and often several, for
+// each; nothing outside this folder knows them.
 
 namespace platform {
 
@@ -27,5 +30,15 @@ FileProblem ProblemOf(FileResult result);
 FileResult Failure(FileProblem problem);
 /// What the last call of a C stream in this thread failed with. Never success.
 FileResult StreamFailure();
+
+// What each system's error numbers mean; not for callers outside this folder.
+
+struct ErrorRow {
+    int number;
+    FileProblem problem;
+};
+
+/// Numbers without a row mean Other. The first row of a problem has the number that stands for it.
+std::span<const ErrorRow> ErrorRows();
 
 }  // namespace platform

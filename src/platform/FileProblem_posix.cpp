@@ -2,8 +2,6 @@
 
 #include <cerrno>
 
-#include "platform/ErrorRows.h"
-
 namespace platform {
 
 std::span<const ErrorRow> ErrorRows()

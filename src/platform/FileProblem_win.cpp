@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "platform/ErrorRows.h"
 #include "platform/Windows_win.h"
 
 // The headers of the compiler do not know these yet.

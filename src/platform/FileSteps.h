@@ -2,11 +2,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "base/Overseer.h"
 #include "platform/Files.h"
-#include "platform/OpenFile.h"
 
 // What the file services that are the same on every system are made of. Each system has its own; not for callers
 // outside this folder.
@@ -103,5 +104,18 @@ private:
     CFileRights m_rights;  // given when the file is complete, if there are any
     std::string m_path;    // empty when there is nothing to remove
 };
+
+// How the file services of this folder ask the overseer; not for callers outside.
+
+/// Nothing when the act is to be done now; otherwise its result, because it is refused or only pretended.
+std::optional<FileResult> AskOverseer(COverseer::Act act, const std::string& file, const std::string& target);
+
+/// During a trial run nothing is created, only checked.
+bool Pretending();
+/// What pretended acts have made of the path; nothing when the disk tells.
+std::optional<bool> PretendedExistence(const std::string& path);
+
+/// What the system would say to the act of putting a file into the folder of `path`, as far as that can be asked.
+FileResult CheckFolderOf(const std::string& path);
 
 }  // namespace platform

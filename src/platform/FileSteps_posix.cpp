@@ -8,7 +8,6 @@
 
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
-#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {

@@ -4,7 +4,6 @@
 
 #include "platform/FileHandles_win.h"
 #include "platform/FileProblem.h"
-#include "platform/WatchedActs.h"
 #include "platform/WideText_win.h"
 
 namespace platform {

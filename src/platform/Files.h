@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// Files and folders by path. Paths and names are bytes of the narrow code page and are never converted or
@@ -119,5 +120,38 @@ enum class Readers {
 /// Fail: a name that is taken stays as it is, also when it was taken meanwhile.
 FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, Readers readers,
                                Existing existing = Existing::Replace);
+
+/// Owns an open file of the system, by its descriptor or handle, or none.
+class COpenFile {
+public:
+    static constexpr long long kNone = -1;
+
+    explicit COpenFile(long long adopted = kNone) noexcept : m_file(adopted) {}
+    COpenFile(COpenFile&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
+    COpenFile& operator=(COpenFile&& other) noexcept
+    {
+        std::swap(m_file, other.m_file);
+        return *this;
+    }
+    COpenFile(const COpenFile&) = delete;
+    COpenFile& operator=(const COpenFile&) = delete;
+    ~COpenFile() { Close(); }
+
+    long long Get() const { return m_file; }
+    bool IsOpen() const { return m_file != kNone; }
+    long long Release() noexcept { return std::exchange(m_file, kNone); }
+    void Close() noexcept;
+
+private:
+    long long m_file;
+};
+
+/// Makes a folder that only this user may look into, list or change, besides those who keep the system running.
+/// Fails: "exists" when the name is taken, by whomever.
+FileResult CreatePrivateFolder(const std::string& path);
+/// Takes the rights of all others from a folder that is there.
+FileResult MakeFolderPrivate(const std::string& path);
+/// Whether the name itself, no link, is a folder that belongs to the user of this process.
+bool IsOwnFolder(const std::string& path);
 
 }  // namespace platform

@@ -1,18 +1,22 @@
 #include "platform/Files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <system_error>
+#include <utility>
 
+#include "base/Names.h"
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileProblem.h"
-#include "platform/WatchedActs.h"
+#include "platform/FileSteps.h"
 
 namespace platform {
 
@@ -143,6 +147,75 @@ FileResult ReadPieces(const std::string& path, const std::function<bool(std::str
     struct stat status;
     if (const auto opened = OpenRegular(path, file, status); !opened) return opened;
     return ReadPiecesOf(file.Get(), take);
+}
+
+void COpenFile::Close() noexcept
+{
+    if (IsOpen()) calls::Close(static_cast<int>(std::exchange(m_file, kNone)));
+}
+
+namespace {
+
+constexpr mode_t kOwnersMode = 0700;
+
+}  // namespace
+
+FileResult CreatePrivateFolder(const std::string& path)
+{
+    return {calls::MakeFolder(path, kOwnersMode) == 0 ? 0 : errno};
+}
+
+FileResult MakeFolderPrivate(const std::string& path)
+{
+    const CDescriptor folder(calls::Open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return {folder.Valid() && calls::SetMode(folder.Get(), kOwnersMode) == 0 ? 0 : errno};
+}
+
+bool IsOwnFolder(const std::string& path)
+{
+    struct stat status;
+    return calls::LinkStatus(path, status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid();
+}
+
+namespace {
+
+bool IsFolder(const std::string& prefix, const dirent& found)
+{
+    if (found.d_type == DT_DIR) return true;
+    if (found.d_type != DT_LNK && found.d_type != DT_UNKNOWN) return false;
+    return FolderExists(prefix + found.d_name);
+}
+
+FileResult ReadEntries(DIR* folder, const std::string& prefix, std::vector<FolderEntry>& listed)
+{
+    for (;;) {
+        const dirent* found = calls::ReadFolder(folder);
+        if (!found) return {errno};
+        std::string name = found->d_name;
+        if (name == "." || name == "..") continue;
+        const bool hidden = name[0] == '.';
+        listed.push_back({std::move(name), IsFolder(prefix, *found), hidden});
+    }
+}
+
+FileResult List(const std::string& path, std::vector<FolderEntry>& listed)
+{
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(calls::OpenFolder(path),
+                                                     [](DIR* open) { return closedir(open); });
+    if (!folder) return {errno};
+    return ReadEntries(folder.get(), path.ends_with('/') ? path : path + '/', listed);
+}
+
+}  // namespace
+
+std::vector<FolderEntry> ListFolder(const std::string& path, FileResult* result)
+{
+    std::vector<FolderEntry> listed;
+    const auto outcome = List(path, listed);
+    if (result) *result = outcome;
+    if (!outcome) return {};
+    std::ranges::sort(listed, NameComesBefore, &FolderEntry::name);
+    return listed;
 }
 
 }  // namespace platform

@@ -8,12 +8,12 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "platform/Environment.h"
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
+#include "platform/FileSteps.h"
 #include "platform/Files.h"
+#include "platform/Paths.h"
 #include "platform/Processes_posix.h"
-#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {

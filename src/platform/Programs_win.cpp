@@ -1,7 +1,7 @@
 #include "platform/Programs.h"
 
+#include "platform/FileSteps.h"
 #include "platform/Files.h"
-#include "platform/WatchedActs.h"
 #include "platform/Windows_win.h"
 
 #include <objbase.h>

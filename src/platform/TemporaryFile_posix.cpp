@@ -5,13 +5,11 @@
 #include <vector>
 
 #include "platform/AccessRights_posix.h"
-#include "platform/ExtendedAttributes_posix.h"
+#include "platform/AtomicFile.h"
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
-#include "platform/TemporaryNames.h"
-#include "platform/WatchedActs.h"
 
 namespace platform {
 namespace {
@@ -77,7 +75,8 @@ FileResult CTemporaryFile::CreateBeside(const std::string& target, Readers reade
     if (readers != Readers::AsUsual) return CreateNew(target, kOwnersFileMode);
     if (!limit) return CreateNew(target, kUsualMode);
     const CAccessRights& most = limit->m_state->access;
-    if (const auto created = CreateNew(target, kUsualMode & (kOwnersFileMode | most.Mode())); !created) return created;
+    if (const auto created = CreateNew(target, kUsualMode & (kOwnersFileMode | most.Mode())); !created)
+        return created;
     CAccessRights given;
     if (const auto read = given.ReadFrom(static_cast<int>(m_file.Get())); !read) return read;
     const CAccessRights left = given.LimitedBy(most).WithOwner();

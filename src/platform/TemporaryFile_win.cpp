@@ -1,4 +1,4 @@
-#include "platform/TemporaryNames.h"
+#include "platform/AtomicFile.h"
 #include "platform/Windows_win.h"
 
 #include <aclapi.h>
@@ -6,8 +6,6 @@
 #include "platform/FileHandles_win.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
-#include "platform/OwnerOnly_win.h"
-#include "platform/WatchedActs.h"
 #include "platform/WideText_win.h"
 
 namespace platform {

@@ -3,7 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "platform/Environment.h"
+#include "platform/Paths.h"
 
 namespace platform {
 namespace {

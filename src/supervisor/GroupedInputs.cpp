@@ -6,7 +6,7 @@
 
 #include "base/Names.h"
 #include "base/PathNames.h"
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "supervisor/HostJob.h"
 
-#include "platform/Interrupts.h"
+#include "platform/ThisProcess.h"
 #include "protocol/Messages.h"
 
 #include <utility>

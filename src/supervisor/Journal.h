@@ -2,8 +2,8 @@
 #pragma once
 
 #include "base/Expected.h"
-#include "platform/AppendFile.h"
 #include "platform/Files.h"
+#include "platform/HeldFiles.h"
 #include "protocol/Messages.h"
 #include "supervisor/LineReader.h"
 #include "supervisor/RunObserver.h"

@@ -1,8 +1,8 @@
 #include "supervisor/Leftovers.h"
 
 #include "base/PathNames.h"
+#include "platform/AtomicFile.h"
 #include "platform/Files.h"
-#include "platform/TemporaryNames.h"
 #include "supervisor/Settler.h"
 #include "supervisor/Temporaries.h"
 

@@ -1,7 +1,7 @@
 #include "supervisor/OutputGuard.h"
 
 #include "base/PathNames.h"
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 #include <algorithm>
 #include <array>

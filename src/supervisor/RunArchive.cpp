@@ -4,8 +4,8 @@
 #include "base/Text.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clock.h"
-#include "platform/FileLock.h"
 #include "platform/Files.h"
+#include "platform/HeldFiles.h"
 #include "supervisor/JournalIndex.h"
 #include "supervisor/Manifest.h"
 

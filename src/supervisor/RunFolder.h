@@ -1,7 +1,7 @@
 // Where a run keeps its plan and its journal.
 #pragma once
 
-#include "platform/FileLock.h"
+#include "platform/HeldFiles.h"
 #include "supervisor/RunOptions.h"
 
 #include <string>

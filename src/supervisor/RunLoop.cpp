@@ -1,9 +1,9 @@
 #include "supervisor/RunLoop.h"
 
 #include "base/PathNames.h"
+#include "platform/AtomicFile.h"
 #include "platform/Clock.h"
-#include "platform/Interrupts.h"
-#include "platform/TemporaryNames.h"
+#include "platform/ThisProcess.h"
 #include "supervisor/Temporaries.h"
 
 #include <algorithm>

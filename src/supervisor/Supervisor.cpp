@@ -1,7 +1,7 @@
 #include "supervisor/Supervisor.h"
 
 #include "base/PathNames.h"
-#include "platform/Interrupts.h"
+#include "platform/ThisProcess.h"
 #include "protocol/Json.h"
 #include "supervisor/HostJob.h"
 #include "supervisor/Leftovers.h"

@@ -1,9 +1,9 @@
 #include "supervisor/Worker.h"
 
 #include "base/PathNames.h"
-#include "platform/Environment.h"
-#include "platform/PrivateFolder.h"
-#include "platform/StandardPath.h"
+#include "platform/Files.h"
+#include "platform/NarrowText.h"
+#include "platform/Paths.h"
 
 #include <array>
 #include <cstdio>

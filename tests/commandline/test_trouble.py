@@ -1,4 +1,4 @@
-"""Documents and surroundings that go wrong under workers: each costs its own file and nothing else."""
+"""Documents and environment that go wrong under workers: each costs its own file and nothing else."""
 import gzip
 import json
 import os

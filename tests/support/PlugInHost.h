@@ -1,7 +1,7 @@
 #pragma once
 
 #include "openhost/program/OpenHost.h"
-#include "platform/Environment.h"
+#include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"
 

@@ -7,7 +7,7 @@
 #include "openhost/commands/LocalNumbers.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/ShortText.h"
-#include "platform/CodePage.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 

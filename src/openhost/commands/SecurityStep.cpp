@@ -1,6 +1,6 @@
 #include "openhost/commands/Step.h"
 #include "openhost/values/Text.h"
-#include "platform/CodePage.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 

@@ -4,7 +4,7 @@
 #include "openhost/conversion/Slots.h"
 #include "openhost/core/Records.h"
 #include "openhost/files/FilePaths.h"
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 

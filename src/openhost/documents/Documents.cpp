@@ -7,7 +7,7 @@
 #include "openhost/core/Diagnostics.h"
 #include "openhost/files/Files.h"
 #include "platform/Files.h"
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 

@@ -13,7 +13,7 @@
 #include "openhost/files/PathSyntax.h"
 #include "openhost/values/Text.h"
 #include "platform/Files.h"
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 

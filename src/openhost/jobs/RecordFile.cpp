@@ -6,7 +6,7 @@
 
 #include "openhost/core/Diagnostics.h"
 #include "platform/FileProblem.h"
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/ByteText.h"
-#include "platform/TemporaryNames.h"
+#include "platform/AtomicFile.h"
 
 namespace openhost {
 

@@ -13,8 +13,8 @@
 #include "openhost/program/Manual.h"
 #include "openhost/program/OpenHost.h"
 #include "openhost/program/PasswordFile.h"
+#include "platform/NarrowText.h"
 #include "platform/Paths.h"
-#include "platform/StandardPath.h"
 
 namespace openhost {
 

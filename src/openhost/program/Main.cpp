@@ -1,9 +1,8 @@
 #include "openhost/program/CommandLine.h"
-#include "platform/DeepStack.h"
-#include "platform/Surroundings.h"
+#include "platform/ThisProcess.h"
 
 int main(int argumentCount, char** arguments)
 {
-    platform::SettleSurroundings();
+    platform::PrepareProcess();
     return platform::OnDeepStack([&] { return openhost::RunCommandLine(argumentCount, arguments); });
 }

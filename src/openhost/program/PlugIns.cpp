@@ -13,7 +13,7 @@
 #include "openhost/core/Diagnostics.h"
 #include "openhost/core/Extensions.h"
 #include "openhost/core/Tables.h"
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 

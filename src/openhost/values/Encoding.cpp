@@ -3,7 +3,7 @@
 #include <qpdf/QUtil.hh>
 
 #include "base/Unicode.h"
-#include "platform/CodePage.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 

@@ -10,7 +10,7 @@
 #include "cli/CommandError.h"
 #include "cli/LogCommand.h"
 #include "cli/RunArguments.h"
-#include "platform/LogFile.h"
+#include "platform/HeldFiles.h"
 #include "support/TemporaryFolder.h"
 
 namespace {

@@ -6,7 +6,6 @@
 #include "openhost/app/Menus.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Tables.h"
-#include "platform/Environment.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "support/PlugInHost.h"

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "openhost/jobs/LineStream.h"
-#include "platform/Surroundings.h"
+#include "platform/ThisProcess.h"
 #include "platform/Windows_win.h"
 
 namespace {
@@ -21,7 +21,7 @@ bool IsInherited(int descriptor)
 
 int main()
 {
-    platform::SettleSurroundings();
+    platform::PrepareProcess();
     const auto streams = openhost::CLineStream::TakeStandardStreams();
     if (!streams) return 1;
     if (IsInherited(streams->first) || IsInherited(streams->second)) return 2;

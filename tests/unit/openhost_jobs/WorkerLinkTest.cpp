@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "Pipes.h"
-#include "platform/Surroundings.h"
-#include "platform/TemporaryNames.h"
+#include "platform/AtomicFile.h"
+#include "platform/ThisProcess.h"
 
 using namespace openhost;
 
@@ -93,7 +93,7 @@ TEST(WorkerLink, ALostSupervisorRefusesEverything)
     }
     Linked worker("");
     worker.supervisor.StopReading();
-    platform::SettleSurroundings();
+    platform::PrepareProcess();
     EXPECT_FALSE(worker.link.Remark("x")) << "nobody reads it";
     EXPECT_TRUE(worker.link.Broken());
 }
@@ -104,7 +104,8 @@ TEST(WorkerLink, TellsWhatHappensAndKeepsEachInOneLine)
     {
         CWorkerLink link(supervisor.WorkerInput(), supervisor.WorkerOutput());
         link.RunStarts(-1);
-        for (const LogPlace place : {LogPlace::SequencePreflightBegins, LogPlace::SequencePreflightEnds, LogPlace::InputsCounted})
+        for (const LogPlace place :
+             {LogPlace::SequencePreflightBegins, LogPlace::SequencePreflightEnds, LogPlace::InputsCounted})
             link.LogMark(place);
         link.Report(R"({"plan":{"total":1}})");
         link.Report("{\"a\":\n1}");

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <thread>
 
-#include "platform/Interrupts.h"
+#include "platform/ThisProcess.h"
 #include "support/TemporaryFolder.h"
 #include "unit/platform/ChildStory.h"
 

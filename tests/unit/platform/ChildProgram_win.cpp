@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Surroundings.h"
+#include "platform/ThisProcess.h"
 #include "platform/Windows_win.h"
 
 #include <shellapi.h>
@@ -139,7 +139,7 @@ void Report(const std::wstring& path)
 
 int main(int counted, char**)
 {
-    platform::SettleSurroundings();
+    platform::PrepareProcess();
     int count = 0;
     wchar_t** const all = CommandLineToArgvW(GetCommandLineW(), &count);
     arguments.assign(all + 1, all + count);

@@ -6,14 +6,11 @@
 
 #include <filesystem>
 
-#include "platform/AppendFile.h"
 #include "platform/AtomicFile.h"
 #include "platform/ChildProcess.h"
-#include "platform/Environment.h"
-#include "platform/FileLock.h"
 #include "platform/FileProblem.h"
 #include "platform/Handle_win.h"
-#include "platform/LogFile.h"
+#include "platform/HeldFiles.h"
 #include "platform/Paths.h"
 #include "platform/WideText_win.h"
 #include "support/TemporaryFolder.h"

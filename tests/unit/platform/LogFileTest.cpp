@@ -1,5 +1,5 @@
 #include "base/PathNames.h"
-#include "platform/LogFile.h"
+#include "platform/HeldFiles.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "base/Overseer.h"
-#include "platform/TemporaryNames.h"
+#include "platform/AtomicFile.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,6 @@
 #include <functional>
 
 #include "ScriptedOverseer.h"
-#include "platform/AtomicFile.h"
 #include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"

@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "base/PathNames.h"
-#include "platform/AppendFile.h"
 #include "platform/Clock.h"
-#include "platform/FileLock.h"
 #include "platform/FileProblem.h"
+#include "platform/HeldFiles.h"
 #include "support/TemporaryFolder.h"
 #include "unit/platform/ChildStory.h"
 

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "platform/Clock.h"
-#include "platform/Memory.h"
 #include "platform/Paths.h"
+#include "platform/ThisProcess.h"
 
 TEST(System, AnAddressLeadsToItsModule)
 {

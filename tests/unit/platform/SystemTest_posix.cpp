@@ -5,7 +5,6 @@
 #include <filesystem>
 
 #include "platform/Clock.h"
-#include "platform/Environment.h"
 #include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 
-#include "platform/Environment.h"
 #include "platform/Paths.h"
 #include "platform/Windows_win.h"
 #include "support/TemporaryFolder.h"

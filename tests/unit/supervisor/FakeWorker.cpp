@@ -7,13 +7,12 @@
 #include "base/PathNames.h"
 #include "base/Text.h"
 #include "common/ProductPaths.h"
-#include "platform/Environment.h"
+#include "platform/AtomicFile.h"
 #include "platform/FileDigest.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "platform/Programs.h"
-#include "platform/Surroundings.h"
-#include "platform/TemporaryNames.h"
+#include "platform/ThisProcess.h"
 #include "protocol/Json.h"
 #include "protocol/RunDescription.h"
 #include "support/TestProcess.h"
@@ -359,7 +358,7 @@ int BeOpened(const char* path)
 
 int main(int argumentCount, char** arguments)
 {
-    platform::SettleSurroundings();
+    platform::PrepareProcess();
     if (argumentCount == 2) return BeOpened(arguments[1]);
     return CFakeWorker().Run();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Environment.h"
+#include "platform/Paths.h"
 #include "supervisor/Supervisor.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"

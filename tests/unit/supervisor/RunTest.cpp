@@ -1,4 +1,4 @@
-#include "platform/LogFile.h"
+#include "platform/HeldFiles.h"
 #include "protocol/Json.h"
 #include "unit/supervisor/RunPlace.h"
 
@@ -96,12 +96,10 @@ TEST(Run, GoesOnWithTheFinalActionWhenTheResultWasWritten)
         const char* name;
         FileOutcome outcome;
         bool written, moved;
-    } rows[] = {{"die-before-put", FileOutcome::Failed, false, false},
-                {"die-after-put", FileOutcome::Saved, true, true},
-                {"die-before-final", FileOutcome::Saved, true, true},
-                {"die-half-moved", FileOutcome::Saved, true, true},
-                {"die-after-final", FileOutcome::Saved, true, true},
-                {"always-dies", FileOutcome::Incomplete, true, false}};
+    } rows[] = {
+        {"die-before-put", FileOutcome::Failed, false, false}, {"die-after-put", FileOutcome::Saved, true, true},
+        {"die-before-final", FileOutcome::Saved, true, true},  {"die-half-moved", FileOutcome::Saved, true, true},
+        {"die-after-final", FileOutcome::Saved, true, true},   {"always-dies", FileOutcome::Incomplete, true, false}};
     CRunPlace place;
     for (const auto& row : rows) place.Input(row.name);
     place.FinalAction(7);

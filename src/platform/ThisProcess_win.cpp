@@ -1,13 +1,16 @@
-#include "platform/Surroundings.h"
+#include "platform/ThisProcess.h"
 
 #include <fcntl.h>
 #include <io.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
+#include <limits>
 
+#include "platform/Processes_win.h"
 #include "platform/Windows_win.h"
 
 namespace platform {
@@ -86,12 +89,67 @@ void ShowUtf8()
 
 }  // namespace
 
-void SettleSurroundings()
+void PrepareProcess()
 {
     OpenNoDialogs();
     FillStandardStreams();
     CarryBytes();
     ShowUtf8();
 }
+
+int OnDeepStack(const std::function<int()>& work) { return work(); }
+
+namespace {
+
+std::atomic<int> count{0};
+HANDLE wakeUp = nullptr;  // never closed
+
+// Called in a thread of its own.
+BOOL WINAPI Count(DWORD request)
+{
+    ++count;
+    if (wakeUp) SetEvent(wakeUp);
+    // These end the process as soon as this returns, and after a time that the system knows even if it does not:
+    // until then the run may come to its end.
+    if (request == CTRL_CLOSE_EVENT || request == CTRL_LOGOFF_EVENT || request == CTRL_SHUTDOWN_EVENT)
+        Sleep(INFINITE);
+    return TRUE;
+}
+
+}  // namespace
+
+void CountInterrupts()
+{
+    if (wakeUp) return;
+    // Without an event the requests still count; only the waits do not end early.
+    wakeUp = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    SetConsoleCtrlHandler(&Count, TRUE);
+}
+
+int Interrupts() { return count; }
+
+HANDLE InterruptEvent() { return wakeUp; }
+
+void ForgetInterruptWakeUps()
+{
+    if (wakeUp) ResetEvent(wakeUp);
+}
+
+std::optional<MemoryStatus> GlobalMemoryStatus()
+{
+    MEMORYSTATUSEX found;
+    found.dwLength = sizeof found;
+    if (!GlobalMemoryStatusEx(&found)) return std::nullopt;
+    return MemoryStatus{.totalPhysical = found.ullTotalPhys,
+                        .availablePhysical = found.ullAvailPhys,
+                        .totalVirtual = found.ullTotalVirtual,
+                        .availableVirtual = found.ullAvailVirtual,
+                        .totalPageFile = found.ullTotalPageFile,
+                        .availablePageFile = found.ullAvailPageFile,
+                        .loadPercent = found.dwMemoryLoad};
+}
+
+/// Pipes and files of workers are handles, of which there are as many as memory holds.
+std::uint64_t MakeRoomForOpenFiles(std::uint64_t) { return std::numeric_limits<std::uint64_t>::max(); }
 
 }  // namespace platform

@@ -1,6 +1,10 @@
-#include "platform/StandardPath.h"
+#include "platform/NarrowText.h"
 
 namespace platform {
+
+std::string Utf8FromNarrow(std::string_view narrow) { return std::string(narrow); }
+
+std::string NarrowFromUtf8(std::string_view utf8) { return std::string(utf8); }
 
 std::filesystem::path StandardPath(const std::string& path) { return path; }
 

@@ -1,4 +1,4 @@
-#include "platform/CodePage.h"
+#include "platform/NarrowText.h"
 
 #include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
@@ -32,5 +32,9 @@ std::string NarrowFromUtf8(std::string_view utf8)
     MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), static_cast<int>(wide.size()));
     return NarrowText(wide);
 }
+
+std::filesystem::path StandardPath(const std::string& path) { return WideText(path); }
+
+std::string TextOf(const std::filesystem::path& path) { return NarrowText(path.native()); }
 
 }  // namespace platform

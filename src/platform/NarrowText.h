@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -13,5 +14,10 @@ namespace platform {
 /// its name.
 std::string Utf8FromNarrow(std::string_view narrow);
 std::string NarrowFromUtf8(std::string_view utf8);
+
+// Paths as the standard library has them: it takes narrow text on Windows for something else than the code page.
+
+std::filesystem::path StandardPath(const std::string& path);
+std::string TextOf(const std::filesystem::path& path);
 
 }  // namespace platform

@@ -1,4 +1,4 @@
-#include "platform/LogFile.h"
+#include "platform/HeldFiles.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -9,8 +9,36 @@
 
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
+#include "platform/FileSteps.h"
+#include "platform/Processes_posix.h"
 
 namespace platform {
+
+FileResult CAppendFile::Open(const std::string& path)
+{
+    constexpr unsigned kOwnerOnly = 0600;
+    Close();
+    CDescriptor file(calls::Open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
+    if (!file.Valid()) return {errno};
+    struct stat status;
+    if (calls::StatusOf(file.Get(), status) != 0) return {errno};
+    if (!S_ISREG(status.st_mode)) return {EINVAL};
+    if (status.st_size == 0) {
+        if (const auto flushed = FlushFolderOf(path); !flushed) return flushed;
+    }
+    m_file = COpenFile(file.Release());
+    return {};
+}
+
+FileResult CAppendFile::Write(std::string_view bytes) { return WriteAll(static_cast<int>(m_file.Get()), bytes); }
+
+FileResult CAppendFile::Flush() { return {calls::FlushData(static_cast<int>(m_file.Get())) == 0 ? 0 : errno}; }
+
+FileResult CAppendFile::Truncate(std::uint64_t length)
+{
+    return {calls::Truncate(static_cast<int>(m_file.Get()), static_cast<off_t>(length)) == 0 ? 0 : errno};
+}
+
 namespace {
 
 FileResult Claim(int descriptor)
@@ -64,5 +92,20 @@ bool CLogFile::SeekEnd() { return IsOpen() && lseek(static_cast<int>(m_file.Get(
 bool CLogFile::Truncate() { return IsOpen() && calls::Truncate(static_cast<int>(m_file.Get()), 0) == 0; }
 
 bool CLogFile::Flush() { return IsOpen() && FlushDescriptor(static_cast<int>(m_file.Get())).Ok(); }
+
+FileResult CFileLock::TryLock(const std::string& path)
+{
+    constexpr unsigned kOwnerOnly = 0600;
+    *this = CFileLock();
+    CDescriptor file(calls::Open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
+    if (!file.Valid()) return {errno};
+    if (calls::Lock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
+        const bool without = errno == ENOLCK || errno == ENOSYS || errno == ENOTSUP || errno == EINVAL;
+        if (!without) return {errno};
+    }
+    // A child cannot inherit it in the place of a standard stream.
+    m_file = COpenFile(AboveStandardStreams(file.Release()));
+    return {IsLocked() ? 0 : errno};
+}
 
 }  // namespace platform

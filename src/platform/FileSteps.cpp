@@ -1,4 +1,4 @@
-#include "platform/WatchedActs.h"
+#include "platform/FileSteps.h"
 
 #include "platform/FileProblem.h"
 

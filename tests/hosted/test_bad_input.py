@@ -1,7 +1,6 @@
 """Bad sequences and bad documents: each ends in a clear line that names the file, the run goes on, nothing is lost."""
 import os
 import unittest
-from pathlib import Path
 
 from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items, tool
 
@@ -38,46 +37,23 @@ class BadSequences(unittest.TestCase):
 
     def test_unusable_sequence_files_are_named_and_nothing_is_processed(self):
         nested = "<Items name='a'>" * 150 + "</Items>" * 150
-        bombs = '<!DOCTYPE x [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;">]>'
-        rows = {
-            "empty.sequ": b"",
-            "garbage.sequ": os.urandom(5000),
-            "zeros.sequ": bytes(100000),
-            "truncated.sequ": workflow(STEP)[:-20],
-            "other root.sequ": workflow(STEP, "workflow"),
-            "no group.sequ": workflow(""),
-            "empty group.sequ": workflow('<Group label="a"></Group>'),
-            "deep.sequ": workflow(f'<Group><Command name="X">{nested}</Command></Group>'),
-            "entities.sequ": b'<?xml version="1.0"?>' + bombs.encode() + workflow(STEP)[38:],
-            "name that no cab takes.sequ": workflow(STEP.replace('name="a"', 'name="größe"')),
-            "damaged host form.sequ": None,
-        }
-        good = self.place.host_sequence("good.sequ", [("cab", "Commands", ""), ("cab", "Input", ""), ("cab", "Output", "")])
-        rows["damaged host form.sequ"] = good.read_bytes()[:-3]
+        parts = ["Commands", "Input", "Output"]
+        good = self.place.host_sequence("good.sequ", [("cab", part, "") for part in parts]).read_bytes()
+        rows = {"garbage": os.urandom(5000), "truncated": workflow(STEP)[:-20], "empty group": workflow('<Group label="a"></Group>'),
+                "deep": workflow(f'<Group><Command name="X">{nested}</Command></Group>'),
+                "name that no cab takes": workflow(STEP.replace('name="a"', 'name="größe"')), "damaged host form": good[:-3]}
+        for missing in parts:
+            path = self.place.host_sequence("x.sequ", [("cab", part, "") for part in parts if part != missing])
+            rows["no " + missing] = path.read_bytes()
         for name, content in rows.items():
             with self.subTest(name):
-                path = self.place.root / name
+                path = self.place.root / (name + ".sequ")
                 path.write_bytes(content)
                 outcome = self.place.run_folder(path, final=3)
                 self.assertEqual(outcome.code, 1, outcome)
-                self.assertEqual(outcome.values("Error reading sequence file"), [str(path)], outcome)
+                self.assertEqual(outcome.values("Error reading sequence file"), [] if name[:3] == "no " else [str(path)], outcome)
                 self.assertTrue((self.place.input / "a.pdf").exists())
-                self.assertEqual(outcome.lines[-1].split(" ")[0], "Software", outcome)
-
-    def test_a_missing_sequence_and_a_folder_instead_of_one(self):
-        for path in (self.place.root / "missing.sequ", self.place.input):
-            outcome = self.place.run_folder(path)
-            self.assertEqual(outcome.code, 1, outcome)
-            self.assertTrue(outcome.values("Error reading sequence file"), outcome)
-
-    def test_a_host_form_sequence_needs_its_three_parts(self):
-        parts = ["Commands", "Input", "Output"]
-        for missing in parts:
-            with self.subTest(missing):
-                path = self.place.host_sequence("x.sequ", [("cab", part, "") for part in parts if part != missing])
-                outcome = self.place.run_folder(path, final=3)
-                self.assertEqual(outcome.code, 1, outcome)
-                self.assertTrue((self.place.input / "a.pdf").exists())
+                self.assertTrue(outcome.lines[-1].startswith("Software "), outcome)
 
     def test_nothing_scheduled_ends_at_once_and_says_so(self):
         outcome = self.place.run({})
@@ -85,13 +61,6 @@ class BadSequences(unittest.TestCase):
         self.assertIn("nothing", outcome.errors.lower(), outcome)
         self.assertTrue(outcome.has("No sequence file specified"), outcome)
 
-    def test_unknown_steps_are_skipped_and_counted_as_not_fine(self):
-        sequence = self.place.sequence("x.sequ", [("NoSuchStep", {}), ("WatermarkCmd", {}), (SAVE, save_items())])
-        outcome = self.place.run_folder(sequence)
-        self.assertEqual(outcome.code, 3, outcome)
-        self.assertTrue(outcome.has("Skipping command because it is not available"), outcome)
-        self.assertTrue(outcome.has("Trying to load alternative command"), outcome)
-        self.assertEqual(page_count(self.place.output / "a.pdf"), 1)
 
 
 class BadDocuments(unittest.TestCase):
@@ -112,15 +81,14 @@ class BadDocuments(unittest.TestCase):
             (self.place.input / name).write_bytes(good)
         for name, content in bad.items():
             (self.place.input / name).write_bytes(content)
-        encrypted = self.place.input / "locked.pdf"
-        plain = self.place.root / "plain.pdf"
-        plain.write_bytes(good)
-        tool("qpdf", "--encrypt", "secret", "owner", "256", "--", plain, encrypted)
-        bad["locked.pdf"] = encrypted.read_bytes()
+        locked = self.place.input / "locked.pdf"
+        locked.write_bytes(good)
+        tool("qpdf", "--encrypt", "secret", "owner", "256", "--", "--replace-input", locked)
+        bad["locked.pdf"] = locked.read_bytes()
         os.mkfifo(self.place.input / "pipe.pdf")
         (self.place.input / "gone.pdf").symlink_to(self.place.root / "not there")
         (self.place.input / "folder.pdf").mkdir()
-        outcome = self.place.run_folder(self.sequence, final=3)
+        outcome = self.place.run_folder(self.sequence, final=3, arguments=["--verbose"])
         self.assertEqual(outcome.code, 3, outcome)
         for name in names:
             self.assertEqual(page_count(self.place.output / name, "open sesame"), 3, name)
@@ -130,7 +98,11 @@ class BadDocuments(unittest.TestCase):
             self.assertFalse((self.place.output / name).exists(), name)
             self.assertTrue(any(name in line for line in outcome.errors.splitlines()), f"{name} is not reported\n{outcome}")
         self.assertEqual(len(outcome.values("File is deleted")), len(names), outcome)
-        self.assertEqual(sorted(p.name for p in self.place.output.iterdir()), sorted(names))
+        self.assertEqual(self.place.names(self.place.output), sorted(names))
+        settings = self.place.log.with_name("Ferrule.cfs")
+        self.assertEqual(settings.stat().st_mode & 0o777, 0o600)
+        for secret in (b"open sesame", b"owner secret"):
+            self.assertNotIn(secret, outcome.raw_log + outcome.errors.encode() + settings.read_bytes())
 
     def test_bookmarks_that_nest_very_deep_do_not_end_the_host(self):
         for name, next_one in (("below.pdf", False), ("beside.pdf", True)):
@@ -139,16 +111,6 @@ class BadDocuments(unittest.TestCase):
         self.assertEqual(outcome.code, 0, outcome)
         for path in self.place.input.iterdir():
             self.assertEqual(page_count(self.place.output / path.name, "open sesame"), 1, path)
-
-    def test_an_unreadable_document(self):
-        if os.geteuid() == 0:
-            self.skipTest("the superuser can read everything")
-        path = self.place.input / "mine.pdf"
-        path.write_bytes(minimal_pdf())
-        path.chmod(0)
-        outcome = self.place.run_folder(self.sequence, final=3)
-        self.assertEqual(outcome.code, 3, outcome)
-        self.assertTrue(path.exists())
 
     def test_a_long_path_hides_no_reason(self):
         deep = self.place.input
@@ -166,41 +128,6 @@ class BadDocuments(unittest.TestCase):
             self.assertRegex(text, r"needs a password; .* --password-file \(\S+\.\.\.\S+/locked\.pdf\)")
             self.assertRegex(text, r"is damaged beyond repair: [a-z ,]+ \([^()]+\) \(\S+\.\.\.\S+/damaged\.pdf\)")
 
-    def test_a_password_the_encryption_cannot_express_is_never_dropped(self):
-        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
-        sequence = self.place.sequence("p.sequ", [(PROTECT, protect_items(2, "密码")), (SAVE, save_items())])
-        outcome = self.place.run_folder(sequence, final=3)
-        self.assertEqual(outcome.code, 3, outcome)
-        self.assertEqual(list(self.place.output.iterdir()), [], outcome)
-        self.assertIn("characters that this encryption cannot express", outcome.errors, outcome)
-        self.assertTrue((self.place.input / "a.pdf").exists())
-
-    def test_passwords_are_in_no_log_and_in_no_message(self):
-        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
-        (self.place.input / "b.pdf").write_bytes(b"broken")
-        outcome = self.place.run_folder(self.sequence, arguments=["--verbose"])
-        for secret in ("open sesame", "owner secret"):
-            self.assertNotIn(secret, outcome.errors)
-            self.assertNotIn(secret.encode(), outcome.raw_log)
-        settings = (self.place.root / "config" / "Quillon" / "Ferrule" / "Ferrule.cfs")
-        self.assertEqual(settings.stat().st_mode & 0o777, 0o600)
-        self.assertNotIn(b"open sesame", settings.read_bytes())
-
-    def test_two_protect_steps_with_different_passwords_both_act(self):
-        (self.place.input / "a.pdf").write_bytes(minimal_pdf())
-        first, second = self.place.root / "first", self.place.root / "second"
-        for path in (first, second):
-            path.mkdir()
-        sequence = self.place.sequence("two.sequ", [
-            (PROTECT, protect_items(3, "one", "owner")), (SAVE, save_items("WorkflowPlaybackSaveInAFolder")),
-            (PROTECT, protect_items(2, "two", "owner")),
-            (SAVE, save_items("WorkflowPlaybackSaveInAFolder", AddToBaseName=("boolean", "true"),
-                              InsertAfterBaseName=("text", " two")))])
-        outcome = self.place.run_folder(sequence)
-        self.assertEqual(outcome.code, 0, outcome)
-        self.assertEqual(page_count(self.place.output / "a.pdf", "one"), 1, outcome)
-        self.assertEqual(page_count(self.place.output / "a two.pdf", "two"), 1, outcome)
-
     def test_the_output_folder_may_be_inside_the_input_folder_or_the_same(self):
         (self.place.input / "a.pdf").write_bytes(minimal_pdf())
         inside = self.place.input / "results"
@@ -210,10 +137,8 @@ class BadDocuments(unittest.TestCase):
         self.assertEqual(page_count(inside / "a.pdf", "open sesame"), 1)
         (inside / "a.pdf").unlink()
         outcome = self.place.run_folder(self.sequence, FERRULEALTOUTPUTPATH=str(self.place.input))
-        found = sorted(p.name for p in self.place.input.iterdir() if p.is_file())
-        self.assertEqual(outcome.code, 0, outcome)
-        self.assertTrue(all(page_count(self.place.input / n, "open sesame") or page_count(self.place.input / n)
-                            for n in found), found)
+        self.assertEqual((outcome.code, self.place.names(self.place.input)), (0, ["a (1).pdf", "a.pdf", "results"]), outcome)
+        self.assertEqual(page_count(self.place.input / "a (1).pdf", "open sesame"), 1)
 
     def test_many_inputs_cost_no_more_than_in_proportion(self):
         # The list of inputs alone: the files are no documents, so that each fails at once.

@@ -2,13 +2,10 @@
 import itertools
 import os
 import unittest
-from pathlib import Path
 
 from test_output_rules import host_sequence
-from unattended import HOST, PROTECT, SAVE, Workplace, minimal_pdf, page_count, save_items, text_of
+from unattended import FOREIGN, HOST, PROTECT, SAVE, Workplace, minimal_pdf, page_count, save_items, text_of
 
-PLUG_INS = ("--plugin", os.environ.get("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),
-            "--plugin", os.environ.get("FERRULE_FOREIGN_STEPS", "build/release/tests/hosted/ForeignSteps.api"))
 FINE, BROKEN, SOME_FAILED = 0, 1, 3
 NAMES = ["a.pdf", "b.pdf"]
 
@@ -82,7 +79,7 @@ class ForeignSteps(unittest.TestCase):
         commands = [(step, {}) for step in steps] + [(SAVE, save_items())]
         more.setdefault("FOREIGN_STEPS_FILE", self.place.root / "step.tmp")
         return self.place.run_folder(self.place.sequence("x.sequ", commands), final,
-                                     arguments=(*PLUG_INS, *arguments), FOREIGN_STEPS_TRACE=self.trace, **more)
+                                     arguments=(*FOREIGN, *arguments), FOREIGN_STEPS_TRACE=self.trace, **more)
 
     def traced(self):
         return [line.split(" ") for line in self.trace.read_text().splitlines()]
@@ -93,8 +90,8 @@ class ForeignSteps(unittest.TestCase):
         for line in lines:
             found = sum(entry.strip("\t").startswith(line.strip("\t")) for entry in outcome.lines)
             self.assertGreaterEqual(found, 1 if any(word in line for word in ONCE) else len(NAMES), f"{line}\n{outcome}")
-        self.assertEqual(sorted(p.name for p in self.place.output.iterdir()), NAMES if written else [], outcome)
-        self.assertEqual(sorted(p.name for p in self.place.input.iterdir()), [] if written else NAMES, outcome)
+        self.assertEqual(self.place.names(self.place.output), NAMES if written else [], outcome)
+        self.assertEqual(self.place.names(self.place.input), [] if written else NAMES, outcome)
         for name in NAMES:
             result = (self.place.output if written else self.place.input) / name
             self.assertEqual(page_count(result), 1, outcome)
@@ -129,13 +126,6 @@ class ForeignSteps(unittest.TestCase):
                      [second, "Destroy"]])
         self.assertEqual([call for call in self.traced() if call[0] in (first, second) and call[1] in stages], expected)
 
-    def test_a_raise_ends_the_steps_of_its_file_only(self):
-        outcome = self.run_steps("T:Plain", "T:RaiseInWork", "T:Other")
-        self.assertEqual(self.traced().count(["T:Plain", "Work"]), 2, outcome)
-        self.assertEqual(self.traced().count(["T:Other", "Work"]), 0, outcome)
-        self.assertEqual(len(outcome.values("Opening input document")), 2, outcome)
-        self.assertIn(["T:Plain", "PostflightSequence"], self.traced())
-
     def test_the_first_reason_of_an_outcome_stays(self):
         rows = [(("T:ErrorInWork", "T:CancelInWork"), "T:ErrorInWork", "T:CancelInWork"),
                 (("T:CancelInWork", "NoSuchStep", "T:ErrorInWork"), "T:CancelInWork", "NoSuchStep"),
@@ -153,9 +143,8 @@ class ForeignSteps(unittest.TestCase):
         engine = {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}
         source = self.place.input / "a.pdf"
         os.remove(self.place.input / "b.pdf")
-        for arrives, final, save in [*itertools.product((True, False), (2, 3, 4, 6, 7), ("folder",)),
-                                     *itertools.product((True, False), (0, 3), ("step in place", "engine in place")),
-                                     (True, 8, "folder")]:
+        for arrives, final, save in [*itertools.product((True, False), (2, 3, 4, 6, 7), ("folder",)), (True, 8, "folder"),
+                                     *itertools.product((True, False), (0, 3), ("step in place", "engine in place"))]:
             with self.subTest(arrives=arrives, final=final, save=save):
                 source.write_bytes(minimal_pdf("a.pdf"))
                 steps = [("T:NewVersionArrives" if arrives else "T:Plain", {})]
@@ -165,7 +154,7 @@ class ForeignSteps(unittest.TestCase):
                     items = save_items() if save == "folder" else {}
                     sequence = self.place.sequence("x.sequ", [*steps, (SAVE, items)])
                 outcome = self.place.run_folder(sequence, final, "renamed.pdf" if final == 4 else self.place.done,
-                                                arguments=PLUG_INS, output=save == "folder",
+                                                arguments=FOREIGN, output=save == "folder",
                                                 FOREIGN_STEPS_TRACE=self.trace, FOREIGN_STEPS_ARRIVES=source)
                 kept = arrives or final == 0
                 self.assertEqual(source.exists(), kept, outcome)
@@ -178,13 +167,11 @@ class ForeignSteps(unittest.TestCase):
                 else:
                     self.assertEqual(outcome.code, FINE, outcome)
                 self.assertEqual(page_count(self.place.output / "a.pdf"), 1 if save == "folder" else None, outcome)
-                for path in [*self.place.done.iterdir(), *self.place.output.iterdir(), *self.place.input.iterdir()]:
-                    path.unlink()
+                self.place.clear(self.place.done, self.place.output, self.place.input)
 
     def test_a_half_done_document_does_not_replace_its_input(self):
         """`ferrule run` after a failed step, by where the save step saves and not by the output folder that there is."""
         engine = {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}
-        program = os.environ.get("FERRULE_PROGRAM", str(Path(HOST).with_name("ferrule")))
         for step, save in itertools.product(("T:ErrorInWork", "T:Plain"), ("in place", "folder", "engine in place")):
             with self.subTest(step=step, save=save):
                 self.doCleanups()
@@ -193,10 +180,9 @@ class ForeignSteps(unittest.TestCase):
                             self.place.sequence("x.sequ", [(step, {}), (SAVE, save_items() if save == "folder" else {})]))
                 outcome = self.place.run({"FOREIGN_STEPS_TRACE": self.trace}, [
                     "run", sequence, "--input", self.place.input, "--output", self.place.output, "--allow-in-place",
-                    *PLUG_INS], program=program)
+                    *FOREIGN], program=HOST.with_name("ferrule"))
                 self.assertEqual(outcome.code, SOME_FAILED if step == "T:ErrorInWork" else FINE, outcome)
-                written = [path.name for path in self.place.output.iterdir()]
-                self.assertEqual(sorted(written), NAMES if save == "folder" else [], outcome)
+                self.assertEqual(self.place.names(self.place.output), NAMES if save == "folder" else [], outcome)
                 for name in NAMES:
                     same = (self.place.input / name).read_bytes() == minimal_pdf(name)
                     self.assertEqual(same, save == "folder" or step == "T:ErrorInWork", outcome)
@@ -212,14 +198,14 @@ class ForeignSteps(unittest.TestCase):
                 commands = [(step, {}), ("T:Other", {})]
                 sequence = (self.place.sequence("x.sequ", [*commands, (SAVE, save_items())]) if save == "save step" else
                             host_sequence(self.place, saves[save], commands=commands))
-                outcome = self.place.run_folder(sequence, 3, arguments=PLUG_INS, FOREIGN_STEPS_TRACE=self.trace,
+                outcome = self.place.run_folder(sequence, 3, arguments=FOREIGN, FOREIGN_STEPS_TRACE=self.trace,
                                                 FOREIGN_STEPS_REPLACED=step, FOREIGN_STEPS_BY=way)
                 if way == "T:Plain":
                     self.assertEqual((outcome.code, len(list(self.place.input.iterdir()))), (FINE, 0), outcome)
                     continue
                 self.assertEqual(outcome.code, SOME_FAILED, outcome)
                 self.assertEqual(list(self.place.output.iterdir()), [], outcome)
-                self.assertEqual(sorted(p.name for p in self.place.input.iterdir()), NAMES, outcome)
+                self.assertEqual(self.place.names(self.place.input), NAMES, outcome)
                 for name in NAMES:
                     self.assertEqual((self.place.input / name).read_bytes(), minimal_pdf(name), outcome)
                 self.assertIn("failed", outcome.errors)
@@ -230,15 +216,12 @@ class ForeignSteps(unittest.TestCase):
         self.assertEqual(outcome.code, FINE, outcome)
         self.assertEqual(outcome.values("Saving temporary file as"), [str(self.place.input / name) for name in NAMES])
         for folder in (self.place.input, self.place.output):
-            self.assertEqual(sorted(p.name for p in folder.iterdir()), NAMES, outcome)
+            self.assertEqual(self.place.names(folder), NAMES, outcome)
             for name in NAMES:
                 self.assertIn(name.encode(), text_of(folder / name), outcome)
-
-    def test_only_lower_case_tmp_is_a_temporary_file(self):
         outcome = self.run_steps("T:ContinuesInTmp", final=0, FOREIGN_STEPS_FILE=self.place.root / "step.TMP")
-        self.assertEqual(outcome.values("Saving temporary file as"), [], outcome)
-        for name in NAMES:
-            self.assertEqual((self.place.input / name).read_bytes(), minimal_pdf(name), outcome)
+        self.assertEqual(outcome.values("Saving temporary file as"), [], "only lower case means a temporary file")
+
 
 
 if __name__ == "__main__":

@@ -5,8 +5,7 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <map>
 
 #include "openhost/commands/Commands.h"
 #include "openhost/core/Memory.h"
@@ -38,35 +37,22 @@ const char kSequence[] =
 <Item name="DocSaveDestType" type="string" value="WorkflowPlaybackSave"/></Items></Command>
 </Group></Workflow>)";
 
-void WriteFile(const fs::path& path, const std::string& text)
-{
-    std::ofstream file(path, std::ios::binary);
-    file << text;
-    ASSERT_TRUE(file.flush()) << path;
-}
-
 /// A place with two inputs and a sequence that protects and saves them; the environment says to run it.
 struct Scene {
     CTemporaryFolder folder;
-    fs::path input, output, settings;
+    const fs::path input = folder.MakeFolder("in"), output = folder.MakeFolder("out");
 
-    Scene() : input(folder / "in"), output(folder / "out"), settings(folder.Path())
+    Scene()
     {
-        for (const auto& path : {input, output}) fs::create_directory(path);
         for (const char* name : {"a.pdf", "b.pdf"}) fs::copy_file(FERRULE_SAMPLE_PDF, input / name);
-        const fs::path sequence = folder / "s.sequ";
-        WriteFile(sequence, kSequence);
-        const std::pair<const char*, std::string> variables[] = {{"FERRULESEQU", sequence},
-                                                                 {"FERRULEALTPATH", input},
-                                                                 {"FERRULEALTOUTPUTPATH", output},
-                                                                 {"FERRULENOPROGRESS", "yes"},
-                                                                 {"FERRULEFINAL", "0"},
-                                                                 {"FERRULEDEST", ""},
-                                                                 {"XDG_CONFIG_HOME", settings / "c"},
-                                                                 {"FERRULEFILEEXT", ""},
-                                                                 {"FERRULENOSUBFOLDERS", ""},
-                                                                 {"EXECUTEINSTEPS", ""}};
-        for (const auto& [name, value] : variables) setenv(name, value.c_str(), 1);
+        for (const char* name : {"FERRULEDEST", "FERRULEFILEEXT", "FERRULENOSUBFOLDERS", "EXECUTEINSTEPS"})
+            SetVariable(name, "");
+        SetVariable("FERRULESEQU", folder.Write("s.sequ", kSequence));
+        SetVariable("FERRULEALTPATH", input);
+        SetVariable("FERRULEALTOUTPUTPATH", output);
+        SetVariable("FERRULENOPROGRESS", "yes");
+        SetVariable("FERRULEFINAL", "0");
+        SetVariable("XDG_CONFIG_HOME", folder / "c");
     }
 
     /// The inputs are whole and the output folder holds finished documents only, each of them protected.
@@ -84,30 +70,19 @@ struct Scene {
     }
 };
 
-struct Counts {
-    std::size_t documents = 0, cabs = 0, texts = 0, paths = 0, files = 0, streams = 0, commands = 0;
+using Counts = std::map<std::string, std::size_t>;
 
-    static Counts Now()
-    {
-        return {Part<CDocuments>().Live(), LiveCabs(), LiveTexts(), LivePaths(), LiveFiles(), LiveStreams(),
-                Part<CCommands>().Live()};
-    }
-    std::string MoreThan(const Counts& other) const
-    {
-        std::ostringstream text;
-        const auto say = [&](const char* what, std::size_t mine, std::size_t theirs) {
-            if (mine > theirs) text << ' ' << mine - theirs << ' ' << what;
-        };
-        say("documents", documents, other.documents);
-        say("cabs", cabs, other.cabs);
-        say("texts", texts, other.texts);
-        say("paths", paths, other.paths);
-        say("files", files, other.files);
-        say("streams", streams, other.streams);
-        say("commands", commands, other.commands);
-        return text.str();
-    }
-};
+Counts CountsNow()
+{
+    return {{"documents", Part<CDocuments>().Live()},
+            {"cabs", LiveCabs()},
+            {"texts", LiveTexts()},
+            {"paths", LivePaths()},
+            {"files", LiveFiles()},
+            {"streams", LiveStreams()},
+            {"commands", Part<CCommands>().Live()},
+            {"exception frames", Part<CFrames>().Depth()}};
+}
 
 /// One life of a host in which call number `raiseOn` raises. Answers what was left open after the run, compared with
 /// before it, and how many frames remained.
@@ -126,10 +101,10 @@ std::string RunOnce(int raiseOn, bool& raised)
     {
         COpenHost host(options);
         const bool up = host.StartUp();
-        const Counts before = Counts::Now();
+        const Counts before = CountsNow();
         if (up) host.Run();
-        left = Counts::Now().MoreThan(before);
-        if (Part<CFrames>().Depth() != 0) left += " exception frames";
+        for (const auto& [what, count] : CountsNow())
+            if (count > before.at(what)) left += ' ' + std::to_string(count - before.at(what)) + ' ' + what;
         raised = gate.Raised();
         gate.RaiseOnCall(0);
         host.ShutDown();

@@ -47,7 +47,10 @@ protected:
     {
         if (ledger.Ask(Act::Delete, file, "") == Answer::Go) fs::remove(file);
     }
-    FileRecord Done(FileOutcome outcome = FileOutcome::Saved) { return ledger.FileDone("/another/name", outcome, "told"); }
+    FileRecord Done(FileOutcome outcome = FileOutcome::Saved)
+    {
+        return ledger.FileDone("/another/name", outcome, "told");
+    }
 
     std::string Name(const std::string& path) const
     {
@@ -153,7 +156,7 @@ TEST_F(Ledger, KeepsTheHashOfTheInputThatIsReplacedByItsOutput)
 
 TEST_F(Ledger, KnowsInputsThatNobodyAnnounced)
 {
-    const std::string in = folder.Write("in", "one"), other = folder.Write("other", "two");
+    const std::string in = folder.Write("in", "one"), other = folder.Write("other", "two"), link = folder / "link";
     Put(folder.Write(".t", "two"), in);  // in place
     const auto done = [&](const std::string& path) {
         const FileRecord record = ledger.FileDone(path, FileOutcome::Saved, "");
@@ -163,25 +166,24 @@ TEST_F(Ledger, KnowsInputsThatNobodyAnnounced)
     Delete(other);
     EXPECT_EQ(done(other).substr(0, 14), "2: other two 3");
     EXPECT_EQ(done(folder / "missing"), "3: missing  0");
+    if (!kHasLinks) return;
+    fs::create_symlink(in, link);
+    Put(folder.Write(".t", "longer"), in);
+    EXPECT_EQ(ledger.FileDone(link, FileOutcome::Saved, "").size, 3u) << "of the file that the link led to";
 }
 
-TEST_F(Ledger, AFinalActionThatNeverCameToAnActFailedOnlyWhenTheFileSaysSo)
+TEST_F(Ledger, AFinalActionThatNeverCameToAnActOrOnlyHalfWayFailedWhenTheFileSaysSo)
 {
     for (const FileOutcome outcome : {FileOutcome::Saved, FileOutcome::Incomplete}) {
         Begin(folder.Write("in", "one"));
         ledger.FinalActionBegins();
         EXPECT_EQ(Shown(Done(outcome)), outcome == FileOutcome::Saved ? "in one 3" : "in one 3 !   failed");
     }
-}
-
-TEST_F(Ledger, AMoveInTwoHalvesIsOneMove)
-{
-    const std::string in = folder.Write("in", "one");
-    Begin(in);
+    Begin(folder / "in");
     ledger.FinalActionBegins();
     Put(folder.Write(".t", "one"), folder / "to");
-    ledger.Ask(Act::Delete, in, "");
-    EXPECT_EQ(Shown(Done(FileOutcome::Incomplete)), "in one 3 ! move to failed") << "the second half failed";
+    ledger.Ask(Act::Delete, folder / "in", "");
+    EXPECT_EQ(Shown(Done(FileOutcome::Incomplete)), "in one 3 ! move to failed") << "one move in two halves";
 }
 
 TEST_F(Ledger, TrialsAreRecordedAsIfTheyHadHappened)

@@ -1,6 +1,6 @@
 #include "platform/Handle_win.h"
 #include "platform/WideText_win.h"
-#include "unit/openhost_values/FilesHost.h"
+#include "unit/openhost_values/ValuesHost.h"
 
 namespace {
 
@@ -15,29 +15,6 @@ std::wstring MakeFile(const std::string& path, DWORD attributes = FILE_ATTRIBUTE
     DWORD done = 0;
     EXPECT_TRUE(made.Valid() && WriteFile(made.Get(), "12345", 5, &done, nullptr)) << path;
     return wide;
-}
-
-TEST_F(Files, NamesThatOnlyTheExtendedFormReachesAreReadAndWritten)
-{
-    std::string deep = folder.Path();
-    for (int level = 0; level < 4; ++level) deep += "\\" + std::string(100, static_cast<char>('a' + level));
-    const OwnPath whole = Path(deep);
-    EXPECT_EQ(SUPPORT(ASFileSysCreateFolder)(nullptr, whole, 1), 0);
-    EXPECT_GT(SUPPORT(ASFileSysGetStorageFreeSpace64)(nullptr, whole), 0u);
-    const std::string names[] = {"a.pdf", "dots...", "blank ", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80.pdf"};
-    for (const std::string& name : names) {
-        const std::string path = deep + "\\" + name;
-        const ASFile file = Opened(path, kRead | kCreate);
-        EXPECT_EQ(SUPPORT(ASFileWrite)(file, "123", 3), 3) << name;
-        EXPECT_EQ(SUPPORT(ASFileHardFlush)(file), 0) << name;
-        EXPECT_EQ(SUPPORT(ASFileClose)(file), 0) << name;
-        EXPECT_EQ(Properties(path).fileSize, 3u) << name;
-        const OwnPath gone = Path(path);
-        EXPECT_EQ(SUPPORT(ASFileSysRemoveFile)(nullptr, gone), 0) << name;
-        EXPECT_FALSE(Properties(path).isThere) << name;
-    }
-    for (std::string path = deep; path.size() > folder.Path().size(); path.resize(path.rfind('\\')))
-        EXPECT_TRUE(RemoveDirectoryW(platform::WidePath(path).c_str())) << path;
 }
 
 TEST_F(Files, DevicesAndPipesAreNoFiles)

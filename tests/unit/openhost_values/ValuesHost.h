@@ -16,6 +16,7 @@
 #include "openhost/values/Cabinet.h"
 #include "openhost/values/Slots.h"
 #include "openhost/values/Text.h"
+#include "support/TemporaryFolder.h"
 
 /// A host with its values and files; everything is called through the entries of the tables, as a plug-in does it.
 /// Each test must leave nothing alive.
@@ -84,3 +85,37 @@ ASErrorCode Raised(Work work)
 
 #define EXPECT_RAISES(code, ...) EXPECT_EQ(Raised([&] { __VA_ARGS__; }), code)
 #define EXPECT_REFUSED(...) EXPECT_RAISES(genErrBadParm, __VA_ARGS__)
+
+/// Files of the disk, opened the way a plug-in does it.
+class CFilesHost : public CValuesHost {
+protected:
+    static constexpr ASFileMode kRead = ASFILE_READ;
+    static constexpr ASFileMode kWrite = ASFILE_WRITE;
+    static constexpr ASFileMode kCreate = ASFILE_WRITE | ASFILE_CREATE;
+
+    static ASPathName Path(const std::string& native) { return openhost::NewPath(native); }
+    static ASErrorCode Open(const std::string& native, ASFileMode mode, ASFile* file)
+    {
+        const ASPathName path = Path(native);
+        const ASErrorCode failed = SUPPORT(ASFileSysOpenFile64)(nullptr, path, mode, file);
+        SUPPORT(ASFileSysReleasePath)(nullptr, path);
+        return failed;
+    }
+    static ASFile Opened(const std::string& native, ASFileMode mode)
+    {
+        ASFile file = nullptr;
+        EXPECT_EQ(Open(native, mode, &file), 0) << native;
+        return file;
+    }
+    /// When nothing is there, the record says so.
+    static ASFileSysItemPropsRec Properties(const std::string& native)
+    {
+        ASFileSysItemPropsRec props{};
+        props.size = sizeof props;
+        const ASPathName path = Path(native);
+        EXPECT_EQ(SUPPORT(ASFileSysGetItemProps)(nullptr, path, &props), 0);
+        SUPPORT(ASFileSysReleasePath)(nullptr, path);
+        return props;
+    }
+    CTemporaryFolder folder;
+};

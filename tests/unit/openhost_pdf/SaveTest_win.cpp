@@ -43,21 +43,6 @@ TEST_F(Save, AFileThatAnotherProgramHoldsStaysAndSoDoesTheDocument)
     }
 }
 
-TEST_F(Save, AReadOnlyFileIsNotReplaced)
-{
-    const std::string path = folder.Write("a.pdf", SamplePdf(1));
-    const std::wstring wide = platform::WidePath(path);
-    const std::string before = FileBytes(path);
-    SetFileAttributesW(wide.c_str(), FILE_ATTRIBUTE_READONLY);
-    CPdfDocument document = TitledDocument(path, "new");
-    EXPECT_EQ(ProblemOf([&] { document.Save({}); }), PdfProblem::NoAccess);
-    EXPECT_EQ(FileBytes(path), before);
-    EXPECT_NE(GetFileAttributesW(wide.c_str()) & FILE_ATTRIBUTE_READONLY, 0u);
-    SetFileAttributesW(wide.c_str(), FILE_ATTRIBUTE_NORMAL);
-    document.Save({});
-    EXPECT_EQ(TitleOf(path), "new");
-}
-
 TEST_F(Save, LongPathsAndUnusualNamesAreOpenedSavedAndReadForText)
 {
     std::string deep = folder.Path();

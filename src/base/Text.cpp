@@ -29,11 +29,6 @@ std::string TrimLeft(std::string_view text)
     return std::string(first == std::string_view::npos ? std::string_view() : text.substr(first));
 }
 
-std::string TrimRight(std::string_view text)
-{
-    return std::string(text.substr(0, text.find_last_not_of(kWhiteSpace) + 1));
-}
-
 std::string ToLowerAscii(std::string_view text)
 {
     std::string lower(text);

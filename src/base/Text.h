@@ -9,7 +9,6 @@
 
 std::string Trim(std::string_view text);
 std::string TrimLeft(std::string_view text);
-std::string TrimRight(std::string_view text);
 
 std::string ToLowerAscii(std::string_view text);
 std::string ToUpperAscii(std::string_view text);

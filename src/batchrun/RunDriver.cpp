@@ -3,7 +3,6 @@
 #include "base/Overseer.h"
 #include "batchrun/FinalAction.h"
 #include "common/Log.h"
-#include "common/Progress.h"
 #include "engine/InputState.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
@@ -68,15 +67,6 @@ std::optional<bool> CInputGuard::Exists(const std::string& path) const
 namespace {
 
 constexpr char kEndOfRun[] = "--------------------------------------------------------------------------------------";
-
-/// The monitor of a run; it shows nothing as long as there is no progress window to show.
-std::unique_ptr<CCustomMonitor> StartMonitor()
-{
-    auto monitor = std::make_unique<CCustomMonitor>();
-    monitor->Start(nullptr);
-    monitor->BeginOperation();
-    return monitor;
-}
 
 RunEnd EndOf(ExecutionEnd end)
 {
@@ -147,20 +137,16 @@ CRunDriver::Ending CRunDriver::RunLoaded(const RunSettings& settings, CSequence&
 {
     CLogWriter& log = m_services.log;
     log.NameValue("Processing batch sequence", settings.sequencePath, 1);
-    const std::unique_ptr<CCustomMonitor> monitor = settings.showProgress ? StartMonitor() : nullptr;
     m_executeInSteps = settings.executeInSteps;
     for (const std::string& extension : settings.execution.allowedExtensions.value_or(std::vector<std::string>()))
         log.NameValue("Allowed file extension", extension, 1);
     LogMissingProgram(settings, log);
 
-    const ExecutionResult result =
-        m_services.use ? m_services.use(settings, sequence) : RunFiles(settings, sequence, monitor.get());
-    if (monitor) monitor->EndOperation();
+    const ExecutionResult result = m_services.use ? m_services.use(settings, sequence) : RunFiles(settings, sequence);
     return {EndOf(result.end), result.message};
 }
 
-ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& sequence,
-                                     CProgressMonitorWrapper* monitor)
+ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& sequence)
 {
     CRunEvents& events = m_services.events;
     const ExecutorCallbacks callbacks{
@@ -173,7 +159,7 @@ ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& seq
         .fileDone = [&](const ProcessedFile& file) { events.FileDone(file); },
         .sequencePreflight = [&](bool begins) { events.SequencePreflight(begins); },
         .inputs = m_services.inputs};
-    return ::RunSequence(settings.execution, sequence, monitor, callbacks, m_services.log);
+    return ::RunSequence(settings.execution, sequence, nullptr, callbacks, m_services.log);
 }
 
 std::string CRunDriver::LeaveOutFinalAction(const char* because, const std::string& message)

@@ -51,7 +51,7 @@ private:
     Ending RunGuarded() noexcept;
     Ending Run();
     Ending RunLoaded(const RunSettings& settings, CSequence& sequence);
-    ExecutionResult RunFiles(const RunSettings& settings, CSequence& sequence, CProgressMonitorWrapper* monitor);
+    ExecutionResult RunFiles(const RunSettings& settings, CSequence& sequence);
     std::string ApplyFinalActionTo(const ProcessedFile& file, const RunSettings& settings);
     std::string LeaveOutFinalAction(const char* because, const std::string& message);
 

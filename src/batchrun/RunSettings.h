@@ -18,7 +18,6 @@ struct RunSettings {
     FinalAction finalAction = FinalAction::Nothing;
     std::string destination;
     bool executeInSteps = false;  // logged, without effect on the processing
-    bool showProgress = true;
     ExecutorSettings execution;
 };
 

@@ -41,5 +41,3 @@ bool CLogWriter::NameTime(std::string_view name, int indentTabs)
         FormatText("%02d/%02d/%d , %02d:%02d:%02d", now.day, now.month, now.year, now.hour, now.minute, now.second),
         indentTabs);
 }
-
-bool CLogWriter::Separator() { return Line(std::string(76, '-')); }

@@ -16,8 +16,6 @@ public:
     bool NameNumber(std::string_view name, long long number, int indentTabs);
     /// The current local time as the value, padded.
     bool NameTime(std::string_view name, int indentTabs);
-    /// 76 hyphens.
-    bool Separator();
 };
 
 /// The text with blanks in place of carriage returns, line feeds and NUL bytes.

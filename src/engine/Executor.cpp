@@ -33,7 +33,7 @@ private:
     CProgressMonitorWrapper& m_progress;
 };
 
-ExecutionResult NotStarted(std::string message) { return {ExecutionEnd::NotStarted, std::move(message), 0, {}}; }
+ExecutionResult NotStarted(std::string message) { return {ExecutionEnd::NotStarted, std::move(message)}; }
 
 bool MayActOnInput(FileOutcome outcome)
 {
@@ -41,7 +41,7 @@ bool MayActOnInput(FileOutcome outcome)
            outcome == FileOutcome::Incomplete;
 }
 
-void Finish(ProcessedFile& file, int number, const ExecutorCallbacks& callbacks, ExecutionResult& result)
+void Finish(ProcessedFile& file, const ExecutorCallbacks& callbacks)
 {
     if (MayActOnInput(file.outcome)) {
         const std::string problem = callbacks.finalAction(file);
@@ -49,10 +49,7 @@ void Finish(ProcessedFile& file, int number, const ExecutorCallbacks& callbacks,
             file.message += (file.message.empty() ? "" : " ") + problem;
             file.outcome = FileOutcome::Incomplete;
         }
-        ++result.filesProcessed;
     }
-    if (file.outcome != FileOutcome::Saved)
-        result.errors.Add({file.message, file.outcome != FileOutcome::CopiedUnchanged, FileName(file.path), number});
     callbacks.fileDone(file);
 }
 
@@ -71,12 +68,12 @@ void ProcessFiles(RunContext& run, CInputSource& inputs, const ExecutorCallbacks
         }
         if (input->finalActionOnly) {
             ProcessedFile file{.path = input->path};
-            Finish(file, input->number, callbacks, result);
+            Finish(file, callbacks);
             continue;
         }
         CFileRun fileRun(run, input->path, input->number);
         ProcessedFile file = fileRun.Process();
-        Finish(file, input->number, callbacks, result);
+        Finish(file, callbacks);
         if (!fileRun.StopReason().empty()) return Stop(result, fileRun.StopReason());
     }
 }
@@ -144,7 +141,7 @@ ExecutionResult RunSequence(const ExecutorSettings& settings, CSequence& sequenc
     callbacks.inputsFound(total);
     if (total == 0) return {};
 
-    CCustomMonitor silent;
+    CSilentProgress silent;
     CommandList commands;
     RunContext run{settings,
                    sequence,

@@ -1,7 +1,6 @@
 // Runs a sequence over its input files.
 #pragma once
 
-#include "common/ErrorReport.h"
 #include "engine/ExecutorSettings.h"
 #include "engine/ProcessedFile.h"
 #include "sequence/Sequence.h"
@@ -38,8 +37,6 @@ enum class ExecutionEnd {
 struct ExecutionResult {
     ExecutionEnd end = ExecutionEnd::Finished;
     std::string message;  // why it did not finish
-    int filesProcessed = 0;
-    CErrorReport errors;  // one entry for each file that did not come out as it should
 };
 
 /// Why the sequence cannot be run in this host, logged; empty when it can. Throws CHostException.

@@ -90,11 +90,6 @@ std::optional<std::string> CCabView::Binary(const char* key) const
     return std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
 }
 
-void* CCabView::Pointer(const char* key, const char* typeName) const
-{
-    return m_cab ? HostCall(HOST_SLOT(ASExtra, ASCabGetPointerRaw), m_cab, key, typeName) : nullptr;
-}
-
 CCabView CCabView::Cab(const char* key) const
 {
     return m_cab ? CCabView(HostCall(HOST_SLOT(ASExtra, ASCabGetCab), m_cab, key)) : CCabView();

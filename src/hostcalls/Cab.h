@@ -33,8 +33,7 @@ public:
     [[nodiscard]] std::optional<std::string> TextUtf8(const char* key) const;
     [[nodiscard]] std::optional<std::string> StringOrText(const char* key) const;
     [[nodiscard]] std::optional<std::string> Binary(const char* key) const;
-    [[nodiscard]] void* Pointer(const char* key, const char* typeName) const;  // null when absent
-    [[nodiscard]] CCabView Cab(const char* key) const;                         // a null view when absent
+    [[nodiscard]] CCabView Cab(const char* key) const;  // a null view when absent
 
     [[nodiscard]] bool Known(const char* key) const;           // true for null values too
     [[nodiscard]] ASCabValueType Type(const char* key) const;  // kASValueUnknown when absent

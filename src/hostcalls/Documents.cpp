@@ -45,29 +45,11 @@ int DocumentFlags(PDDoc document) { return HostCall(HOST_SLOT(PDModel, PDDocGetF
 
 void SetDocumentFlags(PDDoc document, int flags) { HostCall(HOST_SLOT(PDModel, PDDocSetFlags), document, flags); }
 
-void ClearDocumentFlags(PDDoc document, int flags) { HostCall(HOST_SLOT(PDModel, PDDocClearFlags), document, flags); }
-
 void SaveDocument(PDDoc document, int saveFlags, const std::optional<std::string>& path)
 {
     const CHostPath hostPath = path ? CHostPath::FromNative(*path) : CHostPath(nullptr);
     HostCall(HOST_SLOT(PDModel, PDDocSave), document, static_cast<PDSaveFlags>(saveFlags), hostPath.Get(), nullptr,
              nullptr, nullptr);
-}
-
-std::string DocumentInfo(PDDoc document, const char* key)
-{
-    const ASInt32 length = HostCall(HOST_SLOT(PDModel, PDDocGetInfo), document, key, nullptr, 0);
-    if (length <= 0) return {};
-    std::string bytes(static_cast<std::size_t>(length) + 2, '\0');  // room for an end of one or two zero bytes
-    const ASInt32 written =
-        HostCall(HOST_SLOT(PDModel, PDDocGetInfo), document, key, bytes.data(), static_cast<ASInt32>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(std::clamp(written, 0, length)));
-    return bytes;
-}
-
-void SetDocumentInfo(PDDoc document, const char* key, const std::string& bytes)
-{
-    HostCall(HOST_SLOT(PDModel, PDDocSetInfo), document, key, bytes.data(), static_cast<ASInt32>(bytes.size()));
 }
 
 bool PermissionGranted(PDDoc document, unsigned object, unsigned operation)

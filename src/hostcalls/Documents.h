@@ -44,15 +44,9 @@ private:
 /// The flag word: PDDocNeedsSave and its like.
 [[nodiscard]] int DocumentFlags(PDDoc document);
 void SetDocumentFlags(PDDoc document, int flags);
-void ClearDocumentFlags(PDDoc document, int flags);
 
 /// Saves with the host's flags (PDSaveFull and its like). Without a path the document's own file is written.
 void SaveDocument(PDDoc document, int saveFlags, const std::optional<std::string>& path);
-
-/// An entry of the information dictionary as bytes of a PDF string: PDFDocEncoding, or UTF-16BE behind FE FF. Empty
-/// when missing.
-[[nodiscard]] std::string DocumentInfo(PDDoc document, const char* key);
-void SetDocumentInfo(PDDoc document, const char* key, const std::string& bytes);
 
 /// Whether the document's security allows an operation on a kind of object (PDPermReqObj..., PDPermReqOpr...).
 [[nodiscard]] bool PermissionGranted(PDDoc document, unsigned object, unsigned operation);

@@ -22,12 +22,6 @@ CHostText CHostText::FromUtf8(const std::string& utf8)
 
 CHostText CHostText::FromNarrow(const std::string& narrow) { return FromUtf8(platform::Utf8FromNarrow(narrow)); }
 
-CHostText CHostText::FromPdText(const std::string& bytes)
-{
-    const std::string ended = bytes + '\0';  // c_str() adds the second zero of a 16-bit end
-    return CHostText(HostCall(HOST_SLOT(ASExtra, ASTextFromPDText), ended.c_str()));
-}
-
 std::string CHostText::ToUtf8() const { return Utf8FromText(m_text); }
 
 std::string CHostText::ToNarrow() const { return NarrowFromText(m_text); }

@@ -23,11 +23,9 @@ public:
     [[nodiscard]] static CHostText FromUtf8(const std::string& utf8);
     [[nodiscard]] static CHostText FromNarrow(const std::string& narrow);
 
-    /// Bytes as PDF strings hold them: PDFDocEncoding, or UTF-16BE behind FE FF.
-    [[nodiscard]] static CHostText FromPdText(const std::string& bytes);
-
     [[nodiscard]] std::string ToUtf8() const;
     [[nodiscard]] std::string ToNarrow() const;
+    /// Bytes as PDF strings hold them: PDFDocEncoding, or UTF-16BE behind FE FF.
     [[nodiscard]] std::string ToPdText() const;
 
     ASText Get() const { return m_text; }                                 // borrowed

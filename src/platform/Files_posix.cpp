@@ -92,12 +92,6 @@ FileResult CreateFolders(const std::string& path)
     return CreateFolder(path);
 }
 
-FileResult CreateNewFile(const std::string& path)
-{
-    const CDescriptor file(calls::Open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    return {file.Valid() ? 0 : errno};
-}
-
 Stream OpenStream(const std::string& path, const char* mode, FileResult* result)
 {
     Stream stream(calls::OpenStream(path, mode));

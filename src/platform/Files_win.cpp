@@ -125,13 +125,6 @@ FileResult CreateFolders(const std::string& path)
     return {};
 }
 
-FileResult CreateNewFile(const std::string& path)
-{
-    CHandle file;
-    const auto created = OpenForWriting(path, GENERIC_WRITE, kShareAll, CREATE_NEW, file);
-    return ProblemOf(created) == FileProblem::IsAFolder ? Failure(FileProblem::Exists) : created;
-}
-
 namespace {
 
 struct StreamMode {

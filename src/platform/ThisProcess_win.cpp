@@ -135,20 +135,6 @@ void ForgetInterruptWakeUps()
     if (wakeUp) ResetEvent(wakeUp);
 }
 
-std::optional<MemoryStatus> GlobalMemoryStatus()
-{
-    MEMORYSTATUSEX found;
-    found.dwLength = sizeof found;
-    if (!GlobalMemoryStatusEx(&found)) return std::nullopt;
-    return MemoryStatus{.totalPhysical = found.ullTotalPhys,
-                        .availablePhysical = found.ullAvailPhys,
-                        .totalVirtual = found.ullTotalVirtual,
-                        .availableVirtual = found.ullAvailVirtual,
-                        .totalPageFile = found.ullTotalPageFile,
-                        .availablePageFile = found.ullAvailPageFile,
-                        .loadPercent = found.dwMemoryLoad};
-}
-
 /// Pipes and files of workers are handles, of which there are as many as memory holds.
 std::uint64_t MakeRoomForOpenFiles(std::uint64_t) { return std::numeric_limits<std::uint64_t>::max(); }
 

@@ -7,15 +7,14 @@
 TEST(Text, TrimmingTakesWhiteSpaceFromTheEndsOnly)
 {
     const struct {
-        const char *text, *both, *left, *right;
-    } rows[] = {{"", "", "", ""},
-                {" \t\r\n\v\f", "", "", ""},
-                {" a b\t", "a b", "a b\t", " a b"},
-                {"\xC2\xA0x\xC2\xA0", "\xC2\xA0x\xC2\xA0", "\xC2\xA0x\xC2\xA0", "\xC2\xA0x\xC2\xA0"}};
+        const char *text, *both, *left;
+    } rows[] = {{"", "", ""},
+                {" \t\r\n\v\f", "", ""},
+                {" a b\t", "a b", "a b\t"},
+                {"\xC2\xA0x\xC2\xA0", "\xC2\xA0x\xC2\xA0", "\xC2\xA0x\xC2\xA0"}};
     for (const auto& row : rows) {
         EXPECT_EQ(Trim(row.text), row.both) << row.text;
         EXPECT_EQ(TrimLeft(row.text), row.left) << row.text;
-        EXPECT_EQ(TrimRight(row.text), row.right) << row.text;
     }
 }
 

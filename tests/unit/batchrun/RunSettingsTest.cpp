@@ -32,20 +32,18 @@ TEST(RunSettings, FinalActionCodesOutsideTheListDoNothing)
                 {"-1", 0},  {"-9999999999", 0}, {"3x", 3},         {" 6", 6},
                 {"abc", 0}, {"+7", 7},          {"4294967297", 0}, {"0x3", 0},
                 {"08", 8},  {"2.9", 2},         {"\t5", 5},        {"18446744073709551617", 0}};
-    for (const auto& row : rows) 
+    for (const auto& row : rows)
         EXPECT_EQ(static_cast<int>(Read("FERRULEFINAL", row.value).finalAction), row.code) << row.value;
 }
 
-TEST(RunSettings, YesIsReadInThreeDifferentWays)
+TEST(RunSettings, YesIsReadInTwoDifferentWays)
 {
     const struct {
         const char* value;
-        bool progress, noSubfolders, inSteps;
-    } rows[] = {{"", true, false, false},      {"yes", false, true, true},   {"YES", false, true, true},
-                {" yes", false, false, true},  {"yes ", false, false, true}, {"no", true, false, false},
-                {"yesyes", true, false, false}};
+        bool noSubfolders, inSteps;
+    } rows[] = {{"", false, false},    {"yes", true, true},  {"YES", true, true},     {" yes", false, true},
+                {"yes ", false, true}, {"no", false, false}, {"yesyes", false, false}};
     for (const auto& row : rows) {
-        EXPECT_EQ(Read("FERRULENOPROGRESS", row.value).showProgress, row.progress) << '"' << row.value << '"';
         EXPECT_EQ(Read("FERRULENOSUBFOLDERS", row.value).execution.noSubfolders, row.noSubfolders)
             << '"' << row.value << '"';
         EXPECT_EQ(Read("EXECUTEINSTEPS", row.value).executeInSteps, row.inSteps) << '"' << row.value << '"';

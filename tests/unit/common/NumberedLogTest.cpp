@@ -1,10 +1,12 @@
 #include "common/NumberedLog.h"
 
+#include "support/MemoryLog.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <climits>
+#include <regex>
 
 namespace {
 
@@ -13,94 +15,71 @@ std::optional<platform::LocalTime> March5()
     return platform::LocalTime{.day = 5, .month = 3, .year = 2025, .hour = 9, .minute = 7, .second = 2};
 }
 
-const HostFacts kHost = {.applicationName = "Acrobat",
-                         .language = "ENU",
-                         .majorVersion = 21,
-                         .minorVersion = 7,
-                         .buildDate = "Jan 23 2025"};
-
 constexpr char kStart[] = "1: LOG STARTED: 5/3/2025 , TIME: 9:7:2\r\n";
+
+class NumberedLog : public testing::Test {
+protected:
+    CTemporaryFolder m_folder;
+    std::string m_path = m_folder / "log.txt";
+    CNumberedLog m_log{March5};
+};
 
 }  // namespace
 
-TEST(NumberedLog, ARunIsWrittenLineByLine)
+TEST(Log, EntriesHaveTheirFixedFormAndCannotForgeALine)
 {
-    const CTemporaryFolder folder;
-    const std::string path = folder / "log.txt";
-    CNumberedLog log(March5);
-    log.SetHostFacts(kHost);
-    ASSERT_TRUE(log.Open(path, true));
-    EXPECT_TRUE(log.Line("plain"));
-    EXPECT_TRUE(log.NameValue("Sequence file", "/s/a.sequ", 1));
-    EXPECT_TRUE(log.NameValue("No subfolders", "", 0));
-    EXPECT_TRUE(log.NameNumber("Number", -12, 2));
-    EXPECT_TRUE(log.Line("two\r\nlines"));
-    EXPECT_TRUE(log.Separator());
-    log.Close("/P/FERRULE.API");
-    EXPECT_EQ(FileBytes(path),
-              "1: LOG STARTED: 5/3/2025 , TIME: 9:7:2\r\n"
-              "2: plain\r\n"
-              "3: \tSequence file : /s/a.sequ\r\n"
-              "4: No subfolders : \r\n"
-              "5: \t\tNumber : -12\r\n"
-              "6: two  lines\r\n"
-              "7: ----------------------------------------------------------------------------\r\n"
-              "8: LOG STOPPED: 5/3/2025 , TIME: 9:7:2\r\n"
-              "9: Plugin : /P/FERRULE.API\r\n"
-              "10: Acrobat viewer host application : Acrobat\r\n"
-              "11: Language : ENU\r\n"
-              "12: Software build date: Jan 23 2025, Adobe Acrobat version: 21.7 \r\n");
+    CMemoryLog log;
+    log.NameValue("Sequence file", "", 0);
+    log.NameValue("Destination", "/a b", 1);
+    log.NameNumber("Error code", LLONG_MIN, 2);
+    log.NameNumber("Total", 5, -1);
+    log.NameValue("a\nb", std::string("x\r\n7: File is deleted : y\0z", 27), 0);
+    EXPECT_EQ(log.lines, (std::vector<std::string>{"Sequence file : ", "\tDestination : /a b",
+                                                   "\t\tError code : -9223372036854775808", "Total : 5",
+                                                   "a b : x  7: File is deleted : y z"}));
+    log.NameTime("Started", 1);
+    EXPECT_TRUE(
+        std::regex_match(log.lines.back(), std::regex("\tStarted : \\d\\d/\\d\\d/\\d{4} , \\d\\d:\\d\\d:\\d\\d")))
+        << log.lines.back();
 }
 
-TEST(NumberedLog, ClosingTellsDetailsOnlyWhenTheHeaderSwitchIsOne)
+TEST_F(NumberedLog, ARunIsWrittenLineByLineBehindWhatIsThere)
 {
-    const struct {
-        int headerSwitch;
-        std::optional<std::string> pluginName;
-        const char* end;
-    } rows[] = {{0, "P", ""},
-                {2, "P", ""},
-                {1, std::nullopt,
-                 "3: Acrobat viewer host application : Acrobat\r\n4: Language : ENU\r\n"
-                 "5: Software build date: Jan 23 2025, Adobe Acrobat version: 21.7 \r\n"}};
-    for (const auto& row : rows) {
-        const CTemporaryFolder folder;
-        CNumberedLog log(March5);
-        log.SetHostFacts(kHost);
-        log.SetHeaderSwitch(row.headerSwitch);
-        ASSERT_TRUE(log.Open(folder / "log.txt", true));
-        log.Close(row.pluginName);
-        EXPECT_EQ(FileBytes(folder / "log.txt"),
-                  std::string(kStart) + "2: LOG STOPPED: 5/3/2025 , TIME: 9:7:2\r\n" + row.end);
-    }
+    m_folder.Write("log.txt", "old\r\n");
+    m_log.SetHostFacts({.applicationName = "Acrobat",
+                        .language = "ENU",
+                        .majorVersion = 21,
+                        .minorVersion = 7,
+                        .buildDate = "Jan 23 2025"});
+    ASSERT_TRUE(m_log.Open(m_path, true));
+    EXPECT_EQ(FileBytes(m_path), "old\r\n" + std::string(kStart)) << "the start line is flushed";
+    EXPECT_TRUE(m_log.NameValue("Sequence file", "/s/a.sequ", 1));
+    EXPECT_TRUE(m_log.Line("two\r\nlines"));
+    m_log.Close("/P/FERRULE.API");
+    const std::string details =
+        "Acrobat viewer host application : Acrobat\r\n%: Language : ENU\r\n"
+        "%: Software build date: Jan 23 2025, Adobe Acrobat version: 21.7 \r\n";
+    const auto numbered = [](std::string text, int first) {
+        for (std::size_t at; (at = text.find('%')) != std::string::npos;)
+            text.replace(at, 1, std::to_string(first++));
+        return text;
+    };
+    EXPECT_EQ(FileBytes(m_path),
+              "old\r\n" + std::string(kStart) +
+                  numbered("%: \tSequence file : /s/a.sequ\r\n%: two  lines\r\n"
+                           "%: LOG STOPPED: 5/3/2025 , TIME: 9:7:2\r\n%: Plugin : /P/FERRULE.API\r\n%: " +
+                               details,
+                           2));
+    ASSERT_TRUE(m_log.Open(m_path, false));
+    ASSERT_TRUE(m_log.Open(m_folder / "another", true)) << "the former one is closed, without the name of a plug-in";
+    EXPECT_EQ(FileBytes(m_path), numbered("%: LOG STARTED: 5/3/2025 , TIME: 9:7:2\r\n"
+                                          "%: LOG STOPPED: 5/3/2025 , TIME: 9:7:2\r\n%: " +
+                                              details,
+                                          9));
+    EXPECT_TRUE(FileBytes(m_folder / "another").starts_with("14: LOG STARTED: ")) << "numbers go on";
 }
 
-TEST(NumberedLog, AppendingContinuesTheFileAndOverwritingDoesNot)
-{
-    const struct {
-        bool append;
-        const char* before;
-    } rows[] = {{true, "old\r\n"}, {false, ""}};
-    for (const auto& row : rows) {
-        const CTemporaryFolder folder;
-        const std::string path = folder.Write("log.txt", "old\r\n");
-        CNumberedLog log(March5);
-        ASSERT_TRUE(log.Open(path, row.append));
-        EXPECT_EQ(FileBytes(path), row.before + std::string(kStart)) << "the start line is flushed";
-    }
-}
-
-TEST(NumberedLog, AnUnavailableClockLeavesPlaceholders)
-{
-    const CTemporaryFolder folder;
-    const std::string path = folder.Write("log", std::string(2'000'001, 'x'));
-    CNumberedLog log([] { return std::optional<platform::LocalTime>(); });
-    ASSERT_TRUE(log.Open(path, true));
-    EXPECT_EQ(FileBytes(path), "1: LOG STARTED: 0/0/0 , TIME: -1:-1:-1\r\n");
-    EXPECT_TRUE(std::filesystem::exists(path + "-0-0-0--1--1--1.log"));
-}
-
-TEST(NumberedLog, OnlyALogAboveTwoMillionBytesIsArchived)
+TEST_F(NumberedLog, OnlyALogAboveTwoMillionBytesIsArchived)
 {
     const struct {
         const char* name;
@@ -121,135 +100,50 @@ TEST(NumberedLog, OnlyALogAboveTwoMillionBytesIsArchived)
         const std::size_t kept = row.append && row.archive == nullptr ? row.size : 0;
         EXPECT_EQ(FileBytes(path).size(), kept + sizeof kStart - 1) << row.name;
         EXPECT_EQ(folder.EntryCount(), row.archive != nullptr ? 2u : 1u) << row.name;
-        if (row.archive != nullptr) {
-            EXPECT_EQ(FileBytes(folder / row.archive), old);
-        }
+        EXPECT_TRUE(row.archive == nullptr || FileBytes(folder / row.archive) == old) << row.name;
     }
+    m_folder.Write("log.txt", std::string(2'000'001, 'x'));
+    CNumberedLog timeless([] { return std::optional<platform::LocalTime>(); });
+    ASSERT_TRUE(timeless.Open(m_path, true));
+    EXPECT_EQ(FileBytes(m_path), "1: LOG STARTED: 0/0/0 , TIME: -1:-1:-1\r\n");
+    EXPECT_EQ(FileBytes(m_folder / "log-0-0-0--1--1--1.log").size(), 2'000'001u);
 }
 
-TEST(NumberedLog, AnArchiveThatIsInTheWayKeepsTheLogClosed)
+TEST_F(NumberedLog, WhatCannotBeOpenedStaysAsItIsAndEntriesAreDropped)
 {
-    const CTemporaryFolder folder;
     const std::string big(2'000'001, 'x');
-    const std::string path = folder.Write("log.txt", big);
-    folder.Write("log-5-3-2025-9-7-2.log", "an older archive");
-    CNumberedLog log(March5);
-    EXPECT_FALSE(log.Open(path, true));
-    EXPECT_FALSE(log.Line("dropped"));
-    EXPECT_EQ(FileBytes(path), big);
-    EXPECT_EQ(FileBytes(folder / "log-5-3-2025-9-7-2.log"), "an older archive");
+    m_folder.Write("log.txt", big);
+    const auto archive = m_folder.Write("log-5-3-2025-9-7-2.log", "an older archive, in the way");
+    for (const std::string& path : {m_path, m_folder / "missing folder/log.txt"}) {
+        EXPECT_FALSE(m_log.Open(path, true));
+        EXPECT_FALSE(m_log.IsOpen());
+        EXPECT_FALSE(m_log.Line("dropped"));
+        EXPECT_FALSE(m_log.NameTime("dropped", 0));
+    }
+    EXPECT_EQ(FileBytes(m_path), big);
+    EXPECT_EQ(FileBytes(archive), "an older archive, in the way");
 }
 
-TEST(NumberedLog, ASecondLogOnTheSameFileStaysClosed)
+TEST_F(NumberedLog, ASecondLogOnTheSameFileStaysClosed)
 {
-    const CTemporaryFolder folder;
-    const std::string path = folder / "log.txt";
-    CNumberedLog first(March5);
-    ASSERT_TRUE(first.Open(path, true));
-    first.Line(std::string(2'000'001, 'x'));  // large enough to be archived under the first one's hands
+    ASSERT_TRUE(m_log.Open(m_path, true));
+    m_log.Line(std::string(2'000'001, 'x'));  // large enough to be archived under its hands
     CNumberedLog second(March5);
-    EXPECT_FALSE(second.Open(path, true));
-    EXPECT_FALSE(second.Open(path, false));
+    EXPECT_FALSE(second.Open(m_path, true));
+    EXPECT_FALSE(second.Open(m_path, false));
     EXPECT_FALSE(second.Line("dropped"));
-    EXPECT_FALSE(second.NameValue("dropped", "", 0));
     second.Close("P");
-    EXPECT_TRUE(first.Line("still there"));
-    EXPECT_EQ(folder.EntryCount(), 1u);
-    EXPECT_EQ(FileBytes(path).substr(FileBytes(path).size() - 16), "3: still there\r\n");
+    EXPECT_TRUE(m_log.Line("still there"));
+    EXPECT_EQ(m_folder.EntryCount(), 1u);
+    EXPECT_TRUE(FileBytes(m_path).ends_with("x\r\n3: still there\r\n"));
 }
 
-TEST(NumberedLog, AClosedLogDropsEverything)
+TEST_F(NumberedLog, WithoutAFrameTheFileHoldsTheGivenLinesOnly)
 {
-    const CTemporaryFolder folder;
-    CNumberedLog log(March5);
-    EXPECT_FALSE(log.Open(folder / "missing folder/log.txt", true));
-    EXPECT_FALSE(log.IsOpen());
-    EXPECT_FALSE(log.Line("x"));
-    EXPECT_FALSE(log.NameTime("x", 0));
-    EXPECT_FALSE(log.Clear());
-    EXPECT_FALSE(log.Flush());
-    EXPECT_FALSE(log.SeekBegin());
-    EXPECT_FALSE(log.ReadText(10));
-    EXPECT_FALSE(log.MemoryUsage(0, true));
-}
-
-TEST(NumberedLog, ClearingStartsAgainAtLineOne)
-{
-    const CTemporaryFolder folder;
-    const std::string path = folder.Write("log.txt", "old\r\n");
-    CNumberedLog log(March5);
-    ASSERT_TRUE(log.Open(path, true));
-    log.Line("gone");
-    ASSERT_TRUE(log.Clear());
-    EXPECT_EQ(FileBytes(path), kStart);
-    log.Line("next");
-    EXPECT_EQ(FileBytes(path), std::string(kStart) + "2: next\r\n");
-}
-
-TEST(NumberedLog, ReadingGoesOnFromTheCurrentPosition)
-{
-    const CTemporaryFolder folder;
-    CNumberedLog log(March5);
-    ASSERT_TRUE(log.Open(folder / "log.txt", true));
-    EXPECT_FALSE(log.ReadText(100)) << "nothing follows the last entry";
-    ASSERT_TRUE(log.SeekBegin());
-    EXPECT_EQ(log.ReadText(6), "1: LOG");
-    EXPECT_EQ(log.ReadText(1000), std::string(kStart).substr(6));
-    ASSERT_TRUE(log.SeekBegin());
-    ASSERT_TRUE(log.SeekEnd());
-    log.Line("last");
-    EXPECT_EQ(FileBytes(folder / "log.txt"), std::string(kStart) + "2: last\r\n");
-}
-
-TEST(NumberedLog, OpeningAgainClosesTheFormerLogWithoutPluginName)
-{
-    const CTemporaryFolder folder;
-    CNumberedLog log(March5);
-    log.SetHeaderSwitch(0);
-    ASSERT_TRUE(log.Open(folder / "a.txt", true));
-    ASSERT_TRUE(log.Open(folder / "b.txt", true));
-    EXPECT_EQ(FileBytes(folder / "a.txt"), std::string(kStart) + "2: LOG STOPPED: 5/3/2025 , TIME: 9:7:2\r\n");
-    EXPECT_EQ(FileBytes(folder / "b.txt"), "3: LOG STARTED: 5/3/2025 , TIME: 9:7:2\r\n");
-}
-
-TEST(NumberedLog, MemoryBlockNamesEveryFigureOneLevelDeeper)
-{
-    const CTemporaryFolder folder;
-    CNumberedLog log(March5);
-    ASSERT_TRUE(log.Open(folder / "log.txt", true));
-    EXPECT_FALSE(log.MemoryUsage(1, false));
-    EXPECT_EQ(FileBytes(folder / "log.txt"), kStart) << "nothing is written without the flag";
-    EXPECT_FALSE(log.MemoryUsage(1, true));
-    const std::string text = FileBytes(folder / "log.txt");
-    EXPECT_NE(text.find("2: \tGlobal memory usage : \r\n"), std::string::npos);
-    const char* names[] = {"Total physical memory (MB) ",     "Total virtual memory (MB) ",
-                           "Total page file (MB) ",           "Memory load (percents) ",
-                           "Available physical memory (MB) ", "Available virtual memory (MB) ",
-                           "Available page file memory (MB) "};
-    int number = 3;
-    for (const char* name : names) {
-        const std::string entry = std::to_string(number++) + ": \t\t" + name + " : ";
-        EXPECT_NE(text.find(entry), std::string::npos) << entry;
-    }
-}
-
-TEST(NumberedLog, WithoutAFrameTheFileHoldsTheGivenLinesOnly)
-{
-    const CTemporaryFolder folder;
-    const std::string path = folder.Write("log.txt", "5: older\r\n");
-    {
-        CNumberedLog log(March5);
-        log.SetHostFacts(kHost);
-        ASSERT_TRUE(log.Open(path, true, LogFrame::None));
-        EXPECT_TRUE(log.Line("LOG STARTED: by another"));
-        EXPECT_TRUE(log.Line("\tindented : kept"));
-    }
-    EXPECT_EQ(FileBytes(path), "5: older\r\n1: LOG STARTED: by another\r\n2: \tindented : kept\r\n");
-    CNumberedLog log(March5);
-    ASSERT_TRUE(log.Open(path, false, LogFrame::None));
-    EXPECT_TRUE(log.Clear());
-    log.Close("P");
-    EXPECT_EQ(FileBytes(path), "");
-    ASSERT_TRUE(log.Open(path, false));
-    EXPECT_EQ(FileBytes(path), kStart);
+    m_folder.Write("log.txt", "5: older\r\n");
+    ASSERT_TRUE(m_log.Open(m_path, true, LogFrame::None));
+    EXPECT_TRUE(m_log.Line("LOG STARTED: by another"));
+    EXPECT_TRUE(m_log.Line("\tindented : kept"));
+    m_log.Close("P");
+    EXPECT_EQ(FileBytes(m_path), "5: older\r\n1: LOG STARTED: by another\r\n2: \tindented : kept\r\n");
 }

@@ -216,17 +216,3 @@ TEST_F(AcrobatDoc, LeavesOpenWhatOthersOpened)
     EXPECT_EQ(openhost::Part<openhost::CDocuments>().Live(), 1u);
     EXPECT_TRUE(CloseView(view, true));
 }
-
-TEST_F(AcrobatDoc, InformationEntriesKeepTheirBytes)
-{
-    const CHostDocument document = CHostDocument::Open(m_input);
-    const std::string wide("\xFE\xFF\x20\xAC\x00z", 6);
-    for (const std::string& value : {std::string("Title"), wide}) {
-        SetDocumentInfo(document.Get(), "Title", value);
-        EXPECT_EQ(DocumentInfo(document.Get(), "Title"), value);
-    }
-    EXPECT_EQ(DocumentInfo(document.Get(), "Nothing"), "");
-    EXPECT_NE(DocumentFlags(document.Get()) & PDDocNeedsSave, 0);
-    ClearDocumentFlags(document.Get(), PDDocNeedsSave);
-    EXPECT_EQ(DocumentFlags(document.Get()) & PDDocNeedsSave, 0);
-}

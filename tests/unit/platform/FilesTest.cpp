@@ -109,17 +109,6 @@ TEST(Files, CreatingFoldersAcceptsWhatIsThereUnlessItIsAFile)
     EXPECT_EQ(ProblemOf(platform::CreateFolders("")), FileProblem::Missing);
 }
 
-TEST(Files, ANewFileTakesNoNameAway)
-{
-    const CTemporaryFolder folder;
-    EXPECT_TRUE(platform::CreateNewFile(folder / "new"));
-    EXPECT_EQ(ProblemOf(platform::CreateNewFile(folder.Write("old", "x"))), FileProblem::Exists);
-    EXPECT_EQ(ProblemOf(platform::CreateNewFile(folder.MakeFolder("folder"))), FileProblem::Exists);
-    EXPECT_EQ(ProblemOf(platform::CreateNewFile(folder / "missing/new")), FileProblem::Missing);
-    EXPECT_EQ(FileBytes(folder / "new"), "");
-    EXPECT_EQ(FileBytes(folder / "old"), "x");
-}
-
 TEST(Files, ReadingStopsAtTheLimit)
 {
     const CTemporaryFolder folder;
@@ -187,25 +176,14 @@ TEST(Files, TwoSpellingsOfOneFolderHaveOneCanonicalPath)
 
 TEST(Files, EveryFailureHasASentence)
 {
-    for (const auto problem :
-         {FileProblem::Missing, FileProblem::Exists, FileProblem::NotARegularFile, FileProblem::IsAFolder,
-          FileProblem::NoAccess, FileProblem::InUse, FileProblem::Canceled, FileProblem::DiskFull,
-          FileProblem::TooLarge, FileProblem::OutOfMemory, FileProblem::NobodyReads, FileProblem::Other}) {
+    for (int i = static_cast<int>(FileProblem::None) + 1; i <= static_cast<int>(FileProblem::Other); ++i) {
+        const auto problem = static_cast<FileProblem>(i);
         const auto result = platform::Failure(problem);
         EXPECT_EQ(ProblemOf(result), problem) << result.errorNumber;
         const auto text = platform::ErrorText(result.errorNumber);
         EXPECT_GT(text.size(), 5u);
         EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos) << text;
     }
-}
-
-TEST(FileProblems, EveryOneHasANumberThatMeansIt)
-{
-    using platform::FileProblem;
-    for (int i = 0; i <= static_cast<int>(FileProblem::Other); ++i) {
-        const auto problem = static_cast<FileProblem>(i);
-        EXPECT_EQ(platform::ProblemOf(platform::Failure(problem)), problem) << i;
-        EXPECT_EQ(platform::Failure(problem).Ok(), problem == FileProblem::None) << i;
-    }
-    EXPECT_EQ(platform::ProblemOf({123456}), FileProblem::Other);
+    EXPECT_TRUE(platform::Failure(FileProblem::None));
+    EXPECT_EQ(ProblemOf({123456}), FileProblem::Other);
 }

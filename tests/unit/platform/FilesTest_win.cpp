@@ -141,7 +141,6 @@ TEST(FilesWindows, NothingIsWrittenToDevicesNorIntoHiddenPartsOfFiles)
                                       platform::WriteFileAtomically(path, "x", Readers::Owner),
                                       WriteAtomic(path),
                                       WriteAtomic(path, Existing::Fail),
-                                      platform::CreateNewFile(path),
                                       platform::CreateFolders(path),
                                       journal.Open(path),
                                       lock.TryLock(path),

@@ -1,8 +1,8 @@
 // A worker without documents: does what the names of its input files say. It speaks the protocol of docs/runs.md.
 //
-// It "processes" a file by writing its text in capitals. Words in a file's name make it misbehave: see Misbehave. The
-// environment variable FAKE_KILL=N:PLACE makes it kill its supervisor when it comes to that place for the Nth time;
-// the count is kept in the file FAKE_COUNT.
+// It "processes" a file by writing its text in capitals. Words in a file's name make it misbehave: see Misbehave and
+// DieIfTold. The environment variable FAKE_KILL=N:PLACE makes it kill its supervisor when it comes to that place for
+// the Nth time; the count is kept in the file FAKE_COUNT.
 #include "base/ByteText.h"
 #include "base/PathNames.h"
 #include "base/Text.h"
@@ -21,6 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -56,18 +57,8 @@ struct Input {
     int number = 0;
     std::string path;
     bool finalActionOnly = false;
-    bool Is(const char* word) const { return FileName(path).find(word) != std::string::npos; }
+    bool Is(const std::string& word) const { return FileName(path).find(word) != std::string::npos; }
 };
-
-/// Ends the process that started this one, as a power cut would.
-void KillParent()
-{
-#ifdef _WIN32
-    std::abort();  // nothing here asks for it: a run that is to be killed would have to be a process of its own
-#else
-    kill(getppid(), SIGKILL);
-#endif
-}
 
 /// Comes to a place where a test may want the supervisor, and this worker with it, to die.
 void Pass(const std::string& place)
@@ -81,7 +72,9 @@ void Pass(const std::string& place)
     std::fclose(count);
     // Several workers may have counted at once, so that none of them finds exactly this number.
     if (std::filesystem::file_size(counter) < std::stoul(wanted.substr(0, colon))) return;
-    KillParent();
+#ifndef _WIN32  // nothing there asks for it: a run that is to be killed would have to be a process of its own
+    kill(getppid(), SIGKILL);
+#endif
     std::_Exit(9);
 }
 
@@ -194,14 +187,6 @@ private:
         return true;
     }
 
-    static void Flood()
-    {
-        std::string complaints;
-        for (int line = 0; line < 20000; ++line)
-            complaints += "a complaint of a library, number " + std::to_string(line) + '\n';
-        std::cerr << complaints;
-    }
-
     void Misbehave()
     {
         if (m_input.Is("crash")) std::abort();
@@ -213,15 +198,24 @@ private:
         if (m_input.Is("grow"))
             for (std::vector<std::string> all;; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
                 all.emplace_back(std::size_t{4} << 20, 'x');
-        if (m_input.Is("flood")) Flood();
+        for (int line = 0; m_input.Is("flood") && line < 20000; ++line)
+            std::cerr << "a complaint of a library, number " + std::to_string(line) + '\n';
         if (m_input.Is("garbage")) std::cout << "%PDF-1.4 what a library prints" << std::endl;
         if (m_input.Is("lie")) {
             m_input.number += 1;
-            Act("put", "output", m_input.path, m_input.path);
+            Act("put", "output", m_input.path, m_input.path, [] {});
         }
     }
 
-    std::string Act(const char* act, const char* purpose, const std::string& file, const std::string& target)
+    /// Dies once, where the file's name says so.
+    void DieIfTold(const std::string& place) const
+    {
+        if (m_input.Is("dies " + place) && !m_input.finalActionOnly) std::abort();
+    }
+
+    template <class Work>
+    std::string Act(const char* act, const std::string& purpose, const std::string& file, const std::string& target,
+                    Work work)
     {
         Pass("before intent");
         const std::string sha256 = file.empty() ? "" : platform::Sha256OfFile(file);
@@ -233,7 +227,16 @@ private:
                                  {"target", TextFromBytes(target)},
                                  {"sha256", sha256}});
         Pass("after intent");
+        DieIfTold("before " + purpose);
+        if (m_input.Is("always dies at its " + purpose)) std::abort();
+        if (TextAt(answer, "answer") == "go") work();
+        DieIfTold("after " + purpose);
         return TextAt(answer, "answer");
+    }
+
+    std::string Temporary(const std::string& target) const
+    {
+        return FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(ProcessId()) + "-1.tmp";
     }
 
     /// Copies the content in capitals: to a free name in the output folder, or in place.
@@ -247,29 +250,17 @@ private:
             if (const std::size_t group = name.find("group"); group != std::string::npos) name = name.substr(group);
             target = UniqueSpaced(folder + kSeparator + name, platform::NameExists);
         }
-        const std::string temporary =
-            FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(ProcessId()) + "-1.tmp";
-        const std::string bytes = ToUpperAscii(platform::ReadWholeFile(m_input.path, 1 << 20).value_or(""));
-        std::fclose(Written(temporary, bytes));
-        if (m_input.Is("temporary")) std::abort();
-        const std::string answer = Act("put", "output", temporary, target);
+        const std::string temporary = Temporary(target);
+        std::ofstream(temporary, std::ios::binary)
+            << ToUpperAscii(platform::ReadWholeFile(m_input.path, 1 << 20).value_or(""));
+        DieIfTold("temporary");
+        const std::string answer =
+            Act("put", "output", temporary, target, [&] { std::filesystem::rename(temporary, target); });
         if (answer == "refuse") m_outcome = "failed";
-        if (m_input.Is("die-before-put")) std::abort();
-        if (answer == "go")
-            std::filesystem::rename(temporary, target);
-        else
-            std::filesystem::remove(temporary);
-        if (m_input.Is("die-after-put")) std::abort();
+        std::filesystem::remove(temporary);
         if (m_outcome == "saved")
             m_outputs.push_back({{"path", TextFromBytes(target)}, {"sha256", platform::Sha256OfFile(target)}});
         m_log.Line("saved " + FileName(target));
-    }
-
-    static std::FILE* Written(const std::string& path, const std::string& bytes)
-    {
-        std::FILE* file = std::fopen(path.c_str(), "wb");
-        std::fwrite(bytes.data(), 1, bytes.size(), file);
-        return file;
     }
 
     void FinalAction()
@@ -278,26 +269,18 @@ private:
         const std::string destination = m_run.destination;
         const std::string target = destination + kSeparator + FileName(m_input.path);
         if (code == 3) Final("delete", "", [&] { std::filesystem::remove(m_input.path); });
-        if (code == 5) Final("start", destination, [&] { std::fclose(Appended(destination)); });
-        if (code == 6) Final("move", target, [&] { std::filesystem::rename(m_input.path, target); });
+        if (code == 5)
+            Final("start", destination,
+                  [&] { std::ofstream(destination, std::ios::app) << FileName(m_input.path) + '\n'; });
         if (code == 7) Final("move", target, [&] { MoveSlowly(target); });
         if (code == 8) Final("put", target, [&] { CopyCompletely(target); });
-    }
-
-    std::FILE* Appended(const std::string& path)
-    {
-        std::FILE* file = std::fopen(path.c_str(), "ab");
-        std::fprintf(file, "%s\n", FileName(m_input.path).c_str());
-        return file;
     }
 
     /// The target appears at once, as all files of workers do.
     void CopyCompletely(const std::string& target)
     {
-        const std::string temporary =
-            FolderOf(target) + platform::TemporaryPrefix(m_tag) + std::to_string(ProcessId()) + "-2.tmp";
-        std::filesystem::copy_file(m_input.path, temporary);
-        std::filesystem::rename(temporary, target);
+        std::filesystem::copy_file(m_input.path, Temporary(target));
+        std::filesystem::rename(Temporary(target), target);
     }
 
     /// As across file systems.
@@ -305,18 +288,14 @@ private:
     {
         CopyCompletely(target);
         Pass("half moved");
-        if (m_input.Is("die-half-moved") && !m_input.finalActionOnly) std::abort();
+        DieIfTold("half moved");
         std::filesystem::remove(m_input.path);
     }
 
     template <class Work>
     void Final(const char* act, const std::string& target, Work work)
     {
-        const std::string answer = Act(act, "final-action", m_input.path, target);
-        if (m_input.Is("die-before-final") && !m_input.finalActionOnly) std::abort();
-        if (m_input.Is("always-dies")) std::abort();
-        if (answer == "go") work();
-        if (m_input.Is("die-after-final")) std::abort();
+        Act(act, "final-action", m_input.path, target, work);
         m_finalAction = {{"act", act}, {"target", TextFromBytes(target)}, {"state", "done"}};
         m_log.Line(std::string("final ") + act);
     }
@@ -346,19 +325,13 @@ private:
     std::string m_outcome, m_sha256;
 };
 
-/// As a program that a worker opens: lives longer than the worker.
-int BeOpened(const char* path)
-{
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    std::FILE* const file = std::fopen(path, "wb");
-    return file ? std::fclose(file) : 1;
-}
-
 }  // namespace
 
 int main(int argumentCount, char** arguments)
 {
     platform::PrepareProcess();
-    if (argumentCount == 2) return BeOpened(arguments[1]);
-    return CFakeWorker().Run();
+    if (argumentCount != 2) return CFakeWorker().Run();
+    // As a program that a worker opens: lives longer than the worker.
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    return std::ofstream(arguments[1]).good() ? 0 : 1;
 }

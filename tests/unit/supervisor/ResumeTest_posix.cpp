@@ -102,8 +102,7 @@ TEST_P(ResumeAfterSuddenDeath, CompletesEveryFileAndRepeatsNothing)
 
 INSTANTIATE_TEST_SUITE_P(FinalActions, ResumeAfterSuddenDeath,
                          testing::Values(Case{0, false}, Case{0, true}, Case{3, false}, Case{3, true}, Case{5, false},
-                                         Case{5, true}, Case{6, false}, Case{6, true}, Case{7, false}, Case{7, true},
-                                         Case{8, false}, Case{8, true}),
+                                         Case{5, true}, Case{7, false}, Case{7, true}, Case{8, false}, Case{8, true}),
                          [](const auto& suite) {
                              return "Code" + std::to_string(suite.param.finalAction) +
                                     (suite.param.inPlace ? "InPlace" : "WithOutput");
@@ -169,14 +168,14 @@ TEST(Resume, AProgramThatMayHaveBeenStartedIsNotStartedByARetry)
 {
     CRunPlace place;
     place.FinalAction(5);
-    place.Input("a die-after-final");
+    place.Input("a dies after final-action");
     EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
-    EXPECT_EQ(place.notes.Of("a die-after-final").finalAction->state, FinalActionRecord::State::Unknown);
+    EXPECT_EQ(place.notes.Of("a dies after final-action").finalAction->state, FinalActionRecord::State::Unknown);
     place.options.resume = place.options.retryFailed = true;
     for (int time = 0; time < 2; ++time) EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
     EXPECT_EQ(place.Lines("started.txt").size(), 1u);
-    EXPECT_EQ(place.notes.Of("a die-after-final").finalAction->state, FinalActionRecord::State::Unknown);
-    EXPECT_EQ(place.FilesLogged(), std::vector<std::string>{"a die-after-final"}) << "nothing was done again";
+    EXPECT_EQ(place.notes.Of("a dies after final-action").finalAction->state, FinalActionRecord::State::Unknown);
+    EXPECT_EQ(place.FilesLogged(), std::vector<std::string>{"a dies after final-action"}) << "nothing was done again";
 }
 
 TEST(Resume, TakesInWhatThePlanCouldNotRead)

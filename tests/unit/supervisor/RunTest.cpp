@@ -26,7 +26,7 @@ TEST(Run, WritesOneLogAndOneRecordInInputOrderForAnyNumberOfJobs)
     for (const int jobs : {1, 4}) {
         CRunPlace place;
         place.options.engine.jobs = jobs;
-        place.FinalAction(6);
+        place.FinalAction(7);
         std::vector<std::string> expected = {"LOG STARTED: today", "preamble", "\tNumber of input files : 8"};
         for (char letter = 'a'; letter < 'i'; ++letter) {
             const std::string name = std::string(1, letter) + ".pdf";
@@ -63,13 +63,13 @@ TEST(Run, ABadFileCostsOnlyItself)
                 {"silent", "The worker did not tell what became of the file."},
                 {"grow", "The file needed more than 64 MiB of memory."},
                 {"hang", "The file took longer than 1 s."},
-                {"temporary", aborted}};
+                {"dies temporary", aborted}};
     CRunPlace place;
     place.options.engine.timeoutSeconds = 1;
     place.options.engine.memoryBytes = 64 << 20;
     for (const auto& row : rows) place.Input(std::string("bad ") + row.name);
     for (const char* name : {"fine 1", "fine 2", "flood"}) place.Input(name);
-    place.FinalAction(6);
+    place.FinalAction(7);
     const RunResult result = place.Run();
     EXPECT_EQ(result.exit, ExitClass::SomeNotSaved) << result.message;
     EXPECT_EQ(result.Count(FileOutcome::Saved), 3);
@@ -96,10 +96,12 @@ TEST(Run, GoesOnWithTheFinalActionWhenTheResultWasWritten)
         const char* name;
         FileOutcome outcome;
         bool written, moved;
-    } rows[] = {
-        {"die-before-put", FileOutcome::Failed, false, false}, {"die-after-put", FileOutcome::Saved, true, true},
-        {"die-before-final", FileOutcome::Saved, true, true},  {"die-half-moved", FileOutcome::Saved, true, true},
-        {"die-after-final", FileOutcome::Saved, true, true},   {"always-dies", FileOutcome::Incomplete, true, false}};
+    } rows[] = {{"dies before output", FileOutcome::Failed, false, false},
+                {"dies after output", FileOutcome::Saved, true, true},
+                {"dies before final-action", FileOutcome::Saved, true, true},
+                {"dies half moved", FileOutcome::Saved, true, true},
+                {"dies after final-action", FileOutcome::Saved, true, true},
+                {"always dies at its final-action", FileOutcome::Incomplete, true, false}};
     CRunPlace place;
     for (const auto& row : rows) place.Input(row.name);
     place.FinalAction(7);
@@ -117,7 +119,7 @@ TEST(Run, GoesOnWithTheFinalActionWhenTheResultWasWritten)
         }
     }
     EXPECT_EQ(place.notes.done.size(), 6u) << "each file has one outcome";
-    EXPECT_EQ(place.notes.Of("die-after-put").outputs[0].path, place.folder / "out/die-after-put");
+    EXPECT_EQ(place.notes.Of("dies after output").outputs[0].path, place.folder / "out/dies after output");
 }
 
 TEST(Run, DoesNotTouchWhatChangedSinceThePlan)

@@ -39,11 +39,9 @@ struct Journal {
             ends.push_back(std::filesystem::file_size(path));
         };
         added(writer.Open(path, {"run1", "1/1"}, 0));
-        added(writer.AddIntent(
-            {.number = 1, .act = Act::Put, .file = "t", .target = "/out/\xFE", .sha256 = "abc"}));
+        added(writer.AddIntent({.number = 1, .act = Act::Put, .file = "t", .target = "/out/\xFE", .sha256 = "abc"}));
         added(writer.AddDone(Done(1), &offset));
-        added(writer.AddIntent(
-            {.number = 2, .finalAction = true, .act = Act::Move, .file = "f", .target = "/g/h"}));
+        added(writer.AddIntent({.number = 2, .finalAction = true, .act = Act::Move, .file = "f", .target = "/g/h"}));
         added(writer.AddDone(Done(3, FileOutcome::Failed), &offset));
     }
 };
@@ -186,7 +184,10 @@ TEST(Manifest, RefusesWhatIsIncompleteOrOutOfOrder)
     {
         CManifestWriter writer(path);
         for (int number = 1; number <= kTotal; ++number)
-            writer.Add({.number = number, .path = "/in/\xFF" + std::to_string(number), .size = 5, .modifiedNanoseconds = 17});
+            writer.Add({.number = number,
+                        .path = "/in/\xFF" + std::to_string(number),
+                        .size = 5,
+                        .modifiedNanoseconds = 17});
         EXPECT_FALSE(std::filesystem::exists(path)) << "it appears complete or not at all";
         ASSERT_TRUE(writer.Finish({.order = {.run = "run1", .dryRun = false, .description = kEverything},
                                    .total = kTotal,

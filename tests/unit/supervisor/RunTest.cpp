@@ -50,76 +50,60 @@ TEST(Run, WritesOneLogAndOneRecordInInputOrderForAnyNumberOfJobs)
     }
 }
 
-TEST(Run, ABadFileCostsOnlyItself)
+TEST(Run, ABadFileCostsOnlyItselfAndWhatWasWrittenIsFinished)
 {
     const std::string aborted = std::string("The worker ") + kAborted + " while it processed the file.";
-    const struct {
-        const char* name;
-        std::string reason;
-    } rows[] = {{"crash", aborted},
-                {"exit", "The worker ended with exit code 3 while it processed the file."},
-                {"garbage", "The worker wrote something that is no message."},
-                {"lie", "The worker wanted to act on a file that it does not have."},
-                {"silent", "The worker did not tell what became of the file."},
-                {"grow", "The file needed more than 64 MiB of memory."},
-                {"hang", "The file took longer than 1 s."},
-                {"dies temporary", aborted}};
-    CRunPlace place;
-    place.options.engine.timeoutSeconds = 1;
-    place.options.engine.memoryBytes = 64 << 20;
-    for (const auto& row : rows) place.Input(std::string("bad ") + row.name);
-    for (const char* name : {"fine 1", "fine 2", "flood"}) place.Input(name);
-    place.FinalAction(7);
-    const RunResult result = place.Run();
-    EXPECT_EQ(result.exit, ExitClass::SomeNotSaved) << result.message;
-    EXPECT_EQ(result.Count(FileOutcome::Saved), 3);
-    for (const auto& row : rows) {
-        const std::string name = std::string("bad ") + row.name;
-        const FileRecord record = place.notes.Of(name);
-        // The silent one has written its result before.
-        const bool written = name == "bad silent";
-        EXPECT_EQ(record.outcome, written ? FileOutcome::Incomplete : FileOutcome::Failed) << name;
-        EXPECT_EQ(record.message, row.reason) << name;
-        EXPECT_EQ(place.Files("in").count(name), 1u) << name;
-        EXPECT_EQ(place.notes.done.size(), 11u);
-    }
-    const std::string log = place.Text("log.txt");
-    EXPECT_NE(log.find("file bad crash\r\n"), std::string::npos);
-    EXPECT_NE(log.find(std::string("ERROR: The worker ") + kAborted), std::string::npos);
-    EXPECT_EQ(place.Files("out").size(), place.Files("done").size() + 1) << "only 'bad silent' left its result";
-    for (const auto& [name, text] : place.Files("out")) EXPECT_FALSE(name.starts_with(".ferrule")) << name;
-}
-
-TEST(Run, GoesOnWithTheFinalActionWhenTheResultWasWritten)
-{
+    const FileOutcome failed = FileOutcome::Failed, saved = FileOutcome::Saved, incomplete = FileOutcome::Incomplete;
     const struct {
         const char* name;
         FileOutcome outcome;
         bool written, moved;
-    } rows[] = {{"dies before output", FileOutcome::Failed, false, false},
-                {"dies after output", FileOutcome::Saved, true, true},
-                {"dies before final-action", FileOutcome::Saved, true, true},
-                {"dies half moved", FileOutcome::Saved, true, true},
-                {"dies after final-action", FileOutcome::Saved, true, true},
-                {"always dies at its final-action", FileOutcome::Incomplete, true, false}};
+        std::string reason;
+    } rows[] = {
+        {"crash", failed, false, false, aborted},
+        {"exit", failed, false, false, "The worker ended with exit code 3 while it processed the file."},
+        {"garbage", failed, false, false, "The worker wrote something that is no message."},
+        {"lie", failed, false, false, "The worker wanted to act on a file that it does not have."},
+        {"grow", failed, false, false, "The file needed more than 64 MiB of memory."},
+        {"hang", failed, false, false, "The file took longer than 1 s."},
+        {"dies temporary", failed, false, false, aborted},
+        {"silent", incomplete, true, false, "The worker did not tell what became of the file."},
+        {"dies before output", failed, false, false, aborted},
+        {"dies after output", saved, true, true, aborted},
+        {"dies before final-action", saved, true, true, aborted},
+        {"dies half moved", saved, true, true, aborted},
+        {"dies after final-action", saved, true, true, aborted},
+        {"always dies at its final-action", incomplete, true, false, aborted},
+        {"fine 1", saved, true, true, ""},
+        {"fine 2", saved, true, true, ""},
+        {"flood", saved, true, true, ""},
+    };
     CRunPlace place;
+    place.options.engine.timeoutSeconds = 1;
+    place.options.engine.memoryBytes = 64 << 20;
     for (const auto& row : rows) place.Input(row.name);
     place.FinalAction(7);
-    EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+    const RunResult result = place.Run();
+    EXPECT_EQ(result.exit, ExitClass::SomeNotSaved) << result.message;
+    EXPECT_EQ(place.notes.done.size(), std::size(rows)) << "each file has one outcome";
     for (const auto& row : rows) {
         const FileRecord record = place.notes.Of(row.name);
         EXPECT_EQ(record.outcome, row.outcome) << row.name << ": " << record.message;
+        EXPECT_EQ(record.message, row.reason) << row.name;
         EXPECT_EQ(record.outputs.size(), row.written ? 1u : 0u) << row.name;
+        if (row.written) {
+            EXPECT_EQ(record.outputs.at(0).path, place.folder / ("out/" + std::string(row.name)));
+        }
         EXPECT_EQ(place.Files("out").count(row.name), row.written ? 1u : 0u) << row.name;
         EXPECT_EQ(place.Files("done").count(row.name), row.moved ? 1u : 0u) << row.name;
         EXPECT_EQ(place.Files("in").count(row.name), row.moved ? 0u : 1u) << row.name;
-        if (row.moved) {
-            ASSERT_TRUE(record.finalAction) << row.name;
-            EXPECT_EQ(record.finalAction->state, FinalActionRecord::State::Done) << row.name;
-        }
+        EXPECT_EQ(record.finalAction && record.finalAction->state == FinalActionRecord::State::Done, row.moved)
+            << row.name;
     }
-    EXPECT_EQ(place.notes.done.size(), 6u) << "each file has one outcome";
-    EXPECT_EQ(place.notes.Of("dies after output").outputs[0].path, place.folder / "out/dies after output");
+    const std::string log = place.Text("log.txt");
+    EXPECT_NE(log.find("file crash\r\n"), std::string::npos);
+    EXPECT_NE(log.find(std::string("ERROR: The worker ") + kAborted), std::string::npos);
+    for (const auto& [name, text] : place.Files("out")) EXPECT_FALSE(name.starts_with(".ferrule")) << name;
 }
 
 TEST(Run, DoesNotTouchWhatChangedSinceThePlan)
@@ -256,22 +240,6 @@ TEST(Run, TheSecondInterruptStopsFilesThatAreBeingProcessed)
     EXPECT_EQ(result.exit, ExitClass::Stopped);
     EXPECT_EQ(result.Count(FileOutcome::Stopped) + result.remaining, 3);
     EXPECT_TRUE(place.Files("out").empty());
-}
-
-TEST(Job, AnswersReportsOrTheReasonWhyThereAreNone)
-{
-    CRunPlace place;
-    place.Input("a");
-    const std::string plan =
-        LineOf({{"kind", "plan"}, {"description", {{"inputs", Json::array({place.folder / "in"})}}}});
-    const JobResult result = RunJob(place.options.engine, plan, place.notes);
-    EXPECT_EQ(result.exit, ExitClass::Fine);
-    ASSERT_EQ(result.reports.size(), 2u);
-    EXPECT_NE(result.reports[0].find("a\",\"size\""), std::string::npos);
-    const JobResult failed =
-        RunJob(place.options.engine, R"({"kind":"plan","description":{"sequence":"does not start"}})", place.notes);
-    EXPECT_EQ(failed.exit, ExitClass::Broken);
-    EXPECT_EQ(failed.errorLines, std::vector<std::string>{"no plug-in"});
 }
 
 }  // namespace

@@ -180,32 +180,6 @@ TEST_F(CoreTables, TablesAreFoundByNameUpToTheirVersion)
     }
 }
 
-HFT g_offered = nullptr;
-int g_provided = 0;
-HFT HOSTCALL Provide(HFTServer, ASVersion, void*)
-{
-    ++g_provided;
-    return g_offered;
-}
-
-TEST_F(CoreTables, APlugInsTableIsMadeOnceAndItsEntriesCanBeReplacedAndRestored)
-{
-    const HFTServer server = CALL(AcroSupport, HFTServerNew)("Own", &Provide, nullptr, nullptr);
-    g_offered = CALL(AcroSupport, HFTNew)(server, 2);
-    int first = 0, second = 0;
-    CALL(AcroSupport, HFTReplaceEntry)(g_offered, 1, &first, 0);
-    CALL(AcroSupport, HFTReplaceEntry)(g_offered, 1, &second, 0);
-    g_provided = 0;
-    const auto find = CALL(Core, ASExtensionMgrGetHFT);
-    for (int round = 0; round < 2; ++round) EXPECT_EQ(find(AtomFromText("Own"), 0x00010000), g_offered);
-    EXPECT_EQ(g_provided, 1);
-    EXPECT_EQ(g_offered[1], &second);
-    EXPECT_EQ(CALL(AcroSupport, HFTGetReplacedEntry)(g_offered, 1, &second), &first);
-    CALL(AcroSupport, HFTUnreplaceEntry)(g_offered, 1, &second, nullptr);
-    EXPECT_EQ(g_offered[1], &first);
-    EXPECT_EQ(Raised([&] { CALL(AcroSupport, HFTReplaceEntry)(g_offered, 3, &first, 0); }), genErrBadParm);
-}
-
 TEST_F(CoreTables, AtomsAreEqualForEqualTextsAndUnknownOnesHaveNoText)
 {
     const auto make = CALL(Core, ASAtomFromString);

@@ -179,9 +179,7 @@ TEST_F(Cabs, UnusableArgumentsRaiseAndChangeNothing)
     EXPECT_REFUSED(EXTRA(ASCabGetInt)(cab, nullptr, 1));
     EXPECT_REFUSED(EXTRA(ASCabCopy)(cab, nullptr));
     EXPECT_REFUSED(EXTRA(ASCabEnum)(cab, nullptr, nullptr));
-    EXPECT_REFUSED(EXTRA(ASCabMunge)(cab, nullptr, kASMungeCopy));
     EXPECT_REFUSED(EXTRA(ASCabReadFromStream)(nullptr));
-    EXPECT_REFUSED(EXTRA(ASCabGetPathNameCopy)(cab, "a", nullptr, nullptr));
     EXPECT_EQ(EXTRA(ASCabNumEntries)(cab), 2);
     EXPECT_EQ(openhost::LiveCabs(), 1u);
 }
@@ -208,59 +206,6 @@ TEST_F(Cabs, CopyOverwritesEqualKeysAndKeepsTheOthers)
     EXTRA(ASCabPutCab)(cab, "inside", dup);
     EXTRA(ASCabCopy)(cab, dup);  // the target is inside the source
     EXPECT_EQ(EXTRA(ASCabGetInt)(cab, "inside:inside:nested:x", 0), 5);
-}
-
-TEST_F(Cabs, CombiningFollowsItsAction)
-{
-    const struct {
-        ASCabMungeAction action;
-        const char* result;
-    } rows[] = {
-        {kASMungeRemove, "mine=1 nested:mine=1 "},
-        {kASMungeRemoveUnknown, "equal=1 nested:same=1 same=1 type=1 "},
-        {kASMungeRemoveDefaults, "mine=1 nested:mine=1 nested:same=1 same=1 type=1 "},
-        {kASMungeRemoveBadValues, "equal=1 mine=1 nested:mine=1 nested:same=1 same=1 "},
-        {kASMungeCopy, "equal=1 mine=1 nested:mine=1 nested:other=2 nested:same=2 other=2 same=2 type=s "},
-        {kASMungeReplace, "equal=1 mine=1 nested:mine=1 nested:same=2 same=2 type=s "},
-        {kASMungeCopyMissing, "equal=1 mine=1 nested:mine=1 nested:other=2 nested:same=1 other=2 same=1 type=1 "}};
-    for (const auto& row : rows) {
-        const OwnCab target = EXTRA(ASCabNew)();
-        for (const char* key : {"equal", "mine", "same", "type", "nested:mine", "nested:same"})
-            EXTRA(ASCabPutInt)(target, key, 1);
-        const OwnCab keys = EXTRA(ASCabNew)();
-        EXTRA(ASCabPutInt)(keys, "equal", 1);
-        for (const char* key : {"other", "same", "nested:other", "nested:same"}) EXTRA(ASCabPutInt)(keys, key, 2);
-        EXTRA(ASCabPutString)(keys, "type", Shared("s"));
-        EXTRA(ASCabMunge)(target, keys, row.action);
-        std::string result;
-        for (const char* key :
-             {"equal", "mine", "nested:mine", "nested:other", "nested:same", "other", "same", "type"}) {
-            const char* const string = EXTRA(ASCabGetString)(target, key);
-            if (!EXTRA(ASCabKnown)(target, key)) continue;
-            result.append(key).append("=");
-            result.append(string ? string : std::to_string(EXTRA(ASCabGetInt)(target, key, 0))).append(" ");
-        }
-        EXPECT_EQ(result, row.result) << "action " << row.action;
-    }
-    EXTRA(ASCabPutNull)(cab, "gone");
-    EXTRA(ASCabPutNull)(cab, "nested:gone");
-    EXTRA(ASCabPutInt)(cab, "nested:stays", 1);
-    EXTRA(ASCabMunge)(cab, nullptr, kASMungeRemoveNulls);
-    EXPECT_EQ(KeysOf(cab), (Keys{"nested"}));
-    EXPECT_EQ(KeysOf(EXTRA(ASCabGetCab)(cab, "nested")), (Keys{"stays"}));
-}
-
-TEST_F(Cabs, AListOfEntriesBecomesACab)
-{
-    const ASCabEntryRec entries[] = {{"b", kASValueBool, 1, nullptr, 0},       {"i", kASValueInteger, -4, nullptr, 0},
-                                     {"s", kASValueString, 0, "text", 0},      {"d", kASValueDouble, 0, nullptr, 1.5},
-                                     {"a", kASValueAtom, 0, "SomeAtom", 0},    {"n:x", kASValueNull, 0, nullptr, 0},
-                                     {nullptr, kASValueUnknown, 0, nullptr, 0}};
-    const OwnCab made = EXTRA(ASCabFromEntryList)(entries);
-    EXPECT_EQ(KeysOf(made), (Keys{"a", "b", "d", "i", "n", "s"}));
-    EXPECT_EQ(EXTRA(ASCabGetAtom)(made, "a", 0), CORE(ASAtomFromString)("SomeAtom"));
-    const ASCabEntryRec wrong[] = {{"i", kASValueInteger, 1, nullptr, 0}, {"p", kASValuePointer, 0, "x", 0}};
-    EXPECT_REFUSED(EXTRA(ASCabFromEntryList)(wrong));
 }
 
 int g_destroyed;

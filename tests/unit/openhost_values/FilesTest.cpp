@@ -142,18 +142,6 @@ TEST_F(Files, FoldersAreMadeWalkedThroughAndRemoved)
     for (const ASPathName path : {deep, top, file}) SUPPORT(ASFileSysReleasePath)(nullptr, path);
 }
 
-TEST_F(Files, PropertiesNeverGoPastTheCallersRecord)
-{
-    ASFileSysItemPropsRec props{};
-    props.size = offsetof(ASFileSysItemPropsRec, isHidden);
-    props.fileSize = 77;
-    const OwnPath path = Path(folder.Write("a.pdf", "12345"));
-    EXPECT_EQ(SUPPORT(ASFileSysGetItemProps)(nullptr, path, &props), 0);
-    EXPECT_TRUE(props.isThere);
-    EXPECT_EQ(props.fileSize, 77u);
-    EXPECT_EQ(props.size, offsetof(ASFileSysItemPropsRec, isHidden));
-}
-
 #ifndef _WIN32
 TEST_F(Files, APipeIsNotOpenedAndBlocksNobody)
 {
@@ -240,9 +228,6 @@ TEST_F(Streams, ItemsAreCountedWholeAndUnusableArgumentsRaise)
     EXPECT_REFUSED(SUPPORT(ASStmWrite)(bytes, 1, 1, stream));
     EXPECT_REFUSED(SUPPORT(ASFileStmRdOpen)(nullptr, 0));
     EXPECT_REFUSED(SUPPORT(ASMemStmRdOpen)(nullptr, 1));
-    EXPECT_REFUSED(SUPPORT(ASProcStmRdOpen)(nullptr, nullptr));
-    EXPECT_REFUSED(SUPPORT(ASProcStmWrOpen)(nullptr, nullptr, nullptr));
-    EXPECT_REFUSED(SUPPORT(ASProcStmRdOpenEx)(nullptr, nullptr));
     SUPPORT(ASStmClose)(stream);
     EXPECT_REFUSED(SUPPORT(ASStmClose)(stream));
 }
@@ -274,68 +259,6 @@ TEST_F(Streams, AFileClosedBeforeItsStreamLivesAsLongAsTheStream)
     EXPECT_EQ(SUPPORT(ASStmWrite)("late", 4, 1, stream), 1);
     SUPPORT(ASStmClose)(stream);
     EXPECT_EQ(FileBytes(folder / "a.txt"), "late");
-}
-
-/// What stands behind a stream of procedures in these tests: deals with three bytes at a time, has ten.
-struct Source {
-    std::string bytes;
-    std::size_t at = 0;
-    ASTCount answer = 0;  // when not 0, the answer of every call
-    ASErrorCode raise = 0;
-    int destroyed = 0;
-
-    static ASTCount HOSTCALL Deal(char* data, ASTArraySize size, Source& source, bool write)
-    {
-        if (source.raise) CORE(ASRaise)(source.raise);
-        if (source.answer) return source.answer;
-        const auto part = std::min<std::size_t>({static_cast<std::size_t>(size), 10 - source.at, 3});
-        write ? source.bytes.append(data, part).data() : std::memcpy(data, &source.bytes[source.at], part);
-        source.at += part;
-        return static_cast<ASTCount>(part);
-    }
-    static ASTCount HOSTCALL Read(char* data, ASTArraySize size, void* self)
-    {
-        return Deal(data, size, *static_cast<Source*>(self), false);
-    }
-    static ASTCount HOSTCALL Write(char* data, ASTArraySize size, void* self)
-    {
-        return Deal(data, size, *static_cast<Source*>(self), true);
-    }
-    static void HOSTCALL Destroy(void* self) { ++static_cast<Source*>(self)->destroyed; }
-};
-
-TEST_F(Streams, ProceduresMayDealWithFewerBytesAndMayRaise)
-{
-    Source source{"1234567890"};
-    ASProcStmRdExHandlerRec handler{};
-    handler.size = offsetof(ASProcStmRdExHandlerRec, seekProc);
-    handler.readProc = &Source::Read;
-    handler.destroyProc = &Source::Destroy;
-    const ASStm reading = SUPPORT(ASProcStmRdOpenEx)(&handler, &source);
-    char bytes[20] = {};
-    EXPECT_EQ(SUPPORT(ASStmRead)(bytes, 1, 7, reading), 7);
-    EXPECT_EQ(source.at, 7u);  // not more than was asked for
-    source.raise = fileErrIOTimeout;
-    EXPECT_RAISES(fileErrIOTimeout, SUPPORT(ASStmRead)(bytes, 1, 1, reading));
-    source.raise = 0;
-    for (const ASTCount answer : {-1, 1000000}) {
-        source.answer = answer;
-        EXPECT_RAISES(fileErrRead, SUPPORT(ASStmRead)(bytes, 1, 1, reading));
-    }
-    source.answer = 0;
-    EXPECT_EQ(SUPPORT(ASStmRead)(bytes, 1, 20, reading), 3);
-    SUPPORT(ASStmClose)(reading);
-
-    Source target;
-    const ASStm writing = SUPPORT(ASProcStmWrOpen)(&Source::Write, &Source::Destroy, &target);
-    EXPECT_EQ(SUPPORT(ASStmWrite)("1234567890", 5, 2, writing), 2);
-    EXPECT_EQ(target.bytes, "1234567890");
-    EXPECT_RAISES(fileErrWrite, SUPPORT(ASStmWrite)("x", 1, 1, writing));
-    target.raise = fileErrDiskFull;
-    EXPECT_RAISES(fileErrDiskFull, SUPPORT(ASStmWrite)("x", 1, 1, writing));
-    SUPPORT(ASStmClose)(writing);
-    EXPECT_EQ(source.destroyed, 1);
-    EXPECT_EQ(target.destroyed, 1);
 }
 
 }  // namespace

@@ -198,46 +198,4 @@ TEST_F(Paths, NamesAndTextsOfAPath)
     EXPECT_EQ(SUPPORT(ASFileSysGetNameFromPath)(nullptr, nullptr, buffer, sizeof buffer), genErrBadParm);
 }
 
-TEST_F(Paths, TheRecordOfTheFileSystemWorksLikeTheTable)
-{
-    const ASFileSys fileSys = SUPPORT(ASGetDefaultFileSys)();
-    EXPECT_EQ(fileSys->size, 536u);
-    EXPECT_EQ(SUPPORT(ASFileGetFileSysByName)(fileSys->getFileSysName()), fileSys);
-    EXPECT_EQ(SUPPORT(ASFileGetFileSysByName)(Atom("CHTTP")), nullptr);
-    const ASPathName path = fileSys->createPathName(Atom("Cstring"), Top("a").c_str(), nullptr);
-    EXPECT_EQ(Freed(fileSys->diPathFromPath(path, nullptr)), kTopText + std::string("a"));
-    fileSys->disposePathName(path);
-    EXPECT_REFUSED(fileSys->disposePathName(path));
-}
-
-TEST_F(Paths, ACabKeepsAPathAndAnswersItOnlyForAnExistingFile)
-{
-    const OwnCab cab = EXTRA(ASCabNew)();
-    const std::string file = folder.Write("caf\xC3\xA9.pdf", "x");
-    EXTRA(ASCabPutPathName)(cab, "Save:Path", nullptr, Make("Cstring", file.c_str()));
-    EXTRA(ASCabPutPathName)(cab, "Missing", nullptr, Make("Cstring", (folder / "missing.pdf").c_str()));
-    EXPECT_EQ(EXTRA(ASCabGetString)(cab, "Save:Path:DI"), openhost::CFilePath(file).DeviceIndependent());
-    EXPECT_EQ(openhost::LivePaths(), 0u);  // they were taken over
-    ASFileSys fileSys = nullptr;
-    ASPathName path = nullptr;
-    EXTRA(ASCabGetPathNameCopy)(cab, "Save:Path", &fileSys, &path);
-    EXPECT_EQ(fileSys, SUPPORT(ASGetDefaultFileSys)());
-    EXPECT_EQ(Native(path), file);
-    EXTRA(ASCabPutAtom)(cab, "Save:Path:FS", Atom("CHTTP"));
-    for (const char* key : {"Missing", "Absent", "Save", "Save:Path"}) {
-        path = reinterpret_cast<ASPathName>(this);
-        EXTRA(ASCabGetPathNameCopy)(cab, key, &fileSys, &path);
-        EXPECT_EQ(path, nullptr) << key;
-        EXPECT_EQ(fileSys, nullptr) << key;
-    }
-    EXTRA(ASCabPutAtom)(cab, "Save:Path:FS", Atom("DOS"));  // stored on another system
-    EXTRA(ASCabDetachPathName)(cab, "Save:Path", &fileSys, &path);
-    EXPECT_EQ(Native(path), file);
-    EXPECT_FALSE(EXTRA(ASCabKnown)(cab, "Save:Path"));
-    EXTRA(ASCabPutPathName)(cab, "Missing", nullptr, nullptr);
-    EXPECT_EQ(EXTRA(ASCabNumEntries)(cab), 1);
-    const OwnPath kept = Make("Cstring", file.c_str());
-    EXPECT_REFUSED(EXTRA(ASCabPutPathName)(cab, "a::b", nullptr, kept));
-}
-
 }  // namespace

@@ -118,21 +118,6 @@ TEST_F(Texts, HostBytesSurviveAlsoWhereTheyAreNoUtf8WhichIsValidOnlyInItsShortes
     }
 }
 
-TEST_F(Texts, ComparingForPeopleIgnoresCaseFirst)
-{
-    const struct {
-        const char *one, *other;
-        int people, exact;
-    } rows[] = {{"a", "B", -1, 1}, {"a", "A", 1, 1},  {"\xC3\x84z", "\xC3\xA4y", 1, -1},           {"a", "a", 0, 0},
-                {"", "a", -1, -1}, {"ab", "a", 1, 1}, {"\xEF\xBF\xBD", "\xF0\x9F\x98\x80", -1, -1}};
-    for (const auto& row : rows) {
-        const OwnText one = FromUtf8(row.one);
-        const OwnText other = FromUtf8(row.other);
-        EXPECT_EQ(EXTRA(ASTextCmp)(one, other), row.people) << row.one << ' ' << row.other;
-        EXPECT_EQ(EXTRA(ASTextCaseSensitiveCmp)(one, other), row.exact) << row.one << ' ' << row.other;
-    }
-}
-
 TEST_F(Texts, FiltersChangeTheTextInPlace)
 {
     const std::string end = kSeparator == '/' ? "\n" : "\r\n";
@@ -195,31 +180,6 @@ TEST_F(Texts, UnusableArgumentsRaise)
     EXPECT_EQ(Utf8(text), "-7");
 }
 
-TEST_F(Texts, AnErrorsTextGoesIntoATextObject)
-{
-    const OwnText text = FromUtf8("Fehler \xC3\xBC!");
-    const ASErrorCode code = SUPPORT(ASRegisterErrorStringASText)(1, text);
-    EXTRA(ASTextSetEncoded)(text, "kept", 0);
-    SUPPORT(ASGetErrorStringASText)(0, text);
-    EXPECT_EQ(Utf8(text), "kept");
-    SUPPORT(ASGetErrorStringASText)(code, text);
-    EXPECT_EQ(Utf8(text), "Fehler \xC3\xBC!");
-}
-
-TEST_F(Texts, DocumentTextIsTranslatedIntoTheCallersBuffer)
-{
-    const auto toHost = At<PDXlateToHostExSlotProc>(openhost::Table::PDModel, kSlotPDXlateToHostEx);
-    const auto toPdf = At<PDXlateToPDFDocEncExSlotProc>(openhost::Table::PDModel, kSlotPDXlateToPDFDocEncEx);
-    char buffer[6] = "#####";
-    EXPECT_EQ(toHost("caf\xE9!", 5, buffer, 5), 6);  // answers the whole length
-    EXPECT_STREQ(buffer, "caf\xC3");
-    EXPECT_EQ(toHost("caf\xE9!", 5, nullptr, 0), 6);
-    EXPECT_EQ(toPdf(0, "caf\xC3\xA9", 5, buffer, 6), 4);
-    EXPECT_STREQ(buffer, "caf\xE9");
-    EXPECT_EQ(toPdf(1, "a", 1, buffer, 6), 4);
-    EXPECT_EQ(std::string(buffer, 5), "\xFE\xFF\0a\0"s);
-}
-
 constexpr ASFixed F(double value) { return static_cast<ASFixed>(value * 65536); }
 constexpr ASFixed kMax = 0x7FFFFFFF;
 constexpr ASFixed kMin = -kMax - 1;
@@ -244,44 +204,6 @@ TEST_F(Fixed, ArithmeticRoundsAndStopsAtTheEndsOfTheRange)
     }
     EXPECT_EQ(SUPPORT(FloatToASFixed)(1e9), kMax);
     EXPECT_EQ(SUPPORT(ASFixedToFloat)(F(-0.5)), -0.5f);
-}
-
-TEST_F(Fixed, NumbersAreWrittenWithoutIdleZeros)
-{
-    const struct {
-        ASFixed number;
-        ASSmallCount precision;
-        ASSize_t room;
-        const char* text;
-    } rows[] = {{F(1.5), 4, 20, "1.5"}, {F(10), 4, 20, "10"},   {F(-0.25), 1, 20, "-0.2"},
-                {F(100), 0, 20, "100"}, {F(12.5), 3, 4, "12."}, {F(1), -3, 20, "1"}};
-    for (const auto& row : rows) {
-        char text[20] = "?";
-        SUPPORT(ASFixedToCString)(row.number, text, row.room, row.precision);
-        EXPECT_STREQ(text, row.text);
-    }
-    EXPECT_EQ(SUPPORT(ASCStringToFixed)("-2.25pt"), F(-2.25));
-    EXPECT_EQ(SUPPORT(ASCStringToFixed)("none"), 0);
-}
-
-TEST_F(Fixed, AMatrixAndItsInverseUndoEachOther)
-{
-    ASFixedMatrix matrix{0, F(2), F(-2), 0, F(10), F(20)};  // a quarter turn, doubled and moved
-    ASFixedMatrix inverse{};
-    SUPPORT(ASFixedMatrixInvert)(&inverse, &matrix);
-    ASFixedPoint point{F(3), F(4)};
-    SUPPORT(ASFixedMatrixTransform)(&point, &matrix, &point);
-    EXPECT_EQ((std::pair{point.h, point.v}), (std::pair{F(2), F(26)}));
-    SUPPORT(ASFixedMatrixTransform)(&point, &inverse, &point);
-    EXPECT_EQ((std::pair{point.h, point.v}), (std::pair{F(3), F(4)}));
-    ASFixedRect rect{F(0), F(2), F(1), F(0)};
-    SUPPORT(ASFixedMatrixTransformRect)(&rect, &matrix, &rect);
-    EXPECT_EQ((std::array{rect.left, rect.top, rect.right, rect.bottom}), (std::array{F(6), F(22), F(10), F(20)}));
-    ASFixedMatrix move{F(1), 0, 0, F(1), F(1), 0};
-    SUPPORT(ASFixedMatrixConcat)(&matrix, &matrix, &move);  // moves before it turns
-    EXPECT_EQ((std::pair{matrix.h, matrix.v}), (std::pair{F(10), F(22)}));
-    ASFixedMatrix flat{F(1), F(2), F(2), F(4), 0, 0};
-    EXPECT_REFUSED(SUPPORT(ASFixedMatrixInvert)(&inverse, &flat));
 }
 
 }  // namespace

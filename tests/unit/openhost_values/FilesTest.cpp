@@ -97,12 +97,7 @@ TEST_F(Files, PositionsAndLengthsBeyondTwoGibibytesNeedTheWideCalls)
     EXPECT_EQ(SUPPORT(ASFileGetPos64)(file), kFar + 3);
     EXPECT_RAISES(fileErrTooBig, SUPPORT(ASFileGetEOF)(file));
     EXPECT_RAISES(fileErrTooBig, SUPPORT(ASFileGetPos)(file));
-    EXPECT_REFUSED(SUPPORT(ASFileSetPos)(file, -1));
     EXPECT_REFUSED(SUPPORT(ASFileSetEOF64)(file, ~0ull));
-    EXPECT_REFUSED(SUPPORT(ASFileRead)(file, nullptr, 1));
-    SUPPORT(ASFileSetEOF)(file, 2);
-    EXPECT_EQ(SUPPORT(ASFileGetEOF)(file), 2);
-    EXPECT_EQ(SUPPORT(ASFileHardFlush)(file), 0);
     EXPECT_EQ(SUPPORT(ASFileClose)(file), 0);
 }
 
@@ -138,44 +133,33 @@ TEST_F(Files, FoldersAreMadeWalkedThroughAndRemoved)
     EXPECT_EQ(SUPPORT(ASFileSysRemoveFile)(nullptr, file), fileErrFNF);
     EXPECT_EQ(SUPPORT(ASFileSysGetItemProps)(nullptr, file, &props), 0);
     EXPECT_FALSE(props.isThere);
+    props.size = offsetof(ASFileSysItemPropsRec, fileSize);
+    props.fileSize = 77;
+    EXPECT_EQ(SUPPORT(ASFileSysGetItemProps)(nullptr, top, &props), 0);
+    EXPECT_EQ(props.fileSize, 77u) << "behind the end of the caller's record";
+    props.size = sizeof props;
     EXPECT_RAISES(fileErrFNF, SUPPORT(ASFileSysFirstFolderItem)(nullptr, file, &props, &item));
     for (const ASPathName path : {deep, top, file}) SUPPORT(ASFileSysReleasePath)(nullptr, path);
 }
 
 #ifndef _WIN32
-TEST_F(Files, APipeIsNotOpenedAndBlocksNobody)
+TEST_F(Files, APipeBlocksNobodyAndANameThatIsNoTextFindsItsFile)
 {
-    const std::string pipe = folder / "pipe";
+    const std::string pipe = folder / "pipe", path = folder.Write("n\xFF.pdf", "12345");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     ASFile file = nullptr;
     EXPECT_EQ(Open(pipe, kRead, &file), fileErrOpenFailed);
     EXPECT_EQ(file, nullptr);
-}
-
-TEST_F(Files, ANameThatIsNoTextFindsItsFile)
-{
-    const std::string path = folder.Write("n\xFF.pdf", "12345");
-    const ASFile file = Opened(path, kRead);
+    file = Opened(path, kRead);
     EXPECT_EQ(SUPPORT(ASFileGetEOF)(file), 5);
     EXPECT_EQ(SUPPORT(ASFileClose)(file), 0);
-    const ASPathName whole = Path(folder.Path());
-    const ASPathName made =
-        SUPPORT(ASFileSysCreatePathName)(nullptr, CORE(ASAtomFromString)("FolderPathName"), whole, "n\xFF.pdf");
-    EXPECT_EQ(openhost::PathAt(made).Native(), path);
-    for (const ASPathName name : {whole, made}) SUPPORT(ASFileSysReleasePath)(nullptr, name);
 }
 #endif
 
-std::string Numbered(int lines)
-{
-    std::string text;
-    for (int line = 0; line < lines; ++line) text += std::to_string(line) + "\n";
-    return text;
-}
-
 TEST_F(Streams, BytesSurviveWritingAndReadingThroughEveryBufferSize)
 {
-    const std::string text = Numbered(5000);
+    std::string text;
+    for (int line = 0; line < 5000; ++line) text += std::to_string(line) + "\n";
     for (const ASSmallBufferSize bufferSize : {0, 1, 7, 4096, 65535}) {
         SCOPED_TRACE(bufferSize);
         const ASFile out = Opened(folder / "a.txt", kCreate);
@@ -206,7 +190,7 @@ TEST_F(Streams, BytesSurviveWritingAndReadingThroughEveryBufferSize)
 
 TEST_F(Streams, TheFilesPositionFollowsWhatWasReadNotWhatWasBuffered)
 {
-    const ASFile file = Opened(folder.Write("a.txt", Numbered(1000)), kRead);
+    const ASFile file = Opened(folder.Write("a.txt", std::string(5000, 'x')), kRead);
     const ASStm stream = SUPPORT(ASFileStmRdOpen)(file, 0);
     char bytes[5];
     EXPECT_EQ(SUPPORT(ASStmRead)(bytes, 1, 5, stream), 5);
@@ -223,11 +207,9 @@ TEST_F(Streams, ItemsAreCountedWholeAndUnusableArgumentsRaise)
     EXPECT_EQ(SUPPORT(ASStmRead)(bytes, 0, 5, stream), 0);
     EXPECT_EQ(SUPPORT(ASStmRead)(bytes, 3, 5, stream), 2);
     EXPECT_REFUSED(SUPPORT(ASStmRead)(bytes, -1, 1, stream));
-    EXPECT_REFUSED(SUPPORT(ASStmRead)(nullptr, 1, 1, stream));
     EXPECT_REFUSED(SUPPORT(ASStmRead)(bytes, 1, 1, nullptr));
     EXPECT_REFUSED(SUPPORT(ASStmWrite)(bytes, 1, 1, stream));
     EXPECT_REFUSED(SUPPORT(ASFileStmRdOpen)(nullptr, 0));
-    EXPECT_REFUSED(SUPPORT(ASMemStmRdOpen)(nullptr, 1));
     SUPPORT(ASStmClose)(stream);
     EXPECT_REFUSED(SUPPORT(ASStmClose)(stream));
 }

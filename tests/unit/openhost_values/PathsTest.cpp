@@ -180,10 +180,6 @@ TEST_F(Paths, NamesAndTextsOfAPath)
         EXPECT_EQ(buffer, row.name);
         EXPECT_EQ(Freed(SUPPORT(ASFileSysDisplayStringFromPath)(nullptr, path)), row.native);
         EXPECT_EQ(Freed(SUPPORT(ASFileSysURLFromPath)(nullptr, path)), row.url);
-        const OwnText text = EXTRA(ASTextNew)();
-        EXPECT_EQ(SUPPORT(ASFileSysGetNameFromPathAsASText)(nullptr, path, text), 0);
-        EXPECT_EQ(EXTRA(ASTextGetEncoded)(text, 0), row.name);
-        EXPECT_EQ(SUPPORT(ASFileSysDisplayASTextFromPath)(nullptr, path, nullptr), genErrBadParm);
         ASPlatformPath native = nullptr;
         EXPECT_NE(SUPPORT(ASFileSysAcquirePlatformPath)(nullptr, path, Atom("FSRef"), &native), 0);
         EXPECT_EQ(native, nullptr);
@@ -194,8 +190,6 @@ TEST_F(Paths, NamesAndTextsOfAPath)
         EXPECT_EQ(Native(top), row.top);
         EXPECT_EQ(Native(path), row.native);
     }
-    char buffer[16];
-    EXPECT_EQ(SUPPORT(ASFileSysGetNameFromPath)(nullptr, nullptr, buffer, sizeof buffer), genErrBadParm);
 }
 
 }  // namespace

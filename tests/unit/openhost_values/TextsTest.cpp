@@ -2,7 +2,6 @@
 #include <array>
 #include <cstring>
 
-#include "base/PathNames.h"
 #include "base/Unicode.h"
 #include "unit/openhost_values/ValuesHost.h"
 
@@ -115,27 +114,6 @@ TEST_F(Texts, HostBytesSurviveAlsoWhereTheyAreNoUtf8WhichIsValidOnlyInItsShortes
         EXPECT_STREQ(copy, bytes);
         SUPPORT(ASfree)(copy);
         EXPECT_TRUE(IsValidUtf8(Utf8(text))) << bytes;
-    }
-}
-
-TEST_F(Texts, FiltersChangeTheTextInPlace)
-{
-    const std::string end = kSeparator == '/' ? "\n" : "\r\n";
-    const struct {
-        ASTextFilterType filter;
-        std::string before, after;
-    } rows[] = {{kASTextFilterIdentity, "a\r\n&b", "a\r\n&b"},
-                {kASTextFilterLineEndings, "a\r\nb\rc\nd\r", "a" + end + "b" + end + "c" + end + "d" + end},
-                {kASTextRemoveLineEndings, "a\r\nb\rc\nd", "abcd"},
-                {kASTextFilterUpperCase, "s\xC3\x9F \xC3\xA4\xC4\x8D\xD0\xB4\xCF\x89",
-                 "S\xC3\x9F \xC3\x84\xC4\x8C\xD0\x94\xCE\xA9"},
-                {kASTextFilterLowerCase, "\xC3\x84\xC4\x8C\xD0\x94\xCE\xA9Z", "\xC3\xA4\xC4\x8D\xD0\xB4\xCF\x89z"},
-                {kASTextFilterRemoveAmpersands, "&Save && Close&", "Save & Close"},
-                {kASTextFilterNormalizeFullWidthASCIIVariants, "\xEF\xBC\xA1\xEF\xBD\x9A", "Az"}};
-    for (const auto& row : rows) {
-        const OwnText text = FromUtf8(row.before.c_str());
-        EXTRA(ASTextFilter)(text, row.filter);
-        EXPECT_EQ(Utf8(text), row.after) << "filter " << row.filter;
     }
 }
 

@@ -51,6 +51,12 @@ class CommandPlace(Workplace):
             raise AssertionError(f"no end after {timeout} s: {arguments}\n{errors.decode('utf-8', 'replace')}") from None
         return Result(process.returncode, output.decode("utf-8", "replace"), errors.decode("utf-8", "replace"))
 
+    def expect(self, code, *words, **options):
+        """The same, with this exit code."""
+        result = self.ferrule(*words, **options)
+        assert result.code == code, f"not {code}: {words}\n{result}"
+        return result
+
     usual_seconds = 0.6  # what a run over some tens of small documents takes
 
     def workers_of(self, process):

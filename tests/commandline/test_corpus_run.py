@@ -43,9 +43,8 @@ class Corpus(unittest.TestCase):
         words.write_text("\n".join(json.loads(row[column]) for row in rows.values() for column in ("user_password", "owner_password")
                                    if row[column] not in ("", "(empty)")) + "\n", encoding="utf-8")
         record = place.root / "record.jsonl"
-        result = place.ferrule("run", place.protect_sequence(method=3), "--input", place.input, "--output", place.output, "--jobs", 2,
+        result = place.expect(3, "run", place.protect_sequence(method=3), "--input", place.input, "--output", place.output, "--jobs", 2,
                                "--password-file", words, "--timeout", "20", "--record", record, timeout=1500)
-        self.assertEqual(result.code, 3, result)
         lines = {os.path.relpath(line["path"], place.input): line for line in records(record).values()}
         self.assertEqual(sorted(lines), sorted(path for path in rows if path.lower().endswith(".pdf")))
         wrong = []
@@ -85,9 +84,8 @@ class Corpus(unittest.TestCase):
         for path, half in halves.items():
             path.write_bytes(half)
         sequence, record = place.protect_sequence(), place.root / "record.jsonl"
-        result = place.ferrule("run", sequence, "--input", place.input, "--output", place.output, "--final-action", "delete",
+        result = place.expect(3, "run", sequence, "--input", place.input, "--output", place.output, "--final-action", "delete",
                                "--record", record)
-        self.assertEqual(result.code, 3, result)
         self.assertLessEqual({line["outcome"] for line in records(record).values()}, {"incomplete", "failed"}, result)
         alone = subprocess.run([os.environ["FERRULE_HOST_PROGRAM"], "--plugin", os.environ["FERRULE_PLUG_IN"]], capture_output=True,
                                env={**place.environment(), "FERRULESEQU": str(sequence), "FERRULEALTPATH": str(place.input),

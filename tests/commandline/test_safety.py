@@ -57,8 +57,8 @@ class Safety(unittest.TestCase):
                                 ("--force", 1), ("NoSuchStep", 0 if words else 1), ("Hunter2", 0)):
                 self.assertEqual(result.errors.count(word), count, (word, result.errors))
         plan = ["plan", self.place.root / "sequence.sequ", "--input", self.place.input, *output, "--manifest", self.place.root / "m"]
-        self.assertEqual(self.place.ferrule(*plan).code, 1)
-        self.assertEqual(self.place.ferrule(*plan, "--force").code, 0)
+        self.place.expect(1, *plan)
+        self.place.expect(0, *plan, "--force")
         self.assertEqual(list(self.place.output.iterdir()), [])
         forced = self.run_it(broken[:1] + [self.save], *output, "--force")
         self.assertEqual(forced.code, 0, forced)
@@ -71,9 +71,8 @@ class Safety(unittest.TestCase):
         link = self.place.input / "link"
         link.symlink_to(out)
         sequence = self.place.sequence("sequence.sequ", [self.save])
-        result = self.place.ferrule("run", sequence, "--input", self.place.input, "--output", link, "--final-action", "copy",
+        result = self.place.expect(0, "run", sequence, "--input", self.place.input, "--output", link, "--final-action", "copy",
                                     "--destination", done, "--record", self.place.root / "record")
-        self.assertEqual(result.code, 0, result)
         self.assertEqual({record["path"] for record in records(self.place.root / "record").values()}, {str(path) for path in self.originals})
         self.assertEqual(result.errors.count("is left out of the input because results go there"), 2, result.errors)
         outcome = self.place.run_folder(sequence, final=1, FERRULEALTOUTPUTPATH=out, FERRULEDEST=done)
@@ -94,7 +93,7 @@ class Safety(unittest.TestCase):
         plan = ["plan", sequence, *places, "--manifest"]
         merge = ["merge", "--manifest", manifest, journal]
         for words in ([*plan, manifest], [*shard, journal, "--record", record]):
-            self.assertEqual(self.place.ferrule(*words).code, 0, words)
+            self.place.expect(0, *words)
         notes = root / "notes.txt"
         notes.write_text("1: call the printer", encoding="utf-8")
         os.symlink(notes, root / "link")
@@ -121,21 +120,19 @@ class Safety(unittest.TestCase):
         ]
         before = {path: path.read_bytes() for path in root.rglob("*") if path.is_file()}
         for words, reason in rows:
-            result = self.place.ferrule(*words)
-            self.assertEqual(result.code, 1, f"{words}\n{result}")
+            result = self.place.expect(1, *words)
             self.assertIn(reason, result.errors, words)
             self.assertIn(str(words[-1]) if words[-1] != "--dry-run" else "", result.errors)
         self.assertEqual({path: path.read_bytes() for path in before}, before)
         for words in ([*plan, "-"], [*merge, "--log", "-"], [*shard, "-"]):
-            self.assertEqual(self.place.ferrule(*words).code, 2, words)
+            self.place.expect(2, *words)
         for path in (odd, empty, self.place.output / "a.pdf"):
             path.unlink()
         self.place.sequence("sequence.sequ", [self.protect, (SAVE, save_items(DontOverwrite=("boolean", "false")))])
-        result = self.place.ferrule(*run, "--record", self.place.output / "a.pdf", "--log", "/dev/null")
-        self.assertEqual(result.code, 3, "a result does not take the place of the record")
+        self.place.expect(3, *run, "--record", self.place.output / "a.pdf", "--log", "/dev/null")
         self.assertEqual([line["outcome"] for line in records(self.place.output / "a.pdf").values()], ["failed", "saved"])
         for kind in (record, "/dev/null"):
-            self.assertEqual(self.place.ferrule(*run, "--record", kind, "--log", root / "log").code, 0, kind)
+            self.place.expect(0, *run, "--record", kind, "--log", root / "log")
 
     def test_converting_names_the_file_that_the_problem_is_with(self):
         root = self.place.root

@@ -4,7 +4,6 @@ import json
 import os
 import resource
 import signal
-import subprocess
 import time
 import unittest
 from pathlib import Path
@@ -22,19 +21,21 @@ class Trouble(unittest.TestCase):
     def setUp(self):
         self.place = CommandPlace()
         self.addCleanup(self.place.close)
-        self.record = self.place.root / "record.jsonl"
+        self.record, self.manifest, self.journal = (self.place.root / name for name in ("record.jsonl", "manifest", "journal"))
         self.sequence = self.place.protect_sequence()
-        self.turning = self.place.sequence("turning.sequ", [("T:TurnsOnPageCount", {}), (PROTECT, protect_items(0)),
-                                                            (SAVE, save_items())])
+        self.folders = ["--input", self.place.input, "--output", self.place.output]
+        self.shard = ["run", "--manifest", self.manifest, "--journal", self.journal]
+
+    def words(self, *more, jobs=2, sequence=None):
+        return ["run", sequence or self.sequence, *self.folders, "--jobs", jobs, "--record", self.record, *more]
 
     def turn(self, *more, jobs=2):
         """A run whose sequence has the step that ends processes."""
-        return ["run", self.turning, "--input", self.place.input, "--output", self.place.output, "--jobs", jobs,
-                "--record", self.record, "--plugin", PLUG_IN, "--plugin", FOREIGN_STEPS, *more]
+        turning = self.place.sequence("turning.sequ", [("T:TurnsOnPageCount", {}), (PROTECT, protect_items(0)), (SAVE, save_items())])
+        return self.words("--plugin", PLUG_IN, "--plugin", FOREIGN_STEPS, *more, jobs=jobs, sequence=turning)
 
-    def words(self, *more, jobs=2):
-        return ["run", self.sequence, "--input", self.place.input, "--output", self.place.output, "--jobs", jobs,
-                "--record", self.record, *more]
+    def plan(self, *more):
+        self.place.expect(0, "plan", self.sequence, *self.folders, "--manifest", self.manifest, *more)
 
     def outcomes(self):
         return {Path(line["path"]).name: line["outcome"] for line in records(self.record).values()}
@@ -49,8 +50,7 @@ class Trouble(unittest.TestCase):
                "good 3 grows.pdf": (GROWS, "300")}
         for name, (content, _) in bad.items():
             (self.place.input / name).write_bytes(content)
-        result = self.place.ferrule(*self.turn("--timeout", "6", "--memory", "300M"))
-        self.assertEqual(result.code, 3, result)
+        result = self.place.expect(3, *self.turn("--timeout", "6", "--memory", "300M"))
         outcomes = self.outcomes()
         self.assertEqual({outcomes[path.name] for path in good}, {"saved"}, result)
         for name, (_, reason) in bad.items():
@@ -61,22 +61,14 @@ class Trouble(unittest.TestCase):
         self.assertTrue(all(map(is_protected, self.place.output.iterdir())))
         self.assertEqual(temporaries(self.place.root), [])
 
-    def busy_worker(self, process):
-        """The process of the worker, once it has been with its file for a while."""
-        workers, since = [], time.monotonic()
-        while time.monotonic() < since + 20:
-            found = subprocess.run(["pgrep", "-P", str(process.pid)], capture_output=True, text=True, check=False).stdout.split()
-            if found != workers:
-                workers, since = found, time.monotonic()
-            elif workers and time.monotonic() > since + 1.5:
-                return int(workers[0])
-            time.sleep(0.1)
-        raise AssertionError("there is no worker")
-
     def test_second_interrupt_ends_it_now(self):
         (self.place.input / "a.pdf").write_bytes(HANGS)
         process = self.place.start(*self.turn(jobs=1))
-        self.busy_worker(process)
+        workers, since = [], time.monotonic()
+        while not workers or time.monotonic() < since + 1.5:  # until one worker has been with its file for a while
+            found = self.place.workers_of(process)
+            workers, since = found, since if found == workers else time.monotonic()
+            time.sleep(0.1)
         process.send_signal(signal.SIGINT)
         time.sleep(0.5)
         self.assertIsNone(process.poll(), "the first one does not wait for the file")
@@ -87,21 +79,17 @@ class Trouble(unittest.TestCase):
 
     def test_an_output_folder_that_goes_away_sends_nothing_elsewhere(self):
         made = documents(self.place, ["a.pdf", "b.pdf"])
-        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
-        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--final-action",
-                           "delete", "--manifest", manifest)
+        self.plan("--final-action", "delete")
         self.place.output.rmdir()
-        result = self.place.ferrule("run", "--manifest", manifest, "--journal", journal, "--record", self.record)
-        self.assertEqual(result.code, 3, result)
+        self.place.expect(3, *self.shard, "--record", self.record)
         self.assertEqual(set(self.outcomes().values()), {"failed"})
         self.assertEqual({path: path.read_bytes() for path in self.place.input.iterdir()}, made)
 
     def test_no_result_replaces_another_input(self):
         made = documents(self.place, ["a.PDF", "a.pdf", "sub/b.pdf", "b.pdf"])
         in_place = self.place.protect_sequence(DontOverwrite=("boolean", "false"))
-        result = self.place.ferrule("run", in_place, "--input", self.place.input, "--final-action", "copy", "--destination",
-                                    self.place.input, "--record", self.record)
-        self.assertEqual(result.code, 3, result)
+        self.place.expect(3, "run", in_place, "--input", self.place.input, "--final-action", "copy", "--destination", self.place.input,
+                    "--record", self.record)
         self.assertEqual((self.place.input / "a.PDF").read_bytes(), made[self.place.input / "a.PDF"])
         self.assertIn("is an input, too", self.message("a.PDF"))
         self.assertTrue(is_protected(self.place.input / "a.pdf"))
@@ -114,13 +102,9 @@ class Trouble(unittest.TestCase):
         result = self.place.ferrule(*self.words("--quiet"))
         self.assertEqual((result.code, result.output, result.errors), (0, "", ""))
         (self.place.input / "torn.pdf").write_bytes(b"torn")
-        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
-        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
-        for words in (self.words(), self.words("--dry-run"), ["run", "--manifest", manifest, "--journal", journal],
-                      ["merge", "--manifest", manifest, journal]):
-            result = self.place.ferrule(*words, "--quiet")
-            lines = result.errors.splitlines()
-            self.assertEqual(result.code, 3, result)
+        self.plan()
+        for words in (self.words(), self.words("--dry-run"), self.shard, ["merge", "--manifest", self.manifest, self.journal]):
+            lines = self.place.expect(3, *words, "--quiet").errors.splitlines()
             self.assertRegex(lines[0], r"^ferrule: .*torn\.pdf: failed: .")
             self.assertIn("1 of 2 files was not saved: 1 failed", lines[1])
 
@@ -133,11 +117,9 @@ class Trouble(unittest.TestCase):
         torn = self.place.input / "torn.pdf"
         torn.write_bytes(b"torn")
         planned = self.sequence.read_bytes()
-        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
-        shard = ["run", "--manifest", manifest, "--journal", journal]
-        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
+        self.plan()
         words = self.words("--no-subfolders", "--skip-unavailable", "--allow-in-place")
-        self.assertEqual(self.place.ferrule(*words).code, 3)
+        self.place.expect(3, *words)
         again = [*words, "--resume", "--retry-failed"]
         results = {path: path.read_bytes() for path in self.place.output.iterdir()}
         rows = [
@@ -146,12 +128,11 @@ class Trouble(unittest.TestCase):
             ([*again, "--ext", "pdf,tif"], planned, "--ext"),
             ([word for word in again if word != "--no-subfolders"], planned, "--no-subfolders"),
             ([word for word in again if word != "--allow-in-place"], planned, "--allow-in-place"),
-            (shard, planned + b" ", str(self.sequence)),
+            (self.shard, planned + b" ", str(self.sequence)),
         ]
         for given, content, named in rows:
             self.sequence.unlink() if content is None else self.sequence.write_bytes(content)
-            result = self.place.ferrule(*given)
-            self.assertEqual(result.code, 1, result)
+            result = self.place.expect(1, *given)
             self.assertIn(named, result.errors)
             if content is not None:
                 self.assertRegex(result.errors, "To go on with the run, .* anew, ")
@@ -159,49 +140,42 @@ class Trouble(unittest.TestCase):
         passwords = self.place.root / "passwords"
         passwords.write_text("secret", encoding="utf-8")
         for more in (["--jobs", 1], ["--timeout", 9, "--memory", "1G"], ["--password-file", passwords], ["--allow-no-output", "--accept-damaged"]):
-            self.assertEqual(self.place.ferrule(*again, *more).code, 3, more)
+            self.place.expect(3, *again, *more)
         self.assertEqual({path: path.read_bytes() for path in self.place.output.iterdir()}, results)
         # Another output or final action is another run; while the first is unfinished that is taken for a mistake.
         kept = self.kept() / "journal.jsonl"
         kept.write_bytes(kept.read_bytes()[:kept.read_bytes().rindex(b'{"end"')])
         for more, named in ((["--output", self.place.done], "--output"), (["--final-action", "delete"], "--final-action")):
-            result = self.place.ferrule(*again, *more)
-            self.assertEqual(result.code, 1, result)
-            self.assertIn(named, result.errors)
+            self.assertIn(named, self.place.expect(1, *again, *more).errors)
         self.assertEqual({path: path.read_bytes() for path in made}, made)
         torn.write_bytes(minimal_pdf("mended"))
-        self.assertEqual(self.place.ferrule(*shard, "--record", self.record).code, 3, "it is not what was planned")
+        self.place.expect(3, *self.shard, "--record", self.record)  # it is not what was planned
 
     def test_no_message_about_a_broken_run_sends_in_a_circle(self):
         documents(self.place, ["a.pdf"])
         for name in ("manifest.jsonl", "journal.jsonl"):
             for old, new in ((b'"version":', b'"version":9'), (b'"run":"', b'"run":"x'), (b"\n", b"\n{nonsense\n"),
                              (b"{", b"\0\0"), (b'{"number":1', b'{"number":7')):
-                self.assertEqual(self.place.ferrule(*self.words()).code, 0)
+                self.place.expect(0, *self.words())
                 path = self.kept() / name
                 broken = path.read_bytes().replace(old, new, 1)
                 if broken == path.read_bytes():
                     continue
                 path.write_bytes(broken)
                 for _ in range(2):
-                    result = self.place.ferrule(*self.words("--resume"))
-                    self.assertEqual(result.code, 1, f"{name} {new}\n{result}")
-                    self.assertIn("without --resume", result.errors)
+                    result = self.place.expect(1, *self.words("--resume"))
+                    self.assertIn("without --resume", result.errors, f"{name} {new}")
                     self.assertNotIn("with --resume", result.errors)
-        manifest, journal = self.place.root / "manifest", self.place.root / "journal"
-        shard = ["run", "--manifest", manifest, "--journal", journal]
-        self.place.ferrule("plan", self.sequence, "--input", self.place.input, "--output", self.place.output, "--manifest", manifest)
-        self.assertEqual(self.place.ferrule(*shard).code, 0)
-        journal.write_bytes(journal.read_bytes().replace(b"\n", b"\n{nonsense\n", 1))
-        result = self.place.ferrule(*shard)
-        self.assertEqual(result.code, 1, result)
-        self.assertRegex(result.errors, "move that file away .*--journal")
-        journal.rename(self.place.root / "away")
-        self.assertEqual(self.place.ferrule(*shard).code, 0)
+        self.plan()
+        self.place.expect(0, *self.shard)
+        self.journal.write_bytes(self.journal.read_bytes().replace(b"\n", b"\n{nonsense\n", 1))
+        self.assertRegex(self.place.expect(1, *self.shard).errors, "move that file away .*--journal")
+        self.journal.rename(self.place.root / "away")
+        self.place.expect(0, *self.shard)
 
     def test_what_was_done_is_kept_packed(self):
         documents(self.place, ["a.pdf"])
-        self.assertEqual(self.place.ferrule(*self.words()).code, 0)
+        self.place.expect(0, *self.words())
         kept = self.kept()
         runs = kept.parent
         pack, = runs.glob("*.gz")
@@ -216,17 +190,17 @@ class Trouble(unittest.TestCase):
             (runs / name).touch()
         # Another request: the plain plan of the first one is old, and nothing of it could be done again.
         os.utime(kept / "journal.jsonl", (0, 0))
-        self.assertEqual(self.place.ferrule(*self.words("--resume")).code, 0, "it can still be gone on with")
+        self.place.expect(0, *self.words("--resume"))  # it can still be gone on with
         os.utime(kept / "journal.jsonl", (0, 0))
         (self.place.input / "torn.pdf").write_bytes(b"torn")
-        self.assertEqual(self.place.ferrule(*self.words("--final-action", "copy", "--destination", self.place.done)).code, 3)
+        self.place.expect(3, *self.words("--final-action", "copy", "--destination", self.place.done))
         left = sorted(path.name for path in runs.glob("*.gz"))
         self.assertEqual(len([name for name in left if "-yyyy" in name]), 15)
         self.assertEqual([name for name in left if "-oooo" in name], names[-3:], "twenty stay in all")
         self.assertEqual(sorted(path.name for path in kept.iterdir()), ["lock"])
         unfinished = next(runs.glob("*/journal.jsonl"))
         os.utime(unfinished, (0, 0))
-        self.assertEqual(self.place.ferrule(*self.words("--ext", "none")).code, 0)
+        self.place.expect(0, *self.words("--ext", "none"))
         self.assertTrue(unfinished.exists(), "its file can still be done again")
 
     def test_few_open_files_mean_few_workers(self):
@@ -241,11 +215,8 @@ class Trouble(unittest.TestCase):
             self.assertEqual("open at a time" in errors, bool(told), errors)
 
     def test_names_that_are_no_text(self):
-        path = os.fsencode(self.place.input) + b"/caf\xe9 \xff.pdf"
-        with open(path, "wb") as stream:
-            stream.write(minimal_pdf("bytes"))
-        result = self.place.ferrule(*self.words("--final-action", "move", "--destination", self.place.done))
-        self.assertEqual(result.code, 0, result)
+        documents(self.place, [os.fsdecode(b"caf\xe9 \xff.pdf")])
+        self.place.expect(0, *self.words("--final-action", "move", "--destination", self.place.done))
         self.assertEqual(os.listdir(os.fsencode(self.place.done)), [b"caf\xe9 \xff.pdf"])
         self.assertEqual(os.listdir(os.fsencode(self.place.output)), [b"caf\xe9 \xff.pdf"])
         json.loads(self.record.read_text(encoding="utf-8"))

@@ -5,18 +5,16 @@ import difflib
 import os
 import shutil
 import subprocess
-import time
 import unittest
 from pathlib import Path
 
-from commandline import records
+from commandline import PASSWORD, records
 from test_corpus import LIBRARY_KILLERS
+from test_equal import NORMALISE
 from unattended import HOST as LINUX_HOST, PROTECT, SAVE, Workplace, page_count, protect_items, save_items, text_of, tool
 from wine import HOST as WINDOWS_HOST, WindowsPlace
 
 CORPUS = Path(os.environ.get("FERRULE_CORPUS", ""))
-NORMALISE = Path(__file__).resolve().parents[2] / "scripts" / "normalise-run"
-PASSWORD = "open sesame"
 COUNT = 100
 
 
@@ -37,9 +35,9 @@ class Run:
             shutil.copyfile(path, place.input / f"{number:03} {path.name}")
         sequence = place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
         self.record = place.root / "record.jsonl"
-        began = time.monotonic()
         self.outcome = place.run_folder(sequence, 7, place.done, ["--record", self.record])
-        self.seconds = time.monotonic() - began
+        self.log = place.root / "log.txt"
+        self.log.write_bytes(self.outcome.raw_log)
 
     def comparable(self, path):
         """Without times and folders, and with one kind of separators."""
@@ -59,31 +57,20 @@ class EnvironmentForm(unittest.TestCase):
         cls.linux, cls.windows = Run(Workplace(), LINUX_HOST, paths), Run(WindowsPlace(), WINDOWS_HOST, paths)
         cls.addClassCleanup(cls.linux.place.close)
         cls.addClassCleanup(cls.windows.place.close)
-        print(f"{COUNT} documents: {cls.windows.seconds:.1f} s under Wine, {cls.linux.seconds:.1f} s on Linux, "
-              f"ratio {cls.windows.seconds / cls.linux.seconds:.2f}", flush=True)
 
     def same(self, on_linux, on_windows):
         difference = list(difflib.unified_diff(on_linux, on_windows, "Linux", "Windows", lineterm="", n=0))
         self.assertEqual(difference, [], "\n".join(line[:300] for line in difference[:20]))
 
-    def test_the_same_files_come_out(self):
+    def test_files_log_and_record_are_the_same(self):
         def names(place):
             return sorted(str(path.relative_to(place.root)) for folder in (place.input, place.output, place.done)
                           for path in folder.rglob("*"))
         self.same(names(self.linux.place), names(self.windows.place))
         self.assertGreater(len(list(self.windows.place.output.iterdir())), COUNT // 2)
         self.assertEqual(self.linux.outcome.code, self.windows.outcome.code, self.windows.outcome.errors[-2000:])
-
-    def test_the_log_tells_the_same(self):
-        logs = []
-        for run in (self.linux, self.windows):
-            path = run.place.root / "log.txt"
-            path.write_bytes(run.outcome.raw_log)
-            logs.append(run.comparable(path))
-        self.same(*logs)
-
-    def test_the_record_tells_the_same(self):
-        self.same(*(run.comparable(run.record) for run in (self.linux, self.windows)))
+        self.same(self.linux.comparable(self.linux.log), self.windows.comparable(self.windows.log))
+        self.same(self.linux.comparable(self.linux.record), self.windows.comparable(self.windows.record))
 
     def test_the_results_open_in_independent_libraries(self):
         killers = {Path(name).name for name in LIBRARY_KILLERS}  # independent libraries hang on them, too

@@ -5,8 +5,6 @@
 //                                    number, program, call and path, separated by tabs. Both are made when missing.
 //   FERRULE_FAULT_AT=N:WHAT          the N-th call fails with the error named WHAT ("ENOSPC", or a number), or, with
 //                                    "die", the process is killed just before it.
-//   FERRULE_FAULT_PROGRAM=NAME       only calls of the program of this file name count.
-//   FERRULE_FAULT_CALLS=NAME,NAME    only these calls count.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -15,20 +13,12 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <string>
-#include <string_view>
 
 namespace {
 
 constexpr int kDie = -1;
-
-const struct {
-    std::string_view name;
-    int number;
-} kErrors[] = {{"EACCES", EACCES}, {"EBUSY", EBUSY},   {"EDQUOT", EDQUOT}, {"EEXIST", EEXIST}, {"EINTR", EINTR},
-               {"EINVAL", EINVAL}, {"EIO", EIO},       {"EMFILE", EMFILE}, {"ENFILE", ENFILE}, {"ENOENT", ENOENT},
-               {"ENOMEM", ENOMEM}, {"ENOSPC", ENOSPC}, {"ENOSYS", ENOSYS}, {"EPERM", EPERM},   {"EROFS", EROFS},
-               {"ESTALE", ESTALE}, {"EXDEV", EXDEV},   {"die", kDie}};
 
 std::string Variable(const char* name)
 {
@@ -53,9 +43,9 @@ std::string ProgramName()
 
 int ErrorNamed(const std::string& name)
 {
-    for (const auto& error : kErrors) {
-        if (error.name == name) return error.number;
-    }
+    if (name == "die") return kDie;
+    for (int error = 1; error < 200; ++error)
+        if (const char* known = strerrorname_np(error); known && name == known) return error;
     const int number = std::atoi(name.c_str());
     if (number <= 0) Refuse("FERRULE_FAULT_AT: no such error: " + name + "\n");
     return number;
@@ -71,7 +61,6 @@ public:
 
     int Before(const std::string& call, const char* path)
     {
-        if (!m_counts || (!m_calls.empty() && m_calls.find(',' + call + ',') == std::string::npos)) return 0;
         const unsigned long number = ++*m_counter;
         Note(number, call, path);
         if (number != m_at) return 0;
@@ -82,13 +71,9 @@ public:
 private:
     CFaults()
     {
-        const std::string only = Variable("FERRULE_FAULT_PROGRAM"), calls = Variable("FERRULE_FAULT_CALLS");
         m_program = ProgramName();
-        m_counts = only.empty() || only == m_program;
-        if (!calls.empty()) m_calls = ',' + calls + ',';
         ReadWhere(Variable("FERRULE_FAULT_AT"));
-        const std::string list = Variable("FERRULE_FAULT_COUNT");
-        if (m_counts && !list.empty()) Share(list);
+        if (const std::string list = Variable("FERRULE_FAULT_COUNT"); !list.empty()) Share(list);
     }
 
     void ReadWhere(const std::string& where)
@@ -124,8 +109,7 @@ private:
     static_assert(std::atomic<unsigned long>::is_always_lock_free, "shared between processes");
     std::atomic<unsigned long> m_ownCounter{0};
     std::atomic<unsigned long>* m_counter = &m_ownCounter;
-    std::string m_program, m_calls;
-    bool m_counts = true;
+    std::string m_program;
     unsigned long m_at = 0;
     int m_error = 0;
     int m_list = -1;

@@ -2,11 +2,11 @@
 
 #include "base/Overseer.h"
 #include "batchrun/FinalAction.h"
+#include "batchrun/WorkKinds.h"
 #include "common/Log.h"
 #include "engine/InputState.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
-#include "sequence/SequenceFile.h"
 
 #include <exception>
 #include <memory>
@@ -81,6 +81,13 @@ RunEnd EndOf(ExecutionEnd end)
     return RunEnd::Broken;
 }
 
+Expected<std::unique_ptr<CWork>> MakeWork(const WorkDescription& description)
+{
+    for (const WorkKind& kind : WorkKinds())
+        if (kind.name == description.kind) return kind.make(description);
+    return Failure("This version of Ferrule knows no work of the kind \"" + description.kind + "\".");
+}
+
 /// What people know the final action by.
 std::string InBrackets(FinalAction action)
 {
@@ -126,27 +133,36 @@ CRunDriver::Ending CRunDriver::RunGuarded() noexcept
 CRunDriver::Ending CRunDriver::Run()
 {
     const RunSettings settings = m_services.settings();
-    Expected<CSequence> sequence = LoadSequenceFile(settings.sequencePath, m_services.log);
-    Ending ending{RunEnd::NotStarted, sequence ? "" : sequence.Error()};
-    if (sequence) ending = RunLoaded(settings, *sequence);
+    Ending ending = LoadAndRun(settings);
     m_services.host.CloseHost();
     return ending;
 }
 
-CRunDriver::Ending CRunDriver::RunLoaded(const RunSettings& settings, CSequence& sequence)
+CRunDriver::Ending CRunDriver::LoadAndRun(const RunSettings& settings)
+{
+    const auto work = MakeWork(settings.work);
+    if (!work) {
+        m_services.log.NameValue("The run is not started", work.Error(), 1);
+        return {RunEnd::NotStarted, work.Error()};
+    }
+    if (std::string problem = (*work)->Load(m_services.log); !problem.empty())
+        return {RunEnd::NotStarted, std::move(problem)};
+    return RunLoaded(settings, **work);
+}
+
+CRunDriver::Ending CRunDriver::RunLoaded(const RunSettings& settings, CWork& work)
 {
     CLogWriter& log = m_services.log;
-    log.NameValue("Processing batch sequence", settings.sequencePath, 1);
     m_executeInSteps = settings.executeInSteps;
     for (const std::string& extension : settings.execution.allowedExtensions.value_or(std::vector<std::string>()))
         log.NameValue("Allowed file extension", extension, 1);
     LogMissingProgram(settings, log);
 
-    const ExecutionResult result = m_services.use ? m_services.use(settings, sequence) : RunFiles(settings, sequence);
+    const ExecutionResult result = m_services.use ? m_services.use(settings, work) : RunFiles(settings, work);
     return {EndOf(result.end), result.message};
 }
 
-ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& sequence)
+ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CWork& work)
 {
     CRunEvents& events = m_services.events;
     const ExecutorCallbacks callbacks{
@@ -159,7 +175,7 @@ ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CSequence& seq
         .fileDone = [&](const ProcessedFile& file) { events.FileDone(file); },
         .sequencePreflight = [&](bool begins) { events.SequencePreflight(begins); },
         .inputs = m_services.inputs};
-    return ::RunSequence(settings.execution, sequence, nullptr, callbacks, m_services.log);
+    return RunWork(settings.execution, work, nullptr, callbacks, m_services.log);
 }
 
 std::string CRunDriver::LeaveOutFinalAction(const char* because, const std::string& message)

@@ -10,10 +10,9 @@
 
 class CInputSource;
 class CLogWriter;
-class CSequence;
 
-/// What is done with a loaded sequence.
-using SequenceUse = std::function<ExecutionResult(const RunSettings& settings, CSequence& sequence)>;
+/// What is done with loaded work.
+using WorkUse = std::function<ExecutionResult(const RunSettings& settings, CWork& work)>;
 
 /// The references are borrowed and must outlive the driver.
 struct RunDriverServices {
@@ -24,8 +23,8 @@ struct RunDriverServices {
     CHostCloser& host;
     /// Borrowed; hands out the input files. Null: they are collected.
     CInputSource* inputs = nullptr;
-    /// In place of running the sequence.
-    SequenceUse use = {};
+    /// In place of doing the work.
+    WorkUse use = {};
 };
 
 /// Order: Idle is called from the host's idle loop; its first call does the whole run, each later one returns at
@@ -50,8 +49,9 @@ private:
 
     Ending RunGuarded() noexcept;
     Ending Run();
-    Ending RunLoaded(const RunSettings& settings, CSequence& sequence);
-    ExecutionResult RunFiles(const RunSettings& settings, CSequence& sequence);
+    Ending LoadAndRun(const RunSettings& settings);
+    Ending RunLoaded(const RunSettings& settings, CWork& work);
+    ExecutionResult RunFiles(const RunSettings& settings, CWork& work);
     std::string ApplyFinalActionTo(const ProcessedFile& file, const RunSettings& settings);
     std::string LeaveOutFinalAction(const char* because, const std::string& message);
 

@@ -28,13 +28,16 @@ bool IsYes(const std::string& value) { return ToLowerAscii(value) == "yes"; }
 
 /// As they were given, in the order of the log.
 struct GivenSettings {
-    const std::string &sequence, &finalAction, &destination, &input, &inSteps, &noProgress, &output, &extensions,
-        &noSubfolders;
+    const WorkDescription& work;
+    const std::string &finalAction, &destination, &input, &inSteps, &noProgress, &output, &extensions, &noSubfolders;
 };
 
 void LogSettings(const GivenSettings& given, CLogWriter& log)
 {
-    log.NameValue("Sequence file", given.sequence, 1);
+    if (given.work.kind == kSequenceWork)
+        log.NameValue("Sequence file", WorkFilePath(given.work, kSequenceWork), 1);
+    else
+        log.NameValue("Work", given.work.kind, 1);
     log.NameValue("Final action", given.finalAction, 1);
     log.NameValue("Destination", given.destination, 1);
     log.NameValue("Alternative path", given.input, 1);
@@ -68,10 +71,10 @@ RunSettings ReadRunSettings(const EnvironmentReader& environment, CLogWriter& lo
     const std::string extensions = Trim(environment("FERRULEFILEEXT"));
     const std::string noSubfolders = environment("FERRULENOSUBFOLDERS");
 
-    LogSettings({sequence, finalAction, destination, alternativeInput, inSteps, noProgress, alternativeOutput,
-                 extensions, noSubfolders},
+    LogSettings({SequenceWork(sequence), finalAction, destination, alternativeInput, inSteps, noProgress,
+                 alternativeOutput, extensions, noSubfolders},
                 log);
-    RunSettings settings{.sequencePath = CleanPath(sequence),
+    RunSettings settings{.work = SequenceWork(CleanPath(sequence)),
                          .finalAction = FinalActionOf(finalAction),
                          .destination = destination,
                          .executeInSteps = IsYes(Trim(inSteps)),
@@ -89,10 +92,10 @@ RunSettings DescribedSettings(const RunDescription& description, bool trialRun, 
     const auto& inputs = description.inputs;
     const std::string firstInput = inputs.empty() ? "" : inputs.front();
     LogSettings(
-        {description.sequence, std::to_string(static_cast<int>(description.finalAction)), description.destination,
+        {description.work, std::to_string(static_cast<int>(description.finalAction)), description.destination,
          firstInput, "", "", description.outputFolder, description.extensions, description.noSubfolders ? "yes" : ""},
         log);
-    RunSettings settings{.sequencePath = description.sequence,
+    RunSettings settings{.work = description.work,
                          .finalAction = description.finalAction,
                          .destination = description.destination,
                          .execution = {}};

@@ -14,7 +14,7 @@ using EnvironmentReader = std::function<std::string(const char* name)>;
 
 /// Narrow code page texts. Nothing is checked against the disk.
 struct RunSettings {
-    std::string sequencePath;
+    WorkDescription work;
     FinalAction finalAction = FinalAction::Nothing;
     std::string destination;
     bool executeInSteps = false;  // logged, without effect on the processing

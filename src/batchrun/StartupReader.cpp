@@ -9,10 +9,12 @@ constexpr int kRunDriverPeriodTicks = 60;
 
 }  // namespace
 
-StartupDecision ReadStartup(const std::string& sequence, const std::string& noProgress, CLogWriter& log,
+StartupDecision ReadStartup(const WorkDescription& work, const std::string& noProgress, CLogWriter& log,
                             CStartupActions& actions)
 {
-    if (sequence.empty()) {
+    const std::string sequence = WorkFilePath(work, kSequenceWork);
+    const bool isSequence = work.kind.empty() || work.kind == kSequenceWork;
+    if (isSequence && sequence.empty()) {
         log.Line("No sequence file specified");
         return {};
     }
@@ -23,7 +25,10 @@ StartupDecision ReadStartup(const std::string& sequence, const std::string& noPr
         actions.HideHostWindow();
     }
     actions.KeepHostWindowOffScreen();
-    log.NameValue("Registering sequence file", sequence, 0);
+    if (isSequence)
+        log.NameValue("Registering sequence file", sequence, 0);
+    else
+        log.NameValue("Registering work", work.kind, 0);
     actions.ScheduleRunDriver(kRunDriverPeriodTicks);
     decision.runScheduled = true;
     return decision;

@@ -1,6 +1,8 @@
 // Decides, once the host has started, whether an unattended run will happen.
 #pragma once
 
+#include "protocol/RunDescription.h"
+
 #include <string>
 
 class CLogWriter;
@@ -27,5 +29,5 @@ struct StartupDecision {
 
 /// Call once, when the host says that it has started. May throw CHostException from the actions.
 /// `noProgress`: the text that the user gave for it.
-StartupDecision ReadStartup(const std::string& sequence, const std::string& noProgress, CLogWriter& log,
+StartupDecision ReadStartup(const WorkDescription& work, const std::string& noProgress, CLogWriter& log,
                             CStartupActions& actions);

@@ -140,13 +140,19 @@ EngineOptions ReadEngine(const CArguments& arguments)
     return engine;
 }
 
-RunDescription ReadRequest(const CArguments& arguments)
+WorkDescription ReadSequenceWork(const CArguments& arguments)
 {
     if (arguments.Operands().empty()) FailUsage("name the sequence to run, or a plan with --manifest");
+    return SequenceWork(arguments.Operands().front());
+}
+
+RunDescription ReadRequest(const CArguments& arguments, WorkDescription work)
+{
     const FinalActionFacts& action = *FindFinalAction(arguments.Text("--final-action"));
     const std::string destination = ReadDestination(arguments, action);
     RunDescription request;
-    request.sequence = ExistingPath(arguments.Operands().front());
+    request.work = std::move(work);
+    for (WorkFile& file : request.work.files) file.path = ExistingPath(file.path);
     for (const std::string& input : arguments.All("--input")) request.inputs.push_back(ExistingPath(input));
     if (arguments.Has("--output")) request.outputFolder = ExistingPath(arguments.Text("--output"));
     request.finalAction = action.action;
@@ -163,12 +169,10 @@ RunDescription ReadRequest(const CArguments& arguments)
     return request;
 }
 
-RunOptions ReadRun(const CArguments& arguments)
+RunOptions ReadRun(const CArguments& arguments, WorkDescription work)
 {
-    if (arguments.Has("--shard") || arguments.Has("--journal"))
-        FailUsage("--shard and --journal belong to a plan; name it with --manifest");
     RunOptions options;
-    options.request = ReadRequest(arguments);
+    options.request = ReadRequest(arguments, std::move(work));
     options.engine = ReadEngine(arguments);
     options.retryFailed = arguments.Has("--retry-failed");
     options.resume = arguments.Has("--resume") || options.retryFailed;

@@ -18,11 +18,14 @@ std::string FilePath(const CArguments& arguments, const char* option);
 /// The host program, the plug-ins and, where the command has such options, the limits of the workers.
 EngineOptions ReadEngine(const CArguments& arguments);
 
-/// What "run" and "plan" are to do with which files.
-RunDescription ReadRequest(const CArguments& arguments);
+/// The work of "run" and "plan": the sequence that is the first operand, as typed.
+WorkDescription ReadSequenceWork(const CArguments& arguments);
+/// What is to be done with which files, for every command that does work on files. The files of the work are looked
+/// for.
+RunDescription ReadRequest(const CArguments& arguments, WorkDescription work);
 
-/// Options of "run" without a manifest, all but those that say how to report.
-RunOptions ReadRun(const CArguments& arguments);
+/// The options of a whole run, all but those that say how to report.
+RunOptions ReadRun(const CArguments& arguments, WorkDescription work);
 /// Options of "run" with a manifest.
 ShardOptions ReadShard(const CArguments& arguments);
 

@@ -80,7 +80,9 @@ int RunOfShard(const CArguments& arguments, const Screen& screen)
 
 int RunOfSequence(const CArguments& arguments, const Screen& screen)
 {
-    RunOptions options = ReadRun(arguments);
+    if (arguments.Has("--shard") || arguments.Has("--journal"))
+        FailUsage("--shard and --journal belong to a plan; name it with --manifest");
+    RunOptions options = ReadRun(arguments, ReadSequenceWork(arguments));
     FitWorkers(options.engine, arguments, screen);
     const std::string record = OptionalPath(arguments, "--record");
     const PrintOptions print{.quiet = arguments.Has("--quiet"),
@@ -106,7 +108,7 @@ int RunCommand(const CArguments& arguments, const Screen& screen)
 int PlanCommand(const CArguments& arguments, const Screen& screen)
 {
     PlanOptions options;
-    options.request = ReadRequest(arguments);
+    options.request = ReadRequest(arguments, ReadSequenceWork(arguments));
     options.engine = ReadEngine(arguments);
     options.manifestPath = FilePath(arguments, "--manifest");
     SayExtensions(arguments, screen);

@@ -3,18 +3,12 @@
 #include "base/PathNames.h"
 #include "common/Log.h"
 #include "common/Progress.h"
-#include "engine/AcceptedTypes.h"
-#include "engine/CommandFlights.h"
-#include "engine/FileRun.h"
 #include "engine/InputFiles.h"
-#include "hostcalls/Application.h"
 
 #include <memory>
 #include <utility>
 
 namespace {
-
-constexpr int kFirstSupportedMajor = 6;
 
 /// Shows the progress of a run as long as it lives.
 class CProgressScope {
@@ -59,7 +53,8 @@ void Stop(ExecutionResult& result, const std::string& reason)
     result.message = reason;
 }
 
-void ProcessFiles(RunContext& run, CInputSource& inputs, const ExecutorCallbacks& callbacks, ExecutionResult& result)
+void ProcessFiles(const WorkServices& run, CWork& work, CInputSource& inputs, const ExecutorCallbacks& callbacks,
+                  ExecutionResult& result)
 {
     while (const auto input = inputs.Next()) {
         if (run.progress.IsCancelled()) {
@@ -71,49 +66,34 @@ void ProcessFiles(RunContext& run, CInputSource& inputs, const ExecutorCallbacks
             Finish(file, callbacks);
             continue;
         }
-        CFileRun fileRun(run, input->path, input->number);
-        ProcessedFile file = fileRun.Process();
+        ProcessedFile file = work.Process(input->path, input->number);
         Finish(file, callbacks);
-        if (!fileRun.StopReason().empty()) return Stop(result, fileRun.StopReason());
+        if (const std::string reason = work.StopReason(); !reason.empty()) return Stop(result, reason);
     }
 }
 
 /// The files that the caller hands out, or else those that are collected. Fails: logged.
 using Source = Expected<std::unique_ptr<CInputSource>>;
-Source CollectedSource(const ExecutorSettings& settings, const CSequence& sequence,
-                       std::vector<std::string> extensions, CLogWriter& log)
+Source CollectedSource(const ExecutorSettings& settings, const CWork& work, std::vector<std::string> extensions,
+                       CLogWriter& log)
 {
-    auto collected = CollectInputFiles(settings, sequence, std::move(extensions), log);
+    auto collected = CollectInputFiles(settings, work, std::move(extensions), log);
     if (!collected) return Failure(collected.Error());
     return std::unique_ptr<CInputSource>(std::make_unique<CCollectedInputs>(std::move(*collected)));
 }
 
-ExecutionResult RunFiles(RunContext& run, CInputSource& inputs, const ExecutorCallbacks& callbacks)
+ExecutionResult RunFiles(const WorkServices& run, CWork& work, CInputSource& inputs,
+                         const ExecutorCallbacks& callbacks)
 {
     ExecutionResult result;
     const CProgressScope scope(run.progress, run.fileCount);
-    ProcessFiles(run, inputs, callbacks, result);
-    PostflightSequence(run.commands, run.log);
+    work.Begin(run);
+    ProcessFiles(run, work, inputs, callbacks, result);
+    work.Finish();
     return result;
 }
 
 }  // namespace
-
-std::string SequenceProblem(const CSequence& sequence, CLogWriter& log)
-{
-    std::string problem;
-    if (GetHostVersion().major < kFirstSupportedMajor) {
-        problem = "Sequences need a host of version " + std::to_string(kFirstSupportedMajor) + " or later.";
-    } else if (!sequence.IsComplete()) {
-        problem = "The sequence lacks its commands, its input or its output part.";
-    }
-    if (problem.empty()) {
-        log.Line("Sequence information has been successfully loaded.");
-    } else {
-        log.NameValue("Sequence is rejected", problem, 1);
-    }
-    return problem;
-}
 
 void LogInputCount(std::size_t inputs, CLogWriter& log)
 {
@@ -121,17 +101,16 @@ void LogInputCount(std::size_t inputs, CLogWriter& log)
     if (inputs == 0) log.Line("No input files have been found at specified location, processing is terminated");
 }
 
-ExecutionResult RunSequence(const ExecutorSettings& settings, CSequence& sequence, CProgressMonitorWrapper* progress,
-                            const ExecutorCallbacks& callbacks, CLogWriter& log)
+ExecutionResult RunWork(const ExecutorSettings& settings, CWork& work, CProgressMonitorWrapper* progress,
+                        const ExecutorCallbacks& callbacks, CLogWriter& log)
 {
-    if (std::string problem = SequenceProblem(sequence, log); !problem.empty()) return NotStarted(std::move(problem));
-    const CCabView input = sequence.Input();
-    auto extensions = AcceptedExtensions(settings, input, log);
+    if (std::string problem = work.Refusal(log); !problem.empty()) return NotStarted(std::move(problem));
+    auto extensions = InputExtensions(settings, work, log);
     Source collected = std::unique_ptr<CInputSource>();
     if (callbacks.inputs) {
-        LogInputPlaces(settings, input, log);
+        (void)work.InputPlaces(settings, {}, Asking::Unwanted, log);  // logged only
     } else {
-        collected = CollectedSource(settings, sequence, std::move(extensions), log);
+        collected = CollectedSource(settings, work, std::move(extensions), log);
         if (!collected) return NotStarted(collected.Error());
     }
     CInputSource& inputs = callbacks.inputs ? *callbacks.inputs : **collected;
@@ -142,15 +121,6 @@ ExecutionResult RunSequence(const ExecutorSettings& settings, CSequence& sequenc
     if (total == 0) return {};
 
     CSilentProgress silent;
-    CommandList commands;
-    RunContext run{settings,
-                   sequence,
-                   log,
-                   progress ? *progress : silent,
-                   commands,
-                   callbacks.sequencePreflight,
-                   GetHostVersion().major,
-                   total,
-                   false};
-    return RunFiles(run, inputs, callbacks);
+    return RunFiles({settings, log, progress ? *progress : silent, callbacks.sequencePreflight, total}, work, inputs,
+                    callbacks);
 }

@@ -2,11 +2,9 @@
 #pragma once
 
 #include "base/Expected.h"
-#include "engine/ExecutorSettings.h"
 #include "engine/InputCollector.h"
 #include "engine/InputSource.h"
-#include "hostcalls/Cab.h"
-#include "sequence/Sequence.h"
+#include "engine/Work.h"
 
 #include <string>
 #include <utility>
@@ -17,16 +15,13 @@ class CLogWriter;
 /// Collects the input files, in the order in which they are to be processed; none when the place is there and holds
 /// none. Fails, logged, when there is no place to look at. Folders that are written to are left out, logged, of the
 /// folders around them. `extensions`: the accepted ones. Throws CHostException.
-[[nodiscard]] Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, const CSequence& sequence,
+[[nodiscard]] Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, const CWork& work,
                                                           std::vector<std::string> extensions, CLogWriter& log);
 
-/// The places of a sequence that says it takes a folder but lists places as for files, as the XML form does with the
-/// folders it names; empty for any other sequence. A run from the environment does not find them. Throws
+/// The accepted extensions, without dots: those that the settings allow, or else those of the work. Throws
 /// CHostException.
-[[nodiscard]] std::vector<std::string> ListedFolders(CSequenceInput input);
-
-/// Logs where the input files come from, as collecting them does, for a run that gets them from somebody else.
-void LogInputPlaces(const ExecutorSettings& settings, CSequenceInput input, CLogWriter& log);
+[[nodiscard]] std::vector<std::string> InputExtensions(const ExecutorSettings& settings, const CWork& work,
+                                                       CLogWriter& log);
 
 /// The files that were collected.
 class CCollectedInputs final : public CInputSource {

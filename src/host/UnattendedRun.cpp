@@ -44,10 +44,10 @@ void CUnattendedRun::Register()
 void CUnattendedRun::HostHasStarted()
 {
     m_job = JobText();
-    const std::string sequence = m_job ? JobSequence(*m_job) : platform::EnvironmentText("FERRULESEQU");
+    const WorkDescription work = m_job ? JobWork(*m_job) : SequenceWork(platform::EnvironmentText("FERRULESEQU"));
     const std::string noProgress = m_job ? "" : platform::EnvironmentText("FERRULENOPROGRESS");
     const auto error = CatchHostError([&] {
-        m_startup = ReadStartup(sequence, noProgress, m_log, *this);
+        m_startup = ReadStartup(work, noProgress, m_log, *this);
         // A job says itself what is missing.
         if (m_job && !m_startup.runScheduled) ScheduleRunDriver(0);
     });

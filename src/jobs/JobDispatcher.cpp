@@ -78,11 +78,11 @@ void Dispatch(const std::string& jobText, const JobServices& services)
 
 }  // namespace
 
-std::string JobSequence(const std::string& jobText)
+WorkDescription JobWork(const std::string& jobText)
 {
     const auto object = ParseObject(jobText);
     const auto order = RunOrderFrom(object.value_or(Json::object()));
-    return order ? order->description.sequence : std::string();
+    return order ? order->description.work : WorkDescription();
 }
 
 void DoJob(const std::string& jobText, JobServices services) noexcept

@@ -2,11 +2,12 @@
 #pragma once
 
 #include "jobs/Job.h"
+#include "protocol/RunDescription.h"
 
 #include <string>
 
-/// The sequence that the job runs or plans to run; empty when it is no such job.
-[[nodiscard]] std::string JobSequence(const std::string& jobText);
+/// The work that the job does or plans to do; without a kind when it is no such job.
+[[nodiscard]] WorkDescription JobWork(const std::string& jobText);
 
 /// Does the job and tells how it ended, by RunEnds, exactly once; then the host is asked to close, as after a run.
 /// A text that is no job, or a job of a kind that nobody knows, ends as not started. Throws nothing.

@@ -4,9 +4,8 @@
 #include "base/Text.h"
 #include "batchrun/RunDriver.h"
 #include "common/Log.h"
-#include "engine/AcceptedTypes.h"
 #include "engine/InputFiles.h"
-#include "hostcalls/Application.h"
+#include "engine/Work.h"
 #include "jobs/PlannedFiles.h"
 #include "jobs/SafetyRules.h"
 #include "platform/Files.h"
@@ -24,7 +23,7 @@ std::string FolderTakenForFile(const CInputCollector& inputs)
     return {};
 }
 
-/// Stands in for running the sequence.
+/// Stands in for doing the work.
 class CPlanner {
 public:
     CPlanner(const RunDescription& description, const JobServices& services)
@@ -32,21 +31,19 @@ public:
     {
     }
 
-    ExecutionResult Plan(RunSettings settings, CSequence& sequence) const
+    ExecutionResult Plan(ExecutorSettings settings, CWork& work) const
     {
         CLogWriter& log = m_services.log;
-        if (std::string problem = SequenceProblem(sequence, log); !problem.empty()) return NotStarted(problem);
-        const SequenceFacts facts = ReadSequenceFacts(sequence, GetHostVersion().major);
-        const CCabView input = sequence.Input();
-        ExecutorSettings& executor = settings.execution;
-        if (executor.alternativeInputPath.empty()) executor.furtherInputPaths = ListedFolders(input);
-        const PlanRequest request{settings, m_description};
+        if (std::string problem = work.Refusal(log); !problem.empty()) return NotStarted(problem);
+        if (settings.alternativeInputPath.empty()) settings.furtherInputPaths = work.FurtherInputPlaces();
+        const PlanRequest request{std::move(settings), m_description};
+        const WorkFacts facts = work.Facts(request);
         if (const std::string problem = ReasonNotToStart(facts, request); !problem.empty()) {
             for (const std::string& line : Split(problem, "\n"))
                 log.NameValue("The run is not started", Trim(line), 1);
             return NotStarted(problem);
         }
-        auto inputs = CollectInputFiles(executor, sequence, AcceptedExtensions(executor, input, log), log);
+        auto inputs = CollectInputFiles(request.settings, work, InputExtensions(request.settings, work, log), log);
         if (!inputs) return NotStarted(inputs.Error());
         if (const std::string problem = FolderTakenForFile(*inputs); !problem.empty()) return NotStarted(problem);
         Report(facts, request, std::move(*inputs));
@@ -62,14 +59,14 @@ private:
         return result;
     }
 
-    static std::string ReasonNotToStart(const SequenceFacts& facts, const PlanRequest& request)
+    static std::string ReasonNotToStart(const WorkFacts& facts, const PlanRequest& request)
     {
         std::string problem = SafetyProblem(facts, request);
-        const std::string errors = SequenceErrors(request);
+        const std::string& errors = facts.errors;
         return problem.empty() || errors.empty() ? problem + errors : problem + '\n' + errors;
     }
 
-    void Report(const SequenceFacts& facts, const PlanRequest& request, CInputCollector inputs) const
+    void Report(const WorkFacts& facts, const PlanRequest& request, CInputCollector inputs) const
     {
         std::vector<std::string> warnings = SafetyWarnings(facts, request);
         const std::size_t unreadable = inputs.Unreadable().size();
@@ -82,16 +79,16 @@ private:
         CPlannedFiles files(std::move(inputs), m_description.minAgeSeconds);
         LogInputCount(files.Count(), m_services.log);
         m_services.events.InputsCounted();
-        CTouchedNames names(facts, request.settings);
+        CTouchedNames names(facts, request.wanted);
         files.ForEach(names, [this](const PlannedFile& file) {
             m_services.report(LineOf(Json{{"input", PlannedFileJson(file)}}));
         });
         for (std::string& warning : warnings) warning = TextFromBytes(warning);
         const PlanReport plan{.total = static_cast<int>(files.Count()),
-                              .oneWorkerReason = TextFromBytes(OneWorkerReason(facts)),
+                              .oneWorkerReason = TextFromBytes(facts.oneWorkerReason),
                               .tooYoung = static_cast<int>(files.TooYoung()),
                               .unreadableFolders = static_cast<int>(unreadable),
-                              .outputsPerFile = ResultsPerFile(facts),
+                              .outputsPerFile = facts.resultsPerFile,
                               .warnings = std::move(warnings)};
         m_services.report(LineOf(Json{{"plan", PlanReportJson(plan)}}));
     }
@@ -110,6 +107,6 @@ void DoPlanJob(const RunOrder& order, const JobServices& services) noexcept
          .log = services.log,
          .events = services.events,
          .host = services.host,
-         .use = [&](const RunSettings& settings, CSequence& sequence) { return planner.Plan(settings, sequence); }});
+         .use = [&](const RunSettings& settings, CWork& work) { return planner.Plan(settings.execution, work); }});
     driver.Idle();
 }

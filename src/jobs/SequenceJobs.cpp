@@ -32,7 +32,7 @@ json CheckReport(const std::string& path, const char* form, const std::vector<Se
             {"findings", FindingsReport(findings)}};
 }
 
-RunContext ContextOf(const RunDescription& run)
+CheckedRun ContextOf(const RunDescription& run)
 {
     return {.hasInput = !run.inputs.empty(),
             .hasOutputFolder = !run.outputFolder.empty(),

@@ -2,7 +2,6 @@
 
 #include "base/Names.h"
 #include "base/PathNames.h"
-#include "engine/SaveStepRedirection.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
 
@@ -44,56 +43,16 @@ std::string ComparableText(std::string base)
     return base;
 }
 
-bool IsFolder(const std::string& path) { return !path.empty() && platform::FolderExists(path); }
-
 }  // namespace
 
 std::string ComparableBase(std::string_view fileName) { return ComparableText(SplitPath(fileName).base); }
 
-CTouchedNames::CTouchedNames(const SequenceFacts& facts, const RunSettings& settings)
+CTouchedNames::CTouchedNames(const WorkFacts& facts, const RunDescription& wanted) : m_anyFolder(facts.writesAnywhere)
 {
-    m_results.push_back({});  // the input itself
-    AddOutput(facts, settings);
-    for (const StepFacts& step : facts.steps) {
-        if (!step.available) continue;
-        if (step.save) AddSaveStep(*step.save, facts, settings);
-        if (step.maker == StepMaker::Other) m_anyFolder = true;
-    }
-    AddFinalAction(settings);
-}
-
-void CTouchedNames::AddOutput(const SequenceFacts& facts, const RunSettings& settings)
-{
-    const OutputSettings& output = facts.output;
-    Result result{std::nullopt, output.insertBefore, output.insertAfter, std::nullopt};
-    if (output.kind == kOutputAskUser || output.kind == kOutputFolder) {
-        const bool redirected = facts.output.namesDestination && facts.hostMajor >= kFirstMajorWithSaveStep;
-        if (IsFolder(settings.execution.alternativeOutputPath))
-            result.folder = settings.execution.alternativeOutputPath;
-        else if (!redirected)
-            result.folder = output.selectedFolder;
-    } else if (output.kind != kOutputInputFolder) {
-        return;
-    }
-    m_results.push_back(std::move(result));
-}
-
-void CTouchedNames::AddSaveStep(const SaveStepFacts& save, const SequenceFacts& facts, const RunSettings& settings)
-{
-    Result result{save.folder, save.before, save.after, std::nullopt};
-    if (save.namesDestination && facts.hostMajor >= kFirstMajorWithSaveStep) {
-        result.folder.reset();
-        if (IsFolder(settings.execution.alternativeOutputPath))
-            result.folder = settings.execution.alternativeOutputPath;
-    }
-    m_results.push_back(std::move(result));
-}
-
-void CTouchedNames::AddFinalAction(const RunSettings& settings)
-{
-    if (WantsFolder(settings.finalAction)) m_results.push_back({settings.destination, {}, {}, std::nullopt});
-    if (settings.finalAction == FinalAction::Rename)
-        m_results.push_back({std::nullopt, {}, {}, settings.destination});
+    m_names.push_back({});  // the input itself
+    for (const ResultName& result : facts.results) m_names.push_back({result, std::nullopt});
+    if (WantsFolder(wanted.finalAction)) m_names.push_back({{.folder = wanted.destination}, std::nullopt});
+    if (wanted.finalAction == FinalAction::Rename) m_names.push_back({{}, wanted.destination});
 }
 
 void CTouchedNames::AppendKeys(const std::string& folder, std::string_view name, std::vector<std::uint64_t>& keys)
@@ -103,9 +62,9 @@ void CTouchedNames::AppendKeys(const std::string& folder, std::string_view name,
         const std::uint64_t key = HashOf(ComparableText(made), folderHash);
         if (std::find(keys.begin(), keys.end(), key) == keys.end()) keys.push_back(key);
     };
-    for (const Result& result : m_results)
-        append(result.name ? SplitPath(*result.name).base : result.before + base + result.after,
-               FolderHash(result.folder ? *result.folder : folder));
+    for (const auto& [made, other] : m_names)
+        append(other ? SplitPath(*other).base : made.before + base + made.after,
+               FolderHash(made.folder ? *made.folder : folder));
     if (m_anyFolder) append(base, kAnyFolder);
     // What is done to the file behind a link is done to an input, too, when that is one.
     const std::string path = folder + std::string(name);

@@ -1,8 +1,7 @@
 // The names that a run reads or writes for a file, made comparable.
 #pragma once
 
-#include "batchrun/RunSettings.h"
-#include "sequence/SequenceFacts.h"
+#include "engine/Work.h"
 
 #include <cstdint>
 #include <optional>
@@ -18,25 +17,21 @@
 /// converter may choose them.
 class CTouchedNames {
 public:
-    CTouchedNames(const SequenceFacts& facts, const RunSettings& settings);
+    /// `wanted`: says what the final action is.
+    CTouchedNames(const WorkFacts& facts, const RunDescription& wanted);
 
     /// `folder` with its trailing separator, or empty; `name` without a folder.
     void AppendKeys(const std::string& folder, std::string_view name, std::vector<std::uint64_t>& keys);
 
 private:
-    /// A name that something written for a file gets.
-    struct Result {
-        std::optional<std::string> folder;  // nothing: the folder of the input
-        std::string before, after;          // around the input's base name
-        std::optional<std::string> name;    // in place of the input's
+    struct Name {
+        ResultName made = {};
+        std::optional<std::string> other = {};  // in place of the input's
     };
 
-    void AddOutput(const SequenceFacts& facts, const RunSettings& settings);
-    void AddSaveStep(const SaveStepFacts& save, const SequenceFacts& facts, const RunSettings& settings);
-    void AddFinalAction(const RunSettings& settings);
     std::uint64_t FolderHash(const std::string& folder);
 
-    std::vector<Result> m_results;
-    bool m_anyFolder = false;  // a step of another maker may write under this name wherever it likes
+    std::vector<Name> m_names;
+    bool m_anyFolder = false;  // something may be written under this name anywhere
     std::unordered_map<std::string, std::uint64_t> m_folderHashes;
 };

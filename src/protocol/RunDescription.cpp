@@ -4,10 +4,12 @@
 #include "protocol/Json.h"
 #include "protocol/Words.h"
 
+#include <utility>
+
 namespace {
 
-/// 1 was a list of environment variables.
-constexpr int kVersion = 2;
+/// 1 was a list of environment variables, 2 could describe sequences only.
+constexpr int kVersion = 3;
 constexpr WordTable<2> kKinds = {"run", "plan"};
 
 struct FlagRow {
@@ -23,16 +25,52 @@ struct TextRow {
     const char* key;
     std::string RunDescription::*text;
 };
-constexpr TextRow kTexts[] = {{"sequence", &RunDescription::sequence},
-                              {"output", &RunDescription::outputFolder},
+constexpr TextRow kTexts[] = {{"output", &RunDescription::outputFolder},
                               {"destination", &RunDescription::destination},
                               {"extensions", &RunDescription::extensions}};
 
+Json WorkJson(const WorkDescription& work)
+{
+    Json object = {{"kind", work.kind}};
+    for (const WorkFile& file : work.files) object["files"][file.name] = TextFromBytes(file.path);
+    if (const auto settings = ParseObject(work.settings)) object["settings"] = *settings;
+    return object;
+}
+
+WorkDescription WorkFrom(const Json& object)
+{
+    WorkDescription work{.kind = TextAt(object, "kind")};
+    const Json& files = ObjectAt(object, "files");
+    for (const auto& [name, path] : files.items()) work.files.push_back({name, BytesAt(files, name.c_str())});
+    if (object.contains("settings")) work.settings = LineOf(ObjectAt(object, "settings"));
+    return work;
+}
+
 }  // namespace
+
+WorkDescription SequenceWork(std::string path)
+{
+    return {.kind = kSequenceWork, .files = {{kSequenceWork, std::move(path)}}};
+}
+
+std::string WorkFilePath(const WorkDescription& work, std::string_view name)
+{
+    for (const WorkFile& file : work.files)
+        if (file.name == name) return file.path;
+    return {};
+}
+
+// Folders of runs are named after it: those of sequences keep the name that they always had.
+std::string WorkIdentity(const WorkDescription& work)
+{
+    if (work.kind == kSequenceWork && work.settings.empty()) return {};
+    return work.kind + '\n' + work.settings;
+}
 
 Json RunDescriptionJson(const RunDescription& description)
 {
     Json object = Json::object();
+    if (!description.work.kind.empty()) object["work"] = WorkJson(description.work);
     for (const TextRow& row : kTexts)
         if (!(description.*row.text).empty()) object[row.key] = TextFromBytes(description.*row.text);
     if (!description.inputs.empty()) object["inputs"] = TextsOf(description.inputs);
@@ -46,7 +84,7 @@ Json RunDescriptionJson(const RunDescription& description)
 
 RunDescription RunDescriptionFrom(const Json& object)
 {
-    RunDescription description;
+    RunDescription description{.work = WorkFrom(ObjectAt(object, "work"))};
     for (const TextRow& row : kTexts) description.*row.text = BytesAt(object, row.key);
     description.inputs = BytesListAt(object, "inputs");
     if (const auto* action = FindFinalAction(TextAt(object, "finalAction"))) description.finalAction = action->action;

@@ -7,23 +7,46 @@
 #include "protocol/JsonType.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
+
+/// A file that work is read from.
+struct WorkFile {
+    std::string name = {};  ///< what people call it, behind "the": "sequence"
+    std::string path = {};  ///< absolute, any bytes
+};
+
+/// What is done to each file. The plug-in has a table of the kinds; nobody else tells one from another.
+struct WorkDescription {
+    std::string kind = {};  ///< a noun that people read, too: "sequence"; empty: none is described
+    std::vector<WorkFile> files =
+        {};                     ///< a run is gone on with only while they have the content that was planned with
+    std::string settings = {};  ///< what else the kind wants to know: a JSON object; empty: nothing
+};
+
+/// The work that a sequence file says.
+inline constexpr char kSequenceWork[] = "sequence";
+[[nodiscard]] WorkDescription SequenceWork(std::string path);
+/// The path of a file of the work; empty when it has none of that name.
+[[nodiscard]] std::string WorkFilePath(const WorkDescription& work, std::string_view name);
+/// What tells two works over the same files apart, as text. Empty for a sequence: its file says it all.
+[[nodiscard]] std::string WorkIdentity(const WorkDescription& work);
 
 /// Paths are absolute and may be any bytes.
 struct RunDescription {
-    std::string sequence = {};
-    std::vector<std::string> inputs = {};  ///< files and folders; empty: those of the sequence
-    std::string outputFolder = {};         ///< empty: the sequence says where results go
+    WorkDescription work = {};
+    std::vector<std::string> inputs = {};  ///< files and folders; empty: those that the work itself names
+    std::string outputFolder = {};         ///< empty: the work says where results go
     FinalAction finalAction = FinalAction::Nothing;
     std::string destination = {};  ///< of the final action
-    std::string extensions = {};   ///< as typed, such as "pdf;tif"; empty: what the sequence accepts
+    std::string extensions = {};   ///< as typed, such as "pdf;tif"; empty: what the work accepts
     bool noSubfolders = false;
     int minAgeSeconds = 0;         ///< younger files are left alone
     bool skipUnavailable = false;  ///< steps that the host does not have are left out
     bool allowNoOutput = false;    ///< inputs may go away although nothing is saved
     bool allowInPlace = false;     ///< inputs may be replaced although there is an output folder
     bool acceptDamaged = false;    ///< a document that lost something in its repair counts as if it had not
-    bool force = false;            ///< although the sequence has errors
+    bool force = false;            ///< although a check of the work finds errors
 };
 
 /// In the order in which a job states them; what is as by default is left out.

@@ -52,7 +52,7 @@ void CheckMixedSources(const Workflow& workflow, CSequenceFindings& findings)
 }
 
 /// What is wrong with where the sequence takes its input from.
-void CheckInput(const SequenceSource& source, const RunContext& run, CSequenceFindings& findings)
+void CheckInput(const SequenceSource& source, const CheckedRun& run, CSequenceFindings& findings)
 {
     if (run.hasInput) return;
     if (source.workflow) CheckMixedSources(*source.workflow, findings);
@@ -97,7 +97,7 @@ void SayInPlace(CSequenceFindings& findings)
                      "The results replace the input files; give the run an output folder if that is not meant.");
 }
 
-void CheckStepsTarget(const OutputSettings& settings, const RunContext& run, CSequenceFindings& findings)
+void CheckStepsTarget(const OutputSettings& settings, const CheckedRun& run, CSequenceFindings& findings)
 {
     if (!settings.namesDestination) {
         findings.Warning("save-without-target",
@@ -128,7 +128,7 @@ void CheckExtras(const OutputSettings& settings, CSequenceFindings& findings)
         findings.Warning("numbers-not-given", "Not every host can number the files; one that cannot leaves it out.");
 }
 
-void CheckEngineFolder(const OutputSettings& settings, const RunContext& run, CSequenceFindings& findings)
+void CheckEngineFolder(const OutputSettings& settings, const CheckedRun& run, CSequenceFindings& findings)
 {
     if (settings.kind == kOutputInputFolder) {
         if (settings.ReplacesInput()) SayInPlace(findings);
@@ -145,7 +145,7 @@ void CheckEngineFolder(const OutputSettings& settings, const RunContext& run, CS
     }
 }
 
-void CheckEngineSave(const OutputSettings& settings, const RunContext& run, CSequenceFindings& findings)
+void CheckEngineSave(const OutputSettings& settings, const CheckedRun& run, CSequenceFindings& findings)
 {
     if (settings.kind < kOutputInputFolder || settings.kind > kOutputNone)
         return findings.Error("unknown-output", "There is no output kind " + std::to_string(settings.kind) + ".");
@@ -155,7 +155,7 @@ void CheckEngineSave(const OutputSettings& settings, const RunContext& run, CSeq
         findings.Warning("preset-outside", "A run does not apply the optimizer that the output settings ask for.");
 }
 
-void CheckNothingSaved(const RunContext& run, CSequenceFindings& findings)
+void CheckNothingSaved(const CheckedRun& run, CSequenceFindings& findings)
 {
     if (run.takesInputAway)
         return findings.Error("saves-nothing",
@@ -167,7 +167,7 @@ void CheckNothingSaved(const RunContext& run, CSequenceFindings& findings)
 class CSavingCheck {
 public:
     /// Both are borrowed.
-    CSavingCheck(const RunContext& run, CSequenceFindings& findings) : m_run(run), m_findings(findings) {}
+    CSavingCheck(const CheckedRun& run, CSequenceFindings& findings) : m_run(run), m_findings(findings) {}
 
     void Look(const SequenceStep& step);
     /// `output`: the settings of the whole sequence.
@@ -177,7 +177,7 @@ private:
     void CheckSaveStep(const SequenceStep& step);
     void CheckAfterLastSave();
 
-    const RunContext& m_run;
+    const CheckedRun& m_run;
     CSequenceFindings& m_findings;
     int m_saveSteps = 0;
     struct Later {
@@ -237,7 +237,7 @@ std::vector<SequenceFinding> InStepOrder(std::vector<SequenceFinding> findings)
 
 }  // namespace
 
-std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const RunContext& run)
+std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const CheckedRun& run)
 {
     CSequenceFindings findings;
     for (const SequenceFinding& remark : source.audit.remarks) findings.Add(remark);

@@ -7,11 +7,11 @@
 #include <vector>
 
 /// What a run brings along besides the sequence.
-struct RunContext {
+struct CheckedRun {
     bool hasInput = false, hasOutputFolder = false;
     bool takesInputAway = false;  // its final action does
 };
 
 /// Everything that is to be said about a sequence. Errors keep a run from doing what the sequence says. Throws
 /// CHostException.
-[[nodiscard]] std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const RunContext& run);
+[[nodiscard]] std::vector<SequenceFinding> CheckSource(const SequenceSource& source, const CheckedRun& run);

@@ -38,8 +38,6 @@ SequenceFacts ReadSequenceFacts(const CSequence& sequence, int hostMajor)
     return facts;
 }
 
-bool SavesSomething(const SequenceFacts& facts) { return ResultsPerFile(facts) > 0; }
-
 int ResultsPerFile(const SequenceFacts& facts)
 {
     const auto steps = std::count_if(facts.steps.begin(), facts.steps.end(),

@@ -30,8 +30,5 @@ struct SequenceFacts {
 /// The sequence must be complete. Throws CHostException.
 [[nodiscard]] SequenceFacts ReadSequenceFacts(const CSequence& sequence, int hostMajor);
 
-/// Whether anything of the sequence writes the document.
-[[nodiscard]] bool SavesSomething(const SequenceFacts& facts);
-
 /// How many results the sequence writes for each file.
 [[nodiscard]] int ResultsPerFile(const SequenceFacts& facts);

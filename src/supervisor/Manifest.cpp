@@ -7,8 +7,8 @@
 
 namespace {
 
-/// 1 had the job as environment variables.
-constexpr int kVersion = 2;
+/// 1 had the job as environment variables, 2 could plan sequences only.
+constexpr int kVersion = 3;
 constexpr std::size_t kCopyPiece = 1 << 16;
 
 std::string HeaderLine(const ManifestHeader& header)
@@ -22,7 +22,7 @@ std::string HeaderLine(const ManifestHeader& header)
                          {"oneWorkerReason", header.oneWorkerReason},
                          {"unreadableFolders", header.unreadableFolders},
                          {"outputsPerFile", header.outputsPerFile},
-                         {"sequenceSha256", header.sequenceHash},
+                         {"workSha256", header.workHashes},
                          {"preamble", TextsOf(header.preamble)},
                          {"epilogue", TextsOf(header.epilogue)}};
     return LineOf(object) + '\n';
@@ -43,7 +43,7 @@ std::optional<ManifestHeader> HeaderFrom(const std::string& line)
         .oneWorkerReason = TextAt(*object, "oneWorkerReason"),
         .unreadableFolders = CountAt(*object, "unreadableFolders"),
         .outputsPerFile = object->contains("outputsPerFile") ? CountAt(*object, "outputsPerFile") : 1,
-        .sequenceHash = TextAt(*object, "sequenceSha256"),
+        .workHashes = TextsAt(*object, "workSha256"),
         .preamble = BytesListAt(*object, "preamble"),
         .epilogue = BytesListAt(*object, "epilogue")};
     return header;

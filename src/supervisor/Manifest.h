@@ -21,8 +21,8 @@ struct ManifestHeader {
     bool oneWorker = false;
     std::string oneWorkerReason = {};
     int unreadableFolders = 0;             ///< whose files the plan had to leave out
-    int outputsPerFile = 1;                ///< how many results the sequence writes for a file
-    std::string sequenceHash = {};         ///< SHA-256 of the sequence file; empty when unknown
+    int outputsPerFile = 1;                ///< how many results the work writes for a file
+    std::vector<std::string> workHashes = {};               ///< SHA-256 of each file of the work; empty where unknown
     std::vector<std::string> preamble = {}, epilogue = {};  ///< lines of the log, as bytes
 };
 

@@ -50,7 +50,7 @@ bool CManifestRun::Load()
     auto header = m_manifest.Open(m_options.manifestPath);
     if (!header) return Unusable(header.Error(), m_options.manifestWayOut);
     m_header = std::move(*header);
-    if (const std::string changed = ChangedSequence(m_header); !changed.empty())
+    if (const std::string changed = ChangedWork(m_header); !changed.empty())
         return Unusable(changed, m_options.manifestWayOut);
     if (m_options.description) m_header.order.description = *m_options.description;
     m_facts = ReadRunFacts(m_header);
@@ -190,7 +190,7 @@ LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
          .observer = m_observer,
          .pretended = m_pretended,
          .guard = m_options.guard,
-         .changedSequence = [this] { return ChangedSequence(m_header); },
+         .changedWork = [this] { return ChangedWork(m_header); },
          .order = std::move(order),
          .run = Tag(),
          .total = m_header.total,

@@ -149,6 +149,11 @@ void COutputGuard::AddNeeded(const std::string& what, const std::string& path)
     if (!path.empty()) m_files.push_back({.what = what, .option = {}, .path = path});
 }
 
+void COutputGuard::AddNeeded(const WorkDescription& work)
+{
+    for (const WorkFile& file : work.files) AddNeeded("the " + file.name, file.path);
+}
+
 std::string COutputGuard::ClashProblem(const Named& output, const Named& other)
 {
     return output.path + " is named for " + output.what + ", but it is " + other.what + " of this run" +

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Files.h"
+#include "protocol/RunDescription.h"
 #include "supervisor/RunObserver.h"
 
 #include <optional>
@@ -16,6 +17,8 @@ public:
     void AddOutput(OutputKind kind, const std::string& path);
     /// A file that is needed as it is. `what`: "the sequence".
     void AddNeeded(const std::string& what, const std::string& path);
+    /// The files of the work.
+    void AddNeeded(const WorkDescription& work);
 
     /// Looks at what stands under the names: an output may be missing, empty, or a file of its kind, and none may be
     /// one of the others. A record may also go to a device or a pipe, a log to a device, which keeps none.

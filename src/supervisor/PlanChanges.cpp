@@ -69,10 +69,30 @@ std::vector<std::string> Differences(const RunDescription& planned, const RunDes
     return found;
 }
 
+bool IsSameWork(const WorkDescription& planned, const WorkDescription& request)
+{
+    return planned.kind == request.kind && WorkIdentity(planned) == WorkIdentity(request) &&
+           std::ranges::equal(planned.files, request.files, [](const WorkFile& one, const WorkFile& other) {
+               return one.name == other.name && IsSameFile(one.path, other.path);
+           });
+}
+
 bool HaveSameInputs(const RunDescription& planned, const RunDescription& request)
 {
-    return IsSameFile(planned.sequence, request.sequence) &&
-           std::ranges::equal(planned.inputs, request.inputs, IsSameFile);
+    return IsSameWork(planned.work, request.work) && std::ranges::equal(planned.inputs, request.inputs, IsSameFile);
+}
+
+std::string ChangedFile(const WorkFile& file, const std::string& plannedHash)
+{
+    if (plannedHash.empty()) return {};
+    const std::string what = "The " + file.name + ' ' + file.path;
+    platform::FileResult read;
+    const std::string hash = platform::Sha256OfFile(file.path, &read);
+    if (!read) return what + " cannot be read (" + platform::ErrorText(read.errorNumber) + ").";
+    if (hash == plannedHash) return {};
+    return what +
+           " was changed since the run was planned, so that the rest of the files would come out in another way. " +
+           kGoOn;
 }
 
 bool IsUnfinished(const ManifestHeader& header, const std::string& journalPath)
@@ -85,17 +105,12 @@ bool IsUnfinished(const ManifestHeader& header, const std::string& journalPath)
 
 }  // namespace
 
-std::string ChangedSequence(const ManifestHeader& header)
+std::string ChangedWork(const ManifestHeader& header)
 {
-    if (header.sequenceHash.empty()) return {};
-    const std::string& sequence = header.order.description.sequence;
-    platform::FileResult read;
-    const std::string hash = platform::Sha256OfFile(sequence, &read);
-    if (!read) return "The sequence " + sequence + " cannot be read (" + platform::ErrorText(read.errorNumber) + ").";
-    if (hash == header.sequenceHash) return {};
-    return "The sequence " + sequence +
-           " was changed since the run was planned, so that the rest of the files would come out in another way. " +
-           kGoOn;
+    const auto& files = header.order.description.work.files;
+    for (std::size_t i = 0; i < std::min(files.size(), header.workHashes.size()); ++i)
+        if (std::string changed = ChangedFile(files[i], header.workHashes[i]); !changed.empty()) return changed;
+    return {};
 }
 
 std::string ChangedOptions(const ManifestHeader& header, const RunDescription& request)
@@ -116,10 +131,8 @@ std::string UnfinishedRelative(const std::string& ownFolder, const RunDescriptio
         if (!header || !HaveSameInputs(header->order.description, request)) continue;
         const std::string changed = ChangedOptions(*header, request);
         if (!changed.empty() && IsUnfinished(*header, folder + kSeparator + "journal.jsonl"))
-            return "There is no run with these options to go on with, but an unfinished one of the same sequence "
-                   "over "
-                   "the same inputs. " +
-                   changed;
+            return "There is no run with these options to go on with, but an unfinished one of the same " +
+                   request.work.kind + " over the same inputs. " + changed;
     }
     return {};
 }

@@ -112,7 +112,9 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     if (!manifestPath.empty()) manifest.emplace(manifestPath);
     CManifestWriter* writer = manifest ? &*manifest : nullptr;
     // Before the host reads it, so that a change while it plans is noticed later.
-    m_planned.header.sequenceHash = platform::Sha256OfFile(m_request.sequence);
+    m_planned.header.workHashes.clear();
+    for (const WorkFile& file : m_request.work.files)
+        m_planned.header.workHashes.push_back(platform::Sha256OfFile(file.path));
     HostJobResult host =
         RunHostJob(m_starter, "plan", LineOf(RunOrderJson({RunOrder::Kind::Plan, run, false, m_request})),
                    m_interruptsSeen, m_observer, [&](const std::string& json) { OnReport(json, writer); });

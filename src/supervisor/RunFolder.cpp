@@ -87,14 +87,16 @@ void AddPart(CSha256& digest, const std::string& part)
     digest.Add(part.data(), part.size());
 }
 
-/// Sequence, inputs, output, final action and destination.
+/// Work, inputs, output, final action and destination.
 std::string KeyOf(const RunDescription& request)
 {
     CSha256 digest;
-    for (const std::string& path : {request.sequence, request.outputFolder, request.destination})
+    for (const WorkFile& file : request.work.files) AddPart(digest, platform::ResolvedPath(file.path));
+    for (const std::string& path : {request.outputFolder, request.destination})
         AddPart(digest, platform::ResolvedPath(path));
     AddPart(digest, std::string(FactsOf(request.finalAction).word));
     for (const std::string& input : request.inputs) AddPart(digest, platform::ResolvedPath(input));
+    if (const std::string identity = WorkIdentity(request.work); !identity.empty()) AddPart(digest, identity);
     return digest.Digest().substr(0, kKeyLength);
 }
 

@@ -262,9 +262,9 @@ void CRunLoop::On(CWorker& worker, const AskInput&)
         CompleteFile(worker);
     else if (worker.hand)
         FileLost(worker, "The worker did not tell what became of the file.");
-    // By now it has read the sequence.
-    if (!worker.asked && m_parts.changedSequence)
-        if (const std::string changed = m_parts.changedSequence(); !changed.empty()) Break(changed);
+    // By now it has read what it is to do.
+    if (!worker.asked && m_parts.changedWork)
+        if (const std::string changed = m_parts.changedWork(); !changed.empty()) Break(changed);
     worker.asked = true;
     m_failedStarts = 0;
     worker.waiting = true;

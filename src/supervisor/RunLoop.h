@@ -33,8 +33,8 @@ public:
         CRunObserver& observer;
         CPretendedActs& pretended;
         const COutputGuard* guard = nullptr;
-        /// A sentence when the sequence is another one than planned.
-        std::function<std::string()> changedSequence = {};
+        /// A sentence when the work is another one than planned.
+        std::function<std::string()> changedWork = {};
         RunOrder order;          ///< for the workers
         std::string run;         ///< tag of temporary files
         int total = 0;           ///< files of the whole run

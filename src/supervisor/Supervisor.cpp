@@ -72,7 +72,7 @@ COutputGuard GuardFor(const RunOptions& options)
     COutputGuard guard;
     guard.AddOutput(OutputKind::Record, options.recordPath);
     if (!options.dryRun) guard.AddOutput(OutputKind::Log, options.logPath);
-    guard.AddNeeded("the sequence", options.request.sequence);
+    guard.AddNeeded(options.request.work);
     guard.AddNeeded("the password file", options.engine.passwordFile);
     return guard;
 }
@@ -106,7 +106,7 @@ std::string ChangedRequest(const std::string& manifestPath, const RunDescription
     CManifestReader manifest;
     const auto header = manifest.Open(manifestPath);
     if (!header) return {};
-    std::string changed = ChangedSequence(*header);
+    std::string changed = ChangedWork(*header);
     return changed.empty() ? ChangedOptions(*header, request) : changed;
 }
 
@@ -181,7 +181,7 @@ RunResult PlanRun(const PlanOptions& options, CRunObserver& observer)
     const int interrupts = CountedInterrupts();
     COutputGuard guard;
     guard.AddOutput(OutputKind::Manifest, options.manifestPath);
-    guard.AddNeeded("the sequence", options.request.sequence);
+    guard.AddNeeded(options.request.work);
     if (std::string problem = guard.Problem(); !problem.empty()) return Failed(ExitClass::Broken, std::move(problem));
     const CScratchFolder scratch;
     if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);

@@ -89,7 +89,8 @@ class Job:
 def job_of(kind, sequence, final=0, destination="", source="", output="", settings=(), **more):
     """The JSON of a run or a plan."""
     words = ("nothing", "copy", "move", "delete", "rename", "execute", "move-replace", "move-versions", "copy-versions")
-    values = {"sequence": to_text(sequence), "output": to_text(output), "destination": to_text(destination), "extensions": "pdf",
+    values = {"work": {"kind": "sequence", "files": {"sequence": to_text(sequence)}}, "output": to_text(output),
+              "destination": to_text(destination), "extensions": "pdf",
               "inputs": [to_text(source)] if source else [], "finalAction": words[final], **dict(settings)}
-    return {"kind": kind, "version": 2, "run": "test1", "description": {key: value for key, value in values.items() if value},
+    return {"kind": kind, "version": 3, "run": "test1", "description": {key: value for key, value in values.items() if value},
             **more}

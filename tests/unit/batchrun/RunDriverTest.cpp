@@ -38,10 +38,11 @@ class RunDriver : public testing::Test {
 protected:
     CRunDriver MakeDriver()
     {
-        return CRunDriver({.settings = [this] { return DescribedSettings({.sequence = m_sequence}, false, m_log); },
-                           .log = m_log,
-                           .events = m_notes,
-                           .host = m_notes});
+        return CRunDriver(
+            {.settings = [this] { return DescribedSettings({.work = SequenceWork(m_sequence)}, false, m_log); },
+             .log = m_log,
+             .events = m_notes,
+             .host = m_notes});
     }
     /// The log behind the nine settings.
     Lines Logged() const { return {m_log.lines.begin() + 9, m_log.lines.end()}; }

@@ -59,7 +59,7 @@ TEST(RunSettings, PathsLoseOnePairOfQuotes)
         {"/a/b.sequ", "/a/b.sequ"}, {" \"/a b/c\" ", "/a b/c"},       {"\"", "\""}, {"\"\"", ""}, {"\" /x \"", "/x"},
         {"/a\"b", "/a\"b"},         {"\"\"/twice\"\"", "\"/twice\""}, {"  ", ""}};
     for (const auto& row : rows) {
-        EXPECT_EQ(Read("FERRULESEQU", row.value).sequencePath, row.path) << row.value;
+        EXPECT_EQ(WorkFilePath(Read("FERRULESEQU", row.value).work, kSequenceWork), row.path) << row.value;
         EXPECT_EQ(Read("FERRULEALTPATH", row.value).execution.alternativeInputPath, row.path) << row.value;
         EXPECT_EQ(Read("FERRULEALTOUTPUTPATH", row.value).execution.alternativeOutputPath, row.path) << row.value;
     }

@@ -30,7 +30,7 @@ TEST(StartupReader, SchedulesARunWhenThereIsASequence)
     for (const auto& row : rows) {
         CMemoryLog log;
         CNotedActions actions;
-        const StartupDecision decision = ReadStartup(row.sequence, row.noProgress, log, actions);
+        const StartupDecision decision = ReadStartup(SequenceWork(row.sequence), row.noProgress, log, actions);
         EXPECT_EQ(actions.noted, row.noted) << row.sequence << '|' << row.noProgress;
         EXPECT_EQ(log.lines, std::vector<std::string>{row.logged});
         EXPECT_EQ(decision.runScheduled, *row.sequence != '\0');

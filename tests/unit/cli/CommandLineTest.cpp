@@ -48,7 +48,8 @@ struct Place {
     RunDescription Request(Words words) const
     {
         words.insert(words.begin(), sequence);
-        return cli::ReadRequest(Parsed("run", words));
+        const cli::CArguments arguments = Parsed("run", words);
+        return cli::ReadRequest(arguments, cli::ReadSequenceWork(arguments));
     }
     /// The exit code and message with which a request is refused.
     std::pair<int, std::string> Refusal(const Words& words) const
@@ -212,7 +213,7 @@ TEST(RunArguments, BecomeTheDescriptionOfTheRun)
     const RunDescription request =
         place.Request({"-i", place.one + "/", "-i", place.two, "-o", place.out, "--final-action", "move-versions",
                        "--destination", place.two, "--ext", "pdf;jpg", "--no-subfolders", "--min-age", "60"});
-    EXPECT_EQ(request.sequence, place.sequence);
+    EXPECT_EQ(WorkFilePath(request.work, kSequenceWork), place.sequence);
     EXPECT_EQ(request.inputs, (Words{place.one, place.two}));
     EXPECT_EQ(request.outputFolder, place.out);
     EXPECT_EQ(request.finalAction, FinalAction::MoveVersions);

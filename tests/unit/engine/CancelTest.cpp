@@ -1,6 +1,7 @@
 // Runs that somebody cancels, with the steps of the plug-in's engine in the open host.
 #include "common/Progress.h"
 #include "engine/Executor.h"
+#include "engine/SequenceWork.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Documents.h"
 #include "hostcalls/HandlerRegistration.h"
@@ -69,7 +70,7 @@ CanceledRun RunUntilCanceled(const CTemporaryFolder& folder)
         "<Workflow><Group label='g'><Command name='T:Impatient'/>"
         "<Command name='WorkflowPlaybackSaveFiles'><Items><Item name='DocSaveDestType' type='string' "
         "value='WorkflowPlaybackSave'/></Items></Command></Group></Workflow>");
-    CSequence sequence = SequenceFromWorkflow(*workflow);
+    CSequenceWork work(SequenceFromWorkflow(*workflow));
     CanceledRun run;
     CImpatientMonitor monitor;
     CMemoryLog log;
@@ -83,7 +84,7 @@ CanceledRun RunUntilCanceled(const CTemporaryFolder& folder)
     ExecutorSettings settings;
     settings.alternativeInputPath = folder / "in";
     settings.alternativeOutputPath = folder / "out";
-    run.result = RunSequence(settings, sequence, &monitor, callbacks, log);
+    run.result = RunWork(settings, work, &monitor, callbacks, log);
     EXPECT_EQ(monitor.open, 0) << "the progress was not ended";
     run.log = log.lines;
     return run;

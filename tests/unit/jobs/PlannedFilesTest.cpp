@@ -17,13 +17,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<PlannedFile> Plan(const std::string& folder, const SequenceFacts& facts, const RunSettings& settings,
-                              double minAge = 0)
+std::vector<PlannedFile> Plan(const std::string& folder, const WorkFacts& facts)
 {
     CInputCollector inputs({{"pdf", "tif"}, true});
     inputs.AddPath(folder);
-    const CPlannedFiles files(std::move(inputs), minAge);
-    CTouchedNames names(facts, settings);
+    const CPlannedFiles files(std::move(inputs), 0);
+    CTouchedNames names(facts, {});
     std::vector<PlannedFile> planned;
     files.ForEach(names, [&](const PlannedFile& file) { planned.push_back(file); });
     return planned;
@@ -95,13 +94,8 @@ TEST(PlannedFiles, GroupsAreThoseOfASlowComparisonOfEveryPair)
         folder.MakeFolder("in/a");
         const std::string out = folder.MakeFolder("in/b");  // results may be other inputs
         MakeRandomTree(folder, random);
-        SequenceFacts facts;
-        facts.hostMajor = 21;
-        facts.output.kind = kOutputFolder;
-        facts.output.insertAfter = "_o";
-        RunSettings settings;
-        settings.execution.alternativeOutputPath = out;
-        const auto planned = Plan(folder / "in", facts, settings);
+        const WorkFacts facts{.results = {{.folder = out, .after = "_o"}}};
+        const auto planned = Plan(folder / "in", facts);
         ASSERT_GT(planned.size(), 10u);
 
         const auto sets = SlowSets(planned, out);

@@ -1,5 +1,6 @@
 #include "jobs/SafetyRules.h"
 
+#include "engine/SequencePlanning.h"
 #include "sequence/Sequence.h"
 #include "support/TemporaryFolder.h"
 
@@ -54,8 +55,8 @@ protected:
         run.facts.inputKind = kInputAskUser;
         run.facts.output.kind = kOutputNone;
         run.facts.steps = {Step("QLNX_FerrulePasswordProtectCommand"), SaveStep()};
-        run.request.settings.execution.alternativeInputPath = m_folder.Path();
-        run.request.settings.execution.alternativeOutputPath = m_folder.Path();
+        run.request.settings.alternativeInputPath = m_folder.Path();
+        run.request.settings.alternativeOutputPath = m_folder.Path();
         return run;
     }
 
@@ -67,13 +68,13 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
     using Change = std::function<void(PlannedRun&)>;
     const std::string here = m_folder.Path(), missing = m_folder / "missing", none;
     const auto input = [](const std::string& path) {
-        return [path](PlannedRun& r) { r.request.settings.execution.alternativeInputPath = path; };
+        return [path](PlannedRun& r) { r.request.settings.alternativeInputPath = path; };
     };
     const auto further = [](const std::string& path) {
-        return [path](PlannedRun& r) { r.request.settings.execution.furtherInputPaths = {path}; };
+        return [path](PlannedRun& r) { r.request.settings.furtherInputPaths = {path}; };
     };
     const auto output = [](const std::string& path) {
-        return [path](PlannedRun& r) { r.request.settings.execution.alternativeOutputPath = path; };
+        return [path](PlannedRun& r) { r.request.settings.alternativeOutputPath = path; };
     };
     const auto engineSaves = [](int kind, const std::string& folder = {}) {
         return [kind, folder](PlannedRun& r) {
@@ -85,11 +86,11 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
     const auto savesBy = [](const StepFacts& step) { return [step](PlannedRun& r) { r.facts.steps.back() = step; }; };
     const auto ends = [](int code, const std::string& destination) {
         return [code, destination](PlannedRun& r) {
-            r.request.settings.finalAction = static_cast<FinalAction>(code);
-            r.request.settings.destination = destination;
+            r.request.wanted.finalAction = static_cast<FinalAction>(code);
+            r.request.wanted.destination = destination;
         };
     };
-    const auto switchOn = [](auto name) { return [name](PlannedRun& r) { r.request.permitted.*name = true; }; };
+    const auto switchOn = [](auto name) { return [name](PlannedRun& r) { r.request.wanted.*name = true; }; };
     const Change stepMissing = [](PlannedRun& r) { r.facts.steps.push_back(Step("Maker:Gone", false)); };
     const Change namesInput = [](PlannedRun& r) { r.facts.inputKind = kInputFolder; };
     const Change overwrites = [](PlannedRun& r) { r.facts.output.dontOverwrite = false; };
@@ -135,7 +136,7 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
     for (const auto& row : rows) {
         PlannedRun run = Harmless();
         for (const Change& change : row.changes) change(run);
-        const std::string problem = SafetyProblem(run.facts, run.request);
+        const std::string problem = SafetyProblem(FactsOfSequence(run.facts, run.request), run.request);
         EXPECT_EQ(problem.empty(), *row.hint == '\0') << row.what << ": " << problem;
         EXPECT_NE(problem.find(row.hint), std::string::npos) << row.what << ": " << problem;
     }
@@ -166,7 +167,7 @@ TEST_F(SafetyRules, OneWorkerWhenAStepLooksBeyondItsDocument)
     for (const auto& row : rows) {
         PlannedRun run = Harmless();
         run.facts.steps.push_back(row.step);
-        const std::string reason = OneWorkerReason(run.facts);
+        const std::string reason = FactsOfSequence(run.facts, run.request).oneWorkerReason;
         EXPECT_EQ(!reason.empty(), row.oneWorker) << row.step.handler << ' ' << row.step.script;
         EXPECT_EQ(reason.find(row.step.handler) != std::string::npos, row.oneWorker) << reason;
     }

@@ -1,6 +1,7 @@
 #include "jobs/TouchedNames.h"
 
 #include "base/PathNames.h"
+#include "engine/SequencePlanning.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -31,7 +32,7 @@ TEST(ComparableBase, IsWithoutCaseNumbersAndExtension)
 
 struct Setting {
     SequenceFacts facts;
-    RunSettings settings;
+    PlanRequest request;
 };
 
 StepFacts SaveStep(const char* before, const char* after, bool namesDestination = true)
@@ -55,7 +56,7 @@ Setting Saving(const char* before = "", const char* after = "")
 
 bool Collide(const Setting& setting, const std::string& one, const std::string& other)
 {
-    CTouchedNames names(setting.facts, setting.settings);
+    CTouchedNames names(FactsOfSequence(setting.facts, setting.request), setting.request.wanted);
     std::vector<std::uint64_t> ofOne, ofOther;
     names.AppendKeys(FolderOf(one), FileName(one), ofOne);
     names.AppendKeys(FolderOf(other), FileName(other), ofOther);
@@ -72,7 +73,7 @@ protected:
     std::string In(const char* path) const { return m_folder / path; }
     Setting WithFolder(Setting setting) const
     {
-        setting.settings.execution.alternativeOutputPath = In("out");
+        setting.request.settings.alternativeOutputPath = In("out");
         return setting;
     }
 
@@ -82,14 +83,14 @@ protected:
 TEST_F(TouchedNames, CollideWhereResultsInputsOrTargetsMeet)
 {
     Setting rename = Saving();
-    rename.settings.finalAction = FinalAction::Rename;
-    rename.settings.destination = "Same.pdf";
+    rename.request.wanted.finalAction = FinalAction::Rename;
+    rename.request.wanted.destination = "Same.pdf";
     Setting moved = Saving();
-    moved.settings.finalAction = FinalAction::MoveVersions;
-    moved.settings.destination = In("done");
+    moved.request.wanted.finalAction = FinalAction::MoveVersions;
+    moved.request.wanted.destination = In("done");
     Setting movedIntoInput = Saving();
-    movedIntoInput.settings.finalAction = FinalAction::MoveReplace;
-    movedIntoInput.settings.destination = In("b");
+    movedIntoInput.request.wanted.finalAction = FinalAction::MoveReplace;
+    movedIntoInput.request.wanted.destination = In("b");
     Setting engine = Saving();
     engine.facts.steps.clear();
     engine.facts.output.kind = kOutputFolder;

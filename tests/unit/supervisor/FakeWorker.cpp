@@ -84,8 +84,9 @@ public:
     {
         const Json job = ObjectAt(Ask({{"ask", "job"}}), "job");
         m_run = RunDescriptionFrom(ObjectAt(job, "description"));
+        m_sequence = WorkFilePath(m_run.work, kSequenceWork);
         m_tag = TextAt(job, "run");
-        if (m_run.sequence == "does not start") {
+        if (m_sequence == "does not start") {
             std::cerr << "no plug-in\n";
             return 4;
         }
@@ -101,7 +102,7 @@ public:
 private:
     std::string Plan()
     {
-        if (m_run.sequence == "not there") return "not-started";
+        if (m_sequence == "not there") return "not-started";
         const std::string folder = m_run.inputs.front();
         int number = 0;
         for (const platform::FolderEntry& entry : platform::ListFolder(folder)) {
@@ -125,8 +126,8 @@ private:
               {"report",
                {{"plan",
                  {{"total", number},
-                  {"oneWorker", m_run.sequence == "one worker"},
-                  {"oneWorkerReason", m_run.sequence == "one worker" ? "for a reason" : ""},
+                  {"oneWorker", m_sequence == "one worker"},
+                  {"oneWorkerReason", m_sequence == "one worker" ? "for a reason" : ""},
                   {"tooYoung", 0},
                   {"unreadableFolders", IsBlind() ? 1 : 0},
                   {"warnings", Json::array()}}}}}});
@@ -137,7 +138,7 @@ private:
 
     std::string Process()
     {
-        if (m_run.sequence == "asks for nothing") return "finished";
+        if (m_sequence == "asks for nothing") return "finished";
         bool preflighted = false;
         for (Input input; Next(input);) {
             if (!preflighted) {
@@ -318,6 +319,7 @@ private:
 
     CLog m_log;
     RunDescription m_run;
+    std::string m_sequence;
     std::string m_tag;
     int m_total = 0;
     Input m_input;

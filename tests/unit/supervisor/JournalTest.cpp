@@ -163,7 +163,7 @@ TEST(Journal, KnowsWhatIsLoggedAndWhatIsBegunAgain)
     EXPECT_EQ(index.Open().at(1).resultsOffset, offset);
 }
 
-const RunDescription kEverything = {.sequence = "/s",
+const RunDescription kEverything = {.work = SequenceWork("/s"),
                                     .inputs = {"/i", "/j"},
                                     .outputFolder = "/o",
                                     .finalAction = FinalAction::MoveVersions,
@@ -199,7 +199,8 @@ TEST(Manifest, RefusesWhatIsIncompleteOrOutOfOrder)
     ASSERT_TRUE(header);
     EXPECT_EQ(header->preamble, std::vector<std::string>{"\xFE"});
     EXPECT_EQ(LineOf(RunOrderJson(header->order)),
-              R"({"kind":"run","version":2,"run":"run1","dryRun":false,"description":{"sequence":"/s","output":"/o",)"
+              R"({"kind":"run","version":3,"run":"run1","dryRun":false,"description":{)"
+              R"("work":{"kind":"sequence","files":{"sequence":"/s"}},"output":"/o",)"
               R"("destination":"/d","extensions":"pdf","inputs":["/i","/j"],"finalAction":"move-versions",)"
               R"("noSubfolders":true,"skipUnavailable":true,"allowNoOutput":true,"allowInPlace":true,)"
               R"("acceptDamaged":true,"force":true,"minAge":7}})");

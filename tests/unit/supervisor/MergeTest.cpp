@@ -79,7 +79,7 @@ TEST_F(MergeTest, ShardsKeepToTheirOwnJournal)
     EXPECT_NE(Shard(2, 2).message.find("belongs to shard 1/2"), std::string::npos);
     EXPECT_EQ(Shard(3, 2).exit, ExitClass::Broken);
     std::filesystem::remove(Journal(2));
-    place.options.request.sequence = "one worker";
+    place.options.request.work = SequenceWork("one worker");
     Plan({});
     EXPECT_NE(Shard(2, 2).message.find("cannot be divided"), std::string::npos);
     EXPECT_NE(Shard(1, 1).message.find("another run"), std::string::npos);

@@ -51,7 +51,7 @@ public:
         SetVariable("FAKE_BLIND", "");
         SetVariable("FAKE_COUNT", folder / "count");
         options.engine = {.hostProgram = FAKE_WORKER, .plugIns = {"/a/plug-in"}, .jobs = 2, .timeoutSeconds = 60};
-        options.request.sequence = "a sequence";
+        options.request.work = SequenceWork("a sequence");
         options.request.inputs = {folder / "in"};
         options.request.outputFolder = folder / "out";
         options.recordPath = folder / "record.jsonl";

@@ -145,7 +145,7 @@ TEST(Run, SaysWhyItDoesNotStart)
     for (const auto& row : rows) {
         CRunPlace place;
         place.Input("a");
-        place.options.request.sequence = row.sequence;
+        place.options.request.work = SequenceWork(row.sequence);
         place.options.engine.hostProgram = row.host;
         const RunResult result = place.Run();
         EXPECT_EQ(result.exit, ExitClass::Broken);
@@ -174,7 +174,7 @@ TEST(Run, BreaksWhenAWorkerSaysSoAndIsCompletedByResume)
 TEST(Run, SequencesThatKeepSomethingBetweenFilesHaveOneWorker)
 {
     CRunPlace place;
-    place.options.request.sequence = "one worker";
+    place.options.request.work = SequenceWork("one worker");
     place.options.engine.jobs = 8;
     for (int file = 0; file < 20; ++file) place.Input(std::to_string(file));
     EXPECT_EQ(place.Run().exit, ExitClass::Fine);

@@ -1,0 +1,94 @@
+// What a run does to its files. The run driver asks it for everything that one kind of work does otherwise than
+// another.
+#pragma once
+
+#include "base/Expected.h"
+#include "engine/ExecutorSettings.h"
+#include "engine/ProcessedFile.h"
+#include "protocol/RunDescription.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+class CLogWriter;
+class CProgressMonitorWrapper;
+
+/// A run that is to be planned.
+struct PlanRequest {
+    ExecutorSettings settings;
+    RunDescription wanted;  // says also what the user has said yes to
+};
+
+/// A name that something written for a file gets.
+struct ResultName {
+    std::optional<std::string> folder = {};  // nothing: the folder of the input
+    std::string before = {}, after = {};     // around the input's base name
+};
+
+/// What planning a run wants to know of its work. Sentences end with a full stop and say what to do.
+struct WorkFacts {
+    std::string noun = {};       // what people call the work: "sequence"
+    std::string objection = {};  // why it must not be done as requested
+    std::string errors = {};     // what a check of it finds, unless the user has said yes to that
+    std::string noInputs = {};   // why somebody has to name input files; empty: it has some of its own
+    bool usesOutputFolder = true;
+    bool replacesInputs = false;  // results take the place of their inputs, output folder or not
+    bool writesAnywhere = false;  // something named like the input may be written to any folder
+    int resultsPerFile = 0;
+    std::vector<ResultName> results = {};
+    std::string oneWorkerReason = {};  // why one process has to do the whole run
+    std::vector<std::string> warnings = {};
+    std::string howToSave = {};  // what to do about it when nothing is saved, without a full stop; may be empty
+    std::string howToSpareInputs = {};  // the same for results that replace their inputs
+};
+
+/// What all files of a run share. Everything is borrowed until the work is gone.
+struct WorkServices {
+    const ExecutorSettings& settings;
+    CLogWriter& log;
+    CProgressMonitorWrapper& progress;
+    /// Called before (true) and after (false) lines of the whole run that are logged among those of a file; may be
+    /// empty.
+    const std::function<void(bool begins)>& logsForWholeRun;
+    int fileCount = 0;
+};
+
+/// Whether somebody may be asked for input files.
+enum class Asking { Allowed, Unwanted };
+
+/// One object does one run. Everything but the destructor may throw CHostException.
+/// Order: Load, Refusal, then either Facts or Begin, Process for each file, and Finish after the last one.
+class CWork {
+public:
+    CWork() = default;
+    CWork(const CWork&) = delete;
+    CWork& operator=(const CWork&) = delete;
+    virtual ~CWork() = default;
+
+    /// Reads what is to be done. Answers a sentence that says why that cannot be, logged; empty when all is well.
+    [[nodiscard]] virtual std::string Load(CLogWriter& log) = 0;
+    /// Why this host cannot do it, logged; empty when it can.
+    [[nodiscard]] virtual std::string Refusal(CLogWriter& log) = 0;
+
+    /// The accepted extensions, without dots, for settings that name none.
+    [[nodiscard]] virtual std::vector<std::string> Extensions(CLogWriter& log) const = 0;
+    /// Files and folders to take inputs from, logged: those of the settings, or else its own; none when it would have
+    /// to ask and may not. Fails, logged, when there are none.
+    [[nodiscard]] virtual Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
+                                                                         const std::vector<std::string>& extensions,
+                                                                         Asking asking, CLogWriter& log) const = 0;
+    /// Places of its own that a planned run takes although a run from the environment does not find them.
+    [[nodiscard]] virtual std::vector<std::string> FurtherInputPlaces() const { return {}; }
+    /// The folders for results that it names itself.
+    [[nodiscard]] virtual std::vector<std::string> OwnOutputFolders() const { return {}; }
+    [[nodiscard]] virtual WorkFacts Facts(const PlanRequest& request) const = 0;
+
+    virtual void Begin(const WorkServices& services) = 0;
+    /// A failure is in the outcome. `number` counts from 1.
+    [[nodiscard]] virtual ProcessedFile Process(const std::string& path, int number) = 0;
+    /// Why the whole run has to stop after the last file; empty when it goes on.
+    [[nodiscard]] virtual std::string StopReason() const { return {}; }
+    virtual void Finish() {}
+};

@@ -1,5 +1,5 @@
 // The plug-in's steps as the host's command layer drives them.
-#include "base/Text.h"
+#include "commands/CatalogCommands.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
 #include "hostcalls/Conversions.h"
@@ -39,7 +39,15 @@ CCab Parameters(const char* key, const std::string& value)
     return cab;
 }
 
-AVCommandStatus WorkOn(CHostCommand& command, const CHostDocument& document)
+/// One that starts a program, or works on an index.
+CHostCommand CommandWithFile(const char* handler, const std::string& file)
+{
+    CHostCommand command = Command(handler);
+    command.SetParams(Parameters("File", file).View());
+    return command;
+}
+
+AVCommandStatus WorkOn(CHostCommand&& command, const CHostDocument& document)
 {
     command.Reset();
     command.SetInputs(CommandInputs(document.Get(), "a", "pdf").View());
@@ -54,12 +62,17 @@ std::vector<std::string> Description(const CCab& props)
     return lines;
 }
 
+class BatchCommand : public testing::Test {
+protected:
+    bool Logged(const std::string& line) const { return m_host.LogText().find(line) != std::string::npos; }
+
+    const CPlugInHost m_host;
+};
+
 }  // namespace
 
-TEST(BatchCommand, EachStepIsOfferedAndAnswersAllProperties)
+TEST_F(BatchCommand, EachStepIsOfferedAndAnswersWhatItIsAskedFor)
 {
-    const CPlugInHost host;
-    ASSERT_TRUE(host.Started());
     const struct {
         const char* handler;
         const char* title;
@@ -71,74 +84,55 @@ TEST(BatchCommand, EachStepIsOfferedAndAnswersAllProperties)
                 {kPurge, "Purge Catalog Index", {"Index file to purge: "}},
                 {kRebuild, "Rebuild Catalog Index", {"Index file to rebuild: "}}};
     for (const auto& row : rows) {
-        const auto atom = openhost::AtomFromText(row.handler);
-        EXPECT_NE(openhost::Part<openhost::CCommands>().FindGlobal(atom), nullptr) << row.handler;
+        SCOPED_TRACE(row.handler);
+        EXPECT_NE(openhost::Part<openhost::CCommands>().FindGlobal(openhost::AtomFromText(row.handler)), nullptr);
         const CCab props = Command(row.handler).Props({});
-        EXPECT_EQ(props.Size(), 8) << row.handler;
-        for (const char* key : {"Title", "GenericTitle", "ScreenName"}) {
-            EXPECT_EQ(props.Text(key), row.title) << row.handler << ", " << key;
-        }
+        EXPECT_EQ(props.Size(), 8);
+        for (const char* key : {"Title", "GenericTitle", "ScreenName"}) EXPECT_EQ(props.Text(key), row.title) << key;
         EXPECT_EQ(props.Text("GroupTitle"), "Ferrule Plug-in");
         for (const char* key : {"CanBatch", "CanDescribeParams", "CanShowDialog"}) {
-            EXPECT_TRUE(props.Bool(key, false)) << row.handler << ", " << key;
+            EXPECT_TRUE(props.Bool(key, false)) << key;
         }
         EXPECT_EQ(Description(props), row.description);
     }
+    const CCab some = Command(kPurge).Props({"ScreenName", "CanBatch", "Unknown"});
+    EXPECT_EQ(some.Size(), 3);
+    EXPECT_EQ(some.Text("ScreenName"), "Purge Catalog Index");
+    EXPECT_EQ(some.Type("Unknown"), kASValueNull);
 }
 
-TEST(BatchCommand, APropertyQueryIsAnsweredForTheKeysAskedFor)
+TEST_F(BatchCommand, ParametersLiveWithEachCommandAndAreHandedOutWithTheirDescription)
 {
-    const CPlugInHost host;
-    const CCab props = Command(kPurge).Props({"ScreenName", "CanBatch", "Unknown"});
-    EXPECT_EQ(props.Size(), 3);
-    EXPECT_EQ(props.Text("ScreenName"), "Purge Catalog Index");
-    EXPECT_TRUE(props.Bool("CanBatch", false));
-    EXPECT_EQ(props.Type("Unknown"), kASValueNull);
-}
-
-TEST(BatchCommand, ParametersLiveWithEachCommand)
-{
-    const CPlugInHost host;
-    CHostCommand first = Command(kExternal);
-    CHostCommand second = Command(kExternal);
-    EXPECT_EQ(first.Params().String("File"), "");
-    EXPECT_EQ(first.SetParams(Parameters("File", "/one").View()), kAVCommandReady);
+    CHostCommand first = CommandWithFile(kExternal, "/one"), second = Command(kExternal);
+    EXPECT_EQ(second.Params().String("File"), "");
     CCab wide;
     wide.PutText("File", "/two");
-    second.SetParams(wide.View());
+    EXPECT_EQ(second.SetParams(wide.View()), kAVCommandReady);
     EXPECT_EQ(Description(first.Props({"ParamsDesc"})), std::vector<std::string>{"Application To Start: /one"});
     EXPECT_EQ(Description(second.Props({"ParamsDesc"})), std::vector<std::string>{"Application To Start: /two"});
     EXPECT_EQ(first.Params().Size(), 1) << "parameters are replaced, not merged";
     first.SetParams(CCab().View());
     EXPECT_EQ(first.Params().Size(), 2) << "no parameters at all mean the defaults";
-}
 
-TEST(BatchCommand, ParametersAreHandedOutWithTheirDescription)
-{
-    const CPlugInHost host;
-    CHostCommand command = Command(kProtect);
-    EXPECT_TRUE(command.Params().Bool("CanExtractPages", false)) << "the defaults of a fresh record";
-    EXPECT_EQ(command.Params().Size(), 27);
-
-    command.SetParams(Parameters("PermPassword", "p").View());
-    EXPECT_EQ(command.Params().Keys(), std::vector<std::string>{"PermPassword"});
-    const CCabEditor description = CommandCab(command.Get(), "ParamsDesc", false);
+    CHostCommand protect = Command(kProtect);
+    EXPECT_TRUE(protect.Params().Bool("CanExtractPages", false)) << "the defaults of a fresh record";
+    EXPECT_EQ(protect.Params().Size(), 27);
+    protect.SetParams(Parameters("PermPassword", "p").View());
+    EXPECT_EQ(protect.Params().Keys(), std::vector<std::string>{"PermPassword"});
+    const CCabEditor description = CommandCab(protect.Get(), "ParamsDesc", false);
     ASSERT_TRUE(description);
     EXPECT_EQ(description.Text("1"), "No document opening password specified");
     EXPECT_EQ(description.Text("2"), "No document access password specified");
-
-    command.SetParams(Parameters("Password", "p").View());
-    EXPECT_EQ(Description(command.Props({})),
+    protect.SetParams(Parameters("Password", "p").View());
+    EXPECT_EQ(Description(protect.Props({})),
               (std::vector<std::string>{"Require a password to open the document",
                                         "Restrict editing or printing of the document"}));
 }
 
-TEST(BatchCommand, WithoutWindowsTheDialogCountsAsDismissed)
+TEST_F(BatchCommand, WithoutWindowsTheDialogCountsAsDismissedAndWithoutADocumentNoWorkIsDone)
 {
-    const CPlugInHost host;
     for (const char* handler : {kProtect, kExternal, kPurge, kRebuild}) {
-        CHostCommand command = Command(handler);
-        command.SetParams(Parameters("File", "/f").View());
+        CHostCommand command = CommandWithFile(handler, "/f");
         EXPECT_EQ(command.ShowDialog(), kAVCommandCanceled) << handler;
         EXPECT_EQ(command.Params().String("File"), "/f") << handler;
 
@@ -146,36 +140,33 @@ TEST(BatchCommand, WithoutWindowsTheDialogCountsAsDismissed)
         openhost::Part<openhost::CCommands>().PutCab(bare.Get(), "Params", nullptr);
         EXPECT_EQ(bare.ShowDialog(), kAVCommandInError) << handler;
     }
-}
-
-TEST(BatchCommand, WorkWithoutADocumentIsAnErrorThatSaysSo)
-{
-    const CPlugInHost host;
     CHostCommand command = Command(kProtect);
     EXPECT_EQ(command.Work(), kAVCommandInError);
     EXPECT_EQ(command.LastError(), "The command has no document to work on.");
     EXPECT_EQ(command.Reset(), kAVCommandReady);
 }
 
-TEST(BatchCommand, TwoProtectStepsInOneSequenceBothAct)
+TEST_F(BatchCommand, EachProtectStepActsWithItsOwnPasswordAndOneWithoutLeavesTheDocumentAlone)
 {
-    const CPlugInHost host;
-    CHostCommand first = Command(kProtect);
-    CHostCommand second = Command(kProtect);
-    const struct {
-        CHostCommand& command;
-        const char* password;
-    } steps[] = {{first, "one"}, {second, "two"}};
-    for (const auto& step : steps) {
-        CCab params = Parameters("Password", step.password);
+    CHostCommand commands[] = {Command(kProtect), Command(kProtect), Command(kProtect)};
+    const char* const passwords[] = {"one", "two", ""};
+    for (int i = 0; i < 2; ++i) {
+        CCab params = Parameters("Password", passwords[i]);
         params.PutBool("PasswordProtect", true);
         params.PutBool("CanExtractPages", true);
-        step.command.SetParams(params.View());
+        commands[i].SetParams(params.View());
     }
-    for (const auto& step : steps) {
-        const std::string path = host.Folder().Write(std::string(step.password) + ".pdf", kPdf);
+    for (int i = 0; i < 3; ++i) {
+        SCOPED_TRACE(passwords[i]);
+        const std::string path = m_host.Folder().Write(std::string("a") + passwords[i] + ".pdf", kPdf);
         CHostDocument document = CHostDocument::Open(path);
-        EXPECT_EQ(WorkOn(step.command, document), kAVCommandDone) << step.command.LastError();
+        const int before = DocumentFlags(document.Get());
+        EXPECT_EQ(before & PDDocNeedsSave, 0);
+        EXPECT_EQ(WorkOn(std::move(commands[i]), document), kAVCommandDone);
+        if (*passwords[i] == '\0') {
+            EXPECT_EQ(DocumentFlags(document.Get()), before);
+            continue;
+        }
         SaveDocument(document.Get(), PDSaveFull, path);
         document.Close();
         EXPECT_NE(FileBytes(path).find("/Encrypt"), std::string::npos);
@@ -183,64 +174,38 @@ TEST(BatchCommand, TwoProtectStepsInOneSequenceBothAct)
     }
 }
 
-TEST(BatchCommand, ProtectLeavesADocumentAloneWhenNothingIsAskedFor)
-{
-    const CPlugInHost host;
-    CHostCommand command = Command(kProtect);
-    const std::string path = host.Folder().Write("a.pdf", kPdf);
-    CHostDocument document = CHostDocument::Open(path);
-    const int before = DocumentFlags(document.Get());
-    EXPECT_EQ(WorkOn(command, document), kAVCommandDone);
-    EXPECT_EQ(DocumentFlags(document.Get()), before);
-    EXPECT_EQ(before & PDDocNeedsSave, 0);
-}
-
 #ifndef _WIN32  // there the shell splits the argument: tests/windows shows it
-TEST(BatchCommand, TheApplicationGetsTheDocumentAsOneArgument)
+TEST_F(BatchCommand, TheApplicationGetsTheDocumentAsOneArgument)
 {
-    const CPlugInHost host;
-    const std::string pipe = host.Folder() / "pipe";
+    const std::string pipe = m_host.Folder() / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const std::string program =
-        host.Folder().Write("my app", "#!/bin/sh\nprintf '%s|%s' \"$#\" \"$1\" > '" + pipe + "'\n");
+        m_host.Folder().Write("my app", "#!/bin/sh\nprintf '%s|%s' \"$#\" \"$1\" > '" + pipe + "'\n");
     ASSERT_EQ(chmod(program.c_str(), 0700), 0);
-    const std::string path = host.Folder().Write("two words.pdf", kPdf);
-    const CHostDocument document = CHostDocument::Open(path);
+    const std::string path = m_host.Folder().Write("two words.pdf", kPdf);
 
     CHostCommand command = Command(kExternal);
     CCab params = Parameters("File", program);
     params.PutString("CommandLine", "has no effect");
     command.SetParams(params.View());
-    EXPECT_EQ(WorkOn(command, document), kAVCommandDone);
+    EXPECT_EQ(WorkOn(std::move(command), CHostDocument::Open(path)), kAVCommandDone);
     EXPECT_EQ(FileBytes(pipe), "1|" + path);  // waits for the program
-    EXPECT_NE(host.LogText().find("\t\t\tExternal application started : " + program + "\r\n"), std::string::npos);
-
-    host.Folder().Write("no program", "text");
-    command.Reset();
-    command.SetParams(Parameters("File", host.Folder() / "no program").View());
-    EXPECT_EQ(WorkOn(command, document), kAVCommandDone);
-    EXPECT_NE(host.LogText().find("\t\t\tCould not start external application : " + (host.Folder() / "no program")),
-              std::string::npos);
+    EXPECT_TRUE(Logged("\t\t\tExternal application started : " + program + "\r\n"));
 }
 #endif
 
-TEST(BatchCommand, AFileWithoutAFolderIsNotLookedUpInTheSearchPath)
+TEST_F(BatchCommand, AnApplicationThatCannotStartOrHasNoFileToWorkOnIsLogged)
 {
-    const CPlugInHost host;
-    const CHostDocument document = CHostDocument::Open(host.Folder().Write("a.pdf", kPdf));
-    host.Folder().Write("true", "no program, but named like one");
+    const std::string program = m_host.Folder().Write("true", "no program, but named like one");
+    const CHostDocument document = CHostDocument::Open(m_host.Folder().Write("a.pdf", kPdf));
     const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(host.Folder().Path());
-    CHostCommand command = Command(kExternal);
-    command.SetParams(Parameters("File", "true").View());
-    EXPECT_EQ(WorkOn(command, document), kAVCommandDone);
+    std::filesystem::current_path(m_host.Folder().Path());  // a name without a folder is not looked up in the path
+    for (const std::string& name : {program, std::string("true")}) {
+        EXPECT_EQ(WorkOn(CommandWithFile(kExternal, name), document), kAVCommandDone);
+        EXPECT_TRUE(Logged("\t\t\tCould not start external application : " + name + "\r\n"));
+    }
     std::filesystem::current_path(before);
-    EXPECT_NE(host.LogText().find("Could not start external application : true"), std::string::npos);
-}
 
-TEST(BatchCommand, NoApplicationIsStartedForADocumentWithoutAFile)
-{
-    const CPlugInHost host;
     const std::vector<ToPdfConverter> converters = EnumerateToPdf();
     const auto jpeg = std::find_if(converters.begin(), converters.end(), [](const ToPdfConverter& converter) {
         return std::count(converter.extensions.begin(), converter.extensions.end(), "jpg") > 0;
@@ -248,27 +213,36 @@ TEST(BatchCommand, NoApplicationIsStartedForADocumentWithoutAFile)
     ASSERT_NE(jpeg, converters.end());
     const ConversionResult converted = ConvertToPdf(jpeg->handler, FERRULE_SAMPLE_JPEG);
     ASSERT_EQ(FilePath(converted.document.Get()).value_or(""), "");
-    CHostCommand command = Command(kExternal);
-    command.SetParams(Parameters("File", "/bin/true").View());
-    EXPECT_EQ(WorkOn(command, converted.document), kAVCommandDone);
-    EXPECT_NE(host.LogText().find("\t\t\tCould not start external application : /bin/true\r\n"), std::string::npos);
+    EXPECT_EQ(WorkOn(CommandWithFile(kExternal, "/bin/true"), converted.document), kAVCommandDone);
+    EXPECT_TRUE(Logged("\t\t\tCould not start external application : /bin/true\r\n"));
 }
 
-TEST(BatchCommand, StepsWithoutTheirFileAreSkippedSilently)
+TEST_F(BatchCommand, StepsWithoutTheirFileAreSkippedSilently)
 {
-    const CPlugInHost host;
-    const std::string path = host.Folder().Write("a.pdf", kPdf);
+    const std::string path = m_host.Folder().Write("a.pdf", kPdf);
     const CHostDocument document = CHostDocument::Open(path);
-    const std::string before = host.LogText();
+    const std::string before = m_host.LogText();
     for (const char* handler : {kExternal, kPurge, kRebuild}) {
-        for (const std::string& file : {std::string(), host.Folder() / "missing"}) {
-            CHostCommand command = Command(handler);
-            command.SetParams(Parameters("File", file).View());
-            EXPECT_EQ(WorkOn(command, document), kAVCommandDone) << handler;
+        for (const std::string& file : {std::string(), m_host.Folder() / "missing"}) {
+            EXPECT_EQ(WorkOn(CommandWithFile(handler, file), document), kAVCommandDone) << handler;
         }
     }
-    CHostCommand command = Command(kPurge);  // a host without a catalog
-    command.SetParams(Parameters("File", path).View());
-    EXPECT_EQ(WorkOn(command, document), kAVCommandDone);
-    EXPECT_EQ(host.LogText(), before);
+    EXPECT_EQ(WorkOn(CommandWithFile(kPurge, path), document), kAVCommandDone) << "a host without a catalog";
+    EXPECT_EQ(m_host.LogText(), before);
+}
+
+TEST(CatalogStatus, EachCodeHasItsSentenceAndOthersHaveNone)
+{
+    const struct {
+        int status;
+        const char* text;
+    } rows[] = {{0, "Index is invalid: /i/100%s.pdx"},
+                {1, "Index could not be saved: /i/100%s.pdx"},
+                {2, "Rebuild is done: /i/100%s.pdx"},
+                {3, "Index is purged: /i/100%s.pdx"},
+                {4, "Index is loaded: /i/100%s.pdx"},
+                {5, "Cannot rebuild index (Catalog is busy): /i/100%s.pdx"},
+                {6, ""},
+                {-1, ""}};
+    for (const auto& row : rows) EXPECT_EQ(CatalogStatusText(row.status, "/i/100%s.pdx"), row.text);
 }

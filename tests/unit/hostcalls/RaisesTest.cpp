@@ -3,6 +3,7 @@
 #include "hostapi/HostInterface.h"
 #include "hostcalls/HostEntry.h"
 #include "hostcalls/HostFrame.h"
+#include "hostcalls/HostSlot.h"
 #include "hostcalls/HostTables.h"
 #include "unit/hostcalls/HandMadeHost.h"
 
@@ -45,10 +46,13 @@ ASBool HOSTCALL Enumerate(CallbackProc callback)
 
 void HOSTCALL Fail(ASErrorCode code) { CHandMadeHost::Raise(code); }
 
+ASInt32 HOSTCALL LengthOf(const char* text) { return static_cast<ASInt32>(std::char_traits<char>::length(text)); }
+
 class Raises : public testing::Test {
 protected:
     Raises()
     {
+        m_host.errorTexts = {{genErrBadParm, "Bad parameter."}, {genErrCanceled, std::string(400, 'e')}};
         EXPECT_TRUE(HostTables().Import(m_host.Core()));
         CCounted::made = CCounted::gone = 0;
         answered = 99;
@@ -173,4 +177,50 @@ TEST_F(Raises, ARaiseWhileAnExceptionIsHandledIsItsOwn)
     }
     EXPECT_EQ(caught, 42);
     EXPECT_EQ(std::current_exception(), nullptr);
+}
+
+TEST_F(Raises, AFrameIsPoppedOnceWhetherOrNotSomethingRaises)
+{
+    const int popsBefore = m_host.Pops();
+    int depthInside = 0;
+    EXPECT_FALSE(InHostFrame([&] { depthInside = m_host.Depth(); }));
+    EXPECT_EQ(depthInside, 1);
+    EXPECT_EQ(m_host.Pops() - popsBefore, 1);
+    EXPECT_EQ(HostCall(&LengthOf, std::string(3, 'x').c_str()), 3);
+
+    const auto error = CatchHostError([] { HostCall(&Fail, genErrBadParm); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, genErrBadParm);
+    EXPECT_EQ(error->text, "Bad parameter.");
+    EXPECT_EQ(m_host.Pops() - popsBefore, 4);  // of three calls, and of the question for the text
+    const auto nameless = InHostFrame([] { Fail(0); });
+    ASSERT_TRUE(nameless);
+    EXPECT_NE(nameless->code, 0) << "a raise without a code is still an error";
+}
+
+TEST_F(Raises, ErrorTextsAreCutMadeUpWhenMissingAndNeverRaise)
+{
+    EXPECT_EQ(HostErrorText(genErrCanceled), std::string(255, 'e'));
+    EXPECT_EQ(HostErrorText(0x20030027), "Host error 0x20030027");
+    m_host.errorTextRaises = true;
+    EXPECT_EQ(HostErrorText(genErrBadParm), "Host error 0x40000003");
+    const HostError error{0x40030027, "x"};
+    EXPECT_TRUE(error.Is(0x20030027)) << "the severity does not count";
+    EXPECT_FALSE(error.Is(0x40030028) || error.Is(0x40040027));
+}
+
+TEST_F(Raises, AnEntryThatTheHostDoesNotHaveIsAnErrorAndNoCrash)
+{
+    const struct {
+        const char* what;
+        std::function<void()> call;
+    } rows[] = {
+        {"table there, entry empty", [] { HostCall(HOST_SLOT(ASExtra, ASCabNew)); }},
+        {"no such table", [] { HostCall(HOST_SLOT(Catalog, CatalogGiveStatus)); }},
+    };
+    for (const auto& row : rows) {
+        const auto error = CatchHostError(row.call);
+        ASSERT_TRUE(error) << row.what;
+        EXPECT_TRUE(error->Is(genErrMethodNotImplemented)) << row.what;
+    }
 }

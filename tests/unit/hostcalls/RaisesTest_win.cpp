@@ -55,34 +55,27 @@ protected:
 
 }  // namespace
 
-TEST_F(RaisesThroughForeignFrames, ACallThatGoesWellUnwindsNothing)
+TEST_F(RaisesThroughForeignFrames, ARaiseUnwindsEachFrameThatItLeavesOnceAndAnExceptionReachesNone)
 {
-    HostCall(&CallThroughForeignFrame, &DoNothing, nullptr);
-    ExpectCalls(0);
-}
-
-TEST_F(RaisesThroughForeignFrames, ARaiseUnwindsEachFrameThatItLeavesOnce)
-{
-    const auto error = CatchHostError([] { HostCall(&CallThroughForeignFrame, &FailBehindTwoFrames, nullptr); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code, genErrBadParm);
-    ExpectCalls(2);
-}
-
-TEST_F(RaisesThroughForeignFrames, FramesOutsideTheInnermostOneOfOursStay)
-{
-    bool raised = false;
-    HostCall(&CallThroughForeignFrame, &CallbackWhoseCallRaises, static_cast<void*>(&raised));
-    EXPECT_TRUE(raised);
-    ExpectCalls(1);
-}
-
-TEST_F(RaisesThroughForeignFrames, AnExceptionInACallbackNeverReachesThem)
-{
-    bool reached = false;
-    HostCall(&CallThroughForeignFrame, &CallbackThatThrows, static_cast<void*>(&reached));
-    EXPECT_TRUE(reached);
-    ExpectCalls(0);
+    bool inCallback = false;
+    const struct {
+        void(HOSTCALL* procedure)(void*);
+        bool raises, callsBack;
+        int cleanUps;
+    } rows[] = {{&DoNothing, false, false, 0},
+                {&FailBehindTwoFrames, true, false, 2},
+                {&CallbackWhoseCallRaises, false, true, 1},  // the frame around the callback stays
+                {&CallbackThatThrows, false, true, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(&row - rows);
+        foreign::ForgetCalls();
+        inCallback = false;
+        void* const argument = &inCallback;
+        const auto error = CatchHostError([&] { HostCall(&CallThroughForeignFrame, row.procedure, argument); });
+        EXPECT_EQ(error ? error->code : 0, row.raises ? genErrBadParm : 0);
+        EXPECT_EQ(inCallback, row.callsBack);
+        ExpectCalls(row.cleanUps);
+    }
 }
 
 TEST_F(RaisesThroughForeignFrames, ManyRaisesInARowKeepTheStackInOrder)

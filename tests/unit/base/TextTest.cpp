@@ -3,6 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <random>
+
+#include "base/Base64.h"
+#include "base/ByteText.h"
+#include "base/LineSplitter.h"
+#include "base/Sha256.h"
+#include "platform/FileDigest.h"
+#include "platform/FileProblem.h"
+#include "support/TemporaryFolder.h"
 
 TEST(Text, TrimmingTakesWhiteSpaceFromTheEndsOnly)
 {
@@ -78,4 +87,93 @@ TEST(Text, LetterCaseIsThatOfAscii)
     EXPECT_TRUE(EqualsIgnoreCaseAscii("Pdf", "pDF"));
     EXPECT_FALSE(EqualsIgnoreCaseAscii("pdf", "pdfx"));
     EXPECT_FALSE(EqualsIgnoreCaseAscii("@", "`"));
+}
+
+TEST(Base64, SkipsWhatIsNotInItsAlphabet)
+{
+    const struct {
+        const char* text;
+        const char* bytes;
+    } rows[] = {{"RmVycnVsZQ==", "Ferrule"},
+                {"RmVy\r\ncnVs\n ZQ", "Ferrule"},
+                {"Zg", "f"},
+                {"Zm8", "fo"},
+                {"Z", ""},
+                {"====", ""},
+                {"-_Zm9v*", "foo"},
+                {"", ""}};
+    for (const auto& row : rows) EXPECT_EQ(DecodeBase64(row.text), row.bytes) << row.text;
+    EXPECT_EQ(DecodeBase64("AP+/"), std::string("\x00\xFF\xBF", 3));
+}
+
+TEST(LineSplitter, LinesDoNotDependOnThePiecesTheyComeIn)
+{
+    const std::string text = "one\n\ntoo long for it\nlast";
+    for (std::size_t piece = 1; piece <= text.size(); ++piece) {
+        CLineSplitter splitter(5);
+        std::vector<std::string> lines;
+        for (std::size_t at = 0; at < text.size(); at += piece) splitter.Add(text.substr(at, piece), lines);
+        EXPECT_EQ(lines, (std::vector<std::string>{"one", "", "too l"})) << piece;
+        splitter.Finish(lines);
+        splitter.Finish(lines);
+        EXPECT_EQ(lines.size(), 4u) << piece;
+        EXPECT_EQ(lines.back(), "last") << piece;
+    }
+}
+
+TEST(ByteText, LeavesValidTextAndMarksTheRest)
+{
+    const struct {
+        std::string_view bytes, text;
+    } rows[] = {
+        {"", ""},
+        {"a/b.pdf", "a/b.pdf"},
+        {"gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x98\x80", "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x98\x80"},
+        {"x\xFCy", "x\xEF\x9F\xBCy"},
+        {"\x80", "\xEF\x9E\x80"},
+        {"\xC0\xAF", "\xEF\x9F\x80\xEF\x9E\xAF"},                  // overlong
+        {"\xED\xA0\x80", "\xEF\x9F\xAD\xEF\x9E\xA0\xEF\x9E\x80"},  // a surrogate
+        {"\xE2\x82", "\xEF\x9F\xA2\xEF\x9E\x82"},                  // cut off
+        {"\xEF\x9E\x80", "\xEF\x9F\xAF\xEF\x9E\x9E\xEF\x9E\x80"},  // itself such a character
+        {"\xEF\x9D\xBF\xEF\xA0\x80", "\xEF\x9D\xBF\xEF\xA0\x80"},  // its neighbours on both sides
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(TextFromBytes(row.bytes), row.text);
+        EXPECT_EQ(BytesFromText(row.text), row.bytes);
+    }
+}
+
+TEST(ByteText, BringsBackAnyBytes)
+{
+    std::mt19937 random(7);
+    // Few values, so that parts of characters meet often.
+    constexpr std::string_view kBytes = "\xEF\x9E\x9F\x80\xBF\xC3\xE2\xED\xF0\xF4/a";
+    for (int round = 0; round < 20000; ++round) {
+        std::string bytes(random() % 8, ' ');
+        for (char& byte : bytes) byte = kBytes[random() % kBytes.size()];
+        ASSERT_EQ(BytesFromText(TextFromBytes(bytes)), bytes);
+    }
+}
+
+TEST(Sha256, FilesAndPiecesHaveTheKnownDigests)
+{
+    const CTemporaryFolder folder;
+    const struct {
+        std::string bytes;
+        const char* digest;
+    } rows[] = {{"", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+                {"abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+                {std::string(1'000'000, 'a'), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(platform::Sha256OfFile(folder.Write("file", row.bytes)), row.digest);
+        CSha256 pieces;
+        for (std::size_t at = 0; at < row.bytes.size(); at += 77) {
+            const auto piece = row.bytes.substr(at, 77);
+            pieces.Add(piece.data(), piece.size());
+        }
+        EXPECT_EQ(pieces.Digest(), row.digest);
+    }
+    platform::FileResult result;
+    EXPECT_EQ(platform::Sha256OfFile(folder / "missing", &result), "");
+    EXPECT_EQ(platform::ProblemOf(result), platform::FileProblem::Missing);
 }

@@ -29,7 +29,8 @@ struct Place {
     }
     FinalActionResult Apply(int code, const std::string& destination)
     {
-        return ApplyFinalAction(input, {.action = static_cast<FinalAction>(code), .destination = destination}, log).result;
+        return ApplyFinalAction(input, {.action = static_cast<FinalAction>(code), .destination = destination}, log)
+            .result;
     }
     std::string Out(const std::string& name) const { return FileBytes(out + kSeparator + name); }
     std::string In() const { return FileBytes(input); }
@@ -37,54 +38,53 @@ struct Place {
 
 constexpr char kGone[] = "<missing>";
 
-TEST(FinalAction, CopiesMovesAndDeletesIntoAnEmptyFolder)
+TEST(FinalAction, DoesWhatItsCodeSaysAndReplacesKeepsOrNumbersANameThatIsTaken)
 {
+    constexpr auto kDone = FinalActionResult::Done, kFailed = FinalActionResult::Failed;
     const struct {
         int code;
-        const char *in, *out, *logged;
-    } rows[] = {{0, "new", kGone, ""},
-                {1, "new", "new", "\tFile is copied to : "},
-                {2, kGone, "new", "\tFile is moved to : "},
-                {3, kGone, kGone, "\tFile is deleted : "},
-                {6, kGone, "new", "\tFile is moved to : "},
-                {7, kGone, "new", "\tFile is moved to : "},
-                {8, "new", "new", "\tFile is copied to : "}};
-    for (const auto& row : rows) {
-        Place place;
-        EXPECT_EQ(place.Apply(row.code, place.out), FinalActionResult::Done) << row.code;
-        EXPECT_EQ(place.In(), row.in) << row.code;
-        EXPECT_EQ(place.Out("report.pdf"), row.out) << row.code;
-        const std::string value = row.code == 3 ? place.input : place.out + kSeparator + "report.pdf";
-        EXPECT_EQ(place.log.lines, *row.logged ? Lines{row.logged + value} : Lines{}) << row.code;
-    }
-}
-
-TEST(FinalAction, ANameThatIsTakenIsReplacedKeptOrNumbered)
-{
-    const struct {
-        int code;
+        bool taken;  // the name and the first number behind it
         FinalActionResult result;
-        const char *in, *taken, *third;
-    } rows[] = {{1, FinalActionResult::Done, "new", "new", kGone},
-                {2, FinalActionResult::Failed, "new", "old", kGone},
-                {6, FinalActionResult::Done, kGone, "new", kGone},
-                {7, FinalActionResult::Done, kGone, "old", "new"},
-                {8, FinalActionResult::Done, "new", "old", "new"}};
+        const char *in, *out, *numbered, *logged;
+    } rows[] = {{0, false, kDone, "new", kGone, kGone, nullptr},
+                {1, false, kDone, "new", "new", kGone, "\tFile is copied to : "},
+                {1, true, kDone, "new", "new", kGone, "\tFile is copied to : "},
+                {2, false, kDone, kGone, "new", kGone, "\tFile is moved to : "},
+                {2, true, kFailed, "new", "old", kGone, "\tCan't move file to : "},
+                {3, true, kDone, kGone, "old", kGone, "\tFile is deleted : "},
+                {6, false, kDone, kGone, "new", kGone, "\tFile is moved to : "},
+                {6, true, kDone, kGone, "new", kGone, "\tFile is moved to : "},
+                {7, false, kDone, kGone, "new", kGone, "\tFile is moved to : "},
+                {7, true, kDone, kGone, "old", "new", "\tFile is moved to : "},
+                {8, false, kDone, "new", "new", kGone, "\tFile is copied to : "},
+                {8, true, kDone, "new", "old", "new", "\tFile is copied to : "},
+                {9, false, FinalActionResult::UnknownCode, "new", kGone, kGone, "\tERROR: Unknown final action : "},
+                {-1, false, FinalActionResult::UnknownCode, "new", kGone, kGone, "\tERROR: Unknown final action : "}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(std::to_string(row.code) + (row.taken ? " taken" : ""));
         Place place;
-        place.folder.Write("out/report.pdf", "old");
-        place.folder.Write("out/report (1).pdf", "older");
-        EXPECT_EQ(place.Apply(row.code, place.out), row.result) << row.code;
-        EXPECT_EQ(place.In(), row.in) << row.code;
-        EXPECT_EQ(place.Out("report.pdf"), row.taken) << row.code;
-        EXPECT_EQ(place.Out("report (1).pdf"), "older") << row.code;
-        EXPECT_EQ(place.Out("report (2).pdf"), row.third) << row.code;
+        if (row.taken) {
+            place.folder.Write("out/report.pdf", "old");
+            place.folder.Write("out/report (1).pdf", "older");
+        }
+        EXPECT_EQ(place.Apply(row.code, place.out), row.result);
+        EXPECT_EQ(place.In(), row.in);
+        EXPECT_EQ(place.Out("report.pdf"), row.out);
+        EXPECT_EQ(place.Out("report (1).pdf"), row.taken ? "older" : kGone);
+        EXPECT_EQ(place.Out("report (2).pdf"), row.numbered);
+        std::string value = place.out + kSeparator + (row.numbered == kGone ? "report.pdf" : "report (2).pdf");
+        if (row.code == 3) value = place.input;
+        if (row.result == FinalActionResult::UnknownCode) value = std::to_string(row.code);
+        EXPECT_EQ(place.log.lines, row.logged ? Lines{row.logged + value} : Lines{});
     }
     Place place;
     place.folder.Write("out/report.pdf", "old");
     const FinalActionRequest careful{.action = FinalAction::Copy, .destination = place.out, .failIfExists = true};
-    EXPECT_EQ(ApplyFinalAction(place.input, careful, place.log).result, FinalActionResult::Failed);
+    EXPECT_EQ(ApplyFinalAction(place.input, careful, place.log).result, kFailed);
     EXPECT_EQ(place.Out("report.pdf"), "old");
+    place.log.lines.clear();
+    EXPECT_EQ(place.Apply(1, place.out + kSeparator), kDone);
+    EXPECT_EQ(place.log.lines, Lines{"\tFile is copied to : " + place.out + kSeparator + kSeparator + "report.pdf"});
 }
 
 TEST(FinalAction, AMissingFolderLeavesTheInputAndIsNamed)
@@ -151,22 +151,18 @@ TEST(FinalAction, StartsAProgramWithTheFileAsOneArgument)
     const std::string program = place.folder.Write("pro gram", "#!/bin/sh\nprintf '%s|%s' \"$#\" \"$1\" > '" + seen +
                                                                    ".part'\nmv '" + seen + ".part' '" + seen + "'\n");
     fs::permissions(program, fs::perms::owner_all);
-    EXPECT_EQ(ApplyFinalAction(odd, {.action = FinalAction::Execute, .destination = program}, place.log).result, FinalActionResult::Done);
-    EXPECT_EQ(place.log.lines, Lines{"\tFile is executed : " + program});
+    EXPECT_EQ(ApplyFinalAction(odd, {.action = FinalAction::Execute, .destination = program}, place.log).result,
+              FinalActionResult::Done);
+    EXPECT_EQ(place.Apply(5, place.folder / "no-such-program"), FinalActionResult::Failed);
+    EXPECT_EQ(place.log.lines,
+              (Lines{"\tFile is executed : " + program,
+                     "\tAn error occured while trying to execute file : " + (place.folder / "no-such-program")}));
+    EXPECT_EQ(place.In(), "new");
     for (int wait = 0; wait < 500 && FileBytes(seen) == kGone; ++wait)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));  // the program is not waited for
     EXPECT_EQ(FileBytes(seen), "1|" + odd);
 }
 #endif
-
-TEST(FinalAction, AProgramThatCannotStartIsAFailure)
-{
-    Place place;
-    EXPECT_EQ(place.Apply(5, place.folder / "no-such-program"), FinalActionResult::Failed);
-    EXPECT_EQ(place.log.lines,
-              Lines{"\tAn error occured while trying to execute file : " + (place.folder / "no-such-program")});
-    EXPECT_EQ(place.In(), "new");
-}
 
 TEST(FinalAction, AnInputThatVanishedFailsInEachWay)
 {
@@ -188,24 +184,6 @@ TEST(FinalAction, AnInputThatCannotBeReadIsNotHalfCopied)
         if (platform::CheckReadable(place.input)) GTEST_SKIP() << "this user reads everything";
         EXPECT_EQ(place.Apply(code, place.out), FinalActionResult::Failed) << code;
         EXPECT_TRUE(fs::is_empty(place.out)) << code;
-    }
-}
-
-TEST(FinalAction, ADestinationWithASeparatorGetsASecondOne)
-{
-    Place place;
-    EXPECT_EQ(place.Apply(1, place.out + kSeparator), FinalActionResult::Done);
-    EXPECT_EQ(place.log.lines, Lines{"\tFile is copied to : " + place.out + kSeparator + kSeparator + "report.pdf"});
-}
-
-TEST(FinalAction, UnknownCodesDoNothing)
-{
-    for (const int code : {9, -1, 255}) {
-        Place place;
-        EXPECT_EQ(place.Apply(code, place.out), FinalActionResult::UnknownCode) << code;
-        EXPECT_EQ(place.log.lines, Lines{"\tERROR: Unknown final action : " + std::to_string(code)});
-        EXPECT_EQ(place.In(), "new");
-        EXPECT_TRUE(fs::is_empty(place.out));
     }
 }
 

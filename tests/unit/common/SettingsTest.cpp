@@ -61,7 +61,7 @@ TEST(SettingsRecord, AnotherTypeReadsAsTheDefault)
     EXPECT_TRUE(record.Known("nothing"));
 }
 
-TEST(SettingsRecord, KeysKeepTheirPlaceUntilErased)
+TEST(SettingsRecord, KeysKeepTheirPlaceUntilErasedAndCopiesAreIndependent)
 {
     CSettingsRecord record;
     for (const char* key : {"a", "b", "c", "d"}) record.PutInt(key, 1);
@@ -76,10 +76,7 @@ TEST(SettingsRecord, KeysKeepTheirPlaceUntilErased)
     EXPECT_EQ(record.String("b"), "changed");
     EXPECT_EQ(record.Int("c", 0), 3);
     EXPECT_EQ(record.Int("a", 0), 4);
-}
 
-TEST(SettingsRecord, CopiesAreIndependentAndEqualByContent)
-{
     const auto original = EveryType();
     auto copy = EveryType();
     EXPECT_EQ(copy, original);
@@ -187,12 +184,9 @@ TEST(SettingsFile, NoCutAndNoChangedByteGoesUnnoticed)
     }
     EXPECT_FALSE(ParseSettings(good + "more\n").Ok());
     EXPECT_FALSE(ParseSettings(good + good).Ok());
-}
 
-TEST(SettingsFile, TravelsAsATextFile)
-{
-    std::string travelled;
-    for (const char c : FormatSettings(EveryType())) travelled += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    std::string travelled;  // as a text file
+    for (const char c : good) travelled += c == '\n' ? std::string("\r\n") : std::string(1, c);
     const auto parsed = ParseSettings(travelled);
     ASSERT_TRUE(parsed.Ok()) << parsed.problem;
     EXPECT_EQ(parsed.record, EveryType());

@@ -64,7 +64,7 @@ TEST(InputCollector, ListsEachExtensionFromTheTopFolderDown)
     for (const auto& row : rows) EXPECT_EQ(Collect(folder, row.options), row.names) << row.what;
 }
 
-TEST(InputCollector, TakesASinglePathAsItStands)
+TEST(InputCollector, TakesASinglePathAsItStandsAndEachFileOnce)
 {
     const CTemporaryFolder folder;
     CInputCollector collector({{"pdf"}, true});
@@ -72,17 +72,10 @@ TEST(InputCollector, TakesASinglePathAsItStands)
     collector.AddPath(text);
     collector.AddPath(folder / "missing.xyz");
     collector.AddPath(text);
-    EXPECT_EQ(AllPaths(collector), (std::vector{text, folder / "missing.xyz"}));
-}
-
-TEST(InputCollector, KeepsASeparatorThatIsThere)
-{
-    const CTemporaryFolder folder;
-    folder.Write("a.pdf", "x");
-    CInputCollector collector({{"pdf"}, true});
+    const std::string document = folder.Write("a.pdf", "x");
     collector.AddPath(folder.Path() + kSeparator);
     collector.AddPath(folder.Path());
-    EXPECT_EQ(AllPaths(collector), std::vector{folder / "a.pdf"});
+    EXPECT_EQ(AllPaths(collector), (std::vector{text, folder / "missing.xyz", document}));
 }
 
 TEST(InputCollector, LinksNeitherLoopNorMultiply)
@@ -94,7 +87,9 @@ TEST(InputCollector, LinksNeitherLoopNorMultiply)
     fs::create_directory_symlink(folder.Path(), folder / "a/b/top");
     fs::create_directory_symlink(folder / "a", folder / "a/self");
     fs::create_symlink("nowhere.pdf", folder / "a/dangling.pdf");
-    EXPECT_EQ(Collect(folder, {{"pdf"}, true}), (std::vector<std::string>{"a/dangling.pdf", "a/b/f.pdf"}));
+    const std::string noText = std::string("bad\xFF\xFE name ") + "\xC3.pdf";
+    folder.Write(noText, "x");
+    EXPECT_EQ(Collect(folder, {{"pdf"}, true}), (std::vector<std::string>{noText, "a/dangling.pdf", "a/b/f.pdf"}));
 
     // Each level links twice to the next: 2^24 ways through 24 folders.
     const CTemporaryFolder ladder;
@@ -105,15 +100,6 @@ TEST(InputCollector, LinksNeitherLoopNorMultiply)
                                          ladder / ("level" + std::to_string(level) + "/" + side));
     ladder.Write("level23/only.pdf", "x");
     EXPECT_EQ(Collect(ladder, {{"pdf"}, true}).size(), 1u);
-}
-
-TEST(InputCollector, KeepsNamesThatAreNoText)
-{
-    if (!kHasLinks) GTEST_SKIP() << "no such names here";
-    const CTemporaryFolder folder;
-    const std::string name = std::string("bad\xFF\xFE name ") + "\xC3.pdf";
-    folder.Write(name, "x");
-    EXPECT_EQ(Collect(folder, {{"pdf"}, true}), std::vector{name});
 }
 
 TEST(InputCollector, ManyFilesAreEachListedOnce)

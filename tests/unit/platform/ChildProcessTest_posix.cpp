@@ -23,67 +23,56 @@ namespace {
 
 ChildOptions Shell(const std::string& script) { return {.program = "/bin/sh", .arguments = {"-c", script, "shell"}}; }
 
-bool IsAlive(pid_t process)
+// The words of Doing.
+constexpr char kDeeds[] = R"(while [ $# -gt 0 ]; do
+    deed=$1
+    shift
+    case $deed in
+        say) echo "$1"; shift;;
+        part) printf %s "$1"; shift;;
+        error) printf %s "$1" >&2; shift;;
+        exit) exit "$1";;
+        crash) kill -SEGV $$;;
+        read) if read -r line; then echo "got $line"; else echo end; fi;;
+        count) wc -c;;
+        wait) exec sleep 1000;;
+        flood) while :; do echo noise; echo noise >&2; done;;
+        deaf) exec <&-;;
+        mute) exec >&- 2>&-;;
+        grandchild) sleep 1000 & echo $!;;
+    esac
+done)";
+
+}  // namespace
+
+ChildOptions Doing(const std::vector<std::string>& words)
 {
-    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    ChildOptions options = Shell(kDeeds);
+    options.arguments.insert(options.arguments.end(), words.begin(), words.end());
+    return options;
+}
+
+CSeenProcess::CSeenProcess(const std::string& processId) : m_process(std::stoll(processId)) {}
+
+CSeenProcess::~CSeenProcess() = default;
+
+bool CSeenProcess::Runs() const
+{
+    std::ifstream file("/proc/" + std::to_string(m_process) + "/stat");
     std::string number, name, state;
     return file >> number >> name >> state && state != "Z";
 }
 
-/// Whether the process is gone soon: what kills it does not wait for that.
-bool EndsSoon(pid_t process)
+bool CSeenProcess::EndsSoon() const
 {
-    for (int i = 0; i < 1000 && IsAlive(process); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    return !IsAlive(process);
+    for (int i = 0; i < 1000 && Runs(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return !Runs();
 }
 
-}  // namespace
+void CSeenProcess::Kill() const { kill(static_cast<pid_t>(m_process), SIGKILL); }
 
-TEST(ChildProcess, EveryEndIsToldBehindAllThatWasWritten)
-{
-    const struct {
-        const char *script, *lines, *errors;
-        int exitCode;
-        std::uint32_t signal;
-    } rows[] = {
-        {"echo one; echo two; echo three >&2; exit 7", "one|two|", "three|", 7, 0},
-        {"printf 'a\\n\\nunfinished'; printf half >&2", "a||unfinished|", "half|", 0, 0},
-        {"echo before; kill -SEGV $$", "before|", "", 0, SIGSEGV},
-        {"exec >&- 2>&-; exit 3", "", "", 3, 0},
-        {"read answer; echo \"got $answer\"; read answer || echo end", "got hello|end|", "", 0, 0},
-        {"sleep 1000 & echo grandchild", "grandchild|", "", 0, 0},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.script);
-        auto child = CChildProcess::Start(Shell(row.script));
-        ASSERT_TRUE(child);
-        (void)child->Send("hello");
-        child->CloseInput();
-        const auto story = Watch(*child);
-        EXPECT_TRUE(story.ended);
-        EXPECT_EQ(story.lines, row.lines);
-        EXPECT_EQ(story.errors, row.errors);
-        EXPECT_EQ(child->Ending().exitCode, row.exitCode);
-        EXPECT_EQ(child->Ending().signal, row.signal);
-        EXPECT_FALSE(CChildWatch().Wait({&*child}, 0)) << "news after the end";
-    }
-}
-
-TEST(ChildProcess, WhatCannotStartSaysWhyAndLeavesNothing)
-{
-    const CTemporaryFolder folder;
-    const struct {
-        std::string program;
-        int error;
-    } rows[] = {
-        {"", ENOENT}, {folder / "missing", ENOENT}, {folder.Path(), EACCES}, {folder.Write("f", "x"), EACCES}};
-    for (const auto& row : rows) {
-        platform::FileResult result;
-        EXPECT_FALSE(CChildProcess::Start({.program = row.program}, &result)) << row.program;
-        EXPECT_EQ(result.errorNumber, row.error) << row.program;
-    }
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left to collect";
-}
+/// 1: a child is to be collected, or runs.
+long long Leftovers() { return waitpid(-1, nullptr, WNOHANG) == -1 ? 0 : 1; }
 
 TEST(ChildProcess, FindsOnlyWhatWasMeantForIt)
 {
@@ -113,61 +102,17 @@ TEST(ChildProcess, FindsOnlyWhatWasMeantForIt)
     close(other);
 }
 
-TEST(ChildProcess, SendingNeverWaitsAndNeverKills)
-{
-    const std::string big(1'000'000, 'x');
-    auto slow = CChildProcess::Start(Shell("read go; wc -c; echo done"));
-    ASSERT_TRUE(slow);
-    EXPECT_TRUE(slow->Send("go")) << "the shell reads byte by byte and leaves the rest to its command";
-    EXPECT_TRUE(slow->Send(big)) << "more than the pipe holds";
-    slow->CloseInput();
-    EXPECT_EQ(slow->Send("late").errorNumber, EPIPE);
-    EXPECT_EQ(Watch(*slow).lines, "1000001|done|");
-
-    auto deaf = CChildProcess::Start(Shell("exec <&-; echo deaf; sleep 1000"));
-    ASSERT_TRUE(deaf);
-    ASSERT_TRUE(CChildWatch().Wait({&*deaf}, kPatience));
-    EXPECT_EQ(deaf->Send("anybody?").errorNumber, EPIPE);
-    deaf->Kill();
-    EXPECT_TRUE(Watch(*deaf).ended);
-    EXPECT_EQ(deaf->Ending().signal, std::uint32_t{SIGKILL});
-    EXPECT_EQ(deaf->Send("after the end").errorNumber, EPIPE);
-}
-
-TEST(ChildProcess, OneThatFloodsDoesNotHideTheOthers)
-{
-    auto loud = CChildProcess::Start(Shell("while :; do echo noise; echo noise >&2; done"));
-    auto silent = CChildProcess::Start(Shell("sleep 1000"));
-    auto quiet = CChildProcess::Start(Shell("echo quiet"));
-    ASSERT_TRUE(loud && silent && quiet);
-    EXPECT_GT(loud->ResidentBytes(), 0u);
-    CChildWatch watch;
-    for (bool quietEnded = false; !quietEnded;) {
-        const auto news = watch.Wait({&*loud, &*silent, &*quiet}, kPatience);
-        ASSERT_TRUE(news);
-        quietEnded = news->child == &*quiet && news->event == ChildEvent::Ended;
-    }
-    EXPECT_FALSE(watch.Wait({&*silent}, 20)) << "it says nothing";
-    const pid_t loudId = loud->ProcessId();
-    loud.reset();
-    EXPECT_FALSE(IsAlive(loudId));
-    EXPECT_EQ(waitpid(loudId, nullptr, WNOHANG), -1) << "collected already";
-}
-
 TEST(ChildProcess, WhatItStartedEndsWithItUnlessDetached)
 {
     auto child =
         CChildProcess::Start(Shell("sleep 1000 & echo $!; setsid sh -c 'echo $$; exec sleep 1000' & read never"));
     ASSERT_TRUE(child);
-    CChildWatch watch;
-    const auto inGroup = watch.Wait({&*child}, kPatience), detached = watch.Wait({&*child}, kPatience);
-    ASSERT_TRUE(inGroup && detached);
-    const pid_t grandchild = std::stoi(inGroup->text), stranger = std::stoi(detached->text);
+    const CSeenProcess grandchild(NextLine(*child)), stranger(NextLine(*child));
     child->CloseInput();
     EXPECT_TRUE(Watch(*child).ended) << "the stranger holds the pipes open and is not waited for";
-    EXPECT_TRUE(EndsSoon(grandchild));
-    EXPECT_TRUE(IsAlive(stranger));
-    kill(stranger, SIGKILL);
+    EXPECT_TRUE(grandchild.EndsSoon());
+    EXPECT_TRUE(stranger.Runs());
+    stranger.Kill();
 }
 
 TEST(ChildProcess, ItEndsTogetherWithTheProcessThatStartedIt)
@@ -185,7 +130,7 @@ TEST(ChildProcess, ItEndsTogetherWithTheProcessThatStartedIt)
     pid_t child = 0;
     ASSERT_EQ(read(ends[0], &child, sizeof child), static_cast<ssize_t>(sizeof child));
     ASSERT_GT(child, 0);
-    EXPECT_TRUE(EndsSoon(child));
+    EXPECT_TRUE(CSeenProcess(std::to_string(child)).EndsSoon());
     for (const int end : ends) close(end);
 }
 

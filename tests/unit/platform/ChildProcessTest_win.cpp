@@ -19,8 +19,6 @@ using Words = std::vector<std::string>;
 
 namespace {
 
-ChildOptions Doing(const Words& words) { return {.program = CHILD_PROGRAM, .arguments = words}; }
-
 /// This program with one of its tests.
 ChildOptions ThisTest(const std::string& name)
 {
@@ -29,84 +27,38 @@ ChildOptions ThisTest(const std::string& name)
             .openedProgramsGoOn = true};
 }
 
-std::string NextLine(CChildProcess& child)
-{
-    const auto news = CChildWatch().Wait({&child}, kPatience);
-    return news ? news->text : "<nothing>";
-}
-
-CHandle Open(const std::string& processId)
-{
-    return CHandle(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, static_cast<DWORD>(std::stoul(processId))));
-}
-
-bool EndsSoon(const CHandle& process) { return WaitForSingleObject(process.Get(), kPatience) == WAIT_OBJECT_0; }
-
-bool Runs(const CHandle& process) { return WaitForSingleObject(process.Get(), 200) == WAIT_TIMEOUT; }
-
 bool IsWine() { return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr; }
 
-DWORD HandleCount()
+}  // namespace
+
+ChildOptions Doing(const Words& words) { return {.program = CHILD_PROGRAM, .arguments = words}; }
+
+CSeenProcess::CSeenProcess(const std::string& processId)
+    : m_process(reinterpret_cast<long long>(
+          OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, static_cast<DWORD>(std::stoul(processId)))))
+{
+}
+
+CSeenProcess::~CSeenProcess() { CloseHandle(reinterpret_cast<HANDLE>(m_process)); }
+
+bool CSeenProcess::Runs() const
+{
+    return WaitForSingleObject(reinterpret_cast<HANDLE>(m_process), 0) == WAIT_TIMEOUT;
+}
+
+bool CSeenProcess::EndsSoon() const
+{
+    return WaitForSingleObject(reinterpret_cast<HANDLE>(m_process), kPatience) == WAIT_OBJECT_0;
+}
+
+void CSeenProcess::Kill() const { TerminateProcess(reinterpret_cast<HANDLE>(m_process), 0); }
+
+/// Open handles.
+long long Leftovers()
 {
     DWORD count = 0;
     GetProcessHandleCount(GetCurrentProcess(), &count);
     return count;
-}
-
-}  // namespace
-
-TEST(ChildProcess, EveryEndIsToldBehindAllThatWasWritten)
-{
-    const struct {
-        Words words;
-        const char *lines, *errors;
-        int exitCode;
-        std::uint32_t signal;
-    } rows[] = {
-        {{"say", "one", "say", "two", "error", "three\n", "exit", "7"}, "one|two|", "three|", 7, 0},
-        {{"part", "a\n\nunfinished", "part", "", "error", "half"}, "a||unfinished|", "half|", 0, 0},
-        {{"say", "carriage return\r", "print", "none"}, "carriage return\r|none|", "", 0, 0},
-        {{"say", "before", "crash"}, "before|", "", 0, 0xC0000005},
-        {{"say", "before", "abort"}, "before|", "", 0, 0xC0000409},
-        {{"mute", "exit", "3"}, "", "", 3, 0},
-        {{"read", "read"}, "got hello|end|", "", 0, 0},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.words[0] + ' ' + row.words[1]);
-        auto child = CChildProcess::Start(Doing(row.words));
-        ASSERT_TRUE(child);
-        (void)child->Send("hello");
-        child->CloseInput();
-        const auto story = Watch(*child);
-        EXPECT_TRUE(story.ended);
-        EXPECT_EQ(story.lines, row.lines);
-        EXPECT_EQ(story.errors, row.errors);
-        EXPECT_EQ(child->Ending().exitCode, row.exitCode);
-        EXPECT_EQ(child->Ending().signal, row.signal);
-        EXPECT_EQ(child->ResidentBytes(), 0u);
-        EXPECT_FALSE(CChildWatch().Wait({&*child}, 0)) << "news after the end";
-    }
-}
-
-TEST(ChildProcess, WhatCannotStartSaysWhyAndLeavesNothing)
-{
-    const CTemporaryFolder folder;
-    const struct {
-        std::string program;
-        FileProblem problem;
-    } rows[] = {{"", FileProblem::Missing},
-                {folder / "missing.exe", FileProblem::Missing},
-                {folder.Path(), FileProblem::IsAFolder},
-                {folder.Write("data.exe", "x"), FileProblem::Other}};
-    const auto problemOf = [](const std::string& program) {
-        platform::FileResult result;
-        EXPECT_FALSE(CChildProcess::Start({.program = program}, &result)) << program;
-        return platform::ProblemOf(result);
-    };
-    for (const auto& row : rows) EXPECT_EQ(problemOf(row.program), row.problem) << row.program;
-    const DWORD before = HandleCount();
-    for (const auto& row : rows) (void)problemOf(row.program);
-    EXPECT_EQ(HandleCount(), before);
 }
 
 TEST(ChildProcess, ArgumentsArriveAsTheyWereGiven)
@@ -169,54 +121,6 @@ TEST(ChildProcess, FindsOnlyWhatWasMeantForIt)
     EXPECT_EQ(size.QuadPart, 0) << "the handle was inherited";
 }
 
-TEST(ChildProcess, SendingNeverWaits)
-{
-    const std::string big(1'000'000, 'x');
-    auto slow = CChildProcess::Start(Doing({"read", "count", "say", "done"}));
-    ASSERT_TRUE(slow);
-    EXPECT_TRUE(slow->Send("go"));
-    for (int i = 0; i < 3; ++i) EXPECT_TRUE(slow->Send(big)) << "more than the pipe holds";
-    slow->CloseInput();
-    EXPECT_EQ(platform::ProblemOf(slow->Send("late")), FileProblem::NobodyReads);
-    EXPECT_EQ(Watch(*slow).lines, "got go|3000003|done|");
-
-    auto idle = CChildProcess::Start(Doing({"say", "idle", "wait"}));
-    ASSERT_TRUE(idle);
-    for (int i = 0; i < 3; ++i) EXPECT_TRUE(idle->Send(big));
-    EXPECT_EQ(NextLine(*idle), "idle");
-    idle->Kill();
-    EXPECT_TRUE(Watch(*idle).ended);
-    EXPECT_EQ(idle->Ending().signal, 9u);
-    EXPECT_EQ(platform::ProblemOf(idle->Send("after the end")), FileProblem::NobodyReads);
-}
-
-TEST(ChildProcess, OneThatHasClosedItsInputIsNotSentTo)
-{
-    auto deaf = CChildProcess::Start(Doing({"deaf", "say", "deaf", "wait"}));
-    ASSERT_TRUE(deaf);
-    EXPECT_EQ(NextLine(*deaf), "deaf");
-    EXPECT_EQ(platform::ProblemOf(deaf->Send("anybody?")), FileProblem::NobodyReads);
-}
-
-TEST(ChildProcess, OneThatFloodsDoesNotHideTheOthers)
-{
-    auto loud = CChildProcess::Start(Doing({"flood"}));
-    auto silent = CChildProcess::Start(Doing({"wait"}));
-    auto quiet = CChildProcess::Start(Doing({"say", "quiet"}));
-    ASSERT_TRUE(loud && silent && quiet);
-    EXPECT_GT(loud->ResidentBytes(), 0u);
-    CChildWatch watch;
-    for (bool quietEnded = false; !quietEnded;) {
-        const auto news = watch.Wait({&*loud, &*silent, &*quiet}, kPatience);
-        ASSERT_TRUE(news);
-        quietEnded = news->child == &*quiet && news->event == ChildEvent::Ended;
-    }
-    EXPECT_FALSE(watch.Wait({&*silent}, 20)) << "it says nothing";
-    const CHandle loudProcess = Open(std::to_string(loud->ProcessId()));
-    loud.reset();
-    EXPECT_EQ(WaitForSingleObject(loudProcess.Get(), 0), WAIT_OBJECT_0);
-}
-
 TEST(ChildProcess, WhatItStartedEndsWithItUnlessLetOut)
 {
     for (const bool goesOn : {false, true}) {
@@ -224,26 +128,15 @@ TEST(ChildProcess, WhatItStartedEndsWithItUnlessLetOut)
         options.openedProgramsGoOn = goesOn;
         auto child = CChildProcess::Start(options);
         ASSERT_TRUE(child);
-        const CHandle grandchild = Open(NextLine(*child));
-        ASSERT_TRUE(grandchild.Valid());
+        const CSeenProcess grandchild(NextLine(*child));
         child->CloseInput();
         const auto story = Watch(*child);
         EXPECT_TRUE(story.ended) << "the grandchild holds the pipes open and is not waited for";
         EXPECT_EQ(story.lines, "end|");
-        EXPECT_EQ(goesOn ? Runs(grandchild) : EndsSoon(grandchild), true) << goesOn;
-        TerminateProcess(grandchild.Get(), 0);
+        Sleep(goesOn ? 200 : 0);
+        EXPECT_TRUE(goesOn ? grandchild.Runs() : grandchild.EndsSoon()) << goesOn;
+        grandchild.Kill();
     }
-}
-
-TEST(ChildProcess, KillingEndsWhatItStarted)
-{
-    auto child = CChildProcess::Start(Doing({"grandchild", "wait"}));
-    ASSERT_TRUE(child);
-    const CHandle grandchild = Open(NextLine(*child));
-    child->Kill();
-    EXPECT_TRUE(Watch(*child).ended);
-    EXPECT_EQ(child->Ending().signal, 9u);
-    EXPECT_TRUE(EndsSoon(grandchild));
 }
 
 // The program of these tests, started once more, plays the parent.
@@ -263,11 +156,10 @@ TEST(ChildProcess, ItEndsTogetherWithTheProcessThatStartedIt)
     std::string line;
     while (!line.starts_with("child ") && line != "<nothing>") line = NextLine(*parent);
     ASSERT_TRUE(line.starts_with("child "));
-    const CHandle child = Open(line.substr(6));
-    ASSERT_TRUE(child.Valid());
-    const CHandle process = Open(std::to_string(parent->ProcessId()));
-    TerminateProcess(process.Get(), 1);
-    EXPECT_TRUE(EndsSoon(child));
+    const CSeenProcess child(line.substr(6));
+    EXPECT_TRUE(child.Runs());
+    CSeenProcess(std::to_string(parent->ProcessId())).Kill();
+    EXPECT_TRUE(child.EndsSoon());
 }
 
 TEST(ChildProcess, ItsMemoryIsLimited)
@@ -282,7 +174,7 @@ TEST(ChildProcess, ItsMemoryIsLimited)
 
 TEST(ChildProcess, ManyInARowLeaveNoHandles)
 {
-    DWORD before = 0;
+    long long before = 0;
     for (int i = 0; i < 100; ++i) {
         platform::FileResult started;
         auto child = CChildProcess::Start(Doing({"say", "x"}), &started);
@@ -292,9 +184,9 @@ TEST(ChildProcess, ManyInARowLeaveNoHandles)
             ASSERT_EQ(Watch(*child).lines, "x|");
         }
         child.reset();
-        if (i == 3) before = HandleCount();
+        if (i == 3) before = Leftovers();
     }
-    EXPECT_LE(HandleCount(), before);
+    EXPECT_LE(Leftovers(), before);
 }
 
 TEST(ChildProcess, InterruptsWakeUpTheWaitAndDoNotReachChildren)

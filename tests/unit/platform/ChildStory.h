@@ -1,9 +1,10 @@
-// What tests of children share: watching one to its end, and one that waits for ever.
+// What tests of children share: watching one to its end, and children that do as they are told.
 #pragma once
 
 #include "platform/ChildProcess.h"
 
 #include <string>
+#include <vector>
 
 inline constexpr int kPatience = 30'000;  // milliseconds; no test waits so long unless it fails
 
@@ -26,12 +27,32 @@ inline Story Watch(platform::CChildProcess& child)
     return story;
 }
 
-/// Reads until its input ends.
-inline platform::ChildOptions WaitingChild()
+inline std::string NextLine(platform::CChildProcess& child)
 {
-#ifdef _WIN32
-    return {.program = CHILD_PROGRAM, .arguments = {"wait"}};
-#else
-    return {.program = "/bin/sh", .arguments = {"-c", "read never"}};
-#endif
+    const auto news = platform::CChildWatch().Wait({&child}, kPatience);
+    return news ? news->text : "<nothing>";
 }
+
+/// Does what the words say, one after the other: say, part and error (each with a text), exit (with a number), crash,
+/// read, count, wait, flood, deaf, mute, grandchild. Windows has more, see ChildProgram_win.cpp.
+platform::ChildOptions Doing(const std::vector<std::string>& words);
+
+inline platform::ChildOptions WaitingChild() { return Doing({"wait"}); }
+
+/// A process by its number, whoever started it.
+class CSeenProcess {
+public:
+    explicit CSeenProcess(const std::string& processId);
+    ~CSeenProcess();
+    CSeenProcess(const CSeenProcess&) = delete;
+    bool Runs() const;
+    /// What kills it may not wait for that.
+    bool EndsSoon() const;
+    void Kill() const;
+
+private:
+    long long m_process;
+};
+
+/// What children may leave behind in this process.
+long long Leftovers();

@@ -6,14 +6,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <functional>
 
-#include "platform/AtomicFile.h"
+#include "FileActs.h"
 #include "support/TemporaryFolder.h"
 
 using platform::Existing;
 using platform::FileResult;
-using platform::Readers;
 
 namespace {
 
@@ -39,14 +37,6 @@ extern "C" int FerruleBeforeFileCall(const char* call, const char*)
 
 namespace {
 
-FileResult WriteAtomic(const std::string& path, Existing existing, const std::string& source)
-{
-    const std::string bytes = "new";
-    platform::CAtomicFile file(path, existing, source);
-    file.Write(bytes.data(), bytes.size());
-    return file.Commit();
-}
-
 struct State {
     std::string a, b;
     bool operator==(const State&) const = default;
@@ -58,61 +48,25 @@ const std::string kNone = "<missing>";
 // "a" holds "new"; "b" holds "old" or is missing.
 struct Operation {
     const char* name;
-    std::function<FileResult(const std::string& a, const std::string& b)> run;
+    FileAct run;
     State before, after;
     bool otherFileSystem = false;
     int error = 0;  // without any fault
 };
 
 const Operation kOperations[] = {
-    {"copy",
-     [](auto& a, auto& b) { return platform::CopyFile(a, b, Existing::Fail); },
-     {"new", kNone},
-     {"new", "new"}},
-    {"copy over",
-     [](auto& a, auto& b) { return platform::CopyFile(a, b, Existing::Replace); },
-     {"new", "old"},
-     {"new", "new"}},
-    {"copy onto a taken name",
-     [](auto& a, auto& b) { return platform::CopyFile(a, b, Existing::Fail); },
-     {"new", "old"},
-     {"new", "old"},
-     false,
-     EEXIST},
-    {"move",
-     [](auto& a, auto& b) { return platform::MoveFile(a, b, Existing::Fail); },
-     {"new", kNone},
-     {kNone, "new"}},
-    {"move over",
-     [](auto& a, auto& b) { return platform::MoveFile(a, b, Existing::Replace); },
-     {"new", "old"},
-     {kNone, "new"}},
-    {"move onto a taken name",
-     [](auto& a, auto& b) { return platform::MoveFile(a, b, Existing::Fail); },
-     {"new", "old"},
-     {"new", "old"},
-     false,
-     EEXIST},
-    {"move far",
-     [](auto& a, auto& b) { return platform::MoveFile(a, b, Existing::Fail); },
-     {"new", kNone},
-     {kNone, "new"},
-     true},
-    {"move far over",
-     [](auto& a, auto& b) { return platform::MoveFile(a, b, Existing::Replace); },
-     {"new", "old"},
-     {kNone, "new"},
-     true},
-    {"delete", [](auto& a, auto&) { return platform::DeleteFile(a); }, {"new", kNone}, {kNone, kNone}},
-    {"write", [](auto& a, auto& b) { return WriteAtomic(b, Existing::Fail, a); }, {"new", kNone}, {"new", "new"}},
-    {"write over",
-     [](auto& a, auto& b) { return WriteAtomic(b, Existing::Replace, a); },
-     {"new", "old"},
-     {"new", "new"}},
-    {"settings",
-     [](auto&, auto& b) { return platform::WriteFileAtomically(b, "new", Readers::Owner); },
-     {"new", "old"},
-     {"new", "new"}},
+    {"copy", Copying(Existing::Fail), {"new", kNone}, {"new", "new"}},
+    {"copy over", Copying(Existing::Replace), {"new", "old"}, {"new", "new"}},
+    {"copy onto a taken name", Copying(Existing::Fail), {"new", "old"}, {"new", "old"}, false, EEXIST},
+    {"move", Moving(Existing::Fail), {"new", kNone}, {kNone, "new"}},
+    {"move over", Moving(Existing::Replace), {"new", "old"}, {kNone, "new"}},
+    {"move onto a taken name", Moving(Existing::Fail), {"new", "old"}, {"new", "old"}, false, EEXIST},
+    {"move far", Moving(Existing::Fail), {"new", kNone}, {kNone, "new"}, true},
+    {"move far over", Moving(Existing::Replace), {"new", "old"}, {kNone, "new"}, true},
+    {"delete", Deleting(), {"new", kNone}, {kNone, kNone}},
+    {"write", Writing(Existing::Fail), {"new", kNone}, {"new", "new"}},
+    {"write over", Writing(Existing::Replace), {"new", "old"}, {"new", "new"}},
+    {"settings", WritingSettings(), {"new", "old"}, {"new", "new"}},
 };
 
 // Quicker, because nothing reaches a disk; the usual folder where there is no such file system.

@@ -6,11 +6,10 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
-#include <functional>
 #include <stdexcept>
 
+#include "FileActs.h"
 #include "MovingRows.h"
-#include "platform/AtomicFile.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileSteps.h"
 #include "support/TemporaryFolder.h"
@@ -113,23 +112,13 @@ TEST(FileMovingPosix, AFileMovedOrCopiedOntoItselfThroughALinkSurvives)
 
 TEST(FileMovingPosix, ALinkInTheWayIsReplacedAndNeverFollowed)
 {
-    using Way = std::function<platform::FileResult(const std::string& source, const std::string& link)>;
-    const Way ways[] = {
-        [](auto& source, auto& link) { return CopyFile(source, link, Existing::Replace); },
-        [](auto&, auto& link) { return platform::WriteFileAtomically(link, "new", Readers::Owner); },
-        [](auto& source, auto& link) {
-            platform::CAtomicFile file(link, Existing::Replace, source);
-            file.Write("new", 3);
-            return file.Commit();
-        },
-    };
-    for (const auto& way : ways) {
+    for (const auto& act : {Copying(Existing::Replace), Writing(Existing::Replace), WritingSettings()}) {
         for (const char* leadsTo : {"victim", "nowhere", "link", "."}) {
             SCOPED_TRACE(leadsTo);
             const CTemporaryFolder folder;
             const auto victim = folder.Write("victim", "old"), link = folder / "link";
             fs::create_symlink(leadsTo, link);
-            EXPECT_TRUE(way(folder.Write("source", "new"), link));
+            EXPECT_TRUE(act(folder.Write("source", "new"), link));
             EXPECT_FALSE(fs::is_symlink(link));
             EXPECT_EQ(FileBytes(link), "new");
             EXPECT_EQ(FileBytes(victim), "old");
@@ -231,13 +220,4 @@ TEST(FileMovingPosix, NamesAreBytes)
     }
     const auto tooLong = folder / std::string(256, 'n');
     EXPECT_EQ(CopyFile(folder.Write("source", ""), tooLong, Existing::Fail).errorNumber, ENAMETOOLONG);
-}
-
-TEST(FileMovingPosix, ACopyKeepsTheMode)
-{
-    const CTemporaryFolder folder;
-    const auto from = folder.Write("a", "x"), to = folder / "b";
-    fs::permissions(from, fs::perms(0640));
-    ASSERT_TRUE(CopyFile(from, to, Existing::Fail));
-    EXPECT_EQ(fs::status(to).permissions(), fs::perms(0640));
 }

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
 
 #include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"
@@ -11,28 +14,54 @@ using platform::FileProblem;
 using platform::ProblemOf;
 using platform::Readers;
 
+namespace {
+
+/// Links and a pipe, where there are some.
+void MakeOddNames([[maybe_unused]] const CTemporaryFolder& folder)
+{
+#ifndef _WIN32
+    std::filesystem::create_symlink("file", folder / "to file");
+    std::filesystem::create_symlink("folder", folder / "to folder");
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+#endif
+}
+
+}  // namespace
+
 TEST(Files, TellsWhatStandsAtAPath)
 {
     const CTemporaryFolder folder;
     folder.Write("file", "12345");
     folder.MakeFolder("folder");
+    MakeOddNames(folder);
     const struct {
         const char* name;
-        bool file, folder;
+        bool file, folder, taken;
         FileProblem reading;
     } rows[] = {
-        {"file", true, false, FileProblem::None},           {"folder", false, true, FileProblem::IsAFolder},
-        {"none", false, false, FileProblem::Missing},       {"file/below", false, false, FileProblem::Missing},
-        {"none/below", false, false, FileProblem::Missing},
+        {"file", true, false, true, FileProblem::None},
+        {"folder", false, true, true, FileProblem::IsAFolder},
+        {"none", false, false, false, FileProblem::Missing},
+        {"file/below", false, false, false, FileProblem::Missing},
+        {"none/below", false, false, false, FileProblem::Missing},
+        {"", false, true, true, FileProblem::IsAFolder},
+#ifndef _WIN32
+        {"to file", true, false, true, FileProblem::None},
+        {"to folder", false, true, true, FileProblem::IsAFolder},
+        {"pipe", true, false, true, FileProblem::NotARegularFile},
+        {"dangling", false, false, true, FileProblem::Missing},
+#endif
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const auto path = folder / row.name;
+        const auto path = folder.Path() + "/" + row.name;
         EXPECT_EQ(platform::FileExists(path), row.file);
         EXPECT_EQ(platform::FolderExists(path), row.folder);
-        EXPECT_EQ(platform::NameExists(path), row.file || row.folder);
+        EXPECT_EQ(platform::NameExists(path), row.taken);
         EXPECT_EQ(ProblemOf(platform::CheckReadable(path)), row.reading);
-        EXPECT_EQ(platform::FileSize(path), row.file ? std::optional<std::uint64_t>(5) : std::nullopt);
+        EXPECT_EQ(platform::FileSize(path),
+                  row.reading == FileProblem::None ? std::optional<std::uint64_t>(5) : std::nullopt);
         EXPECT_EQ(platform::StampOf(path).has_value(), row.file || row.folder);
     }
     EXPECT_EQ(ProblemOf(platform::CheckReadable("")), FileProblem::Missing);

@@ -1,11 +1,10 @@
 #include "base/Overseer.h"
-#include "platform/AtomicFile.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 
+#include "FileActs.h"
 #include "ScriptedOverseer.h"
 #include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"
@@ -13,48 +12,31 @@
 
 using platform::Existing;
 using platform::FileProblem;
-using platform::FileResult;
 using platform::ProblemOf;
-using platform::Readers;
 namespace fs = std::filesystem;
 
 namespace {
 
-FileResult WriteWatched(const std::string& path, Existing existing)
-{
-    platform::CAtomicFile file(path, existing);
-    file.Write("fresh", 5);
-    return file.Commit();
-}
-
-// "a" holds "new", "b" holds "old", "c" is free.
+// From "a", which holds "new", to a target: "b" holds "old", "c" is free.
 struct Service {
     const char* name;
-    std::function<FileResult(const CTemporaryFolder&)> act;
-    const char *asked, *askedInTrial;
+    FileAct act;
+    const char *target, *asked, *askedInTrial;
     const char *a, *b, *c;  // afterwards
 };
 
+constexpr char kNone[] = "<missing>";
+
 const Service kServices[] = {
-    {"copy", [](const auto& f) { return platform::CopyFile(f / "a", f / "c", Existing::Fail); }, "put new>c;",
-     "put new>c;", "new", "old", "new"},
-    {"copy over", [](const auto& f) { return platform::CopyFile(f / "a", f / "b", Existing::Replace); }, "put new>b;",
-     "put new>b;", "new", "new", "<missing>"},
-    {"move", [](const auto& f) { return platform::MoveFile(f / "a", f / "c", Existing::Fail); }, "move new>c;",
-     "move new>c;", "<missing>", "old", "new"},
-    {"move over", [](const auto& f) { return platform::MoveFile(f / "a", f / "b", Existing::Replace); },
-     "move new>b;", "move new>b;", "<missing>", "new", "<missing>"},
-    {"delete", [](const auto& f) { return platform::DeleteFile(f / "a"); }, "delete new>;", "delete new>;",
-     "<missing>", "old", "<missing>"},
-    {"write", [](const auto& f) { return WriteWatched(f / "c", Existing::Fail); }, "put fresh>c;", "put >c;", "new",
-     "old", "fresh"},
-    {"write over", [](const auto& f) { return WriteWatched(f / "b", Existing::Replace); }, "put fresh>b;", "put >b;",
-     "new", "fresh", "<missing>"},
-    {"settings", [](const auto& f) { return platform::WriteFileAtomically(f / "c", "own", Readers::Owner); }, "", "",
-     "new", "old", "own"},
-    {"move onto itself",
-     [](const auto& f) { return platform::MoveFile(f / "a", f.Path() + "/./a", Existing::Replace); }, "", "", "new",
-     "old", "<missing>"},
+    {"copy", Copying(Existing::Fail), "c", "put new>c;", "put new>c;", "new", "old", "new"},
+    {"copy over", Copying(Existing::Replace), "b", "put new>b;", "put new>b;", "new", "new", kNone},
+    {"move", Moving(Existing::Fail), "c", "move new>c;", "move new>c;", kNone, "old", "new"},
+    {"move over", Moving(Existing::Replace), "b", "move new>b;", "move new>b;", kNone, "new", kNone},
+    {"delete", Deleting(), "", "delete new>;", "delete new>;", kNone, "old", kNone},
+    {"write", Writing(Existing::Fail, "fresh"), "c", "put fresh>c;", "put >c;", "new", "old", "fresh"},
+    {"write over", Writing(Existing::Replace, "fresh"), "b", "put fresh>b;", "put >b;", "new", "fresh", kNone},
+    {"settings", WritingSettings(), "c", "", "", "new", "old", "new"},
+    {"move onto itself", Moving(Existing::Replace), "./a", "", "", "new", "old", kNone},
 };
 
 void ExpectFiles(const CTemporaryFolder& folder, const char* a, const char* b, const char* c)
@@ -90,13 +72,13 @@ TEST(Overseer, IsAskedOnceWithTheCompleteContentAndObeyed)
             folder.Write("b", "old");
             CScriptedOverseer overseer(row.answer, row.trial);
             InstallOverseer(&overseer);
-            EXPECT_EQ(ProblemOf(service.act(folder)), row.problem);
+            EXPECT_EQ(ProblemOf(service.act(folder / "a", folder.Path() + "/" + service.target)), row.problem);
             EXPECT_EQ(overseer.asked, row.trial ? service.askedInTrial : service.asked);
             InstallOverseer(nullptr);
             if (row.done)
                 ExpectFiles(folder, service.a, service.b, service.c);
             else
-                ExpectFiles(folder, "new", "old", "<missing>");
+                ExpectFiles(folder, "new", "old", kNone);
         }
     }
 }
@@ -105,23 +87,28 @@ TEST(Overseer, NothingIsAskedForWhatCannotBeDone)
 {
     const CTemporaryFolder folder;
     const auto a = folder.Write("a", "new"), b = folder.Write("b", "old"), sub = folder.MakeFolder("sub");
-    const auto missing = folder / "missing", below = folder / "missing/c";
+    const auto missing = folder / "missing", below = folder / "missing/c", c = folder / "c";
+    const struct {
+        FileAct act;
+        std::string from, to;
+        FileProblem problem;
+    } rows[] = {{Copying(Existing::Fail), a, b, FileProblem::Exists},
+                {Copying(Existing::Replace), a, sub, FileProblem::IsAFolder},
+                {Copying(Existing::Fail), missing, c, FileProblem::Missing},
+                {Copying(Existing::Replace), a, below, FileProblem::Missing},
+                {Moving(Existing::Fail), a, b, FileProblem::Exists},
+                {Moving(Existing::Replace), missing, b, FileProblem::Missing},
+                {Moving(Existing::Fail), sub, c, FileProblem::IsAFolder},
+                {Deleting(), missing, "", FileProblem::Missing},
+                {Deleting(), sub, "", FileProblem::IsAFolder},
+                {Writing(Existing::Fail), "", b, FileProblem::Exists},
+                {Writing(Existing::Replace), "", below, FileProblem::Missing},
+                {Writing(Existing::Replace), "", sub, FileProblem::IsAFolder}};
     for (const bool trial : {false, true}) {
         SCOPED_TRACE(trial);
         CScriptedOverseer overseer(COverseer::Answer::Pretend, trial);
         InstallOverseer(&overseer);
-        EXPECT_EQ(ProblemOf(platform::CopyFile(a, b, Existing::Fail)), FileProblem::Exists);
-        EXPECT_EQ(ProblemOf(platform::CopyFile(a, sub, Existing::Replace)), FileProblem::IsAFolder);
-        EXPECT_EQ(ProblemOf(platform::CopyFile(missing, folder / "c", Existing::Fail)), FileProblem::Missing);
-        EXPECT_EQ(ProblemOf(platform::CopyFile(a, below, Existing::Replace)), FileProblem::Missing);
-        EXPECT_EQ(ProblemOf(platform::MoveFile(a, b, Existing::Fail)), FileProblem::Exists);
-        EXPECT_EQ(ProblemOf(platform::MoveFile(missing, b, Existing::Replace)), FileProblem::Missing);
-        EXPECT_EQ(ProblemOf(platform::MoveFile(sub, folder / "c", Existing::Fail)), FileProblem::IsAFolder);
-        EXPECT_EQ(ProblemOf(platform::DeleteFile(missing)), FileProblem::Missing);
-        EXPECT_EQ(ProblemOf(platform::DeleteFile(sub)), FileProblem::IsAFolder);
-        EXPECT_EQ(ProblemOf(WriteWatched(b, Existing::Fail)), FileProblem::Exists);
-        EXPECT_EQ(ProblemOf(WriteWatched(below, Existing::Replace)), FileProblem::Missing);
-        EXPECT_EQ(ProblemOf(WriteWatched(sub, Existing::Replace)), FileProblem::IsAFolder);
+        for (const auto& row : rows) EXPECT_EQ(ProblemOf(row.act(row.from, row.to)), row.problem) << &row - rows;
         EXPECT_EQ(overseer.asked, "");
         {
             const CUnwatched ownFile;
@@ -150,8 +137,8 @@ TEST(Overseer, WhatIsPretendedHidesTheDisk)
     EXPECT_EQ(ProblemOf(platform::CopyFile(real, made, Existing::Fail)), FileProblem::Exists);
     EXPECT_TRUE(platform::CopyFile(real, gone, Existing::Fail));
     EXPECT_TRUE(platform::MoveFile(made, gone, Existing::Replace));
-    EXPECT_EQ(ProblemOf(WriteWatched(made, Existing::Fail)), FileProblem::Exists);
-    EXPECT_TRUE(WriteWatched(gone, Existing::Fail));
+    EXPECT_EQ(ProblemOf(Writing(Existing::Fail)("", made)), FileProblem::Exists);
+    EXPECT_TRUE(Writing(Existing::Fail)("", gone));
     CScriptedOverseer real2(COverseer::Answer::Go);
     real2.exists = overseer.exists;
     InstallOverseer(&real2);

@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "support/TemporaryFolder.h"
+#include "ScriptedOverseer.h"
 
 namespace {
 
@@ -93,13 +93,34 @@ TEST(Programs, WhatCannotStartIsReportedAtOnce)
 {
     const CTemporaryFolder folder;
     folder.Write("data", "no program");
-    const std::string rows[] = {"",
-                                "\"\"",
-                                folder / "missing",
-                                folder.Path(),
-                                folder / "data",
-                                "no-such-program-in-the-path",
-                                WriteProgram(folder, "bad", "#!/no/such/interpreter\n")};
-    for (const auto& program : rows) EXPECT_FALSE(platform::OpenWithShell(program, "x")) << program;
+    const std::string rows[] = {
+        "", "\"\"", folder / "missing", folder.Path(), folder / "data", "no-such-program-in-the-path"};
+    for (const auto& program : rows) {
+        EXPECT_FALSE(platform::OpenWithShell(program, "x")) << program;
+        for (const bool trial : {false, true}) {
+            CScriptedOverseer overseer(COverseer::Answer::Pretend, trial);
+            InstallOverseer(&overseer);
+            EXPECT_FALSE(platform::OpenWithShell(program, "x")) << program;
+            EXPECT_EQ(overseer.asked, "") << "for what cannot be done";
+        }
+    }
+    EXPECT_FALSE(platform::OpenWithShell(WriteProgram(folder, "bad", "#!/no/such/interpreter\n"), "x"));
     EXPECT_TRUE(platform::OpenWithShell("true", "x")) << "looked up in the path";
+}
+
+TEST(Programs, StartOnlyWhenTheOverseerAllows)
+{
+    const CTemporaryFolder folder;
+    CPipe pipe(folder / "pipe");
+    const auto program = WriteProgram(folder, "program", "#!/bin/sh\necho \"$1\" > \"${0%/*}/pipe\"\n");
+    const std::pair<COverseer::Answer, bool> rows[] = {
+        {COverseer::Answer::Refuse, false}, {COverseer::Answer::Pretend, true}, {COverseer::Answer::Go, true}};
+    for (const auto& [answer, started] : rows) {
+        CScriptedOverseer overseer(answer);
+        InstallOverseer(&overseer);
+        const auto argument = folder.Write(std::to_string(static_cast<int>(answer)), "content");
+        EXPECT_EQ(platform::OpenWithShell('"' + program + '"', argument), started);
+        EXPECT_EQ(overseer.asked, "start content>program;");
+    }
+    EXPECT_EQ(pipe.ReadToEnd(), folder / "0" + "\n") << "only the allowed start";
 }

@@ -31,3 +31,15 @@ TEST(System, TheClockTellsThisDayOrTheOneBeside)
     EXPECT_LE(std::abs(days(text) - days(platform::UtcText(platform::NanosecondsSince1970()))), 1) << text;
     EXPECT_TRUE(now.hour >= 0 && now.hour < 24 && now.minute >= 0 && now.minute < 60 && now.second >= 0);
 }
+
+TEST(System, TimesAreUniversal)
+{
+    const struct {
+        std::int64_t nanoseconds;
+        const char* text;
+    } rows[] = {{0, "1970-01-01T00:00:00Z"},
+                {-1, "1969-12-31T23:59:59Z"},
+                {1'709'208'000'999'999'999, "2024-02-29T12:00:00Z"}};
+    for (const auto& row : rows) EXPECT_EQ(platform::UtcText(row.nanoseconds), row.text);
+    EXPECT_GT(platform::UtcText(platform::NanosecondsSince1970()), "2025-01-01");
+}

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "base/PathNames.h"
-#include "platform/Clock.h"
 #include "platform/FileProblem.h"
 #include "platform/HeldFiles.h"
 #include "support/TemporaryFolder.h"
@@ -10,6 +9,7 @@
 using platform::CAppendFile;
 using platform::CChildProcess;
 using platform::CFileLock;
+using platform::CLogFile;
 using platform::FileProblem;
 using platform::ProblemOf;
 
@@ -19,7 +19,7 @@ const char* const kNoFile = kSeparator == '/' ? "/dev/null" : "NUL";
 
 }  // namespace
 
-TEST(RunFiles, AnAppendedFileGrowsBehindWhatCounts)
+TEST(HeldFiles, AnAppendedFileGrowsBehindWhatCounts)
 {
     const CTemporaryFolder folder;
     const auto path = folder / "journal";
@@ -41,11 +41,16 @@ TEST(RunFiles, AnAppendedFileGrowsBehindWhatCounts)
     EXPECT_FALSE(first.IsOpen());
 }
 
-TEST(RunFiles, ALockKeepsOtherLocksOutButNoReadersAndWriters)
+TEST(HeldFiles, ALockKeepsOtherLocksOutButNoReadersAndWriters)
 {
     const CTemporaryFolder folder;
     const auto path = folder / "journal";
     CFileLock lock, other;
+    {
+        CAppendFile journal;
+        ASSERT_TRUE(journal.Open(path));
+        EXPECT_TRUE(CFileLock().TryLock(path)) << "a journal that is open already";
+    }
     ASSERT_TRUE(lock.TryLock(path));
     EXPECT_TRUE(lock.TryLock(path)) << "once more: the former claim is given up";
     EXPECT_EQ(ProblemOf(other.TryLock(path)), FileProblem::InUse);
@@ -64,29 +69,7 @@ TEST(RunFiles, ALockKeepsOtherLocksOutButNoReadersAndWriters)
     EXPECT_EQ(ProblemOf(CFileLock().TryLock(folder / "missing/lock")), FileProblem::Missing);
 }
 
-TEST(RunFiles, ALockCanBeTakenBesideOpenJournals)
-{
-    const CTemporaryFolder folder;
-    const auto path = folder / "journal";
-    CAppendFile journal;
-    ASSERT_TRUE(journal.Open(path));
-    EXPECT_TRUE(CFileLock().TryLock(path));
-    EXPECT_TRUE(CFileLock().TryLock(path)) << "the former one is gone";
-}
-
-TEST(RunFiles, TimesAreUniversal)
-{
-    const struct {
-        std::int64_t nanoseconds;
-        const char* text;
-    } rows[] = {{0, "1970-01-01T00:00:00Z"},
-                {-1, "1969-12-31T23:59:59Z"},
-                {1'709'208'000'999'999'999, "2024-02-29T12:00:00Z"}};
-    for (const auto& row : rows) EXPECT_EQ(platform::UtcText(row.nanoseconds), row.text);
-    EXPECT_GT(platform::UtcText(platform::NanosecondsSince1970()), "2025-01-01");
-}
-
-TEST(RunFiles, ALockIsHeldUntilTheLastChildThatInheritedItIsGone)
+TEST(HeldFiles, ALockIsHeldUntilTheLastChildThatInheritedItIsGone)
 {
     const CTemporaryFolder folder;
     const auto path = folder / "lock";
@@ -105,4 +88,49 @@ TEST(RunFiles, ALockIsHeldUntilTheLastChildThatInheritedItIsGone)
     EXPECT_EQ(ProblemOf(other.TryLock(path)), FileProblem::InUse);
     heir.reset();
     EXPECT_TRUE(other.TryLock(path)) << "the child that did not inherit it does not count";
+}
+
+TEST(HeldFiles, ASecondWriterOfALogIsRefusedAndDoesNoHarm)
+{
+    const CTemporaryFolder folder;
+    const auto path = folder / "log";
+    CLogFile first, second;
+    ASSERT_TRUE(first.Open(path, true));
+    ASSERT_TRUE(first.Write("one\n"));
+    EXPECT_EQ(ProblemOf(second.Open(path, false)), FileProblem::InUse);
+    EXPECT_FALSE(second.IsOpen());
+    EXPECT_EQ(FileBytes(path), "one\n") << "readers are welcome, and the refused writer must not empty the file";
+    first.Close();
+    EXPECT_TRUE(second.Open(path, true));
+    EXPECT_EQ(FileBytes(path), "one\n");
+}
+
+TEST(HeldFiles, ALogIsWrittenAtItsEnd)
+{
+    const CTemporaryFolder folder;
+    const auto path = folder.Write("log", "old");
+    CLogFile log;
+    ASSERT_TRUE(log.Open(path, true));
+    EXPECT_TRUE(log.SeekEnd());
+    EXPECT_TRUE(log.Write("+new"));
+    EXPECT_TRUE(log.Flush());
+    EXPECT_EQ(FileBytes(path), "old+new");
+    CLogFile taker(std::move(log));
+    EXPECT_TRUE(taker.Write("x"));
+    taker = CLogFile();
+    EXPECT_FALSE(taker.IsOpen() || taker.Write("y"));
+    EXPECT_EQ(ProblemOf(log.Open(path, true)), FileProblem::None) << "the claim ended with its owner";
+    ASSERT_TRUE(log.Open(path, false)) << "opening anew gives up the old claim";
+    EXPECT_EQ(FileBytes(path), "");
+}
+
+TEST(HeldFiles, OnlyAFileCanBeALog)
+{
+    const CTemporaryFolder folder;
+    CLogFile log;
+    EXPECT_EQ(ProblemOf(log.Open(folder.Path(), true)), FileProblem::IsAFolder);
+    EXPECT_EQ(ProblemOf(log.Open(folder / "missing/log", true)), FileProblem::Missing);
+    EXPECT_EQ(ProblemOf(log.Open(kNoFile, true)), FileProblem::NotARegularFile);
+    EXPECT_FALSE(log.IsOpen());
+    EXPECT_FALSE(log.SeekEnd() || log.Flush());
 }

@@ -1,8 +1,8 @@
 #include "supervisor/ManifestRun.h"
 
 #include "protocol/Json.h"
-#include "supervisor/Leftovers.h"
-#include "supervisor/PlanChanges.h"
+#include "supervisor/resume/CleanUp.h"
+#include "supervisor/resume/PlanChanges.h"
 
 #include <algorithm>
 #include <utility>
@@ -152,31 +152,31 @@ void CManifestRun::Process()
 {
     m_observer.Planned(m_options.plan);
     m_log.Preamble(m_header.preamble);
-    CInputOrder order(
+    COutcomeSorter order(
         *m_done, [this](const DonePlace& place) { return ReadDone(place); },
         [this](const DoneFile& done, bool written) {
             m_record.Add(done.record);
             m_log.File(done, written);
         });
-    CResults results(
+    COutcomeRecorder results(
         {.done = *m_done, .journal = IsTrial() ? nullptr : &m_journal, .order = &order, .observer = m_observer},
         m_progress);
     order.Begin();
-    CScheduler files([this] { return NextFile(); });
-    CFileQueue queue({.files = files,
-                      .results = results,
-                      .facts = m_facts,
-                      .earlier = &*m_earlier,
-                      .again = &m_again,
-                      .readDone = [this](const DonePlace& place) { return ReadDone(place); },
-                      .pretended = IsTrial() ? &m_pretended : nullptr});
+    CGroupedFiles files([this] { return NextFile(); });
+    CFilesForWorkers queue({.files = files,
+                            .results = results,
+                            .facts = m_facts,
+                            .earlier = &*m_earlier,
+                            .again = &m_again,
+                            .readDone = [this](const DonePlace& place) { return ReadDone(place); },
+                            .pretended = IsTrial() ? &m_pretended : nullptr});
     const LoopEnd end = RunLoop(queue, results);
     order.Finish();
     if (order.Failed()) Broken("The journal " + m_options.journalPath + " cannot be read again.");
     Close(end, m_problem, results);
 }
 
-LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
+LoopEnd CManifestRun::RunLoop(CFilesForWorkers& queue, COutcomeRecorder& results)
 {
     RunOrder order = m_header.order;
     order.run = Tag();
@@ -204,7 +204,7 @@ LoopEnd CManifestRun::RunLoop(CFileQueue& queue, CResults& results)
     return m_problem.empty() ? end : LoopEnd::Broken;
 }
 
-void CManifestRun::Close(LoopEnd end, const std::string& problem, const CResults& results)
+void CManifestRun::Close(LoopEnd end, const std::string& problem, const COutcomeRecorder& results)
 {
     const std::vector<std::string> epilogue = results.Epilogue();
     m_log.Epilogue(epilogue.empty() ? m_header.epilogue : epilogue);

@@ -1,16 +1,16 @@
 // Processes the files of a manifest, or of one shard of it.
 #pragma once
 
-#include "supervisor/GroupedInputs.h"
-#include "supervisor/JournalIndex.h"
-#include "supervisor/Manifest.h"
-#include "supervisor/OutputGuard.h"
-#include "supervisor/Results.h"
-#include "supervisor/RunLog.h"
-#include "supervisor/RunLoop.h"
-#include "supervisor/Settler.h"
 #include "supervisor/Supervisor.h"
-#include "supervisor/Worker.h"
+#include "supervisor/journal/JournalIndex.h"
+#include "supervisor/journal/Manifest.h"
+#include "supervisor/results/OutcomeRecorder.h"
+#include "supervisor/results/OutputGuard.h"
+#include "supervisor/results/RunLog.h"
+#include "supervisor/resume/ResumePoint.h"
+#include "supervisor/workers/FileGroups.h"
+#include "supervisor/workers/RunLoop.h"
+#include "supervisor/workers/Worker.h"
 
 #include <map>
 #include <memory>
@@ -52,8 +52,8 @@ private:
     bool CountFiles();
     bool OpenOutputs();
     void Process();
-    LoopEnd RunLoop(CFileQueue& queue, CResults& results);
-    void Close(LoopEnd end, const std::string& problem, const CResults& results);
+    LoopEnd RunLoop(CFilesForWorkers& queue, COutcomeRecorder& results);
+    void Close(LoopEnd end, const std::string& problem, const COutcomeRecorder& results);
     void CloseOutputs();
     void CountOutcomes();
     bool Broken(std::string message);

@@ -1,14 +1,13 @@
 // Joins the journals of all shards into one log and one record.
 #include "base/PathNames.h"
 #include "platform/Files.h"
-#include "supervisor/InputOrder.h"
-#include "supervisor/JournalIndex.h"
-#include "supervisor/Manifest.h"
-#include "supervisor/OutputGuard.h"
-#include "supervisor/Results.h"
-#include "supervisor/RunLog.h"
 #include "supervisor/Supervisor.h"
-#include "supervisor/Worker.h"
+#include "supervisor/journal/JournalIndex.h"
+#include "supervisor/journal/Manifest.h"
+#include "supervisor/results/OutcomeRecorder.h"
+#include "supervisor/results/OutputGuard.h"
+#include "supervisor/results/RunLog.h"
+#include "supervisor/workers/Worker.h"
 
 #include <deque>
 #include <set>
@@ -81,7 +80,7 @@ private:
                           ".");
         for (const auto& [number, history] : index.Open())
             if (!m_done->IsDone(number)) m_begun.insert(number);
-        m_epilogues.Add(index.Epilogue());
+        m_closingLines.Add(index.Epilogue());
         if (!m_readers.emplace_back().Open(path)) return Broken("The journal " + path + " cannot be opened.");
         return true;
     }
@@ -130,7 +129,7 @@ private:
     void Write()
     {
         m_log.Preamble(m_header.preamble);
-        CInputOrder order(
+        COutcomeSorter order(
             *m_done,
             [this](const DonePlace& place) {
                 return m_readers[static_cast<std::size_t>(place.journal)].DoneAt(place.offset);
@@ -142,15 +141,14 @@ private:
                 m_observer.FileDone(done.record, {});
             });
         order.Finish();
-        m_log.Epilogue(m_epilogues.Empty() ? m_header.epilogue : m_epilogues.Joined());
+        m_log.Epilogue(m_closingLines.Empty() ? m_header.epilogue : m_closingLines.Joined());
         if (order.Failed()) Broken("A journal cannot be read again.");
         if (m_log.Failed()) Broken("The log " + m_result.logPath + " cannot be written completely.");
         m_log.Close();
         if (const auto closed = m_record.Close(); !closed)
             Broken("The record " + m_options.recordPath + " cannot be written completely (" +
                    platform::ErrorText(closed.errorNumber) + ").");
-        const bool fine =
-            m_result.Count(FileOutcome::Saved) == m_header.total && m_header.unreadableFolders == 0;
+        const bool fine = m_result.Count(FileOutcome::Saved) == m_header.total && m_header.unreadableFolders == 0;
         m_result.exit = fine ? ExitClass::Fine : ExitClass::SomeNotSaved;
     }
 
@@ -161,7 +159,7 @@ private:
     std::deque<CJournalReader> m_readers;
     std::set<std::string> m_shards;
     std::set<int> m_begun;  // without outcome
-    CEpilogues m_epilogues;
+    CClosingLines m_closingLines;
     COutputGuard m_guard;
     CRunLog m_log;
     CRecordWriter m_record;

@@ -6,8 +6,8 @@
 #include "platform/Clock.h"
 #include "platform/Files.h"
 #include "platform/HeldFiles.h"
-#include "supervisor/JournalIndex.h"
-#include "supervisor/Manifest.h"
+#include "supervisor/journal/JournalIndex.h"
+#include "supervisor/journal/Manifest.h"
 
 #include <zlib.h>
 #include <array>

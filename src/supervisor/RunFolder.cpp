@@ -7,9 +7,9 @@
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
-#include "supervisor/Planning.h"
-#include "supervisor/Temporaries.h"
-#include "supervisor/Worker.h"
+#include "supervisor/plan/Planning.h"
+#include "supervisor/resume/CleanUp.h"
+#include "supervisor/workers/Worker.h"
 
 #include <chrono>
 #include <cstdint>

@@ -34,14 +34,14 @@ enum class ExitClass { Fine = 0, Broken = 1, SomeNotSaved = 3, Stopped = 130 };
 
 struct RunResult {
     ExitClass exit = ExitClass::Broken;
-    std::string message;                            ///< why it did not start, broke or stopped; empty otherwise
-    bool resumable = true;                          ///< going on may help after it broke or stopped
-    PlanSummary plan;                               ///< `total` 0 when it came to none
+    std::string message;                      ///< why it did not start, broke or stopped; empty otherwise
+    bool resumable = true;                    ///< going on may help after it broke or stopped
+    PlanSummary plan;                         ///< `total` 0 when it came to none
     std::array<int, kFileOutcomes> counts{};  ///< by FileOutcome
-    int remaining = 0;                              ///< files that nothing was begun with
-    std::string recordPath;                         ///< where the record is; empty: none
-    std::string logPath;                            ///< where the log is; empty: none was written
-    std::string logProblem;                         ///< why none was written
+    int remaining = 0;                        ///< files that nothing was begun with
+    std::string recordPath;                   ///< where the record is; empty: none
+    std::string logPath;                      ///< where the log is; empty: none was written
+    std::string logProblem;                   ///< why none was written
 
     int Count(FileOutcome outcome) const { return counts[static_cast<std::size_t>(outcome)]; }
 };

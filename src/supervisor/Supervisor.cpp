@@ -3,14 +3,14 @@
 #include "base/PathNames.h"
 #include "platform/ThisProcess.h"
 #include "protocol/Json.h"
-#include "supervisor/HostJob.h"
-#include "supervisor/Leftovers.h"
 #include "supervisor/ManifestRun.h"
-#include "supervisor/OutputGuard.h"
-#include "supervisor/PlanChanges.h"
-#include "supervisor/Planning.h"
 #include "supervisor/RunArchive.h"
 #include "supervisor/RunFolder.h"
+#include "supervisor/plan/HostJob.h"
+#include "supervisor/plan/Planning.h"
+#include "supervisor/results/OutputGuard.h"
+#include "supervisor/resume/CleanUp.h"
+#include "supervisor/resume/PlanChanges.h"
 
 #include <algorithm>
 #include <utility>

@@ -30,6 +30,7 @@ LAYERS = [
     ("openhost/core/A.cpp", '#include "common/B.h"', "openhost/ may not include"),
     ("openhost/core/A.cpp", '#include "openhost/app/B.h"', "openhost/core/ may not include"),
     ("openhost/app/A.cpp", '#include "openhost/core/B.h"', ""),
+    ("supervisor/journal/A.cpp", '#include "supervisor/plan/B.h"', "supervisor/journal/ may not include"),
     ("cli/A.cpp", '#include "engine/B.h"', "cli/ may not include"),
     ("hostapi/A.h", '#include "platform/B.h"', "hostapi/ may not include"),
     ("pdflib/A.cpp", '#include "hostapi/HostRecords.h"', ""),

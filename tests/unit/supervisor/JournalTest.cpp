@@ -1,7 +1,7 @@
-#include "supervisor/Journal.h"
+#include "supervisor/journal/Journal.h"
 
-#include "supervisor/JournalIndex.h"
-#include "supervisor/Manifest.h"
+#include "supervisor/journal/JournalIndex.h"
+#include "supervisor/journal/Manifest.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "supervisor/Manifest.h"
+#include "supervisor/journal/Manifest.h"
 #include "unit/supervisor/RunPlace.h"
 
 #include <gtest/gtest.h>

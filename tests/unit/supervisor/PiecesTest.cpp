@@ -5,10 +5,10 @@
 #include <fstream>
 #include <thread>
 
-#include "supervisor/FileQueue.h"
-#include "supervisor/Results.h"
-#include "supervisor/Worker.h"
-#include "supervisor/WorkerLog.h"
+#include "supervisor/results/OutcomeRecorder.h"
+#include "supervisor/workers/FilesForWorkers.h"
+#include "supervisor/workers/Worker.h"
+#include "supervisor/workers/WorkerLog.h"
 #include "unit/supervisor/RunPlace.h"
 
 namespace {
@@ -16,7 +16,7 @@ namespace {
 using Lines = std::vector<std::string>;
 
 /// Files 1, 2, ... with these groups.
-CScheduler::Source FilesOf(std::vector<std::uint32_t> groups)
+CGroupedFiles::Source FilesOf(std::vector<std::uint32_t> groups)
 {
     return [groups, next = std::size_t{0}]() mutable -> std::optional<PlannedFile> {
         if (next == groups.size()) return std::nullopt;
@@ -25,15 +25,15 @@ CScheduler::Source FilesOf(std::vector<std::uint32_t> groups)
     };
 }
 
-int Take(CScheduler& files)
+int Take(CGroupedFiles& files)
 {
     const auto file = files.Take();
     return file ? file->number : 0;
 }
 
-TEST(Scheduler, HandsOutAGroupInOrderAndOneFileAtATime)
+TEST(GroupedFiles, HandsOutAGroupInOrderAndOneFileAtATime)
 {
-    CScheduler files(FilesOf({7, 7, 0, 7, 8, 7}));
+    CGroupedFiles files(FilesOf({7, 7, 0, 7, 8, 7}));
     EXPECT_EQ(Take(files), 1);
     EXPECT_EQ(Take(files), 3) << "2 waits for 1";
     EXPECT_EQ(Take(files), 5) << "4 waits, too";
@@ -51,10 +51,11 @@ TEST(Scheduler, HandsOutAGroupInOrderAndOneFileAtATime)
     EXPECT_TRUE(files.Empty());
 }
 
-TEST(Scheduler, HoldsBackNoMoreThanItsLookahead)
+TEST(GroupedFiles, HoldsBackNoMoreThanItsLookahead)
 {
     int read = 0;
-    CScheduler files([&]() -> std::optional<PlannedFile> { return PlannedFile{.number = ++read, .group = 1}; }, 10);
+    CGroupedFiles files([&]() -> std::optional<PlannedFile> { return PlannedFile{.number = ++read, .group = 1}; },
+                        10);
     EXPECT_EQ(Take(files), 1);
     for (int attempt = 0; attempt < 5; ++attempt) EXPECT_EQ(Take(files), 0);
     EXPECT_EQ(read, 11);
@@ -62,7 +63,7 @@ TEST(Scheduler, HoldsBackNoMoreThanItsLookahead)
     EXPECT_EQ(Take(files), 2);
 }
 
-TEST(Epilogues, OfSeveralWorkersAreThoseOfOneRun)
+TEST(ClosingLines, OfSeveralWorkersAreThoseOfOneRun)
 {
     const Lines full = {"own", "closed", "LOG STOPPED: 1", "date"},
                 later = {"own", "closed", "LOG STOPPED: 2", "date"}, bare = {"closed", "LOG STOPPED: 3", "date"},
@@ -83,7 +84,7 @@ TEST(Epilogues, OfSeveralWorkersAreThoseOfOneRun)
         {"nothing in common", {{"a", "b"}, {"c"}}, {"a", "b", "c"}},
     };
     for (const auto& row : rows) {
-        CEpilogues epilogues;
+        CClosingLines epilogues;
         for (const Lines& lines : row.added) epilogues.Add(lines);
         EXPECT_EQ(epilogues.Joined(), row.joined) << row.what;
     }

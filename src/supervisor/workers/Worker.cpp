@@ -1,0 +1,102 @@
+#include "supervisor/workers/Worker.h"
+
+#include "base/PathNames.h"
+#include "platform/Files.h"
+#include "platform/NarrowText.h"
+#include "platform/Paths.h"
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+ProductPaths UserPaths() { return MakeProductPaths(platform::ApplicationDataFolder()); }
+
+void RemoveFolder(const std::string& folder)
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(platform::StandardPath(folder), ignored);
+}
+
+platform::FileResult CWorkerFolder::Prepare() const
+{
+    RemoveFolder(m_folder);
+    // What could not be removed is used once more.
+    if (const auto made = platform::CreatePrivateFolder(m_folder); !made && !platform::IsOwnFolder(m_folder))
+        return made;
+    const ProductPaths users = UserPaths(), own = MakeProductPaths(m_folder);
+    if (const platform::FileResult made = platform::CreateFolders(own.settingsFolder); !made) return made;
+    // Without the user's settings the worker would do something else than the user's own host.
+    for (const auto& [from, to] : {std::pair(users.settingsFile, own.settingsFile),
+                                   std::pair(users.searchSettingsFile, own.searchSettingsFile)}) {
+        // Nobody misses the copy after a power cut, so it is not flushed.
+        std::error_code error;
+        if (platform::FileExists(from))
+            std::filesystem::copy_file(platform::StandardPath(from), platform::StandardPath(to), error);
+        if (error) return {error.value()};
+    }
+    return {};
+}
+
+std::string CWorkerFolder::LogPath() const { return MakeProductPaths(m_folder).logFile; }
+
+namespace {
+
+constexpr std::size_t kErrorLinesKept = 100;
+constexpr std::uint64_t kGibibyte = std::uint64_t{1} << 30;
+constexpr std::uint32_t kFirstException = 0xC0000000;  // above all signals
+constexpr const char* kRunVariables[] = {"FERRULESEQU",         "FERRULEFINAL",         "FERRULEDEST",
+                                         "FERRULEALTPATH",      "FERRULEALTOUTPUTPATH", "FERRULEFILEEXT",
+                                         "FERRULENOSUBFOLDERS", "FERRULENOPROGRESS",    "EXECUTEINSTEPS"};
+
+platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::string& settingsFolder, long long lock)
+{
+    platform::ChildOptions options{.program = engine.hostProgram, .arguments = {"--worker"}};
+    for (const std::string& plugIn : engine.plugIns)
+        options.arguments.insert(options.arguments.end(), {"--plugin", plugIn});
+    if (!engine.passwordFile.empty())
+        options.arguments.insert(options.arguments.end(), {"--password-file", engine.passwordFile});
+    options.environment = {std::string(platform::kApplicationDataVariable) + '=' + settingsFolder};
+    for (const char* name : kRunVariables) options.environment.emplace_back(name);
+    // The supervisor watches the memory in use; this only keeps one document from taking all of it in between.
+    options.addressSpaceBytes = 2 * engine.memoryBytes + kGibibyte;
+    options.openedProgramsGoOn = true;  // final actions and steps open some
+    if (lock != -1) options.inheritedDescriptors = {lock};
+    return options;
+}
+
+}  // namespace
+
+std::unique_ptr<CWorker> CWorkerStarter::Start(const std::string& place, std::string* problem) const
+{
+    const CWorkerFolder folder(m_baseFolder + kSeparator + "worker-" + place);
+    if (const auto prepared = folder.Prepare(); !prepared) {
+        *problem = "The folder " + folder.Path() + " for a worker cannot be made (" +
+                   platform::ErrorText(prepared.errorNumber) + ").";
+        return nullptr;
+    }
+    platform::FileResult started;
+    auto child = platform::CChildProcess::Start(ChildOptionsFor(m_engine, folder.Path(), m_lockDescriptor), &started);
+    if (child) return std::make_unique<CWorker>(std::move(*child), folder, place);
+    *problem =
+        "The host " + m_engine.hostProgram + " cannot be started (" + platform::ErrorText(started.errorNumber) + ").";
+    return nullptr;
+}
+
+void AddErrorLine(std::deque<std::string>& lines, std::string line)
+{
+    lines.push_back(std::move(line));
+    if (lines.size() > kErrorLinesKept) lines.pop_front();
+}
+
+std::string EndingText(const platform::ChildEnding& ending)
+{
+    if (ending.signal >= kFirstException) {
+        std::array<char, 32> text;
+        std::snprintf(text.data(), text.size(), "crashed (0x%08X)", static_cast<unsigned>(ending.signal));
+        return text.data();
+    }
+    if (ending.signal != 0) return "crashed (signal " + std::to_string(ending.signal) + ")";
+    return "ended with exit code " + std::to_string(ending.exitCode);
+}

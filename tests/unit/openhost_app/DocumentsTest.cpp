@@ -13,16 +13,6 @@ using namespace openhost;
 
 namespace {
 
-int g_asked = 0;
-
-ASBool HOSTCALL AskTheHost(PDDoc document, void* file)
-{
-    ++g_asked;
-    const auto again = [&] { Part<CDocuments>().Open(*static_cast<std::string*>(file), true, {}); };
-    EXPECT_EQ(RaisedBy(again), pdErrAlreadyOpen) << "it is just being opened";
-    return HOST(AcroView, AVAuthOpen, document);
-}
-
 /// The last 5 bytes, which every document ends with; "" when the file cannot be read.
 std::string EndOf(ASFile file)
 {
@@ -36,14 +26,10 @@ std::string EndOf(ASFile file)
 
 class Documents : public CHostFixture {
 protected:
-    PDDoc Open(std::string file, PDAuthProcEx authorise = nullptr)
+    PDDoc Open(const std::string& file)
     {
         const ASPathName name = NewPath(file);
-        const auto open = [&] {
-            return HOST(PDModel, PDDocOpenEx, name, ASFileSys{}, authorise, static_cast<void*>(&file), ASBool{1});
-        };
-        PDDoc document = nullptr;
-        m_raised = RaisedBy([&] { document = open(); });
+        const PDDoc document = HOST(PDModel, PDDocOpen, name, ASFileSys{}, PDAuthProc{}, ASBool{1});
         ReleasePath(name);
         return document;
     }
@@ -54,7 +40,6 @@ protected:
 
     CTemporaryFolder folder;
     std::string path = folder.Write("a.pdf", SamplePdf(2));
-    ASErrorCode m_raised = 0;
 };
 
 }  // namespace
@@ -86,35 +71,6 @@ TEST_F(Documents, EachOpeningIsClosedOnceUnlessInUseAndAClosedOneIsKnownNoMore)
     EXPECT_REFUSED(HOST(PDModel, PDDocRelease, document));
     EXPECT_REFUSED(HOST(PDModel, PDDocSetNewCryptHandler, document, kNullAtom));
     EXPECT_EQ(Close(nullptr), genErrBadParm);
-}
-
-TEST_F(Documents, AWrongPasswordLeavesNothingOpen)
-{
-    const PDDoc document = Open(path);
-    CDocuments& documents = Part<CDocuments>();
-    documents.At(document).pdf.SetSecurity(Protection("open", "owner"));
-    documents.Save(document, {.path = folder / "locked.pdf"});
-    EXPECT_EQ(Close(document), 0);
-
-    const struct {
-        std::vector<std::string> candidates;
-        OpenedWith opened;
-    } rows[] = {{{}, OpenedWith::None},
-                {{"wrong"}, OpenedWith::None},
-                {{"wrong", "open"}, OpenedWith::User},
-                {{"open", "owner", "wrong"}, OpenedWith::Owner}};
-    for (const auto& row : rows) {
-        documents.passwordCandidates = row.candidates;
-        g_asked = 0;
-        const PDDoc locked = Open(folder / "locked.pdf", &AskTheHost);
-        EXPECT_EQ(g_asked, 1);
-        EXPECT_EQ(locked != nullptr, row.opened != OpenedWith::None);
-        EXPECT_EQ(m_raised == 0, locked != nullptr);
-        if (!locked) continue;
-        EXPECT_EQ(documents.At(locked).pdf.OpenedBy(), row.opened);
-        EXPECT_EQ(Close(locked), 0);
-    }
-    EXPECT_EQ(documents.Live(), 0u);
 }
 
 TEST_F(Documents, FlagsAfterEachKindOfSave)

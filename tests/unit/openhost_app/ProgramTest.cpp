@@ -111,15 +111,6 @@ TEST(StartUp, APlugInLoadsFromAPathWithBlanksAndLettersOfAnyKind)
     EXPECT_EQ(LiveWith({"nameless"}).living, std::vector<std::string>{"nameless.api"}) << "known by its file";
 }
 
-TEST(StartUp, AFolderGivesItsPlugInsByName)
-{
-    const auto found = PlugInsOfFolder(TEST_PLUG_INS);
-    ASSERT_GE(found.size(), 3u);
-    EXPECT_TRUE(std::is_sorted(found.begin(), found.end()));
-    for (const std::string& path : found) EXPECT_TRUE(path.ends_with(".api")) << path;
-    EXPECT_TRUE(PlugInsOfFolder("/no/such/folder").empty());
-}
-
 namespace {
 
 std::function<void()> g_idle;

@@ -14,23 +14,6 @@ using namespace openhost;
 
 using Save = CPdfTest;
 
-TEST_F(Save, InPlaceContinuesFromTheNewFile)
-{
-    const std::string path = folder.Write("a.pdf", SamplePdf(3));
-    CPdfDocument document = TitledDocument(path, "first");
-    EXPECT_TRUE(document.IsModified());
-    document.Save({});
-    EXPECT_FALSE(document.IsModified());
-    EXPECT_EQ(TitleOf(path), "first");
-
-    document.SetInfo("Title", "second");
-    document.Save({.linearise = true});
-    EXPECT_TRUE(document.IsLinearised());
-    EXPECT_EQ(TitleOf(path), "second");
-    EXPECT_EQ(document.PageCount(), 3);
-    EXPECT_EQ(folder.EntryCount(), 1u);
-}
-
 TEST_F(Save, ALargeDocumentReplacesTheFileThatItIsReadFrom)
 {
     constexpr std::size_t kLarge = 17 << 20;  // larger than what is read into memory when a document is opened

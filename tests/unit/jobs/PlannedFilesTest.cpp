@@ -1,111 +1,169 @@
+// The files of a run: which are planned, what names they touch, and which of them must not meet.
 #include "base/PathNames.h"
+#include "engine/SequencePlanning.h"
 #include "jobs/PlannedFiles.h"
-
+#include "jobs/TouchedNames.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <filesystem>
-#include <numeric>
-#include <random>
-#include <regex>
-#include <set>
 
 namespace {
 
-namespace fs = std::filesystem;
-
-std::vector<PlannedFile> Plan(const std::string& folder, const WorkFacts& facts)
+TEST(ComparableBase, IsWithoutCaseNumbersAndExtension)
 {
-    CInputCollector inputs({{"pdf", "tif"}, true});
-    inputs.AddPath(folder);
-    const CPlannedFiles files(std::move(inputs), 0);
-    CTouchedNames names(facts, {});
-    std::vector<PlannedFile> planned;
-    files.ForEach(names, [&](const PlannedFile& file) { planned.push_back(file); });
-    return planned;
+    const struct {
+        const char* name;
+        const char* base;
+    } rows[] = {{"report.pdf", "report"},
+                {"Report (2).PDF", "report"},
+                {"report (1) (12).tif", "report"},
+                {"report(1).pdf", "report(1)"},
+                {"report ().pdf", "report ()"},
+                {"report (1a).pdf", "report (1a)"},
+                {"report (1) .pdf", "report (1) "},
+                {"a.b (3).pdf", "a.b"},
+                {" (1).pdf", ""},
+                {"\xC3\x84rger.pdf", "\xC3\xA4rger"},
+                {"(1).pdf", "(1)"},
+                {"noextension (4)", "noextension"}};
+    for (const auto& row : rows) EXPECT_EQ(ComparableBase(row.name), row.base) << row.name;
 }
 
-/// A folder tree with names that are likely to meet.
-void MakeRandomTree(const CTemporaryFolder& folder, std::mt19937& random)
+struct Setting {
+    SequenceFacts facts;
+    PlanRequest request;
+};
+
+StepFacts SaveStep(const char* before, const char* after, bool namesDestination = true)
 {
-    const auto pick = [&](std::initializer_list<const char*> words) {
-        return *(words.begin() + random() % words.size());
-    };
-    for (int i = 0; i < 40; ++i) {
-        const std::string place = std::string(pick({"in", "in/a", "in/b", "in/a/c"}));
-        folder.MakeFolder(place);
-        const std::string path = folder / (place + '/' + pick({"x", "X", "y", "z", "long name"}) +
-                                           pick({"", "", " (1)", "_o", " (2) (3)"}) + pick({".pdf", ".tif", ".PDF"}));
-        if (fs::exists(fs::symlink_status(path))) continue;
-        const auto before = fs::recursive_directory_iterator(folder / "in");
-        const auto some = std::find_if(begin(before), end(before), [&](const fs::directory_entry& entry) {
-            return entry.is_regular_file() && random() % 4 == 0;
-        });
-        const bool linked = random() % 5 == 0 && some != end(before);
-        if (linked && (random() % 2 == 0 || !kHasLinks))
-            fs::create_hard_link(some->path(), path);
-        else if (linked)
-            fs::create_symlink(some->path(), path);
-        else
-            folder.Write(path.substr(folder.Path().size() + 1), std::string(random() % 100, 'x'));
+    StepFacts step;
+    step.handler = "WorkflowPlaybackSaveFiles";
+    step.maker = StepMaker::Host;
+    step.save = SaveStepFacts{namesDestination, std::nullopt, before, after, ""};
+    return step;
+}
+
+/// A sequence that saves through its save step.
+Setting Saving(const char* before = "", const char* after = "")
+{
+    Setting setting;
+    setting.facts.hostMajor = 21;
+    setting.facts.output.kind = kOutputNone;
+    setting.facts.steps = {SaveStep(before, after)};
+    return setting;
+}
+
+bool Collide(const Setting& setting, const std::string& one, const std::string& other)
+{
+    CTouchedNames names(FactsOfSequence(setting.facts, setting.request), setting.request.wanted);
+    std::vector<std::uint64_t> ofOne, ofOther;
+    names.AppendKeys(FolderOf(one), FileName(one), ofOne);
+    names.AppendKeys(FolderOf(other), FileName(other), ofOther);
+    return std::any_of(ofOne.begin(), ofOne.end(),
+                       [&](auto key) { return std::find(ofOther.begin(), ofOther.end(), key) != ofOther.end(); });
+}
+
+class TouchedNames : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        for (const char* name : {"a", "b", "out", "done"}) m_folder.MakeFolder(name);
     }
-}
+    std::string In(const char* path) const { return m_folder / path; }
+    Setting WithFolder(Setting setting) const
+    {
+        setting.request.settings.alternativeOutputPath = In("out");
+        return setting;
+    }
 
-/// The names that a file touches, by the simplest means: its own, and that of its result "<base>_o" in one folder.
-std::set<std::string> NamesOf(const PlannedFile& file, const std::string& out)
+    CTemporaryFolder m_folder;
+};
+
+TEST_F(TouchedNames, CollideWhereResultsInputsOrTargetsMeet)
 {
-    const auto comparable = [](std::string text) {
-        for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        return std::regex_replace(text, std::regex("( \\([0-9]+\\))+$"), "");
+    const auto ending = [](FinalAction action, const std::string& destination) {
+        Setting setting = Saving();
+        setting.request.wanted.finalAction = action;
+        setting.request.wanted.destination = destination;
+        return setting;
     };
-    const fs::path path = file.path;
-    return {(path.parent_path() / comparable(path.stem().string())).string(),
-            out + '/' + comparable(path.stem().string() + "_o")};
-}
+    const Setting rename = ending(FinalAction::Rename, "Same.pdf");
+    Setting engine = Saving();
+    engine.facts.steps.clear();
+    engine.facts.output.kind = kOutputFolder;
+    engine.facts.output.selectedFolder = In("out");
+    engine.facts.output.insertAfter = "_x";
+    Setting foreign = Saving();
+    foreign.facts.steps.emplace_back().handler = "Maker:Split";
+    Setting unavailable = WithFolder(Saving());
+    unavailable.facts.steps[0].available = false;
+    Setting old = WithFolder(Saving());
+    old.facts.hostMajor = 10;
 
-/// Files that may meet, also through others, get the same number.
-std::vector<std::size_t> SlowSets(const std::vector<PlannedFile>& planned, const std::string& out)
-{
-    std::vector<std::size_t> sets(planned.size());
-    std::iota(sets.begin(), sets.end(), std::size_t{0});
-    std::vector<std::set<std::string>> names;
-    for (const PlannedFile& file : planned) names.push_back(NamesOf(file, out));
-    const auto meet = [&](std::size_t i, std::size_t j) {
-        return fs::equivalent(planned[i].path, planned[j].path) ||
-               std::any_of(names[i].begin(), names[i].end(),
-                           [&](const auto& name) { return names[j].contains(name); });
+    const struct {
+        const char* what;
+        Setting setting;
+        const char *one, *other;
+        bool collide;
+    } rows[] = {
+        {"different names", WithFolder(Saving()), "a/x.pdf", "a/y.pdf", false},
+        {"one output folder", WithFolder(Saving()), "a/x.pdf", "b/x.pdf", true},
+        {"saved beside the inputs", Saving(), "a/x.pdf", "b/x.pdf", false},
+        {"two types, one result", Saving(), "a/x.pdf", "a/x.tif", true},
+        {"small and capital letters", WithFolder(Saving()), "a/X.pdf", "b/x.pdf", true},
+        {"numbers of unique names", WithFolder(Saving()), "a/x (1).pdf", "b/x.pdf", true},
+        {"an affix makes another input's name", Saving("", "_o"), "a/x.pdf", "a/x_o.pdf", true},
+        {"the same, but elsewhere", WithFolder(Saving("", "_o")), "a/x.pdf", "a/x_o.pdf", false},
+        {"the affix is followed by a number", Saving("", " (2)"), "a/x.pdf", "a/x (2).pdf", true},
+        {"the engine's own folder", engine, "a/x.pdf", "b/x.pdf", true},
+        {"the engine's own affix", engine, "a/x.pdf", "out/x_x.pdf", true},
+        {"moved into one folder", ending(FinalAction::MoveVersions, In("done")), "a/x.pdf", "b/x.pdf", true},
+        {"moved onto another input", ending(FinalAction::MoveReplace, In("b")), "a/x.pdf", "b/x.pdf", true},
+        {"renamed to one name", rename, "a/x.pdf", "a/y.pdf", true},
+        {"renamed in two folders", rename, "a/x.pdf", "b/y.pdf", false},
+        {"nobody knows where another maker's step saves", foreign, "a/x.pdf", "b/x.pdf", true},
+        {"a step that is not available saves nothing", unavailable, "a/x.pdf", "b/x.pdf", false},
+        {"an old host is not sent to another folder", old, "a/x.pdf", "b/x.pdf", false},
     };
-    for (std::size_t i = 0; i < planned.size(); ++i)
-        for (std::size_t j = 0; j < i; ++j)
-            if (sets[i] != sets[j] && meet(i, j))
-                std::replace(sets.begin(), sets.end(), sets[i], std::size_t{sets[j]});
-    return sets;
+    for (const auto& row : rows) EXPECT_EQ(Collide(row.setting, In(row.one), In(row.other)), row.collide) << row.what;
 }
 
-TEST(PlannedFiles, GroupsAreThoseOfASlowComparisonOfEveryPair)
+TEST_F(TouchedNames, OneFolderUnderTwoNamesIsOneFolder)
 {
-    if (kNamesIgnoreCase) GTEST_SKIP() << "the comparison tells letter cases apart";
-    std::mt19937 random(7);
-    for (int round = 0; round < 40; ++round) {
-        const CTemporaryFolder folder;
-        folder.MakeFolder("in/a");
-        const std::string out = folder.MakeFolder("in/b");  // results may be other inputs
-        MakeRandomTree(folder, random);
-        const WorkFacts facts{.results = {{.folder = out, .after = "_o"}}};
-        const auto planned = Plan(folder / "in", facts);
-        ASSERT_GT(planned.size(), 10u);
+    if (kHasLinks) {
+        std::filesystem::create_directory_symlink(In("a"), In("link"));
+        EXPECT_TRUE(Collide(Saving(), In("a/x.pdf"), In("link/x.pdf")));
+    }
+    EXPECT_TRUE(Collide(Saving(), In("a/x.pdf"), In("b/../a/x.pdf")));
+}
 
-        const auto sets = SlowSets(planned, out);
-        for (std::size_t i = 0; i < planned.size(); ++i) {
-            const bool alone = std::count(sets.begin(), sets.end(), sets[i]) == 1;
-            EXPECT_EQ(planned[i].group == 0, alone) << "round " << round << ": " << planned[i].path;
-            for (std::size_t j = 0; j < i && !alone; ++j)
-                EXPECT_EQ(planned[i].group == planned[j].group, sets[i] == sets[j])
-                    << "round " << round << ": " << planned[i].path << " and " << planned[j].path;
-        }
+TEST(CollisionGroups, JoinsFilesThatShareAKeyAlsoThroughOthers)
+{
+    using Groups = std::vector<std::uint32_t>;
+    using Keys = std::vector<std::vector<std::uint64_t>>;  // of each file
+    const struct {
+        const char* what;
+        Keys keys;
+        Groups groups;
+    } rows[] = {
+        {"no files", {}, {}},
+        {"all apart", {{1}, {2}, {3}}, {0, 0, 0}},
+        {"a file's own keys may be equal", {{1, 1}, {2}}, {0, 0}},
+        {"one pair", {{1}, {2}, {1}}, {1, 0, 1}},
+        {"groups are numbered by their first files", {{5}, {9}, {9}, {5}}, {1, 2, 2, 1}},
+        {"a chain is one group", {{1, 2}, {2, 3}, {3, 4}, {7}}, {1, 1, 1, 0}},
+        {"joined by a later file", {{1}, {2}, {3}, {2, 1}}, {1, 1, 0, 1}},
+        {"two groups joined at the end", {{1}, {1}, {2}, {2}, {1, 2}}, {1, 1, 1, 1, 1}},
+        {"files without keys", {{}, {1}, {}, {1}}, {0, 1, 0, 1}},
+    };
+    for (const auto& row : rows) {
+        CCollisionGroups groups;
+        for (std::uint32_t file = 0; file < row.keys.size(); ++file)
+            for (const std::uint64_t key : row.keys[file]) groups.Add(key, file);
+        EXPECT_EQ(groups.Groups(row.keys.size()), row.groups) << row.what;
     }
 }
 
@@ -114,7 +172,7 @@ TEST(PlannedFiles, TellsSizesAndLeavesOutWhatIsStillBeingWritten)
     const CTemporaryFolder folder;
     folder.Write("fresh.pdf", "x");
     const std::string old = folder.Write("old.pdf", "four");
-    fs::last_write_time(old, fs::last_write_time(old) - std::chrono::hours(1));
+    std::filesystem::last_write_time(old, std::filesystem::last_write_time(old) - std::chrono::hours(1));
 
     CInputCollector inputs({{"pdf"}, true});
     inputs.AddPath(folder.Path());

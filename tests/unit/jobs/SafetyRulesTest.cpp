@@ -9,27 +9,12 @@
 
 namespace {
 
-StepFacts Step(const char* handler, bool available = true)
+StepFacts Step(const char* handler, bool available = true, StepMaker maker = StepMaker::Host)
 {
     StepFacts step;
     step.handler = handler;
     step.available = available;
-    step.maker = StepMaker::Host;
-    return step;
-}
-
-StepFacts SharedStep(SharedWork shared, bool available = true)
-{
-    StepFacts step = Step("Shared", available);
-    step.shared = shared;
-    return step;
-}
-
-StepFacts ForeignStep(const char* handler, bool sequenceCallbacks)
-{
-    StepFacts step = Step(handler);
-    step.maker = StepMaker::Other;
-    step.sequenceCallbacks = sequenceCallbacks;
+    step.maker = maker;
     return step;
 }
 
@@ -144,23 +129,27 @@ TEST_F(SafetyRules, RefuseWhatWouldSurprise)
 
 TEST_F(SafetyRules, OneWorkerWhenAStepLooksBeyondItsDocument)
 {
-    const auto script = [](const char* text) {
-        StepFacts step = Step("JavaScript");
-        step.script = text;
+    const auto with = [](StepFacts step, auto member, auto value) {
+        step.*member = value;
         return step;
     };
-    StepFacts host = Step("CALS:Preflight");
-    host.sequenceCallbacks = true;
+    const auto script = [&](const char* text) { return with(Step("JavaScript"), &StepFacts::script, text); };
+    const auto shared = [&](SharedWork work, bool available = true) {
+        return with(Step("Shared", available), &StepFacts::shared, work);
+    };
+    const auto calledBack = [&](StepMaker maker) {
+        return with(Step("Maker:Index", true, maker), &StepFacts::sequenceCallbacks, true);
+    };
     const struct {
         StepFacts step;
         bool oneWorker;
     } rows[] = {{Step("QLNX_FerrulePasswordProtectCommand"), false},
-                {SharedStep(SharedWork::Index), true},
-                {SharedStep(SharedWork::Index, false), false},
-                {SharedStep(SharedWork::Report), true},
-                {ForeignStep("Maker:Index", true), true},
-                {ForeignStep("Maker:Stamp", false), false},
-                {host, false},
+                {shared(SharedWork::Index), true},
+                {shared(SharedWork::Index, false), false},
+                {shared(SharedWork::Report), true},
+                {calledBack(StepMaker::Other), true},
+                {Step("Maker:Stamp", true, StepMaker::Other), false},
+                {calledBack(StepMaker::Host), false},
                 {script("global.count = 1;"), true},
                 {script("if(!global) {}"), true},
                 {script("this.globalize(); my_global = 2; globals()"), false}};

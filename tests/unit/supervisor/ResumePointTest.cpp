@@ -1,28 +1,16 @@
 #include "supervisor/resume/ResumePoint.h"
 
+#include "base/PathNames.h"
 #include "base/Sha256.h"
+#include "base/Text.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 
 namespace {
-
-const char* NameOf(Left left)
-{
-    switch (left) {
-        case Left::Everything:
-            return "everything";
-        case Left::FinalAction:
-            return "final action";
-        case Left::Nothing:
-            return "nothing";
-        case Left::Unknowable:
-            return "unknowable";
-    }
-    return "";
-}
 
 /// The hash of a file with this text.
 std::string Hash(const std::string& text)
@@ -32,189 +20,150 @@ std::string Hash(const std::string& text)
     return digest.Digest();
 }
 
-using State = FinalActionRecord::State;
-
-class ResumePointTest : public testing::Test {
-protected:
-    ResumePointTest() { file = {.number = 1, .path = Write("in", "input"), .size = 5}; }
-    std::string Write(const std::string& name, const std::string& text) const { return folder.Write(name, text); }
-    std::string At(const std::string& name) const { return folder / name; }
-    bool IsThere(const std::string& name) const { return std::filesystem::exists(folder / name); }
-    void Remove(const std::string& name) const { std::filesystem::remove(folder / name); }
-
-    Intent Put(const std::string& name, const std::string& text) const
+/// A folder with the input "in", the files of a row, and the intents of a row.
+class CInterruptedFile {
+public:
+    /// "out=text done=text"; "-in": there is no input any more.
+    explicit CInterruptedFile(const std::string& files)
     {
-        return {.number = 1, .act = Act::Put, .file = At("temporary"), .target = At(name), .sha256 = Hash(text)};
-    }
-    Intent Final(Act act, const std::string& name, const std::string& text = "input") const
-    {
-        return {.number = 1,
-                .finalAction = true,
-                .act = act,
-                .file = file.path,
-                .target = name.empty() ? "" : At(name),
-                .sha256 = Hash(text)};
-    }
-    ResumePoint Decide(const std::vector<Intent>& intents, bool hasFinalAction = true, int outputs = 1) const
-    {
-        return FindResumePoint(file, intents, std::nullopt, {hasFinalAction, outputs, false});
-    }
-    std::string Left(const std::vector<Intent>& intents, bool hasFinalAction = true, int outputs = 1) const
-    {
-        return NameOf(Decide(intents, hasFinalAction, outputs).left);
+        m_file = {.number = 1, .path = m_folder.Write("in", "input"), .size = 5};
+        for (const std::string& word : Split(files, " ")) {
+            if (word == "-in")
+                std::filesystem::remove(m_file.path);
+            else if (const auto equals = word.find('='); equals != std::string::npos)
+                m_folder.Write(word.substr(0, equals), word.substr(equals + 1));
+        }
     }
 
-    CTemporaryFolder folder;
-    PlannedFile file;
+    /// "put out=result move done=input": what was intended, with target and content; "put!" replaces a file.
+    void Intend(const std::string& intents)
+    {
+        const std::map<std::string, std::pair<Act, bool>> acts = {
+            {"put", {Act::Put, false}},  {"step-start", {Act::Start, false}}, {"copy", {Act::Put, true}},
+            {"move", {Act::Move, true}}, {"delete", {Act::Delete, true}},     {"start", {Act::Start, true}}};
+        const std::vector<std::string> words = Split(intents, " ");
+        for (std::size_t at = 0; at + 1 < words.size(); at += 2) {
+            const bool replaces = words[at].ends_with('!');
+            const auto [act, isFinal] = acts.at(words[at].substr(0, words[at].size() - (replaces ? 1 : 0)));
+            const auto equals = words[at + 1].find('=');
+            m_intents.push_back({.number = 1,
+                                 .finalAction = isFinal,
+                                 .act = act,
+                                 .file = act == Act::Put && !isFinal ? m_folder / "temporary" : m_file.path,
+                                 .target = act == Act::Delete ? "" : m_folder / words[at + 1].substr(0, equals),
+                                 .sha256 = Hash(words[at + 1].substr(equals + 1))});
+            m_intents.back().replaces = replaces;
+        }
+    }
+
+    /// What is left to do, outcome, results, state of the final action, whether the input's hash is known, what is
+    /// taken back, and the files there are.
+    std::string Told(const ResumeRules& rules)
+    {
+        const ResumePoint point = FindResumePoint(m_file, m_intents, std::nullopt, rules);
+        std::string told = std::map<Left, std::string>{
+            {Left::Everything, "everything"},
+            {Left::FinalAction, "final action"},
+            {Left::Nothing, "nothing"},
+            {Left::Unknowable,
+             "unknowable"}}.at(point.left);
+        if (point.left != Left::Everything) told += std::string(" ") += OutcomeWord(point.record.outcome);
+        for (const auto& output : point.record.outputs) told += " " + FileName(output.path);
+        using State = FinalActionRecord::State;
+        if (const auto& action = point.record.finalAction)
+            told += action->state == State::Done ? " done" : action->state == State::Failed ? " failed" : " unknown";
+        if (point.record.sha256 == Hash("input")) told += " hashed";
+        for (const std::string& path : point.takeBack) told += " -" + FileName(path);
+        std::map<std::string, std::string> files;
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path()))
+            files[entry.path().filename().string()] = FileBytes(entry.path().string());
+        told += ":";
+        for (const auto& [name, text] : files) told += " " + name + "=" + text;
+        return told;
+    }
+    const CTemporaryFolder& Folder() const { return m_folder; }
+
+private:
+    CTemporaryFolder m_folder;
+    PlannedFile m_file;
+    std::vector<Intent> m_intents;
 };
 
-TEST_F(ResumePointTest, AResultIsThereOrIsMadeAgain)
+TEST(ResumePoint, DecidesFromWhatIsOnTheDisk)
 {
-    EXPECT_EQ(Left({}), "everything");
-    EXPECT_EQ(Left({Put("out", "result")}), "everything");
-    Write("out", "something else");
-    EXPECT_EQ(Left({Put("out", "result")}), "everything");
-    Write("out", "result");
-    EXPECT_EQ(Left({Put("out", "result")}), "final action");
-    EXPECT_EQ(Left({Put("out", "result")}, false), "nothing");
-    EXPECT_EQ(Decide({Put("out", "result")}).record.outputs.at(0).path, At("out"));
-    EXPECT_EQ(Decide({Put("out", "result")}).record.sha256, Hash("input"));
-    // The first name was taken by another.
-    Write("out", "another's");
-    Write("out (1)", "result");
-    EXPECT_EQ(Left({Put("out", "result"), Put("out (1)", "result")}), "final action");
-}
-
-TEST_F(ResumePointTest, OnResumeResultsAreMadeAgainWhereThatLeavesNoTrace)
-{
-    const ResumeRules rules{.hasFinalAction = true, .redoResults = true};
-    Write("out", "result");
-    const ResumePoint again = FindResumePoint(file, {Put("out", "result")}, std::nullopt, rules);
-    EXPECT_STREQ(NameOf(again.left), "everything");
-    EXPECT_EQ(again.takeBack, std::vector<std::string>{At("out")});
-    Write("in", "result");
-    EXPECT_STREQ(NameOf(FindResumePoint(file, {Put("in", "result")}, std::nullopt, rules).left), "final action");
-    Intent start = Final(Act::Start, "program");
-    start.finalAction = false;
-    EXPECT_STREQ(NameOf(FindResumePoint(file, {start, Put("out", "result")}, std::nullopt, rules).left),
-                 "final action");
-}
-
-TEST_F(ResumePointTest, AnUnchangedCopyIsNoResultThatCountsAsSaved)
-{
-    Write("out", "input");
-    EXPECT_EQ(Decide({Put("out", "input")}).record.outcome, FileOutcome::CopiedUnchanged);
-}
-
-TEST_F(ResumePointTest, SavingInPlaceIsDoneWhenTheInputHoldsTheResult)
-{
-    EXPECT_EQ(Left({Put("in", "result")}), "everything");
-    Write("in", "result");
-    EXPECT_EQ(Left({Put("in", "result")}), "final action");
-    EXPECT_EQ(Decide({Put("in", "result")}).record.outcome, FileOutcome::Saved);
-    // What has been saved in place is not processed once more.
-    EXPECT_EQ(Left({Put("in", "result"), Put("out", "second")}, true, 2), "unknowable");
-}
-
-TEST_F(ResumePointTest, ResultsOfAnUnfinishedFileAreTakenBackWhereTheNameWasFree)
-{
-    Write("out", "result");
-    Write("other", "other result");
-    Intent replaced = Put("other", "other result");
-    replaced.replaces = true;
-    const ResumePoint point = Decide({Put("out", "result"), replaced, Put("third", "x")}, true, 3);
-    EXPECT_STREQ(NameOf(point.left), "everything");
-    EXPECT_EQ(point.takeBack, std::vector<std::string>{At("out")});
-    // Not even the last of them was the last one.
-    EXPECT_EQ(Left({Put("out", "result")}, true, 2), "everything");
-    EXPECT_EQ(Left({Put("out", "result"), Put("other", "other result")}, true, 2), "final action");
-}
-
-TEST_F(ResumePointTest, MovesAreCompletedOnlyWhenNothingCanGetLost)
-{
-    const Intent move = Final(Act::Move, "done");
-    EXPECT_EQ(Left({move}), "final action");
-
-    Write("done", "input");
-    EXPECT_EQ(Left({move}), "nothing") << "the rest of a move across file systems";
-    EXPECT_FALSE(IsThere("in"));
-    EXPECT_EQ(Left({move}), "nothing");
-    EXPECT_EQ(Decide({move}).record.finalAction->state, State::Done);
-
-    Remove("done");
-    EXPECT_EQ(Left({move}), "unknowable");
-    EXPECT_EQ(Decide({move}).record.finalAction->state, State::Failed);
-
-    Write("in", "input");
-    Write("done", "somebody else's");
-    EXPECT_EQ(Left({move}), "final action");
-    EXPECT_TRUE(IsThere("in"));
-
-    Write("done", "input");
-    Write("in", "a new one");
-    EXPECT_EQ(Left({move}), "unknowable");
-    EXPECT_EQ(FileBytes(At("in")), "a new one");
-}
-
-TEST_F(ResumePointTest, AnEqualFileThatStoodThereBeforeIsNotTakenForTheMovedOne)
-{
-    Intent move = Final(Act::Move, "done");
-    move.replaces = true;
-    Write("done", "input");
-    EXPECT_EQ(Left({move}), "final action");
-    EXPECT_TRUE(IsThere("in"));
-}
-
-TEST_F(ResumePointTest, TheOnlyNameOfAFileIsNeverRemoved)
-{
-    std::error_code noLinks;  // not every system lets everybody make them
-    std::filesystem::create_symlink(At("in"), At("link"), noLinks);
-    if (!noLinks) {
-        EXPECT_EQ(Left({Final(Act::Move, "link")}), "nothing");
-        EXPECT_TRUE(IsThere("in"));
+    const ResumeRules usual{.hasFinalAction = true}, noFinal{}, two{.hasFinalAction = true, .outputsPerFile = 2},
+        three{.hasFinalAction = true, .outputsPerFile = 3}, redo{.hasFinalAction = true, .redoResults = true};
+    const struct {
+        const char *files, *intents;
+        ResumeRules rules;
+        const char* told;
+    } rows[] = {
+        // A result is there, under one of the names that were free, or it is made again.
+        {"", "", usual, "everything: in=input"},
+        {"", "put out=result", usual, "everything: in=input"},
+        {"out=else", "put out=result", usual, "everything: in=input out=else"},
+        {"out=result", "put out=result", usual, "final action saved out hashed: in=input out=result"},
+        {"out=result", "put out=result", noFinal, "nothing saved out hashed: in=input out=result"},
+        {"out=else out-1=result", "put out=result put out-1=result", usual,
+         "final action saved out-1 hashed: in=input out=else out-1=result"},
+        // An unchanged copy is no result that counts as saved.
+        {"out=input", "put out=input", usual, "final action copied-unchanged out hashed: in=input out=input"},
+        // On resume results are made again where that leaves no trace.
+        {"out=result", "put out=result", redo, "everything out -out: in=input out=result"},
+        {"in=result", "put in=result", redo, "final action saved in: in=result"},
+        {"out=result", "step-start program=input put out=result", redo,
+         "final action saved out hashed: in=input out=result"},
+        // What has been saved in place is not processed once more.
+        {"", "put in=result", usual, "everything: in=input"},
+        {"in=result", "put in=result", usual, "final action saved in: in=result"},
+        {"in=result", "put in=result put out=second", two, "unknowable incomplete in: in=result"},
+        // Results of an unfinished file are taken back where the name was free; the last of two was not the last one.
+        {"out=result other=more", "put out=result put! other=more put third=x", three,
+         "everything out other -out: in=input other=more out=result"},
+        {"out=result", "put out=result", two, "everything out -out: in=input out=result"},
+        {"out=result other=more", "put out=result put! other=more", two,
+         "final action saved out other hashed: in=input other=more out=result"},
+        // Moves are completed, as across file systems, only when nothing can get lost.
+        {"", "move done=input", usual, "final action saved: in=input"},
+        {"done=input", "move done=input", usual, "nothing saved done: done=input"},
+        {"-in done=input", "move done=input", usual, "nothing saved done: done=input"},
+        {"-in", "move done=input", usual, "unknowable incomplete failed:"},
+        {"done=else", "move done=input", usual, "final action saved: done=else in=input"},
+        {"in=new done=input", "move done=input", usual, "unknowable incomplete failed: done=input in=new"},
+        {"done=input", "move! done=input", usual, "final action saved: done=input in=input"},
+        // Other final actions are done or left; a program that may have been started is not started again.
+        {"", "delete =input", usual, "final action saved: in=input"},
+        {"-in", "delete =input", usual, "nothing saved done:"},
+        {"", "copy copy=input", usual, "final action saved: in=input"},
+        {"copy=input", "copy copy=input", usual, "nothing saved done: copy=input in=input"},
+        {"", "start program=input", usual, "unknowable incomplete unknown: in=input"},
+        {"", "step-start program=input", usual, "unknowable incomplete: in=input"},
+        {"", "step-start program=input put out=result", usual, "unknowable incomplete: in=input"},
+        {"out=result", "step-start program=input put out=result", usual,
+         "final action saved out hashed: in=input out=result"},
+        // The final action keeps what was written before.
+        {"out=result", "put out=result move done=input", usual, "final action saved out hashed: in=input out=result"},
+        {"-in done=result", "put in=result move done=result", usual, "nothing saved in done: done=result"},
+    };
+    for (const auto& row : rows) {
+        CInterruptedFile file(row.files);
+        file.Intend(row.intents);
+        EXPECT_EQ(file.Told(row.rules), row.told) << row.files << "; " << row.intents;
     }
-    std::filesystem::create_hard_link(At("in"), At("second name"));
-    EXPECT_EQ(Left({Final(Act::Move, "second name")}), "nothing");
-    EXPECT_FALSE(IsThere("in"));
-    EXPECT_EQ(FileBytes(At("second name")), "input");
 }
 
-TEST_F(ResumePointTest, OtherFinalActionsAreDoneOrLeft)
+TEST(ResumePoint, TheOnlyNameOfAFileIsNeverRemoved)
 {
-    EXPECT_EQ(Left({Final(Act::Delete, "")}), "final action");
-    EXPECT_EQ(Left({Final(Act::Put, "copy")}), "final action");
-    Write("copy", "input");
-    EXPECT_EQ(Left({Final(Act::Put, "copy")}), "nothing");
-    Remove("in");
-    EXPECT_EQ(Left({Final(Act::Delete, "")}), "nothing");
-    const ResumePoint started = Decide({Final(Act::Start, "program")});
-    EXPECT_STREQ(NameOf(started.left), "unknowable");
-    EXPECT_EQ(started.record.finalAction->state, State::Unknown);
-    EXPECT_NE(started.record.outcome, FileOutcome::Saved);
-}
-
-TEST_F(ResumePointTest, TheFinalActionKeepsWhatWasWrittenBefore)
-{
-    Write("out", "result");
-    const ResumePoint point = Decide({Put("out", "result"), Final(Act::Move, "done")});
-    EXPECT_STREQ(NameOf(point.left), "final action");
-    EXPECT_EQ(point.record.outputs.size(), 1u);
-    // Saved in place, then moved away.
-    Write("done", "result");
-    Remove("in");
-    const ResumePoint moved = Decide({Put("in", "result"), Final(Act::Move, "done", "result")});
-    EXPECT_STREQ(NameOf(moved.left), "nothing");
-    EXPECT_EQ(moved.record.outputs.size(), 1u);
-}
-
-TEST_F(ResumePointTest, AProgramThatAStepMayHaveStartedIsNotStartedAgain)
-{
-    Intent start = Final(Act::Start, "program");
-    start.finalAction = false;
-    EXPECT_EQ(Left({start}), "unknowable");
-    EXPECT_EQ(Left({start, Put("out", "result")}), "unknowable");
-    Write("out", "result");
-    EXPECT_EQ(Left({start, Put("out", "result")}), "final action");
+    if (kHasLinks) {
+        CInterruptedFile linked("");
+        std::filesystem::create_symlink(linked.Folder() / "in", linked.Folder() / "link");
+        linked.Intend("move link=input");
+        EXPECT_EQ(linked.Told({.hasFinalAction = true}), "nothing saved done: in=input link=input");
+    }
+    CInterruptedFile named("");
+    std::filesystem::create_hard_link(named.Folder() / "in", named.Folder() / "second");
+    named.Intend("move second=input");
+    EXPECT_EQ(named.Told({.hasFinalAction = true}), "nothing saved done: second=input");
 }
 
 }  // namespace

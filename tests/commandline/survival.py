@@ -65,7 +65,7 @@ class Scene:
             if not self._content_is_safe(path, original):
                 wrong.append(f"{path.relative_to(self.place.root)}: its content is lost")
         for path in self._visible():
-            if path.read_bytes() in self._known_contents() or is_protected(path):
+            if path.read_bytes() in {*self.originals.values(), *self.existing.values()} or is_protected(path):
                 continue
             if not (path in self._incomplete_results() and is_whole(path)):
                 wrong.append(f"{path.relative_to(self.place.root)}: not a protected document")
@@ -75,9 +75,6 @@ class Scene:
         """What the record itself says was saved although a step was not completed."""
         lines = records(self.record).values() if self.record.exists() else []
         return {self.place.local(output["path"]) for line in lines if line["outcome"] == "incomplete" for output in line["outputs"]}
-
-    def _known_contents(self):
-        return set(self.originals.values()) | set(self.existing.values())
 
     def _visible(self):
         for folder in (self.place.input, self.place.output, self.place.done):

@@ -36,6 +36,22 @@ inline void SetVariable(const std::string& name, const std::string& value)
 #endif
 }
 
+/// Sets a variable for one test.
+class CVariable {
+public:
+    CVariable(const char* name, const std::string& value) : m_name(name)
+    {
+        if (const char* before = std::getenv(name)) m_before = before;
+        SetVariable(m_name, value);
+    }
+    ~CVariable() { SetVariable(m_name, m_before); }
+    CVariable(const CVariable&) = delete;
+    CVariable& operator=(const CVariable&) = delete;
+
+private:
+    std::string m_name, m_before;
+};
+
 inline int ProcessId()
 {
 #ifdef _WIN32

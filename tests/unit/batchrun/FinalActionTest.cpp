@@ -176,15 +176,4 @@ TEST(FinalAction, AnInputThatVanishedFailsInEachWay)
     }
 }
 
-TEST(FinalAction, AnInputThatCannotBeReadIsNotHalfCopied)
-{
-    for (const int code : {1, 8}) {
-        Place place;
-        fs::permissions(place.input, fs::perms::none);
-        if (platform::CheckReadable(place.input)) GTEST_SKIP() << "this user reads everything";
-        EXPECT_EQ(place.Apply(code, place.out), FinalActionResult::Failed) << code;
-        EXPECT_TRUE(fs::is_empty(place.out)) << code;
-    }
-}
-
 }  // namespace

@@ -51,23 +51,15 @@ SecuritySettings Unusual()
 
 }  // namespace
 
-TEST(SecuritySettings, AbsentKeysGiveAFreshRecordExceptForExtraction)
+TEST(SecuritySettings, EveryFieldSurvivesWritingAndReadingUnderItsFixedKey)
 {
     SecuritySettings expected;
     EXPECT_TRUE(expected.canExtractPages);
     expected.canExtractPages = false;
-    EXPECT_TRUE(ReadSecuritySettings({}) == expected);
+    EXPECT_TRUE(ReadSecuritySettings({}) == expected) << "absent keys give a fresh record except for extraction";
     EXPECT_EQ(ReadSecuritySettings({}).lastPageToSearch, -1);
-}
-
-TEST(SecuritySettings, EveryFieldSurvivesWritingAndReading)
-{
     EXPECT_TRUE(ReadSecuritySettings(WriteSecuritySettings(Unusual())) == Unusual());
     EXPECT_TRUE(ReadSecuritySettings(WriteSecuritySettings({})) == SecuritySettings{});
-}
-
-TEST(SecuritySettings, KeysAreStoredInTheirFixedOrder)
-{
     std::string keys;
     const CSettingsRecord record = WriteSecuritySettings({});
     for (const auto& entry : record.Entries()) keys += entry.key + ' ';

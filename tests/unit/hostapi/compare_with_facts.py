@@ -144,9 +144,11 @@ class CComparison:
             self._is_text(row["name"], row["literal"], "string", row["name"])
         for row in self._rows("errors.tsv"):
             code = row["usual_code_hex"]
-            parts = f'{row["usual_severity"]}u << 28 | {row["system_no"]} << 16 | {row["number"]}'
+            composed = f'(unsigned)HOST_ERROR_CODE({row["usual_severity"]}, {row["system_no"]}, {row["number"]})'
             self._holds(f'(unsigned){row["name"]} == {code}', "error", row["name"])
-            self._holds(f"{code} == 0 || {code} == ({parts})", "parts of", row["name"])
+            self._holds(f"{code} == 0 || {code} == {composed}", "parts of", row["name"])
+        self._holds("HOST_ERROR_IDENTITY(HOST_ERROR_CODE(4, 3, 39)) == HOST_ERROR_IDENTITY(pdErrNeedPassword)",
+                    "the severity does not count in a comparison")
         for header, facts in ("HostConstants.h", "constants.tsv"), ("HostErrors.h", "errors.tsv"):
             names = [row["name"] for row in self._rows(facts)]
             self._declares_only(header, r"(?m)^(?:    |#define )(\w+) (?:= |0x)", names)

@@ -5,9 +5,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 
+#include "base/PathNames.h"
 #include "platform/Clock.h"
 #include "platform/Paths.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestProcess.h"
 
 TEST(System, AnAddressLeadsToItsModule)
 {
@@ -42,4 +46,26 @@ TEST(System, TimesAreUniversal)
                 {1'709'208'000'999'999'999, "2024-02-29T12:00:00Z"}};
     for (const auto& row : rows) EXPECT_EQ(platform::UtcText(row.nanoseconds), row.text);
     EXPECT_GT(platform::UtcText(platform::NanosecondsSince1970()), "2025-01-01");
+}
+
+TEST(System, ApplicationDataIsTheConfiguredFolderOrTheUsersOwn)
+{
+    const CTemporaryFolder folder;
+    folder.Write("file", "");
+    const auto below = [&](const char* name, const char* further) { return folder / name + kSeparator + further; };
+    const std::pair<std::string, std::string> rows[] = {{below("x", "y"), below("x", "y")},
+                                                        {below("z", "") + kSeparator, folder / "z"},
+                                                        {below("file", "below"), ""}};
+    const CVariable home("HOME", folder.Path());
+    for (const auto& [configured, expected] : rows) {
+        const CVariable variable(platform::kApplicationDataVariable, configured);
+        EXPECT_EQ(platform::ApplicationDataFolder(), expected);
+        EXPECT_TRUE(expected.empty() || std::filesystem::is_directory(expected)) << expected;
+    }
+    for (const char* value : {"relative", ""}) {
+        const CVariable variable(platform::kApplicationDataVariable, value);
+        const auto own = platform::ApplicationDataFolder();
+        EXPECT_TRUE(std::filesystem::path(own).is_absolute()) << own;
+        EXPECT_TRUE(kSeparator == '\\' || own == folder / ".config") << own;
+    }
 }

@@ -1,1 +1,0 @@
-#include "interface_lists.inc"

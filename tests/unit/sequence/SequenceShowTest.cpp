@@ -11,17 +11,18 @@ namespace {
 
 using SequenceShow = CSequenceJobs;
 
-/// The parameter under the names of nested cabs.
-json Parameter(const json& parameters, const std::vector<std::string>& names)
+/// Names and values of parameters, those of nested cabs in braces.
+std::string Values(const json& parameters)
 {
-    json level = parameters, value;
-    for (const std::string& name : names) {
-        value = nullptr;
-        for (const json& one : level)
-            if (one["name"] == name) value = one;
-        level = value.is_null() ? value : value["value"];
+    std::string values;
+    for (const json& one : parameters) {
+        const json& value = one["value"];
+        values += one["name"].get<std::string>() + "=" +
+                  (value.is_array()    ? "{ " + Values(value) + "} "
+                   : value.is_string() ? value.get<std::string>() + " "
+                                       : value.dump() + " ");
     }
-    return value;
+    return values;
 }
 
 /// How the system writes a device-independent path of drive C.
@@ -93,49 +94,50 @@ TEST_F(SequenceShow, ShowsTheHostsFormLikeXml)
 
 TEST_F(SequenceShow, NeverTellsAPassword)
 {
-    const std::string all =
-        Protect(Item("Password", "text", "Hunter2a") + Item("PermPassword", "string", "Hunter2b") +
-                Item("PasswordField", "string", "column 3") + "<Items name='FileMapping'>" +
-                Item("NumItems", "integer", "2") + Item("0", "string", "a.pdf") + Item("1", "string", "Hunter2c") +
-                "</Items>" + Item("EncryptionMethod", "text", "Hunter2d")) +
-        Step("DocSecurity", Item("CryptHandler", "atom", "Standard") + "<Items name='SecuritySettings'>" +
-                                Item("userPW", "text", "Hunter2e") + Item("ownerPW", "binary", "SHVudGVyMmY=") +
-                                Item("perms", "integer", "-4") + "</Items>") +
-        Step("Other:Step", "<Items name='x'>" + Item("openPassword", "atom", "Hunter2g") + "</Items>" +
-                               Item("Passwd", "text", "")) +
-        Protect(Item("Pasword", "text", "Hunter2h") + Item("PASSWORD", "binary", "SHVudGVyMmk=") +
-                Item("PermPassword", "integer", "4711") + Item("LeftText", "text", "Hunter2j\xC3\xA4") +
-                Item("Key", "Hunter2k", "string") + "<Items name='CanPrint'>" + Item("File", "atom", "Hunter2l") +
-                "</Items><Items name='FileMapping'>" + Item("1", "string", "a.pdf") +
-                Item("2", "string", "Hunter2m") + "</Items>") +
-        Step("qlnx_FerruleProtectCommand", Item("File", "text", "Hunter2n") + Item("CanPrint", "boolean", "true"));
+    const auto items = [](const std::string& name, const std::string& inner) {
+        return "<Items name='" + name + "'>" + inner + "</Items>";
+    };
+    const struct {
+        std::string step;
+        const char* shown;  // of each parameter
+    } rows[] = {
+        {Protect(Item("Password", "text", "Hunter2a") + Item("PermPassword", "string", "Hunter2b") +
+                 Item("PasswordField", "string", "column 3") +
+                 items("FileMapping", Item("NumItems", "integer", "2") + Item("0", "string", "a.pdf") +
+                                          Item("1", "string", "Hunter2c")) +
+                 // A parameter of the wrong type is no password; what is shown of it tells what is wrong.
+                 Item("EncryptionMethod", "text", "not a number")),
+         "EncryptionMethod=not a number FileMapping={ 0=a.pdf 1=******** NumItems=2 } Password=******** "
+         "PasswordField=column 3 PermPassword=******** "},
+        {Step("DocSecurity", Item("CryptHandler", "atom", "Standard") +
+                                 items("SecuritySettings", Item("userPW", "text", "Hunter2e") +
+                                                               Item("ownerPW", "binary", "SHVudGVyMmY=") +
+                                                               Item("perms", "integer", "-4"))),
+         "CryptHandler=Standard SecuritySettings={ ownerPW=******** perms=-4 userPW=******** } "},
+        {Step("Other:Step", items("x", Item("openPassword", "atom", "Hunter2g")) + Item("Passwd", "text", "")),
+         "Passwd= x={ openPassword=******** } "},
+        {Protect(Item("Pasword", "text", "Hunter2h") + Item("PASSWORD", "binary", "SHVudGVyMmk=") +
+                 Item("PermPassword", "integer", "4711") + Item("LeftText", "text", "Hunter2j\xC3\xA4") +
+                 Item("Key", "Hunter2k", "string") + items("CanPrint", Item("File", "atom", "Hunter2l")) +
+                 items("FileMapping", Item("1", "string", "a.pdf") + Item("2", "string", "Hunter2m"))),
+         "CanPrint={ File=******** } FileMapping={ 1=******** 2=******** } LeftText=******** PASSWORD=******** "
+         "Pasword=******** PermPassword=******** "},
+        {Step("qlnx_FerruleProtectCommand", Item("File", "text", "Hunter2n") + Item("CanPrint", "boolean", "true")),
+         "CanPrint=true File=******** "},
+    };
+    std::string all;
+    for (const auto& row : rows) all += row.step;
     const std::string path = Steps(all);
     const json shown = Answer(ShowSequence({{"path", path}}));
-    const json& steps = shown["groups"][0]["steps"];
-    EXPECT_EQ(Parameter(steps[0]["parameters"], {"Password"})["value"], "********");
-    EXPECT_EQ(Parameter(steps[0]["parameters"], {"PasswordField"})["value"], "column 3");
-    EXPECT_EQ(Parameter(steps[0]["parameters"], {"FileMapping", "0"})["value"], "a.pdf");
-    EXPECT_EQ(Parameter(steps[0]["parameters"], {"FileMapping", "1"})["value"], "********");
-    EXPECT_EQ(Parameter(steps[1]["parameters"], {"CryptHandler"})["value"], "Standard");
-    EXPECT_EQ(Parameter(steps[1]["parameters"], {"SecuritySettings", "ownerPW"})["value"], "********");
-    EXPECT_EQ(Parameter(steps[1]["parameters"], {"SecuritySettings", "perms"})["value"], -4);
-    EXPECT_EQ(Parameter(steps[2]["parameters"], {"x", "openPassword"})["value"], "********");
-    EXPECT_EQ(Parameter(steps[2]["parameters"], {"Passwd"})["value"], "");
     EXPECT_EQ(shown["holdsPasswords"], true);
-    for (const char* name : {"Pasword", "PASSWORD", "PermPassword", "LeftText"})
-        EXPECT_EQ(Parameter(steps[3]["parameters"], {name})["value"], "********") << name;
-    EXPECT_EQ(Parameter(steps[3]["parameters"], {"CanPrint", "File"})["value"], "********");
-    EXPECT_EQ(Parameter(steps[3]["parameters"], {"FileMapping", "2"})["value"], "********");
-    EXPECT_EQ(Parameter(steps[4]["parameters"], {"File"})["value"], "********");
-    EXPECT_EQ(Parameter(steps[4]["parameters"], {"CanPrint"})["value"], true);
+    for (std::size_t step = 0; step < std::size(rows); ++step)
+        EXPECT_EQ(Values(shown["groups"][0]["steps"][step]["parameters"]), rows[step].shown);
     for (const json& answer :
-         {Answer(CheckSequence({{"path", path}})),
+         {shown, Answer(CheckSequence({{"path", path}})),
           Answer(ConvertSequence({{"path", path}, {"to", "host"}, {"target", Folder() / "h.sequ"}}))}) {
         EXPECT_EQ(answer.dump().find("Hunter2"), std::string::npos) << answer;
         EXPECT_EQ(answer.dump().find("4711"), std::string::npos) << answer;
     }
-    // A parameter of the wrong type is no password; what is shown of it tells what is wrong.
-    EXPECT_EQ(Parameter(steps[0]["parameters"], {"EncryptionMethod"})["value"], "Hunter2d");
 }
 
 TEST_F(SequenceShow, RefusesWithAPlaceWhatIsNoSequence)

@@ -1,8 +1,10 @@
 #include "sequence/XmlForm.h"
 
+#include "sequence/XmlAudit.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <filesystem>
 #include <limits>
 #include <optional>
 
@@ -22,6 +24,19 @@ std::optional<std::string> TextOf(const std::string& writtenValue)
         ParseWorkflow(OneCommand("<Items><Item name=\"x\" type=\"text\" value=\"" + writtenValue + "\"/></Items>"));
     if (!workflow) return std::nullopt;
     return workflow->groups[0].commands[0].parameters.Wide("x");
+}
+
+std::string Told(const SequenceFinding& remark)
+{
+    return remark.code + ' ' + std::to_string(remark.place.line) + ':' + std::to_string(remark.place.column) + ' ' +
+           std::to_string(remark.step);
+}
+
+std::string Told(const std::string& xml)
+{
+    std::string all;
+    for (const SequenceFinding& remark : AuditWorkflow(xml).remarks) all += (all.empty() ? "" : ", ") + Told(remark);
+    return all;
 }
 
 TEST(WorkflowXml, ReferencesAndBlanksInValuesSurvive)
@@ -49,56 +64,55 @@ TEST(WorkflowXml, ReferencesAndBlanksInValuesSurvive)
     for (const auto& row : rows) EXPECT_EQ(TextOf(row.written), row.text) << row.written;
 }
 
-TEST(WorkflowXml, RefusesWhatIsNoWorkflow)
+TEST(WorkflowXml, WhatIsNoWorkflowIsRefusedWithItsPlace)
 {
     const struct {
-        const char* what;
         std::string xml;
+        const char* told;
     } rows[] = {
-        {"empty", ""},
-        {"garbage", "%PDF-1.7 garbage"},
-        {"root in another case", "<workflow><Group><Command name=\"a\"/></Group></workflow>"},
-        {"no group", WorkflowXml("")},
-        {"group without command", WorkflowXml("<Group label=\"a\"><Instruction label=\"b\"/></Group>")},
-        {"group in capitals", WorkflowXml("<GROUP><Command name=\"a\"/></GROUP>")},
-        {"command outside of a group", WorkflowXml("<Command name=\"a\"/>")},
-        {"mismatched tags", "<Workflow><Group><Command name=\"a\"/></Workflow></Group>"},
-        {"truncated", OneCommand("<Items/>").substr(0, 60)},
-        {"attribute twice", "<Workflow title=\"a\" title=\"b\"><Group><Command name=\"a\"/></Group></Workflow>"},
+        {"", "not-xml 0:0 0"},
+        {"\xFF\xFE<\0W", "not-xml 0:0 0"},
+        {"%PDF-1.7 garbage", "not-xml 1:1 0"},
+        {"<Workflow>\n\t<Group label=x/>\n</Workflow>", "not-xml 2:15 0"},
+        {"<Workflow>\r\n<Group label='\xE2\x82\xAC\xE2\x82\xAC&what;'/></Workflow>", "not-xml 2:17 0"},
+        {"<Workflow>\r<Group>", "not-xml 2:8 0"},
+        {"\n\n<?xml version='1.0'?>\n<Workflow>\n<Group></Workflow>", "not-xml 5:8 0"},
+        {"<!DOCTYPE Workflow [<!ENTITY a 'b'>]><Workflow/>", "not-xml 1:1 0"},
+        {"\xEF\xBB\xBF<?xml version='1.0'?>\n <!DOCTYPE x><Workflow/>", "not-xml 2:2 0"},
+        {"<Workflow/> x", "not-xml 1:13 0"},
+        {"<Workflow title='a' title='b'><Group><Command name='a'/></Group></Workflow>", "not-xml 1:21 0"},
+        {OneCommand("<Items/>").substr(0, 60), "not-xml 1:56 0"},
+        {"<workflow><Group><Command name='a'/></Group></workflow>", "wrong-root 1:1 0"},
+        {"<?xml version='1.0'?>\n\n  <Workflow/>", "no-commands 3:3 0"},
+        {WorkflowXml("<Group label='a'><Instruction label='b'/></Group>"), "no-commands 1:1 0"},
+        {WorkflowXml("<GROUP><Command name='a'/></GROUP>"), "no-commands 1:1 0"},
+        {WorkflowXml("<Command name='a'/>"), "no-commands 1:1 0"},
     };
     for (const auto& row : rows) {
+        EXPECT_EQ(Told(row.xml), row.told) << row.xml;
+        EXPECT_FALSE(AuditWorkflow(row.xml).isWorkflow) << row.xml;
         const auto workflow = ParseWorkflow(row.xml);
-        ASSERT_FALSE(workflow) << row.what;
-        EXPECT_FALSE(workflow.Error().empty()) << row.what;
+        EXPECT_TRUE(!workflow && !workflow.Error().empty()) << row.xml;
     }
 }
 
-TEST(WorkflowXml, KeepsCommandsInOrderWithTheirGroup)
+TEST(WorkflowXml, KeepsCommandsInOrderWithTheirGroupAndSourcesWithTheirKind)
 {
     const auto workflow = ParseWorkflow(
         "\xEF\xBB\xBF<?xml version=\"1.0\"?><Workflow title=\"T\" description=\"D\">"
+        "<Sources><Other path=\"/o\"/><Folder path=\"/d\"/><Any path=\"/e\"/><File path=\"/f\"/>"
+        "<Folder/><File path=\"\"/><Any path=\"/g\"/></Sources>"
         "<Group label=\"first\"><Instruction label=\"read\"/><Command name=\"A \t\"/><Separator/>"
         "<Command name=\" B\" pauseBefore=\"true\" promptUser=\"true\"/></Group>"
-        "<Group label=\"none\"/><Group><Command name=\"C\"/></Group></Workflow>");
+        "<Group label=\"none\"/><Group><Command name=\"C\"/></Group>"
+        "<Sources><Folder path=\"/h\"/></Sources></Workflow>");
     ASSERT_TRUE(workflow) << workflow.Error();
-    EXPECT_EQ(workflow->title, "T");
-    EXPECT_EQ(workflow->description, "D");
+    EXPECT_EQ(workflow->title + workflow->description, "TD");
     std::string seen;
     for (const auto& group : workflow->groups)
         for (const auto& command : group.commands) seen += "[" + command.handlerName + "|" + command.label + "]";
-    EXPECT_EQ(seen, "[A|first][ B|first][C|Untitled]");
-}
-
-TEST(WorkflowXml, SourcesOfUnknownNameKeepTheKindOfTheOneBefore)
-{
-    const auto workflow = ParseWorkflow(
-        WorkflowXml("<Sources><Other path=\"/o\"/><Folder path=\"/d\"/><Any path=\"/e\"/><File path=\"/f\"/>"
-                    "<Folder/><File path=\"\"/><Any path=\"/g\"/></Sources>"
-                    "<Group><Command name=\"c\"/></Group><Sources><Folder path=\"/h\"/></Sources>"));
-    ASSERT_TRUE(workflow) << workflow.Error();
-    std::string seen;
     for (const auto& source : workflow->sources) seen += (source.isFolder ? "D" : "F") + source.path;
-    EXPECT_EQ(seen, "F/oD/dD/eF/fF/gD/h");
+    EXPECT_EQ(seen, "[A|first][ B|first][C|Untitled]F/oD/dD/eF/fF/gD/h");
 }
 
 TEST(WorkflowXml, ItemsNestAndTheLastOfANameWins)
@@ -125,15 +139,59 @@ TEST(WorkflowXml, ManyItemsOfOneLevelAreReadInLinearTime)
     EXPECT_EQ(workflow->groups[0].commands[0].parameters.Entries().size(), 100'000u);
 }
 
-TEST(WorkflowXml, UnreadableFilesSayWhy)
+TEST(WorkflowAudit, NamesWhatTheReaderPassesOverWithStepAndPlace)
 {
-    const CTemporaryFolder folder;
-    for (const std::string& path : {folder / "missing", folder.MakeFolder("a folder")}) {
-        const auto workflow = ReadWorkflowFile(path);
-        ASSERT_FALSE(workflow) << path;
-        EXPECT_FALSE(workflow.Error().empty()) << path;
+    const struct {
+        const char* items;
+        const char* told;
+    } rows[] = {
+        {"<Item name='a' type='text' value=''/>", ""},
+        {"<Item name='a' type='Text' value='x'/>", "item-ignored 3:1 1"},
+        {"<Item type='text' value='x'/>", "item-ignored 3:1 1"},
+        {"<Item name='a' type='integer' value=''/>", "item-ignored 3:1 1"},
+        {"<Item name='a' type='integer' value=' 12 '/><Item name='b' type='double' value='+1.5'/>", ""},
+        {"<Item name='a' type='integer' value='12x'/>", "value-misread 3:1 1"},
+        {"<Item name='a' type='integer' value='4294967296'/>", "value-misread 3:1 1"},
+        {"<Item name='a' type='double' value='1,5'/>", "value-misread 3:1 1"},
+        {"<Item name='a' type='boolean' value='TRUE'/>", "value-misread 3:1 1"},
+        {"<Item name='a' type='null'/><Items name='a'/>", "item-repeated 3:29 1"},
+        {"<Items name='n'><Item name='a' type='null'/></Items><Item name='a' type='null'/>", ""},
+        {"<Item name='a:b' type='null'/>", "item-nested 3:1 1"},
+        {"<Items name='n'>\n <Value/></Items>", "unknown-element 4:2 1"},
+    };
+    for (const auto& row : rows) {
+        const std::string xml = "<Workflow><Group label='g'>\n<Command name='s'><Items>\n" + std::string(row.items) +
+                                "</Items></Command></Group></Workflow>";
+        EXPECT_EQ(Told(xml), row.told) << row.items;
     }
-    EXPECT_TRUE(ReadWorkflowFile(folder.Write("good.sequ", OneCommand(""))));
+    EXPECT_EQ(Told("<Workflow><Sources defaultCommand='x'><File/><Disk path='/a'/></Sources>\n<Group label='e'/>\n"
+                   "<Group><Instruction/><Separator/><Command name='s'/><Else/></Group>\n<Group><Command/></Group>"
+                   "<Other/></Workflow>"),
+              "source-dialog 1:11 0, source-without-path 1:39 0, unknown-element 1:46 0, "
+              "group-without-commands 2:1 0, instruction 3:8 0, separator 3:22 0, unknown-element 3:53 0, "
+              "unknown-element 4:26 0");
+}
+
+TEST(WorkflowAudit, FindsTheSameCommandsAsTheReader)
+{
+    if (!std::filesystem::is_directory(FERRULE_SEQUENCES)) GTEST_SKIP() << "the folder of real sequences is not here";
+    int compared = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(FERRULE_SEQUENCES)) {
+        if (entry.path().extension() != ".sequ") continue;
+        const std::string text = FileBytes(entry.path().string());
+        const auto workflow = ParseWorkflow(text);
+        const WorkflowAudit audit = AuditWorkflow(text);
+        EXPECT_EQ(audit.isWorkflow, workflow.Ok()) << entry.path();
+        std::size_t commands = 0;
+        if (workflow)
+            for (const auto& group : workflow->groups) commands += group.commands.size();
+        EXPECT_EQ(audit.steps.size(), commands) << entry.path();
+        for (const SequenceFinding& remark : audit.remarks)
+            EXPECT_TRUE(!workflow || remark.severity == SequenceFinding::Severity::Note)
+                << entry.path() << ": " << remark.text;
+        ++compared;
+    }
+    EXPECT_GE(compared, 20);
 }
 
 Workflow OneStep(CSettingsRecord parameters)

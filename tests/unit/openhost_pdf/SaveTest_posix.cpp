@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "TestPdfs.h"
 
@@ -54,6 +57,25 @@ TEST_F(Save, ReplacesALinkInTheWayButSavesNoDocumentThroughItsOwnAndOpensNoPipe)
     EXPECT_EQ(TitleOf(result), "changed");
     EXPECT_EQ(ModeOf(result), 0600u);
     EXPECT_EQ(FileBytes(real), before);
+}
+
+TEST_F(Save, AFullDiskIsToldAsSuchAndLeavesTheOldFile)
+{
+    const std::string path = folder.Write("a.pdf", SamplePdf(300)), before = FileBytes(path);
+    for (const bool linearise : {false, true}) {
+        CPdfDocument document = TitledDocument(path, "x");
+        rlimit old{};
+        ::getrlimit(RLIMIT_FSIZE, &old);
+        const rlimit low{40000, old.rlim_max};
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        ::setrlimit(RLIMIT_FSIZE, &low);
+        const auto problem = ProblemOf([&] { document.Save({.linearise = linearise}); });
+        ::setrlimit(RLIMIT_FSIZE, &old);
+        std::signal(SIGXFSZ, handler);
+        EXPECT_EQ(problem, PdfProblem::DiskFull);
+        EXPECT_EQ(FileBytes(path), before);
+        EXPECT_EQ(folder.EntryCount(), 1u);
+    }
 }
 
 TEST_F(Save, RespectsAccessRights)

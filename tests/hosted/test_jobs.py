@@ -5,8 +5,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from unattended import (FOREIGN, HOST, PROTECT, SAVE, VARIABLES, Workplace, minimal_pdf, page_count, protect_items, save_items,
-                        text_of, tool)
+from unattended import FOREIGN, HOST, PROTECT, SAVE, VARIABLES, Workplace, minimal_pdf, page_count, protect_items, save_items, tool
 
 OPEN, OWNER = "Leinen los! \u00e4", "K\u00e4pit\u00e4n <&> \"42\""
 SIGNED = (b"/AcroForm<</SigFlags 3/Fields[<</FT/Sig/T(s)/V<</Type/Sig/Filter/Adobe.PPKLite/SubFilter/adbe.pkcs7.detached"
@@ -253,14 +252,6 @@ class SequenceJobs(JobTest):
             self.assertIn(b"print:yes copy:no change:no", info)
             self.assertIn(b"Supplied password is owner password",
                           tool("qpdf", "--password-mode=unicode", "--password=" + OWNER, "--show-encryption", result)[1])
-
-    def test_the_other_templates_do_what_their_names_say(self):
-        self.ask("new", template="text")
-        self.assertEqual(self.run_it(), ["a.txt"])
-        self.assertIn(b"a.pdf 1", (self.place.output / "a.txt").read_bytes())
-        self.ask("new", template="save", output={"prefix": "x-", "suffix": "-y"}, overwrite=True)
-        self.assertEqual(self.run_it(), ["x-a-y.pdf"])
-        self.assertEqual(text_of(self.place.output / "x-a-y.pdf").split(), [b"a.pdf", b"1"])
 
     def test_a_name_of_any_bytes_is_a_name(self):
         self.sequence = Path(os.fsdecode(os.fsencode(str(self.place.root)) + b"/n\xffm\xe9.sequ"))

@@ -67,13 +67,11 @@ TEST(JpegHeader, TellsWhatADocumentNeeds)
         std::string reason;
         const auto header = ReadJpegHeader(kStart + row.segments + kScan, reason);
         ASSERT_TRUE(header) << row.what << ": " << reason;
-        EXPECT_EQ(header->width, 200) << row.what;
-        EXPECT_EQ(header->height, 100) << row.what;
-        EXPECT_EQ(header->components, row.components) << row.what;
+        EXPECT_EQ(std::tuple(header->width, header->height, header->components), std::tuple(200, 100, row.components))
+            << row.what;
+        EXPECT_EQ(std::tuple(header->turn, header->adobeMarker), std::tuple(row.turn, row.adobe)) << row.what;
         EXPECT_DOUBLE_EQ(header->dpiX, row.dpi) << row.what;
         EXPECT_DOUBLE_EQ(header->dpiY, row.dpi) << row.what;
-        EXPECT_EQ(header->turn, row.turn) << row.what;
-        EXPECT_EQ(header->adobeMarker, row.adobe) << row.what;
     }
 }
 

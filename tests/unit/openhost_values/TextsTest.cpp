@@ -1,5 +1,3 @@
-// Texts in all their forms, and fixed-point numbers.
-#include <array>
 #include <cstring>
 
 #include "base/Unicode.h"
@@ -156,32 +154,6 @@ TEST_F(Texts, UnusableArgumentsRaise)
     EXPECT_REFUSED(EXTRA(ASTextGetUnicodeCopy)(text, 9));
     EXPECT_REFUSED(EXTRA(ASTextFilter)(text, kASTextFilterRsvd1));
     EXPECT_EQ(Utf8(text), "-7");
-}
-
-constexpr ASFixed F(double value) { return static_cast<ASFixed>(value * 65536); }
-constexpr ASFixed kMax = 0x7FFFFFFF;
-constexpr ASFixed kMin = -kMax - 1;
-
-using Fixed = CValuesHost;
-
-TEST_F(Fixed, ArithmeticRoundsAndStopsAtTheEndsOfTheRange)
-{
-    const struct {
-        ASFixed one, other, product, quotient;
-    } rows[] = {{F(3), F(2), F(6), F(1.5)},
-                {F(-1.5), F(0.5), F(-0.75), F(-3)},
-                {F(30000), F(2), kMax, F(15000)},
-                {F(-30000), F(0.25), F(-7500), kMin},
-                {F(1), F(0), 0, kMax},
-                {F(-1), F(0), 0, kMin},
-                {1, F(0.5), 1, 2},
-                {kMin, kMin, kMax, F(1)}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(SUPPORT(ASFixedMul)(row.one, row.other), row.product) << row.one << ' ' << row.other;
-        EXPECT_EQ(SUPPORT(ASFixedDiv)(row.one, row.other), row.quotient) << row.one << ' ' << row.other;
-    }
-    EXPECT_EQ(SUPPORT(FloatToASFixed)(1e9), kMax);
-    EXPECT_EQ(SUPPORT(ASFixedToFloat)(F(-0.5)), -0.5f);
 }
 
 }  // namespace

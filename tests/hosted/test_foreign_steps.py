@@ -143,7 +143,7 @@ class ForeignSteps(unittest.TestCase):
         engine = {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}
         source = self.place.input / "a.pdf"
         os.remove(self.place.input / "b.pdf")
-        for arrives, final, save in [*itertools.product((True, False), (2, 3, 4, 6, 7), ("folder",)), (True, 8, "folder"),
+        for arrives, final, save in [(True, 8, "folder"), *itertools.product((True, False), (2, 3, 4, 6, 7), ("folder",)),
                                      *itertools.product((True, False), (0, 3), ("step in place", "engine in place"))]:
             with self.subTest(arrives=arrives, final=final, save=save):
                 source.write_bytes(minimal_pdf("a.pdf"))
@@ -170,7 +170,7 @@ class ForeignSteps(unittest.TestCase):
                 self.place.clear(self.place.done, self.place.output, self.place.input)
 
     def test_a_half_done_document_does_not_replace_its_input(self):
-        """`ferrule run` after a failed step, by where the save step saves and not by the output folder that there is."""
+        """`ferrule run` after a failed step, by where the save step saves, whatever the output folder."""
         engine = {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}
         for step, save in itertools.product(("T:ErrorInWork", "T:Plain"), ("in place", "folder", "engine in place")):
             with self.subTest(step=step, save=save):

@@ -1,11 +1,12 @@
-"""Jobs that a supervisor hands to a worker: plans, runs with inputs from outside, trial runs, sequences to make and convert."""
+"""Jobs that a supervisor hands to a worker: plans, runs with inputs from outside, trial runs, making of sequences."""
 import json
 import os
 import subprocess
 import unittest
 from pathlib import Path
 
-from unattended import FOREIGN, HOST, PROTECT, SAVE, VARIABLES, Workplace, minimal_pdf, page_count, protect_items, save_items, tool
+from unattended import (FOREIGN, HOST, PROTECT, SAVE, VARIABLES, Workplace, minimal_pdf, page_count, protect_items,
+                        save_items, tool)
 
 OPEN, OWNER = "Leinen los! \u00e4", "K\u00e4pit\u00e4n <&> \"42\""
 SIGNED = (b"/AcroForm<</SigFlags 3/Fields[<</FT/Sig/T(s)/V<</Type/Sig/Filter/Adobe.PPKLite/SubFilter/adbe.pkcs7.detached"
@@ -28,7 +29,7 @@ def from_text(text):
 
 
 class Job:
-    """Plays the supervisor: starts the host as a worker, hands it a job and its inputs, answers and keeps what it says."""
+    """Plays the supervisor: starts the host as a worker, hands it a job and inputs, answers and keeps what it says."""
 
     def __init__(self, place, job, inputs=(), answer=None, arguments=()):
         """`inputs`: paths; `answer(ask)`: what to answer an "act", by default "go", or "pretend" in a trial run."""
@@ -47,7 +48,8 @@ class Job:
                     if "tell" in said:
                         self.note(said)
                         continue
-                    process.stdin.write(json.dumps({"job": job} if said["ask"] == "job" else self.reply(said)).encode() + b"\n")
+                    reply = {"job": job} if said["ask"] == "job" else self.reply(said)
+                    process.stdin.write(json.dumps(reply).encode() + b"\n")
                     process.stdin.flush()
                 self.errors = process.communicate(timeout=120)[1].decode("utf-8", "replace")
             finally:
@@ -73,7 +75,8 @@ class Job:
         if self.next == len(self.inputs):
             return None
         self.next += 1
-        return {"number": self.next, "total": len(self.inputs), "path": to_text(self.inputs[self.next - 1]), "toDo": "whole"}
+        path = to_text(self.inputs[self.next - 1])
+        return {"number": self.next, "total": len(self.inputs), "path": path, "toDo": "whole"}
 
     def note(self, said):
         kind = said["tell"]
@@ -98,8 +101,8 @@ def job_of(kind, sequence, final=0, destination="", source="", output="", settin
     values = {"work": {"kind": "sequence", "files": {"sequence": to_text(sequence)}}, "output": to_text(output),
               "destination": to_text(destination), "extensions": "pdf",
               "inputs": [to_text(source)] if source else [], "finalAction": words[final], **dict(settings)}
-    return {"kind": kind, "version": 3, "run": "test1", "description": {key: value for key, value in values.items() if value},
-            **more}
+    description = {key: value for key, value in values.items() if value}
+    return {"kind": kind, "version": 3, "run": "test1", "description": description, **more}
 
 
 class JobTest(unittest.TestCase):
@@ -123,7 +126,8 @@ class Jobs(JobTest):
         self.sequence = self.place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
 
     def run_job(self, inputs, sequence=None, final=0, arguments=(), answer=None, **more):
-        job = job_of("run", sequence or self.sequence, final, self.place.done, self.place.input, self.place.output, **more)
+        place = self.place
+        job = job_of("run", sequence or self.sequence, final, place.done, place.input, place.output, **more)
         return Job(self.place, job, inputs, answer, arguments)
 
     def test_a_plan_takes_several_places_or_those_that_the_sequence_names(self):
@@ -167,16 +171,17 @@ class Jobs(JobTest):
                 self.place.clear(self.place.output)
 
     def test_a_refused_act_fails_the_file_and_nothing_else(self):
-        inputs = self.write("a.pdf", "b.pdf")
+        names = ["a.pdf", "b.pdf"]
+        inputs = self.write(*names)
         for refused, outcome, written in (("output", "failed", 0), ("final-action", "incomplete", 2)):
             with self.subTest(refused=refused):
-                job = self.run_job(inputs, final=6, answer=lambda ask, no=refused: "refuse" if ask["purpose"] == no else "go")
+                job = self.run_job(inputs, final=6, answer=lambda ask, no=refused: ("go", "refuse")[ask["purpose"] == no])
                 self.assertEqual([record["outcome"] for record in job.records], [outcome] * 2, job)
-                self.assertEqual([Path(path).read_bytes() for path in inputs], [minimal_pdf("a.pdf"), minimal_pdf("b.pdf")])
+                self.assertEqual([Path(path).read_bytes() for path in inputs], [minimal_pdf(name) for name in names])
                 self.assertEqual((len(self.results()), list(self.place.done.iterdir())), (written, []))
 
     def test_a_trial_run_leaves_out_steps_of_other_makers(self):
-        sequence = self.place.sequence("foreign.sequ", [("T:WithoutReserve", {}), (PROTECT, protect_items()), (SAVE, save_items())])
+        sequence = self.place.sequence("foreign.sequ", [("T:WithoutReserve", {}), (SAVE, save_items())])
         job = self.run_job(self.write("a.pdf"), sequence, dryRun=True, arguments=FOREIGN)
         self.assertIn("T:WithoutReserve was left out of the trial run", job.records[0]["message"], job)
         self.assertNotIn("T:WithoutReserve", job.errors, "the step was not even made")
@@ -236,7 +241,8 @@ class SequenceJobs(JobTest):
         return self.results()
 
     def test_the_protect_template_protects_in_both_forms(self):
-        made = self.ask("new", template="protect", protect={"userPassword": OPEN, "ownerPassword": OWNER, "allow": ["print"]})
+        protection = {"userPassword": OPEN, "ownerPassword": OWNER, "allow": ["print"]}
+        made = self.ask("new", template="protect", protect=protection)
         self.assertTrue(made["holdsPasswords"])
         self.assertEqual(self.sequence.stat().st_mode & 0o777, 0o600)
         checked = self.ask("check", description={"inputs": ["/in"], "output": "/out"})

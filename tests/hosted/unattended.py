@@ -16,7 +16,7 @@ def from_environment(name, path):
 HOST = from_environment("FERRULE_HOST_PROGRAM", "build/release/bin/ferrule-host")
 CAB_WRITER = from_environment("FERRULE_CAB_WRITER", "build/release/bin/cab-writer")
 CORPUS = from_environment("FERRULE_CORPUS", "../shared/corpus")
-FOREIGN = ("--plugin", from_environment("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),  # and what misbehaves
+FOREIGN = ("--plugin", from_environment("FERRULE_PLUG_IN", "build/release/bin/plug_ins/Ferrule.api"),  # and one of others
            "--plugin", from_environment("FERRULE_FOREIGN_STEPS", "build/release/tests/hosted/ForeignSteps.api"))
 VARIABLES = ("FERRULESEQU", "FERRULEFINAL", "FERRULEDEST", "FERRULEALTPATH", "EXECUTEINSTEPS", "FERRULENOPROGRESS",
              "FERRULEALTOUTPUTPATH", "FERRULEFILEEXT", "FERRULENOSUBFOLDERS")

@@ -1,8 +1,8 @@
 #include "cli/SequenceCommands.h"
 
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <optional>
+#include "protocol/Json.h"
 
 #include "base/ByteText.h"
 #include "base/Text.h"
@@ -20,8 +20,6 @@ namespace cli {
 
 namespace {
 
-using nlohmann::json;
-
 constexpr std::uint64_t kLongestPasswordFile = 64 * 1024;
 
 /// Tells warnings and remarks of a host that does one small job.
@@ -36,12 +34,12 @@ private:
 };
 
 /// What the job reports under "sequence"; nothing when it could not be done, which is said then.
-std::optional<json> Answer(const CArguments& arguments, const json& job, const Screen& screen)
+std::optional<Json> Answer(const CArguments& arguments, const Json& job, const Screen& screen)
 {
     CJobPrinter printer(screen);
-    const JobResult result = RunJob(ReadEngine(arguments), job.dump(), printer);
+    const JobResult result = RunJob(ReadEngine(arguments), LineOf(job), printer);
     for (const std::string& report : result.reports) {
-        const json answer = json::parse(report, nullptr, false);
+        const Json answer = Json::parse(report, nullptr, false);
         if (result.exit == ExitClass::Fine && answer.is_object() && answer.contains("sequence"))
             return answer["sequence"];
     }
@@ -52,9 +50,9 @@ std::optional<json> Answer(const CArguments& arguments, const json& job, const S
     return std::nullopt;
 }
 
-void PrintFindings(const std::string& path, const json& findings, std::ostream& stream)
+void PrintFindings(const std::string& path, const Json& findings, std::ostream& stream)
 {
-    for (const json& finding : findings) stream << FindingText(path, finding);
+    for (const Json& finding : findings) stream << FindingText(path, finding);
 }
 
 std::string SequencePath(const std::string& typed) { return TextFromBytes(platform::AbsolutePath(typed)); }
@@ -78,36 +76,36 @@ std::string ReadPassword(const std::string& path)
     return text;
 }
 
-void PutText(json& object, const char* name, const CArguments& arguments, const char* option)
+void PutText(Json& object, const char* name, const CArguments& arguments, const char* option)
 {
     if (arguments.Has(option)) object[name] = TextFromBytes(arguments.Text(option));
 }
 
-json RightsList(const std::string& list)
+Json RightsList(const std::string& list)
 {
-    json rights = json::array();
+    Json rights = Json::array();
     for (const std::string& piece : Split(list, ",")) rights.push_back(Trim(piece));
     return rights;
 }
 
-json ProtectSettings(const CArguments& arguments)
+Json ProtectSettings(const CArguments& arguments)
 {
     if (arguments.Text("--user-password-file") == "-" && arguments.Text("--owner-password-file") == "-")
         FailUsage("only one password can be read from standard input");
-    json protect = {{"method", arguments.Text("--method")}};
+    Json protect = {{"method", arguments.Text("--method")}};
     const struct {
         const char *option, *key;
     } passwords[] = {{"--user-password-file", "userPassword"}, {"--owner-password-file", "ownerPassword"}};
     for (const auto& [option, key] : passwords)
         if (arguments.Has(option)) protect[key] = TextFromBytes(ReadPassword(OptionalPath(arguments, option)));
     const std::string allowed = Trim(arguments.Text("--allow"));
-    if (allowed != "all") protect["allow"] = allowed == "none" ? json::array() : RightsList(allowed);
+    if (allowed != "all") protect["allow"] = allowed == "none" ? Json::array() : RightsList(allowed);
     return protect;
 }
 
-json OutputSettings(const CArguments& arguments)
+Json OutputSettings(const CArguments& arguments)
 {
-    json output = json::object();
+    Json output = Json::object();
     if (arguments.Has("--in-folder"))
         output["folder"] = TextFromBytes(platform::AbsolutePath(arguments.Text("--in-folder")));
     PutText(output, "prefix", arguments, "--prefix");
@@ -119,11 +117,11 @@ json OutputSettings(const CArguments& arguments)
 
 /// Says what was written and what to know about it; that a sequence wants inputs and outputs is no news here.
 /// `about`: the file that the list of findings is about.
-int ConcludeWriting(const CArguments& arguments, const json& answer, const char* listName, const std::string& about,
+int ConcludeWriting(const CArguments& arguments, const Json& answer, const char* listName, const std::string& about,
                     const std::string& path, const Screen& screen)
 {
-    if (arguments.Has("--json")) *screen.data << answer.dump() << '\n';
-    for (const json& finding : answer.value(listName, json::array()))
+    if (arguments.Has("--json")) *screen.data << SortedLineOf(answer) << '\n';
+    for (const Json& finding : answer.value(listName, Json::array()))
         if (finding.value("severity", "") != "note") *screen.messages << FindingText(about, finding);
     *screen.messages << "Written: " << Printable(path) << '\n';
     if (answer.value("holdsPasswords", false))
@@ -135,10 +133,10 @@ int ConcludeWriting(const CArguments& arguments, const json& answer, const char*
 
 int SequenceShowCommand(const CArguments& arguments, const Screen& screen)
 {
-    const json job = {{"kind", "sequence-show"}, {"path", SequencePath(arguments.Operands().front())}};
+    const Json job = {{"kind", "sequence-show"}, {"path", SequencePath(arguments.Operands().front())}};
     const auto answer = Answer(arguments, job, screen);
     if (!answer) return kExitBroken;
-    *screen.data << (arguments.Has("--json") ? answer->dump() + "\n" : SequenceText(*answer));
+    *screen.data << (arguments.Has("--json") ? SortedLineOf(*answer) + "\n" : SequenceText(*answer));
     return kExitFine;
 }
 
@@ -150,26 +148,26 @@ int SequenceCheckCommand(const CArguments& arguments, const Screen& screen)
     if (arguments.Has("--final-action")) run.finalAction = FindFinalAction(arguments.Text("--final-action"))->action;
     bool allOk = true;
     for (const std::string& file : arguments.Operands()) {
-        json job = {{"kind", "sequence-check"}, {"path", SequencePath(file)}};
+        Json job = {{"kind", "sequence-check"}, {"path", SequencePath(file)}};
         job["description"] = RunDescriptionJson(run);
         const auto answer = Answer(arguments, job, screen);
         if (!answer) return kExitBroken;
         const bool ok = answer->value("ok", false);
         allOk = allOk && ok;
         if (arguments.Has("--json")) {
-            *screen.data << answer->dump() << '\n';
+            *screen.data << SortedLineOf(*answer) << '\n';
             continue;
         }
-        PrintFindings(file, answer->value("findings", json::array()), *screen.data);
+        PrintFindings(file, answer->value("findings", Json::array()), *screen.data);
         if (ok) *screen.data << Printable(file) << ": no errors\n";
     }
     return allOk ? kExitFine : kExitNotAllFine;
 }
 
-json NewSequenceJob(const CArguments& arguments)
+Json NewSequenceJob(const CArguments& arguments)
 {
     const std::string name = arguments.Text("--template");
-    json job = {{"kind", "sequence-new"},
+    Json job = {{"kind", "sequence-new"},
                 {"path", SequencePath(arguments.Operands().front())},
                 {"template", name},
                 {"overwrite", arguments.Has("--overwrite")},
@@ -196,7 +194,7 @@ int SequenceNewCommand(const CArguments& arguments, const Screen& screen)
 
 int SequenceConvertCommand(const CArguments& arguments, const Screen& screen)
 {
-    json job = {{"kind", "sequence-convert"},
+    Json job = {{"kind", "sequence-convert"},
                 {"path", SequencePath(arguments.Operands()[0])},
                 {"target", SequencePath(arguments.Operands()[1])},
                 {"to", arguments.Text("--to")},

@@ -1,4 +1,4 @@
-#include <nlohmann/json.hpp>
+#include "protocol/Json.h"
 
 #include "base/ByteText.h"
 #include "base/Text.h"
@@ -9,47 +9,45 @@ namespace cli {
 
 namespace {
 
-using nlohmann::json;
-
 /// A text of the answer as bytes that can be shown; empty when it is absent.
-std::string Shown(const json& object, const char* name)
+std::string Shown(const Json& object, const char* name)
 {
     const auto found = object.find(name);
     if (found == object.end() || !found->is_string()) return {};
     return Printable(BytesFromText(found->get<std::string>()));
 }
 
-const json& List(const json& object, const char* name)
+const Json& List(const Json& object, const char* name)
 {
-    static const json none = json::array();
+    static const Json none = Json::array();
     const auto found = object.find(name);
     return found != object.end() && found->is_array() ? *found : none;
 }
 
-bool Is(const json& object, const char* name) { return object.value(name, json()) == json(true); }
+bool Is(const Json& object, const char* name) { return object.value(name, Json()) == Json(true); }
 
-std::string ValueText(const json& value)
+std::string ValueText(const Json& value)
 {
     if (value.is_string()) return "\"" + Printable(BytesFromText(value.get<std::string>())) + "\"";
     return value.is_null() ? "(none)" : value.dump();
 }
 
-std::string ParameterLines(const json& parameters, int depth)
+std::string ParameterLines(const Json& parameters, int depth)
 {
     std::string text;
     const std::string indent(static_cast<std::size_t>(4 + 2 * depth), ' ');
-    for (const json& parameter : parameters) {
+    for (const Json& parameter : parameters) {
         const std::string type = Shown(parameter, "type");
         text += indent + Shown(parameter, "name");
         if (type == "cab")
             text += ":\n" + ParameterLines(List(parameter, "value"), depth + 1);
         else
-            text += " = " + ValueText(parameter.value("value", json())) + "\n";
+            text += " = " + ValueText(parameter.value("value", Json())) + "\n";
     }
     return text;
 }
 
-std::string StepText(const json& step)
+std::string StepText(const Json& step)
 {
     const std::string title = Shown(step, "title"), runsAs = Shown(step, "runsAs");
     std::string text = FormatText("%3d. ", step.value("number", 0)) + Shown(step, "handler");
@@ -66,7 +64,7 @@ std::string Line(const char* name, const std::string& value)
     return value.empty() ? std::string() : FormatText("%-13s", name) + value + "\n";
 }
 
-std::string WordsOf(const json& sequence, const char* name)
+std::string WordsOf(const Json& sequence, const char* name)
 {
     const auto found = sequence.find(name);
     return found != sequence.end() && found->is_object() ? Shown(*found, "words") : std::string();
@@ -74,24 +72,24 @@ std::string WordsOf(const json& sequence, const char* name)
 
 }  // namespace
 
-std::string SequenceText(const json& sequence)
+std::string SequenceText(const Json& sequence)
 {
     std::string text = Line("Sequence:", Shown(sequence, "path")) + Line("Title:", Shown(sequence, "title")) +
                        Line("Description:", Shown(sequence, "description"));
     text += Line("Form:", Shown(sequence, "form") == "xml" ? "XML" : "the host's own");
     text += Line("Input:", WordsOf(sequence, "input"));
-    for (const json& source : List(sequence, "sources")) text += Line("", Shown(source, "path"));
+    for (const Json& source : List(sequence, "sources")) text += Line("", Shown(source, "path"));
     text += Line("Output:", WordsOf(sequence, "output"));
     if (Is(sequence, "holdsPasswords")) text += Line("Passwords:", "yes, in clear in the file");
-    for (const json& group : List(sequence, "groups")) {
+    for (const Json& group : List(sequence, "groups")) {
         const std::string label = Shown(group, "label");
         text += "\n" + (label.empty() ? "" : label + "\n");
-        for (const json& step : List(group, "steps")) text += StepText(step);
+        for (const Json& step : List(group, "steps")) text += StepText(step);
     }
     return text;
 }
 
-std::string FindingText(const std::string& path, const json& finding)
+std::string FindingText(const std::string& path, const Json& finding)
 {
     std::string text = Printable(path);
     for (const char* const place : {"line", "column"})

@@ -1,7 +1,7 @@
 #include "cli/Summary.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
+#include "protocol/Json.h"
 
 #include "base/ByteText.h"
 #include "base/Text.h"
@@ -178,21 +178,21 @@ std::string TroubleText(const RunResult& result, const CRunPrinter& printer, con
 
 std::string SummaryJson(const RunResult& result)
 {
-    nlohmann::ordered_json json;
-    json["run"] = result.plan.run;
-    json["end"] = ExitWord(result.exit);
-    json["message"] = TextFromBytes(result.message);
-    json["total"] = result.plan.total;
-    json["bytes"] = result.plan.bytes;
+    Json object;
+    object["run"] = result.plan.run;
+    object["end"] = ExitWord(result.exit);
+    object["message"] = TextFromBytes(result.message);
+    object["total"] = result.plan.total;
+    object["bytes"] = result.plan.bytes;
     for (const FileOutcome outcome : kOutcomes)
-        json["outcomes"][std::string(OutcomeWord(outcome))] = result.Count(outcome);
-    json["remaining"] = result.remaining;
-    json["tooYoung"] = result.plan.tooYoung;
-    json["oneWorker"] = result.plan.oneWorker;
-    json["record"] = TextFromBytes(result.recordPath);
-    json["log"] = TextFromBytes(result.logPath);
-    json["logProblem"] = TextFromBytes(result.logProblem);
-    return json.dump();
+        object["outcomes"][std::string(OutcomeWord(outcome))] = result.Count(outcome);
+    object["remaining"] = result.remaining;
+    object["tooYoung"] = result.plan.tooYoung;
+    object["oneWorker"] = result.plan.oneWorker;
+    object["record"] = TextFromBytes(result.recordPath);
+    object["log"] = TextFromBytes(result.logPath);
+    object["logProblem"] = TextFromBytes(result.logProblem);
+    return LineOf(object);
 }
 
 }  // namespace cli

@@ -9,18 +9,15 @@
 #include "hostcalls/HandlerRegistration.h"
 #include "pdflib/AcrobatDoc.h"
 #include "sequence/Findings.h"
-#include "sequence/JsonFields.h"
 #include "sequence/Protection.h"
 #include "sequence/SequenceFile.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <utility>
+#include "protocol/Json.h"
 
 namespace {
-
-using nlohmann::json;
 
 constexpr char kHandler[] = "QLNX_FerrulePasswordProtectCommand";
 constexpr std::uint32_t kAllRights = 0xFFFFFFFF;
@@ -148,9 +145,9 @@ Expected<int> MethodCode(const std::string& word)
 }
 
 /// The rights to give; all of them when none are named.
-Expected<std::vector<std::string>> RightsToGive(const json& protect)
+Expected<std::vector<std::string>> RightsToGive(const Json& protect)
 {
-    std::vector<std::string> all, given = BytesListIn(protect, "allow");
+    std::vector<std::string> all, given = BytesListAt(protect, "allow");
     for (const Word& right : kRights) all.emplace_back(right.word);
     if (!protect.contains("allow")) return all;
     for (const std::string& right : given)
@@ -161,12 +158,12 @@ Expected<std::vector<std::string>> RightsToGive(const json& protect)
     return given;
 }
 
-Expected<WorkflowCommand> ProtectStepFromWords(const json& protect)
+Expected<WorkflowCommand> ProtectStepFromWords(const Json& protect)
 {
-    const std::string user = BytesIn(protect, "userPassword"), owner = BytesIn(protect, "ownerPassword");
+    const std::string user = BytesAt(protect, "userPassword"), owner = BytesAt(protect, "ownerPassword");
     if (Trim(user).empty() && Trim(owner).empty())
         return Failure("Give a password to open the documents, one for their permissions, or both.");
-    const auto method = MethodCode(BytesIn(protect, "method"));
+    const auto method = MethodCode(BytesAt(protect, "method"));
     if (!method) return Failure(method.Error());
     const auto rights = RightsToGive(protect);
     if (!rights) return Failure(rights.Error());

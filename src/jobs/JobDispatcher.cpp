@@ -9,7 +9,6 @@
 #include "jobs/SequenceJobs.h"
 #include "platform/AtomicFile.h"
 #include "protocol/Json.h"
-#include "sequence/JsonFields.h"
 
 #include <algorithm>
 #include <cctype>
@@ -17,12 +16,10 @@
 
 namespace {
 
-using nlohmann::json;
-
 /// Kinds that answer one report and touch no document.
 struct SequenceKind {
     const char* name;
-    Expected<json> (*answer)(const json& job);
+    Expected<Json> (*answer)(const Json& job);
 };
 constexpr SequenceKind kSequenceKinds[] = {{"sequence-show", ShowSequence},
                                            {"sequence-check", CheckSequence},
@@ -45,13 +42,13 @@ void EndOther(const JobEnding& result, const JobServices& services)
     services.events.RunEnds(result.end, result.message);
 }
 
-JobEnding DoSequenceJob(const SequenceKind& kind, const json& job, const JobServices& services)
+JobEnding DoSequenceJob(const SequenceKind& kind, const Json& job, const JobServices& services)
 {
-    Expected<json> answer = Failure("The host does not answer.");
+    Expected<Json> answer = Failure("The host does not answer.");
     if (const auto error = CatchHostError([&] { answer = kind.answer(job); }))
-        return {RunEnd::NotStarted, "The sequence " + BytesIn(job, "path") + " cannot be worked on: " + error->text};
+        return {RunEnd::NotStarted, "The sequence " + BytesAt(job, "path") + " cannot be worked on: " + error->text};
     if (!answer) return {RunEnd::NotStarted, answer.Error()};
-    services.report(json{{"sequence", *answer}}.dump());
+    services.report(LineOf({{"sequence", *answer}}));
     return {};
 }
 
@@ -66,13 +63,13 @@ void DoRunOrder(const Json& job, const JobServices& services)
 
 void Dispatch(const std::string& jobText, const JobServices& services)
 {
-    if (const auto object = ParseObject(jobText); object && IsRunOrder(*object)) return DoRunOrder(*object, services);
+    const auto job = ParseObject(jobText);
+    if (job && IsRunOrder(*job)) return DoRunOrder(*job, services);
     const CJobOverseer overseer(false);
-    const json job = json::parse(jobText, nullptr, false);
-    if (!job.is_object()) return EndOther({RunEnd::NotStarted, "The job is no JSON object."}, services);
-    const std::string kind = BytesIn(job, "kind");
+    if (!job) return EndOther({RunEnd::NotStarted, "The job is no JSON object."}, services);
+    const std::string kind = TextAt(*job, "kind");
     for (const SequenceKind& known : kSequenceKinds)
-        if (kind == known.name) return EndOther(DoSequenceJob(known, job, services), services);
+        if (kind == known.name) return EndOther(DoSequenceJob(known, *job, services), services);
     EndOther({RunEnd::NotStarted, "There are no jobs of the kind \"" + kind + "\"."}, services);
 }
 

@@ -4,7 +4,6 @@
 #include "base/Text.h"
 #include "protocol/Json.h"
 #include "protocol/RunDescription.h"
-#include "sequence/JsonFields.h"
 #include "sequence/SequenceChecks.h"
 #include "sequence/SequenceConvert.h"
 #include "sequence/SequenceFile.h"
@@ -13,14 +12,12 @@
 #include "sequence/XmlForm.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 namespace {
 
-using nlohmann::json;
 using Severity = SequenceFinding::Severity;
 
-json CheckReport(const std::string& path, const char* form, const std::vector<SequenceFinding>& findings)
+Json CheckReport(const std::string& path, const char* form, const std::vector<SequenceFinding>& findings)
 {
     const long errors = CountOf(findings, Severity::Error);
     return {{"path", TextFromBytes(path)},
@@ -40,12 +37,12 @@ CheckedRun ContextOf(const RunDescription& run)
 }
 
 /// Neighbours of one label make a group.
-Workflow MakeWorkflow(const json& job, std::vector<WorkflowCommand> commands)
+Workflow MakeWorkflow(const Json& job, std::vector<WorkflowCommand> commands)
 {
     Workflow workflow;
-    workflow.title = BytesIn(job, "title");
-    if (workflow.title.empty()) workflow.title = TitleFromPath(BytesIn(job, "path"));
-    workflow.description = BytesIn(job, "description");
+    workflow.title = BytesAt(job, "title");
+    if (workflow.title.empty()) workflow.title = TitleFromPath(BytesAt(job, "path"));
+    workflow.description = BytesAt(job, "description");
     for (WorkflowCommand& command : commands) {
         if (command.label.empty()) command.label = workflow.title;
         if (workflow.groups.empty() || workflow.groups.back().label != command.label)
@@ -62,9 +59,9 @@ struct MadeSequence {
 };
 
 /// Makes the text and looks at it as at any other sequence.
-Expected<MadeSequence> MakeSequence(const json& job)
+Expected<MadeSequence> MakeSequence(const Json& job)
 {
-    const std::string path = BytesIn(job, "path");
+    const std::string path = BytesAt(job, "path");
     auto commands = StepsFromJob(job);
     if (!commands) return Failure("The sequence " + path + " cannot be made: " + commands.Error());
     auto xml = WriteWorkflow(MakeWorkflow(job, std::move(*commands)));
@@ -78,43 +75,43 @@ Expected<MadeSequence> MakeSequence(const json& job)
 
 }  // namespace
 
-Expected<json> ShowSequence(const json& job)
+Expected<Json> ShowSequence(const Json& job)
 {
-    const std::string path = BytesIn(job, "path");
+    const std::string path = BytesAt(job, "path");
     const auto read = ReadSequenceSource(path);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return Failure(FindingSentence(path, *problem));
     return SequenceReport(std::get<SequenceSource>(read));
 }
 
-Expected<json> CheckSequence(const json& job)
+Expected<Json> CheckSequence(const Json& job)
 {
-    const std::string path = BytesIn(job, "path");
+    const std::string path = BytesAt(job, "path");
     const auto read = ReadSequenceSource(path);
     if (const auto* problem = std::get_if<SequenceFinding>(&read)) return CheckReport(path, "", {*problem});
     const auto& source = std::get<SequenceSource>(read);
-    const auto run = ContextOf(RunDescriptionFrom(ObjectAt(Json(job), "description")));
+    const auto run = ContextOf(RunDescriptionFrom(ObjectAt(job, "description")));
     return CheckReport(path, FormWord(source.form), CheckSource(source, run));
 }
 
-Expected<json> NewSequence(const json& job)
+Expected<Json> NewSequence(const Json& job)
 {
-    const std::string path = BytesIn(job, "path");
+    const std::string path = BytesAt(job, "path");
     const auto made = MakeSequence(job);
     if (!made) return Failure(made.Error());
-    if (const std::string errors = ErrorTexts(made->findings); !errors.empty() && !FlagIn(job, "force", false))
+    if (const std::string errors = ErrorTexts(made->findings); !errors.empty() && !FlagAt(job, "force"))
         return Failure("The sequence " + path + " was not written because it would not run: " + errors);
-    const SequenceTarget target{path, FlagIn(job, "overwrite", false), made->holdsPasswords};
+    const SequenceTarget target{path, FlagAt(job, "overwrite"), made->holdsPasswords};
     if (std::string problem = PutSequenceFile(target, made->xml); !problem.empty())
         return Failure(std::move(problem));
-    return json{{"path", TextFromBytes(path)},
+    return Json{{"path", TextFromBytes(path)},
                 {"bytes", made->xml.size()},
                 {"holdsPasswords", made->holdsPasswords},
                 {"findings", FindingsReport(made->findings)}};
 }
 
-Expected<json> ConvertSequence(const json& job)
+Expected<Json> ConvertSequence(const Json& job)
 {
-    const std::string path = BytesIn(job, "path"), target = BytesIn(job, "target"), word = BytesIn(job, "to");
+    const std::string path = BytesAt(job, "path"), target = BytesAt(job, "target"), word = BytesAt(job, "to");
     const std::string start = "The sequence " + path + " cannot be converted: ";
     if (word != "xml" && word != "host") return Failure(start + "the form must be \"xml\" or \"host\".");
     const auto read = ReadSequenceSource(path);
@@ -122,21 +119,21 @@ Expected<json> ConvertSequence(const json& job)
     const auto& source = std::get<SequenceSource>(read);
     const ConversionRequest request{.to = word == "xml" ? SequenceForm::Xml : SequenceForm::Host,
                                     .target = target,
-                                    .title = BytesIn(job, "title"),
-                                    .description = BytesIn(job, "description")};
-    if (std::string problem = TargetProblem({.path = target, .overwrite = FlagIn(job, "overwrite", false)});
+                                    .title = BytesAt(job, "title"),
+                                    .description = BytesAt(job, "description")};
+    if (std::string problem = TargetProblem({.path = target, .overwrite = FlagAt(job, "overwrite")});
         source.form != request.to && !problem.empty())
         return Failure(std::move(problem));
     const auto converted = ConvertSequence(source, request);
     if (!converted) return Failure(start + converted.Error());
-    if (const std::string errors = ErrorTexts(converted->losses); !errors.empty() && !FlagIn(job, "allowLoss", false))
+    if (const std::string errors = ErrorTexts(converted->losses); !errors.empty() && !FlagAt(job, "allowLoss"))
         return Failure("The sequence " + path +
                        " was not converted; allow losses if this is to be accepted: " + errors);
     const bool secret = HoldsPasswords(source);
-    if (std::string problem = PutSequenceFile({target, FlagIn(job, "overwrite", false), secret}, converted->bytes);
+    if (std::string problem = PutSequenceFile({target, FlagAt(job, "overwrite"), secret}, converted->bytes);
         !problem.empty())
         return Failure(std::move(problem));
-    return json{{"path", TextFromBytes(path)},
+    return Json{{"path", TextFromBytes(path)},
                 {"from", FormWord(source.form)},
                 {"to", word},
                 {"target", TextFromBytes(target)},

@@ -47,9 +47,9 @@
 
 #include "base/Expected.h"
 
-#include <nlohmann/json_fwd.hpp>
+#include "protocol/JsonType.h"
 
-[[nodiscard]] Expected<nlohmann::json> ShowSequence(const nlohmann::json& job);
-[[nodiscard]] Expected<nlohmann::json> CheckSequence(const nlohmann::json& job);
-[[nodiscard]] Expected<nlohmann::json> NewSequence(const nlohmann::json& job);
-[[nodiscard]] Expected<nlohmann::json> ConvertSequence(const nlohmann::json& job);
+[[nodiscard]] Expected<Json> ShowSequence(const Json& job);
+[[nodiscard]] Expected<Json> CheckSequence(const Json& job);
+[[nodiscard]] Expected<Json> NewSequence(const Json& job);
+[[nodiscard]] Expected<Json> ConvertSequence(const Json& job);

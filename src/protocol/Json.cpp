@@ -24,6 +24,11 @@ std::optional<Json> ParseObject(std::string_view text)
 
 std::string LineOf(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
+std::string SortedLineOf(const Json& value)
+{
+    return nlohmann::json(value).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
 std::string TextAt(const Json& object, const char* key)
 {
     const Json* value = Find(object, key);
@@ -50,10 +55,10 @@ int CountAt(const Json& object, const char* key)
     return value > static_cast<std::uint64_t>(std::numeric_limits<int>::max()) ? 0 : static_cast<int>(value);
 }
 
-bool FlagAt(const Json& object, const char* key)
+bool FlagAt(const Json& object, const char* key, bool fallback)
 {
     const Json* value = Find(object, key);
-    return value && value->is_boolean() && value->get<bool>();
+    return value && value->is_boolean() ? value->get<bool>() : fallback;
 }
 
 std::vector<std::string> TextsAt(const Json& object, const char* key)

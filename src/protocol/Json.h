@@ -15,6 +15,8 @@
 [[nodiscard]] std::optional<Json> ParseObject(std::string_view text);
 /// One line, without line end. Texts that are not valid UTF-8 are repaired rather than refused.
 [[nodiscard]] std::string LineOf(const Json& value);
+/// The same with the keys of each object in alphabetical order.
+[[nodiscard]] std::string SortedLineOf(const Json& value);
 
 // What a key holds; the empty value, 0 or false when it is absent or of another type.
 [[nodiscard]] std::string TextAt(const Json& object, const char* key);
@@ -24,7 +26,8 @@
 [[nodiscard]] std::uint64_t UnsignedAt(const Json& object, const char* key);
 /// An integer that is a count or a number of a file; 0 when it is not between 0 and the largest int.
 [[nodiscard]] int CountAt(const Json& object, const char* key);
-[[nodiscard]] bool FlagAt(const Json& object, const char* key);
+/// `fallback`: when it is absent or no boolean.
+[[nodiscard]] bool FlagAt(const Json& object, const char* key, bool fallback = false);
 [[nodiscard]] std::vector<std::string> TextsAt(const Json& object, const char* key);
 [[nodiscard]] std::vector<std::string> BytesListAt(const Json& object, const char* key);
 /// An array of texts that stand for bytes.

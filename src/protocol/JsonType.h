@@ -1,4 +1,4 @@
-// The type of JSON values, declared only: for headers that hand them on.
+// The one type of JSON values, declared only: for headers that hand them on.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>

@@ -4,7 +4,7 @@
 #include "sequence/SequenceFile.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
+#include "protocol/Json.h"
 
 namespace {
 
@@ -71,13 +71,13 @@ std::string FindingSentence(const std::string& path, const SequenceFinding& find
     return "The sequence " + path + " cannot be used" + line + ": " + finding.text;
 }
 
-nlohmann::json FindingsReport(const std::vector<SequenceFinding>& findings)
+Json FindingsReport(const std::vector<SequenceFinding>& findings)
 {
-    nlohmann::json list = nlohmann::json::array();
+    Json list = Json::array();
     for (const SequenceFinding& finding : findings) {
-        nlohmann::json one = {{"severity", SeverityWord(finding.severity)},
-                              {"code", finding.code},
-                              {"text", TextFromBytes(finding.text)}};
+        Json one = {{"severity", SeverityWord(finding.severity)},
+                    {"code", finding.code},
+                    {"text", TextFromBytes(finding.text)}};
         if (finding.step > 0) one["step"] = finding.step;
         if (finding.place.line > 0) {
             one["line"] = finding.place.line;

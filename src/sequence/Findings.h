@@ -2,10 +2,10 @@
 #pragma once
 
 #include <map>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <utility>
 #include <vector>
+#include "protocol/JsonType.h"
 
 struct SequenceStep;
 
@@ -69,4 +69,4 @@ private:
 [[nodiscard]] std::string FindingSentence(const std::string& path, const SequenceFinding& finding);
 
 /// As JSON: {"severity", "code", "text", "step", "line", "column"} each, the last three where they mean something.
-[[nodiscard]] nlohmann::json FindingsReport(const std::vector<SequenceFinding>& findings);
+[[nodiscard]] Json FindingsReport(const std::vector<SequenceFinding>& findings);

@@ -10,50 +10,48 @@
 #include "sequence/Values.h"
 
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <utility>
+#include "protocol/Json.h"
 
 namespace {
 
-using nlohmann::json;
-
-json CabReport(const CSecretEntries& secrets, CCabView cab);
+Json CabReport(const CSecretEntries& secrets, CCabView cab);
 
 struct ValueAsReport {
-    json operator()(NullValue) const { return nullptr; }
-    json operator()(bool value) const { return value; }
-    json operator()(std::int32_t value) const { return value; }
-    json operator()(double value) const { return std::isfinite(value) ? json(value) : json(nullptr); }
-    json operator()(const std::string& value) const { return TextFromBytes(value); }
-    json operator()(const WideText& value) const { return TextFromBytes(value.utf8); }
-    json operator()(const AtomValue& value) const { return TextFromBytes(value.name); }
-    json operator()(const BinaryValue& value) const { return EncodeBase64(value.bytes); }
-    json operator()(const CSettingsRecord::Nested&) const { return nullptr; }
+    Json operator()(NullValue) const { return nullptr; }
+    Json operator()(bool value) const { return value; }
+    Json operator()(std::int32_t value) const { return value; }
+    Json operator()(double value) const { return std::isfinite(value) ? Json(value) : Json(nullptr); }
+    Json operator()(const std::string& value) const { return TextFromBytes(value); }
+    Json operator()(const WideText& value) const { return TextFromBytes(value.utf8); }
+    Json operator()(const AtomValue& value) const { return TextFromBytes(value.name); }
+    Json operator()(const BinaryValue& value) const { return EncodeBase64(value.bytes); }
+    Json operator()(const CSettingsRecord::Nested&) const { return nullptr; }
 };
 
-json EntryReport(const CSecretEntries& secrets, CCabView cab, const std::string& key)
+Json EntryReport(const CSecretEntries& secrets, CCabView cab, const std::string& key)
 {
-    json report = {{"name", key}, {"type", "other"}, {"value", nullptr}};
+    Json report = {{"name", key}, {"type", "other"}, {"value", nullptr}};
     if (const CCabView nested = cab.Cab(key.c_str())) {
         report["type"] = TypeWord(CSettingsRecord::Nested());
         report["value"] = CabReport(secrets.Under(key, nested), nested);
     } else if (const auto value = ValueFromCab(cab, key.c_str())) {
         report["type"] = TypeWord(*value);
-        report["value"] = secrets.Hides(key, *value) ? json(kMaskedPassword) : std::visit(ValueAsReport{}, *value);
+        report["value"] = secrets.Hides(key, *value) ? Json(kMaskedPassword) : std::visit(ValueAsReport{}, *value);
     }
     return report;
 }
 
-json CabReport(const CSecretEntries& secrets, CCabView cab)
+Json CabReport(const CSecretEntries& secrets, CCabView cab)
 {
-    json list = json::array();
+    Json list = Json::array();
     for (const std::string& key : cab.Keys()) list.push_back(EntryReport(secrets, cab, key));
     return list;
 }
 
-json StepReport(const SequenceSource& source, const SequenceStep& step)
+Json StepReport(const SequenceSource& source, const SequenceStep& step)
 {
-    json report = {{"number", step.number},
+    Json report = {{"number", step.number},
                    {"handler", TextFromBytes(step.handler)},
                    {"title", step.IsAvailable() ? TextFromBytes(HostTitle(step.runsAs)) : ""},
                    {"available", step.IsAvailable()},
@@ -70,7 +68,7 @@ json StepReport(const SequenceSource& source, const SequenceStep& step)
 
 /// The steps as they are told, and what is told of all of them.
 struct StepReports {
-    json groups = json::array();
+    Json groups = Json::array();
     std::string saveSteps;  // their numbers
 };
 
@@ -80,7 +78,7 @@ StepReports ReportSteps(const SequenceSource& source)
     int group = -1;
     ForEachStep(source, [&](const SequenceStep& step) {
         if (step.group != group)
-            reports.groups.push_back({{"label", TextFromBytes(step.label)}, {"steps", json::array()}});
+            reports.groups.push_back({{"label", TextFromBytes(step.label)}, {"steps", Json::array()}});
         group = step.group;
         reports.groups.back()["steps"].push_back(StepReport(source, step));
         if (DescribeStep(step.handler).saves)
@@ -90,14 +88,14 @@ StepReports ReportSteps(const SequenceSource& source)
     return reports;
 }
 
-void AddSource(json& list, const std::string& path, const char* kind)
+void AddSource(Json& list, const std::string& path, const char* kind)
 {
     list.push_back({{"path", TextFromBytes(path)}, {"kind", kind}});
 }
 
-json SourcesReport(const SequenceSource& source)
+Json SourcesReport(const SequenceSource& source)
 {
-    json list = json::array();
+    Json list = Json::array();
     if (source.workflow) {
         for (const WorkflowSource& one : source.workflow->sources)
             AddSource(list, one.path, one.isFolder ? "folder" : "file");
@@ -112,7 +110,7 @@ json SourcesReport(const SequenceSource& source)
     return list;
 }
 
-json InputReport(CSequenceInput input)
+Json InputReport(CSequenceInput input)
 {
     switch (const int kind = input.Kind()) {
         case kInputFiles:
@@ -126,7 +124,7 @@ json InputReport(CSequenceInput input)
     }
 }
 
-json OutputReport(CCabView output, const std::string& saveSteps)
+Json OutputReport(CCabView output, const std::string& saveSteps)
 {
     const OutputSettings settings = OutputSettings::Read(output);
     switch (settings.kind) {
@@ -147,7 +145,7 @@ json OutputReport(CCabView output, const std::string& saveSteps)
 
 }  // namespace
 
-nlohmann::json SequenceReport(const SequenceSource& source)
+Json SequenceReport(const SequenceSource& source)
 {
     StepReports steps = ReportSteps(source);
     const bool titled = source.workflow.has_value();

@@ -3,8 +3,8 @@
 
 #include "sequence/SequenceFile.h"
 
-#include <nlohmann/json_fwd.hpp>
 #include <string>
+#include "protocol/JsonType.h"
 
 /// Throws CHostException.
-[[nodiscard]] nlohmann::json SequenceReport(const SequenceSource& source);
+[[nodiscard]] Json SequenceReport(const SequenceSource& source);

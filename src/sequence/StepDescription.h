@@ -5,7 +5,7 @@
 #include "base/Expected.h"
 #include "sequence/XmlForm.h"
 
-#include <nlohmann/json_fwd.hpp>
+#include "protocol/JsonType.h"
 #include <optional>
 #include <span>
 #include <string>
@@ -44,7 +44,7 @@ struct StepTemplate {
     const char* name = nullptr;  ///< null: there is none
     /// `words`: the object under the template's name in the job. A failure says which word is wrong, and tells no
     /// values.
-    Expected<WorkflowCommand> (*make)(const nlohmann::json& words) = nullptr;
+    Expected<WorkflowCommand> (*make)(const Json& words) = nullptr;
 };
 
 /// Lives as long as the program. What a new step leaves out is the careful choice.

@@ -1,18 +1,16 @@
 #include "sequence/StepMaking.h"
 
-#include "sequence/JsonFields.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/StepDescription.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <utility>
+#include "protocol/Json.h"
 
 namespace {
 
-using nlohmann::json;
 using Value = CSettingsRecord::Value;
 
 /// The colon would lead into a nested cab.
@@ -22,7 +20,7 @@ bool IsParameterName(const std::string& name)
     return !name.empty() && std::all_of(name.begin(), name.end(), fits);
 }
 
-Expected<CSettingsRecord> ItemsFromObject(const json& object)
+Expected<CSettingsRecord> ItemsFromObject(const Json& object)
 {
     CSettingsRecord items;
     for (const auto& [name, value] : object.items()) {
@@ -35,14 +33,14 @@ Expected<CSettingsRecord> ItemsFromObject(const json& object)
     return items;
 }
 
-Expected<Value> NestedFromObject(const json& object)
+Expected<Value> NestedFromObject(const Json& object)
 {
     auto items = ItemsFromObject(object);
     if (!items) return Failure(items.Error());
     return Value(std::make_shared<const CSettingsRecord>(std::move(*items)));
 }
 
-bool IsTyped(const json& object)
+bool IsTyped(const Json& object)
 {
     const auto type = object.find("type");
     if (type == object.end() || !type->is_string()) return false;
@@ -50,10 +48,10 @@ bool IsTyped(const json& object)
 }
 
 /// {"type": word, "value": …}; the value as JSON knows it, or as the text that a file would hold.
-Expected<Value> TypedFromJson(const json& object)
+Expected<Value> TypedFromJson(const Json& object)
 {
     const std::string type = object.at("type");
-    const json value = object.value("value", json());
+    const Json value = object.value("value", Json());
     if (type == "null") return Value(NullValue{});
     if (type == "cab" && value.is_object()) return NestedFromObject(value);
     if (type == "boolean" && value.is_boolean()) return Value(value.get<bool>());
@@ -61,17 +59,17 @@ Expected<Value> TypedFromJson(const json& object)
         return ValueFromJson(value);
     if (type == "double" && value.is_number()) return Value(value.get<double>());
     if (value.is_string() && type != "boolean" && type != "integer" && type != "double")
-        if (auto made = ItemValue(type, BytesIn(object, "value"))) return std::move(*made);
+        if (auto made = ItemValue(type, BytesAt(object, "value"))) return std::move(*made);
     return Failure("there is no type \"" + type + "\", or the value is not of it.");
 }
 
-Expected<WorkflowCommand> StepFromJson(const json& step)
+Expected<WorkflowCommand> StepFromJson(const Json& step)
 {
     WorkflowCommand command;
-    command.handlerName = BytesIn(step, "handler");
-    command.label = BytesIn(step, "label");
+    command.handlerName = BytesAt(step, "handler");
+    command.label = BytesAt(step, "label");
     if (command.handlerName.empty()) return Failure("it has no \"handler\".");
-    const json parameters = step.value("parameters", json::object());
+    const Json parameters = step.value("parameters", Json::object());
     if (!parameters.is_object()) return Failure("\"parameters\" is no object.");
     auto items = ItemsFromObject(parameters);
     if (!items) return Failure("\"parameters\", " + items.Error());
@@ -81,12 +79,12 @@ Expected<WorkflowCommand> StepFromJson(const json& step)
 
 using Commands = std::vector<WorkflowCommand>;
 
-Expected<Commands> ListedSteps(const json& job)
+Expected<Commands> ListedSteps(const Json& job)
 {
-    const json steps = job.value("steps", json());
+    const Json steps = job.value("steps", Json());
     if (!steps.is_array() || steps.empty()) return Failure("Name a \"template\" or at least one of the \"steps\".");
     Commands commands;
-    for (const json& step : steps) {
+    for (const Json& step : steps) {
         auto command = step.is_object() ? StepFromJson(step) : Failure("it is no object.");
         if (!command) return Failure("Step " + std::to_string(commands.size() + 1) + ": " + command.Error());
         commands.push_back(std::move(*command));
@@ -95,15 +93,15 @@ Expected<Commands> ListedSteps(const json& job)
 }
 
 /// The step that saves each document; one without any wishes when `output` is null.
-Expected<WorkflowCommand> SaveStepFromWords(const json& output, const char* converter = "")
+Expected<WorkflowCommand> SaveStepFromWords(const Json& output, const char* converter = "")
 {
     if (!output.is_object() && !output.is_null()) return Failure("\"output\" is no object.");
-    return MakeSaveStep({.folder = BytesIn(output, "folder"),
-                         .prefix = BytesIn(output, "prefix"),
-                         .suffix = BytesIn(output, "suffix"),
-                         .converter = output.contains("converter") ? BytesIn(output, "converter") : converter,
-                         .overwrite = FlagIn(output, "overwrite", false),
-                         .optimize = FlagIn(output, "optimize", true)});
+    return MakeSaveStep({.folder = BytesAt(output, "folder"),
+                         .prefix = BytesAt(output, "prefix"),
+                         .suffix = BytesAt(output, "suffix"),
+                         .converter = output.contains("converter") ? BytesAt(output, "converter") : converter,
+                         .overwrite = FlagAt(output, "overwrite"),
+                         .optimize = FlagAt(output, "optimize", true)});
 }
 
 /// Templates that only save.
@@ -125,7 +123,7 @@ std::string TemplateNames()
     return text;
 }
 
-Expected<Commands> TemplateSteps(const json& job, const std::string& name)
+Expected<Commands> TemplateSteps(const Json& job, const std::string& name)
 {
     Commands commands;
     const char* converter = nullptr;
@@ -133,13 +131,13 @@ Expected<Commands> TemplateSteps(const json& job, const std::string& name)
         if (name == saving.name) converter = saving.converter;
     for (const StepDescription* step : OwnSteps()) {
         if (!step->fromWords.name || name != step->fromWords.name) continue;
-        auto made = step->fromWords.make(job.value(name, json::object()));
+        auto made = step->fromWords.make(job.value(name, Json::object()));
         if (!made) return Failure(made.Error());
         commands.push_back(std::move(*made));
         converter = "";
     }
     if (!converter) return Failure("There is no template \"" + name + "\"; choose " + TemplateNames() + ".");
-    auto save = SaveStepFromWords(job.value("output", json::object()), converter);
+    auto save = SaveStepFromWords(job.value("output", Json::object()), converter);
     if (!save) return Failure(save.Error());
     commands.push_back(std::move(*save));
     return commands;
@@ -147,7 +145,7 @@ Expected<Commands> TemplateSteps(const json& job, const std::string& name)
 
 }  // namespace
 
-Expected<CSettingsRecord::Value> ValueFromJson(const json& value)
+Expected<CSettingsRecord::Value> ValueFromJson(const Json& value)
 {
     if (value.is_null()) return Value(NullValue{});
     if (value.is_boolean()) return Value(value.get<bool>());
@@ -158,14 +156,14 @@ Expected<CSettingsRecord::Value> ValueFromJson(const json& value)
             return Failure("the number does not fit into 32 bits.");
         return Value(value.get<std::int32_t>());
     }
-    if (value.is_string()) return Value(WideText{BytesIn(json{{"text", value}}, "text")});
+    if (value.is_string()) return Value(WideText{BytesAt(Json{{"text", value}}, "text")});
     if (!value.is_object()) return Failure("a list is no value.");
     return IsTyped(value) ? TypedFromJson(value) : NestedFromObject(value);
 }
 
-Expected<std::vector<WorkflowCommand>> StepsFromJob(const json& job)
+Expected<std::vector<WorkflowCommand>> StepsFromJob(const Json& job)
 {
-    if (const std::string name = BytesIn(job, "template"); !name.empty()) return TemplateSteps(job, name);
+    if (const std::string name = BytesAt(job, "template"); !name.empty()) return TemplateSteps(job, name);
     auto commands = ListedSteps(job);
     if (!commands || !job.contains("output")) return commands;
     auto save = SaveStepFromWords(job.at("output"));

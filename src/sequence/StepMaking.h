@@ -4,12 +4,12 @@
 #include "base/Expected.h"
 #include "sequence/XmlForm.h"
 
-#include <nlohmann/json_fwd.hpp>
+#include "protocol/JsonType.h"
 
 // The fields are listed in SequenceJobs.h. A failure says which field is wrong; it tells no values.
 
 /// The steps of a template, or those listed under "steps", and the save step of "output".
-[[nodiscard]] Expected<std::vector<WorkflowCommand>> StepsFromJob(const nlohmann::json& job);
+[[nodiscard]] Expected<std::vector<WorkflowCommand>> StepsFromJob(const Json& job);
 
 /// One value of a step's parameters.
-[[nodiscard]] Expected<CSettingsRecord::Value> ValueFromJson(const nlohmann::json& value);
+[[nodiscard]] Expected<CSettingsRecord::Value> ValueFromJson(const Json& value);

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
 #include <sstream>
+#include "protocol/Json.h"
 
 #include "cli/CommandError.h"
 #include "cli/Console.h"
@@ -47,7 +47,7 @@ struct Scene {
     }
 };
 
-nlohmann::json Job(const std::vector<std::string>& words)
+Json Job(const std::vector<std::string>& words)
 {
     auto parsed = cli::ParseArguments(*cli::FindCommand("sequence new"), words);
     EXPECT_TRUE(parsed.arguments) << parsed.problem;
@@ -175,7 +175,7 @@ TEST(Summary, JsonCountsEveryClassAndSurvivesNamesThatAreNoText)
     run.result.exit = ExitClass::SomeNotSaved;
     run.result.recordPath = "/r\xFF";
     run.result.message = "it \"ends\"";
-    const auto json = nlohmann::json::parse(cli::SummaryJson(run.result));
+    const auto json = Json::parse(cli::SummaryJson(run.result));
     EXPECT_EQ(json["end"], "not-all-fine");
     EXPECT_EQ(json["total"], 1);
     EXPECT_EQ(json["outcomes"]["copied-unchanged"], 1);
@@ -282,14 +282,14 @@ TEST(SequenceNew, TakesPasswordsFromTheFirstLineOfFiles)
     const auto job = Job({folder / "p.sequ", "--template", "protect", "--owner-password-file",
                           folder.Write("o", " blanks count \r\nsecond line"), "--user-password-file",
                           folder.Write("u", "K\xC3\xA4se"), "--method", "aes128", "--allow", "print, copy"});
-    EXPECT_EQ(job["protect"], nlohmann::json({{"method", "aes128"},
-                                              {"ownerPassword", " blanks count "},
-                                              {"userPassword", "K\xC3\xA4se"},
-                                              {"allow", {"print", "copy"}}}));
+    EXPECT_EQ(job["protect"], Json({{"method", "aes128"},
+                                    {"userPassword", "K\xC3\xA4se"},
+                                    {"ownerPassword", " blanks count "},
+                                    {"allow", {"print", "copy"}}}));
     EXPECT_EQ(job["kind"], "sequence-new");
     EXPECT_EQ(job["overwrite"], false);
     EXPECT_FALSE(job["output"].contains("folder"));
-    EXPECT_EQ(Job({"p", "--template", "protect", "--allow", "none"})["protect"]["allow"], nlohmann::json::array());
+    EXPECT_EQ(Job({"p", "--template", "protect", "--allow", "none"})["protect"]["allow"], Json::array());
     EXPECT_FALSE(Job({"p", "--template", "protect"})["protect"].contains("allow"));
 }
 
@@ -307,7 +307,7 @@ TEST(SequenceNew, RefusesWhatCannotBeMeant)
 
 TEST(SequenceShow, PrintsStepsWithNestedParameters)
 {
-    const auto sequence = nlohmann::json::parse(R"({"path":"/s.sequ","form":"xml","title":"T","description":"",
+    const auto sequence = Json::parse(R"({"path":"/s.sequ","form":"xml","title":"T","description":"",
         "holdsPasswords":true,"sources":[],"input":{"kind":"ask-user","words":"asked for"},
         "output":{"kind":"none","words":"the save step"},"groups":[{"label":"G","steps":[
         {"number":1,"handler":"H","title":"Protect","available":true,"prompts":false,"parameters":[

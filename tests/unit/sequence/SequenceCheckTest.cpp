@@ -1,13 +1,11 @@
 #include "SequenceFixture.h"
 
-using nlohmann::json;
-
 namespace {
 
 using SequenceCheck = CSequenceJobs;
 
 /// With inputs and an output folder, so that only the steps are left to be blamed.
-const json kSupplied = {{"inputs", json::array({"/in"})}, {"output", "/out"}};
+const Json kSupplied = {{"inputs", Json::array({"/in"})}, {"output", "/out"}};
 
 }  // namespace
 
@@ -21,16 +19,16 @@ TEST_F(SequenceCheck, FindsWhereResultsAndInputsAreAtRisk)
                       password = Item("EncryptionMethod", "integer", "3") +
                                  Item("PasswordProtect", "boolean", "true") + Item("Password", "text", "secret") +
                                  Item("CanExtractPages", "boolean", "true");
-    const json onlyInput = {{"inputs", json::array({"/in"})}},
-               deleting = {{"inputs", json::array({"/in"})}, {"finalAction", "delete"}},
-               copying = {{"inputs", json::array({"/in"})}, {"finalAction", "copy"}};
+    const Json onlyInput = {{"inputs", Json::array({"/in"})}},
+               deleting = {{"inputs", Json::array({"/in"})}, {"finalAction", "delete"}},
+               copying = {{"inputs", Json::array({"/in"})}, {"finalAction", "copy"}};
     const struct {
         std::string steps;
-        json settings;
+        Json settings;
         const char* codes;
     } rows[] = {
         {Save(), kSupplied, ""},
-        {Save(), json::object(), "note no-source, note saves-beside-input 1"},
+        {Save(), Json::object(), "note no-source, note saves-beside-input 1"},
         {noTarget, kSupplied, "warning save-without-target 1"},
         {Save(overwrite), kSupplied, ""},
         {Save(overwrite), onlyInput, "warning save-in-place 1"},
@@ -126,9 +124,9 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
     };
     for (const auto& row : rows) {
         std::string codes;
-        const json report =
+        const Json report =
             Answer(CheckSequence({{"path", Steps(Protect(row.items) + Save())}, {"description", kSupplied}}));
-        for (const json& finding : report["findings"])
+        for (const Json& finding : report["findings"])
             if (finding["code"] != "holds-passwords" && finding["code"] != "metadata-readable")
                 codes += (codes.empty() ? "" : ", ") + finding["severity"].get<std::string>() + ' ' +
                          finding["code"].get<std::string>();
@@ -140,8 +138,8 @@ TEST_F(SequenceCheck, SaysOnceThatThereIsMoreOfAKind)
 {
     std::string steps = Step("NoSuchStep");
     for (int number = 0; number < 150; ++number) steps += Step("CALS_PREFLIGHT_CMD");
-    const json report = Answer(CheckSequence({{"path", Steps(steps + Save())}, {"description", kSupplied}}));
-    const json& findings = report["findings"];
+    const Json report = Answer(CheckSequence({{"path", Steps(steps + Save())}, {"description", kSupplied}}));
+    const Json& findings = report["findings"];
     ASSERT_EQ(findings.size(), 101u);
     EXPECT_EQ(findings[100]["text"], "... and 51 more of this kind.");
     EXPECT_EQ(findings[100]["severity"], "error");
@@ -198,10 +196,10 @@ TEST_F(SequenceCheck, TellsWhyAFileIsNoSequence)
                 {"<Batch/>", "wrong-root", 1, 1},
                 {"<Workflow><Group/></Workflow>", "no-commands", 1, 1}};
     for (const auto& row : rows) {
-        const json report = Answer(CheckSequence({{"path", Folder().Write("x.sequ", row.bytes)}}));
+        const Json report = Answer(CheckSequence({{"path", Folder().Write("x.sequ", row.bytes)}}));
         EXPECT_EQ(report["ok"], false) << row.bytes;
         ASSERT_EQ(report["findings"].size(), 1u) << row.bytes;
-        const json& finding = report["findings"][0];
+        const Json& finding = report["findings"][0];
         EXPECT_EQ(finding["code"], row.code) << row.bytes;
         EXPECT_EQ(finding.value("line", 0), row.line) << row.bytes;
         EXPECT_EQ(finding.value("column", 0), row.column) << row.bytes;

@@ -8,16 +8,14 @@
 
 #include <filesystem>
 
-using nlohmann::json;
-
 namespace {
 
 namespace fs = std::filesystem;
 
 class SequenceConvert : public CSequenceJobs {
 protected:
-    json Convert(const std::string& path, const std::string& to, const std::string& target,
-                 json more = json::object())
+    Json Convert(const std::string& path, const std::string& to, const std::string& target,
+                 Json more = Json::object())
     {
         more.update({{"path", path}, {"to", to}, {"target", target}});
         return Answer(ConvertSequence(more));
@@ -51,10 +49,10 @@ TEST_F(SequenceConvert, EveryRealSequenceComesBackEqual)
         const std::string path = entry.path().string(), name = entry.path().filename().string();
         if (entry.path().extension() != ".sequ" || name == "not-a-workflow-root.sequ") continue;
         const std::string host = Folder() / (name + ".host"), xml = Folder() / (name + ".xml");
-        const json there = Convert(path, "host", host);
+        const Json there = Convert(path, "host", host);
         ASSERT_FALSE(there.contains("failed")) << there;
         const auto original = ReadWorkflowFile(path);
-        const json back =
+        const Json back =
             Convert(host, "xml", xml, {{"title", original->title}, {"description", original->description}});
         ASSERT_FALSE(back.contains("failed")) << back;
         const auto again = ReadWorkflowFile(xml);
@@ -124,7 +122,7 @@ TEST_F(SequenceConvert, NamesWhatTheHostsFormSaysAndXmlCannot)
             EXPECT_TRUE(Convert(path, "xml", target).contains("failed"));
             EXPECT_FALSE(fs::exists(target));
         }
-        const json answer = Convert(path, "xml", target, {{"allowLoss", hasError}});
+        const Json answer = Convert(path, "xml", target, {{"allowLoss", hasError}});
         EXPECT_EQ(Codes(answer, "losses"), row.codes);
         EXPECT_TRUE(ReadWorkflowFile(target)) << "what was written is no sequence";
     }
@@ -133,7 +131,7 @@ TEST_F(SequenceConvert, NamesWhatTheHostsFormSaysAndXmlCannot)
 TEST_F(SequenceConvert, RefusesWhatNoTextCanHold)
 {
     const std::string path = HostSequence([](CCab& s) { s.PutString("Commands:0:Params:name", "\xFF"); });
-    const json answer = Convert(path, "xml", Folder() / "x.sequ", {{"allowLoss", true}});
+    const Json answer = Convert(path, "xml", Folder() / "x.sequ", {{"allowLoss", true}});
     EXPECT_EQ(answer["failed"], "The sequence " + path +
                                     " cannot be converted: In step 1 the item \"name\" is no text "
                                     "that XML can hold.");
@@ -149,10 +147,10 @@ TEST_F(SequenceConvert, OutputSettingsBecomeAStepThatDoesTheSame)
     });
     const std::string target = Folder() / "x.sequ";
     ASSERT_FALSE(Convert(path, "xml", target, {{"allowLoss", true}}).contains("failed"));
-    const json shown = Answer(ShowSequence({{"path", target}}));
-    const json& save = shown["groups"][1]["steps"][0];
+    const Json shown = Answer(ShowSequence({{"path", target}}));
+    const Json& save = shown["groups"][1]["steps"][0];
     EXPECT_EQ(save["handler"], "WorkflowPlaybackSaveFiles");
-    EXPECT_EQ(save["parameters"], json::parse(R"([{"name":"AddToBaseName","type":"boolean","value":true},
+    EXPECT_EQ(save["parameters"], Json::parse(R"([{"name":"AddToBaseName","type":"boolean","value":true},
                               {"name":"DocSaveDestType","type":"string","value":"WorkflowPlaybackSaveInAFolder"},
                               {"name":"FileVariation","type":"integer","value":2},
                               {"name":"InsertAfterBaseName","type":"string","value":"-x"},

@@ -5,18 +5,15 @@
 #include "support/PlugInHost.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <string>
+#include "protocol/Json.h"
 
 class CSequenceJobs : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(m_host.Started()); }
 
     /// Answers the report, or {"failed": sentence}.
-    static nlohmann::json Answer(const Expected<nlohmann::json>& answer)
-    {
-        return answer ? *answer : nlohmann::json{{"failed", answer.Error()}};
-    }
+    static Json Answer(const Expected<Json>& answer) { return answer ? *answer : Json{{"failed", answer.Error()}}; }
 
     /// A file of the test's folder, which every test has for itself.
     const CTemporaryFolder& Folder() const { return m_folder; }
@@ -31,7 +28,7 @@ protected:
     }
 
     /// The codes that a check finds, with severity and step: "warning saves-nothing, error parameter-type 1".
-    static std::string Codes(const nlohmann::json& report, const char* list = "findings")
+    static std::string Codes(const Json& report, const char* list = "findings")
     {
         std::string codes;
         if (report.contains("failed")) return "failed: " + report["failed"].get<std::string>();
@@ -42,7 +39,7 @@ protected:
         }
         return codes;
     }
-    static std::string Check(const std::string& path, const nlohmann::json& settings = nlohmann::json::object())
+    static std::string Check(const std::string& path, const Json& settings = Json::object())
     {
         return Codes(Answer(CheckSequence({{"path", path}, {"description", settings}})));
     }

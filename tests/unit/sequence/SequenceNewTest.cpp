@@ -4,8 +4,6 @@
 
 #include <filesystem>
 
-using nlohmann::json;
-
 namespace {
 
 using SequenceNew = CSequenceJobs;
@@ -20,21 +18,21 @@ bool OthersMayRead(const std::string& path)
 
 TEST_F(SequenceNew, EveryTemplatePassesItsOwnCheck)
 {
-    const json protects[] = {{{"userPassword", "open \xC3\xA4"}},
+    const Json protects[] = {{{"userPassword", "open \xC3\xA4"}},
                              {{"ownerPassword", "own"}, {"allow", {"print"}}, {"method", "aes128"}},
-                             {{"userPassword", "a"}, {"ownerPassword", "b"}, {"allow", json::array()}}};
-    std::vector<json> jobs = {{{"template", "save"}}, {{"template", "text"}}};
-    for (const json& protect : protects) jobs.push_back({{"template", "protect"}, {"protect", protect}});
-    for (json& job : jobs) {
+                             {{"userPassword", "a"}, {"ownerPassword", "b"}, {"allow", Json::array()}}};
+    std::vector<Json> jobs = {{{"template", "save"}}, {{"template", "text"}}};
+    for (const Json& protect : protects) jobs.push_back({{"template", "protect"}, {"protect", protect}});
+    for (Json& job : jobs) {
         job["path"] = Folder() / "new.sequ";
         job["overwrite"] = true;
-        const json made = Answer(NewSequence(job));
+        const Json made = Answer(NewSequence(job));
         ASSERT_FALSE(made.contains("failed")) << made;
         EXPECT_EQ(made["holdsPasswords"], job["template"] == "protect") << job;
         if (kHasModes && job["template"] == "protect") {
             EXPECT_FALSE(OthersMayRead(job["path"])) << job;
         }
-        EXPECT_EQ(Check(job["path"], {{"inputs", json::array({"/in"})}, {"output", "/out"}}),
+        EXPECT_EQ(Check(job["path"], {{"inputs", Json::array({"/in"})}, {"output", "/out"}}),
                   job["template"] == "protect" ? "note holds-passwords, note metadata-readable 1" : "")
             << job;
     }
@@ -44,7 +42,7 @@ TEST_F(SequenceNew, WritesWhatWasAskedFor)
 {
     const std::string out = kSeparator == '\\' ? "C:\\out" : "/C/out";
     const std::string path = Folder() / "new.sequ";
-    const json job = {
+    const Json job = {
         {"path", path},
         {"title", "My <title>"},
         {"description", "two\nlines"},
@@ -53,7 +51,7 @@ TEST_F(SequenceNew, WritesWhatWasAskedFor)
          {{{"handler", "A:Step"},
            {"label", "First"},
            {"parameters",
-            json::parse(R"({"flag":true,"number":-3,"real":1.5,"text":"a\r\nb","none":null,"deep":{"x":{"y":1}},
+            Json::parse(R"({"flag":true,"number":-3,"real":1.5,"text":"a\r\nb","none":null,"deep":{"x":{"y":1}},
                             "atom":{"type":"atom","value":"DOS"},"string":{"type":"string","value":"s"},
                             "bytes":{"type":"binary","value":"AAE="},"whole":{"type":"double","value":2},
                             "cab":{"type":"cab","value":{"type":"x","value":"y"}}})")}}}},
@@ -67,7 +65,7 @@ TEST_F(SequenceNew, WritesWhatWasAskedFor)
     EXPECT_EQ(workflow->groups[0].label, "First");
     EXPECT_EQ(
         Answer(ShowSequence({{"path", path}}))["groups"][0]["steps"][0]["parameters"],
-        json::parse(R"([{"name":"atom","type":"atom","value":"DOS"},{"name":"bytes","type":"binary","value":"AAE="},
+        Json::parse(R"([{"name":"atom","type":"atom","value":"DOS"},{"name":"bytes","type":"binary","value":"AAE="},
         {"name":"cab","type":"cab","value":[{"name":"type","type":"text","value":"x"},{"name":"value","type":"text","value":"y"}]},
         {"name":"deep","type":"cab","value":[{"name":"x","type":"cab","value":[{"name":"y","type":"integer","value":1}]}]},
         {"name":"flag","type":"boolean","value":true},{"name":"none","type":"null","value":null},
@@ -86,16 +84,16 @@ TEST_F(SequenceNew, WritesWhatWasAskedFor)
 TEST_F(SequenceNew, RefusesWithoutTouchingAnything)
 {
     const std::string there = Folder().Write("there.sequ", "mine");
-    const json save = {{"template", "save"}};
+    const Json save = {{"template", "save"}};
     const struct {
         const char* name;
-        json job;
+        Json job;
         const char* reason;
     } rows[] = {
         {"there.sequ", save, "exists already"},
         {"no/folder.sequ", save, "cannot be written"},
         {"a.sequ", {{"template", "other"}}, "There is no template"},
-        {"a.sequ", json::object(), "at least one of the \"steps\""},
+        {"a.sequ", Json::object(), "at least one of the \"steps\""},
         {"a.sequ", {{"template", "protect"}}, "Give a password"},
         {"a.sequ", {{"template", "protect"}, {"protect", {{"userPassword", "  "}}}}, "Give a password"},
         {"a.sequ",
@@ -115,9 +113,9 @@ TEST_F(SequenceNew, RefusesWithoutTouchingAnything)
         {"a.sequ", {{"steps", {{{"handler", "DocSecurity"}, {"parameters", {{"a:b", 1}}}}}}}, "a:b"},
     };
     for (const auto& row : rows) {
-        json job = row.job;
+        Json job = row.job;
         job["path"] = Folder() / row.name;
-        const json answer = Answer(NewSequence(job));
+        const Json answer = Answer(NewSequence(job));
         ASSERT_TRUE(answer.contains("failed")) << job;
         const std::string reason = answer["failed"];
         EXPECT_NE(reason.find(row.reason), std::string::npos) << reason;

@@ -5,18 +5,16 @@
 
 #include <algorithm>
 
-using nlohmann::json;
-
 namespace {
 
 using SequenceShow = CSequenceJobs;
 
 /// Names and values of parameters, those of nested cabs in braces.
-std::string Values(const json& parameters)
+std::string Values(const Json& parameters)
 {
     std::string values;
-    for (const json& one : parameters) {
-        const json& value = one["value"];
+    for (const Json& one : parameters) {
+        const Json& value = one["value"];
         values += one["name"].get<std::string>() + "=" +
                   (value.is_array()    ? "{ " + Values(value) + "} "
                    : value.is_string() ? value.get<std::string>() + " "
@@ -45,23 +43,23 @@ TEST_F(SequenceShow, TellsTheStepsAndTheirParametersInOrder)
                                     "<Items name='c'>" + Item("s", "string", "&#xD;&lt;") + "</Items>") +
                  "</Group><Group label='empty'/><Group label='two'><Command name='WorkflowPlaybackSaveFiles' "
                  "promptUser='true'/></Group>");
-    const json report = Answer(ShowSequence({{"path", path}}));
+    const Json report = Answer(ShowSequence({{"path", path}}));
     EXPECT_EQ(report["form"], "xml");
     EXPECT_EQ(report["title"], "T");
     EXPECT_EQ(report["input"]["kind"], "folder");
-    EXPECT_EQ(report["sources"], json::parse(R"([{"path":"/in","kind":"folder"}])"));
-    EXPECT_EQ(report["output"], json::parse(R"({"kind":"none","words":"saves by step 2"})"));
+    EXPECT_EQ(report["sources"], Json::parse(R"([{"path":"/in","kind":"folder"}])"));
+    EXPECT_EQ(report["output"], Json::parse(R"({"kind":"none","words":"saves by step 2"})"));
     EXPECT_EQ(report["holdsPasswords"], false);
     ASSERT_EQ(report["groups"].size(), 2u);
     EXPECT_EQ(report["groups"][0]["label"], "one");
-    const json& first = report["groups"][0]["steps"][0];
+    const Json& first = report["groups"][0]["steps"][0];
     EXPECT_EQ(first["available"], false);
     EXPECT_EQ(first["parameters"],
-              json::parse(R"([{"name":"9","type":"atom","value":"A"},{"name":"10","type":"double","value":0.5},
+              Json::parse(R"([{"name":"9","type":"atom","value":"A"},{"name":"10","type":"double","value":0.5},
                               {"name":"a","type":"binary","value":"AAE="},{"name":"b","type":"integer","value":-7},
                               {"name":"c","type":"cab","value":[{"name":"s","type":"string","value":"\r<"}]},
                               {"name":"e","type":"text","value":""},{"name":"n","type":"null","value":null}])"));
-    const json& second = report["groups"][1]["steps"][0];
+    const Json& second = report["groups"][1]["steps"][0];
     EXPECT_EQ(second["number"], 2);
     EXPECT_EQ(second["title"], "Save");
     EXPECT_EQ(second["prompts"], true);
@@ -82,9 +80,9 @@ TEST_F(SequenceShow, ShowsTheHostsFormLikeXml)
     sequence.PutPointer("Commands:1:Params:p", "void", &sequence);
     const std::string path = Folder() / "h.sequ";
     ASSERT_TRUE(WriteCabFile(path, sequence.View()));
-    const json report = Answer(ShowSequence({{"path", path}}));
+    const Json report = Answer(ShowSequence({{"path", path}}));
     EXPECT_EQ(report["form"], "host");
-    EXPECT_EQ(report["sources"], (json{{{"path", Native("/C/in/a.pdf")}, {"kind", "file"}}}));
+    EXPECT_EQ(report["sources"], (Json{{{"path", Native("/C/in/a.pdf")}, {"kind", "file"}}}));
     EXPECT_EQ(report["output"]["words"], "saves in the folder " + Native("/C/out"));
     ASSERT_EQ(report["groups"].size(), 1u) << "neighbours of one title belong together";
     ASSERT_EQ(report["groups"][0]["steps"].size(), 2u);
@@ -128,11 +126,11 @@ TEST_F(SequenceShow, NeverTellsAPassword)
     std::string all;
     for (const auto& row : rows) all += row.step;
     const std::string path = Steps(all);
-    const json shown = Answer(ShowSequence({{"path", path}}));
+    const Json shown = Answer(ShowSequence({{"path", path}}));
     EXPECT_EQ(shown["holdsPasswords"], true);
     for (std::size_t step = 0; step < std::size(rows); ++step)
         EXPECT_EQ(Values(shown["groups"][0]["steps"][step]["parameters"]), rows[step].shown);
-    for (const json& answer :
+    for (const Json& answer :
          {shown, Answer(CheckSequence({{"path", path}})),
           Answer(ConvertSequence({{"path", path}, {"to", "host"}, {"target", Folder() / "h.sequ"}}))}) {
         EXPECT_EQ(answer.dump().find("Hunter2"), std::string::npos) << answer;

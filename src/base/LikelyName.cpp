@@ -6,6 +6,7 @@
 namespace {
 
 constexpr std::size_t kShortestBeginning = 3;
+constexpr std::size_t kLongestName = 100;  // nobody types more; comparing takes the square of it
 
 std::string Compared(std::string_view name)
 {
@@ -37,11 +38,12 @@ std::size_t Distance(const std::string& one, const std::string& other)
 
 }  // namespace
 
-std::string LikelyName(std::string_view typed, const std::vector<std::string>& names)
+std::string LikelyName(std::string_view typed, const std::vector<std::string>& names,
+                       std::size_t lettersForEachMistake)
 {
-    constexpr std::size_t kLettersForEachMistake = 3;
+    if (typed.size() > kLongestName) return {};
     const std::string wanted = Compared(typed);
-    std::size_t nearest = std::max<std::size_t>(wanted.size() / kLettersForEachMistake, 1) + 1;
+    std::size_t nearest = std::max<std::size_t>(wanted.size() / lettersForEachMistake, 1) + 1;
     std::string likely;
     for (const std::string& name : names) {
         const std::string known = Compared(name);

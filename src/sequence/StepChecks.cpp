@@ -1,6 +1,6 @@
 #include "sequence/StepChecks.h"
 
-#include "base/Text.h"
+#include "base/LikelyName.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
 #include "platform/Files.h"
@@ -11,9 +11,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <numeric>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -113,44 +110,11 @@ bool SameType(ASCabValueType type, ASCabValueType wanted)
            (type == kASValueInteger && wanted == kASValueDouble);
 }
 
-/// How many letters have to be changed, added or left out to get from one name to the other.
-std::size_t Distance(const std::string& one, const std::string& other)
-{
-    std::vector<std::size_t> row(other.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t at = 0; at < one.size(); ++at) {
-        std::size_t diagonal = std::exchange(row[0], at + 1);
-        for (std::size_t to = 0; to < other.size(); ++to) {
-            const std::size_t replaced = diagonal + (one[at] == other[to] ? 0 : 1);
-            diagonal = row[to + 1];
-            row[to + 1] = std::min({replaced, diagonal + 1, row[to] + 1});
-        }
-    }
-    return row.back();
-}
-
-/// The name that was probably meant; empty when none is near.
-std::string LikelyName(const std::string& key, const std::vector<std::string>& names)
-{
-    constexpr std::size_t kLongestKey = 100;
-    if (key.size() > kLongestKey) return {};
-    const std::string lower = ToLowerAscii(key);
-    std::string likely;
-    std::size_t nearest = std::max<std::size_t>(1, key.size() / 4) + 1;
-    for (const std::string& name : names) {
-        const std::size_t distance = Distance(lower, ToLowerAscii(name));
-        if (distance >= nearest) continue;
-        nearest = distance;
-        likely = name;
-    }
-    return likely;
-}
-
 /// A slip of the pen takes away what the sequence was to do, a password for instance.
 void TellUnknown(const std::string& key, CCabView defaults, CSequenceFindings& findings)
 {
     const std::string text = "The step has no parameter \"" + key + "\"; it is passed over.",
-                      likely = LikelyName(key, defaults.Keys());
+                      likely = LikelyName(key, defaults.Keys(), kWhenSure);
     if (likely.empty()) return findings.Warning("parameter-unknown", text);
     findings.Error("parameter-unknown", text + " Probably \"" + likely + "\" is meant; correct the name.");
 }

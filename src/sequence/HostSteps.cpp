@@ -52,7 +52,36 @@ void CheckSecurityStep(const SequenceStep& step, CSequenceFindings& findings)
 
 const OpenParameter kOfSecurityStep[] = {{kCryptHandler}};
 
+// ---- the preflight step
+
+void CheckProfile(const SequenceStep& step, CSequenceFindings& findings)
+{
+    constexpr char kName[] = "CALS_PREFLIGHT_CMD_PROFILE_NAME";
+    if (!step.parameters.Known(kName)) return;
+    findings.Note("profile-outside", "The preflight profile \"" + step.parameters.StringOrText(kName).value_or("") +
+                                         "\" is not in the file; the host must have it.");
+}
+
 // ---- the steps of which more is known than their names
+
+constexpr LocalisedParameter kMagnification[] = {{"Magnification"}};
+constexpr LocalisedParameter kCropTexts[] = {{"LeftText"}, {"RightText"}, {"TopText"}, {"BottomText"}};
+constexpr LocalisedParameter kPreset[] = {{kPresetNameKey, kRunOptimizerKey}};
+
+constexpr StepDescription KnownStep(std::string_view handler, std::span<const LocalisedParameter> localised)
+{
+    return {.handler = handler,
+            .maker = StepMaker::Host,
+            .secrecy = Secrecy::WhatSoundsLikePasswords,
+            .localised = localised};
+}
+
+constexpr StepDescription PreflightStep(std::string_view handler)
+{
+    StepDescription step = KnownStep(handler, {});
+    step.check = CheckProfile;
+    return step;
+}
 
 const StepDescription kDescribed[] = {{.handler = "DocSecurity",
                                        .maker = StepMaker::Host,
@@ -67,7 +96,12 @@ const StepDescription kDescribed[] = {{.handler = "DocSecurity",
                                       {.handler = kSaveStepHandler,
                                        .maker = StepMaker::Host,
                                        .saves = true,
-                                       .secrecy = Secrecy::WhatSoundsLikePasswords}};
+                                       .secrecy = Secrecy::WhatSoundsLikePasswords,
+                                       .localised = kPreset},
+                                      PreflightStep("CALS_PREFLIGHT_CMD"),
+                                      PreflightStep("CALS:Preflight"),
+                                      KnownStep("OpenInfo", kMagnification),
+                                      KnownStep("CropPages", kCropTexts)};
 
 // ---- the others
 

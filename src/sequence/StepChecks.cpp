@@ -5,12 +5,12 @@
 #include "hostcalls/Commands.h"
 #include "platform/Files.h"
 #include "sequence/Findings.h"
-#include "sequence/Keys.h"
 #include "sequence/SequenceFile.h"
 #include "sequence/StepDescription.h"
 
 #include <algorithm>
-#include <iterator>
+#include <span>
+#include <string>
 
 namespace {
 
@@ -40,41 +40,35 @@ void CheckPrompts(const SequenceStep& step, CSequenceFindings& findings)
     if (step.pauses) findings.Note("pauses", "The sequence pauses before the step, which a run does not do.");
 }
 
-// ---- what is not in the file, or reads differently elsewhere
+// ---- what reads differently elsewhere
 
-void CheckProfile(const SequenceStep& step, CSequenceFindings& findings)
+using Localised = std::span<const LocalisedParameter>;
+
+bool IsLocalised(const std::string& key, CCabView cab, Localised parameters)
 {
-    constexpr char kName[] = "CALS_PREFLIGHT_CMD_PROFILE_NAME";
-    if (!step.parameters.Known(kName)) return;
-    findings.Note("profile-outside", "The preflight profile \"" + step.parameters.StringOrText(kName).value_or("") +
-                                         "\" is not in the file; the host must have it.");
+    return std::ranges::any_of(parameters, [&](const LocalisedParameter& parameter) {
+        return key == parameter.name && (!parameter.onlyWith || cab.Bool(parameter.onlyWith, false));
+    });
 }
 
-/// Texts that hosts write in the language of their windows, found by the names of their entries.
-bool IsLocalised(const std::string& key)
-{
-    constexpr const char* kKeys[] = {"Magnification", "LeftText",   "RightText",
-                                     "TopText",       "BottomText", kPresetNameKey};
-    return std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
-}
-
-void CollectLocalised(CCabView cab, std::string& names)
+void CollectLocalised(CCabView cab, Localised parameters, std::string& names)
 {
     for (const std::string& key : cab.Keys()) {
         if (const CCabView nested = cab.Cab(key.c_str())) {
-            CollectLocalised(nested, names);
-        } else if (IsLocalised(key) && !IsAscii(cab.StringOrText(key.c_str()).value_or(""))) {
-            // The name of a preset that is not used does not matter.
-            if (key == kPresetNameKey && !cab.Bool(kRunOptimizerKey, false)) continue;
-            names += (names.empty() ? "" : ", ") + key + " \"" + cab.StringOrText(key.c_str()).value_or("") + '"';
+            CollectLocalised(nested, parameters, names);
+            continue;
         }
+        if (!IsLocalised(key, cab, parameters)) continue;
+        const std::string text = cab.StringOrText(key.c_str()).value_or("");
+        if (!IsAscii(text)) names += (names.empty() ? "" : ", ") + key + " \"" + text + '"';
     }
 }
 
-void CheckLocalised(CCabView cab, CSequenceFindings& findings)
+void CheckLocalised(CCabView cab, Localised parameters, CSequenceFindings& findings)
 {
+    if (parameters.empty()) return;
     std::string names;
-    CollectLocalised(cab, names);
+    CollectLocalised(cab, parameters, names);
     if (!names.empty())
         findings.Warning("localised-value",
                          "A value is in the language of the program that wrote the file, and a host "
@@ -152,11 +146,7 @@ void CheckStep(const SequenceStep& step, CStepDefaults& defaults, CSequenceFindi
     findings.About(&step);
     CheckAvailable(step, findings);
     CheckPrompts(step, findings);
-    // Steps of the plug-in have no such texts, so that one of that name may be a password.
-    if (DescribeMeantStep(step.handler).maker != StepMaker::Plugin) {
-        CheckProfile(step, findings);
-        CheckLocalised(step.parameters, findings);
-    }
+    CheckLocalised(step.parameters, description.localised, findings);
     if (step.IsAvailable() && description.maker == StepMaker::Plugin)
         CheckAgainstDefaults(step, defaults.Of(step.runsAs), findings);
     if (description.check) description.check(step, findings);

@@ -5,12 +5,12 @@
 #include "base/Expected.h"
 #include "sequence/XmlForm.h"
 
-#include "protocol/JsonType.h"
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+#include "protocol/JsonType.h"
 
 class CSequenceFindings;
 struct SequenceStep;
@@ -39,6 +39,12 @@ struct OpenParameter {
     Kind kind = Kind::Value;
 };
 
+/// A parameter with a text that hosts write in the language of their windows.
+struct LocalisedParameter {
+    std::string_view name;
+    const char* onlyWith = nullptr;  ///< it matters only when this flag beside it is set; null: always
+};
+
 /// A step that `sequence new` makes from words.
 struct StepTemplate {
     const char* name = nullptr;  ///< null: there is none
@@ -57,6 +63,7 @@ struct StepDescription {
     const char* script = nullptr;  ///< the parameter that holds the script it runs
     Secrecy secrecy = Secrecy::AllButOpen;
     std::span<const OpenParameter> open = {};
+    std::span<const LocalisedParameter> localised = {};  ///< as deep as they may be
     /// Adds what is to be said about one such step, which need not be available. May be null. Throws CHostException.
     void (*check)(const SequenceStep& step, CSequenceFindings& findings) = nullptr;
     StepTemplate fromWords = {};

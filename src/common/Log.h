@@ -20,9 +20,3 @@ public:
 
 /// The text with blanks in place of carriage returns, line feeds and NUL bytes.
 std::string OneLogLine(std::string_view text);
-
-/// A log that is never open.
-class CNullLog final : public CLogWriter {
-public:
-    bool Line(std::string_view) override { return false; }
-};

@@ -20,7 +20,7 @@ EnvironmentReader Environment(Variables variables)
 
 RunSettings Read(const char* name, const std::string& value)
 {
-    CNullLog log;
+    CMemoryLog log;
     return ReadRunSettings(Environment({{name, value}}), log);
 }
 

@@ -137,35 +137,6 @@ TEST(SecuritySettings, WorkIsThereForRestrictionsOrForPasswordsThatAreAskedFor)
     }
 }
 
-TEST(SecuritySettings, LookupIgnoresLetterCase)
-{
-    SecuritySettings settings;
-    settings.fileMapping = {{"report.pdf", "one"},
-                            {"UPPER.PDF", "two"},
-                            {"\xC3\x9C"
-                             "ber.pdf",
-                             "three"},                 // U umlaut
-                            {"\xD0\x96.pdf", "four"},  // Cyrillic zhe
-                            {"\xFFraw.pdf", "five"},   // no UTF-8
-                            {"empty.pdf", ""},
-                            {"REPORT.pdf", "never reached"}};
-    const struct {
-        const char* name;
-        std::optional<std::string> password;
-    } rows[] = {{"Report.PDF", "one"},
-                {"upper.pdf", "two"},
-                {"\xC3\xBC"
-                 "BER.pdf",
-                 "three"},
-                {"\xD0\xB6.PDF", "four"},
-                {"\xFFRAW.pdf", "five"},
-                {"empty.pdf", ""},
-                {"/in/report.pdf", std::nullopt},
-                {"other.pdf", std::nullopt},
-                {"", std::nullopt}};
-    for (const auto& row : rows) EXPECT_EQ(FindMappedPassword(settings, row.name), row.password) << row.name;
-}
-
 TEST(PasswordProtection, MethodCountsFromHostVersion9On)
 {
     const struct {
@@ -209,25 +180,29 @@ TEST(PasswordProtection, PasswordsAreTrimmedAndCut)
     }
 }
 
-TEST(PasswordProtection, LookupTableReplacesTheOpenPasswordOfListedFilesOnly)
+TEST(PasswordProtection, LookupTableReplacesTheOpenPasswordOfListedFilesInAnyLetterCase)
 {
     SecuritySettings settings;
     settings.password = "global";
     settings.permPassword = "permissions";
     settings.canPrint = false;
-    settings.fileMapping = {{"listed.pdf", " own "}};
+    settings.useFileMapping = true;
+    settings.fileMapping = {{"report.pdf", " own "}, {"UPPER.PDF", "two"},           {"\u00DCber.pdf", "three"},
+                            {"\u0416.pdf", "four"},  {"\xFFraw.pdf", "five"},  // no UTF-8
+                            {"empty.pdf", ""},       {"REPORT.pdf", "never reached"}};
     const struct {
-        bool useTable;
-        const char* fileName;
-        const char* password;
-    } rows[] = {{true, "LISTED.pdf", "own"}, {true, "other.pdf", "global"}, {false, "listed.pdf", "global"}};
+        const char *name, *password;
+    } rows[] = {{"Report.PDF", "own"},        {"upper.pdf", "two"},    {"\u00FCBER.pdf", "three"},
+                {"\u0436.PDF", "four"},       {"\xFFRAW.pdf", "five"}, {"empty.pdf", ""},
+                {"/in/report.pdf", "global"}, {"other.pdf", "global"}, {"", "global"}};
     for (const auto& row : rows) {
-        settings.useFileMapping = row.useTable;
-        const StandardSecurityRequest request = MakeSecurityRequest(settings, row.fileName, 21);
-        EXPECT_EQ(request.openPassword, row.password) << row.fileName;
+        const StandardSecurityRequest request = MakeSecurityRequest(settings, row.name, 21);
+        EXPECT_EQ(request.openPassword, row.password) << row.name;
         EXPECT_EQ(request.permissionsPassword, "permissions");
         EXPECT_EQ(request.permissions, 0xFFFFFFFBu);
     }
+    settings.useFileMapping = false;
+    EXPECT_EQ(MakeSecurityRequest(settings, "report.pdf", 21).openPassword, "global");
 }
 
 TEST(PasswordProtection, NoPasswordStandsInForOneThatShouldComeFromElsewhere)

@@ -5,6 +5,8 @@
 #include <filesystem>
 #ifndef _WIN32
 #include <sys/stat.h>
+
+#include <cerrno>
 #endif
 
 #include "platform/FileProblem.h"
@@ -45,7 +47,6 @@ TEST(Files, TellsWhatStandsAtAPath)
         {"none", false, false, false, FileProblem::Missing},
         {"file/below", false, false, false, FileProblem::Missing},
         {"none/below", false, false, false, FileProblem::Missing},
-        {"", false, true, true, FileProblem::IsAFolder},
 #ifndef _WIN32
         {"to file", true, false, true, FileProblem::None},
         {"to folder", false, true, true, FileProblem::IsAFolder},
@@ -55,7 +56,7 @@ TEST(Files, TellsWhatStandsAtAPath)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const auto path = folder.Path() + "/" + row.name;
+        const auto path = folder / row.name;
         EXPECT_EQ(platform::FileExists(path), row.file);
         EXPECT_EQ(platform::FolderExists(path), row.folder);
         EXPECT_EQ(platform::NameExists(path), row.taken);
@@ -216,3 +217,55 @@ TEST(Files, EveryFailureHasASentence)
     EXPECT_TRUE(platform::Failure(FileProblem::None));
     EXPECT_EQ(ProblemOf({123456}), FileProblem::Other);
 }
+
+#ifndef _WIN32
+
+TEST(Files, DeletingRemovesLinksAndCreatingFollowsThem)
+{
+    const CTemporaryFolder folder;
+    std::filesystem::create_symlink(folder.MakeFolder("real"), folder / "link");
+    EXPECT_TRUE(platform::CreateFolders(folder / "link/x"));
+    EXPECT_TRUE(platform::CreateFolders(folder / "link"));
+    EXPECT_TRUE(platform::FolderExists(folder / "real/x"));
+    EXPECT_TRUE(platform::DeleteFile(folder / "link"));
+    EXPECT_FALSE(platform::NameExists(folder / "link"));
+    EXPECT_TRUE(platform::FolderExists(folder / "real/x"));
+}
+
+TEST(Files, NamesNeedNotBeText)
+{
+    const CTemporaryFolder folder;
+    for (const char* name : {"\xFF", "\xC3\xA4", "z"}) folder.Write(name, "");
+    std::filesystem::create_symlink(".", folder / "link");
+    std::string order;
+    for (const auto& entry : platform::ListFolder(folder.Path())) order += entry.name + (entry.isFolder ? "/ " : " ");
+    EXPECT_EQ(order, "link/ z \xC3\xA4 \xFF ");
+}
+
+TEST(Files, AFileThatTellsNoSizeIsReadUpToTheLimit)
+{
+    platform::FileResult result;
+    EXPECT_FALSE(platform::ReadWholeFile("/proc/self/maps", 10, &result));
+    EXPECT_EQ(result.errorNumber, EFBIG);
+}
+
+TEST(Files, AnAtomicWriteGivesTheFileItsNewMode)
+{
+    const CTemporaryFolder folder;
+    const auto path = folder.Write("settings", "old");
+    std::filesystem::permissions(path, std::filesystem::perms(0666));
+    ASSERT_TRUE(platform::WriteFileAtomically(path, "new", platform::Readers::Owner));
+    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
+    EXPECT_EQ(platform::WriteFileAtomically("/dev/null", "new", platform::Readers::Owner).errorNumber, EINVAL);
+}
+
+TEST(Files, LinksOfOneFolderHaveOneCanonicalPath)
+{
+    const CTemporaryFolder folder;
+    const auto real = folder.MakeFolder("real");
+    std::filesystem::create_symlink("../real", real + "/loop");
+    EXPECT_EQ(platform::CanonicalPath(real + "/loop/loop/.."), platform::CanonicalPath(folder.Path()));
+    EXPECT_EQ(platform::CanonicalPath(real + "/loop/loop"), platform::CanonicalPath(real));
+}
+
+#endif

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -12,6 +13,9 @@
 #include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"
+#ifdef _WIN32
+#include "platform/Windows_win.h"
+#endif
 
 TEST(System, AnAddressLeadsToItsModule)
 {
@@ -69,3 +73,73 @@ TEST(System, ApplicationDataIsTheConfiguredFolderOrTheUsersOwn)
         EXPECT_TRUE(kSeparator == '\\' || own == folder / ".config") << own;
     }
 }
+
+#ifdef _WIN32
+
+TEST(System, VariablesAreText)
+{
+    SetEnvironmentVariableW(L"FERRULE_TEST", L"\u00E4\U0001F600");
+    EXPECT_EQ(platform::EnvironmentText("FERRULE_TEST"), "\xC3\xA4\xF0\x9F\x98\x80");
+    EXPECT_EQ(platform::EnvironmentText("FERRULE_TEST_ABSENT"), "");
+}
+
+TEST(System, PathsBecomeAbsolute)
+{
+    const std::string here = std::filesystem::current_path().string();
+    const struct {
+        std::string typed, absolute;
+    } rows[] = {{"C:\\a\\.\\b\\\\c\\..\\", "C:\\a\\b"},
+                {"C:/a/b", "C:\\a\\b"},
+                {"C:\\", "C:\\"},
+                {"\\\\?\\C:\\a\\b", "C:\\a\\b"},
+                {"\\\\server\\share\\a\\", "\\\\server\\share\\a"},
+                {"//server/share/a", "\\\\server\\share\\a"},
+                {"\\\\?\\UNC\\server\\share\\a", "\\\\server\\share\\a"},
+                {"\\\\?\\Volume{0}\\a", "\\\\?\\Volume{0}\\a"},
+                {"x\\y", here + "\\x\\y"}};
+    for (const auto& row : rows) EXPECT_EQ(platform::AbsolutePath(row.typed), row.absolute) << row.typed;
+}
+
+TEST(System, AnAddressInALibraryLeadsToIt)
+{
+    const auto library =
+        platform::ModulePath(reinterpret_cast<const void*>(GetProcAddress(GetModuleHandleA("kernel32"), "Sleep")));
+    const auto name = library.substr(library.rfind('\\') + 1);
+    EXPECT_TRUE(_stricmp(name.c_str(), "kernel32.dll") == 0 || _stricmp(name.c_str(), "kernelbase.dll") == 0)
+        << library;
+    EXPECT_TRUE(std::filesystem::exists(library));
+}
+
+#else
+
+TEST(System, AnAddressInALibraryLeadsToIt)
+{
+    const auto library = platform::ModulePath(reinterpret_cast<const void*>(&std::getenv));
+    EXPECT_NE(library.find("/libc"), std::string::npos) << library;
+}
+
+TEST(System, PathsBecomeAbsoluteWithoutGuessingWhereLinksLead)
+{
+    const CTemporaryFolder folder;
+    const std::string inside = std::filesystem::canonical(folder.MakeFolder("far/inside")).string();
+    std::filesystem::create_directory_symlink(inside, folder / "link");
+    EXPECT_EQ(platform::AbsolutePath(folder / "link/.."), std::filesystem::path(inside).parent_path().string());
+    EXPECT_EQ(platform::AbsolutePath(folder / "link"), folder / "link");
+    EXPECT_EQ(platform::AbsolutePath(folder.Path() + "/./a//b/"), folder / "a/b");
+    EXPECT_EQ(platform::AbsolutePath(folder.Path() + "/no/../such"), folder.Path() + "/no/../such");
+    EXPECT_EQ(platform::AbsolutePath("x"), (std::filesystem::current_path() / "x").string());
+    EXPECT_EQ(platform::AbsolutePath("/"), "/");
+}
+
+TEST(System, LocalTimeFollowsTheTimeZone)
+{
+    const auto hourIn = [](const char* zone) {
+        const CVariable variable("TZ", zone);
+        tzset();
+        return platform::LocalTimeNow().value().hour;
+    };
+    const int utc = hourIn("UTC0"), east = hourIn("XXX-5");
+    EXPECT_TRUE((east - utc + 24) % 24 == 5 || (east - utc + 24) % 24 == 6) << "the hour may turn in between";
+}
+
+#endif

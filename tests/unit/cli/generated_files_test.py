@@ -65,13 +65,11 @@ COMP_WORDS=("$@"); COMP_CWORD=$(( $# - 1 )); _ferrule; printf '%s\\n' "${COMPREP
                 if offered:
                     self.assertIn(offered, found)
 
-    def test_zsh_understands_its_file(self):
-        self.need("zsh")
-        subprocess.run(["zsh", "-n"], input=generated("zsh"), text=True, check=True)
-
-    def test_fish_understands_its_file(self):
-        self.need("fish")
-        subprocess.run(["fish", "--no-execute"], input=generated("fish"), text=True, check=True)
+    def test_zsh_and_fish_understand_their_files(self):
+        for program, check in (("zsh", "-n"), ("fish", "--no-execute")):
+            with self.subTest(program):
+                self.need(program)
+                subprocess.run([program, check], input=generated(program), text=True, check=True)
 
 
 if __name__ == "__main__":

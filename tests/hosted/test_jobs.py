@@ -31,9 +31,10 @@ def from_text(text):
 class Job:
     """Plays the supervisor: starts the host as a worker, hands it a job and inputs, answers and keeps what it says."""
 
-    def __init__(self, place, job, inputs=(), answer=None, arguments=()):
-        """`inputs`: paths; `answer(ask)`: what to answer an "act", by default "go", or "pretend" in a trial run."""
-        self.inputs, self.next = list(inputs), 0
+    def __init__(self, place, job, inputs=(), answer=None, arguments=(), finished=()):
+        """`inputs`: paths; `answer(ask)`: what to answer an "act", by default "go", or "pretend" in a trial run;
+        `finished`: those of which only the final action is left."""
+        self.inputs, self.next, self.finished = list(inputs), 0, finished
         self.acts, self.records, self.reports, self.remarks, self.states = [], [], [], [], {}
         self.end = self.end_message = None
         self.answer = answer or (lambda ask: "pretend" if job.get("dryRun") else "go")
@@ -75,8 +76,9 @@ class Job:
         if self.next == len(self.inputs):
             return None
         self.next += 1
-        path = to_text(self.inputs[self.next - 1])
-        return {"number": self.next, "total": len(self.inputs), "path": path, "toDo": "whole"}
+        path = self.inputs[self.next - 1]
+        return {"number": self.next, "total": len(self.inputs), "path": to_text(path),
+                "toDo": "final-action" if path in self.finished else "whole"}
 
     def note(self, said):
         kind = said["tell"]
@@ -125,10 +127,10 @@ class Jobs(JobTest):
         super().setUp()
         self.sequence = self.place.sequence("protect.sequ", [(PROTECT, protect_items()), (SAVE, save_items())])
 
-    def run_job(self, inputs, sequence=None, final=0, arguments=(), answer=None, **more):
+    def run_job(self, inputs, sequence=None, final=0, arguments=(), answer=None, finished=(), **more):
         place = self.place
         job = job_of("run", sequence or self.sequence, final, place.done, place.input, place.output, **more)
-        return Job(self.place, job, inputs, answer, arguments)
+        return Job(self.place, job, inputs, answer, arguments, finished)
 
     def test_a_plan_takes_several_places_or_those_that_the_sequence_names(self):
         self.write("a.pdf", "b.pdf")
@@ -157,6 +159,13 @@ class Jobs(JobTest):
                 done = Job(self.place, job if isinstance(job, dict) else {"kind": job})
                 self.assertEqual((done.end, done.code), ("not-started", 1), done)
                 self.assertNotEqual(done.end_message, "")
+
+    def test_only_the_final_action_is_left(self):
+        inputs = self.write("a.pdf", "b.pdf")
+        job = self.run_job(inputs, final=7, finished=inputs[:1])
+        self.assertEqual([(ask["number"], ask["purpose"], ask["act"]) for ask in job.acts],
+                         [(1, "final-action", "move"), (2, "output", "put"), (2, "final-action", "move")], job)
+        self.assertEqual((self.results(), self.place.names(self.place.done)), (["b.pdf"], ["a.pdf", "b.pdf"]))
 
     def test_an_incomplete_file_stays_where_it_is(self):
         sequence = self.place.sequence("some.sequ", [("Maker:Gone", {}), (SAVE, save_items())])

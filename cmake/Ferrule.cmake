@@ -9,7 +9,8 @@ endif()
 add_library(ferrule_options INTERFACE)
 target_compile_features(ferrule_options INTERFACE cxx_std_20)
 target_include_directories(ferrule_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
-target_compile_options(ferrule_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
+target_compile_options(ferrule_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror
+  -Wconversion -Wsign-conversion $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>)
 if(FERRULE_SANITIZE)
   # The compiler's guesses about uninitialised values are wrong for instrumented code of the standard library; the
   # release build keeps them.

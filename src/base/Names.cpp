@@ -45,3 +45,56 @@ bool NameComesBefore(std::string_view a, std::string_view b)
     if (restOfA.empty() != restOfB.empty()) return restOfA.empty();
     return a < b;
 }
+
+namespace {
+
+std::size_t FolderLength(std::string_view path) { return path.find_last_of(kSeparators) + 1; }
+
+// Counts up until the name is free; the pattern is "head", mark, number, tail.
+std::string FirstFree(const std::string& path, const std::string& head, std::string_view before,
+                      std::string_view behind, const NameTest& taken)
+{
+    if (!taken(path)) return path;
+    for (unsigned long long n = 1;; ++n) {
+        std::string candidate = head;
+        candidate.append(before).append(std::to_string(n)).append(behind);
+        if (!taken(candidate)) return candidate;
+    }
+}
+
+std::string ExtensionWithDot(const PathParts& parts) { return parts.hasDot ? "." + parts.extension : std::string(); }
+
+}  // namespace
+
+PathParts SplitPath(std::string_view path)
+{
+    PathParts parts;
+    const auto folderLength = FolderLength(path);
+    parts.folder = path.substr(0, folderLength);
+    const auto name = path.substr(folderLength);
+    const auto dot = name.rfind('.');
+    parts.hasDot = dot != std::string_view::npos;
+    parts.base = name.substr(0, dot);
+    if (parts.hasDot) parts.extension = name.substr(dot + 1);
+    return parts;
+}
+
+std::string FileName(std::string_view path) { return std::string(path.substr(FolderLength(path))); }
+
+std::string Extension(std::string_view path) { return SplitPath(path).extension; }
+
+std::string FolderOf(std::string_view path) { return std::string(path.substr(0, FolderLength(path))); }
+
+std::string WithTrailingSeparator(std::string_view folder)
+{
+    std::string result(folder);
+    if (!result.empty() && std::string_view(kSeparators).find(result.back()) == std::string_view::npos)
+        result += kSeparator;
+    return result;
+}
+
+std::string UniqueSpaced(const std::string& path, const NameTest& taken)
+{
+    const auto parts = SplitPath(path);
+    return FirstFree(path, parts.folder + parts.base, " (", ")" + ExtensionWithDot(parts), taken);
+}

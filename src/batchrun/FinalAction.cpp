@@ -1,6 +1,6 @@
 #include "batchrun/FinalAction.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "common/Log.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
@@ -126,8 +126,7 @@ std::string StartingProblem(const std::string& program, const std::string& input
 
 }  // namespace
 
-FinalActionOutcome ApplyFinalAction(const std::string& inputPath, const FinalActionRequest& request,
-                                      CLogWriter& log)
+FinalActionOutcome ApplyFinalAction(const std::string& inputPath, const FinalActionRequest& request, CLogWriter& log)
 {
     const std::string& destination = request.destination;
     const std::string target = TargetPath(inputPath, destination);

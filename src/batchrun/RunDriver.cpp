@@ -4,7 +4,7 @@
 #include "batchrun/FinalAction.h"
 #include "batchrun/WorkKinds.h"
 #include "common/Log.h"
-#include "engine/InputState.h"
+#include "engine/InputOpening.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
 

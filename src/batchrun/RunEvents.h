@@ -1,7 +1,7 @@
 // What a run tells whoever watches it, beside the log.
 #pragma once
 
-#include "engine/ProcessedFile.h"
+#include "engine/Work.h"
 #include "protocol/Outcomes.h"
 
 #include <string>

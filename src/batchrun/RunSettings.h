@@ -1,7 +1,7 @@
 // The settings of an unattended run, from the environment or from a description.
 #pragma once
 
-#include "engine/ExecutorSettings.h"
+#include "engine/Work.h"
 #include "protocol/RunDescription.h"
 
 #include <functional>

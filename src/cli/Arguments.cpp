@@ -228,7 +228,7 @@ std::optional<std::uint64_t> ParseSize(std::string_view text)
     double number = 0;
     const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || !std::isfinite(number) || number < 0) return std::nullopt;
-    const std::string unit = ToLowerAscii(std::string_view(rest, text.data() + text.size() - rest));
+    const std::string unit = ToLowerAscii(text.substr(static_cast<std::size_t>(rest - text.data())));
     const struct {
         const char* name;
         double bytes;

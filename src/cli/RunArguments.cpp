@@ -5,12 +5,12 @@
 #include <thread>
 #include <utility>
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Text.h"
 #include "cli/CommandError.h"
-#include "protocol/FinalAction.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
+#include "protocol/FinalAction.h"
 
 namespace cli {
 
@@ -64,7 +64,8 @@ std::string ReadDestination(const CArguments& arguments, const FinalActionFacts&
         return {};
     }
     if (place.empty())
-        FailUsage("the final action \"" + word + "\" needs --destination with the " + std::string(DestinationWord(action.destination)));
+        FailUsage("the final action \"" + word + "\" needs --destination with the " +
+                  std::string(DestinationWord(action.destination)));
     const bool hasSeparator = !FolderOf(place).empty();
     if (action.destination == Destination::NewName && hasSeparator)
         FailUsage("--destination: the final action \"rename\" takes a file name without a folder");

@@ -4,16 +4,15 @@
 #include <optional>
 #include "protocol/Json.h"
 
-#include "base/ByteText.h"
 #include "base/Text.h"
 #include "cli/CommandError.h"
-#include "protocol/FinalAction.h"
 #include "cli/Printable.h"
 #include "cli/RunArguments.h"
 #include "cli/Summary.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
+#include "protocol/FinalAction.h"
 #include "supervisor/Supervisor.h"
 
 namespace cli {

@@ -1,6 +1,5 @@
 #include "protocol/Json.h"
 
-#include "base/ByteText.h"
 #include "base/Text.h"
 #include "cli/Printable.h"
 #include "cli/SequenceCommands.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include "protocol/Json.h"
 
-#include "base/ByteText.h"
 #include "base/Text.h"
 #include "cli/Printable.h"
 #include "cli/ProgressMeter.h"
@@ -13,9 +12,8 @@ namespace cli {
 
 namespace {
 
-constexpr FileOutcome kOutcomes[] = {FileOutcome::Saved,      FileOutcome::CopiedUnchanged,
-                                          FileOutcome::Incomplete, FileOutcome::Failed,
-                                          FileOutcome::Skipped,    FileOutcome::Stopped};
+constexpr FileOutcome kOutcomes[] = {FileOutcome::Saved,  FileOutcome::CopiedUnchanged, FileOutcome::Incomplete,
+                                     FileOutcome::Failed, FileOutcome::Skipped,         FileOutcome::Stopped};
 
 std::string WithMessage(const std::string& text, const std::string& message)
 {

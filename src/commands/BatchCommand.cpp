@@ -2,8 +2,7 @@
 
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Application.h"
-#include "hostcalls/CommandErrors.h"
-#include "hostcalls/HandlerRegistration.h"
+#include "hostcalls/Commands.h"
 #include "sequence/StepDescription.h"
 
 #include <string_view>

@@ -1,13 +1,20 @@
-// The code pointers through which the host reaches a step: one static set per class, since the host says only which
-// command or handler it means.
 #pragma once
 
-#include "commands/BatchCommand.h"
-#include "commands/CommandGuard.h"
-#include "hostapi/HostConstants.h"
-#include "hostcalls/HostEntry.h"
-
+#include <functional>
 #include <stdexcept>
+
+#include "commands/BatchCommand.h"
+#include "hostapi/HostConstants.h"
+#include "hostapi/HostTypes.h"
+#include "hostcalls/HostFrame.h"
+
+// The guard that every callback of a step enters: the host understands a status or a truth value, nothing else.
+
+/// Runs `work`; whatever it throws becomes the in-error status and the command's last error.
+AVCommandStatus GuardStatus(AVCommand command, const std::function<AVCommandStatus()>& work) noexcept;
+
+// The code pointers through which the host reaches a step: one static set per class, since the host says only which
+// command or handler it means.
 
 /// Each callback finds the single object of its class, calls the matching operation and lets nothing out: what the
 /// operation throws becomes an in-error status (or a false answer) and the command's last error.

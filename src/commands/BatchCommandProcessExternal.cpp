@@ -1,6 +1,6 @@
 #include "commands/BatchCommandProcessExternal.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Text.h"
 #include "common/Log.h"
 #include "hostcalls/HostFrame.h"

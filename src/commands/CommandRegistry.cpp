@@ -4,7 +4,7 @@
 #include "commands/BatchCommandPasswordProtect.h"
 #include "commands/BatchCommandProcessExternal.h"
 #include "commands/CatalogCommands.h"
-#include "hostcalls/HandlerRegistration.h"
+#include "hostcalls/Commands.h"
 #include "sequence/StepDescription.h"
 
 #include <ranges>

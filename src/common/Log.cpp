@@ -1,9 +1,13 @@
 #include "common/Log.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "base/Names.h"
+#include "base/Overseer.h"
 #include "base/Text.h"
 #include "platform/Clock.h"
+#include "platform/Files.h"
 
 namespace {
 
@@ -40,4 +44,87 @@ bool CLogWriter::NameTime(std::string_view name, int indentTabs)
         name,
         FormatText("%02d/%02d/%d , %02d:%02d:%02d", now.day, now.month, now.year, now.hour, now.minute, now.second),
         indentTabs);
+}
+
+namespace {
+
+constexpr std::uint64_t kLargestLog = 2'000'000;  // bytes; a larger one is archived
+constexpr platform::LocalTime kNoTime = {.day = 0, .month = 0, .year = 0, .hour = -1, .minute = -1, .second = -1};
+
+}  // namespace
+
+CNumberedLog::CNumberedLog(Clock clock) : m_clock(std::move(clock)) {}
+
+CNumberedLog::~CNumberedLog() { Close(std::nullopt); }
+
+bool CNumberedLog::Open(const std::string& path, bool append, LogFrame frame)
+{
+    Close(std::nullopt);
+    m_frame = frame;
+    if (append && !ArchiveWhenLarge(path)) return false;
+    m_path = path;
+    if (!m_file.Open(path, append)) return false;
+    if (append) m_file.SeekEnd();
+    return WriteStart();
+}
+
+void CNumberedLog::Close(const std::optional<std::string>& pluginName)
+{
+    if (!IsOpen()) return;
+    if (m_frame == LogFrame::Own) WriteEnd(pluginName);
+    m_file.Close();
+}
+
+bool CNumberedLog::Line(std::string_view text)
+{
+    if (!IsOpen()) return false;
+    if (!m_file.Write(FormatText("%d: %s\r\n", static_cast<int>(m_nextLine), OneLogLine(text).c_str()))) return false;
+    ++m_nextLine;
+    return true;
+}
+
+platform::LocalTime CNumberedLog::Now() const { return m_clock().value_or(kNoTime); }
+
+bool CNumberedLog::WriteStart()
+{
+    if (m_frame == LogFrame::None) return true;
+    const platform::LocalTime now = Now();
+    Line(FormatText("LOG STARTED: %d/%d/%d , TIME: %d:%d:%d", now.day, now.month, now.year, now.hour, now.minute,
+                    now.second));
+    m_file.Flush();
+    return true;
+}
+
+void CNumberedLog::WriteEnd(const std::optional<std::string>& pluginName)
+{
+    const platform::LocalTime now = Now();
+    Line(FormatText("LOG STOPPED: %d/%d/%d , TIME: %d:%d:%d", now.day, now.month, now.year, now.hour, now.minute,
+                    now.second));
+    if (pluginName) NameValue("Plugin", *pluginName, 0);
+    NameValue("Acrobat viewer host application", m_facts.applicationName, 0);
+    NameValue("Language", m_facts.language, 0);
+    Line(FormatText("Software build date: %s, Adobe Acrobat version: %d.%d ", m_facts.buildDate.c_str(),
+                    m_facts.majorVersion, m_facts.minorVersion));
+}
+
+bool CNumberedLog::ArchiveWhenLarge(const std::string& path)
+{
+    if (!platform::FileExists(path)) return true;
+    const auto size = platform::FileSize(path);
+    if (!size) return false;
+    if (*size <= kLargestLog) return true;
+    // Another process may be writing to it: then it must not be renamed under its hands.
+    platform::CLogFile claim;
+    if (!claim.Open(path, true)) return false;
+    claim.Close();
+    const CUnwatched noDocument;
+    return platform::MoveFile(path, ArchivePath(path), platform::Existing::Fail).Ok();
+}
+
+std::string CNumberedLog::ArchivePath(const std::string& path) const
+{
+    const platform::LocalTime now = Now();
+    const PathParts parts = SplitPath(path);
+    return FormatText("%s-%d-%d-%d-%d-%d-%d.log", (parts.folder + parts.base).c_str(), now.day, now.month, now.year,
+                      now.hour, now.minute, now.second);
 }

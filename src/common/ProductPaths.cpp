@@ -1,6 +1,6 @@
 #include "common/ProductPaths.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include "common/SettingsFile.h"
 
 #include "base/Base64.h"
-#include "base/ByteText.h"
 #include "base/Text.h"
 #include "platform/FileProblem.h"
 

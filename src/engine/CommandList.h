@@ -1,13 +1,14 @@
-// The commands of a sequence, made for one input file.
 #pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "base/Expected.h"
 #include "hostcalls/Cab.h"
 #include "hostcalls/Commands.h"
 
-#include <optional>
-#include <string>
-#include <vector>
+// The commands of a sequence, made for one input file.
 
 class CLogWriter;
 
@@ -27,3 +28,17 @@ using CommandList = std::vector<SequenceCommand>;
 /// running it without them would not be what the sequence says. A trial run leaves out the commands that could do
 /// something for good. Throws CHostException.
 [[nodiscard]] Expected<CommandList> MakeCommands(CCabView commands, bool trialRun, CLogWriter& log);
+
+// The callbacks of handlers around a sequence and around each of its files.
+
+class CLogWriter;
+
+// Each asks all commands, in order, also after one of them reported an error. Each answers what the first problem
+// was, empty when there was none, and turns a raise of a callback into such a problem.
+
+[[nodiscard]] std::string PreflightSequence(CommandList& commands, CLogWriter& log);
+std::string PostflightSequence(CommandList& commands, CLogWriter& log);
+
+/// `inputs` tells each command its document; see CommandInputs.
+[[nodiscard]] std::string PreflightFile(CommandList& commands, PDDoc document, CCabView inputs, CLogWriter& log);
+[[nodiscard]] std::string PostflightFile(CommandList& commands, PDDoc document, CLogWriter& log);

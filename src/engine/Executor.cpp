@@ -1,6 +1,6 @@
 #include "engine/Executor.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "common/Log.h"
 #include "common/Progress.h"
 #include "engine/InputFiles.h"

@@ -1,14 +1,13 @@
 #include "engine/FileRun.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Text.h"
 #include "common/Log.h"
 #include "common/Progress.h"
 #include "engine/CommandExecution.h"
-#include "engine/CommandFlights.h"
+#include "engine/CommandList.h"
 #include "engine/InputOpening.h"
-#include "engine/InputState.h"
-#include "engine/SaveStepRedirection.h"
+#include "engine/OutputSaving.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/HostFrame.h"
 

@@ -2,9 +2,8 @@
 #pragma once
 
 #include "engine/CommandList.h"
-#include "engine/ExecutorSettings.h"
-#include "engine/ProcessedFile.h"
 #include "engine/OutputSaving.h"
+#include "engine/Work.h"
 #include "pdflib/AcrobatDoc.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"

@@ -1,6 +1,9 @@
 #include "engine/InputOpening.h"
 
-#include "base/PathNames.h"
+#include <algorithm>
+#include <optional>
+
+#include "base/Names.h"
 #include "base/Text.h"
 #include "common/Log.h"
 #include "hostapi/HostConstants.h"
@@ -9,8 +12,28 @@
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
 
-#include <algorithm>
-#include <optional>
+bool HasChanged(const std::string& path, const std::optional<platform::FileStamp>& known)
+{
+    const auto now = known ? platform::StampOf(path) : std::nullopt;
+    if (!now) return false;
+    return now->device != known->device || now->inode != known->inode || now->size != known->size ||
+           now->modifiedNanoseconds != known->modifiedNanoseconds;
+}
+
+bool IsSameFile(const std::string& path, const std::string& otherPath)
+{
+    return path == otherPath || (platform::FileExists(path) && platform::FileExists(otherPath) &&
+                                 platform::CanonicalPath(path) == platform::CanonicalPath(otherPath));
+}
+
+bool IsSameFolder(const std::string& path, const std::string& otherPath)
+{
+    const auto canonical = [](const std::string& folder) {
+        return platform::CanonicalPath(folder.empty() ? "." : folder);
+    };
+    const std::string one = canonical(path);
+    return path == otherPath || (!one.empty() && one == canonical(otherPath));
+}
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "engine/SequencePlanning.h"
 
-#include "engine/SaveStepRedirection.h"
+#include "engine/OutputSaving.h"
 #include "platform/Files.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"

@@ -1,7 +1,7 @@
 #include "engine/SequenceWork.h"
 
 #include "common/Log.h"
-#include "engine/CommandFlights.h"
+#include "engine/CommandList.h"
 #include "engine/SequenceInputs.h"
 #include "engine/SequencePlanning.h"
 #include "hostcalls/Application.h"

@@ -1,16 +1,53 @@
-// What a run does to its files. The run driver asks it for everything that one kind of work does otherwise than
-// another.
 #pragma once
-
-#include "base/Expected.h"
-#include "engine/ExecutorSettings.h"
-#include "engine/ProcessedFile.h"
-#include "protocol/RunDescription.h"
 
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "base/Expected.h"
+#include "platform/Files.h"
+#include "protocol/Outcomes.h"
+#include "protocol/RunDescription.h"
+
+// What the caller of a run may set beside the sequence itself.
+
+struct ExecutorSettings {
+    std::string alternativeInputPath;            // a folder or a file in place of the sequence's input; empty = none
+    std::vector<std::string> furtherInputPaths;  // beside it; they, too, replace the sequence's input
+    std::string alternativeOutputPath;           // a folder in place of the sequence's output folder; empty = none
+    /// Saves nowhere else when the alternative output folder is gone; otherwise results then go where the sequence
+    /// says, or beside their inputs.
+    bool insistsOnOutputPath = false;
+    /// After a failed step a save step saves into the alternative output folder only: anywhere else it could put a
+    /// document that is not done in the place of its input. Nor does the engine save there.
+    bool sparesInputs = false;
+    /// Folders that get files beside the results; like the output folder they are left out of an input around them.
+    std::vector<std::string> furtherOutputPaths = {};
+    /// In place of the file types that the sequence accepts. An empty list accepts none.
+    std::optional<std::vector<std::string>> allowedExtensions;
+    bool noSubfolders = false;
+    bool acceptDamaged = false;  // a document that lost something in its repair counts as if it had not
+    bool trialRun = false;       // nothing is to be done for good; steps that could do it anyway are left out
+    bool interactive = false;    // whether a command may show its settings dialog
+};
+
+// How one input file of a run ended, and why.
+
+/// What became of one input file. `message` is one sentence for people, empty when there is nothing to say.
+struct ProcessedFile {
+    std::string path;
+    FileOutcome outcome = FileOutcome::Saved;
+    std::string message = {};
+    /// The input as it was processed; after a save in its own place, as it was saved. Nothing when nobody knows it.
+    std::optional<platform::FileStamp> input = {};
+    /// What the input has lost to damage, a sentence: then it must stay. Empty when nothing, or when that is
+    /// accepted.
+    std::string loss = {};
+};
+
+// What a run does to its files. The run driver asks it for everything that one kind of work does otherwise than
+// another.
 
 class CLogWriter;
 class CProgressMonitorWrapper;

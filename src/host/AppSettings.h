@@ -1,9 +1,27 @@
-// What the plug-in remembers from one host run to the next.
 #pragma once
 
-#include "commands/SecuritySettings.h"
-
 #include <string>
+
+#include "commands/SecuritySettings.h"
+#include "common/ProductPaths.h"
+
+// Where the plug-in finds and keeps its files.
+
+struct AppPaths : ProductPaths {
+    std::string modulePath;  // of the plug-in itself, upper-cased
+    std::string helpFile;
+    bool logFileEnabled = false;
+};
+
+/// Touches no file. `moduleFile` is cut to 255 bytes; without a folder for application data the settings folder
+/// stands at the root.
+[[nodiscard]] AppPaths MakeAppPaths(const std::string& moduleFile, const std::string& applicationDataFolder);
+
+/// Creates the settings folder when it is missing. Fails silently: the log and the settings say so when they open
+/// their files.
+void CreateSettingsFolder(const AppPaths& paths);
+
+// What the plug-in remembers from one host run to the next.
 
 class CLogWriter;
 

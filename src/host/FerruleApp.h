@@ -2,10 +2,8 @@
 #pragma once
 
 #include "commands/CommandRegistry.h"
-#include "host/AppPaths.h"
+#include "common/Log.h"
 #include "host/AppSettings.h"
-#include "host/HostClosing.h"
-#include "common/NumberedLog.h"
 #include "host/UnattendedRun.h"
 
 #include <optional>

@@ -1,13 +1,36 @@
-// Connects the unattended run with the host: start-up notification, idle procedure, main window.
 #pragma once
 
+#include <optional>
+#include <string>
+
+#include "batchrun/HostCloser.h"
 #include "batchrun/RunDriver.h"
 #include "batchrun/StartupReader.h"
 #include "hostapi/HostTypes.h"
 #include "jobs/JobReporter.h"
+#include "platform/HostWindow.h"
 
-#include <optional>
-#include <string>
+// Ends the host after an unattended run.
+
+class CLogWriter;
+
+/// Old hosts are closed through their main window, newer ones through their menu item "Quit".
+class CHostClosing final : public CHostCloser {
+public:
+    /// The log is borrowed. The window may be null or gone: then an old host stays open.
+    CHostClosing(platform::WindowHandle mainWindow, CLogWriter& log) : m_mainWindow(mainWindow), m_log(log) {}
+
+    void CloseHost() override;
+
+private:
+    void CloseThroughWindow();
+    void CloseThroughMenu();
+
+    platform::WindowHandle m_mainWindow;
+    CLogWriter& m_log;
+};
+
+// Connects the unattended run with the host: start-up notification, idle procedure, main window.
 
 class CLogWriter;
 

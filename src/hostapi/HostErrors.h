@@ -4,8 +4,14 @@
 #define FERRULE_HOSTAPI_HOST_ERRORS_H
 
 /* An error code is severity, system and number. Compare system and number only: the severity varies from host to host. */
-#define HOST_ERROR_CODE(severity, system, number) ((int)(((unsigned)(severity) << 28) | ((unsigned)(system) << 16) | (unsigned)(number)))
-#define HOST_ERROR_IDENTITY(code) ((unsigned)(code) & 0x00FFFFFFu)
+#ifdef __cplusplus
+#define HOST_CAST(type, value) static_cast<type>(value)
+#else
+#define HOST_CAST(type, value) ((type)(value))
+#endif
+#define HOST_ERROR_CODE(severity, system, number) \
+    HOST_CAST(int, (HOST_CAST(unsigned, severity) << 28) | (HOST_CAST(unsigned, system) << 16) | HOST_CAST(unsigned, number))
+#define HOST_ERROR_IDENTITY(code) (HOST_CAST(unsigned, code) & 0x00FFFFFFu)
 
 /* System 0: General */
 enum {

@@ -1,11 +1,12 @@
-// The host application: identity, alerts, dialogs, idle time, notifications. Everything may throw CHostException.
 #pragma once
-
-#include "hostapi/HostRecords.h"
 
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "hostapi/HostRecords.h"
+
+// The host application: identity, alerts, dialogs, idle time, notifications. Everything may throw CHostException.
 
 struct HostVersion {
     int major = 0;

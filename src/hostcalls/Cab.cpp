@@ -1,11 +1,21 @@
 #include "hostcalls/Cab.h"
 
-#include "hostcalls/HostEntry.h"
-#include "hostcalls/HostMemory.h"
-#include "hostcalls/HostText.h"
+#include <exception>
+
+#include "hostapi/HostConstants.h"
+#include "hostcalls/HostFrame.h"
+#include "hostcalls/HostPath.h"
+#include "hostcalls/HostTables.h"
 #include "platform/NarrowText.h"
 
-#include <exception>
+ASAtom Atom(const std::string& text) { return HostCall(HOST_SLOT(Core, ASAtomFromString), text.c_str()); }
+
+std::string AtomText(ASAtom atom)
+{
+    if (atom == kNullAtom) return {};
+    const char* text = HostCall(HOST_SLOT(Core, ASAtomGetString), atom);
+    return text ? text : "";
+}
 
 namespace {
 
@@ -203,4 +213,153 @@ CCab::CCab() : CCabEditor(HostCall(HOST_SLOT(ASExtra, ASCabNew)))
 CCab::~CCab()
 {
     if (m_cab) hostcalls::Quietly([this] { HostCall(HOST_SLOT(ASExtra, ASCabDestroy), m_cab); });
+}
+
+namespace {
+
+/// An open file of the host, closed at the end.
+class CHostFile {
+public:
+    CHostFile(const std::string& path, int mode)
+    {
+        const CHostPath hostPath = CHostPath::FromNative(path);
+        const ASErrorCode code = HostCall(HOST_SLOT(AcroSupport, ASFileSysOpenFile), nullptr, hostPath.Get(),
+                                          static_cast<ASFileMode>(mode), &m_file);
+        if (code != 0 || !m_file) hostcalls::ThrowHostError(code != 0 ? code : fileErrFNF);
+    }
+    ~CHostFile()
+    {
+        if (m_file) hostcalls::Quietly([this] { HostCall(HOST_SLOT(AcroSupport, ASFileClose), m_file); });
+    }
+    CHostFile(const CHostFile&) = delete;
+    CHostFile& operator=(const CHostFile&) = delete;
+
+    ASFile Get() const { return m_file; }
+
+    /// Closing is where the last of the bytes may fail to arrive.
+    void Close()
+    {
+        const ASErrorCode code = HostCall(HOST_SLOT(AcroSupport, ASFileClose), std::exchange(m_file, nullptr));
+        if (code != 0) hostcalls::ThrowHostError(code);
+    }
+
+private:
+    ASFile m_file = nullptr;
+};
+
+/// A stream over an open file, closed at the end and before the file.
+class CHostStream {
+public:
+    explicit CHostStream(ASStm adopted) : m_stream(adopted)
+    {
+        if (!m_stream) hostcalls::ThrowHostError(genErrNoMemory);
+    }
+    ~CHostStream()
+    {
+        if (m_stream) hostcalls::Quietly([this] { HostCall(HOST_SLOT(AcroSupport, ASStmClose), m_stream); });
+    }
+    CHostStream(const CHostStream&) = delete;
+    CHostStream& operator=(const CHostStream&) = delete;
+
+    ASStm Get() const { return m_stream; }
+    void Close() { HostCall(HOST_SLOT(AcroSupport, ASStmClose), std::exchange(m_stream, nullptr)); }
+
+private:
+    ASStm m_stream;
+};
+
+CCab ReadCab(const std::string& path)
+{
+    const CHostFile file(path, ASFILE_READ);
+    const CHostStream stream(HostCall(HOST_SLOT(AcroSupport, ASFileStmRdOpen), file.Get(), ASSmallBufferSize{0}));
+    return CCab(HostCall(HOST_SLOT(ASExtra, ASCabReadFromStream), stream.Get()));
+}
+
+void WriteCab(const std::string& path, CCabView cab)
+{
+    CHostFile file(path, ASFILE_WRITE | ASFILE_CREATE);
+    CHostStream stream(HostCall(HOST_SLOT(AcroSupport, ASFileStmWrOpen), file.Get(), ASSmallBufferSize{0}));
+    HostCall(HOST_SLOT(ASExtra, ASCabWriteToStream), cab.Get(), stream.Get());
+    stream.Close();
+    file.Close();
+}
+
+}  // namespace
+
+Expected<CCab> ReadCabFile(const std::string& path)
+{
+    CCab cab(nullptr);
+    if (const auto error = CatchHostError([&] { cab = ReadCab(path); })) return Failure(error->text);
+    if (!cab) return Failure("The file is not in the host's own form");
+    return cab;
+}
+
+bool WriteCabFile(const std::string& path, CCabView cab)
+{
+    return !CatchHostError([&] { WriteCab(path, cab); });
+}
+
+namespace {
+
+/// One overload for each type that a record holds.
+struct CabPut {
+    CCabEditor cab;
+    const char* key;
+
+    void operator()(NullValue) { cab.PutNull(key); }
+    void operator()(bool value) { cab.PutBool(key, value); }
+    void operator()(std::int32_t value) { cab.PutInt(key, value); }
+    void operator()(double value) { cab.PutDouble(key, value); }
+    void operator()(const std::string& value) { cab.PutString(key, value); }
+    void operator()(const WideText& value) { cab.PutTextUtf8(key, value.utf8); }
+    void operator()(const AtomValue& value) { cab.PutAtom(key, Atom(value.name)); }
+    void operator()(const BinaryValue& value) { cab.PutBinary(key, value.bytes); }
+    void operator()(const CSettingsRecord::Nested& value) { cab.PutCab(key, CabFromRecord(*value)); }
+};
+
+}  // namespace
+
+std::optional<CSettingsRecord::Value> ValueFromCab(CCabView cab, const char* key)
+{
+    switch (cab.Type(key)) {
+        case kASValueBool:
+            return cab.Bool(key, false);
+        case kASValueInteger:
+            return std::int32_t{cab.Int(key, 0)};
+        case kASValueDouble:
+            return cab.Double(key, 0);
+        case kASValueAtom:
+            return AtomValue{AtomText(cab.Atom(key).value_or(kNullAtom))};
+        case kASValueString:
+            return cab.String(key).value_or("");
+        case kASValueText:
+            return WideText{cab.TextUtf8(key).value_or("")};
+        case kASValueBinary:
+            return BinaryValue{cab.Binary(key).value_or("")};
+        case kASValueNull:
+            return NullValue{};
+        case kASValueCabinet:
+            return std::make_shared<const CSettingsRecord>(RecordFromCab(cab.Cab(key)));
+        default:
+            return std::nullopt;
+    }
+}
+
+CSettingsRecord RecordFromCab(CCabView cab)
+{
+    CSettingsRecord record;
+    for (const std::string& key : cab.Keys())
+        if (auto value = ValueFromCab(cab, key.c_str())) record.PutValue(key, std::move(*value));
+    return record;
+}
+
+CCab CabFromRecord(const CSettingsRecord& record)
+{
+    CCab cab;
+    for (const auto& entry : record.Entries()) {
+        const auto error = CatchHostError([&] { std::visit(CabPut{cab.Edit(), entry.key.c_str()}, entry.value); });
+        // A step without one of its parameters would do something else than the sequence says.
+        if (error) throw CHostException({error->code, "item \"" + entry.key + "\": " + error->text});
+    }
+    return cab;
 }

@@ -1,15 +1,28 @@
-// The host's key/value collections.
-//
-// Keys are ASCII; "a:b" walks through nested cabs. Strings are bytes in the narrow code page; texts are Unicode
-// inside the host and narrow here. All functions may throw CHostException.
 #pragma once
-
-#include "hostapi/HostTypes.h"
 
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "base/Expected.h"
+#include "common/SettingsRecord.h"
+#include "hostapi/HostTypes.h"
+
+// Names as the host's atoms.
+
+inline constexpr ASAtom kNullAtom = 0xFFFF;
+
+/// The atom of a text; the same text always gives the same atom.
+[[nodiscard]] ASAtom Atom(const std::string& text);
+
+/// The text of an atom; empty for the null atom and for one that was never made.
+[[nodiscard]] std::string AtomText(ASAtom atom);
+
+// The host's key/value collections.
+//
+// Keys are ASCII; "a:b" walks through nested cabs. Strings are bytes in the narrow code page; texts are Unicode
+// inside the host and narrow here. All functions may throw CHostException.
 
 class CCab;
 
@@ -93,3 +106,26 @@ public:
 
 /// The key of an entry of a list: its index in decimal digits.
 [[nodiscard]] inline std::string CabKey(int index) { return std::to_string(index); }
+
+// Cabs in files, in the host's own form.
+
+/// Reads the cab that a file holds. The sentence says what went wrong: the file cannot be opened, the content is no
+/// cab of this host, or the host's own error. Nothing stays open. Does not throw CHostException.
+[[nodiscard]] Expected<CCab> ReadCabFile(const std::string& path);
+
+/// Writes a cab to a file, which is made or replaced; a failure may leave an incomplete file. Does not throw
+/// CHostException.
+[[nodiscard]] bool WriteCabFile(const std::string& path, CCabView cab);
+
+// Cabs of the host and our own settings records, turned into each other.
+
+/// Copies every entry in the order of the cab. Left out: typed pointers,
+/// which would mean nothing later, and unsigned and 64-bit numbers, which the plug-in has no use for.
+[[nodiscard]] CSettingsRecord RecordFromCab(CCabView cab);
+
+/// Copies every entry. Strings stay strings and wide texts become texts of the host; keys go over as they stand, so
+/// one that holds ":" makes nested cabs. What a host refuses is told with the key of the value.
+[[nodiscard]] CCab CabFromRecord(const CSettingsRecord& record);
+
+/// One value; nothing for what RecordFromCab leaves out.
+[[nodiscard]] std::optional<CSettingsRecord::Value> ValueFromCab(CCabView cab, const char* key);

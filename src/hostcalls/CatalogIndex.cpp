@@ -1,6 +1,6 @@
 #include "hostcalls/CatalogIndex.h"
 
-#include "hostcalls/HostSlot.h"
+#include "hostcalls/HostTables.h"
 
 bool CatalogPresent() { return HostTables().Has(HostTable::Catalog); }
 

@@ -1,15 +1,28 @@
-// The host's command layer from the side that drives commands.
-//
-// Statuses are the host's kAVCommand... values. Everything throws CHostException when the host raises; a raise while
-// a command works is also remembered as that command's last error.
 #pragma once
-
-#include "hostcalls/Cab.h"
 
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "hostapi/HostTypes.h"
+#include "hostcalls/Cab.h"
+
+// The last error text of each command: the text of its last exception or report. The host keeps none.
+
+void RememberCommandError(AVCommand command, const std::string& text);
+
+/// Empty when there is none; stays until forgotten.
+[[nodiscard]] std::string CommandError(AVCommand command);
+
+/// The same, and forgets it.
+[[nodiscard]] std::string TakeCommandError(AVCommand command);
+void ForgetCommandError(AVCommand command);
+
+// The host's command layer from the side that drives commands.
+//
+// Statuses are the host's kAVCommand... values. Everything throws CHostException when the host raises; a raise while
+// a command works is also remembered as that command's last error.
 
 /// The handler registered under a name; null when there is none. It belongs to the plug-in that registered it.
 [[nodiscard]] AVCommandHandler FindCommandHandler(const std::string& name);
@@ -71,3 +84,30 @@ private:
 
 /// The inputs of a command: the document, and its file's name in two parts.
 [[nodiscard]] CCab CommandInputs(PDDoc document, const std::string& baseName, const std::string& extension);
+
+// The host's command layer from the side that offers commands.
+
+/// Registers a handler; the record must live until the host exits, its procedures wrapped by Callback. Registering a
+/// name again replaces the handler.
+void RegisterCommandHandler(const std::string& name, AVCommandHandler handler);
+
+/// Makes a command of a handler and offers it to people who build a sequence; the host owns it. False when there is
+/// no such handler.
+bool RegisterGlobalCommand(const std::string& handlerName);
+
+/// A cab attached to a running command, such as "Params"; made when it is missing and `create` says so, else a null
+/// editor. The command owns it.
+[[nodiscard]] CCabEditor CommandCab(AVCommand command, const char* name, bool create);
+
+/// Attaches a cab, which the command takes over; the former one of that name is destroyed.
+void PutCommandCab(AVCommand command, const char* name, CCab&& cab);
+
+/// The document among the inputs of a command; null without one. Borrowed.
+[[nodiscard]] PDDoc CommandDocument(AVCommand command);
+
+/// The name of the file that the command's document was made from, without its folder; empty when the inputs do not
+/// tell.
+[[nodiscard]] std::string CommandInputName(AVCommand command);
+
+[[nodiscard]] std::string CommandHandlerName(AVCommand command);
+[[nodiscard]] AVCommandUIPolicy CommandUIPolicy(AVCommand command);

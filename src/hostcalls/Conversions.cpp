@@ -1,9 +1,8 @@
 #include "hostcalls/Conversions.h"
 
-#include "hostcalls/HostEntry.h"
+#include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
-#include "hostcalls/HostSlot.h"
-#include "hostcalls/HostText.h"
+#include "hostcalls/HostTables.h"
 
 #include <cstring>
 #include <exception>

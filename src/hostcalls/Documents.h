@@ -1,13 +1,14 @@
-// Documents of the host.
-//
-// Everything here throws CHostException when the host raises. Pages are counted from 0.
 #pragma once
-
-#include "hostapi/HostTypes.h"
 
 #include <optional>
 #include <string>
 #include <utility>
+
+#include "hostapi/HostTypes.h"
+
+// Documents of the host.
+//
+// Everything here throws CHostException when the host raises. Pages are counted from 0.
 
 /// Owns one open of a document, or nothing. Closing does not save.
 class CHostDocument {
@@ -50,3 +51,34 @@ void SaveDocument(PDDoc document, int saveFlags, const std::optional<std::string
 
 /// Whether the document's security allows an operation on a kind of object (PDPermReqObj..., PDPermReqOpr...).
 [[nodiscard]] bool PermissionGranted(PDDoc document, unsigned object, unsigned operation);
+
+// Changing the security of a document. Everything takes effect at the next full save.
+
+/// What the "Standard" security handler is asked for. An empty password is not set.
+struct StandardSecurityRequest {
+    std::string openPassword;
+    std::string permissionsPassword;
+    unsigned permissions = 0xFFFFFFFF;  // the word of the document's /P entry
+    int keyLengthBytes = 16;
+    int revision = 0;     // 0 = the host chooses
+    int cryptMethod = 0;  // 0 = the host chooses
+};
+
+/// Chooses the security handler by name; an empty name takes the security away. Throws CHostException.
+void SetCryptHandler(PDDoc document, const std::string& name);
+
+/// Hands a new record to the "Standard" handler. Throws CHostException: not permitted, no such handler, or a password
+/// that the record has no room for (255 bytes).
+void ApplyStandardSecurity(PDDoc document, const StandardSecurityRequest& request);
+
+// Views (windows) of documents. A view owns its document: closing the view closes the document too.
+
+/// Makes a view of an open document, under a title of its own unless that is empty. From now on close the view, not
+/// the document. Null when the host makes none; throws CHostException.
+[[nodiscard]] AVDoc OpenView(PDDoc document, const std::string& title);
+
+/// The view of a document, null when it has none. Borrowed.
+[[nodiscard]] AVDoc ViewOf(PDDoc document);
+
+/// Closes a view and its document; false when the host kept it open. Without `noSave` the host may ask the user.
+[[nodiscard]] bool CloseView(AVDoc view, bool noSave);

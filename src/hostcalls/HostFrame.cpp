@@ -1,10 +1,9 @@
 #include "hostcalls/HostFrame.h"
 
-#include "hostapi/HostInterface.h"
-#include "hostcalls/HostJump.h"
-#include "hostcalls/HostTables.h"
-
 #include <cstdio>
+
+#include "hostapi/HostInterface.h"
+#include "hostcalls/HostTables.h"
 
 namespace {
 
@@ -76,4 +75,9 @@ std::string HostErrorText(ASErrorCode code)
     buffer[kErrorTextSize - 1] = '\0';
     if (buffer[0] == '\0') std::snprintf(buffer, kErrorTextSize, "Host error 0x%08X", static_cast<unsigned>(code));
     return buffer;
+}
+
+ASCallback WrapCallback(void* procedure)
+{
+    return HostCall(HOST_SLOT(Core, ASCallbackCreate), HostTables().Extension(), procedure);
 }

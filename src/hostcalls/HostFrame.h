@@ -1,14 +1,29 @@
-// Calls into the host that may raise, and what a raise becomes on our side.
 #pragma once
 
-#include "hostapi/HostTypes.h"
-
+#include <csetjmp>
 #include <exception>
 #include <memory>
 #include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
+
+#include "hostapi/HostTypes.h"
+
+// The long jump that brings a raise of the host back into our code.
+
+namespace hostcalls {
+
+/// Runs `body(context)`; answers true when a JumpBack to `target` ended it. A C++ exception passes through.
+/// Between this frame and the jump nothing of ours may have a destructor: none of them would run.
+bool EndsByJump(std::jmp_buf& target, void (*body)(void* context), void* context);
+
+/// What the host runs when something raises; `target` is a std::jmp_buf whose EndsByJump still runs. Never returns.
+void HOSTCALL JumpBack(void* target);
+
+}  // namespace hostcalls
+
+// Calls into the host that may raise, and what a raise becomes on our side.
 
 /// An error that the host reported. `text` is the host's own sentence (at most 255 characters), or a made-up one with
 /// the code when the host has none; never empty.
@@ -87,5 +102,38 @@ template <class Work>
         return std::nullopt;
     } catch (const CHostException& exception) {
         return exception.Error();
+    }
+}
+
+// What the entry and the callbacks of a plug-in need from the host.
+
+/// Wraps a code pointer for the host under this plug-in's identity. The wrapper lives until the host exits.
+[[nodiscard]] ASCallback WrapCallback(void* procedure);
+
+/// The same, keeping the procedure's type: what is registered, and what a handler record holds.
+template <class Procedure>
+[[nodiscard]] Procedure Callback(Procedure procedure)
+{
+    return reinterpret_cast<Procedure>(WrapCallback(reinterpret_cast<void*>(procedure)));
+}
+
+/// The guard of every procedure that the host calls: no C++ exception gets out. Answers what `work` answers, or
+/// `fallback` when it throws.
+template <class Result, class Work>
+Result GuardCallback(Result fallback, Work&& work) noexcept
+{
+    try {
+        return std::forward<Work>(work)();
+    } catch (...) {
+        return fallback;  // the host understands a result, not an exception
+    }
+}
+
+template <class Work>
+void GuardCallback(Work&& work) noexcept
+{
+    try {
+        std::forward<Work>(work)();
+    } catch (...) {  // nobody to tell: the host expects no answer
     }
 }

@@ -3,7 +3,6 @@
 #include "hostapi/HostInterface.h"
 #include "hostapi/JobsTable.h"
 #include "hostcalls/HostFrame.h"
-#include "hostcalls/HostSlot.h"
 
 namespace {
 

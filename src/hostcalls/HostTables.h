@@ -1,10 +1,16 @@
-// The host's function tables.
 #pragma once
-
-#include "hostapi/HostTypes.h"
 
 #include <array>
 #include <cstddef>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "hostapi/HostInterface.h"
+#include "hostapi/HostTypes.h"
+#include "hostcalls/HostFrame.h"
+
+// The host's function tables.
 
 enum class HostTable {
     Core,
@@ -69,3 +75,72 @@ private:
 
 /// The tables of the running plug-in, the only ones that the typed calls use.
 CHostTables& HostTables();
+
+// From the name of a host function to its entry in its table. For this folder only.
+
+namespace hostcalls {
+
+/// The entry of a slot. Throws CHostException with "not implemented" when the table or the entry is missing.
+[[nodiscard]] void* SlotEntry(HostTable table, int slot, const char* function);
+
+/// A raise of our own making: the host answered "no" where only a value makes sense.
+[[noreturn]] inline void ThrowHostError(ASErrorCode code) { throw CHostException({code, HostErrorText(code)}); }
+
+/// For destructors: whatever goes wrong in `work` has nobody to be told to.
+template <class Work>
+void Quietly(Work work) noexcept
+{
+    try {
+        work();
+    } catch (...) {  // what could not be given back stays with the host
+    }
+}
+
+/// Runs `work` at the end of its block, quietly.
+template <class Work>
+class CAtEnd {
+public:
+    explicit CAtEnd(Work work) : m_work(work) {}
+    ~CAtEnd() { Quietly(m_work); }
+    CAtEnd(const CAtEnd&) = delete;
+    CAtEnd& operator=(const CAtEnd&) = delete;
+
+private:
+    Work m_work;
+};
+
+}  // namespace hostcalls
+
+/// The host function `function` of the table `table`, typed: HostCall(HOST_SLOT(ASExtra, ASCabNew)).
+#define HOST_SLOT(table, function) \
+    reinterpret_cast<function##SlotProc>(hostcalls::SlotEntry(HostTable::table, kSlot##function, #function))
+
+// Memory that changes hands between the host and us. For this folder only.
+
+/// Owns one block of the host's memory, or nothing.
+class CHostMemory {
+public:
+    explicit CHostMemory(void* adopted) noexcept : m_block(adopted) {}
+    CHostMemory(CHostMemory&& other) noexcept : m_block(other.Release()) {}
+    CHostMemory& operator=(CHostMemory&&) = delete;
+    ~CHostMemory()
+    {
+        if (m_block) hostcalls::Quietly([this] { HostCall(HOST_SLOT(AcroSupport, ASfree), m_block); });
+    }
+
+    /// A block with a copy of the bytes and a zero behind them. Throws CHostException when the memory runs out.
+    [[nodiscard]] static CHostMemory CopyOf(const std::string& bytes)
+    {
+        CHostMemory block(HostCall(HOST_SLOT(AcroSupport, ASmalloc), bytes.size() + 1));
+        if (!block.m_block) hostcalls::ThrowHostError(genErrNoMemory);
+        std::memcpy(block.m_block, bytes.c_str(), bytes.size() + 1);
+        return block;
+    }
+
+    void* Get() const { return m_block; }
+    char* Text() const { return static_cast<char*>(m_block); }
+    void* Release() noexcept { return std::exchange(m_block, nullptr); }  // handed over
+
+private:
+    void* m_block;
+};

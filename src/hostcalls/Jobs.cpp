@@ -1,7 +1,7 @@
 #include "hostcalls/Jobs.h"
 
 #include "hostapi/JobsTable.h"
-#include "hostcalls/HostSlot.h"
+#include "hostcalls/HostTables.h"
 
 namespace {
 

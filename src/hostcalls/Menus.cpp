@@ -1,7 +1,7 @@
 #include "hostcalls/Menus.h"
 
-#include "hostcalls/HostEntry.h"
-#include "hostcalls/HostSlot.h"
+#include "hostcalls/HostFrame.h"
+#include "hostcalls/HostTables.h"
 
 CMenuRef::~CMenuRef()
 {

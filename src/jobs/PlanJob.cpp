@@ -1,6 +1,5 @@
 #include "jobs/PlanJob.h"
 
-#include "base/ByteText.h"
 #include "base/Text.h"
 #include "batchrun/RunDriver.h"
 #include "common/Log.h"

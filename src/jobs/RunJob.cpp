@@ -1,7 +1,7 @@
 #include "jobs/RunJob.h"
 
 #include "batchrun/RunDriver.h"
-#include "engine/InputSource.h"
+#include "engine/InputFiles.h"
 #include "hostcalls/Jobs.h"
 
 #include <optional>

@@ -1,6 +1,5 @@
 #include "jobs/SequenceJobs.h"
 
-#include "base/ByteText.h"
 #include "base/Text.h"
 #include "protocol/Json.h"
 #include "protocol/RunDescription.h"

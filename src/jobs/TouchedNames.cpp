@@ -1,7 +1,6 @@
 #include "jobs/TouchedNames.h"
 
 #include "base/Names.h"
-#include "base/PathNames.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
 

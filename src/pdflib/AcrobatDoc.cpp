@@ -2,9 +2,9 @@
 
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
+#include "hostcalls/Documents.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Jobs.h"
-#include "hostcalls/Views.h"
 
 #include <utility>
 

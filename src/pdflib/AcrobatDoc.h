@@ -1,7 +1,6 @@
 // A document of the host as the plug-in works with it.
 #pragma once
 
-#include "hostcalls/DocumentSecurity.h"
 #include "hostcalls/Documents.h"
 
 #include <string>

@@ -1,7 +1,7 @@
 #include "platform/Files.h"
 
+#include "base/Names.h"
 #include "base/Overseer.h"
-#include "base/PathNames.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
 

@@ -1,6 +1,6 @@
 #include "protocol/Json.h"
 
-#include "base/ByteText.h"
+#include "base/Text.h"
 
 #include <limits>
 

@@ -1,6 +1,6 @@
 #include "protocol/Messages.h"
 
-#include "base/ByteText.h"
+#include "base/Text.h"
 #include "protocol/Words.h"
 
 #include <utility>
@@ -25,7 +25,10 @@ struct MessageJson {
     Json operator()(const AskExists& ask) const { return {{"ask", "exists"}, {"path", TextFromBytes(ask.path)}}; }
     Json operator()(const AskNote& ask) const { return {{"ask", "mark"}, {"mark", WordOf(kPlaces, ask.place)}}; }
     Json operator()(const TellStarts& tell) const { return {{"tell", "starts"}, {"inputs", tell.inputs}}; }
-    Json operator()(const TellFile& tell) const { return {{"tell", "file"}, {"record", FileRecordJson(tell.record)}}; }
+    Json operator()(const TellFile& tell) const
+    {
+        return {{"tell", "file"}, {"record", FileRecordJson(tell.record)}};
+    }
     Json operator()(const TellEnds& tell) const
     {
         return {{"tell", "ends"}, {"end", RunEndWord(tell.end)}, {"message", tell.message}};

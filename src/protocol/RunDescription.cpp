@@ -1,6 +1,6 @@
 #include "protocol/RunDescription.h"
 
-#include "base/ByteText.h"
+#include "base/Text.h"
 #include "protocol/Json.h"
 #include "protocol/Words.h"
 

@@ -1,6 +1,6 @@
 #include "sequence/Findings.h"
 
-#include "base/ByteText.h"
+#include "base/Text.h"
 #include "sequence/SequenceFile.h"
 
 #include <algorithm>

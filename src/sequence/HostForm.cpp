@@ -1,6 +1,6 @@
 #include "sequence/HostForm.h"
 
-#include "hostcalls/CabRecord.h"
+#include "hostcalls/Cab.h"
 #include "sequence/Keys.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"

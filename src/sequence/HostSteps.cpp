@@ -2,7 +2,7 @@
 
 #include "base/Text.h"
 #include "hostapi/HostConstants.h"
-#include "hostcalls/Atoms.h"
+#include "hostcalls/Cab.h"
 #include "sequence/Findings.h"
 #include "sequence/Keys.h"
 #include "sequence/Protection.h"

@@ -1,7 +1,7 @@
 #include "sequence/OutputSettings.h"
 
 #include "hostapi/HostConstants.h"
-#include "hostcalls/CabRecord.h"
+#include "hostcalls/Cab.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
 #include "sequence/Keys.h"

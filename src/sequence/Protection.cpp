@@ -1,7 +1,7 @@
 #include "sequence/Protection.h"
 
 #include "base/Unicode.h"
-#include "hostcalls/HostText.h"
+#include "hostcalls/HostPath.h"
 #include "sequence/Findings.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "sequence/Sequence.h"
 
 #include "hostapi/HostConstants.h"
-#include "hostcalls/Atoms.h"
+#include "hostcalls/Cab.h"
 #include "hostcalls/HostPath.h"
 #include "sequence/Keys.h"
 

@@ -1,11 +1,11 @@
 #include "sequence/SequenceFile.h"
 
+#include "base/Names.h"
 #include "base/Overseer.h"
-#include "base/PathNames.h"
 #include "base/Unicode.h"
 #include "common/Log.h"
 #include "hostapi/HostConstants.h"
-#include "hostcalls/CabFile.h"
+#include "hostcalls/Cab.h"
 #include "hostcalls/Commands.h"
 #include "hostcalls/HostFrame.h"
 #include "platform/AtomicFile.h"

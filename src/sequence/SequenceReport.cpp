@@ -1,8 +1,8 @@
 #include "sequence/SequenceReport.h"
 
 #include "base/Base64.h"
-#include "base/ByteText.h"
-#include "hostcalls/CabRecord.h"
+#include "base/Text.h"
+#include "hostcalls/Cab.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
 #include "sequence/StepDescription.h"

@@ -1,7 +1,7 @@
 #include "sequence/StepSecrets.h"
 
 #include "base/Text.h"
-#include "hostcalls/CabRecord.h"
+#include "hostcalls/Cab.h"
 
 #include <algorithm>
 #include <set>

@@ -1,5 +1,5 @@
 // Joins the journals of all shards into one log and one record.
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/Files.h"
 #include "supervisor/Supervisor.h"
 #include "supervisor/journal/JournalIndex.h"

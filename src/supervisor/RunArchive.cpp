@@ -1,6 +1,6 @@
 #include "supervisor/RunArchive.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Text.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clock.h"

@@ -1,6 +1,6 @@
 #include "supervisor/RunFolder.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Sha256.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clock.h"

@@ -1,6 +1,6 @@
 #include "supervisor/Supervisor.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/ThisProcess.h"
 #include "protocol/Json.h"
 #include "supervisor/ManifestRun.h"

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "openhost/commands/Step.h"
 #include "openhost/conversion/Converters.h"
 #include "openhost/core/Diagnostics.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "base/ByteText.h"
+#include "base/Text.h"
 #include "platform/AtomicFile.h"
 
 namespace openhost {

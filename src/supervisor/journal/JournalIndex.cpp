@@ -1,6 +1,6 @@
 #include "supervisor/journal/JournalIndex.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "supervisor/results/OutputGuard.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/NarrowText.h"
 
 #include <algorithm>

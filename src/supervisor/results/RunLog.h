@@ -1,7 +1,7 @@
 // The user's log as a run over many files writes it.
 #pragma once
 
-#include "common/NumberedLog.h"
+#include "common/Log.h"
 #include "platform/Files.h"
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/Journal.h"

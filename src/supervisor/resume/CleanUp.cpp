@@ -1,6 +1,6 @@
 #include "supervisor/resume/CleanUp.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/AtomicFile.h"
 #include "platform/Files.h"
 #include "supervisor/resume/ResumePoint.h"

@@ -1,6 +1,6 @@
 #include "supervisor/resume/PlanChanges.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Text.h"
 #include "platform/FileDigest.h"
 #include "supervisor/journal/JournalIndex.h"

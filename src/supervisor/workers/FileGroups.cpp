@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "base/Names.h"
-#include "base/PathNames.h"
 #include "platform/NarrowText.h"
 
 CGroupedFiles::CGroupedFiles(Source source, std::size_t lookahead)

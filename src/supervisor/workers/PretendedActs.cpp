@@ -1,6 +1,6 @@
 #include "supervisor/workers/PretendedActs.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/Files.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "supervisor/workers/RunLoop.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clock.h"
 #include "platform/ThisProcess.h"

@@ -1,6 +1,6 @@
 #include "supervisor/workers/Worker.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
 #include "platform/Paths.h"

@@ -1,4 +1,4 @@
-#include "base/PathNames.h"
+#include "base/Names.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,6 @@
 #include <random>
 
 #include "base/Base64.h"
-#include "base/ByteText.h"
 #include "base/LineSplitter.h"
 #include "base/Sha256.h"
 #include "platform/FileDigest.h"

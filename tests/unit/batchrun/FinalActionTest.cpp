@@ -1,4 +1,4 @@
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "batchrun/FinalAction.h"
 
 #include "platform/Files.h"

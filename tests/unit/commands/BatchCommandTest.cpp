@@ -4,7 +4,6 @@
 #include "hostcalls/Commands.h"
 #include "hostcalls/Conversions.h"
 #include "hostcalls/Documents.h"
-#include "hostcalls/HandlerRegistration.h"
 #include "hostcalls/HostFrame.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/core/Atoms.h"

@@ -1,4 +1,3 @@
-#include "commands/PasswordProtection.h"
 #include "commands/SecuritySettings.h"
 
 #include <gtest/gtest.h>

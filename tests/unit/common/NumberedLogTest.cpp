@@ -1,4 +1,4 @@
-#include "common/NumberedLog.h"
+#include "common/Log.h"
 
 #include "support/MemoryLog.h"
 #include "support/TemporaryFolder.h"

@@ -7,7 +7,6 @@
 #include <limits>
 
 #include "common/SettingsFile.h"
-#include "common/SettingsLists.h"
 #include "common/SettingsRecord.h"
 #include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"

@@ -1,4 +1,4 @@
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "engine/InputCollector.h"
 
 #include "support/TemporaryFolder.h"

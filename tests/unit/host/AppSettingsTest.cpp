@@ -1,4 +1,3 @@
-#include "host/AppPaths.h"
 #include "host/AppSettings.h"
 
 #include "common/SettingsFile.h"

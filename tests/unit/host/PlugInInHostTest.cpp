@@ -1,5 +1,5 @@
 // The plug-in as the host sees it, from loading to unloading.
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Text.h"
 #include "common/SettingsFile.h"
 #include "hostapi/HostInterface.h"

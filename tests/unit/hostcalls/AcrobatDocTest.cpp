@@ -1,8 +1,8 @@
 #include "pdflib/AcrobatDoc.h"
 
 #include "hostapi/HostInterface.h"
+#include "hostcalls/Documents.h"
 #include "hostcalls/HostFrame.h"
-#include "hostcalls/Views.h"
 #include "unit/hostcalls/HostedCalls.h"
 #include "unit/openhost_pdf/TestPdfs.h"
 

@@ -1,15 +1,11 @@
 #include "hostcalls/Cab.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "common/SettingsRecord.h"
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
-#include "hostcalls/Atoms.h"
-#include "hostcalls/CabFile.h"
-#include "hostcalls/CabRecord.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
-#include "hostcalls/HostText.h"
 #include "openhost/files/FilePaths.h"
 #include "unit/hostcalls/HostedCalls.h"
 

@@ -1,9 +1,7 @@
 // Raises and exceptions between plug-in, host and callbacks of the plug-in. On every way each object is destroyed
 // once.
 #include "hostapi/HostInterface.h"
-#include "hostcalls/HostEntry.h"
 #include "hostcalls/HostFrame.h"
-#include "hostcalls/HostSlot.h"
 #include "hostcalls/HostTables.h"
 #include "unit/hostcalls/HandMadeHost.h"
 

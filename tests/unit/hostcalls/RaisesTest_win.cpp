@@ -1,6 +1,5 @@
 // A raise between frames of another compiler: they are unwound once each, and only those that the raise leaves.
 #include "hostapi/HostInterface.h"
-#include "hostcalls/HostEntry.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostTables.h"
 #include "unit/hostcalls/ForeignFrame_win.h"

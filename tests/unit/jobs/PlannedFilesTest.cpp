@@ -1,5 +1,5 @@
 // The files of a run: which are planned, what names they touch, and which of them must not meet.
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "engine/SequencePlanning.h"
 #include "jobs/PlannedFiles.h"
 #include "jobs/TouchedNames.h"

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "openhost/app/IdleProcedures.h"
 #include "openhost/app/Menus.h"
 #include "openhost/core/Extensions.h"

@@ -5,7 +5,7 @@
 #include <set>
 #include <utility>
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/SaveStep.h"
 #include "openhost/conversion/Converters.h"

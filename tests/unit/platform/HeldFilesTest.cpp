@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/FileProblem.h"
 #include "platform/HeldFiles.h"
 #include "support/TemporaryFolder.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "platform/Clock.h"
 #include "platform/Paths.h"
 #include "support/TemporaryFolder.h"

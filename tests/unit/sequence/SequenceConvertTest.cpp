@@ -1,6 +1,5 @@
 #include "SequenceFixture.h"
-#include "hostcalls/Atoms.h"
-#include "hostcalls/CabFile.h"
+#include "hostcalls/Cab.h"
 #include "hostcalls/HostPath.h"
 #include "sequence/HostForm.h"
 #include "sequence/Sequence.h"

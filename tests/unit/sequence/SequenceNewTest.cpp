@@ -1,5 +1,5 @@
 #include "SequenceFixture.h"
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "sequence/XmlForm.h"
 
 #include <filesystem>

@@ -1,7 +1,6 @@
 #include "SequenceFixture.h"
-#include "base/PathNames.h"
-#include "hostcalls/Atoms.h"
-#include "hostcalls/CabFile.h"
+#include "base/Names.h"
+#include "hostcalls/Cab.h"
 
 #include <algorithm>
 

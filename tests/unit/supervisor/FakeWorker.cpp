@@ -3,8 +3,7 @@
 // It "processes" a file by writing its text in capitals. Words in a file's name make it misbehave: see Misbehave and
 // DieIfTold. The environment variable FAKE_KILL=N:PLACE makes it kill its supervisor when it comes to that place for
 // the Nth time; the count is kept in the file FAKE_COUNT.
-#include "base/ByteText.h"
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Text.h"
 #include "common/ProductPaths.h"
 #include "platform/AtomicFile.h"

@@ -1,6 +1,6 @@
 #include "supervisor/resume/ResumePoint.h"
 
-#include "base/PathNames.h"
+#include "base/Names.h"
 #include "base/Sha256.h"
 #include "base/Text.h"
 #include "support/TemporaryFolder.h"

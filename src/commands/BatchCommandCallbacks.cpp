@@ -1,10 +1,10 @@
-#include "commands/CommandGuard.h"
-
-#include "hostapi/HostConstants.h"
-#include "hostcalls/CommandErrors.h"
+#include "commands/BatchCommandCallbacks.h"
 
 #include <exception>
 #include <string>
+
+#include "hostapi/HostConstants.h"
+#include "hostcalls/Commands.h"
 
 namespace {
 

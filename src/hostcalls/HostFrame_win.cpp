@@ -1,3 +1,5 @@
+#include "hostcalls/HostFrame.h"
+
 // The run-time library of 64-bit Windows has two jumps in one: a jump buffer that names its frame makes longjmp
 // unwind (RtlUnwindEx with STATUS_LONGJUMP), one that names none makes it load the registers and go. We unwind,
 // because
@@ -8,7 +10,6 @@
 // Frames of this compiler are passed over by both: neither runs a destructor or a catch block of ours, so the rule
 // for what may stand inside a frame is the same as elsewhere. The host never sees the buffer's inside: it calls our
 // JumpBack, so both halves are of one run-time library, whichever one the host is built with.
-#include "hostcalls/HostJump.h"
 
 static_assert(sizeof(std::jmp_buf) == 256, "frame, ten registers and control words, then xmm6 to xmm15");
 static_assert(alignof(std::jmp_buf) == 16, "the vector registers are stored aligned");

@@ -1,4 +1,4 @@
-#include "hostcalls/HostJump.h"
+#include "hostcalls/HostFrame.h"
 
 namespace hostcalls {
 

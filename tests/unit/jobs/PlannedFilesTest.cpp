@@ -167,7 +167,7 @@ TEST(CollisionGroups, JoinsFilesThatShareAKeyAlsoThroughOthers)
     }
 }
 
-TEST(PlannedFiles, TellsSizesAndLeavesOutWhatIsStillBeingWritten)
+TEST(PlannedFiles, TellsSizesAndGroupsAndLeavesOutWhatIsStillBeingWritten)
 {
     const CTemporaryFolder folder;
     folder.Write("fresh.pdf", "x");
@@ -177,10 +177,11 @@ TEST(PlannedFiles, TellsSizesAndLeavesOutWhatIsStillBeingWritten)
     CInputCollector inputs({{"pdf"}, true});
     inputs.AddPath(folder.Path());
     inputs.AddPath(folder / "missing.pdf");
+    inputs.AddPath(folder.MakeFolder("other") + kSeparator + "old.pdf");
     const CPlannedFiles files(std::move(inputs), 60);
     EXPECT_EQ(files.TooYoung(), 1u);
-    ASSERT_EQ(files.Count(), 2u);
-    CTouchedNames names({}, {});
+    ASSERT_EQ(files.Count(), 3u);
+    CTouchedNames names({.results = {{.folder = folder.Path(), .after = "_o"}}}, {});
     std::vector<PlannedFile> planned;
     files.ForEach(names, [&](const PlannedFile& file) { planned.push_back(file); });
     EXPECT_EQ(planned[0].path, old);
@@ -190,6 +191,9 @@ TEST(PlannedFiles, TellsSizesAndLeavesOutWhatIsStillBeingWritten)
     EXPECT_EQ(planned[1].path, folder / "missing.pdf");
     EXPECT_EQ(planned[1].number, 2u);
     EXPECT_EQ(planned[1].size, 0u);
+    std::vector<std::uint32_t> groups;
+    for (const PlannedFile& file : planned) groups.push_back(file.group);
+    EXPECT_EQ(groups, (std::vector<std::uint32_t>{1, 0, 1})) << "two inputs want the result old_o.pdf";
 }
 
 }  // namespace

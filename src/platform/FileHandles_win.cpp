@@ -62,6 +62,11 @@ FileResult FactsOf(HANDLE file, FileFacts& facts)
     facts.attributes = found.dwFileAttributes;
     facts.size = Joined(found.nFileSizeHigh, found.nFileSizeLow);
     facts.modified = found.ftLastWriteTime;
+    FILE_BASIC_INFO times;
+    if (GetFileInformationByHandleEx(file, FileBasicInfo, &times, sizeof times)) {
+        facts.changed.dwLowDateTime = times.ChangeTime.LowPart;
+        facts.changed.dwHighDateTime = static_cast<DWORD>(times.ChangeTime.HighPart);
+    }
     facts.links = found.nNumberOfLinks;
     TellIdentity(file, found, facts);
     if ((facts.attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return {};

@@ -23,7 +23,7 @@ struct FileFacts {
     bool isLink = false;  ///< a symbolic link or a junction that was not followed
     bool isDisk = false;  ///< no device or pipe
     std::uint64_t size = 0;
-    FILETIME modified{};
+    FILETIME modified{}, changed{};  ///< the latter also when names or rights change; zero where nobody knows
     std::uint64_t device = 0, file = 0, links = 0;
     bool IsFolder() const { return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
 };

@@ -40,8 +40,13 @@ std::optional<std::uint64_t> FileSize(const std::string& path);
 struct FileStamp {
     std::uint64_t size = 0;                ///< bytes
     std::int64_t modifiedNanoseconds = 0;  ///< since 1970
+    std::int64_t changedNanoseconds = 0;   ///< likewise, of content, names or rights
     std::uint64_t device = 0, inode = 0;
     std::uint64_t links = 0;  ///< names of the file
+    bool regular = false;     ///< no folder, pipe or device
+
+    bool IsSameFile(const FileStamp& other) const { return device == other.device && inode == other.inode; }
+    friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
 std::optional<FileStamp> StampOf(const std::string& path);
 

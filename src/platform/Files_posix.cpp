@@ -53,12 +53,16 @@ std::optional<FileStamp> StampOf(const std::string& path)
 {
     struct stat status;
     if (calls::Status(path, status) != 0) return std::nullopt;
-    constexpr std::int64_t kNanosecondsOfSecond = 1'000'000'000;
+    const auto nanoseconds = [](const timespec& time) {
+        return time.tv_sec * std::int64_t{1'000'000'000} + time.tv_nsec;
+    };
     return FileStamp{.size = static_cast<std::uint64_t>(status.st_size),
-                     .modifiedNanoseconds = status.st_mtim.tv_sec * kNanosecondsOfSecond + status.st_mtim.tv_nsec,
+                     .modifiedNanoseconds = nanoseconds(status.st_mtim),
+                     .changedNanoseconds = nanoseconds(status.st_ctim),
                      .device = status.st_dev,
                      .inode = status.st_ino,
-                     .links = status.st_nlink};
+                     .links = status.st_nlink,
+                     .regular = S_ISREG(status.st_mode)};
 }
 
 FileResult CheckReadable(const std::string& path)

@@ -82,9 +82,11 @@ std::optional<FileStamp> StampOf(const std::string& path)
     if (!FactsOf(WidePath(path), Links::Follow, facts)) return std::nullopt;
     return FileStamp{.size = facts.size,
                      .modifiedNanoseconds = NanosecondsSince1970(facts.modified),
+                     .changedNanoseconds = NanosecondsSince1970(facts.changed),
                      .device = facts.device,
                      .inode = facts.file,
-                     .links = facts.links};
+                     .links = facts.links,
+                     .regular = facts.isDisk && !facts.IsFolder()};
 }
 
 FileResult CheckReadable(const std::string& path)

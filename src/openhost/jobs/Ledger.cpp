@@ -26,7 +26,7 @@ void CLedger::NoteBefore(const std::string& path)
 {
     if (!m_source.WantsRecords() || m_file.before.contains(path)) return;
     Content content;
-    if (const auto identity = IdentityOf(path)) content = {identity->size, m_hashes.Of(path)};
+    if (const auto stamp = StampOfRegularFile(path)) content = {stamp->size, m_hashes.Of(path)};
     m_file.before[path] = std::move(content);
 }
 
@@ -45,10 +45,10 @@ CLedger::Answer CLedger::Ask(Act act, const std::string& file, const std::string
 {
     if (!m_source.WantsRecords()) return AskSource({act, m_file.finalActionBegun, file, target, {}, {}, false});
     SettleLast();
-    Deed deed{act, m_file.finalActionBegun, file, target, {}, IdentityOf(file)};
+    Deed deed{act, m_file.finalActionBegun, file, target, {}, StampOfRegularFile(file)};
     // A run that finds its inputs itself does not tell which one it is at: whatever is going to change may be it.
     if (!m_file.input) NoteBefore(act == Act::Put ? target : file);
-    if (deed.identity) deed.sha256 = m_hashes.Of(file);
+    if (deed.stamp) deed.sha256 = m_hashes.Of(file);
     const Answer answer = MayBeOnRecord(deed) ? AskSource(deed) : Answer::Refuse;
     deed.done = answer != Answer::Refuse;
     m_file.unsettled = answer == Answer::Go;
@@ -84,18 +84,18 @@ void CLedger::SettleLast()
     m_file.unsettled = false;
     Deed& deed = m_file.deeds.back();
     deed.done = HasHappened(deed);
-    if (deed.done && deed.identity && (deed.act == Act::Put || deed.act == Act::Move))
-        m_hashes.Renamed(*deed.identity, deed.target);
+    if (deed.done && deed.stamp && (deed.act == Act::Put || deed.act == Act::Move))
+        m_hashes.Renamed(*deed.stamp, deed.target);
 }
 
 bool CLedger::HasHappened(const Deed& deed)
 {
     switch (deed.act) {
         case Act::Put: {
-            const auto there = IdentityOf(deed.target);
-            if (!there || !deed.identity) return false;
-            return there->SameFile(*deed.identity) ||
-                   (there->size == deed.identity->size && m_hashes.Of(deed.target) == deed.sha256);
+            const auto there = StampOfRegularFile(deed.target);
+            if (!there || !deed.stamp) return false;
+            return there->IsSameFile(*deed.stamp) ||
+                   (there->size == deed.stamp->size && m_hashes.Of(deed.target) == deed.sha256);
         }
         case Act::Move:
             return !platform::NameExists(deed.file) && platform::NameExists(deed.target);

@@ -39,7 +39,7 @@ private:
         Act act = Act::Put;
         bool finalAction = false;
         std::string file, target, sha256;
-        std::optional<FileIdentity> identity;  // of the file before
+        std::optional<platform::FileStamp> stamp;  // of the file before
         bool done = false;
     };
     struct Content {

@@ -48,7 +48,7 @@ std::string PlaceProblem(const std::string& path)
 bool IsSameFile(const std::string& one, const std::string& other)
 {
     const auto first = platform::StampOf(one), second = platform::StampOf(other);
-    return first && second && first->device == second->device && first->inode == second->inode;
+    return first && second && first->IsSameFile(*second);
 }
 
 }  // namespace

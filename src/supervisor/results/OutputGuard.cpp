@@ -131,7 +131,7 @@ std::string ResolvedName(const std::string& path)
 bool IsSamePlace(const std::string& one, const std::string& other)
 {
     const auto first = platform::StampOf(one), second = platform::StampOf(other);
-    if (first && second) return first->device == second->device && first->inode == second->inode;
+    if (first && second) return first->IsSameFile(*second);
     return !first && !second && ResolvedName(one) == ResolvedName(other);
 }
 

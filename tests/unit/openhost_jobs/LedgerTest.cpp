@@ -221,7 +221,7 @@ TEST(ContentHashes, NoticeEveryChange)
     folder.Write("new", "two");
     fs::rename(folder / "new", path);  // same name and size, another file
     EXPECT_EQ(hashes.Of(path), kTwo);
-    const auto former = IdentityOf(path);
+    const auto former = StampOfRegularFile(path);
     fs::rename(path, other);
     hashes.Renamed(*former, other);
     EXPECT_EQ(hashes.Of(other), kTwo);

@@ -45,7 +45,7 @@ void ExpectFiles(const CTemporaryFolder& folder, const char* a, const char* b, c
     EXPECT_EQ(FileBytes(folder / "b"), b);
     EXPECT_EQ(FileBytes(folder / "c"), c);
     std::size_t expected = 0;
-    for (const char* name : {"a", "b", "c"}) expected += platform::NameExists(folder / name) ? 1 : 0;
+    for (const char* name : {"a", "b", "c"}) expected += platform::NameExists(folder / name) ? 1u : 0u;
     EXPECT_EQ(folder.EntryCount(), expected) << "leftovers";
 }
 

@@ -64,6 +64,11 @@ std::string FirstFree(const std::string& path, const std::string& head, std::str
 
 std::string ExtensionWithDot(const PathParts& parts) { return parts.hasDot ? "." + parts.extension : std::string(); }
 
+bool IsPathPart(std::string_view part)
+{
+    return !part.empty() && part.find_first_of(":*?<>|\"") == std::string_view::npos;
+}
+
 }  // namespace
 
 PathParts SplitPath(std::string_view path)
@@ -97,4 +102,43 @@ std::string UniqueSpaced(const std::string& path, const NameTest& taken)
 {
     const auto parts = SplitPath(path);
     return FirstFree(path, parts.folder + parts.base, " (", ")" + ExtensionWithDot(parts), taken);
+}
+
+std::string UniqueUnderscore(const std::string& path, const NameTest& taken)
+{
+    const auto parts = SplitPath(path);
+    return FirstFree(path, parts.folder + parts.base, "_", ExtensionWithDot(parts), taken);
+}
+
+std::string UniqueNoExtension(const std::string& path, const NameTest& taken)
+{
+    return FirstFree(path, path, "_", "", taken);
+}
+
+std::string UniqueSuffix(const std::string& name, const NameTest& taken)
+{
+    return FirstFree(name, name, " (", ")", taken);
+}
+
+std::string ExtendedLengthPath(std::string_view path)
+{
+    constexpr std::string_view kPrefix = "\\\\?\\";
+    if (path.starts_with(kPrefix)) return std::string(path);
+    if (path.starts_with("\\\\")) return std::string(kPrefix).append("UNC").append(path.substr(1));
+    return std::string(kPrefix).append(path);
+}
+
+std::string_view InvalidNameCharacters() { return "\"/*?<>:|\t\n\r"; }
+
+bool IsCompletePdfPath(std::string_view path)
+{
+    constexpr std::string_view kEnding = ".pdf";
+    if (path.size() < 2 || path[0] < 'A' || path[0] > 'Z' || path[1] != ':') return false;
+    path.remove_prefix(2);
+    if (!path.ends_with(kEnding)) return false;
+    path.remove_suffix(kEnding.size());
+    if (!path.starts_with('\\')) return false;
+    // A part may itself hold backslashes, so what counts is one "\" in front, something behind it, and no bad
+    // character.
+    return IsPathPart(path.substr(1));
 }

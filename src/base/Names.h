@@ -52,3 +52,19 @@ using NameTest = std::function<bool(const std::string& path)>;
 /// The path itself while it is free, else the first free one of "base (n).ext", n = 1, 2, ...
 /// The answer holds for the moment of the call; whoever creates the file must still refuse to replace.
 std::string UniqueSpaced(const std::string& path, const NameTest& taken);
+/// Likewise with "base_n.ext".
+std::string UniqueUnderscore(const std::string& path, const NameTest& taken);
+/// Likewise with "path_n": the path is taken without looking for an extension.
+std::string UniqueNoExtension(const std::string& path, const NameTest& taken);
+/// Likewise with " (n)" behind a plain name.
+std::string UniqueSuffix(const std::string& name, const NameTest& taken);
+
+/// The path with the prefix that lifts the length limit of Windows file calls. Pure text, the same on every system.
+std::string ExtendedLengthPath(std::string_view path);
+
+/// The characters that no file name may hold.
+std::string_view InvalidNameCharacters();
+
+/// Whether a path typed by the user is complete: drive letter in upper case, "\", parts without invalid characters,
+/// ".pdf" in lower case.
+bool IsCompletePdfPath(std::string_view path);

@@ -1,8 +1,9 @@
-#include "base/Sha256.h"
-
-#include <openssl/evp.h>
 #include <array>
 #include <new>
+
+#include <openssl/evp.h>
+
+#include "base/Sha256.h"
 
 struct CSha256::State {
     EVP_MD_CTX* context = EVP_MD_CTX_new();

@@ -1,7 +1,8 @@
 #include "base/Unicode.h"
 
-#include <utf8proc.h>
 #include <algorithm>
+
+#include <utf8proc.h>
 
 namespace {
 
@@ -131,6 +132,13 @@ std::u32string Utf8ToUtf32(std::string_view utf8)
     return result;
 }
 
+std::string Utf32ToUtf8(std::u32string_view utf32)
+{
+    std::string result;
+    for (const char32_t c : utf32) AppendUtf8(result, c);
+    return result;
+}
+
 std::u16string Utf32ToUtf16(std::u32string_view utf32)
 {
     std::u16string result;
@@ -168,6 +176,16 @@ std::string BytesOfUtf16(std::u16string_view utf16, bool bigEndian)
         bytes += bigEndian ? low : high;
     }
     return bytes;
+}
+
+std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian)
+{
+    return Utf16ToUtf8(Utf16FromBytes(bytes, bigEndian));
+}
+
+std::string Utf8ToUtf16Bytes(std::string_view utf8, bool bigEndian)
+{
+    return BytesOfUtf16(Utf8ToUtf16(utf8), bigEndian);
 }
 
 char32_t LowerCased(char32_t character)

@@ -28,12 +28,15 @@ std::string SanitizeUtf8(std::string_view bytes);
 std::u16string Utf8ToUtf16(std::string_view utf8);
 std::string Utf16ToUtf8(std::u16string_view utf16);
 std::u32string Utf8ToUtf32(std::string_view utf8);
+std::string Utf32ToUtf8(std::u32string_view utf32);
 std::u16string Utf32ToUtf16(std::u32string_view utf32);
 std::u32string Utf16ToUtf32(std::u16string_view utf16);
 /// Bytes of UTF-16 without a mark, as they stand in a file or in a host text; an odd last byte becomes U+FFFD. Lone
 /// surrogates stay in UTF-16.
 std::u16string Utf16FromBytes(std::string_view bytes, bool bigEndian);
 std::string BytesOfUtf16(std::u16string_view utf16, bool bigEndian);
+std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian);
+std::string Utf8ToUtf16Bytes(std::string_view utf8, bool bigEndian);
 
 /// Unicode's simple mappings, one character to one. The sharp s stays as it is: its capital is hardly ever meant.
 char32_t LowerCased(char32_t character);

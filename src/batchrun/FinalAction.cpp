@@ -1,12 +1,12 @@
 #include "batchrun/FinalAction.h"
 
+#include <utility>
+
 #include "base/Names.h"
 #include "common/Log.h"
 #include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
-
-#include <utility>
 
 namespace {
 

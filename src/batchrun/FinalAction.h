@@ -1,9 +1,9 @@
 // What happens to an input file after it has been processed.
 #pragma once
 
-#include "protocol/FinalAction.h"
-
 #include <string>
+
+#include "protocol/FinalAction.h"
 
 class CLogWriter;
 

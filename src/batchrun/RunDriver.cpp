@@ -1,5 +1,11 @@
 #include "batchrun/RunDriver.h"
 
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
 #include "base/Overseer.h"
 #include "batchrun/FinalAction.h"
 #include "batchrun/WorkKinds.h"
@@ -7,12 +13,6 @@
 #include "engine/InputOpening.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
-
-#include <exception>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
 /// While it lives, no act of the file services is done once the input is another file than the stamp says: it looks
 /// before the overseer that was installed is asked and, since that may take a while, again when that lets the act

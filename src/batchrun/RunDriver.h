@@ -1,12 +1,12 @@
 // Carries out one unattended run from start to end.
 #pragma once
 
+#include <functional>
+
 #include "batchrun/HostCloser.h"
 #include "batchrun/RunEvents.h"
 #include "batchrun/RunSettings.h"
 #include "engine/Executor.h"
-
-#include <functional>
 
 class CInputSource;
 class CLogWriter;

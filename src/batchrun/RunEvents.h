@@ -1,10 +1,10 @@
 // What a run tells whoever watches it, beside the log.
 #pragma once
 
+#include <string>
+
 #include "engine/Work.h"
 #include "protocol/Outcomes.h"
-
-#include <string>
 
 /// Order: RunStarts once, then FileDone once for each input that was begun, then RunEnds exactly once; a run that
 /// does not get as far as its inputs sends RunEnds alone. None of them throws.

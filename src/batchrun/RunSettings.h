@@ -1,11 +1,11 @@
 // The settings of an unattended run, from the environment or from a description.
 #pragma once
 
-#include "engine/Work.h"
-#include "protocol/RunDescription.h"
-
 #include <functional>
 #include <string>
+
+#include "engine/Work.h"
+#include "protocol/RunDescription.h"
 
 class CLogWriter;
 

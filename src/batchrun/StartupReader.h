@@ -1,9 +1,9 @@
 // Decides, once the host has started, whether an unattended run will happen.
 #pragma once
 
-#include "protocol/RunDescription.h"
-
 #include <string>
+
+#include "protocol/RunDescription.h"
 
 class CLogWriter;
 

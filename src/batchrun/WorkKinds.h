@@ -1,12 +1,12 @@
 // The kinds of work that a run can do.
 #pragma once
 
-#include "base/Expected.h"
-#include "engine/Work.h"
-
 #include <memory>
 #include <span>
 #include <string_view>
+
+#include "base/Expected.h"
+#include "engine/Work.h"
 
 struct WorkKind {
     std::string_view name;  ///< as descriptions have it

@@ -1,9 +1,10 @@
 #include "cli/Arguments.h"
 
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
 #include <stdexcept>
+
+#include <CLI/CLI.hpp>
 
 #include "base/LikelyName.h"
 #include "base/Text.h"

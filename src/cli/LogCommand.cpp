@@ -1,5 +1,8 @@
 #include "cli/LogCommand.h"
 
+#include <chrono>
+#include <thread>
+
 #include "cli/CommandError.h"
 #include "cli/Printable.h"
 #include "cli/RunArguments.h"
@@ -7,9 +10,6 @@
 #include "platform/FileProblem.h"
 #include "platform/HeldFiles.h"
 #include "platform/Paths.h"
-
-#include <chrono>
-#include <thread>
 
 namespace cli {
 

@@ -1,12 +1,12 @@
 // The command that shows and clears the log.
 #pragma once
 
+#include <cstdint>
+#include <string>
+
 #include "cli/Arguments.h"
 #include "cli/Console.h"
 #include "platform/Files.h"
-
-#include <cstdint>
-#include <string>
 
 namespace cli {
 

@@ -3,8 +3,8 @@
 #include <sstream>
 
 #include "cli/CommandTable.h"
-#include "protocol/FinalAction.h"
 #include "cli/Help.h"
+#include "protocol/FinalAction.h"
 
 namespace cli {
 
@@ -71,8 +71,11 @@ std::string FinalActionSection()
 {
     std::string text = ".SH FINAL ACTIONS\nWhat happens to an input once its result is there.\n";
     for (const FinalActionFacts& facts : FinalActions())
-        text += Entry(Bold(std::string(facts.word)), ActionHelp(facts) +
-                                          (facts.destination == Destination::None ? "" : "; destination: " + std::string(DestinationWord(facts.destination))));
+        text +=
+            Entry(Bold(std::string(facts.word)),
+                  ActionHelp(facts) + (facts.destination == Destination::None
+                                           ? ""
+                                           : "; destination: " + std::string(DestinationWord(facts.destination))));
     return text;
 }
 

@@ -2,7 +2,6 @@
 
 #include <iostream>
 #include <optional>
-#include "protocol/Json.h"
 
 #include "base/Text.h"
 #include "cli/CommandError.h"
@@ -13,6 +12,7 @@
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "protocol/FinalAction.h"
+#include "protocol/Json.h"
 #include "supervisor/Supervisor.h"
 
 namespace cli {

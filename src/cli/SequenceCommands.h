@@ -2,10 +2,10 @@
 #pragma once
 
 #include <string>
-#include "protocol/JsonType.h"
 
 #include "cli/Arguments.h"
 #include "cli/Console.h"
+#include "protocol/JsonType.h"
 
 namespace cli {
 

@@ -1,8 +1,7 @@
-#include "protocol/Json.h"
-
 #include "base/Text.h"
 #include "cli/Printable.h"
 #include "cli/SequenceCommands.h"
+#include "protocol/Json.h"
 
 namespace cli {
 

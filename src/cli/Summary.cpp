@@ -1,12 +1,12 @@
 #include "cli/Summary.h"
 
 #include <algorithm>
-#include "protocol/Json.h"
 
 #include "base/Text.h"
 #include "cli/Printable.h"
 #include "cli/ProgressMeter.h"
 #include "cli/RunPrinter.h"
+#include "protocol/Json.h"
 
 namespace cli {
 

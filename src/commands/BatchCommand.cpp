@@ -1,12 +1,12 @@
 #include "commands/BatchCommand.h"
 
+#include <string_view>
+#include <utility>
+
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/Commands.h"
 #include "sequence/StepDescription.h"
-
-#include <string_view>
-#include <utility>
 
 namespace {
 

@@ -1,11 +1,11 @@
 // Base of the plug-in's own steps in the host's batch sequences.
 #pragma once
 
-#include "hostapi/HostRecords.h"
-#include "hostcalls/Cab.h"
-
 #include <string>
 #include <vector>
+
+#include "hostapi/HostRecords.h"
+#include "hostcalls/Cab.h"
 
 class CLogWriter;
 struct StepDescription;

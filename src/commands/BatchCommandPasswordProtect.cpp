@@ -1,5 +1,9 @@
 #include "commands/BatchCommandPasswordProtect.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
 #include "base/Names.h"
 #include "base/Text.h"
 #include "commands/SecuritySettings.h"
@@ -7,14 +11,10 @@
 #include "hostcalls/Cab.h"
 #include "hostcalls/Commands.h"
 #include "pdflib/AcrobatDoc.h"
+#include "protocol/Json.h"
 #include "sequence/Findings.h"
 #include "sequence/Protection.h"
 #include "sequence/SequenceFile.h"
-
-#include <algorithm>
-#include <cstdint>
-#include <utility>
-#include "protocol/Json.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 #include "commands/CatalogCommands.h"
 
+#include <iterator>
+
 #include "base/Text.h"
 #include "common/Log.h"
 #include "hostcalls/CatalogIndex.h"
@@ -7,8 +9,6 @@
 #include "platform/Files.h"
 #include "sequence/StepChecks.h"
 #include "sequence/StepDescription.h"
-
-#include <iterator>
 
 namespace {
 

@@ -1,9 +1,9 @@
 // The steps "Rebuild Catalog Index" and "Purge Catalog Index".
 #pragma once
 
-#include "commands/BatchCommand.h"
-
 #include <string>
+
+#include "commands/BatchCommand.h"
 
 /// How one catalog step differs from the other.
 struct CatalogStepText {

@@ -1,14 +1,14 @@
 #include "commands/CommandRegistry.h"
 
+#include <ranges>
+#include <type_traits>
+
 #include "commands/BatchCommandCallbacks.h"
 #include "commands/BatchCommandPasswordProtect.h"
 #include "commands/BatchCommandProcessExternal.h"
 #include "commands/CatalogCommands.h"
 #include "hostcalls/Commands.h"
 #include "sequence/StepDescription.h"
-
-#include <ranges>
-#include <type_traits>
 
 namespace {
 

@@ -1,10 +1,10 @@
 // All steps that the plug-in offers to the host.
 #pragma once
 
-#include "commands/BatchCommand.h"
-
 #include <memory>
 #include <vector>
+
+#include "commands/BatchCommand.h"
 
 /// Owns one object per kind of step, and makes their descriptions known. The host keeps pointers into them: must live
 /// until the host ends.

@@ -8,6 +8,7 @@
 #include "base/Text.h"
 #include "platform/Clock.h"
 #include "platform/Files.h"
+#include "platform/ThisProcess.h"
 
 namespace {
 
@@ -49,6 +50,7 @@ bool CLogWriter::NameTime(std::string_view name, int indentTabs)
 namespace {
 
 constexpr std::uint64_t kLargestLog = 2'000'000;  // bytes; a larger one is archived
+constexpr std::uint64_t kMegabyte = 1'000'000;
 constexpr platform::LocalTime kNoTime = {.day = 0, .month = 0, .year = 0, .hour = -1, .minute = -1, .second = -1};
 
 }  // namespace
@@ -75,12 +77,53 @@ void CNumberedLog::Close(const std::optional<std::string>& pluginName)
     m_file.Close();
 }
 
+bool CNumberedLog::Clear()
+{
+    if (!IsOpen()) return false;
+    if (!m_file.Flush() || !m_file.Truncate() || !m_file.SeekBegin()) return false;
+    m_nextLine = 1;
+    return WriteStart();
+}
+
+bool CNumberedLog::Flush() { return IsOpen() && m_file.Flush(); }
+
+std::optional<std::string> CNumberedLog::ReadText(std::size_t maxBytes)
+{
+    if (!IsOpen()) return std::nullopt;
+    std::string text = m_file.Read(maxBytes);
+    if (text.empty()) return std::nullopt;
+    return text;
+}
+
+bool CNumberedLog::SeekBegin() { return IsOpen() && m_file.SeekBegin(); }
+
+bool CNumberedLog::SeekEnd() { return IsOpen() && m_file.SeekEnd(); }
+
 bool CNumberedLog::Line(std::string_view text)
 {
     if (!IsOpen()) return false;
     if (!m_file.Write(FormatText("%d: %s\r\n", static_cast<int>(m_nextLine), OneLogLine(text).c_str()))) return false;
     ++m_nextLine;
     return true;
+}
+
+bool CNumberedLog::MemoryUsage(int indentTabs, bool write)
+{
+    const auto memory = platform::GlobalMemoryStatus();
+    if (!write || !memory) return false;
+    NameValue("Global memory usage", "", indentTabs);
+    const struct {
+        const char* name;
+        std::uint64_t value;
+    } rows[] = {{"Total physical memory (MB) ", memory->totalPhysical / kMegabyte},
+                {"Total virtual memory (MB) ", memory->totalVirtual / kMegabyte},
+                {"Total page file (MB) ", memory->totalPageFile / kMegabyte},
+                {"Memory load (percents) ", memory->loadPercent},
+                {"Available physical memory (MB) ", memory->availablePhysical / kMegabyte},
+                {"Available virtual memory (MB) ", memory->availableVirtual / kMegabyte},
+                {"Available page file memory (MB) ", memory->availablePageFile / kMegabyte}};
+    for (const auto& row : rows) NameNumber(row.name, static_cast<long long>(row.value), indentTabs + 1);
+    return false;  // Kept: nobody uses the answer.
 }
 
 platform::LocalTime CNumberedLog::Now() const { return m_clock().value_or(kNoTime); }
@@ -100,6 +143,11 @@ void CNumberedLog::WriteEnd(const std::optional<std::string>& pluginName)
     const platform::LocalTime now = Now();
     Line(FormatText("LOG STOPPED: %d/%d/%d , TIME: %d:%d:%d", now.day, now.month, now.year, now.hour, now.minute,
                     now.second));
+    if (m_headerSwitch == 1) WriteRunDetails(pluginName);
+}
+
+void CNumberedLog::WriteRunDetails(const std::optional<std::string>& pluginName)
+{
     if (pluginName) NameValue("Plugin", *pluginName, 0);
     NameValue("Acrobat viewer host application", m_facts.applicationName, 0);
     NameValue("Language", m_facts.language, 0);
@@ -128,3 +176,5 @@ std::string CNumberedLog::ArchivePath(const std::string& path) const
     return FormatText("%s-%d-%d-%d-%d-%d-%d.log", (parts.folder + parts.base).c_str(), now.day, now.month, now.year,
                       now.hour, now.minute, now.second);
 }
+
+bool CLogWriter::Separator() { return Line(std::string(76, '-')); }

@@ -23,6 +23,8 @@ public:
     bool NameNumber(std::string_view name, long long number, int indentTabs);
     /// The current local time as the value, padded.
     bool NameTime(std::string_view name, int indentTabs);
+    /// 76 hyphens.
+    bool Separator();
 };
 
 /// The text with blanks in place of carriage returns, line feeds and NUL bytes.
@@ -41,7 +43,7 @@ struct HostFacts {
 
 /// Who writes the lines that begin and end a log.
 enum class LogFrame {
-    Own,  ///< the log itself, when it is opened and closed
+    Own,  ///< the log itself, when it is opened, cleared and closed
     None  ///< nobody, or its user: they come with the lines
 };
 
@@ -60,19 +62,35 @@ public:
     /// line. False: the log is closed, the file as it was.
     bool Open(const std::string& path, bool append, LogFrame frame = LogFrame::Own);
 
-    /// Writes the stop line and the run details. `pluginName` may be missing.
+    /// Writes the stop line and, while the header switch is 1, the run details. `pluginName` may be missing.
     void Close(const std::optional<std::string>& pluginName);
+
+    /// Empties the open log, numbers from 1 again and writes a new start line.
+    bool Clear();
+
+    bool Flush();
+
+    /// Up to `maxBytes` from the current position; nothing at the end or when the log is not open. Entries continue
+    /// at the position where reading or seeking left off: seek to the end first.
+    std::optional<std::string> ReadText(std::size_t maxBytes);
+    bool SeekBegin();
+    bool SeekEnd();
 
     bool IsOpen() const { return m_file.IsOpen(); }
     const std::string& Path() const { return m_path; }
+    void SetHeaderSwitch(int value) { m_headerSwitch = value; }
     void SetHostFacts(HostFacts facts) { m_facts = std::move(facts); }
 
     bool Line(std::string_view text) override;
+
+    /// Writes the machine's memory figures in millions of bytes, when `write` says so. Always false.
+    bool MemoryUsage(int indentTabs, bool write);
 
 private:
     platform::LocalTime Now() const;
     bool WriteStart();
     void WriteEnd(const std::optional<std::string>& pluginName);
+    void WriteRunDetails(const std::optional<std::string>& pluginName);
     bool ArchiveWhenLarge(const std::string& path);
     std::string ArchivePath(const std::string& path) const;
 
@@ -81,5 +99,6 @@ private:
     std::string m_path;
     LogFrame m_frame = LogFrame::Own;
     std::uint32_t m_nextLine = 1;
+    int m_headerSwitch = 1;
     HostFacts m_facts;
 };

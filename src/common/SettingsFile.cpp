@@ -1,16 +1,17 @@
 #include "common/SettingsFile.h"
 
-#include "base/Base64.h"
-#include "base/Text.h"
-#include "platform/FileProblem.h"
-
 #include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "base/Base64.h"
+#include "base/Text.h"
+#include "platform/FileProblem.h"
 
 // {"ferrule": "settings", "version": 2, "checksum": "...", "values": {key: value, ...}}. A narrow text is a JSON
 // string, a number or flag itself, null null; what JSON does not know is an object of one type word: {"wide": text},

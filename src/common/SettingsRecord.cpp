@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <utility>
+#include <variant>
 
 namespace {
 
@@ -155,6 +156,16 @@ namespace {
 
 constexpr std::string_view kNumItems = "NumItems";
 
+// The texts under "0", "1", ... up to the stored count, which is not trusted beyond the entries that exist.
+std::vector<std::string> ReadItems(const CSettingsRecord& list)
+{
+    std::vector<std::string> items;
+    const std::int32_t stored = list.Int(kNumItems, 0);
+    const auto present = static_cast<std::int32_t>(list.Entries().size());
+    for (std::int32_t i = 0; i < stored && i < present; ++i) items.push_back(list.AnyText(std::to_string(i)));
+    return items;
+}
+
 /// The greatest key that is a number; -1 when there is none.
 std::int64_t LastNumber(const CSettingsRecord& list)
 {
@@ -168,7 +179,26 @@ std::int64_t LastNumber(const CSettingsRecord& list)
     return last;
 }
 
+CSettingsRecord MakeList(const std::vector<std::string>& items)
+{
+    CSettingsRecord list;
+    list.PutInt(kNumItems, static_cast<std::int32_t>(items.size()));
+    for (std::size_t i = 0; i < items.size(); ++i) list.PutString(std::to_string(i), items[i]);
+    return list;
+}
+
 }  // namespace
+
+std::vector<std::string> ReadList(const CSettingsRecord& record, std::string_view key)
+{
+    const auto* list = record.Record(key);
+    return list ? ReadItems(*list) : std::vector<std::string>();
+}
+
+void PutList(CSettingsRecord& record, std::string_view key, const std::vector<std::string>& items)
+{
+    record.PutRecord(key, MakeList(items));
+}
 
 TextPairs ReadMap(const CSettingsRecord& record, std::string_view key)
 {
@@ -186,12 +216,12 @@ TextPairs ReadMap(const CSettingsRecord& record, std::string_view key)
 
 void PutMap(CSettingsRecord& record, std::string_view key, const TextPairs& pairs)
 {
-    CSettingsRecord map;
-    map.PutInt(kNumItems, static_cast<std::int32_t>(2 * pairs.size()));
-    std::size_t next = 0;
-    for (const auto& [name, value] : pairs)
-        for (const std::string& text : {name, value}) map.PutString(std::to_string(next++), text);
-    record.PutRecord(key, std::move(map));
+    std::vector<std::string> items;
+    for (const auto& [name, value] : pairs) {
+        items.push_back(name);
+        items.push_back(value);
+    }
+    PutList(record, key, items);
 }
 
 SettingsRectangle ReadRectangle(const CSettingsRecord& record, std::string_view key,
@@ -211,4 +241,12 @@ void PutRectangle(CSettingsRecord& record, std::string_view key, const SettingsR
     stored.PutDouble("Top", rectangle.top);
     stored.PutDouble("Bottom", rectangle.bottom);
     record.PutRecord(key, std::move(stored));
+}
+
+std::string ReadWideOrNarrow(const CSettingsRecord& record, std::string_view keyW, std::string_view fallbackUtf8)
+{
+    const auto narrowKey = keyW.ends_with('W') ? keyW.substr(0, keyW.size() - 1) : keyW;
+    const auto* narrow = record.Find(narrowKey);
+    if (narrow && std::holds_alternative<std::string>(*narrow)) return std::get<std::string>(*narrow);
+    return record.Wide(keyW, fallbackUtf8);
 }

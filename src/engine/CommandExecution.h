@@ -1,10 +1,10 @@
 // Drives one command until it is through.
 #pragma once
 
+#include <optional>
+
 #include "hostcalls/Commands.h"
 #include "hostcalls/HostFrame.h"
-
-#include <optional>
 
 class CLogWriter;
 class CProgressMonitorWrapper;

@@ -1,12 +1,12 @@
 #include "engine/Executor.h"
 
+#include <memory>
+#include <utility>
+
 #include "base/Names.h"
 #include "common/Log.h"
 #include "common/Progress.h"
 #include "engine/InputFiles.h"
-
-#include <memory>
-#include <utility>
 
 namespace {
 

@@ -1,12 +1,12 @@
 // Does the work of a run on its input files.
 #pragma once
 
-#include "engine/Work.h"
-
 #include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
+
+#include "engine/Work.h"
 
 class CInputSource;
 class CLogWriter;

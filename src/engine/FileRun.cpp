@@ -1,5 +1,7 @@
 #include "engine/FileRun.h"
 
+#include <utility>
+
 #include "base/Names.h"
 #include "base/Text.h"
 #include "common/Log.h"
@@ -10,8 +12,6 @@
 #include "engine/OutputSaving.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/HostFrame.h"
-
-#include <utility>
 
 namespace {
 

@@ -1,15 +1,15 @@
 // Processes one input file of a run.
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "engine/CommandList.h"
 #include "engine/OutputSaving.h"
 #include "engine/Work.h"
 #include "pdflib/AcrobatDoc.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
-
-#include <functional>
-#include <string>
 
 class CLogWriter;
 class CProgressMonitorWrapper;

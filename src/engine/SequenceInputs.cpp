@@ -1,10 +1,10 @@
 #include "engine/SequenceInputs.h"
 
+#include <set>
+
 #include "common/Log.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/Conversions.h"
-
-#include <set>
 
 namespace {
 

@@ -1,11 +1,11 @@
 // What a sequence takes as input: which files of a folder, and from where.
 #pragma once
 
-#include "engine/Work.h"
-#include "sequence/Sequence.h"
-
 #include <string>
 #include <vector>
+
+#include "engine/Work.h"
+#include "sequence/Sequence.h"
 
 class CLogWriter;
 

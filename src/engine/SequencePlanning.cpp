@@ -1,16 +1,16 @@
 #include "engine/SequencePlanning.h"
 
-#include "engine/OutputSaving.h"
-#include "platform/Files.h"
-#include "sequence/OutputSettings.h"
-#include "sequence/Sequence.h"
-#include "sequence/SequenceChecks.h"
-
 #include <algorithm>
 #include <cctype>
 #include <iterator>
 #include <string_view>
 #include <variant>
+
+#include "engine/OutputSaving.h"
+#include "platform/Files.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/Sequence.h"
+#include "sequence/SequenceChecks.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 // What planning a run wants to know of its sequence.
 #pragma once
 
+#include <string>
+
 #include "engine/Work.h"
 #include "sequence/SequenceFacts.h"
-
-#include <string>
 
 /// Everything but the errors of a check. Looks for the sequence's output folder on the disk.
 [[nodiscard]] WorkFacts FactsOfSequence(const SequenceFacts& sequence, const PlanRequest& request);

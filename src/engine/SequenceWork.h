@@ -1,15 +1,15 @@
 // Running a sequence over the files of a run.
 #pragma once
 
-#include "engine/CommandList.h"
-#include "engine/FileRun.h"
-#include "engine/Work.h"
-#include "sequence/Sequence.h"
-
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "engine/CommandList.h"
+#include "engine/FileRun.h"
+#include "engine/Work.h"
+#include "sequence/Sequence.h"
 
 class CSequenceWork final : public CWork {
 public:

@@ -1,13 +1,13 @@
 // The plug-in as a whole: what the host's life-cycle callbacks do.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "commands/CommandRegistry.h"
 #include "common/Log.h"
 #include "host/AppSettings.h"
 #include "host/UnattendedRun.h"
-
-#include <optional>
-#include <string>
 
 /// Owns everything that lives as long as the plug-in is loaded. One object, made once the host's tables are there.
 ///

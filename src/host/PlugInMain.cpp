@@ -1,4 +1,7 @@
 // The entry of the plug-in: binds to the host's tables and hands the host the life-cycle callbacks.
+#include <algorithm>
+#include <memory>
+
 #include "host/FerruleApp.h"
 #include "hostapi/HostRecords.h"
 #include "hostcalls/Application.h"
@@ -6,9 +9,6 @@
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostTables.h"
 #include "platform/Paths.h"
-
-#include <algorithm>
-#include <memory>
 
 namespace {
 

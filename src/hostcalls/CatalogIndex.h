@@ -1,9 +1,9 @@
 // The host's full-text catalog, which need not be there.
 #pragma once
 
-#include "hostapi/HostTypes.h"
-
 #include <string>
+
+#include "hostapi/HostTypes.h"
 
 [[nodiscard]] bool CatalogPresent();
 

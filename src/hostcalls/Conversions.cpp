@@ -1,11 +1,11 @@
 #include "hostcalls/Conversions.h"
 
+#include <cstring>
+#include <exception>
+
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
 #include "hostcalls/HostTables.h"
-
-#include <cstring>
-#include <exception>
 
 namespace {
 

@@ -1,10 +1,10 @@
 // The host's converters to and from PDF.
 #pragma once
 
-#include "hostcalls/Documents.h"
-
 #include <string>
 #include <vector>
+
+#include "hostcalls/Documents.h"
 
 /// One converter. The handler belongs to the host.
 template <class Handler>

@@ -2,10 +2,10 @@
 // answers as stated. None of the functions throws.
 #pragma once
 
-#include "hostapi/HostTypes.h"
-
 #include <optional>
 #include <string>
+
+#include "hostapi/HostTypes.h"
 
 [[nodiscard]] bool JobsTablePresent();
 
@@ -36,8 +36,8 @@ struct HostJobInput {
 /// host does not tell.
 [[nodiscard]] std::optional<std::string> JobDocumentLoss(PDDoc document) noexcept;
 
-/// The next save of the document replaces no file. A host that does not offer this may replace one that appears in the
-/// moment before it writes.
+/// The next save of the document replaces no file. A host that does not offer this may replace one that appears in
+/// the moment before it writes.
 void JobNextSaveIsNew(PDDoc document) noexcept;
 
 /// From now on the present input's acts are its final action.

@@ -1,11 +1,11 @@
 // Menus and menu items of the host. Everything may throw CHostException.
 #pragma once
 
-#include "hostapi/HostRecords.h"
-
 #include <optional>
 #include <string>
 #include <utility>
+
+#include "hostapi/HostRecords.h"
 
 /// Owns one reference to a menu, or nothing (after a move).
 class CMenuRef {

@@ -1,11 +1,11 @@
 // What a job is given and what it answers.
 #pragma once
 
-#include "batchrun/HostCloser.h"
-#include "batchrun/RunEvents.h"
-
 #include <functional>
 #include <string>
+
+#include "batchrun/HostCloser.h"
+#include "batchrun/RunEvents.h"
 
 class CLogWriter;
 

@@ -1,5 +1,9 @@
 #include "jobs/JobDispatcher.h"
 
+#include <algorithm>
+#include <cctype>
+#include <exception>
+
 #include "base/Expected.h"
 #include "common/Log.h"
 #include "hostcalls/HostFrame.h"
@@ -9,10 +13,6 @@
 #include "jobs/SequenceJobs.h"
 #include "platform/AtomicFile.h"
 #include "protocol/Json.h"
-
-#include <algorithm>
-#include <cctype>
-#include <exception>
 
 namespace {
 

@@ -1,10 +1,10 @@
 // Does the one job that a start of the host is for.
 #pragma once
 
+#include <string>
+
 #include "jobs/Job.h"
 #include "protocol/RunDescription.h"
-
-#include <string>
 
 /// The work that the job does or plans to do; without a kind when it is no such job.
 [[nodiscard]] WorkDescription JobWork(const std::string& jobText);

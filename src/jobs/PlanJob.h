@@ -2,7 +2,6 @@
 #pragma once
 
 #include "jobs/Job.h"
-
 #include "protocol/RunDescription.h"
 
 /// Logs what a run logs before its first file and after its last, and reports each file and the plan.

@@ -1,11 +1,11 @@
 #include "jobs/PlannedFiles.h"
 
-#include "platform/Files.h"
-
 #include <algorithm>
 #include <chrono>
 #include <numeric>
 #include <utility>
+
+#include "platform/Files.h"
 
 namespace {
 

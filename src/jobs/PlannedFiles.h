@@ -1,15 +1,15 @@
 // The input files of a planned run.
 #pragma once
 
-#include "engine/InputCollector.h"
-#include "jobs/TouchedNames.h"
-#include "protocol/FileRecord.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "engine/InputCollector.h"
+#include "jobs/TouchedNames.h"
+#include "protocol/FileRecord.h"
 
 /// Puts files that share a key into one group, also through others. Keys are hashes: two that meet by chance put
 /// files together that could have stayed apart, which does no harm.

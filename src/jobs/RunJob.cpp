@@ -1,11 +1,11 @@
 #include "jobs/RunJob.h"
 
+#include <optional>
+#include <utility>
+
 #include "batchrun/RunDriver.h"
 #include "engine/InputFiles.h"
 #include "hostcalls/Jobs.h"
-
-#include <optional>
-#include <utility>
 
 class CJobInputs final : public CInputSource {
 public:

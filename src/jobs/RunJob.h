@@ -2,7 +2,6 @@
 #pragma once
 
 #include "jobs/Job.h"
-
 #include "protocol/RunDescription.h"
 
 /// Runs as from the environment, and tells the end as such a run does.

@@ -1,9 +1,9 @@
 #include "jobs/SafetyRules.h"
 
+#include <cctype>
+
 #include "platform/Files.h"
 #include "platform/Programs.h"
-
-#include <cctype>
 
 namespace {
 
@@ -73,7 +73,9 @@ std::string DestinationProblem(const PlanRequest& request)
     if (action.destination == Destination::Program && !platform::ProgramMayExist(destination))
         return "There is no program " + Quoted(destination) +
                " to start on each input. Install it, or name another one with --destination.";
-    return action.destination == Destination::Folder ? MissingFolder("destination folder", destination, "--destination") : std::string();
+    return action.destination == Destination::Folder
+               ? MissingFolder("destination folder", destination, "--destination")
+               : std::string();
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 // Whether a run may start without anybody losing something by surprise.
 #pragma once
 
-#include "engine/Work.h"
-
 #include <string>
 #include <vector>
+
+#include "engine/Work.h"
 
 /// Why the run must not start and what to do about it; empty when it may. Looks for the folders on the disk.
 [[nodiscard]] std::string SafetyProblem(const WorkFacts& facts, const PlanRequest& request);

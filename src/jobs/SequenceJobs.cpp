@@ -1,5 +1,7 @@
 #include "jobs/SequenceJobs.h"
 
+#include <algorithm>
+
 #include "base/Text.h"
 #include "protocol/Json.h"
 #include "protocol/RunDescription.h"
@@ -9,8 +11,6 @@
 #include "sequence/SequenceReport.h"
 #include "sequence/StepMaking.h"
 #include "sequence/XmlForm.h"
-
-#include <algorithm>
 
 namespace {
 

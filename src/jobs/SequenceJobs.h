@@ -46,7 +46,6 @@
 #pragma once
 
 #include "base/Expected.h"
-
 #include "protocol/JsonType.h"
 
 [[nodiscard]] Expected<Json> ShowSequence(const Json& job);

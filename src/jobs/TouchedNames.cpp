@@ -1,13 +1,13 @@
 #include "jobs/TouchedNames.h"
 
-#include "base/Names.h"
-#include "platform/Files.h"
-#include "platform/NarrowText.h"
-
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+
+#include "base/Names.h"
+#include "platform/Files.h"
+#include "platform/NarrowText.h"
 
 namespace {
 

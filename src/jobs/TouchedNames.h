@@ -1,13 +1,13 @@
 // The names that a run reads or writes for a file, made comparable.
 #pragma once
 
-#include "engine/Work.h"
-
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
+
+#include "engine/Work.h"
 
 /// The base of a file's name with small letters and without the numbers that are put behind it to make it unique:
 /// "Report (2) (1).pdf" and "report.txt" are both "report".

@@ -1,12 +1,12 @@
 #include "pdflib/AcrobatDoc.h"
 
+#include <utility>
+
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
 #include "hostcalls/Documents.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Jobs.h"
-
-#include <utility>
 
 CAcrobatDoc::CAcrobatDoc(PDDoc borrowed) : m_document(borrowed), m_path(::FilePath(borrowed).value_or("")) {}
 

@@ -1,9 +1,9 @@
 // A document of the host as the plug-in works with it.
 #pragma once
 
-#include "hostcalls/Documents.h"
-
 #include <string>
+
+#include "hostcalls/Documents.h"
 
 /// One document: the host document, the view when one was opened, and its path. Either owns the document or borrows
 /// it.

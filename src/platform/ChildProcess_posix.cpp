@@ -1,5 +1,3 @@
-#include "platform/ChildProcess.h"
-
 #include <poll.h>
 #include <signal.h>
 #include <sys/ioctl.h>
@@ -12,6 +10,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/ChildProcess.h"
 #include "platform/ChildState_posix.h"
 #include "platform/Clock.h"
 #include "platform/Processes_posix.h"

@@ -1,15 +1,14 @@
-#include "platform/ChildProcess.h"
-
 #include <algorithm>
 #include <vector>
 
+#include "platform/ChildProcess.h"
 #include "platform/ChildState_win.h"
 #include "platform/Clock.h"
 #include "platform/FileProblem.h"
 #include "platform/Processes_win.h"
+#include "platform/Windows_win.h"
 
 #include <psapi.h>  // needs the types of the system's own header
-#include "platform/Windows_win.h"
 
 namespace platform {
 namespace {

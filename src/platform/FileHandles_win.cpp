@@ -1,7 +1,5 @@
 #include "platform/FileHandles_win.h"
 
-#include <sddl.h>
-
 #include <algorithm>
 #include <cstring>
 #include <string>
@@ -11,6 +9,8 @@
 #include "platform/FileSteps.h"
 #include "platform/Handle_win.h"
 #include "platform/WideText_win.h"
+
+#include <sddl.h>
 
 namespace platform {
 namespace {

@@ -1,6 +1,6 @@
-#include "platform/FileProblem.h"
-
 #include <cerrno>
+
+#include "platform/FileProblem.h"
 
 namespace platform {
 

@@ -1,8 +1,7 @@
-#include "platform/FileProblem.h"
-
 #include <cerrno>
 #include <cstdlib>
 
+#include "platform/FileProblem.h"
 #include "platform/Windows_win.h"
 
 // The headers of the compiler do not know these yet.

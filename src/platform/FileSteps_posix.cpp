@@ -1,5 +1,3 @@
-#include "platform/FileSteps.h"
-
 #include <fcntl.h>
 #include <strings.h>
 #include <unistd.h>
@@ -8,6 +6,7 @@
 
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
+#include "platform/FileSteps.h"
 
 namespace platform {
 namespace {

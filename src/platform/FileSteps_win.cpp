@@ -1,9 +1,8 @@
-#include "platform/FileSteps.h"
-
 #include <array>
 
 #include "platform/FileHandles_win.h"
 #include "platform/FileProblem.h"
+#include "platform/FileSteps.h"
 #include "platform/WideText_win.h"
 
 namespace platform {

@@ -54,6 +54,15 @@ FileResult WriteFileAtomically(const std::string& path, std::string_view bytes, 
     return {};
 }
 
+bool IsFolderWritable(const std::string& folder)
+{
+    const auto path = UniqueUnderscore(WithTrailingSeparator(folder) + "__testfile.txt", NameExists);
+    const CUnwatched ownFile;
+    if (!CreateNewFile(path)) return false;
+    (void)DeleteFile(path);
+    return true;
+}
+
 namespace {
 
 // As far as it can be told without making the copy.

@@ -34,6 +34,8 @@ bool FolderExists(const std::string& path);
 bool NameExists(const std::string& path);
 /// True for a symbolic link itself, whatever it leads to.
 bool NameIsLink(const std::string& path);
+/// Whether a new file can be created in the folder; the file made for the test is removed.
+bool IsFolderWritable(const std::string& folder);
 /// Size in bytes of a regular file.
 std::optional<std::uint64_t> FileSize(const std::string& path);
 /// What tells one state of a file from another, and one file from another; links are followed.
@@ -70,6 +72,9 @@ FileResult DeleteFile(const std::string& path);
 
 /// Creates a folder and the folders above it; success when it is there already.
 FileResult CreateFolders(const std::string& path);
+
+/// Creates an empty file that must not exist yet, and closes it.
+FileResult CreateNewFile(const std::string& path);
 
 struct CloseStream {
     void operator()(std::FILE* stream) const { std::fclose(stream); }

@@ -1,5 +1,3 @@
-#include "platform/Files.h"
-
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,6 +15,7 @@
 #include "platform/FileHandles_posix.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/Files.h"
 
 namespace platform {
 
@@ -94,6 +93,12 @@ FileResult CreateFolders(const std::string& path)
         if (const auto created = CreateFolder(above); !created) return created;
     }
     return CreateFolder(path);
+}
+
+FileResult CreateNewFile(const std::string& path)
+{
+    const CDescriptor file(calls::Open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    return {file.Valid() ? 0 : errno};
 }
 
 Stream OpenStream(const std::string& path, const char* mode, FileResult* result)

@@ -1,5 +1,3 @@
-#include "platform/Files.h"
-
 #include <fcntl.h>
 #include <io.h>
 
@@ -11,6 +9,7 @@
 #include "platform/FileHandles_win.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/Files.h"
 #include "platform/WideText_win.h"
 
 namespace platform {
@@ -125,6 +124,13 @@ FileResult CreateFolders(const std::string& path)
         if (const auto created = CreateFolder(wide.substr(0, end)); !created) return created;
     }
     return {};
+}
+
+FileResult CreateNewFile(const std::string& path)
+{
+    CHandle file;
+    const auto created = OpenForWriting(path, GENERIC_WRITE, kShareAll, CREATE_NEW, file);
+    return ProblemOf(created) == FileProblem::IsAFolder ? Failure(FileProblem::Exists) : created;
 }
 
 namespace {

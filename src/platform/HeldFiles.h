@@ -39,7 +39,12 @@ public:
     bool IsOpen() const { return m_file.IsOpen(); }
     /// Writes at the current position, normally with one system call.
     FileResult Write(std::string_view bytes);
+    /// Up to `maxBytes` from the current position; empty at the end and on failure.
+    std::string Read(std::size_t maxBytes);
+    bool SeekBegin();
     bool SeekEnd();
+    /// Cuts the file to length 0; the position stays.
+    bool Truncate();
     bool Flush();
     void Close() { m_file.Close(); }
 

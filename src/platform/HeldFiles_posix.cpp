@@ -1,5 +1,3 @@
-#include "platform/HeldFiles.h"
-
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -10,6 +8,7 @@
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileSteps.h"
+#include "platform/HeldFiles.h"
 #include "platform/Processes_posix.h"
 
 namespace platform {
@@ -70,7 +69,26 @@ FileResult CLogFile::Write(std::string_view bytes)
     return IsOpen() ? WriteAll(static_cast<int>(m_file.Get()), bytes) : FileResult{EBADF};
 }
 
+std::string CLogFile::Read(std::size_t maxBytes)
+{
+    std::string bytes(IsOpen() ? maxBytes : 0, '\0');
+    std::size_t filled = 0;
+    while (filled < bytes.size()) {
+        const ssize_t count =
+            calls::Read(static_cast<int>(m_file.Get()), bytes.data() + filled, bytes.size() - filled);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        filled += static_cast<std::size_t>(count);
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+bool CLogFile::SeekBegin() { return IsOpen() && lseek(static_cast<int>(m_file.Get()), 0, SEEK_SET) == 0; }
+
 bool CLogFile::SeekEnd() { return IsOpen() && lseek(static_cast<int>(m_file.Get()), 0, SEEK_END) >= 0; }
+
+bool CLogFile::Truncate() { return IsOpen() && calls::Truncate(static_cast<int>(m_file.Get()), 0) == 0; }
 
 bool CLogFile::Flush() { return IsOpen() && FlushDescriptor(static_cast<int>(m_file.Get())).Ok(); }
 

@@ -1,5 +1,4 @@
 #include "platform/HostWindow.h"
-
 #include "platform/Windows_win.h"
 
 namespace platform {

@@ -1,5 +1,4 @@
 #include "platform/NarrowText.h"
-
 #include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
 

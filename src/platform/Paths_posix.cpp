@@ -1,5 +1,3 @@
-#include "platform/Paths.h"
-
 #include <dlfcn.h>
 #include <link.h>
 #include <pwd.h>
@@ -11,6 +9,7 @@
 #include <system_error>
 
 #include "platform/Files.h"
+#include "platform/Paths.h"
 
 namespace platform {
 

@@ -1,10 +1,9 @@
-#include "platform/Paths.h"
-
-#include <shlobj.h>
-
 #include "platform/Files.h"
+#include "platform/Paths.h"
 #include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
+
+#include <shlobj.h>
 
 namespace platform {
 namespace {

@@ -1,5 +1,3 @@
-#include "platform/Programs.h"
-
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <sys/wait.h>
@@ -14,6 +12,7 @@
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "platform/Processes_posix.h"
+#include "platform/Programs.h"
 
 namespace platform {
 namespace {

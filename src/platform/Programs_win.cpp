@@ -1,10 +1,10 @@
-#include "platform/Programs.h"
+#include <objbase.h>
 
 #include "platform/FileSteps.h"
 #include "platform/Files.h"
+#include "platform/Programs.h"
 #include "platform/Windows_win.h"
 
-#include <objbase.h>
 #include <shellapi.h>
 
 namespace platform {

@@ -1,12 +1,11 @@
 #include "platform/AtomicFile.h"
-#include "platform/Windows_win.h"
-
-#include <aclapi.h>
-
 #include "platform/FileHandles_win.h"
 #include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
 #include "platform/WideText_win.h"
+#include "platform/Windows_win.h"
+
+#include <aclapi.h>
 
 namespace platform {
 namespace {

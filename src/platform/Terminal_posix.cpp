@@ -1,9 +1,8 @@
-#include "platform/Terminal.h"
-
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "platform/Paths.h"
+#include "platform/Terminal.h"
 
 namespace platform {
 namespace {

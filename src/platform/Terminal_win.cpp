@@ -1,5 +1,4 @@
 #include "platform/Terminal.h"
-
 #include "platform/Windows_win.h"
 
 namespace platform {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 namespace platform {
 
@@ -30,6 +31,16 @@ int OnDeepStack(const std::function<int()>& work);
 void CountInterrupts();
 /// How many there were so far.
 int Interrupts();
+
+/// The machine's memory in bytes.
+struct MemoryStatus {
+    std::uint64_t totalPhysical = 0, availablePhysical = 0;
+    std::uint64_t totalVirtual = 0, availableVirtual = 0;    ///< address space of this process
+    std::uint64_t totalPageFile = 0, availablePageFile = 0;  ///< physical memory and swap together
+    unsigned loadPercent = 0;                                ///< used part of the physical memory, 0 to 100
+};
+
+std::optional<MemoryStatus> GlobalMemoryStatus();
 
 /// How many files this process may have open at a time, after it was tried to make room for `wanted`; started
 /// programs get the same room.

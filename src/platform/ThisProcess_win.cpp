@@ -1,5 +1,3 @@
-#include "platform/ThisProcess.h"
-
 #include <fcntl.h>
 #include <io.h>
 
@@ -11,6 +9,7 @@
 #include <limits>
 
 #include "platform/Processes_win.h"
+#include "platform/ThisProcess.h"
 #include "platform/Windows_win.h"
 
 namespace platform {
@@ -133,6 +132,20 @@ HANDLE InterruptEvent() { return wakeUp; }
 void ForgetInterruptWakeUps()
 {
     if (wakeUp) ResetEvent(wakeUp);
+}
+
+std::optional<MemoryStatus> GlobalMemoryStatus()
+{
+    MEMORYSTATUSEX found;
+    found.dwLength = sizeof found;
+    if (!GlobalMemoryStatusEx(&found)) return std::nullopt;
+    return MemoryStatus{.totalPhysical = found.ullTotalPhys,
+                        .availablePhysical = found.ullAvailPhys,
+                        .totalVirtual = found.ullTotalVirtual,
+                        .availableVirtual = found.ullAvailVirtual,
+                        .totalPageFile = found.ullTotalPageFile,
+                        .availablePageFile = found.ullAvailPageFile,
+                        .loadPercent = found.dwMemoryLoad};
 }
 
 /// Pipes and files of workers are handles, of which there are as many as memory holds.

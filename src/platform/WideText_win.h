@@ -23,8 +23,8 @@ std::wstring WidePathOf(std::wstring_view path);  ///< of a wide one
 /// such, and with '?' in it where not.
 std::string NarrowPath(std::wstring_view path);
 
-/// The name of an entry of a folder. One that the code page does not hold goes by its short name; where that is empty,
-/// by a name with '?' in it, which nothing can be opened by.
+/// The name of an entry of a folder. One that the code page does not hold goes by its short name; where that is
+/// empty, by a name with '?' in it, which nothing can be opened by.
 std::string NarrowName(std::wstring_view name, std::wstring_view shortName);
 
 /// Whether the last name of the path stands for a device (NUL, CON, COM1 ..., with any extension), or the path leads

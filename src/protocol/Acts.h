@@ -1,12 +1,12 @@
 // What is done to a file or program for good, in the words of journal, record and worker messages.
 #pragma once
 
-#include "base/Overseer.h"
-#include "protocol/JsonType.h"
-
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "base/Overseer.h"
+#include "protocol/JsonType.h"
 
 /// The numbers are those of the jobs table.
 using Act = COverseer::Act;

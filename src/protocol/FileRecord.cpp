@@ -1,10 +1,10 @@
 #include "protocol/FileRecord.h"
 
+#include <charconv>
+
 #include "base/Text.h"
 #include "protocol/Json.h"
 #include "protocol/Words.h"
-
-#include <charconv>
 
 namespace {
 

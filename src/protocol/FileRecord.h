@@ -1,14 +1,14 @@
 // What a plan says of an input file, and what became of it: the lines of manifest and record.
 #pragma once
 
-#include "protocol/Acts.h"
-#include "protocol/JsonType.h"
-#include "protocol/Outcomes.h"
-
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "protocol/Acts.h"
+#include "protocol/JsonType.h"
+#include "protocol/Outcomes.h"
 
 /// A line of the manifest. Paths are bytes, here and below.
 struct PlannedFile {

@@ -1,10 +1,10 @@
 #include "protocol/FinalAction.h"
 
-#include "base/Text.h"
-#include "protocol/Words.h"
-
 #include <algorithm>
 #include <string>
+
+#include "base/Text.h"
+#include "protocol/Words.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "protocol/Json.h"
 
-#include "base/Text.h"
-
 #include <limits>
+
+#include "base/Text.h"
 
 namespace {
 

@@ -1,15 +1,15 @@
 // Reading and writing JSON of manifest, journal, record and messages.
 #pragma once
 
-#include "protocol/JsonType.h"
-
-#include <nlohmann/json.hpp>
-
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "protocol/JsonType.h"
 
 /// Nothing when the text is no JSON object. Never throws.
 [[nodiscard]] std::optional<Json> ParseObject(std::string_view text);

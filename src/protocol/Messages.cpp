@@ -1,9 +1,9 @@
 #include "protocol/Messages.h"
 
+#include <utility>
+
 #include "base/Text.h"
 #include "protocol/Words.h"
-
-#include <utility>
 
 namespace {
 

@@ -1,16 +1,16 @@
-// What a host and the supervisor that has started it say to each other: one line of JSON each. The host asks and waits
-// for the answer, or tells and goes on. See docs/runs.md.
+// What a host and the supervisor that has started it say to each other: one line of JSON each. The host asks and
+// waits for the answer, or tells and goes on. See docs/runs.md.
 #pragma once
-
-#include "protocol/Acts.h"
-#include "protocol/FileRecord.h"
-#include "protocol/Json.h"
-#include "protocol/Outcomes.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
+
+#include "protocol/Acts.h"
+#include "protocol/FileRecord.h"
+#include "protocol/Json.h"
+#include "protocol/Outcomes.h"
 
 /// What is left to do for an input file.
 enum class ToDo {

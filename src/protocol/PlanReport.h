@@ -1,10 +1,10 @@
 // What a plan finds out about a run as a whole.
 #pragma once
 
-#include "protocol/JsonType.h"
-
 #include <string>
 #include <vector>
+
+#include "protocol/JsonType.h"
 
 /// Texts are UTF-8; paths in them as in base/ByteText.h.
 struct PlanReport {

@@ -1,10 +1,10 @@
 #include "protocol/RunDescription.h"
 
+#include <utility>
+
 #include "base/Text.h"
 #include "protocol/Json.h"
 #include "protocol/Words.h"
-
-#include <utility>
 
 namespace {
 

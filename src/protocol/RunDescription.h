@@ -2,13 +2,13 @@
 // plug-in.
 #pragma once
 
-#include "base/Expected.h"
-#include "protocol/FinalAction.h"
-#include "protocol/JsonType.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/Expected.h"
+#include "protocol/FinalAction.h"
+#include "protocol/JsonType.h"
 
 /// A file that work is read from.
 struct WorkFile {

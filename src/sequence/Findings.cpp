@@ -1,10 +1,10 @@
 #include "sequence/Findings.h"
 
-#include "base/Text.h"
-#include "sequence/SequenceFile.h"
-
 #include <algorithm>
+
+#include "base/Text.h"
 #include "protocol/Json.h"
+#include "sequence/SequenceFile.h"
 
 namespace {
 

@@ -1,14 +1,15 @@
 #include "sequence/GuardedXml.h"
 
-#include "base/Text.h"
-#include "base/Unicode.h"
-
-#include <tinyxml.h>
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string>
 #include <vector>
+
+#include <tinyxml.h>
+
+#include "base/Text.h"
+#include "base/Unicode.h"
 
 namespace {
 

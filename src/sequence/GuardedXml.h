@@ -1,9 +1,6 @@
 // The XML parser behind a guard that looks at the raw bytes before a recursive parser sees them.
 #pragma once
 
-#include "base/Expected.h"
-#include "sequence/Findings.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -11,6 +8,9 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/Expected.h"
+#include "sequence/Findings.h"
 
 struct XmlLimits {
     std::uint64_t bytes = 64u * 1024 * 1024;

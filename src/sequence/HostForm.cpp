@@ -1,12 +1,12 @@
 #include "sequence/HostForm.h"
 
+#include <set>
+
 #include "hostcalls/Cab.h"
 #include "sequence/Keys.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
 #include "sequence/XmlForm.h"
-
-#include <set>
 
 namespace {
 

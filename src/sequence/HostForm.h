@@ -1,13 +1,13 @@
 // From the shape of XML to that of the host's own form, and back.
 #pragma once
 
-#include "hostcalls/Cab.h"
-#include "sequence/Sequence.h"
-#include "sequence/XmlForm.h"
-
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "hostcalls/Cab.h"
+#include "sequence/Sequence.h"
+#include "sequence/XmlForm.h"
 
 /// The commands and sources of a sequence as XML states them; neighbours of one title make a group. What XML has no
 /// place for is left out: whoever needs to know compares. Commands without a handler's name keep an empty one.

@@ -1,5 +1,9 @@
 #include "sequence/HostSteps.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
 #include "base/Text.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Cab.h"
@@ -7,10 +11,6 @@
 #include "sequence/Keys.h"
 #include "sequence/Protection.h"
 #include "sequence/SequenceFile.h"
-
-#include <algorithm>
-#include <cstdint>
-#include <iterator>
 
 namespace {
 

@@ -1,11 +1,11 @@
 // The steps that are part of the host, under any name that they had in any version.
 #pragma once
 
-#include "sequence/StepDescription.h"
-
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "sequence/StepDescription.h"
 
 /// Null for a handler that is none of the host.
 [[nodiscard]] const StepDescription* HostStep(std::string_view handler);

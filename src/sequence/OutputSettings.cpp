@@ -1,13 +1,13 @@
 #include "sequence/OutputSettings.h"
 
+#include <utility>
+
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Cab.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
 #include "sequence/Keys.h"
 #include "sequence/Sequence.h"
-
-#include <utility>
 
 namespace {
 

@@ -1,12 +1,12 @@
 // How a sequence wants its results to be saved: by its output part, and by save steps.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "base/Expected.h"
 #include "hostcalls/Cab.h"
 #include "sequence/XmlForm.h"
-
-#include <optional>
-#include <string>
 
 enum OutputKind { kOutputInputFolder = 0, kOutputAskUser = 1, kOutputFolder = 2, kOutputNone = 3 };
 

@@ -1,12 +1,12 @@
 #include "sequence/Protection.h"
 
-#include "base/Unicode.h"
-#include "hostcalls/HostPath.h"
-#include "sequence/Findings.h"
-
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+
+#include "base/Unicode.h"
+#include "hostcalls/HostPath.h"
+#include "sequence/Findings.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // One loaded sequence: its parts, where it takes its input from, and its commands.
 #pragma once
 
-#include "hostcalls/Cab.h"
-
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "hostcalls/Cab.h"
 
 // Everything here may throw CHostException.
 

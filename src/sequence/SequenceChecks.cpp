@@ -1,5 +1,10 @@
 #include "sequence/SequenceChecks.h"
 
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Conversions.h"
 #include "platform/Files.h"
@@ -7,11 +12,6 @@
 #include "sequence/StepChecks.h"
 #include "sequence/StepDescription.h"
 #include "sequence/StepSecrets.h"
-
-#include <algorithm>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace {
 

@@ -1,10 +1,10 @@
 // The check of a sequence: what would go wrong in a run, or surprise. It tells no value that may be a password.
 #pragma once
 
+#include <vector>
+
 #include "sequence/Findings.h"
 #include "sequence/SequenceFile.h"
-
-#include <vector>
 
 /// What a run brings along besides the sequence.
 struct CheckedRun {

@@ -1,12 +1,12 @@
 #include "sequence/SequenceConvert.h"
 
+#include <utility>
+
 #include "base/Text.h"
 #include "sequence/HostForm.h"
 #include "sequence/Keys.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/XmlForm.h"
-
-#include <utility>
 
 namespace {
 

@@ -1,12 +1,12 @@
 // A sequence in its other form.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "base/Expected.h"
 #include "sequence/Findings.h"
 #include "sequence/SequenceFile.h"
-
-#include <string>
-#include <vector>
 
 struct ConversionRequest {
     SequenceForm to = SequenceForm::Xml;

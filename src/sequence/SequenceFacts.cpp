@@ -1,8 +1,8 @@
 #include "sequence/SequenceFacts.h"
 
-#include "hostcalls/Commands.h"
-
 #include <algorithm>
+
+#include "hostcalls/Commands.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 // What planning a run wants to know of its sequence.
 #pragma once
 
-#include "sequence/OutputSettings.h"
-#include "sequence/Sequence.h"
-#include "sequence/StepDescription.h"
-
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "sequence/OutputSettings.h"
+#include "sequence/Sequence.h"
+#include "sequence/StepDescription.h"
 
 struct StepFacts {
     std::string handler;  // under which it would be made; that of the sequence when it is not available

@@ -1,5 +1,10 @@
 #include "sequence/SequenceFile.h"
 
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <utility>
+
 #include "base/Names.h"
 #include "base/Overseer.h"
 #include "base/Unicode.h"
@@ -15,11 +20,6 @@
 #include "sequence/HostForm.h"
 #include "sequence/StepDescription.h"
 #include "sequence/StepSecrets.h"
-
-#include <cstddef>
-#include <optional>
-#include <string_view>
-#include <utility>
 
 namespace {
 

@@ -1,18 +1,18 @@
 // Sequence files in either form: read for a run, looked at step by step, written.
 #pragma once
 
+#include <functional>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
 #include "base/Expected.h"
 #include "hostcalls/Cab.h"
 #include "sequence/Findings.h"
 #include "sequence/Sequence.h"
 #include "sequence/XmlAudit.h"
 #include "sequence/XmlForm.h"
-
-#include <functional>
-#include <optional>
-#include <string>
-#include <variant>
-#include <vector>
 
 class CLogWriter;
 

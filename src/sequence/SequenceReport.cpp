@@ -1,17 +1,17 @@
 #include "sequence/SequenceReport.h"
 
+#include <cmath>
+#include <utility>
+
 #include "base/Base64.h"
 #include "base/Text.h"
 #include "hostcalls/Cab.h"
+#include "protocol/Json.h"
 #include "sequence/OutputSettings.h"
 #include "sequence/Sequence.h"
 #include "sequence/StepDescription.h"
 #include "sequence/StepSecrets.h"
 #include "sequence/Values.h"
-
-#include <cmath>
-#include <utility>
-#include "protocol/Json.h"
 
 namespace {
 

@@ -1,5 +1,9 @@
 #include "sequence/StepChecks.h"
 
+#include <algorithm>
+#include <span>
+#include <string>
+
 #include "base/LikelyName.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
@@ -7,10 +11,6 @@
 #include "sequence/Findings.h"
 #include "sequence/SequenceFile.h"
 #include "sequence/StepDescription.h"
-
-#include <algorithm>
-#include <span>
-#include <string>
 
 namespace {
 

@@ -1,11 +1,11 @@
 // The check of one step of a sequence.
 #pragma once
 
-#include "hostcalls/Cab.h"
-
 #include <map>
 #include <optional>
 #include <string>
+
+#include "hostcalls/Cab.h"
 
 class CSequenceFindings;
 struct SequenceStep;

@@ -1,10 +1,10 @@
 #include "sequence/StepDescription.h"
 
+#include <algorithm>
+
 #include "base/Text.h"
 #include "hostcalls/Commands.h"
 #include "sequence/HostSteps.h"
-
-#include <algorithm>
 
 namespace {
 

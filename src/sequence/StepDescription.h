@@ -2,15 +2,15 @@
 // host's steps, of which only names are known, stand in HostSteps. Nobody else knows a step by its name.
 #pragma once
 
-#include "base/Expected.h"
-#include "sequence/XmlForm.h"
-
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/Expected.h"
 #include "protocol/JsonType.h"
+#include "sequence/XmlForm.h"
 
 class CSequenceFindings;
 struct SequenceStep;

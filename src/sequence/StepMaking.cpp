@@ -1,13 +1,13 @@
 #include "sequence/StepMaking.h"
 
-#include "sequence/OutputSettings.h"
-#include "sequence/StepDescription.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <utility>
+
 #include "protocol/Json.h"
+#include "sequence/OutputSettings.h"
+#include "sequence/StepDescription.h"
 
 namespace {
 

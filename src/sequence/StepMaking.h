@@ -2,9 +2,8 @@
 #pragma once
 
 #include "base/Expected.h"
-#include "sequence/XmlForm.h"
-
 #include "protocol/JsonType.h"
+#include "sequence/XmlForm.h"
 
 // The fields are listed in SequenceJobs.h. A failure says which field is wrong; it tells no values.
 

@@ -1,10 +1,10 @@
 #include "sequence/StepSecrets.h"
 
-#include "base/Text.h"
-#include "hostcalls/Cab.h"
-
 #include <algorithm>
 #include <set>
+
+#include "base/Text.h"
+#include "hostcalls/Cab.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // Which parameters of steps are passwords, or may be some.
 #pragma once
 
+#include <cstdint>
+#include <string>
+
 #include "common/SettingsRecord.h"
 #include "hostcalls/Cab.h"
 #include "sequence/StepDescription.h"
-
-#include <cstdint>
-#include <string>
 
 /// What is shown in place of a password.
 inline constexpr char kMaskedPassword[] = "********";

@@ -1,10 +1,10 @@
 #include "sequence/Values.h"
 
-#include "base/Base64.h"
-#include "base/Text.h"
-
 #include <algorithm>
 #include <charconv>
+
+#include "base/Base64.h"
+#include "base/Text.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // Values of a step's parameters as texts of the XML form.
 #pragma once
 
-#include "common/SettingsRecord.h"
-
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "common/SettingsRecord.h"
 
 /// How much of an item's text counts.
 inline constexpr std::size_t kMaxItemValueBytes = 1'000'000;

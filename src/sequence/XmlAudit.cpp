@@ -1,15 +1,16 @@
 #include "sequence/XmlAudit.h"
 
-#include "base/Text.h"
-#include "sequence/GuardedXml.h"
-#include "sequence/Values.h"
-
-#include <tinyxml.h>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <set>
 #include <utility>
+
+#include <tinyxml.h>
+
+#include "base/Text.h"
+#include "sequence/GuardedXml.h"
+#include "sequence/Values.h"
 
 namespace {
 

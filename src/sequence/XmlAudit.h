@@ -1,11 +1,11 @@
 // What the XML form of a sequence says beside what its reader takes in.
 #pragma once
 
-#include "sequence/Findings.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "sequence/Findings.h"
 
 struct WorkflowAudit {
     /// Set when the text is no workflow at all: then it holds one remark and nothing else.

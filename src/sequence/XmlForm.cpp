@@ -1,12 +1,5 @@
 #include "sequence/XmlForm.h"
 
-#include "base/Base64.h"
-#include "base/Text.h"
-#include "base/Unicode.h"
-#include "platform/Files.h"
-#include "sequence/GuardedXml.h"
-
-#include <tinyxml.h>
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -15,6 +8,14 @@
 #include <optional>
 #include <string_view>
 #include <utility>
+
+#include <tinyxml.h>
+
+#include "base/Base64.h"
+#include "base/Text.h"
+#include "base/Unicode.h"
+#include "platform/Files.h"
+#include "sequence/GuardedXml.h"
 
 namespace {
 

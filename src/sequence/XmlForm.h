@@ -1,12 +1,12 @@
 // The XML form of a sequence: what it states, its reader and its writer.
 #pragma once
 
-#include "base/Expected.h"
-#include "sequence/Values.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/Expected.h"
+#include "sequence/Values.h"
 
 struct WorkflowSource {
     std::string path;  // UTF-8

@@ -1,11 +1,11 @@
 #include "supervisor/ManifestRun.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "protocol/Json.h"
 #include "supervisor/resume/CleanUp.h"
 #include "supervisor/resume/PlanChanges.h"
-
-#include <algorithm>
-#include <utility>
 
 namespace {
 

@@ -1,6 +1,11 @@
 // Processes the files of a manifest, or of one shard of it.
 #pragma once
 
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
 #include "supervisor/Supervisor.h"
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/journal/Manifest.h"
@@ -11,11 +16,6 @@
 #include "supervisor/workers/FileGroups.h"
 #include "supervisor/workers/RunLoop.h"
 #include "supervisor/workers/Worker.h"
-
-#include <map>
-#include <memory>
-#include <optional>
-#include <string>
 
 struct ManifestRunOptions {
     std::string manifestPath = {};

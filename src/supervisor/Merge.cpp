@@ -1,4 +1,8 @@
 // Joins the journals of all shards into one log and one record.
+#include <deque>
+#include <set>
+#include <utility>
+
 #include "base/Names.h"
 #include "platform/Files.h"
 #include "supervisor/Supervisor.h"
@@ -8,10 +12,6 @@
 #include "supervisor/results/OutputGuard.h"
 #include "supervisor/results/RunLog.h"
 #include "supervisor/workers/Worker.h"
-
-#include <deque>
-#include <set>
-#include <utility>
 
 namespace {
 

@@ -1,5 +1,12 @@
 #include "supervisor/RunArchive.h"
 
+#include <array>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <zlib.h>
+
 #include "base/Names.h"
 #include "base/Text.h"
 #include "platform/AtomicFile.h"
@@ -8,12 +15,6 @@
 #include "platform/HeldFiles.h"
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/journal/Manifest.h"
-
-#include <zlib.h>
-#include <array>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 namespace {
 

@@ -1,5 +1,11 @@
 #include "supervisor/RunFolder.h"
 
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+#include <thread>
+
 #include "base/Names.h"
 #include "base/Sha256.h"
 #include "platform/AtomicFile.h"
@@ -10,12 +16,6 @@
 #include "supervisor/plan/Planning.h"
 #include "supervisor/resume/CleanUp.h"
 #include "supervisor/workers/Worker.h"
-
-#include <chrono>
-#include <cstdint>
-#include <filesystem>
-#include <system_error>
-#include <thread>
 
 namespace {
 

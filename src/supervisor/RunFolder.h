@@ -1,10 +1,10 @@
 // Where a run keeps its plan and its journal.
 #pragma once
 
+#include <string>
+
 #include "platform/HeldFiles.h"
 #include "supervisor/RunOptions.h"
-
-#include <string>
 
 /// A folder below the user's or the system's folder for temporary files: only this user can look into it, and it goes
 /// with the object. What killed processes of this user have left there goes when the next one is made: as long as a

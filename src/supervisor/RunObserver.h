@@ -1,8 +1,6 @@
 // What the supervisor tells while it works, and what comes out in the end.
 #pragma once
 
-#include "protocol/FileRecord.h"
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +8,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "protocol/FileRecord.h"
 
 struct PlanSummary {
     std::string run = {};

@@ -1,11 +1,11 @@
 // What the command line asks the supervisor for.
 #pragma once
 
-#include "protocol/RunDescription.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "protocol/RunDescription.h"
 
 /// How workers are started and what they may use. Paths are absolute and may be any bytes.
 struct EngineOptions {

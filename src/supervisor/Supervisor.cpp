@@ -1,5 +1,8 @@
 #include "supervisor/Supervisor.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "base/Names.h"
 #include "platform/ThisProcess.h"
 #include "protocol/Json.h"
@@ -11,9 +14,6 @@
 #include "supervisor/results/OutputGuard.h"
 #include "supervisor/resume/CleanUp.h"
 #include "supervisor/resume/PlanChanges.h"
-
-#include <algorithm>
-#include <utility>
 
 namespace {
 

@@ -1,12 +1,12 @@
 // Runs over many files with workers. See docs/runs.md.
 #pragma once
 
-#include "supervisor/RunObserver.h"
-#include "supervisor/RunOptions.h"
-
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "supervisor/RunObserver.h"
+#include "supervisor/RunOptions.h"
 
 // All of them count interrupts (platform/Interrupts.h): after the first no further file is begun, the second ends the
 // workers at once. Nothing is thrown; failures are in the results.

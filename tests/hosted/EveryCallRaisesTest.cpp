@@ -1,11 +1,12 @@
 // A host in which any one call fails: nothing may stay open, whatever the call was.
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+
+#include <gtest/gtest.h>
 
 #include "openhost/commands/Commands.h"
 #include "openhost/core/Memory.h"

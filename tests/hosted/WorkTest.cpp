@@ -1,13 +1,13 @@
 // Runs of work that is no sequence, with the programs as they are and a plug-in that knows one more kind.
+#include <filesystem>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
 #include "platform/Paths.h"
 #include "protocol/Json.h"
 #include "supervisor/Supervisor.h"
 #include "support/PlugInHost.h"
-
-#include <gmock/gmock.h>
-
-#include <filesystem>
-#include <sstream>
 
 namespace {
 

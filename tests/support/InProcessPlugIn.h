@@ -1,9 +1,9 @@
 // A plug-in in the test's own process: its initialisation does what the test says.
 #pragma once
 
-#include "hostapi/JobsTable.h"
-
 #include <functional>
+
+#include "hostapi/JobsTable.h"
 
 namespace in_process {
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "openhost/program/OpenHost.h"
 #include "platform/Paths.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"
-
-#include <string>
-#include <utility>
-#include <vector>
 
 extern "C" ASBool HOSTCALL PlugInMain(ASUns32 hostVersion, ASUns32* handshakeVersion, PISetupSDKProcType* setup,
                                       void* platformWords);

@@ -3,11 +3,11 @@
 #define NOMINMAX
 #include <windows.h>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace {
 

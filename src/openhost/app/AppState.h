@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_APP_APP_STATE_H
-#define FERRULE_OPENHOST_APP_APP_STATE_H
+#pragma once
 
 #include <chrono>
 #include <cstdint>
@@ -52,5 +51,3 @@ private:
 };
 
 }  // namespace openhost
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_APP_MENUS_H
-#define FERRULE_OPENHOST_APP_MENUS_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -123,5 +122,3 @@ void Execute(const CMenuItem& item);
 void MakeStandardMenus();
 
 }  // namespace openhost
-
-#endif

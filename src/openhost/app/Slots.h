@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_APP_SLOTS_H
-#define FERRULE_OPENHOST_APP_SLOTS_H
+#pragma once
 
 #include "openhost/core/Tables.h"
 
@@ -21,5 +20,3 @@ void OfferProgressSlots(CTables& tables);
 void OfferViewSlots(CTables& tables);
 
 }  // namespace openhost
-
-#endif

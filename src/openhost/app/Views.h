@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_APP_VIEWS_H
-#define FERRULE_OPENHOST_APP_VIEWS_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -47,5 +46,3 @@ private:
 };
 
 }  // namespace openhost
-
-#endif

@@ -1,4 +1,4 @@
-#include "openhost/app/Progress.h"
+#include "openhost/app/Alerts.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/Handlers.h"
 #include "openhost/commands/Slots.h"

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_COMMANDS_COMMANDS_H
-#define FERRULE_OPENHOST_COMMANDS_COMMANDS_H
+#pragma once
 
 #include <string_view>
 #include <vector>
@@ -92,5 +91,3 @@ private:
 };
 
 }  // namespace openhost
-
-#endif

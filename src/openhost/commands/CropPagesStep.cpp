@@ -1,5 +1,4 @@
 #include "openhost/commands/Step.h"
-
 #include "openhost/pdf/PageBoxes.h"
 
 namespace openhost {

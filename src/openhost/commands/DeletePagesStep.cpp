@@ -1,5 +1,5 @@
 #include "openhost/commands/Step.h"
-#include "openhost/pdf/PageRemoval.h"
+#include "openhost/pdf/PageTree.h"
 
 namespace openhost {
 

@@ -1,6 +1,6 @@
 #include "base/Unicode.h"
 #include "openhost/commands/Step.h"
-#include "openhost/values/Encoding.h"
+#include "openhost/values/Text.h"
 
 namespace openhost {
 

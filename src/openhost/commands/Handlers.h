@@ -1,12 +1,11 @@
-#ifndef FERRULE_OPENHOST_COMMANDS_HANDLERS_H
-#define FERRULE_OPENHOST_COMMANDS_HANDLERS_H
+#pragma once
 
 #include <vector>
 
 #include "hostapi/HostRecords.h"
 #include "openhost/core/Atoms.h"
-#include "openhost/core/Frames.h"
-#include "openhost/core/Records.h"
+#include "openhost/core/Memory.h"
+#include "openhost/core/Raise.h"
 
 namespace openhost {
 
@@ -44,5 +43,3 @@ private:
 };
 
 }  // namespace openhost
-
-#endif

@@ -1,7 +1,7 @@
 #include <algorithm>
 
+#include "openhost/commands/LocalNames.h"
 #include "openhost/commands/Step.h"
-#include "openhost/commands/ZoomNames.h"
 #include "openhost/pdf/OpenSettings.h"
 
 namespace openhost {

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_COMMANDS_SAVE_STEP_H
-#define FERRULE_OPENHOST_COMMANDS_SAVE_STEP_H
+#pragma once
 
 #include <functional>
 #include <optional>
@@ -42,5 +41,3 @@ SaveTarget PlanSaveTarget(const SaveStepSettings& settings, const SaveStepDocume
                           const std::string& extension, const std::function<bool(const std::string&)>& exists);
 
 }  // namespace openhost
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_COMMANDS_SLOTS_H
-#define FERRULE_OPENHOST_COMMANDS_SLOTS_H
+#pragma once
 
 #include "openhost/core/Tables.h"
 
@@ -12,5 +11,3 @@ void OfferCommandsSlots(CTables& tables);
 void RegisterBuiltInCommands();
 
 }  // namespace openhost
-
-#endif

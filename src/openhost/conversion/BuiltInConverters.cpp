@@ -3,7 +3,7 @@
 
 #include "openhost/conversion/Converters.h"
 #include "openhost/conversion/Slots.h"
-#include "openhost/core/Records.h"
+#include "openhost/core/Memory.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "openhost/pdf/Conversions.h"

@@ -2,7 +2,7 @@
 
 #include "openhost/conversion/Converters.h"
 #include "openhost/conversion/Slots.h"
-#include "openhost/core/Records.h"
+#include "openhost/core/Memory.h"
 #include "openhost/files/FilePaths.h"
 #include "platform/NarrowText.h"
 

@@ -5,8 +5,8 @@
 
 #include "openhost/app/Alerts.h"
 #include "openhost/app/AppState.h"
-#include "openhost/core/Frames.h"
-#include "openhost/core/Records.h"
+#include "openhost/core/Memory.h"
+#include "openhost/core/Raise.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "openhost/values/Cabinet.h"

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_CONVERSION_CONVERTERS_H
-#define FERRULE_OPENHOST_CONVERSION_CONVERTERS_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -59,5 +58,3 @@ private:
 };
 
 }  // namespace openhost
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_CORE_ATOMS_H
-#define FERRULE_OPENHOST_CORE_ATOMS_H
+#pragma once
 
 #include <deque>
 #include <string>
@@ -33,5 +32,3 @@ ASAtom AtomFromText(std::string_view text);
 std::string AtomText(ASAtom atom);
 
 }  // namespace openhost
-
-#endif

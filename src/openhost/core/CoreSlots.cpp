@@ -3,8 +3,7 @@
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Extensions.h"
 #include "openhost/core/Memory.h"
-#include "openhost/core/ShortText.h"
-#include "openhost/core/TableServers.h"
+#include "openhost/core/Raise.h"
 #include "openhost/core/Tables.h"
 
 namespace openhost {

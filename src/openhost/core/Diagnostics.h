@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_CORE_DIAGNOSTICS_H
-#define FERRULE_OPENHOST_CORE_DIAGNOSTICS_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -24,5 +23,3 @@ void Diagnose(std::string_view remark);
 void SayOnStandardError(std::string_view remark);
 
 }  // namespace openhost
-
-#endif

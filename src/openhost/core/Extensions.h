@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_CORE_EXTENSIONS_H
-#define FERRULE_OPENHOST_CORE_EXTENSIONS_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -34,5 +33,3 @@ private:
 };
 
 }  // namespace openhost
-
-#endif

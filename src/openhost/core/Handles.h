@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_CORE_HANDLES_H
-#define FERRULE_OPENHOST_CORE_HANDLES_H
+#pragma once
 
 #include <memory>
 #include <unordered_map>
@@ -57,5 +56,3 @@ private:
 };
 
 }  // namespace openhost
-
-#endif

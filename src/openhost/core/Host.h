@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_CORE_HOST_H
-#define FERRULE_OPENHOST_CORE_HOST_H
+#pragma once
 
 #include <memory>
 #include <vector>
@@ -62,5 +61,3 @@ T& Part()
 }
 
 }  // namespace openhost
-
-#endif

@@ -1,6 +1,6 @@
-#ifndef FERRULE_OPENHOST_CORE_MEMORY_H
-#define FERRULE_OPENHOST_CORE_MEMORY_H
+#pragma once
 
+#include <cstddef>
 #include <string_view>
 
 #include "hostapi/HostTypes.h"
@@ -17,6 +17,14 @@ std::size_t LiveSharedBlocks();
 /// A copy for the plug-in, ended by a zero. Raises genErrNoMemory.
 char* SharedCopy(std::string_view bytes);
 
-}  // namespace openhost
+/// A member of a plug-in's record that begins with or contains its size; null (or 0) when the record ends before the
+/// member does. A record may end exactly behind it.
+template <class Record, class Member>
+Member MemberOf(const Record* record, Member Record::*member)
+{
+    const auto* const start = reinterpret_cast<const char*>(record);
+    const auto offset = static_cast<std::size_t>(reinterpret_cast<const char*>(&(record->*member)) - start);
+    return offset + sizeof(Member) <= static_cast<std::size_t>(record->size) ? record->*member : Member{};
+}
 
-#endif
+}  // namespace openhost

@@ -1,11 +1,15 @@
-#ifndef FERRULE_OPENHOST_CORE_RAISE_H
-#define FERRULE_OPENHOST_CORE_RAISE_H
+#pragma once
 
+#include <csetjmp>
+#include <cstddef>
 #include <exception>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
+#include "hostapi/HostRecords.h"
 #include "hostapi/HostTypes.h"
 
 namespace openhost {
@@ -41,6 +45,69 @@ std::string ErrorText(ASErrorCode code);
 /// Makes a new code of the plug-in error system with a text of its own (UTF-8).
 ASErrorCode RegisterErrorText(ASErrSeverity severity, std::string text);
 
-}  // namespace openhost
+/// Plug-ins ask for error texts with room for so many bytes.
+inline constexpr std::size_t kLongestErrorText = 255;
 
-#endif
+/// The same text when it has at most `bytes` bytes; else its beginning and, twice as long, its end, with dots between
+/// them. Characters of UTF-8 stay whole.
+std::string ShortenedInMiddle(std::string_view text, std::size_t bytes);
+
+/// The host's stack of exception frames. Plug-in and host push frames; a raise calls the restore procedure of the top
+/// frame, which never returns. A raise does not pop the frame: whoever pushed it does.
+class CFrames {
+public:
+    void Push(void* environment, restoreEnvironProc restore) { m_frames.push_back({environment, restore}); }
+    void Pop();
+    std::size_t Depth() const { return m_frames.size(); }
+    void CutTo(std::size_t depth);
+
+    /// Remembers code and message for those who ask later; an empty message keeps none.
+    void Remember(ASErrorCode code, std::string message);
+    ASErrorCode LastCode() const { return m_lastCode; }
+    const std::string& LastMessage() const { return m_lastMessage; }
+
+    /// Leaves through the top frame. No C++ object of the host may be alive in the frames that are skipped.
+    [[noreturn]] void LeaveThroughTop();
+
+private:
+    struct Frame {
+        void* environment;
+        restoreEnvironProc restore;
+    };
+    std::vector<Frame> m_frames;
+    ASErrorCode m_lastCode = 0;
+    std::string m_lastMessage;
+};
+
+/// Runs `work(context)` inside a frame of the host's own. Answers 0, or the code with which something inside raised.
+/// Frames that the plug-in pushed and forgot are removed and reported. A C++ exception that comes out of it counts as
+/// a raise.
+ASErrorCode RunInFrame(void (*work)(void*), void* context);
+
+/// Calls a procedure of a plug-in. A raise inside it becomes a CHostRaise, so that host code unwinds properly.
+/// A null procedure must not be passed.
+template <class R, class... P, class... A>
+R CallPlugIn(R(HOSTCALL* procedure)(P...), A... arguments)
+{
+    // Plain values only: the frame may be left by a long jump.
+    if constexpr (std::is_void_v<R>) {
+        auto call = [&] { procedure(arguments...); };
+        const ASErrorCode raised = RunInFrame([](void* body) { (*static_cast<decltype(call)*>(body))(); }, &call);
+        if (raised != 0) Raise(raised, ErrorText(raised));
+    } else {
+        R result{};
+        auto call = [&] { result = procedure(arguments...); };
+        const ASErrorCode raised = RunInFrame([](void* body) { (*static_cast<decltype(call)*>(body))(); }, &call);
+        if (raised != 0) Raise(raised, ErrorText(raised));
+        return result;
+    }
+}
+
+/// Runs `body(context)`; answers true when a JumpBack to `target` ended it. A C++ exception passes through.
+/// Between this frame and the jump nothing of the host's may have a destructor: none of them would run.
+bool EndsByJump(std::jmp_buf& target, void (*body)(void* context), void* context);
+
+/// The restore procedure of the host's own frames; `target` is a std::jmp_buf whose EndsByJump still runs.
+void HOSTCALL JumpBack(void* target);
+
+}  // namespace openhost

@@ -1,9 +1,7 @@
-#ifndef FERRULE_OPENHOST_CORE_SLOT_H
-#define FERRULE_OPENHOST_CORE_SLOT_H
+#pragma once
 
 #include <new>
 
-#include "openhost/core/Frames.h"
 #include "openhost/core/Host.h"
 #include "openhost/core/Raise.h"
 
@@ -42,5 +40,3 @@ struct CSlot<Impl> {
 };
 
 }  // namespace openhost
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_DOCUMENTS_DOCUMENTS_H
-#define FERRULE_OPENHOST_DOCUMENTS_DOCUMENTS_H
+#pragma once
 
 #include <functional>
 #include <optional>
@@ -109,5 +108,3 @@ auto Translated(Work work)
 }
 
 }  // namespace openhost
-
-#endif

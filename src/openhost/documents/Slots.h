@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_DOCUMENTS_SLOTS_H
-#define FERRULE_OPENHOST_DOCUMENTS_SLOTS_H
+#pragma once
 
 #include "openhost/core/Tables.h"
 
@@ -8,6 +7,11 @@ namespace openhost {
 /// Offers the documents part of "PDModel" and the password prompt of "AcroView".
 void OfferDocumentsSlots(CTables& tables);
 
-}  // namespace openhost
+// The groups of slots that OfferDocumentsSlots puts together, one file each.
+void OfferOpenSlots(CTables& tables);
+void OfferSaveSlots(CTables& tables);
+void OfferInfoSlots(CTables& tables);
+void OfferSecuritySlots(CTables& tables);
+void OfferPermissionSlots(CTables& tables);
 
-#endif
+}  // namespace openhost

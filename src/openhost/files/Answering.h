@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_FILES_ANSWERING_H
-#define FERRULE_OPENHOST_FILES_ANSWERING_H
+#pragma once
 
 #include "openhost/core/Raise.h"
 
@@ -17,5 +16,3 @@ ASErrorCode Answering(Work work)
 }
 
 }  // namespace openhost
-
-#endif

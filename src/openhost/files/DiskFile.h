@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_FILES_DISK_FILE_H
-#define FERRULE_OPENHOST_FILES_DISK_FILE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -54,5 +53,3 @@ ASErrorCode RemoveEmptyFolder(const std::string& nativePath);
 std::optional<std::uint64_t> FreeSpaceIn(const std::string& nativeFolder);
 
 }  // namespace openhost
-
-#endif

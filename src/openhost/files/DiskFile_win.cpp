@@ -1,5 +1,3 @@
-#include "openhost/files/DiskFile.h"
-
 #include <fcntl.h>
 #include <io.h>
 
@@ -8,6 +6,7 @@
 
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
+#include "openhost/files/DiskFile.h"
 #include "platform/FileProblem.h"
 #include "platform/Handle_win.h"
 #include "platform/WideText_win.h"

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "openhost/core/Host.h"
-#include "openhost/files/FileSys.h"
+#include "openhost/files/Files.h"
 #include "openhost/files/PathSyntax.h"
 #include "platform/Files.h"
 

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_FILES_FILE_PATHS_H
-#define FERRULE_OPENHOST_FILES_FILE_PATHS_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -51,5 +50,3 @@ ASFileSys DefaultFileSys();
 void RequireFileSys(const ASFileSysRec* fileSys);
 
 }  // namespace openhost
-
-#endif

@@ -1,10 +1,10 @@
-#ifndef FERRULE_OPENHOST_FILES_FILES_H
-#define FERRULE_OPENHOST_FILES_FILES_H
+#pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
 
+#include "hostapi/HostRecords.h"
 #include "hostapi/HostTypes.h"
 #include "openhost/core/Handles.h"
 #include "openhost/files/DiskFile.h"
@@ -47,6 +47,11 @@ ASErrorCode RemoveStream(CHostFile& file);
 CHostFile& FileAt(ASFile file);
 std::size_t LiveFiles();
 
-}  // namespace openhost
+/// The record of the machine's file system. Plug-ins pass it on; the procedures about paths can be called through it,
+/// those about open files and everything asynchronous are null.
+struct CFileSys {
+    CFileSys();
+    ASFileSysRec record;
+};
 
-#endif
+}  // namespace openhost

@@ -1,3 +1,5 @@
+#include "openhost/files/PathSlots.h"
+
 #include <cstring>
 #include <filesystem>
 #include <optional>
@@ -8,8 +10,7 @@
 #include "openhost/core/Tables.h"
 #include "openhost/files/Answering.h"
 #include "openhost/files/FilePaths.h"
-#include "openhost/files/FileSys.h"
-#include "openhost/files/PathSlots.h"
+#include "openhost/files/Files.h"
 #include "openhost/files/PathSyntax.h"
 #include "openhost/values/Text.h"
 #include "platform/Files.h"

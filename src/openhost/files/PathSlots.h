@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_FILES_PATH_SLOTS_H
-#define FERRULE_OPENHOST_FILES_PATH_SLOTS_H
+#pragma once
 
 #include "openhost/core/Tables.h"
 
@@ -23,5 +22,3 @@ ASDiskSpace64 FreeSpace(ASFileSys fileSys, ASPathName path);
 std::size_t LivePlatformPaths();
 
 }  // namespace openhost
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_FILES_PATH_SYNTAX_H
-#define FERRULE_OPENHOST_FILES_PATH_SYNTAX_H
+#pragma once
 
 #include <cstddef>
 #include <string>
@@ -37,5 +36,3 @@ std::string UrlOfNative(std::string_view absolute);
 std::string PercentEncoded(std::string_view path, std::string_view plain);
 
 }  // namespace openhost
-
-#endif

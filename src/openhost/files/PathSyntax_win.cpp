@@ -1,7 +1,6 @@
-#include "openhost/files/PathSyntax.h"
-
 #include <algorithm>
 
+#include "openhost/files/PathSyntax.h"
 #include "platform/WideText_win.h"
 
 namespace openhost {

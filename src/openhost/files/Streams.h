@@ -1,13 +1,15 @@
-#ifndef FERRULE_OPENHOST_FILES_STREAMS_H
-#define FERRULE_OPENHOST_FILES_STREAMS_H
+#pragma once
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "hostapi/HostRecords.h"
 #include "hostapi/HostTypes.h"
 #include "openhost/core/Handles.h"
+#include "openhost/files/Files.h"
 
 namespace openhost {
 
@@ -44,6 +46,21 @@ public:
 CHostStream& StreamAt(ASStm stream);
 std::size_t LiveStreams();
 
-}  // namespace openhost
+/// Buffered bytes of a file from its position on; closing leaves the file's position behind what was read.
+std::unique_ptr<CHostStream> FileReadStream(CHostFile& file, std::size_t bufferSize);
+/// As above, for writing. The file is complete when the stream was closed without a raise.
+std::unique_ptr<CHostStream> FileWriteStream(CHostFile& file, std::size_t bufferSize);
+/// Bytes that the caller keeps alive.
+std::unique_ptr<CHostStream> MemoryReadStream(const char* bytes, std::size_t count);
 
-#endif
+/// The procedures of a plug-in behind a stream; each but `transfer` may be null.
+struct StreamProcedures {
+    ASStmProc transfer;
+    ASProcStmDestroyProc destroy;
+    void* clientData;
+};
+/// Asks the procedure for exactly what is read.
+std::unique_ptr<CHostStream> ProcedureReadStream(const StreamProcedures& procedures);
+std::unique_ptr<CHostStream> ProcedureWriteStream(const StreamProcedures& procedures);
+
+}  // namespace openhost

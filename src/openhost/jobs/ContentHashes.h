@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/Files.h"
-
 #include <deque>
 #include <optional>
 #include <string>
+
+#include "platform/Files.h"
 
 namespace openhost {
 

@@ -1,8 +1,169 @@
 #include "openhost/jobs/Jobs.h"
 
+#include <algorithm>
+
+#include "base/Text.h"
 #include "openhost/app/AppState.h"
+#include "platform/Files.h"
 
 namespace openhost {
+
+CLedger::CLedger(CJobSource& source, std::function<std::uint64_t()> clock)
+    : m_source(source), m_clock(std::move(clock))
+{
+    m_file.beganAt = m_clock();
+}
+
+void CLedger::InputBegins(const JobInputFile& input)
+{
+    m_file = {};
+    m_file.beganAt = m_clock();
+    m_file.input = input;
+    NoteBefore(input.path);
+}
+
+/// Looked at only the first time: later the path may hold something that this run has put there.
+void CLedger::NoteBefore(const std::string& path)
+{
+    if (!m_source.WantsRecords() || m_file.before.contains(path)) return;
+    Content content;
+    if (const auto stamp = StampOfRegularFile(path)) content = {stamp->size, m_hashes.Of(path)};
+    m_file.before[path] = std::move(content);
+}
+
+/// What is put in the place of a link goes where the link leads, and is noted there.
+CLedger::Content CLedger::Before(const std::string& path)
+{
+    if (!m_file.before.contains(path)) {
+        const auto linked = m_file.before.find(platform::CanonicalPath(path));
+        if (linked != m_file.before.end()) return linked->second;
+        NoteBefore(path);
+    }
+    return m_file.before[path];
+}
+
+CLedger::Answer CLedger::Ask(Act act, const std::string& file, const std::string& target)
+{
+    if (!m_source.WantsRecords()) return AskSource({act, m_file.finalActionBegun, file, target, {}, {}, false});
+    SettleLast();
+    Deed deed{act, m_file.finalActionBegun, file, target, {}, StampOfRegularFile(file)};
+    // A run that finds its inputs itself does not tell which one it is at: whatever is going to change may be it.
+    if (!m_file.input) NoteBefore(act == Act::Put ? target : file);
+    if (deed.stamp) deed.sha256 = m_hashes.Of(file);
+    const Answer answer = MayBeOnRecord(deed) ? AskSource(deed) : Answer::Refuse;
+    deed.done = answer != Answer::Refuse;
+    m_file.unsettled = answer == Answer::Go;
+    m_file.deeds.push_back(std::move(deed));
+    return answer;
+}
+
+/// After an interruption the hash tells whether an act has happened: without it, it must not.
+bool CLedger::MayBeOnRecord(const Deed& deed) const
+{
+    return !m_file.input || m_source.Pretends() || deed.act == Act::Start || !deed.sha256.empty();
+}
+
+CLedger::Answer CLedger::AskSource(const Deed& deed)
+{
+    const int number = m_file.input ? m_file.input->number : 0;
+    return m_source.MayAct({.number = number,
+                            .finalAction = deed.finalAction,
+                            .act = deed.act,
+                            .file = deed.file,
+                            .target = deed.target,
+                            .sha256 = deed.sha256});
+}
+
+std::optional<bool> CLedger::Exists(const std::string& path) const
+{
+    return m_source.Pretends() ? m_source.Exists(path) : std::nullopt;
+}
+
+void CLedger::SettleLast()
+{
+    if (!m_file.unsettled) return;
+    m_file.unsettled = false;
+    Deed& deed = m_file.deeds.back();
+    deed.done = HasHappened(deed);
+    if (deed.done && deed.stamp && (deed.act == Act::Put || deed.act == Act::Move))
+        m_hashes.Renamed(*deed.stamp, deed.target);
+}
+
+bool CLedger::HasHappened(const Deed& deed)
+{
+    switch (deed.act) {
+        case Act::Put: {
+            const auto there = StampOfRegularFile(deed.target);
+            if (!there || !deed.stamp) return false;
+            return there->IsSameFile(*deed.stamp) ||
+                   (there->size == deed.stamp->size && m_hashes.Of(deed.target) == deed.sha256);
+        }
+        case Act::Move:
+            return !platform::NameExists(deed.file) && platform::NameExists(deed.target);
+        case Act::Delete:
+            return !platform::NameExists(deed.file);
+        case Act::Start:
+            return true;  // whether it could be started shows in the file's outcome
+    }
+    return false;
+}
+
+std::vector<FileOutput> CLedger::Outputs() const
+{
+    std::vector<FileOutput> outputs;
+    for (const Deed& deed : m_file.deeds) {
+        if (deed.finalAction || !deed.done || deed.act != Act::Put) continue;
+        std::erase_if(outputs, [&](const auto& output) { return output.path == deed.target; });
+        outputs.push_back({deed.target, deed.sha256});
+    }
+    return outputs;
+}
+
+std::optional<FinalActionRecord> CLedger::FinalActionOf(FileOutcome outcome) const
+{
+    using State = FinalActionRecord::State;
+    if (!m_file.finalActionBegun) return std::nullopt;
+    const bool fine = outcome == FileOutcome::Saved || outcome == FileOutcome::CopiedUnchanged;
+    std::optional<FinalActionRecord> action;
+    for (const Deed& deed : m_file.deeds) {
+        if (!deed.finalAction) continue;
+        // Across file systems a file is moved by putting a copy and deleting the file.
+        const bool secondHalf = action && action->act == Act::Put && deed.act == Act::Delete;
+        const std::string target = secondHalf ? action->target : deed.target;
+        const bool done = deed.act == Act::Start ? deed.done && fine : deed.done;
+        action = {secondHalf ? Act::Move : deed.act, target, done ? State::Done : State::Failed};
+    }
+    if (!action && !fine) action.emplace();
+    return action;
+}
+
+FileRecord CLedger::NewRecord(const std::string& path)
+{
+    FileRecord record;
+    record.number = m_file.input ? m_file.input->number : m_filesDone;
+    record.path = m_file.input ? m_file.input->path : path;
+    const Content before = Before(record.path);
+    record.size = before.size;
+    record.sha256 = before.sha256;
+    return record;
+}
+
+FileRecord CLedger::FileDone(const std::string& path, FileOutcome outcome, const std::string& message)
+{
+    SettleLast();
+    ++m_filesDone;
+    FileRecord record = NewRecord(path);
+    record.outcome = outcome;
+    record.message = TextFromBytes(message);
+    record.outputs = Outputs();
+    record.finalAction = FinalActionOf(outcome);
+    record.signaturesBroken = m_file.signaturesBroken;
+    const std::uint64_t now = m_clock();
+    record.milliseconds = static_cast<std::int64_t>(now - std::min(m_file.beganAt, now));
+    m_file = {};
+    m_file.beganAt = now;
+    return record;
+}
 
 CJobs::CJobs() : m_source(std::make_shared<CJobSource>())
 {

@@ -1,14 +1,111 @@
-#ifndef FERRULE_OPENHOST_JOBS_JOBS_H
-#define FERRULE_OPENHOST_JOBS_JOBS_H
+#pragma once
 
+#include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
-#include "openhost/jobs/JobSource.h"
-#include "openhost/jobs/Ledger.h"
+#include "openhost/jobs/ContentHashes.h"
+#include "protocol/Messages.h"
 
 namespace openhost {
+
+/// Where the job of this host comes from and who hears how it goes. This one is the run without a job: the plug-in
+/// finds its inputs itself, may do everything, and nobody listens.
+class CJobSource {
+public:
+    using Answer = COverseer::Answer;
+
+    virtual ~CJobSource() = default;
+
+    /// One JSON object, UTF-8; null when there is no job. Valid as long as this object; always the same.
+    virtual const std::string* Job() { return nullptr; }
+    /// True when the job is a trial. Asks for the job when that is not known yet.
+    virtual bool Pretends() { return false; }
+    /// Nothing when there is none left.
+    virtual std::optional<JobInputFile> NextInput() { return std::nullopt; }
+
+    /// Whether records are wanted at all: making them takes a look at every byte of every file.
+    virtual bool WantsRecords() const { return false; }
+    virtual Answer MayAct(const IntendedAct&) { return Answer::Go; }
+    /// What pretended acts made of the path; nothing when the disk tells.
+    virtual std::optional<bool> Exists(const std::string&) { return std::nullopt; }
+
+    virtual void RunStarts(int) {}
+    virtual void FileDone(const FileRecord&) {}
+    virtual void RunEnds(RunEnd, std::string_view) {}
+    /// A place in the plug-in's log; returns when it is noted.
+    virtual void LogMark(LogPlace) {}
+    /// One JSON object, UTF-8.
+    virtual void Report(std::string_view) {}
+    /// Hears the host's own remarks; false: they go to standard error.
+    virtual bool Remark(std::string_view) { return false; }
+    /// Whether whoever gave the job is gone, or what he ordered to be written could not be written.
+    virtual bool Broken() const { return false; }
+};
+
+/// Knows the input file that is being worked on and what is done for it: acts of the host and of the plug-in come
+/// together here, are asked about at the source of the job, and, where records are wanted, end up in the file's
+/// record.
+class CLedger final : public COverseer {
+public:
+    /// Source: borrowed. The clock answers milliseconds of any origin.
+    CLedger(CJobSource& source, std::function<std::uint64_t()> clock);
+
+    void InputBegins(const JobInputFile& input);
+    /// What is asked from here on until the file is done is its final action.
+    void FinalActionBegins() { m_file.finalActionBegun = true; }
+    /// A signed document of the present input is going to be written as a whole.
+    void SignaturesBroken() { m_file.signaturesBroken = true; }
+    /// Closes the present input. Without one that began, `path` names it.
+    FileRecord FileDone(const std::string& path, FileOutcome outcome, const std::string& message);
+
+    Answer Ask(Act act, const std::string& file, const std::string& target) override;
+    bool Pretends() const override { return m_source.Pretends(); }
+    std::optional<bool> Exists(const std::string& path) const override;
+
+private:
+    struct Deed {
+        Act act = Act::Put;
+        bool finalAction = false;
+        std::string file, target, sha256;
+        std::optional<platform::FileStamp> stamp;  // of the file before
+        bool done = false;
+    };
+    struct Content {
+        std::uint64_t size = 0;
+        std::string sha256;
+    };
+    struct PresentFile {
+        std::optional<JobInputFile> input;
+        std::uint64_t beganAt = 0;
+        std::map<std::string, Content> before;  // what stood at these paths before anything was done to them
+        std::vector<Deed> deeds;
+        bool unsettled = false;  // nobody has looked yet whether the last deed happened
+        bool finalActionBegun = false;
+        bool signaturesBroken = false;
+    };
+
+    void NoteBefore(const std::string& path);
+    Content Before(const std::string& path);
+    bool MayBeOnRecord(const Deed& deed) const;
+    Answer AskSource(const Deed& deed);
+    void SettleLast();
+    bool HasHappened(const Deed& deed);
+    std::vector<FileOutput> Outputs() const;
+    std::optional<FinalActionRecord> FinalActionOf(FileOutcome outcome) const;
+    FileRecord NewRecord(const std::string& path);
+
+    CJobSource& m_source;
+    std::function<std::uint64_t()> m_clock;
+    CContentHashes m_hashes;
+    PresentFile m_file;
+    int m_filesDone = 0;
+};
 
 /// The job of this host: its source, and the ledger that watches over what this process does to files for good. The
 /// ledger is installed as the overseer of this program as long as this object lives.
@@ -40,5 +137,3 @@ private:
 void OfferJobsTable();
 
 }  // namespace openhost
-
-#endif

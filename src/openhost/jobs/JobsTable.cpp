@@ -2,7 +2,6 @@
 
 #include <cstddef>
 
-#include "openhost/core/TableServers.h"
 #include "openhost/core/Tables.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/jobs/Jobs.h"
@@ -97,7 +96,6 @@ void LogMark(ASInt32 mark)
     if (mark >= 0 && mark <= static_cast<ASInt32>(LogPlace::InputsCounted))
         Part<CJobs>().Source().LogMark(static_cast<LogPlace>(mark));
 }
-
 
 void FinalActionBegins() { Part<CJobs>().Ledger().FinalActionBegins(); }
 

@@ -1,8 +1,13 @@
 #include "openhost/jobs/RunRecord.h"
 
+#include <filesystem>
 #include <numeric>
+#include <string_view>
+#include <system_error>
 
 #include "openhost/core/Diagnostics.h"
+#include "platform/FileProblem.h"
+#include "platform/NarrowText.h"
 
 namespace openhost {
 
@@ -60,10 +65,83 @@ std::string CRunRecord::Summary() const
     const char* separator = ": ";
     for (std::size_t outcome = 0; outcome < m_counts.size(); ++outcome) {
         if (m_counts[outcome] == 0) continue;
-        line += separator + std::to_string(m_counts[outcome]) + " " + OutcomePhrase(static_cast<FileOutcome>(outcome));
+        line +=
+            separator + std::to_string(m_counts[outcome]) + " " + OutcomePhrase(static_cast<FileOutcome>(outcome));
         separator = ", ";
     }
     return line;
+}
+
+namespace {
+
+constexpr std::size_t kHeadLength = 1 << 16;
+constexpr std::string_view kRecordBegin = R"({"number":)", kOutcomeKey = R"("outcome":)";
+
+/// Also when only a part of the first line was written before the power went.
+bool IsRecord(std::string_view head)
+{
+    const std::size_t lineEnd = head.find('\n');
+    const std::string_view line = head.substr(0, lineEnd);
+    if (lineEnd == std::string_view::npos && line.size() < kRecordBegin.size()) return kRecordBegin.starts_with(line);
+    return line.starts_with(kRecordBegin) &&
+           (lineEnd == std::string_view::npos || line.find(kOutcomeKey) != std::string_view::npos);
+}
+
+/// Why a record must not take the place of what stands there.
+std::string PlaceProblem(const std::string& path)
+{
+    using std::filesystem::file_type;
+    std::error_code unknown;
+    const file_type type = std::filesystem::status(platform::StandardPath(path), unknown).type();
+    if (type == file_type::directory) return "is a folder; name a file for the record";
+    if (type == file_type::block || type == file_type::socket)
+        return "is a device; name a regular file for the record";
+    if (type != file_type::regular) return {};
+    std::string head;
+    const auto read = platform::ReadPieces(path, [&](std::string_view bytes) {
+        head += bytes;
+        return head.size() < kHeadLength;
+    });
+    if (!read) return "cannot be read, and is kept: " + platform::ErrorText(read.errorNumber);
+    if (head.empty() || IsRecord(head)) return {};
+    return "is no record and would be lost; name another file for the record, or move this one away";
+}
+
+bool IsSameFile(const std::string& one, const std::string& other)
+{
+    const auto first = platform::StampOf(one), second = platform::StampOf(other);
+    return first && second && first->IsSameFile(*second);
+}
+
+}  // namespace
+
+std::shared_ptr<CRecordFile> CRecordFile::Create(const std::string& path, std::string& problem)
+{
+    problem = PlaceProblem(path);
+    if (!problem.empty()) return nullptr;
+    platform::FileResult opened;
+    platform::Stream stream = platform::OpenStream(path, "w", &opened);
+    if (stream) return std::shared_ptr<CRecordFile>(new CRecordFile(path, std::move(stream)));
+    problem = "cannot be written: " + platform::ErrorText(opened.errorNumber);
+    return nullptr;
+}
+
+CJobSource::Answer CRecordFile::MayAct(const IntendedAct& intended)
+{
+    for (const std::string& path : {intended.file, intended.target})
+        if (!path.empty() && intended.act != COverseer::Act::Start && IsSameFile(path, m_path)) return Answer::Refuse;
+    return Answer::Go;
+}
+
+void CRecordFile::FileDone(const FileRecord& record)
+{
+    if (m_failed) return;
+    const std::string line = LineOf(FileRecordJson(record)) + "\n";
+    const bool written = std::fwrite(line.data(), 1, line.size(), m_stream.get()) == line.size();
+    if (written && std::fflush(m_stream.get()) == 0) return;
+    m_failed = true;
+    Diagnose("the record " + m_path +
+             " cannot be written: " + platform::ErrorText(platform::StreamFailure().errorNumber));
 }
 
 }  // namespace openhost

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
-#include <qpdf/QPDF.hh>
 #include <string_view>
+
+#include <qpdf/QPDF.hh>
 
 #include "openhost/pdf/PageTree.h"
 

@@ -1,14 +1,28 @@
-#ifndef FERRULE_OPENHOST_PDF_CONVERSIONS_H
-#define FERRULE_OPENHOST_PDF_CONVERSIONS_H
+#pragma once
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "openhost/pdf/PdfDocument.h"
 
 namespace openhost {
+
+/// What a document needs to know of a JPEG picture that it embeds as it is.
+struct JpegHeader {
+    int width = 0;  ///< pixels
+    int height = 0;
+    int components = 0;        ///< 1 grey, 3 colour, 4 four inks
+    bool adobeMarker = false;  ///< four inks are then stored inverted
+    double dpiX = 0;           ///< 0: not stated
+    double dpiY = 0;
+    int turn = 0;  ///< degrees clockwise by which a viewer turns it: 0, 90, 180, 270
+};
+
+/// Reads the header of a baseline or progressive picture of 8 bits; otherwise nothing, and why in `reason`.
+std::optional<JpegHeader> ReadJpegHeader(std::string_view bytes, std::string& reason);
 
 /// Wraps a JPEG file as a document of one page, image data unchanged; the page has the size that the picture's own
 /// resolution gives (72 dpi when it states none). The document lives in memory and counts as modified.
@@ -46,5 +60,3 @@ std::unique_ptr<CTextEngine> NewTextEngine();
 void LoadPresentState(CTextEngine& engine, CPdfDocument& document);
 
 }  // namespace openhost
-
-#endif

@@ -1,13 +1,13 @@
-#ifndef FERRULE_OPENHOST_PDF_DOCUMENT_STATE_H
-#define FERRULE_OPENHOST_PDF_DOCUMENT_STATE_H
+#pragma once
 
 #include <memory>
 #include <optional>
-#include <qpdf/InputSource.hh>
-#include <qpdf/QPDF.hh>
 #include <set>
 #include <string>
 #include <vector>
+
+#include <qpdf/InputSource.hh>
+#include <qpdf/QPDF.hh>
 
 #include "openhost/pdf/Encryption.h"
 #include "openhost/pdf/PdfDocument.h"
@@ -61,5 +61,3 @@ void LoadDocument(CPdfDocument::State& state, std::shared_ptr<InputSource> sourc
 std::shared_ptr<InputSource> OpenSource(const std::string& path);
 
 }  // namespace openhost
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_PDF_ENCRYPTION_H
-#define FERRULE_OPENHOST_PDF_ENCRYPTION_H
+#pragma once
 
 #include <memory>
 #include <optional>
@@ -63,5 +62,3 @@ std::string IdentifierOf(QPDF& document);
 std::unique_ptr<QPDF> NewLibraryDocument(bool repair);
 
 }  // namespace openhost
-
-#endif

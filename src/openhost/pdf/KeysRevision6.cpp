@@ -1,14 +1,14 @@
 #include "openhost/pdf/KeysRevision6.h"
 
-#include <openssl/evp.h>
-
 #include <algorithm>
 #include <array>
 #include <memory>
 #include <numeric>
-#include <qpdf/QUtil.hh>
 #include <stdexcept>
 #include <string_view>
+
+#include <openssl/evp.h>
+#include <qpdf/QUtil.hh>
 
 namespace openhost {
 namespace {

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_PDF_KEYS_REVISION_6_H
-#define FERRULE_OPENHOST_PDF_KEYS_REVISION_6_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -19,5 +18,3 @@ KeysRevision6 MakeKeysRevision6(const std::string& userPassword, const std::stri
                                 std::uint32_t permissions, bool encryptMetadata);
 
 }  // namespace openhost
-
-#endif

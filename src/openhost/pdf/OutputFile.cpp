@@ -1,6 +1,6 @@
 #include "openhost/pdf/OutputFile.h"
 
-#include "openhost/pdf/PdfGuard.h"
+#include "openhost/pdf/PdfError.h"
 #include "platform/FileProblem.h"
 
 namespace openhost {

@@ -1,8 +1,9 @@
-#ifndef FERRULE_OPENHOST_PDF_OUTPUT_FILE_H
-#define FERRULE_OPENHOST_PDF_OUTPUT_FILE_H
+#pragma once
 
 #include <cstddef>
 #include <string>
+
+#include <qpdf/Pipeline.hh>
 
 #include "platform/AtomicFile.h"
 
@@ -31,6 +32,19 @@ private:
     platform::CAtomicFile m_file;
 };
 
-}  // namespace openhost
+/// Carries what the library writes into a file. Never throws: the library pops its pipelines in destructors, where an
+/// exception ends the process. The caller asks the file for the failure.
+class CFilePipeline final : public Pipeline {
+public:
+    explicit CFilePipeline(COutputFile& file) : Pipeline("file", nullptr), m_file(file) {}
+    void write(unsigned char const* data, size_t length) override
+    {
+        m_file.Write(reinterpret_cast<const char*>(data), length);
+    }
+    void finish() override {}
 
-#endif
+private:
+    COutputFile& m_file;
+};
+
+}  // namespace openhost

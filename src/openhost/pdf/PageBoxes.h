@@ -1,8 +1,9 @@
 #pragma once
 
 #include <optional>
-#include <qpdf/QPDFObjectHandle.hh>
 #include <vector>
+
+#include <qpdf/QPDFObjectHandle.hh>
 
 #include "openhost/pdf/PdfDocument.h"
 

@@ -1,8 +1,9 @@
-#ifndef FERRULE_OPENHOST_PDF_PAGE_TREE_H
-#define FERRULE_OPENHOST_PDF_PAGE_TREE_H
+#pragma once
 
 #include <optional>
 #include <vector>
+
+#include "openhost/pdf/PdfDocument.h"
 
 class QPDF;
 class QPDFObjectHandle;
@@ -43,6 +44,11 @@ void MakePageTree(QPDF& document, std::vector<QPDFObjectHandle> pages);
 /// flat one of the pages that are there, each with what it inherited. Any other tree is left alone.
 void MendPageTree(QPDF& document);
 
+/// Takes these pages (from 0) out of the document; the caller marks it as modified.
+///
+/// The pages that stay keep what they inherited and their labels. The page objects themselves go with all that only
+/// they lead to: bookmarks, links and named destinations that led to them stay and lead nowhere. Form fields that
+/// were shown on them alone go, too. The structure stays as it is. Fails: LastPage when no page would be left, and
+/// what the library throws; the document is as it was then.
+void RemovePages(CPdfDocument& document, const std::vector<int>& pages0);
 }  // namespace openhost
-
-#endif

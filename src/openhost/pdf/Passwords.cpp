@@ -1,13 +1,13 @@
 #include "openhost/pdf/Passwords.h"
 
-#include <stringprep.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory>
-#include <qpdf/QUtil.hh>
 #include <utility>
+
+#include <qpdf/QUtil.hh>
+#include <stringprep.h>
 
 namespace openhost {
 namespace {

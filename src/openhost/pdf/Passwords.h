@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_PDF_PASSWORDS_H
-#define FERRULE_OPENHOST_PDF_PASSWORDS_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -24,5 +23,3 @@ std::vector<std::string> PasswordForms(std::string_view utf8, int revision);
 std::string RandomPassword();
 
 }  // namespace openhost
-
-#endif

@@ -1,16 +1,15 @@
 #include <algorithm>
+
 #include <qpdf/Buffer.hh>
 #include <qpdf/BufferInputSource.hh>
 #include <qpdf/QPDFExc.hh>
 
+#include "openhost/pdf/DocumentLoss.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/FileRebuilder.h"
-#include "openhost/pdf/FileSource.h"
 #include "openhost/pdf/PageTree.h"
-#include "openhost/pdf/PdfGuard.h"
-#include "openhost/pdf/RepairLoss.h"
+#include "openhost/pdf/PdfError.h"
 #include "openhost/pdf/SourceFile.h"
-#include "openhost/pdf/XrefCheck.h"
 
 namespace openhost {
 namespace {

@@ -1,11 +1,12 @@
+#include "openhost/pdf/PopplerTextEngine.h"
+
+#include <climits>
+
 #include <poppler-document.h>
 #include <poppler-global.h>
 #include <poppler-page.h>
 
-#include <climits>
-
 #include "openhost/pdf/Conversions.h"
-#include "openhost/pdf/PopplerSource.h"
 
 namespace openhost {
 namespace {

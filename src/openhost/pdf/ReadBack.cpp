@@ -4,16 +4,17 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <set>
+#include <unordered_set>
+
 #include <qpdf/Buffer.hh>
 #include <qpdf/InputSource.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFExc.hh>
-#include <set>
-#include <unordered_set>
 
+#include "openhost/pdf/DocumentLoss.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PageTree.h"
-#include "openhost/pdf/XrefCheck.h"
 
 namespace openhost {
 namespace {

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_PDF_READ_BACK_H
-#define FERRULE_OPENHOST_PDF_READ_BACK_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -31,5 +30,3 @@ std::string ReadBackProblem(const std::string& path, QPDF& original, const std::
                             const std::optional<WrittenEncryption>& encryption);
 
 }  // namespace openhost
-
-#endif

@@ -1,10 +1,13 @@
-#ifndef FERRULE_OPENHOST_PDF_SOURCE_FILE_H
-#define FERRULE_OPENHOST_PDF_SOURCE_FILE_H
+#pragma once
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
+
+#include <qpdf/Buffer.hh>
+#include <qpdf/InputSource.hh>
 
 #include "platform/Files.h"
 
@@ -23,6 +26,38 @@ std::optional<std::uint64_t> SizeOf(std::FILE* file);
 /// The whole file. Fails: as OpenForReading, and CannotRead when it holds more than `maxBytes`.
 std::string ReadAll(const std::string& path, std::uint64_t maxBytes);
 
-}  // namespace openhost
+/// A file that the library reads in pieces. It can be let go of, for the moment in which another one takes its name.
+/// Fails: what cannot be read is a QPDFExc, what cannot be opened again a CPdfError.
+class CFileSource final : public InputSource {
+public:
+    /// `file` is that path, open for reading.
+    CFileSource(std::string path, platform::Stream file) : m_path(std::move(path)), m_file(std::move(file)) {}
 
-#endif
+    /// Closes the file; the next read opens it again.
+    void LetGo() { m_file.reset(); }
+    /// The same, for good: what has the name now is another file. Reading fails from here on.
+    void LetGoForEver();
+    /// Reads all into memory and closes the file.
+    void Swallow();
+
+    qpdf_offset_t findAndSkipNextEOL() override;
+    const std::string& getName() const override { return m_path; }
+    qpdf_offset_t tell() override { return m_position; }
+    void seek(qpdf_offset_t offset, int whence) override;
+    void rewind() override { m_position = 0; }
+    std::size_t read(char* bytes, std::size_t count) override;
+    void unreadCh(char) override { --m_position; }
+
+private:
+    std::FILE* File();
+    qpdf_offset_t Size();
+    std::size_t ReadHere(char* bytes, std::size_t count);
+
+    std::string m_path;
+    platform::Stream m_file;
+    std::unique_ptr<Buffer> m_content;  // when swallowed
+    bool m_isGone = false;
+    qpdf_offset_t m_position = 0;
+};
+
+}  // namespace openhost

@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <functional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
 #include <qpdf/Buffer.hh>
 #include <qpdf/InputSource.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <qpdf/QPDFXRefEntry.hh>
-#include <set>
-#include <stdexcept>
-#include <string>
-#include <string_view>
 
 #include "openhost/pdf/Encryption.h"
 

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_PDF_WRITER_PREPARATION_H
-#define FERRULE_OPENHOST_PDF_WRITER_PREPARATION_H
+#pragma once
 
 class InputSource;
 class QPDF;
@@ -22,5 +21,3 @@ struct PreparedDocument {
 PreparedDocument PrepareForWriter(QPDF& document, InputSource* source);
 
 }  // namespace openhost
-
-#endif

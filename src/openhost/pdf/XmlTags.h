@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_PDF_XML_TAGS_H
-#define FERRULE_OPENHOST_PDF_XML_TAGS_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -39,5 +38,3 @@ std::string_view XmlLocalName(std::string_view name);
 std::string XmlEscaped(std::string_view utf8);
 
 }  // namespace openhost
-
-#endif

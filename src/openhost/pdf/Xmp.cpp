@@ -1,6 +1,7 @@
 #include "openhost/pdf/Xmp.h"
 
 #include <algorithm>
+
 #include <qpdf/Buffer.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFExc.hh>

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_PDF_XMP_H
-#define FERRULE_OPENHOST_PDF_XMP_H
+#pragma once
 
 #include <optional>
 #include <set>
@@ -33,5 +32,3 @@ std::optional<std::string> MetadataPacket(QPDF& document);
 void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys);
 
 }  // namespace openhost
-
-#endif

@@ -1,22 +1,136 @@
 #include "openhost/program/CommandLine.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+#include <CLI/CLI.hpp>
 
 #include "base/LikelyName.h"
 #include "openhost/app/AppState.h"
-#include "openhost/jobs/RecordFile.h"
+#include "openhost/jobs/RunRecord.h"
 #include "openhost/jobs/WorkerLink.h"
-#include "openhost/program/EventLoop.h"
-#include "openhost/program/Manual.h"
 #include "openhost/program/OpenHost.h"
-#include "openhost/program/PasswordFile.h"
 #include "platform/NarrowText.h"
 #include "platform/Paths.h"
 
 namespace openhost {
+
+std::vector<std::string> PasswordsFromText(std::string_view text)
+{
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kMark)) text.remove_prefix(kMark.size());
+    std::vector<std::string> passwords;
+    while (!text.empty()) {
+        const std::size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        if (!line.empty()) passwords.emplace_back(line);
+    }
+    return passwords;
+}
+
+std::optional<std::vector<std::string>> ReadPasswordFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return std::nullopt;
+    try {
+        return PasswordsFromText(
+            std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>()));
+    } catch (const std::ios_base::failure&) {  // reading fails half-way, or it is a folder
+        return std::nullopt;
+    }
+}
+
+namespace {
+
+constexpr char kSummary[] = "runs plug-ins without a window";
+constexpr std::array kDescription = {
+    "Runs plug-ins without a window: loads them, lets them do what they have scheduled, and ends.",
+    "What a plug-in is to do is told to the plug-in, not to this program."};
+constexpr std::array<std::pair<int, const char*>, 4> kExitCodeRows = {
+    {{kExitFine, "all files are fine"},
+     {kExitBroken, "the run could not start or broke off"},
+     {kExitUsage, "wrong arguments"},
+     {kExitSomeFailed, "the run finished, but some files did not come out"}}};
+constexpr std::array kExamples = {"FERRULESEQU=protect.sequ FERRULEALTPATH=in FERRULEALTOUTPUTPATH=out ferrule-host",
+                                  "ferrule-host --plugin ./Ferrule.api --password-file passwords.txt --verbose"};
+constexpr std::array kPasswordFile = {
+    "The password file holds one password in each line, UTF-8. Only the line end is cut, so that",
+    "blanks count. The passwords are tried in this order on documents that need one."};
+
+template <typename Lines>
+std::string Joined(const Lines& lines, const char* before, const char* after)
+{
+    std::string text;
+    for (const char* line : lines) text += before + std::string(line) + after;
+    return text;
+}
+
+/// Text as troff prints it letter for letter.
+std::string Escaped(const std::string& text)
+{
+    std::string escaped = text.starts_with('.') || text.starts_with('\'') ? "\\&" : "";
+    for (const char letter : text) {
+        if (letter == '\\' || letter == '-') escaped += '\\';
+        escaped += letter == '\\' ? 'e' : letter;
+    }
+    return escaped;
+}
+
+std::string Section(const char* name) { return ".SH " + std::string(name) + '\n'; }
+
+std::string Entry(const std::string& term, const std::string& value, const std::string& help)
+{
+    return ".TP\n\\fB" + Escaped(term) + "\\fR" + (value.empty() ? "" : " \\fI" + Escaped(value) + "\\fR") + '\n' +
+           Escaped(help) + '\n';
+}
+
+std::string OptionEntry(const CLI::Option& option)
+{
+    std::string names;
+    for (const std::string& name : option.get_snames()) names += '-' + name + ", ";
+    for (const std::string& name : option.get_lnames()) names += "--" + name;
+    const std::string type = option.get_items_expected_max() == 0 ? "" : option.get_type_name();
+    const std::string value = type.substr(0, type.find(':'));  // behind it stands what the parser checks
+    const std::string fallback = option.get_default_str();
+    return Entry(names, value, option.get_description() + (fallback.empty() ? "" : " [" + fallback + ']') + '.');
+}
+
+}  // namespace
+
+std::string ProgramDescription() { return std::string(kDescription[0]) + '\n' + kDescription[1]; }
+
+std::string HelpFooter()
+{
+    std::string text = "Exit codes:\n";
+    for (const auto& [code, meaning] : kExitCodeRows) text += "  " + std::to_string(code) + "  " + meaning + '\n';
+    return text + "\nExamples:\n" + Joined(kExamples, "  ", "\n") + '\n' + Joined(kPasswordFile, "", "\n");
+}
+
+std::string ManualPage(const CLI::App& app, const std::string& version)
+{
+    std::string text = ".TH FERRULE\\-HOST 1 \"\" \"Ferrule " + Escaped(version) + "\" \"User Commands\"\n";
+    text += Section("NAME") + "ferrule\\-host \\- " + kSummary + '\n';
+    text += Section("SYNOPSIS") + "\\fBferrule\\-host\\fR [OPTION]...\n" + Section("DESCRIPTION");
+    for (const char* line : kDescription) text += Escaped(line) + '\n';
+    text += Section("OPTIONS");
+    for (const CLI::Option* option : app.get_options())
+        if (!option->get_group().empty()) text += OptionEntry(*option);
+    text += ".PP\n";
+    for (const char* line : kPasswordFile) text += Escaped(line) + '\n';
+    text += Section("EXIT STATUS");
+    for (const auto& [code, meaning] : kExitCodeRows)
+        text += Entry(std::to_string(code), "", std::string(meaning) + '.');
+    text += Section("EXAMPLES");
+    for (const char* line : kExamples) text += ".PP\n.RS\n.nf\n" + Escaped(line) + "\n.fi\n.RE\n";
+    return text + Section("SEE ALSO") + "\\fBferrule\\fR(1)\n";
+}
 
 namespace {
 

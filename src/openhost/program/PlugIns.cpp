@@ -4,9 +4,8 @@
 #include <filesystem>
 
 #include "openhost/app/AppState.h"
-#include "openhost/app/IdleProcedures.h"
+#include "openhost/app/Events.h"
 #include "openhost/app/Menus.h"
-#include "openhost/app/Notifications.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/Handlers.h"
 #include "openhost/conversion/Converters.h"

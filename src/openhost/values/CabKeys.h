@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_VALUES_CAB_KEYS_H
-#define FERRULE_OPENHOST_VALUES_CAB_KEYS_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -15,5 +14,3 @@ std::string NextNumberKey(std::string_view number);
 std::string_view CutStep(std::string_view& path, bool& last);
 
 }  // namespace openhost
-
-#endif

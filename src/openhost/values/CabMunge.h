@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_VALUES_CAB_MUNGE_H
-#define FERRULE_OPENHOST_VALUES_CAB_MUNGE_H
+#pragma once
 
 #include "openhost/values/Cabinet.h"
 
@@ -10,5 +9,3 @@ namespace openhost {
 void MungeCab(CCabinet& cab, const CCabinet& keys, ASCabMungeAction action);
 
 }  // namespace openhost
-
-#endif

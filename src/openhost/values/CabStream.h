@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_VALUES_CAB_STREAM_H
-#define FERRULE_OPENHOST_VALUES_CAB_STREAM_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -23,8 +22,7 @@ COwnedCab ReadCab(const ReadBytes& read);
 COwnedCab CabFromBytes(std::string_view bytes);
 
 /// Makes the values of one level, in the order of the stream. Cabs among them come packed, inside no other yet.
-void UnpackEntries(const PackedEntries& packed, const std::function<void(std::string_view key, CabValue value)>& take);
+void UnpackEntries(const PackedEntries& packed,
+                   const std::function<void(std::string_view key, CabValue value)>& take);
 
 }  // namespace openhost
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef FERRULE_OPENHOST_VALUES_SLOTS_H
-#define FERRULE_OPENHOST_VALUES_SLOTS_H
+#pragma once
 
 #include "openhost/core/Tables.h"
 
@@ -9,5 +8,3 @@ namespace openhost {
 void OfferValuesSlots(CTables& tables);
 
 }  // namespace openhost
-
-#endif

@@ -1,6 +1,6 @@
-#ifndef FERRULE_OPENHOST_VALUES_TEXT_H
-#define FERRULE_OPENHOST_VALUES_TEXT_H
+#pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,6 +9,22 @@
 #include "openhost/core/Raise.h"
 
 namespace openhost {
+
+/// The one encoding of 8-bit texts that this host uses for all of its "host encoding" calls: that of narrow text,
+/// which is UTF-8 but in a process on Windows without our manifest. The number is the one that plug-ins see; the
+/// others that they may pass are read and written in the same way.
+inline constexpr ASHostEncoding kHostEncoding = 0;
+
+/// Host-encoded bytes, file names above all, survive the way there and back: a byte that is not UTF-8 travels as the
+/// lone surrogate U+DC80..U+DCFF.
+std::u16string Utf16FromHost(std::string_view bytes);
+std::string HostFromUtf16(std::u16string_view text);
+
+/// The text form of PDF strings: UTF-16BE behind FE FF (or UTF-8 behind EF BB BF), else PDFDocEncoding. Bytes without
+/// a meaning become U+FFFD.
+std::u16string Utf16FromPdText(std::string_view bytes);
+/// PDFDocEncoding where it can hold the whole text, else UTF-16BE with its mark.
+std::string PdTextFromUtf16(std::u16string_view text);
 
 class CCabinet;
 
@@ -87,6 +103,28 @@ private:
     ASText m_text;
 };
 
-}  // namespace openhost
+/// Texts as plug-ins pass them: a pointer, a format, and a length in bytes or a zero of the format's width at the
+/// end. Raises genErrBadParm for a null pointer, an unknown format or a negative length.
+std::u16string Utf16FromFormat(const ASUTF16Val* text, ASUnicodeFormat format,
+                               std::optional<ASTArraySize> bytes = std::nullopt);
+/// The bytes of a text in a format, with a zero of the format's width at the end.
+std::string BytesInFormat(std::u16string_view text, ASUnicodeFormat format);
 
-#endif
+/// PD text that ends with a zero of its own width.
+std::string_view PdTextUpToZero(const char* text);
+
+/// LF, CR and CR LF become the line end of this system.
+std::u16string WithSystemLineEnds(std::u16string_view text);
+std::u16string WithoutLineEnds(std::u16string_view text);
+/// "&Open" becomes "Open"; a doubled one becomes a single one.
+std::u16string WithoutAmpersands(std::u16string_view text);
+std::u16string WithNarrowAscii(std::u16string_view text);
+std::u16string Mapped(std::u16string_view text, char32_t (*map)(char32_t));
+std::u16string Replaced(std::u16string_view text, std::u16string_view what, std::u16string_view by);
+
+/// Below 0, 0, above 0. In the order of their characters' numbers.
+ASInt32 CompareCharacters(std::u16string_view one, std::u16string_view other);
+/// As people sort: without regard to case first.
+ASInt32 CompareForPeople(std::u16string_view one, std::u16string_view other);
+
+}  // namespace openhost

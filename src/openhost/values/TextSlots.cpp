@@ -5,9 +5,7 @@
 #include "base/Unicode.h"
 #include "openhost/core/Memory.h"
 #include "openhost/core/Tables.h"
-#include "openhost/values/Encoding.h"
 #include "openhost/values/Text.h"
-#include "openhost/values/TextFormats.h"
 
 namespace openhost {
 
@@ -45,7 +43,7 @@ ASText FromInt32(ASInt32 number) { return NewText(std::to_string(number)); }
 
 ASText FromUns32(ASUns32 number) { return NewText(std::to_string(number)); }
 
-ASText Dup(ASConstText text) { return DupText(TextAt(text)); }
+ASText DuplicateText(ASConstText text) { return DupText(TextAt(text)); }
 
 void SetUnicode(ASText text, const ASUTF16Val* ucs, ASUnicodeFormat format)
 {
@@ -136,7 +134,7 @@ void HOSTCALL CatMany(ASText to, ...)
     if (raised != 0) Part<CFrames>().LeaveThroughTop();
 }
 
-void Copy(ASText to, ASConstText from) { TextAt(to).CopyFrom(TextAt(from)); }
+void CopyText(ASText to, ASConstText from) { TextAt(to).CopyFrom(TextAt(from)); }
 
 ASInt32 Compare(ASConstText one, ASConstText other)
 {
@@ -175,7 +173,7 @@ ASBool IsEmpty(ASConstText text) { return TextAt(text).IsEmpty(); }
 
 void NormalizeLineEnds(ASText text) { TextAt(text).Set(WithSystemLineEnds(TextAt(text).Utf16())); }
 
-void MakeEmpty(ASText text) { TextAt(text).Set({}); }
+void EmptyText(ASText text) { TextAt(text).Set({}); }
 
 /// For texts that must not linger in memory.
 void MakeEmptyAndClear(ASText text)
@@ -230,7 +228,7 @@ void OfferMakers(CTables& tables)
     OFFER(tables, ASExtra, ASTextFromSizedPDText, FromSizedPdText);
     OFFER(tables, ASExtra, ASTextFromInt32, FromInt32);
     OFFER(tables, ASExtra, ASTextFromUns32, FromUns32);
-    OFFER(tables, ASExtra, ASTextDup, Dup);
+    OFFER(tables, ASExtra, ASTextDup, DuplicateText);
     OFFER(tables, ASExtra, ASTextDestroy, DestroyText);
 }
 
@@ -246,11 +244,11 @@ void OfferSetters(CTables& tables)
     OFFER(tables, ASExtra, ASTextSetSizedPDText, SetSizedPdText);
     OFFER(tables, ASExtra, ASTextSetCountry, SetCountry);
     OFFER(tables, ASExtra, ASTextSetLanguage, SetLanguage);
-    OFFER(tables, ASExtra, ASTextMakeEmpty, MakeEmpty);
+    OFFER(tables, ASExtra, ASTextMakeEmpty, EmptyText);
     OFFER(tables, ASExtra, ASTextMakeEmptyClear, MakeEmptyAndClear);
     OFFER(tables, ASExtra, ASTextCat, Cat);
     tables.PutTyped<ASTextCatManySlotProc>(Table::ASExtra, kSlotASTextCatMany, &CatMany);
-    OFFER(tables, ASExtra, ASTextCopy, Copy);
+    OFFER(tables, ASExtra, ASTextCopy, CopyText);
     OFFER(tables, ASExtra, ASTextReplace, Replace);
     OFFER(tables, ASExtra, ASTextReplaceASCII, ReplaceAscii);
     OFFER(tables, ASExtra, ASTextReplaceBadChars, ReplaceBadChars);

@@ -1,8 +1,8 @@
 #include "supervisor/journal/Journal.h"
 
-#include "protocol/Json.h"
-
 #include <utility>
+
+#include "protocol/Json.h"
 
 using platform::FileResult;
 

@@ -1,18 +1,18 @@
 // The journal of a shard: what was going to be done for good and what became of each file. See docs/runs.md.
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "base/Expected.h"
 #include "platform/Files.h"
 #include "platform/HeldFiles.h"
 #include "protocol/Messages.h"
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/LineReader.h"
-
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
 
 /// Something that a worker was allowed to do for good.
 using Intent = IntendedAct;

@@ -1,10 +1,10 @@
 #include "supervisor/journal/JournalIndex.h"
 
-#include "base/Names.h"
-
 #include <algorithm>
 #include <functional>
 #include <utility>
+
+#include "base/Names.h"
 
 namespace {
 

@@ -1,15 +1,15 @@
 // What a journal says about where its shard stands.
 #pragma once
 
-#include "supervisor/RunObserver.h"
-#include "supervisor/journal/Journal.h"
-
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "supervisor/RunObserver.h"
+#include "supervisor/journal/Journal.h"
 
 struct DonePlace {
     std::uint64_t offset = 0;  ///< in its journal

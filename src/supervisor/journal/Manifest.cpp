@@ -1,9 +1,9 @@
 #include "supervisor/journal/Manifest.h"
 
+#include <utility>
+
 #include "platform/FileProblem.h"
 #include "protocol/Json.h"
-
-#include <utility>
 
 namespace {
 

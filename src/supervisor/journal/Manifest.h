@@ -1,18 +1,18 @@
 // The manifest: what a plan has decided, one line for each file. See docs/runs.md.
 #pragma once
 
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "base/Expected.h"
 #include "platform/AtomicFile.h"
 #include "platform/Files.h"
 #include "protocol/RunDescription.h"
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/LineReader.h"
-
-#include <cstdint>
-#include <cstdio>
-#include <optional>
-#include <string>
-#include <vector>
 
 struct ManifestHeader {
     RunOrder order = {};  ///< what workers get to do

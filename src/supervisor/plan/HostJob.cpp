@@ -1,10 +1,10 @@
 #include "supervisor/plan/HostJob.h"
 
-#include "platform/ThisProcess.h"
-#include "protocol/Messages.h"
-
 #include <utility>
 #include <variant>
+
+#include "platform/ThisProcess.h"
+#include "protocol/Messages.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // One start of the host for a job without files from us.
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "supervisor/Supervisor.h"
 #include "supervisor/workers/Worker.h"
 #include "supervisor/workers/WorkerLog.h"
-
-#include <functional>
-#include <string>
 
 struct HostJobResult {
     JobResult job = {};

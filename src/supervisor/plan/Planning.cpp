@@ -1,5 +1,12 @@
 #include "supervisor/plan/Planning.h"
 
+#include <algorithm>
+#include <functional>
+#include <random>
+#include <string>
+#include <unordered_set>
+#include <utility>
+
 #include "platform/FileDigest.h"
 #include "platform/Files.h"
 #include "protocol/Json.h"
@@ -7,13 +14,6 @@
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/journal/Manifest.h"
 #include "supervisor/plan/HostJob.h"
-
-#include <algorithm>
-#include <functional>
-#include <random>
-#include <string>
-#include <unordered_set>
-#include <utility>
 
 namespace {
 

@@ -1,6 +1,8 @@
 // Lets a host collect the files of a run and writes the manifest.
 #pragma once
 
+#include <string>
+
 #include "base/Expected.h"
 #include "supervisor/RunObserver.h"
 #include "supervisor/RunOptions.h"
@@ -8,8 +10,6 @@
 #include "supervisor/journal/Manifest.h"
 #include "supervisor/results/OutputGuard.h"
 #include "supervisor/workers/Worker.h"
-
-#include <string>
 
 /// When the plan could not read some folders, plans once more and adds what is new behind the files that the manifest
 /// has: neither those nor results of the run count as new. Fails: the manifest stays as it is, with a warning.

@@ -1,16 +1,16 @@
 // What comes of the files of a run or shard: journal, counts, progress, and the way to log and record.
 #pragma once
 
-#include "supervisor/RunObserver.h"
-#include "supervisor/journal/Journal.h"
-#include "supervisor/journal/JournalIndex.h"
-
 #include <array>
 #include <functional>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "supervisor/RunObserver.h"
+#include "supervisor/journal/Journal.h"
+#include "supervisor/journal/JournalIndex.h"
 
 /// Puts what is done in any order into input order: passes each outcome on as soon as those of all earlier files are
 /// known. Waiting ones are read again from their journal, so they take no memory. Everything is borrowed.

@@ -1,13 +1,13 @@
 #include "supervisor/results/OutputGuard.h"
 
-#include "base/Names.h"
-#include "platform/NarrowText.h"
-
 #include <algorithm>
 #include <array>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+
+#include "base/Names.h"
+#include "platform/NarrowText.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 // Files that a run writes under names that somebody typed: none of them may cost a file that is something else.
 #pragma once
 
-#include "platform/Files.h"
-#include "protocol/RunDescription.h"
-#include "supervisor/RunObserver.h"
-
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/Files.h"
+#include "protocol/RunDescription.h"
+#include "supervisor/RunObserver.h"
 
 enum class OutputKind { Record, Manifest, Journal, Log };
 

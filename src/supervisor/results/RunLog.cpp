@@ -1,9 +1,9 @@
 #include "supervisor/results/RunLog.h"
 
+#include <cstdio>
+
 #include "platform/FileProblem.h"
 #include "protocol/FileRecord.h"
-
-#include <cstdio>
 
 platform::FileResult CRecordWriter::Open(const std::string& path)
 {

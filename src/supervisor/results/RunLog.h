@@ -1,14 +1,14 @@
 // The user's log as a run over many files writes it.
 #pragma once
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "common/Log.h"
 #include "platform/Files.h"
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/Journal.h"
-
-#include <optional>
-#include <string>
-#include <vector>
 
 /// A file that can be read while it grows.
 class CRecordWriter {

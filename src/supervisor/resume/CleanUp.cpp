@@ -1,11 +1,11 @@
 #include "supervisor/resume/CleanUp.h"
 
+#include <set>
+
 #include "base/Names.h"
 #include "platform/AtomicFile.h"
 #include "platform/Files.h"
 #include "supervisor/resume/ResumePoint.h"
-
-#include <set>
 
 namespace {
 

@@ -1,12 +1,12 @@
 // What an interrupted run has left on disk.
 #pragma once
 
+#include <set>
+#include <string>
+
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/resume/ResumePoint.h"
-
-#include <set>
-#include <string>
 
 /// Removes the regular files in these folders, not below them, whose names begin with `prefix`; answers how many.
 int RemoveTemporaries(const std::set<std::string>& folders, const std::string& prefix);

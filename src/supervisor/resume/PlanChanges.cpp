@@ -1,11 +1,11 @@
 #include "supervisor/resume/PlanChanges.h"
 
+#include <algorithm>
+
 #include "base/Names.h"
 #include "base/Text.h"
 #include "platform/FileDigest.h"
 #include "supervisor/journal/JournalIndex.h"
-
-#include <algorithm>
 
 namespace {
 

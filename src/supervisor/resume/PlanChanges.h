@@ -1,10 +1,10 @@
 // Whether a run that is to be gone on with is still the one that was planned. See docs/runs.md.
 #pragma once
 
+#include <string>
+
 #include "supervisor/RunOptions.h"
 #include "supervisor/journal/Manifest.h"
-
-#include <string>
 
 /// A sentence when a file of the work has not the content that was planned with, or is gone; empty when all is well,
 /// and when the plan does not know.

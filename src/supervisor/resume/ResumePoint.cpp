@@ -1,10 +1,10 @@
 #include "supervisor/resume/ResumePoint.h"
 
-#include "platform/FileDigest.h"
-#include "platform/Files.h"
-
 #include <algorithm>
 #include <utility>
+
+#include "platform/FileDigest.h"
+#include "platform/Files.h"
 
 RunFacts ReadRunFacts(const ManifestHeader& manifest)
 {

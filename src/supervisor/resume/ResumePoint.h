@@ -1,14 +1,14 @@
 // Decides from what is on disk how far a file got whose worker is gone.
 #pragma once
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/Journal.h"
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/journal/Manifest.h"
-
-#include <optional>
-#include <string>
-#include <vector>
 
 enum class Left {
     Everything,   ///< the file is as it was, and nothing was written for it that has to stay

@@ -1,8 +1,6 @@
 // Files whose names meet those of others: handed out one at a time, and kept from being replaced.
 #pragma once
 
-#include "supervisor/RunObserver.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -11,6 +9,8 @@
 #include <string>
 #include <unordered_set>
 #include <vector>
+
+#include "supervisor/RunObserver.h"
 
 /// Streams through the files in input order. Files of one group are handed out one at a time, in order; a file whose
 /// group is in hand is held back, and at most `lookahead` files are.

@@ -1,10 +1,10 @@
 #include "supervisor/workers/FilesForWorkers.h"
 
-#include "platform/FileDigest.h"
-#include "platform/Files.h"
-
 #include <algorithm>
 #include <utility>
+
+#include "platform/FileDigest.h"
+#include "platform/Files.h"
 
 namespace {
 

@@ -1,14 +1,6 @@
 // Files on their way to workers: what an earlier start of the run has left of them, and whether they changed.
 #pragma once
 
-#include "supervisor/RunObserver.h"
-#include "supervisor/journal/JournalIndex.h"
-#include "supervisor/results/OutcomeRecorder.h"
-#include "supervisor/resume/ResumePoint.h"
-#include "supervisor/workers/FileGroups.h"
-#include "supervisor/workers/PretendedActs.h"
-#include "supervisor/workers/Worker.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -17,6 +9,14 @@
 #include <optional>
 #include <string>
 #include <unordered_set>
+
+#include "supervisor/RunObserver.h"
+#include "supervisor/journal/JournalIndex.h"
+#include "supervisor/results/OutcomeRecorder.h"
+#include "supervisor/resume/ResumePoint.h"
+#include "supervisor/workers/FileGroups.h"
+#include "supervisor/workers/PretendedActs.h"
+#include "supervisor/workers/Worker.h"
 
 class CFilesForWorkers {
 public:

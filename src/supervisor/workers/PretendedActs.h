@@ -1,12 +1,12 @@
 // What a trial run would have made of the disk.
 #pragma once
 
-#include "supervisor/journal/Journal.h"
-
 #include <optional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+
+#include "supervisor/journal/Journal.h"
 
 class CPretendedActs {
 public:

@@ -1,16 +1,16 @@
 #include "supervisor/workers/RunLoop.h"
 
-#include "base/Names.h"
-#include "platform/AtomicFile.h"
-#include "platform/Clock.h"
-#include "platform/ThisProcess.h"
-#include "supervisor/resume/CleanUp.h"
-
 #include <algorithm>
 #include <set>
 #include <type_traits>
 #include <utility>
 #include <variant>
+
+#include "base/Names.h"
+#include "platform/AtomicFile.h"
+#include "platform/Clock.h"
+#include "platform/ThisProcess.h"
+#include "supervisor/resume/CleanUp.h"
 
 using platform::MonotonicMilliseconds;
 

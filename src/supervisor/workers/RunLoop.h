@@ -1,6 +1,11 @@
 // Hands files to workers until none is left, and deals with what becomes of the workers.
 #pragma once
 
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
 #include "platform/ChildProcess.h"
 #include "protocol/Messages.h"
 #include "supervisor/results/OutcomeRecorder.h"
@@ -9,11 +14,6 @@
 #include "supervisor/workers/FilesForWorkers.h"
 #include "supervisor/workers/PretendedActs.h"
 #include "supervisor/workers/Worker.h"
-
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
 enum class LoopEnd { Finished, Stopped, Broken };
 

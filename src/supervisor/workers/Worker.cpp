@@ -1,15 +1,15 @@
 #include "supervisor/workers/Worker.h"
 
-#include "base/Names.h"
-#include "platform/Files.h"
-#include "platform/NarrowText.h"
-#include "platform/Paths.h"
-
 #include <array>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <utility>
+
+#include "base/Names.h"
+#include "platform/Files.h"
+#include "platform/NarrowText.h"
+#include "platform/Paths.h"
 
 ProductPaths UserPaths() { return MakeProductPaths(platform::ApplicationDataFolder()); }
 

@@ -1,14 +1,6 @@
 // One worker: an open host that pulls files.
 #pragma once
 
-#include "common/ProductPaths.h"
-#include "platform/ChildProcess.h"
-#include "platform/Files.h"
-#include "supervisor/RunOptions.h"
-#include "supervisor/journal/JournalIndex.h"
-#include "supervisor/resume/ResumePoint.h"
-#include "supervisor/workers/WorkerLog.h"
-
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -16,6 +8,14 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "common/ProductPaths.h"
+#include "platform/ChildProcess.h"
+#include "platform/Files.h"
+#include "supervisor/RunOptions.h"
+#include "supervisor/journal/JournalIndex.h"
+#include "supervisor/resume/ResumePoint.h"
+#include "supervisor/workers/WorkerLog.h"
 
 /// Where the user has settings and log.
 [[nodiscard]] ProductPaths UserPaths();

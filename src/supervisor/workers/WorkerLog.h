@@ -1,14 +1,14 @@
 // Cuts the private log of a worker into the parts of its files.
 #pragma once
 
-#include "protocol/Messages.h"
-#include "supervisor/journal/LineReader.h"
-
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "protocol/Messages.h"
+#include "supervisor/journal/LineReader.h"
 
 struct LogBlock {
     std::vector<std::string> lines = {};               ///< bytes, without number and line end

@@ -1,13 +1,12 @@
-#include "base/Text.h"
-
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <random>
+
+#include <gtest/gtest.h>
 
 #include "base/Base64.h"
 #include "base/LineSplitter.h"
 #include "base/Sha256.h"
+#include "base/Text.h"
 #include "platform/FileDigest.h"
 #include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"

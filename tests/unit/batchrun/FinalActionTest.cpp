@@ -1,14 +1,14 @@
-#include "base/Names.h"
-#include "batchrun/FinalAction.h"
-
-#include "platform/Files.h"
-#include "support/MemoryLog.h"
-#include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
 #include <chrono>
 #include <filesystem>
 #include <thread>
+
+#include <gtest/gtest.h>
+
+#include "base/Names.h"
+#include "batchrun/FinalAction.h"
+#include "platform/Files.h"
+#include "support/MemoryLog.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 

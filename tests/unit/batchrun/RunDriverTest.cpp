@@ -1,10 +1,10 @@
-#include "batchrun/RunDriver.h"
-
-#include "support/MemoryLog.h"
-#include "support/TemporaryFolder.h"
+#include <stdexcept>
 
 #include <gtest/gtest.h>
-#include <stdexcept>
+
+#include "batchrun/RunDriver.h"
+#include "support/MemoryLog.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 

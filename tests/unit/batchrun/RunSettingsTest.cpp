@@ -1,10 +1,10 @@
-#include "batchrun/RunSettings.h"
-#include "batchrun/StartupReader.h"
-
-#include "support/MemoryLog.h"
+#include <map>
 
 #include <gtest/gtest.h>
-#include <map>
+
+#include "batchrun/RunSettings.h"
+#include "batchrun/StartupReader.h"
+#include "support/MemoryLog.h"
 
 namespace {
 

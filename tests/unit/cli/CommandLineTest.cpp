@@ -1,13 +1,12 @@
 // From typed words to what is done: options, the description of a run, logs.
-#include "cli/CommandLine.h"
-
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
+#include <gtest/gtest.h>
+
 #include "cli/CommandError.h"
+#include "cli/CommandLine.h"
 #include "cli/LogCommand.h"
 #include "cli/RunArguments.h"
 #include "platform/HeldFiles.h"

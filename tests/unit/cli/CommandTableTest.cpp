@@ -1,13 +1,12 @@
-#include "cli/CommandTable.h"
-
-#include <gtest/gtest.h>
-
 #include <map>
 #include <set>
 #include <sstream>
 
+#include <gtest/gtest.h>
+
 #include "base/Text.h"
 #include "cli/Arguments.h"
+#include "cli/CommandTable.h"
 #include "cli/Completions.h"
 #include "cli/Help.h"
 #include "cli/ManPage.h"

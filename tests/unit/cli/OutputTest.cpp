@@ -1,9 +1,8 @@
 // What people see of a run and of sequences: progress, summary, steps and findings.
+#include <sstream>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <sstream>
-#include "protocol/Json.h"
 
 #include "cli/CommandError.h"
 #include "cli/Console.h"
@@ -12,6 +11,7 @@
 #include "cli/RunPrinter.h"
 #include "cli/SequenceCommands.h"
 #include "cli/Summary.h"
+#include "protocol/Json.h"
 #include "support/TemporaryFolder.h"
 
 using testing::HasSubstr;

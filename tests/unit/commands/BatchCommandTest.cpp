@@ -1,4 +1,9 @@
 // The plug-in's steps as the host's command layer drives them.
+#include <algorithm>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
 #include "commands/CatalogCommands.h"
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Commands.h"
@@ -8,11 +13,6 @@
 #include "openhost/commands/Commands.h"
 #include "openhost/core/Atoms.h"
 #include "support/PlugInHost.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <fstream>
 #ifndef _WIN32
 #include <sys/stat.h>
 #endif

@@ -1,9 +1,9 @@
-#include "commands/SecuritySettings.h"
+#include <functional>
+#include <string>
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <string>
+#include "commands/SecuritySettings.h"
 
 namespace {
 

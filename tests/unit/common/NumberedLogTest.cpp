@@ -1,12 +1,11 @@
-#include "common/Log.h"
-
-#include "support/MemoryLog.h"
-#include "support/TemporaryFolder.h"
+#include <climits>
+#include <regex>
 
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <regex>
+#include "common/Log.h"
+#include "support/MemoryLog.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 
@@ -41,6 +40,25 @@ TEST(Log, EntriesHaveTheirFixedFormAndCannotForgeALine)
     EXPECT_TRUE(
         std::regex_match(log.lines.back(), std::regex("\tStarted : \\d\\d/\\d\\d/\\d{4} , \\d\\d:\\d\\d:\\d\\d")))
         << log.lines.back();
+}
+
+TEST_F(NumberedLog, IsReadAndClearedAndTakesTheMachinesMemory)
+{
+    ASSERT_TRUE(m_log.Open(m_path, false));
+    EXPECT_FALSE(m_log.MemoryUsage(1, true));
+    m_log.Separator();
+    ASSERT_TRUE(m_log.SeekBegin());
+    const std::string text = std::regex_replace(m_log.ReadText(100'000).value_or(""), std::regex(" : \\d+"), " : #");
+    EXPECT_EQ(text.substr(sizeof kStart - 1),
+              "2: \tGlobal memory usage : \r\n"
+              "3: \t\tTotal physical memory (MB)  : #\r\n4: \t\tTotal virtual memory (MB)  : #\r\n"
+              "5: \t\tTotal page file (MB)  : #\r\n6: \t\tMemory load (percents)  : #\r\n"
+              "7: \t\tAvailable physical memory (MB)  : #\r\n8: \t\tAvailable virtual memory (MB)  : #\r\n"
+              "9: \t\tAvailable page file memory (MB)  : #\r\n10: " +
+                  std::string(76, '-') + "\r\n");
+    EXPECT_EQ(m_log.ReadText(1), std::nullopt);
+    ASSERT_TRUE(m_log.Clear());
+    EXPECT_EQ(FileBytes(m_path), std::string(kStart));
 }
 
 TEST_F(NumberedLog, ARunIsWrittenLineByLineBehindWhatIsThere)

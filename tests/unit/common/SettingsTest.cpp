@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <filesystem>
 #include <limits>
+
+#include <gtest/gtest.h>
 
 #include "common/SettingsFile.h"
 #include "common/SettingsRecord.h"

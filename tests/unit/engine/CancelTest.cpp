@@ -1,4 +1,8 @@
 // Runs that somebody cancels, with the steps of the plug-in's engine in the open host.
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
 #include "common/Progress.h"
 #include "engine/Executor.h"
 #include "engine/SequenceWork.h"
@@ -10,10 +14,6 @@
 #include "sequence/XmlForm.h"
 #include "support/MemoryLog.h"
 #include "support/PlugInHost.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace {
 

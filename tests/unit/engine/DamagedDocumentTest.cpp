@@ -1,14 +1,14 @@
 // Runs over a document of which the host says that something is lost.
+#include <map>
+
+#include <gtest/gtest.h>
+
 #include "batchrun/RunDriver.h"
 #include "hostapi/HostInterface.h"
 #include "hostapi/JobsTable.h"
 #include "hostcalls/HostTables.h"
 #include "support/MemoryLog.h"
 #include "support/PlugInHost.h"
-
-#include <gtest/gtest.h>
-
-#include <map>
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "base/Names.h"
-#include "engine/InputCollector.h"
-
-#include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
 #include <algorithm>
 #include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "base/Names.h"
+#include "engine/InputCollector.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 

@@ -1,12 +1,11 @@
-#include "host/AppSettings.h"
-
-#include "common/SettingsFile.h"
-#include "support/MemoryLog.h"
-#include "support/TemporaryFolder.h"
+#include <vector>
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include "common/SettingsFile.h"
+#include "host/AppSettings.h"
+#include "support/MemoryLog.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 

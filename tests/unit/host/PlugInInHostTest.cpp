@@ -1,4 +1,9 @@
 // The plug-in as the host sees it, from loading to unloading.
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
 #include "base/Names.h"
 #include "base/Text.h"
 #include "common/SettingsFile.h"
@@ -9,11 +14,6 @@
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "support/PlugInHost.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
 
 namespace {
 

@@ -1,12 +1,11 @@
-#include "pdflib/AcrobatDoc.h"
+#include <functional>
 
 #include "hostapi/HostInterface.h"
 #include "hostcalls/Documents.h"
 #include "hostcalls/HostFrame.h"
+#include "pdflib/AcrobatDoc.h"
 #include "unit/hostcalls/HostedCalls.h"
 #include "unit/openhost_pdf/TestPdfs.h"
-
-#include <functional>
 
 namespace {
 

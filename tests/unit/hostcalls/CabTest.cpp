@@ -1,15 +1,14 @@
-#include "hostcalls/Cab.h"
+#include <functional>
 
 #include "base/Names.h"
 #include "common/SettingsRecord.h"
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
+#include "hostcalls/Cab.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
 #include "openhost/files/FilePaths.h"
 #include "unit/hostcalls/HostedCalls.h"
-
-#include <functional>
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "unit/hostcalls/HandMadeHost.h"
 
-#include "hostapi/HostInterface.h"
-
 #include <cstdlib>
 #include <cstring>
+
+#include "hostapi/HostInterface.h"
 
 namespace {
 

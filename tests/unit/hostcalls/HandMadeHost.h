@@ -1,12 +1,12 @@
 // A host of a few functions, made by hand: frames that are counted, atoms, tables with versions, error texts.
 #pragma once
 
-#include "hostapi/HostTypes.h"
-
 #include <array>
 #include <map>
 #include <string>
 #include <vector>
+
+#include "hostapi/HostTypes.h"
 
 /// One at a time; its tables work as long as it lives.
 class CHandMadeHost {

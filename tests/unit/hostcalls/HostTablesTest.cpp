@@ -1,11 +1,10 @@
-#include "hostcalls/HostTables.h"
+#include <gtest/gtest.h>
 
 #include "hostapi/HostErrors.h"
 #include "hostapi/JobsTable.h"
+#include "hostcalls/HostTables.h"
 #include "hostcalls/Jobs.h"
 #include "unit/hostcalls/HandMadeHost.h"
-
-#include <gtest/gtest.h>
 
 // Which tables are wanted, in which order and versions: tests/loader asks the built plug-in.
 

@@ -1,6 +1,10 @@
 // The typed calls over the real open host: values, files, documents and views.
 #pragma once
 
+#include <sstream>
+
+#include <gtest/gtest.h>
+
 #include "hostcalls/HostTables.h"
 #include "openhost/app/Slots.h"
 #include "openhost/core/Memory.h"
@@ -14,10 +18,6 @@
 #include "openhost/values/Slots.h"
 #include "openhost/values/Text.h"
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <sstream>
 
 /// A host with its tables imported and a folder for files. At the end of each test nothing may be open or left.
 class CHostedCalls : public testing::Test {

@@ -1,14 +1,14 @@
 // Raises and exceptions between plug-in, host and callbacks of the plug-in. On every way each object is destroyed
 // once.
+#include <functional>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
 #include "hostapi/HostInterface.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostTables.h"
 #include "unit/hostcalls/HandMadeHost.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <stdexcept>
 
 namespace {
 

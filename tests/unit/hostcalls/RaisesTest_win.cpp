@@ -1,13 +1,13 @@
 // A raise between frames of another compiler: they are unwound once each, and only those that the raise leaves.
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
 #include "hostapi/HostInterface.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostTables.h"
 #include "unit/hostcalls/ForeignFrame_win.h"
 #include "unit/hostcalls/HandMadeHost.h"
-
-#include <gtest/gtest.h>
-
-#include <stdexcept>
 
 namespace {
 

@@ -1,14 +1,15 @@
 // The files of a run: which are planned, what names they touch, and which of them must not meet.
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
 #include "base/Names.h"
 #include "engine/SequencePlanning.h"
 #include "jobs/PlannedFiles.h"
 #include "jobs/TouchedNames.h"
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
-#include <algorithm>
-#include <chrono>
-#include <filesystem>
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "jobs/SafetyRules.h"
-
-#include "engine/SequencePlanning.h"
-#include "sequence/Sequence.h"
-#include "support/TemporaryFolder.h"
+#include <functional>
 
 #include <gtest/gtest.h>
-#include <functional>
+
+#include "engine/SequencePlanning.h"
+#include "jobs/SafetyRules.h"
+#include "sequence/Sequence.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
 // What an application has: idle procedures, notifications, alerts, menus and views.
 #include <functional>
 
-#include "openhost/app/IdleProcedures.h"
+#include "openhost/app/Alerts.h"
+#include "openhost/app/Events.h"
 #include "openhost/app/Menus.h"
-#include "openhost/app/Notifications.h"
-#include "openhost/app/Progress.h"
 #include "openhost/app/Views.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"

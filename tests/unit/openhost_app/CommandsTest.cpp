@@ -1,8 +1,7 @@
-#include "openhost/commands/Commands.h"
-
 #include <functional>
 #include <map>
 
+#include "openhost/commands/Commands.h"
 #include "openhost/commands/Handlers.h"
 #include "unit/openhost_app/HostFixture.h"
 
@@ -147,7 +146,7 @@ TEST_F(Commands, ARecordMayEndBehindAnyCallbackAndWhatFollowsIsNotRead)
                                  "GetParams",  "GetProps",  "ShowDialog",       "Work",    "Cancel",  "Reset"};
     const std::map<std::string, int> untouched = {{"Work", kAVCommandNotExecuted}, {"Cancel", kAVCommandCanceled}};
     for (std::size_t index = 0; index < std::size(names); ++index) {
-        for (const std::size_t missing : {0, 1}) {
+        for (const std::size_t missing : {0u, 1u}) {
             const std::size_t callbacks = index + 1 - missing;
             handler.size = offsetof(AVCommandHandlerRec, Initialize) + (index + 1) * sizeof(void*) - missing;
             script.calls.clear();

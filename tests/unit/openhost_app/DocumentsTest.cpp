@@ -1,7 +1,6 @@
-#include "openhost/documents/Documents.h"
-
 #include <functional>
 
+#include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "openhost/files/Files.h"
 #include "support/RefusingOverseer.h"

@@ -1,10 +1,9 @@
-#ifndef FERRULE_TESTS_OPENHOST_APP_HOST_FIXTURE_H
-#define FERRULE_TESTS_OPENHOST_APP_HOST_FIXTURE_H
-
-#include <gtest/gtest.h>
+#pragma once
 
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "openhost/app/AppState.h"
 #include "openhost/app/Slots.h"
@@ -65,5 +64,3 @@ ASErrorCode RaisedBy(Call call)
 }
 
 #define EXPECT_REFUSED(...) EXPECT_EQ(RaisedBy([&] { __VA_ARGS__; }), genErrBadParm)
-
-#endif

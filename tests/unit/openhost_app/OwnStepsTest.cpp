@@ -2,8 +2,7 @@
 
 #include "base/Text.h"
 #include "openhost/commands/Commands.h"
-#include "openhost/commands/LocalNumbers.h"
-#include "openhost/commands/ZoomNames.h"
+#include "openhost/commands/LocalNames.h"
 #include "openhost/documents/Documents.h"
 #include "support/TemporaryFolder.h"
 #include "unit/openhost_app/HostFixture.h"

@@ -1,16 +1,14 @@
 // The program: loading plug-ins, the loop, exit codes, the command line.
-#include <gtest/gtest.h>
-
 #include <functional>
 
+#include <gtest/gtest.h>
+
 #include "base/Names.h"
-#include "openhost/app/IdleProcedures.h"
+#include "openhost/app/Events.h"
 #include "openhost/app/Menus.h"
 #include "openhost/core/Extensions.h"
 #include "openhost/program/CommandLine.h"
-#include "openhost/program/EventLoop.h"
 #include "openhost/program/OpenHost.h"
-#include "openhost/program/PasswordFile.h"
 #include "platform/Files.h"
 #include "support/InProcessPlugIn.h"
 #include "support/TemporaryFolder.h"

@@ -1,10 +1,10 @@
 // The lowest level of the open host, used the way a plug-in uses it: through the entries of the tables.
-#include <gtest/gtest.h>
-
 #include <csetjmp>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Diagnostics.h"

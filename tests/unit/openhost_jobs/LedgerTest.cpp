@@ -1,9 +1,8 @@
-#include "openhost/jobs/Ledger.h"
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
+#include "openhost/jobs/Jobs.h"
 #include "support/TemporaryFolder.h"
 
 using namespace openhost;

@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "openhost/jobs/LineStream.h"
+#include "openhost/jobs/WorkerLink.h"
 #include "platform/ThisProcess.h"
 
 namespace {

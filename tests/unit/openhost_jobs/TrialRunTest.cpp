@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <map>
+
+#include <gtest/gtest.h>
 
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
@@ -98,7 +98,7 @@ TEST_F(TrialRun, FilesOfPlugInsAreNotWritten)
 {
     const ASPathName path = NewPath(folder / "new.txt");
     ASFile file = nullptr;
-    EXPECT_EQ(HOST(AcroSupport, ASFileSysOpenFile, nullptr, path, ASFILE_WRITE | ASFILE_CREATE, &file),
+    EXPECT_EQ(HOST(AcroSupport, ASFileSysOpenFile, nullptr, path, ASFileMode{ASFILE_WRITE | ASFILE_CREATE}, &file),
               fileErrWrPerm);
     EXPECT_NE(SaidAll().find("trial run"), std::string::npos);
     EXPECT_EQ(HOST(AcroSupport, ASFileSysCreateFolder, nullptr, path, true), fileErrWrPerm);

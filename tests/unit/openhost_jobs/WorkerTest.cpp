@@ -1,11 +1,12 @@
 // A worker as its supervisor sees it: its lines, what it asks and tells, and the host around it.
 #include <fcntl.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 
+#include <gtest/gtest.h>
+
 #include "base/Overseer.h"
-#include "openhost/jobs/RecordFile.h"
+#include "openhost/jobs/RunRecord.h"
 #include "openhost/jobs/WorkerLink.h"
 #include "openhost/program/OpenHost.h"
 #include "platform/AtomicFile.h"

@@ -1,10 +1,8 @@
-#include "openhost/pdf/Conversions.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "TestPdfs.h"
-#include "openhost/pdf/JpegHeader.h"
+#include "openhost/pdf/Conversions.h"
 #include "support/TemporaryFolder.h"
 
 using namespace openhost;

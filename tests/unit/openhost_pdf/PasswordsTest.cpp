@@ -1,7 +1,7 @@
-#include "openhost/pdf/Passwords.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "openhost/pdf/Passwords.h"
 
 using namespace openhost;
 

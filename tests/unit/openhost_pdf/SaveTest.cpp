@@ -1,9 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <fstream>
 #include <map>
 #include <optional>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "TestPdfs.h"
 #include "Tools.h"

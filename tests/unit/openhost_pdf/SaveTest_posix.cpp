@@ -1,9 +1,10 @@
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
+
+#include <gtest/gtest.h>
 
 #include "TestPdfs.h"
 

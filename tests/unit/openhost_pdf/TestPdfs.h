@@ -1,13 +1,12 @@
-#ifndef FERRULE_TESTS_OPENHOST_PDF_TEST_PDFS_H
-#define FERRULE_TESTS_OPENHOST_PDF_TEST_PDFS_H
-
-#include <gtest/gtest.h>
+#pragma once
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "openhost/pdf/PdfDocument.h"
 #include "support/TemporaryFolder.h"
@@ -104,5 +103,3 @@ inline openhost::PdfOpenOptions WithPassword(const std::string& utf8,
 {
     return {.authorise = [=](openhost::CPdfDocument& document) { return document.Authorize(utf8, wanted); }};
 }
-
-#endif

@@ -1,9 +1,8 @@
-#include "openhost/pdf/Xmp.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "TestPdfs.h"
+#include "openhost/pdf/Xmp.h"
 #include "support/TemporaryFolder.h"
 
 using namespace openhost;

@@ -160,7 +160,7 @@ TEST_F(Streams, BytesSurviveWritingAndReadingThroughEveryBufferSize)
 {
     std::string text;
     for (int line = 0; line < 5000; ++line) text += std::to_string(line) + "\n";
-    for (const ASSmallBufferSize bufferSize : {0, 1, 7, 4096, 65535}) {
+    for (const ASSmallBufferSize bufferSize : std::initializer_list<ASSmallBufferSize>{0, 1, 7, 4096, 65535}) {
         SCOPED_TRACE(bufferSize);
         const ASFile out = Opened(folder / "a.txt", kCreate);
         const ASStm writing = SUPPORT(ASFileStmWrOpen)(out, bufferSize);

@@ -147,7 +147,8 @@ TEST_F(Texts, UnusableArgumentsRaise)
     EXTRA(ASTextDestroy)(gone);
     const ASUTF16Val zero = 0;
     for (const ASText none : {gone, ASText{}}) EXPECT_REFUSED(EXTRA(ASTextDestroy)(none));
-    for (const ASUnicodeFormat none : {5, -1}) EXPECT_REFUSED(EXTRA(ASTextFromUnicode)(&zero, none));
+    for (const ASUnicodeFormat none : std::initializer_list<ASUnicodeFormat>{5, -1})
+        EXPECT_REFUSED(EXTRA(ASTextFromUnicode)(&zero, none));
     EXPECT_REFUSED(EXTRA(ASTextFromUnicode)(nullptr, kUTF8));
     EXPECT_REFUSED(EXTRA(ASTextFromSizedUnicode)(&zero, kUTF8, -1));
     EXPECT_REFUSED(EXTRA(ASTextSetEncoded)(text, nullptr, 0));

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -6,6 +5,8 @@
 #include <optional>
 #include <tuple>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "platform/AtomicFile.h"
 #include "support/TemporaryFolder.h"

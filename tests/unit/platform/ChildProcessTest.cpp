@@ -1,7 +1,6 @@
-#include "platform/ChildProcess.h"
-
 #include <gtest/gtest.h>
 
+#include "platform/ChildProcess.h"
 #include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"
 #include "unit/platform/ChildStory.h"

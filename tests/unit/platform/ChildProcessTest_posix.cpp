@@ -1,7 +1,4 @@
-#include "platform/ChildProcess.h"
-
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +7,9 @@
 #include <fstream>
 #include <thread>
 
+#include <gtest/gtest.h>
+
+#include "platform/ChildProcess.h"
 #include "platform/ThisProcess.h"
 #include "support/TemporaryFolder.h"
 #include "unit/platform/ChildStory.h"

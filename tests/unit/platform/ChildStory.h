@@ -1,10 +1,10 @@
 // What tests of children share: watching one to its end, and children that do as they are told.
 #pragma once
 
-#include "platform/ChildProcess.h"
-
 #include <string>
 #include <vector>
+
+#include "platform/ChildProcess.h"
 
 inline constexpr int kPatience = 30'000;  // milliseconds; no test waits so long unless it fails
 

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <csignal>
+
+#include <gtest/gtest.h>
 
 #include "support/TemporaryFolder.h"
 #include "unit/platform/ChildStory.h"

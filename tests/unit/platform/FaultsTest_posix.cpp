@@ -1,11 +1,12 @@
 // Each file call of each service fails once with each error, and is once the last thing that the process does.
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+
+#include <gtest/gtest.h>
 
 #include "FileActs.h"
 #include "support/TemporaryFolder.h"

@@ -1,9 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <filesystem>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "MovingRows.h"
 #include "platform/FileProblem.h"

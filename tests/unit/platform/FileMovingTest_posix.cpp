@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,6 +6,8 @@
 #include <csignal>
 #include <filesystem>
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 #include "FileActs.h"
 #include "MovingRows.h"

@@ -1,9 +1,8 @@
-#include "platform/Windows_win.h"
-
 #include <gtest/gtest.h>
 
 #include "MovingRows.h"
 #include "platform/WideText_win.h"
+#include "platform/Windows_win.h"
 #include "support/TemporaryFolder.h"
 
 using platform::CopyFile;

@@ -1,8 +1,8 @@
-#include "platform/Files.h"
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include "platform/Files.h"
 #ifndef _WIN32
 #include <sys/stat.h>
 

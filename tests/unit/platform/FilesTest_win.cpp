@@ -1,10 +1,6 @@
-#include "platform/Windows_win.h"
-
-#include <aclapi.h>
-#include <gtest/gtest.h>
-#include <sddl.h>
-
 #include <filesystem>
+
+#include <gtest/gtest.h>
 
 #include "platform/AtomicFile.h"
 #include "platform/ChildProcess.h"
@@ -13,7 +9,11 @@
 #include "platform/HeldFiles.h"
 #include "platform/Paths.h"
 #include "platform/WideText_win.h"
+#include "platform/Windows_win.h"
 #include "support/TemporaryFolder.h"
+
+#include <aclapi.h>
+#include <sddl.h>
 
 using platform::CopyFile;
 using platform::Existing;

@@ -1,9 +1,8 @@
-#include "platform/HostWindow.h"
+#include <vector>
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
+#include "platform/HostWindow.h"
 #include "platform/Windows_win.h"
 
 namespace {

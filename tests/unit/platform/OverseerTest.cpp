@@ -1,11 +1,10 @@
-#include "base/Overseer.h"
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "FileActs.h"
 #include "ScriptedOverseer.h"
+#include "base/Overseer.h"
 #include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"

@@ -1,7 +1,4 @@
-#include "platform/Programs.h"
-
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -11,7 +8,10 @@
 #include <cerrno>
 #include <filesystem>
 
+#include <gtest/gtest.h>
+
 #include "ScriptedOverseer.h"
+#include "platform/Programs.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
-#include "platform/Programs.h"
-
 #include <gtest/gtest.h>
 
+#include "platform/Programs.h"
 #include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
 #include "support/TemporaryFolder.h"

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -7,6 +5,8 @@
 #include <filesystem>
 #include <string>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 #include "base/Names.h"
 #include "platform/Clock.h"

@@ -1,9 +1,8 @@
-#include "platform/WideText_win.h"
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
+#include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
 #include "support/TemporaryFolder.h"
 

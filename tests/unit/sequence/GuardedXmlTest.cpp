@@ -1,6 +1,6 @@
-#include "sequence/GuardedXml.h"
-
 #include <gtest/gtest.h>
+
+#include "sequence/GuardedXml.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
+#include <filesystem>
+
 #include "SequenceFixture.h"
 #include "hostcalls/Cab.h"
 #include "hostcalls/HostPath.h"
 #include "sequence/HostForm.h"
 #include "sequence/Sequence.h"
 #include "sequence/XmlForm.h"
-
-#include <filesystem>
 
 namespace {
 

@@ -1,12 +1,13 @@
 // Sequences for tests of the jobs on them, with the plug-in inside the open host.
 #pragma once
 
-#include "jobs/SequenceJobs.h"
-#include "support/PlugInHost.h"
+#include <string>
 
 #include <gtest/gtest.h>
-#include <string>
+
+#include "jobs/SequenceJobs.h"
 #include "protocol/Json.h"
+#include "support/PlugInHost.h"
 
 class CSequenceJobs : public testing::Test {
 protected:

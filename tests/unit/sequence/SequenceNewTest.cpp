@@ -1,8 +1,8 @@
+#include <filesystem>
+
 #include "SequenceFixture.h"
 #include "base/Names.h"
 #include "sequence/XmlForm.h"
-
-#include <filesystem>
 
 namespace {
 

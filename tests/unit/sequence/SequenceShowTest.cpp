@@ -1,8 +1,8 @@
+#include <algorithm>
+
 #include "SequenceFixture.h"
 #include "base/Names.h"
 #include "hostcalls/Cab.h"
-
-#include <algorithm>
 
 namespace {
 

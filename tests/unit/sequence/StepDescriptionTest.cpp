@@ -1,8 +1,7 @@
-#include "sequence/StepDescription.h"
-
-#include "sequence/StepSecrets.h"
-
 #include <gtest/gtest.h>
+
+#include "sequence/StepDescription.h"
+#include "sequence/StepSecrets.h"
 
 namespace {
 

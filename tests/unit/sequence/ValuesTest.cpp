@@ -1,8 +1,9 @@
-#include "sequence/Values.h"
-
-#include <gtest/gtest.h>
 #include <climits>
 #include <clocale>
+
+#include <gtest/gtest.h>
+
+#include "sequence/Values.h"
 
 namespace {
 

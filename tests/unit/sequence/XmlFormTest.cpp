@@ -1,12 +1,12 @@
-#include "sequence/XmlForm.h"
-
-#include "sequence/XmlAudit.h"
-#include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
 #include <filesystem>
 #include <limits>
 #include <optional>
+
+#include <gtest/gtest.h>
+
+#include "sequence/XmlAudit.h"
+#include "sequence/XmlForm.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 

@@ -3,6 +3,16 @@
 // It "processes" a file by writing its text in capitals. Words in a file's name make it misbehave: see Misbehave and
 // DieIfTold. The environment variable FAKE_KILL=N:PLACE makes it kill its supervisor when it comes to that place for
 // the Nth time; the count is kept in the file FAKE_COUNT.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <vector>
+
 #include "base/Names.h"
 #include "base/Text.h"
 #include "common/ProductPaths.h"
@@ -15,16 +25,6 @@
 #include "protocol/Json.h"
 #include "protocol/RunDescription.h"
 #include "support/TestProcess.h"
-
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 

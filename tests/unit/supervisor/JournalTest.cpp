@@ -1,12 +1,11 @@
-#include "supervisor/journal/Journal.h"
-
-#include "supervisor/journal/JournalIndex.h"
-#include "supervisor/journal/Manifest.h"
-#include "support/TemporaryFolder.h"
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include "supervisor/journal/Journal.h"
+#include "supervisor/journal/JournalIndex.h"
+#include "supervisor/journal/Manifest.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 

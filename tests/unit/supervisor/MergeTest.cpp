@@ -1,7 +1,7 @@
+#include <gtest/gtest.h>
+
 #include "supervisor/journal/Manifest.h"
 #include "unit/supervisor/RunPlace.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 

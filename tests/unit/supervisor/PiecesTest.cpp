@@ -1,9 +1,9 @@
 // Pieces of the supervisor by themselves: the queue, what workers log, how they end.
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <fstream>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "supervisor/results/OutcomeRecorder.h"
 #include "supervisor/workers/FilesForWorkers.h"

@@ -1,14 +1,13 @@
-#include "supervisor/resume/ResumePoint.h"
+#include <filesystem>
+#include <map>
+
+#include <gtest/gtest.h>
 
 #include "base/Names.h"
 #include "base/Sha256.h"
 #include "base/Text.h"
+#include "supervisor/resume/ResumePoint.h"
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <map>
 
 namespace {
 

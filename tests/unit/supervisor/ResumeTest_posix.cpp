@@ -1,7 +1,3 @@
-#include "supervisor/RunFolder.h"
-#include "unit/supervisor/RunPlace.h"
-
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +5,11 @@
 #include <chrono>
 #include <functional>
 #include <string>
+
+#include <gtest/gtest.h>
+
+#include "supervisor/RunFolder.h"
+#include "unit/supervisor/RunPlace.h"
 
 namespace {
 

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "platform/Paths.h"
-#include "supervisor/Supervisor.h"
-#include "support/TemporaryFolder.h"
-#include "support/TestProcess.h"
-
 #include <filesystem>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "platform/Paths.h"
+#include "supervisor/Supervisor.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestProcess.h"
 
 /// Keeps what it is told.
 class CNotes : public CRunObserver {

@@ -1,8 +1,8 @@
+#include <gtest/gtest.h>
+
 #include "platform/HeldFiles.h"
 #include "protocol/Json.h"
 #include "unit/supervisor/RunPlace.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -18,7 +18,7 @@ public:
     };
     enum class Answer {
         Go,
-        Refuse,  ///< the act fails with the error "canceled"
+        Refuse,  ///< the act fails with the error "cancelled"
         Pretend  ///< the act is left out and counts as done
     };
 

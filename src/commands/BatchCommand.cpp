@@ -21,7 +21,7 @@ AVCommandStatus StatusOf(DialogOutcome outcome)
     switch (outcome) {
         case DialogOutcome::Confirmed:
             return kAVCommandDone;
-        case DialogOutcome::Canceled:
+        case DialogOutcome::Cancelled:
             return kAVCommandCanceled;
         case DialogOutcome::Failed:
             break;

@@ -28,7 +28,7 @@ struct CommandTarget {
     PDDoc document;
 };
 
-enum class DialogOutcome { Failed, Confirmed, Canceled };
+enum class DialogOutcome { Failed, Confirmed, Cancelled };
 
 /// One object serves all commands of its kind, from start-up to shut-down. It keeps no parameters: they live in each
 /// command's own "Params" cab, so that two steps of one kind in a sequence do not disturb each other.
@@ -84,7 +84,7 @@ protected:
     /// The lines that tell people what the step is going to do.
     virtual std::vector<std::string> DescribeParameters(CCabView parameters) const = 0;
 
-    /// Without a window system the answer is "canceled" and nothing changes.
+    /// Without a window system the answer is "cancelled" and nothing changes.
     virtual DialogOutcome ShowSettingsDialog(CCabEditor parameters) = 0;
 
     /// Works on one open document; false puts the command in error.

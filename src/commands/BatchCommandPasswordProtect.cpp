@@ -224,7 +224,7 @@ std::vector<std::string> CBatchCommandPasswordProtect::DescribeParameters(CCabVi
     return {"Require a password to open the document", "Restrict editing or printing of the document"};
 }
 
-DialogOutcome CBatchCommandPasswordProtect::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Canceled; }
+DialogOutcome CBatchCommandPasswordProtect::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Cancelled; }
 
 // A host error goes up: the command must not end as done when the document could not be secured.
 bool CBatchCommandPasswordProtect::ProcessDocument(const CommandTarget& target, CCabView parameters)

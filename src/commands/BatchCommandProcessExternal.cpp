@@ -46,7 +46,7 @@ std::vector<std::string> CBatchCommandProcessExternal::DescribeParameters(CCabVi
     return {ReplaceAll("Application To Start: %s", "%s", parameters.StringOrText(kProgram).value_or(""))};
 }
 
-DialogOutcome CBatchCommandProcessExternal::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Canceled; }
+DialogOutcome CBatchCommandProcessExternal::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Cancelled; }
 
 bool CBatchCommandProcessExternal::ProcessDocument(const CommandTarget& target, CCabView parameters)
 {

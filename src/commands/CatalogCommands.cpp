@@ -55,7 +55,7 @@ std::vector<std::string> CCatalogCommand::DescribeParameters(CCabView parameters
     return {ReplaceAll(m_text.description, "%s", IndexPath(parameters))};
 }
 
-DialogOutcome CCatalogCommand::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Canceled; }
+DialogOutcome CCatalogCommand::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Cancelled; }
 
 bool CCatalogCommand::ProcessDocument(const CommandTarget&, CCabView parameters)
 {

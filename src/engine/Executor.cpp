@@ -59,7 +59,7 @@ void ProcessFiles(const WorkServices& run, CWork& work, CInputSource& inputs, co
     while (const auto input = inputs.Next()) {
         if (run.progress.IsCancelled()) {
             run.log.Line("Command execution is aborted");
-            return Stop(result, "The run was canceled.");
+            return Stop(result, "The run was cancelled.");
         }
         if (input->finalActionOnly) {
             ProcessedFile file{.path = input->path};

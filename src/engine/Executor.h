@@ -29,7 +29,7 @@ struct ExecutorCallbacks {
 enum class ExecutionEnd {
     Finished,    // every input file was dealt with; single files may have failed
     NotStarted,  // the work or its input cannot be used
-    Stopped      // canceled, or refused by the work before the first file
+    Stopped      // cancelled, or refused by the work before the first file
 };
 
 struct ExecutionResult {

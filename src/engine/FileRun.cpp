@@ -148,7 +148,7 @@ bool CFileRun::RunCommands()
         if (!RunCommand(command, ++number)) return false;
         if (m_run.progress.IsCancelled()) {
             m_log.Line("Command execution is aborted");
-            Stop("The run was canceled.");
+            Stop("The run was cancelled.");
             return false;
         }
         if (m_unprotected) {

@@ -37,7 +37,7 @@ public:
     /// Where the complete file stands until it is committed; empty during a trial run.
     const std::string& TemporaryPath() const;
     /// Flushes, asks the overseer, puts the file in place and flushes the folder. Once.
-    /// Fails: the target is as it was; "canceled" when the overseer refuses.
+    /// Fails: the target is as it was; "cancelled" when the overseer refuses.
     FileResult Commit();
 
 private:

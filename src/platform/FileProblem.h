@@ -15,11 +15,11 @@ enum class FileProblem {
     Exists,           ///< the name is taken
     NotARegularFile,  ///< "invalid argument": a device, a pipe, a file onto itself
     IsAFolder,
-    NoAccess,  ///< rights, or a file system that is read-only
-    InUse,     ///< another process holds it: "would block"
-    Canceled,  ///< the overseer refused
-    DiskFull,  ///< or a quota
-    TooLarge,  ///< for a limit of ours or of the system
+    NoAccess,   ///< rights, or a file system that is read-only
+    InUse,      ///< another process holds it: "would block"
+    Cancelled,  ///< the overseer refused
+    DiskFull,   ///< or a quota
+    TooLarge,   ///< for a limit of ours or of the system
     OutOfMemory,
     NobodyReads,  ///< the reader of a pipe is gone
     Other

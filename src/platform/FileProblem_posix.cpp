@@ -17,7 +17,7 @@ std::span<const ErrorRow> ErrorRows()
         {EPERM, FileProblem::NoAccess},
         {EROFS, FileProblem::NoAccess},
         {EWOULDBLOCK, FileProblem::InUse},
-        {ECANCELED, FileProblem::Canceled},
+        {ECANCELED, FileProblem::Cancelled},
         {ENOSPC, FileProblem::DiskFull},
         {EDQUOT, FileProblem::DiskFull},
         {EFBIG, FileProblem::TooLarge},

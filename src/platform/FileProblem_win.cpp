@@ -37,7 +37,7 @@ std::span<const ErrorRow> ErrorRows()
         {ERROR_SHARING_VIOLATION, FileProblem::InUse},
         {ERROR_LOCK_VIOLATION, FileProblem::InUse},
         {ERROR_USER_MAPPED_FILE, FileProblem::InUse},
-        {ERROR_CANCELLED, FileProblem::Canceled},
+        {ERROR_CANCELLED, FileProblem::Cancelled},
         {ERROR_DISK_FULL, FileProblem::DiskFull},
         {ERROR_HANDLE_DISK_FULL, FileProblem::DiskFull},
         {ERROR_NOT_ENOUGH_QUOTA, FileProblem::DiskFull},

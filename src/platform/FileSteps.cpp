@@ -9,7 +9,7 @@ std::optional<FileResult> AskOverseer(COverseer::Act act, const std::string& fil
     COverseer* const overseer = Overseer();
     if (!overseer) return std::nullopt;
     const auto answer = overseer->Ask(act, file, target);
-    if (answer == COverseer::Answer::Refuse) return Failure(FileProblem::Canceled);
+    if (answer == COverseer::Answer::Refuse) return Failure(FileProblem::Cancelled);
     // In a trial run nothing was prepared that could be done.
     if (answer == COverseer::Answer::Pretend || Pretending()) return FileResult{};
     return std::nullopt;

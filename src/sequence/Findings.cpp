@@ -51,8 +51,9 @@ std::vector<SequenceFinding> CSequenceFindings::All() const
 
 long CountOf(const std::vector<SequenceFinding>& findings, SequenceFinding::Severity severity)
 {
-    return std::count_if(findings.begin(), findings.end(),
-                         [&](const SequenceFinding& finding) { return finding.severity == severity; });
+    return static_cast<long>(std::count_if(findings.begin(), findings.end(), [&](const SequenceFinding& finding) {
+        return finding.severity == severity;
+    }));
 }
 
 std::string ErrorTexts(const std::vector<SequenceFinding>& findings)

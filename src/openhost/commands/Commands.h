@@ -56,7 +56,7 @@ public:
     AVCommandStatus ShowDialog(AVCommand command);
     /// A handler that cannot work leaves the command not executed; an answer that is no result counts as in error.
     AVCommandStatus Work(AVCommand command);
-    /// Has the handler clean up. A command in error stays so, a finished one stays finished, any other is canceled.
+    /// Has the handler clean up. A command in error stays so, a finished one stays finished, any other is cancelled.
     AVCommandStatus Cancel(AVCommand command);
     /// Back to ready, unless the handler says that it is still in error. Does nothing while the command works.
     AVCommandStatus Reset(AVCommand command);

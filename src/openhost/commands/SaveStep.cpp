@@ -192,7 +192,7 @@ StepResult ConvertTo(const std::string& target, AVConversionFromPDFHandler conve
     if (settings.dontOverwrite) order.flags = kAVConversionDontOverwrite;
     const AVConversionStatus status = converters.Convert(converter, order, document, path.Get());
     if (status == kAVConversionSuccess) return StepResult::Unchanged;
-    if (status == kAVConversionCancelled) return StepResult::Canceled;
+    if (status == kAVConversionCancelled) return StepResult::Cancelled;
     const std::string& reason = converters.LastFailure();
     const ASErrorCode taken = fileErrExists, other = genErrGeneral;
     Raise(converters.LastFailureCode() == taken ? taken : other,

@@ -331,7 +331,7 @@ AVCommandStatus RunStep(const StepDescription& step, const std::string& name, PD
     return Translated([&]() -> AVCommandStatus {
         CStepRun run(step, name, document, params, inputs);
         const StepResult result = Do(step, run);
-        if (result == StepResult::Canceled) return kAVCommandCanceled;
+        if (result == StepResult::Cancelled) return kAVCommandCanceled;
         if (result == StepResult::Changed) MarkChanged(run.Held(), step.rights);
         return kAVCommandDone;
     });

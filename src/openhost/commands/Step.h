@@ -46,7 +46,7 @@ struct StepPages {
     bool evenOdd = true;               ///< false: the step takes whole ranges only
 };
 
-enum class StepResult { Unchanged, Changed, Canceled };
+enum class StepResult { Unchanged, Changed, Cancelled };
 
 class CStepRun;
 

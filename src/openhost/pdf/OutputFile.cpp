@@ -9,7 +9,7 @@ namespace {
 [[noreturn]] void Throw(const std::string& target, int errorNumber)
 {
     // The overseer's refusal costs this file; it is nobody's wish to end the run.
-    if (platform::ProblemOf({errorNumber}) == platform::FileProblem::Canceled)
+    if (platform::ProblemOf({errorNumber}) == platform::FileProblem::Cancelled)
         throw CPdfError(PdfProblem::CannotWrite, target, "writing was refused");
     throw SystemError(target, "cannot write", errorNumber, PdfProblem::CannotWrite);
 }

@@ -1,8 +1,8 @@
 // Steps of another maker, each with one flaw, written on the bare interface.
 //
 // A handler's name tells what it does: "T:<How>In<Stage>" fails in one callback (raise, answer an error, answer
-// canceled, throw a C++ exception); the others are listed at kOwnWays. Every callback adds a line "<handler> <stage>"
-// to the file that FOREIGN_STEPS_TRACE names. FOREIGN_STEPS_FILE is a path that a step may save to,
+// cancelled, throw a C++ exception); the others are listed at kOwnWays. Every callback adds a line "<handler>
+// <stage>" to the file that FOREIGN_STEPS_TRACE names. FOREIGN_STEPS_FILE is a path that a step may save to,
 // FOREIGN_STEPS_ARRIVES the input that one of them replaces. The step that
 // FOREIGN_STEPS_REPLACED names behaves like the one that FOREIGN_STEPS_BY names, whoever had it before.
 #include <chrono>
@@ -152,7 +152,7 @@ AVCommandStatus WorkOf(const std::string& name, AVCommand command)
     if (name == "T:ClosesView") CALL(g_view, AVDocClose, CALL(g_view, AVCommandGetAVDoc, command), 1);
     if (name == "T:LeavesThingsOpen") LeaveThingsOpen(document);
     if (name == "T:TurnsOnPageCount") TurnOnPageCount(document);
-    if (IsIn(name, "Cancel")) return kAVCommandInError;  // so that it is canceled
+    if (IsIn(name, "Cancel")) return kAVCommandInError;  // so that it is cancelled
     return kAVCommandDone;
 }
 

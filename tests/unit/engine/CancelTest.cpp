@@ -18,7 +18,7 @@
 namespace {
 
 /// Somebody presses cancel once the step has worked so many times.
-int g_worked, g_canceledCalls, g_cancelAfter;
+int g_worked, g_cancelledCalls, g_cancelAfter;
 AVCommandStatus g_answerOfWork;
 std::string g_temporaryFile;  // where the step leaves the document; empty = where it was
 
@@ -31,7 +31,7 @@ AVCommandStatus HOSTCALL Work(AVCommand command)
 
 AVCommandStatus HOSTCALL Cancel(AVCommand)
 {
-    ++g_canceledCalls;
+    ++g_cancelledCalls;
     return kAVCommandCanceled;
 }
 
@@ -48,7 +48,7 @@ public:
     int open = 0;
 };
 
-struct CanceledRun {
+struct CancelledRun {
     ExecutionResult result;
     std::vector<ProcessedFile> files;
     int finalActions = 0;
@@ -58,7 +58,7 @@ struct CanceledRun {
 };
 
 /// Runs the step and a save step over a folder of two files.
-CanceledRun RunUntilCanceled(const CTemporaryFolder& folder)
+CancelledRun RunUntilCancelled(const CTemporaryFolder& folder)
 {
     for (const char* name : {"in/a.pdf", "in/b.pdf"}) folder.Write(name, kPdf);
     static AVCommandHandlerRec handler = {};
@@ -71,7 +71,7 @@ CanceledRun RunUntilCanceled(const CTemporaryFolder& folder)
         "<Command name='WorkflowPlaybackSaveFiles'><Items><Item name='DocSaveDestType' type='string' "
         "value='WorkflowPlaybackSave'/></Items></Command></Group></Workflow>");
     CSequenceWork work(SequenceFromWorkflow(*workflow));
-    CanceledRun run;
+    CancelledRun run;
     CImpatientMonitor monitor;
     CMemoryLog log;
     const ExecutorCallbacks callbacks{.inputsFound = [](int) {},
@@ -99,7 +99,7 @@ TEST(Cancel, StopsTheRunWithoutASaveAndWithoutAFinalAction)
         const char* when;
         int cancelAfter;
         AVCommandStatus answerOfWork;
-        int worked, canceled;
+        int worked, cancelled;
         std::size_t files;
         bool temporaryFile = false;
     } rows[] = {{"before the first file", 0, kDone, 0, 0, 0},
@@ -113,15 +113,15 @@ TEST(Cancel, StopsTheRunWithoutASaveAndWithoutAFinalAction)
         const CTemporaryFolder folder;
         folder.MakeFolder("in");
         folder.MakeFolder("out");
-        g_worked = g_canceledCalls = 0;
+        g_worked = g_cancelledCalls = 0;
         g_cancelAfter = row.cancelAfter;
         g_answerOfWork = row.answerOfWork;
         g_temporaryFile = row.temporaryFile ? folder / "step.tmp" : "";
-        const CanceledRun run = RunUntilCanceled(folder);
+        const CancelledRun run = RunUntilCancelled(folder);
         EXPECT_EQ(run.result.end, ExecutionEnd::Stopped) << row.when;
         EXPECT_EQ(run.Count("Command execution is aborted"), 1) << row.when;
         EXPECT_EQ(g_worked, row.worked) << row.when;
-        EXPECT_EQ(g_canceledCalls, row.canceled) << row.when;
+        EXPECT_EQ(g_cancelledCalls, row.cancelled) << row.when;
         ASSERT_EQ(run.files.size(), row.files) << row.when;
         if (row.files > 0) {
             EXPECT_EQ(run.files.back().outcome, FileOutcome::Stopped) << row.when;

@@ -61,10 +61,10 @@ TEST(Overseer, IsAskedOnceWithTheCompleteContentAndObeyed)
             FileProblem problem;
             bool done;
         } rows[] = {{COverseer::Answer::Go, false, FileProblem::None, true},
-                    {COverseer::Answer::Refuse, false, asks ? FileProblem::Canceled : FileProblem::None, !asks},
+                    {COverseer::Answer::Refuse, false, asks ? FileProblem::Cancelled : FileProblem::None, !asks},
                     {COverseer::Answer::Pretend, false, FileProblem::None, !asks},
                     {COverseer::Answer::Pretend, true, FileProblem::None, !asks},
-                    {COverseer::Answer::Refuse, true, asks ? FileProblem::Canceled : FileProblem::None, !asks}};
+                    {COverseer::Answer::Refuse, true, asks ? FileProblem::Cancelled : FileProblem::None, !asks}};
         for (const auto& row : rows) {
             const CTemporaryFolder folder;
             folder.Write("a", "new");

@@ -7,7 +7,7 @@
 using platform::CHandle;
 
 // Else the first file opened takes the place of a stream, and messages are written into it.
-TEST(Surroundings, StandardStreamsThatAreMissingLeadNowhere)
+TEST(ThisProcess, StandardStreamsThatAreMissingLeadNowhere)
 {
     for (const HANDLE missing : {HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
         const CTemporaryFolder folder;

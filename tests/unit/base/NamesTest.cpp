@@ -7,7 +7,7 @@
 #include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 
-TEST(PathNames, PathsComeApartAtTheLastSeparatorAndTheLastDotOfTheName)
+TEST(Names, PathsComeApartAtTheLastSeparatorAndTheLastDotOfTheName)
 {
     const struct {
         const char *path, *folder, *base, *extension;
@@ -32,7 +32,7 @@ TEST(PathNames, PathsComeApartAtTheLastSeparatorAndTheLastDotOfTheName)
     EXPECT_EQ(WithTrailingSeparator(""), "");
 }
 
-TEST(PathNames, UniqueNamesTakeTheFirstFreeNumber)
+TEST(Names, UniqueNamesTakeTheFirstFreeNumber)
 {
     using Maker = std::string (*)(const std::string&, const NameTest&);
     const struct {
@@ -57,7 +57,7 @@ TEST(PathNames, UniqueNamesTakeTheFirstFreeNumber)
     }
 }
 
-TEST(PathNames, FoldersAndDanglingLinksTakeANameToo)
+TEST(Names, FoldersAndDanglingLinksTakeANameToo)
 {
     const CTemporaryFolder folder;
     folder.MakeFolder("a.pdf");
@@ -68,7 +68,7 @@ TEST(PathNames, FoldersAndDanglingLinksTakeANameToo)
         << "a name that no file can have must not count up for ever";
 }
 
-TEST(PathNames, ExtendedLengthPathsGetTheirPrefixOnce)
+TEST(Names, ExtendedLengthPathsGetTheirPrefixOnce)
 {
     const char* rows[][2] = {{"C:\\out\\x.pdf", "\\\\?\\C:\\out\\x.pdf"},
                              {"\\\\server\\share\\x.pdf", "\\\\?\\UNC\\server\\share\\x.pdf"},
@@ -78,7 +78,7 @@ TEST(PathNames, ExtendedLengthPathsGetTheirPrefixOnce)
     for (const auto& [path, expected] : rows) EXPECT_EQ(ExtendedLengthPath(path), expected);
 }
 
-TEST(PathNames, ACompletePathStartsAtADriveAndEndsInPdf)
+TEST(Names, ACompletePathStartsAtADriveAndEndsInPdf)
 {
     const struct {
         const char* path;
@@ -94,7 +94,7 @@ TEST(PathNames, ACompletePathStartsAtADriveAndEndsInPdf)
     for (const auto& row : rows) EXPECT_EQ(IsCompletePdfPath(row.path), row.complete) << row.path;
 }
 
-TEST(PathNames, TheWritabilityTestLeavesNothingBehindAndTouchesNothing)
+TEST(Names, TheWritabilityTestLeavesNothingBehindAndTouchesNothing)
 {
     const CTemporaryFolder folder;
     EXPECT_TRUE(platform::IsFolderWritable(folder.Path()));

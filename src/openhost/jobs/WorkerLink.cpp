@@ -19,7 +19,8 @@ constexpr std::size_t kWritePiece = 64 * 1024;
 bool WriteAll(int descriptor, std::string_view bytes)
 {
     while (!bytes.empty()) {
-        const auto written = ::write(descriptor, bytes.data(), std::min(bytes.size(), kWritePiece));
+        const auto piece = static_cast<unsigned>(std::min(bytes.size(), kWritePiece));
+        const auto written = ::write(descriptor, bytes.data(), piece);
         if (written < 0 && errno != EINTR) return false;
         if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
     }

@@ -65,7 +65,7 @@ TEST(Run, ABadFileCostsOnlyItselfAndWhatWasWrittenIsFinished)
         {"garbage", failed, false, false, "The worker wrote something that is no message."},
         {"lie", failed, false, false, "The worker wanted to act on a file that it does not have."},
         {"grow", failed, false, false, "The file needed more than 64 MiB of memory."},
-        {"hang", failed, false, false, "The file took longer than 1 s."},
+        {"hang", failed, false, false, "The file took longer than 5 s."},
         {"dies temporary", failed, false, false, aborted},
         {"silent", incomplete, true, false, "The worker did not tell what became of the file."},
         {"dies before output", failed, false, false, aborted},
@@ -79,7 +79,7 @@ TEST(Run, ABadFileCostsOnlyItselfAndWhatWasWrittenIsFinished)
         {"flood", saved, true, true, ""},
     };
     CRunPlace place;
-    place.options.engine.timeoutSeconds = 1;
+    place.options.engine.timeoutSeconds = 5;  // a slow machine must not take the flood for a hang
     place.options.engine.memoryBytes = 64 << 20;
     for (const auto& row : rows) place.Input(row.name);
     place.FinalAction(7);

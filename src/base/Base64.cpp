@@ -7,11 +7,11 @@
 
 namespace {
 
-constexpr std::array<signed char, 256> MakeBase64Values()
+constexpr std::array<int, 256> MakeBase64Values()
 {
-    std::array<signed char, 256> values{};
+    std::array<int, 256> values{};
     values.fill(-1);
-    signed char next = 0;
+    int next = 0;
     for (int c = 'A'; c <= 'Z'; ++c) values[static_cast<std::size_t>(c)] = next++;
     for (int c = 'a'; c <= 'z'; ++c) values[static_cast<std::size_t>(c)] = next++;
     for (int c = '0'; c <= '9'; ++c) values[static_cast<std::size_t>(c)] = next++;

@@ -170,7 +170,10 @@ std::string ZshChoices(const std::string& first)
 
 // --- fish
 
-std::string FishText(std::string text) { return "'" + ReplaceAll(ReplaceAll(text, "\\", "\\\\"), "'", "\\'") + "'"; }
+std::string FishText(const std::string& text)
+{
+    return "'" + ReplaceAll(ReplaceAll(text, "\\", "\\\\"), "'", "\\'") + "'";
+}
 
 std::string FishCondition(const CommandRow& command)
 {

@@ -110,7 +110,7 @@ std::string OptionalPath(const CArguments& arguments, const char* option)
 
 std::string FilePath(const CArguments& arguments, const char* option)
 {
-    const std::string path = OptionalPath(arguments, option);
+    std::string path = OptionalPath(arguments, option);
     if (path == "-") FailUsage(std::string(option) + " takes a file; only --record may be - for standard output");
     return path;
 }

@@ -69,7 +69,7 @@ std::optional<std::string> FindHandler(const std::string& name, CLogWriter& log)
     log.NameValue("Batch command does not exists", name, 1);  // sic
     if (const auto alternative = AlternativeHandler(name))
         log.NameValue("Trying to load alternative command", *alternative, 1);
-    const auto handler = AvailableHandler(name);
+    auto handler = AvailableHandler(name);
     if (!handler) log.Line("\tCommand handler is not available");
     return handler;
 }

@@ -250,7 +250,7 @@ std::FILE* ObservedStream(std::FILE* plain, const std::string& mode)
     const cookie_io_functions_t functions{ReadCookie, WriteCookie, SeekCookie, CloseCookie};
     std::FILE* stream = fopencookie(descriptor.get(), mode.c_str(), functions);
     if (stream)
-        descriptor.release();
+        static_cast<void>(descriptor.release());
     else
         close(*descriptor);
     return stream;

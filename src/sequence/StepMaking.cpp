@@ -115,8 +115,8 @@ std::string TemplateNames()
 {
     std::vector<std::string> names;
     for (const StepDescription* step : OwnSteps())
-        if (step->fromWords.name) names.push_back(step->fromWords.name);
-    for (const SavingTemplate& saving : kSavingTemplates) names.push_back(saving.name);
+        if (step->fromWords.name) names.emplace_back(step->fromWords.name);
+    for (const SavingTemplate& saving : kSavingTemplates) names.emplace_back(saving.name);
     std::string text;
     for (const std::string& name : names)
         text += (text.empty() ? "\"" : name == names.back() ? " or \"" : ", \"") + name + '"';

@@ -181,7 +181,7 @@ std::string DoubleText(double value)
 {
     char text[400];
     const auto fixed = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 6);
-    const std::string six(text, fixed.ec == std::errc() ? fixed.ptr : text);
+    std::string six(text, fixed.ec == std::errc() ? fixed.ptr : text);
     if (LeadingDouble(six) == value) return six;
     const auto exact = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
     return exact.ec == std::errc() ? std::string(text, exact.ptr) : six;

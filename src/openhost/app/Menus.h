@@ -78,8 +78,8 @@ public:
 
     AVMenu Acquire(CMenu& menu);
     AVMenuItem Acquire(CMenuItem& item);
-    void Release(AVMenu menu);
-    void Release(AVMenuItem item);
+    void Release(AVMenu handle);
+    void Release(AVMenuItem handle);
 
     /// Positions past the end append. Raises genErrBadParm for what stands in a place already, and for an item whose
     /// submenu leads back to the menu.

@@ -28,7 +28,7 @@ public:
     AVDoc OpenFromFile(ASPathName path, const std::string& title);
     /// Closes view and document. Without a person to ask, a changed document whose changes were not given up stays
     /// open: the answer is false. A raise (something of the document is in use) leaves both as they were.
-    bool Close(AVDoc view, bool giveUpChanges);
+    bool Close(AVDoc handle, bool giveUpChanges);
 
     CView& At(AVDoc view) const { return m_views.At(view); }
     /// Null when the document has no view.

@@ -32,47 +32,47 @@ public:
     AVCommand New(ASAtom name);
     /// Tells the handler and frees the command with its cabs. Raises genErrBadParm for a global command and inside a
     /// call of its handler.
-    void Destroy(AVCommand command);
+    void Destroy(AVCommand handle);
 
     CCommand& At(AVCommand command) const { return m_commands.At(command); }
     bool Known(AVCommand command) const { return m_commands.Find(command) != nullptr; }
 
     /// The cab with this name; when there is none, a new one or null.
-    CCabinet* Cab(AVCommand command, std::string_view cabName, bool create);
+    CCabinet* Cab(AVCommand handle, std::string_view cabName, bool create);
     /// Takes `cab` over; null removes what is there.
-    void PutCab(AVCommand command, std::string_view cabName, ASCab cab);
+    void PutCab(AVCommand handle, std::string_view cabName, ASCab cab);
 
     /// A handler without the procedure leaves its parameters to the host, which keeps copies in "Params". An answer
     /// in error makes the command so; any other leaves it ready.
-    AVCommandStatus SetParams(AVCommand command, ASCab params);
-    void GetParams(AVCommand command, ASCab params);
+    AVCommandStatus SetParams(AVCommand handle, ASCab params);
+    void GetParams(AVCommand handle, ASCab params);
     /// Merges: null values erase keys.
-    AVCommandStatus SetConfig(AVCommand command, const CCabinet& config);
+    AVCommandStatus SetConfig(AVCommand handle, const CCabinet& config);
     /// Replaces all inputs by copies.
-    AVCommandStatus SetInputs(AVCommand command, const CCabinet& inputs);
-    void GetProps(AVCommand command, ASCab props);
+    AVCommandStatus SetInputs(AVCommand handle, const CCabinet& inputs);
+    void GetProps(AVCommand handle, ASCab props);
 
     /// Dismissing the dialog cancels a ready command; others answer their state.
-    AVCommandStatus ShowDialog(AVCommand command);
+    AVCommandStatus ShowDialog(AVCommand handle);
     /// A handler that cannot work leaves the command not executed; an answer that is no result counts as in error.
-    AVCommandStatus Work(AVCommand command);
+    AVCommandStatus Work(AVCommand handle);
     /// Has the handler clean up. A command in error stays so, a finished one stays finished, any other is cancelled.
-    AVCommandStatus Cancel(AVCommand command);
+    AVCommandStatus Cancel(AVCommand handle);
     /// Back to ready, unless the handler says that it is still in error. Does nothing while the command works.
-    AVCommandStatus Reset(AVCommand command);
+    AVCommandStatus Reset(AVCommand handle);
     /// Does it all: resets when not ready, takes the front document when the inputs have none, works to the end or
     /// until somebody wants everything to stop. Shows no dialog: the policy never allows one.
-    AVCommandStatus Execute(AVCommand command);
+    AVCommandStatus Execute(AVCommand handle);
 
     /// The policy asked for in the configuration, but nothing interactive: there is nobody to interact with.
-    AVCommandUIPolicy Policy(AVCommand command) const;
+    AVCommandUIPolicy Policy(AVCommand handle) const;
     /// The living document or view among the inputs, or null.
-    PDDoc Document(AVCommand command) const;
-    AVDoc View(AVCommand command) const;
+    PDDoc Document(AVCommand handle) const;
+    AVDoc View(AVCommand handle) const;
 
-    void MakeGlobal(AVCommand command);
+    void MakeGlobal(AVCommand handle);
     /// The command is its maker's again.
-    void MakePrivate(AVCommand command);
+    void MakePrivate(AVCommand handle);
     /// Null when there is none of this name.
     AVCommand FindGlobal(ASAtom name) const;
 
@@ -82,7 +82,7 @@ public:
     std::size_t Live() const { return m_commands.Live(); }
 
 private:
-    void DestroyNow(AVCommand command);
+    void DestroyNow(AVCommand handle);
     void DestroyThose(const std::vector<AVCommand>& commands);
     const CCabinet* Cab(const CCommand& command, std::string_view cabName) const;
 

@@ -65,10 +65,10 @@ public:
     /// Takes over a document that a converter made.
     PDDoc Adopt(CPdfDocument document);
     /// Undoes one opening. Raises pdErrUnableToCloseDueToRefs while something of the document is still held.
-    void Close(PDDoc document);
-    void Save(PDDoc document, const DocumentSaveRequest& request);
+    void Close(PDDoc handle);
+    void Save(PDDoc handle, const DocumentSaveRequest& request);
     /// The file behind the document, open for reading; null when it has none yet. It belongs to the document.
-    ASFile FileOf(PDDoc document);
+    ASFile FileOf(PDDoc handle);
 
     CHostDocument& At(const void* document) const { return m_documents.At(document); }
     bool Known(const void* document) const { return m_documents.Find(document) != nullptr; }
@@ -81,11 +81,11 @@ public:
 
     /// The host's own password prompt: tries the candidates, for the owner's rights first, and answers whether the
     /// document may now be read.
-    bool AskPassword(PDDoc document);
+    bool AskPassword(PDDoc handle);
 
 private:
     PDDoc OpenNew(const std::string& path, const std::string& key, bool repair, const Authorise& authorise);
-    void Forget(PDDoc document);
+    void Forget(PDDoc handle);
 
     CHandles<CHostDocument, PDDoc> m_documents{"document"};
     std::unordered_map<std::string, PDDoc> m_byKey;

@@ -62,7 +62,7 @@ std::string NativeFromDeviceIndependent(std::string_view text, const CFilePath* 
 
 std::string DeviceIndependentFrom(const CFilePath& path, const CFilePath* relativeTo)
 {
-    const std::string absolute = path.DeviceIndependent();
+    std::string absolute = path.DeviceIndependent();
     if (!relativeTo) return absolute;
     const std::string base = DeviceIndependentOfNative(BaseFolder(relativeTo));
     const auto here = Steps(base);

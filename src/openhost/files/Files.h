@@ -34,17 +34,17 @@ ASErrorCode OpenFile(const CFilePath& path, ASFileMode mode, ASFile* file);
 ASErrorCode OpenStandIn(const CFilePath& path, const std::string& content, ASFile* file);
 /// Answers 0 or an error code. The file is gone with the last close that is due, or with the last stream on it when
 /// that is closed later.
-ASErrorCode CloseFile(ASFile file);
+ASErrorCode CloseFile(ASFile handle);
 /// Around the moment in which another file takes the place of this one: nobody may have it open then on some systems.
 /// What has the name afterwards is what is read and written from there on. When that cannot be opened, every later
 /// read and write fails.
-void LetGoOfFile(ASFile file);
-void TakeUpFile(ASFile file);
+void LetGoOfFile(ASFile handle);
+void TakeUpFile(ASFile handle);
 /// Streams note their use of a file; the last one lets go of a file that was closed before it.
 void AddStream(CHostFile& file);
 ASErrorCode RemoveStream(CHostFile& file);
 /// Raises genErrBadParm unless `file` is a living file.
-CHostFile& FileAt(ASFile file);
+CHostFile& FileAt(ASFile handle);
 std::size_t LiveFiles();
 
 /// The record of the machine's file system. Plug-ins pass it on; the procedures about paths can be called through it,

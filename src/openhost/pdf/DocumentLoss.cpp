@@ -33,7 +33,7 @@ std::string ReadAt(InputSource& source, qpdf_offset_t offset, std::size_t count)
 qpdf_offset_t HeaderOffset(InputSource& source)
 {
     const std::size_t at = ReadAt(source, 0, kHeaderBeginsWithin + 5).find("%PDF-");
-    return at == std::string::npos || at > kHeaderBeginsWithin ? 0 : static_cast<qpdf_offset_t>(at);
+    return at > kHeaderBeginsWithin ? 0 : static_cast<qpdf_offset_t>(at);
 }
 
 bool IsSpace(char c) { return c == '\0' || std::isspace(static_cast<unsigned char>(c)) != 0; }
@@ -202,11 +202,11 @@ bool UsesAnyOf(QPDF& document, const std::vector<QPDFObjGen>& objects)
 std::string LossOf(QPDF& document, InputSource& source, const RepairFacts& facts)
 {
     std::vector<std::string> losses;
-    if (facts.scan && facts.scan->endsEarly) losses.push_back("it ends before its trailer, as half a copy does");
+    if (facts.scan && facts.scan->endsEarly) losses.emplace_back("it ends before its trailer, as half a copy does");
     if (facts.pagesSearched)
-        losses.push_back("its pages had to be searched for");
+        losses.emplace_back("its pages had to be searched for");
     else if (facts.catalogueSearched)
-        losses.push_back("it has several catalogues, and none is named");
+        losses.emplace_back("it has several catalogues, and none is named");
     if (!facts.pagesSearched)
         if (std::string pages = LostPages(document, facts.scan != nullptr); !pages.empty()) losses.push_back(pages);
     if (const std::size_t objects = LostObjects(document, source, facts.scan))

@@ -136,7 +136,7 @@ bool ReadRebuilt(CPdfDocument::State& state, const Unlock& unlock)
     if (rebuilder.Scan().objects.empty()) return false;
     const auto read = [&] {
         auto library = NewLibraryDocument(false);
-        const auto source = rebuilder.Source(state.description);
+        auto source = rebuilder.Source(state.description);
         state.locked = !Process(*library, source, unlock);
         library->setAttemptRecovery(true);
         state.library = std::move(library);
@@ -257,7 +257,7 @@ std::shared_ptr<InputSource> OpenSource(const std::string& path)
 
 void LoadDocument(CPdfDocument::State& state, std::shared_ptr<InputSource> source)
 {
-    state.source = source;
+    state.source = std::move(source);
     Read(state, [](QPDF&) { return std::string(); });
     QPDF& library = *state.library;
     state.encryption = ReadEncryption(library);

@@ -19,7 +19,7 @@ namespace {
 void CheckMaySave(const CPdfDocument& document, const CPdfDocument::State& state)
 {
     if (state.locked) throw CPdfError(PdfProblem::NeedsPassword, state.description + ": needs a password");
-    if (state.refusal) throw *state.refusal;
+    if (state.refusal) throw CPdfError(*state.refusal);
     if (!state.maySave && !document.Allows(PdfRight::FullSave)) {
         throw CPdfError(PdfProblem::NotPermitted, state.description + ": changing the document is not permitted");
     }

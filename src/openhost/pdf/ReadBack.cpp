@@ -161,7 +161,7 @@ std::string PagesProblem(QPDF& written, QPDF& original)
 std::string NewComplaint(QPDF& written, const std::vector<std::string>& known)
 {
     for (const QPDFExc& complaint : written.getWarnings()) {
-        const std::string detail = complaint.getMessageDetail();
+        std::string detail = complaint.getMessageDetail();
         const bool isOld = std::any_of(known.begin(), known.end(), [&](const std::string& line) {
             return line.find(detail) != std::string::npos;
         });

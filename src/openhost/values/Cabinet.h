@@ -22,6 +22,8 @@ template <class... F>
 struct Overloaded : F... {
     using F::operator()...;
 };
+template <class... F>
+Overloaded(F...) -> Overloaded<F...>;
 
 class CCabinet;
 class CHostText;
@@ -227,7 +229,7 @@ inline ASCab CabHandle(const CCabinet& cab) { return CHandles<CCabinet, ASCab>::
 /// A copy in a new cab that the caller destroys.
 ASCab DupCab(const CCabinet& source);
 /// Raises genErrBadParm for an unknown cab or one inside another.
-void DestroyCab(ASCab cab);
+void DestroyCab(ASCab handle);
 std::size_t LiveCabs();
 
 /// Owns one cab for host code; Release() hands it over.

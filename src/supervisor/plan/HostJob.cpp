@@ -57,7 +57,7 @@ private:
         } else if (news.event == platform::ChildEvent::Error) {
             AddErrorLine(m_host.errorLines, news.text);
         } else if (const auto message = HostMessageFrom(news.text)) {
-            std::visit([this](const auto& said) { Answer(said); }, *message);
+            std::visit([this](const auto& said) { this->Answer(said); }, *message);
         }
     }
 

@@ -131,6 +131,19 @@ TEST_F(Documents, FlagsAfterEachKindOfSave)
     }
 }
 
+TEST_F(Documents, ASaveThatIsToBeNewReplacesNoFileAndTheOneBehindItMay)
+{
+    const PDDoc document = Open(path);
+    const std::string taken = folder.Write("b.pdf", "somebody else's");
+    DocumentAt(document).nextSaveIsNew = true;
+    const auto save = [&] { Part<CDocuments>().Save(document, {.path = taken}); };
+    EXPECT_EQ(RaisedBy(save), fileErrExists);
+    EXPECT_EQ(FileBytes(taken), "somebody else's");
+    EXPECT_EQ(RaisedBy(save), 0);
+    EXPECT_NE(FileBytes(taken), "somebody else's");
+    EXPECT_EQ(Close(document), 0);
+}
+
 TEST_F(Documents, FilesInPluginsHandsOutlastTheReplacing)
 {
     const PDDoc document = Open(path);

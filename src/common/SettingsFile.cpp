@@ -16,7 +16,7 @@
 // {"ferrule": "settings", "version": 2, "checksum": "...", "values": {key: value, ...}}. A narrow text is a JSON
 // string, a number or flag itself, null null; what JSON does not know is an object of one type word: {"wide": text},
 // {"atom": name}, {"binary": Base64}, {"double": "inf"}, {"record": {key: value, ...}}. Bytes that are no text stand
-// in texts as base/ByteText.h says. The checksum is that of the values in their shortest form.
+// in texts as base/Text.h says. The checksum is that of the values in their shortest form.
 namespace {
 
 using Json = nlohmann::ordered_json;

@@ -10,8 +10,7 @@
 #include "protocol/Outcomes.h"
 #include "protocol/RunDescription.h"
 
-// What the caller of a run may set beside the sequence itself.
-
+/// What the caller of a run may set beside the work itself.
 struct ExecutorSettings {
     std::string alternativeInputPath;            // a folder or a file in place of the sequence's input; empty = none
     std::vector<std::string> furtherInputPaths;  // beside it; they, too, replace the sequence's input
@@ -31,8 +30,6 @@ struct ExecutorSettings {
     bool trialRun = false;       // nothing is to be done for good; steps that could do it anyway are left out
     bool interactive = false;    // whether a command may show its settings dialog
 };
-
-// How one input file of a run ended, and why.
 
 /// What became of one input file. `message` is one sentence for people, empty when there is nothing to say.
 struct ProcessedFile {

@@ -85,7 +85,7 @@ struct ChildNews {
 class CChildWatch {
 public:
     /// The next news of any of them, in the order in which each child wrote; nothing after `milliseconds`, or at once
-    /// when a stop was asked for meanwhile (see Interrupts.h). Lines are at most `kLongestLine` bytes; a longer one
+    /// when a stop was asked for meanwhile (see ThisProcess.h). Lines are at most `kLongestLine` bytes; a longer one
     /// is cut.
     static constexpr std::size_t kLongestLine = 64 << 20;
     std::optional<ChildNews> Wait(const std::vector<CChildProcess*>& children, int milliseconds);

@@ -40,7 +40,7 @@ struct FileRecord {
     std::uint64_t size = 0;
     std::string sha256 = {};  ///< of the input before anything was done to it; empty when unknown
     FileOutcome outcome = FileOutcome::Failed;
-    std::string message = {};  ///< UTF-8; a path in it as in base/ByteText.h
+    std::string message = {};  ///< UTF-8; a path in it as in base/Text.h
     std::int64_t milliseconds = 0;
     std::vector<FileOutput> outputs = {};
     std::optional<FinalActionRecord> finalAction = {};

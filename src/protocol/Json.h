@@ -20,7 +20,7 @@
 
 // What a key holds; the empty value, 0 or false when it is absent or of another type.
 [[nodiscard]] std::string TextAt(const Json& object, const char* key);
-/// A text that stands for bytes, see base/ByteText.h.
+/// A text that stands for bytes, see base/Text.h.
 [[nodiscard]] std::string BytesAt(const Json& object, const char* key);
 [[nodiscard]] std::int64_t IntegerAt(const Json& object, const char* key);
 [[nodiscard]] std::uint64_t UnsignedAt(const Json& object, const char* key);

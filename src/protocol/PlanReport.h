@@ -6,7 +6,7 @@
 
 #include "protocol/JsonType.h"
 
-/// Texts are UTF-8; paths in them as in base/ByteText.h.
+/// Texts are UTF-8; paths in them as in base/Text.h.
 struct PlanReport {
     int total = 0;                     ///< input files
     std::string oneWorkerReason = {};  ///< why only one process may do the whole run; empty when several may

@@ -8,7 +8,7 @@
 #include "supervisor/RunObserver.h"
 #include "supervisor/RunOptions.h"
 
-// All of them count interrupts (platform/Interrupts.h): after the first no further file is begun, the second ends the
+// All of them count interrupts (platform/ThisProcess.h): after the first no further file is begun, the second ends the
 // workers at once. Nothing is thrown; failures are in the results.
 
 /// Plan, workers, log and record in one go. The plan and the journal lie in the folder of the user's settings until

@@ -7,12 +7,13 @@ import signal
 import subprocess
 from pathlib import Path
 
-from unattended import PROTECT, SAVE, VARIABLES, Workplace, minimal_pdf, page_count, protect_items, save_items
+from unattended import (PROTECT, SAVE, VARIABLES, Workplace, from_environment, minimal_pdf, page_count, protect_items,
+                        save_items)
 
 # Whoever started the tests may ignore interrupts; the programs under test are to get those that are sent to them.
 signal.signal(signal.SIGINT, signal.default_int_handler)
 
-PROGRAM = Path(os.environ.get("FERRULE_PROGRAM", "build/release/bin/ferrule"))
+PROGRAM = from_environment("FERRULE_PROGRAM", "build/release/bin/ferrule")
 PASSWORD = "open sesame"
 FINAL_ACTIONS = {0: "nothing", 1: "copy", 2: "move", 3: "delete", 4: "rename", 5: "execute", 6: "move-replace",
                  7: "move-versions", 8: "copy-versions"}

@@ -262,13 +262,13 @@ std::vector<std::string> PlugInsOfFolder(const std::string& folder)
     return found;
 }
 
-int RunCommandLine(int argumentCount, char** argumentValues)
+int RunCommandLine(int argumentCount, char** arguments)
 {
     CLI::App app(ProgramDescription(), "ferrule-host");
     Arguments arguments;
     Declare(app, arguments);
     try {
-        app.parse(argumentCount, argumentValues);
+        app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
         return TellProblem(app, error);
     }

@@ -33,7 +33,7 @@ class CHostText {
 public:
     const std::u16string& Utf16() const { return m_text; }
     std::string Utf8() const;
-    /// As host-encoded bytes; see Encoding.h for what survives.
+    /// As host-encoded bytes; see Utf16FromHost for what survives.
     std::string HostBytes() const;
     bool IsEmpty() const { return m_text.empty(); }
 

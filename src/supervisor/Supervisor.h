@@ -8,8 +8,8 @@
 #include "supervisor/RunObserver.h"
 #include "supervisor/RunOptions.h"
 
-// All of them count interrupts (platform/ThisProcess.h): after the first no further file is begun, the second ends the
-// workers at once. Nothing is thrown; failures are in the results.
+// All of them count interrupts (platform/ThisProcess.h): after the first no further file is begun, the second ends
+// the workers at once. Nothing is thrown; failures are in the results.
 
 /// Plan, workers, log and record in one go. The plan and the journal lie in the folder of the user's settings until
 /// the next run of the same request; two runs of one request exclude each other.

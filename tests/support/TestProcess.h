@@ -69,7 +69,8 @@ inline void HeedInterrupts()
 #endif
 }
 
-/// Asks this process to end, as a key does (see platform/ThisProcess.h); the request has arrived when this comes back.
+/// Asks this process to end, as a key does (see platform/ThisProcess.h); the request has arrived when this comes
+/// back.
 inline void Interrupt()
 {
 #ifdef _WIN32

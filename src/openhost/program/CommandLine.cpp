@@ -262,13 +262,13 @@ std::vector<std::string> PlugInsOfFolder(const std::string& folder)
     return found;
 }
 
-int RunCommandLine(int argumentCount, char** arguments)
+int RunCommandLine(int argumentCount, char** words)
 {
     CLI::App app(ProgramDescription(), "ferrule-host");
     Arguments arguments;
     Declare(app, arguments);
     try {
-        app.parse(argumentCount, arguments);
+        app.parse(argumentCount, words);
     } catch (const CLI::ParseError& error) {
         return TellProblem(app, error);
     }

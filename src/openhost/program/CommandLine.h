@@ -24,7 +24,7 @@ std::string HelpFooter();
 std::string ManualPage(const CLI::App& app, const std::string& version);
 
 /// Runs the program: reads its arguments, loads the plug-ins, runs the host to its end and answers the exit code.
-int RunCommandLine(int argumentCount, char** arguments);
+int RunCommandLine(int argumentCount, char** words);
 
 /// The plug-ins of a folder: every file *.api, sorted by name.
 std::vector<std::string> PlugInsOfFolder(const std::string& folder);

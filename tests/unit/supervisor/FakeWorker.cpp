@@ -138,14 +138,14 @@ private:
     std::string Process()
     {
         if (m_sequence == "asks for nothing") return "finished";
-        bool preflighted = false;
+        bool counted = false, preflighted = false;
         for (Input input; Next(input);) {
-            if (!preflighted) {
+            if (!std::exchange(counted, true)) {
                 m_log.Line("\tNumber of input files : " + std::to_string(m_total));
                 Ask({{"ask", "mark"}, {"mark", "inputs-counted"}});
             }
             m_log.Line("file " + FileName(input.path));
-            if (!std::exchange(preflighted, true)) {
+            if (!input.finalActionOnly && !std::exchange(preflighted, true)) {
                 Ask({{"ask", "mark"}, {"mark", "sequence-preflight-begins"}});
                 m_log.Line("preflight");
                 Ask({{"ask", "mark"}, {"mark", "sequence-preflight-ends"}});

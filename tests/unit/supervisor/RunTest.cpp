@@ -103,6 +103,7 @@ TEST(Run, ABadFileCostsOnlyItselfAndWhatWasWrittenIsFinished)
     const std::string log = place.Text("log.txt");
     EXPECT_NE(log.find("file crash\r\n"), std::string::npos);
     EXPECT_NE(log.find(std::string("ERROR: The worker ") + kAborted), std::string::npos);
+    EXPECT_EQ(log.find(": preflight\r\n"), log.rfind(": preflight\r\n")) << "that of a file begun again:\n" << log;
     for (const auto& [name, text] : place.Files("out")) EXPECT_FALSE(name.starts_with(".ferrule")) << name;
 }
 

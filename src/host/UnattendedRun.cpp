@@ -6,7 +6,7 @@
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Jobs.h"
 #include "jobs/JobDispatcher.h"
-#include "jobs/JobOverseer.h"
+#include "jobs/JobHost.h"
 #include "platform/HostWindow.h"
 #include "platform/Paths.h"
 

@@ -7,7 +7,7 @@
 #include "batchrun/RunDriver.h"
 #include "batchrun/StartupReader.h"
 #include "hostapi/HostTypes.h"
-#include "jobs/JobReporter.h"
+#include "jobs/JobHost.h"
 #include "platform/HostWindow.h"
 
 // Ends the host after an unattended run.

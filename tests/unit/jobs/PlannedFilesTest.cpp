@@ -8,7 +8,6 @@
 #include "base/Names.h"
 #include "engine/SequencePlanning.h"
 #include "jobs/PlannedFiles.h"
-#include "jobs/TouchedNames.h"
 #include "support/TemporaryFolder.h"
 
 namespace {

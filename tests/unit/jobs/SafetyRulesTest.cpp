@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/SequencePlanning.h"
-#include "jobs/SafetyRules.h"
+#include "jobs/PlanJob.h"
 #include "sequence/Sequence.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,5 +1,7 @@
+// Texts: in the narrow code page, as bytes that JSON can hold, as Base64, and in lines that come in pieces.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,3 +43,30 @@ FormatText(const char* format, ...);
 [[nodiscard]] std::string TextFromBytes(std::string_view bytes);
 /// The way back. Other text than the one above made stays as it is where it has no such characters.
 [[nodiscard]] std::string BytesFromText(std::string_view text);
+
+// Bytes as Base64 text and back.
+
+/// Base64 with padding, in one line.
+[[nodiscard]] std::string EncodeBase64(std::string_view bytes);
+
+/// Bytes of a Base64 text. Characters outside the alphabet are skipped, padding included; a last group of two or
+/// three characters yields one or two bytes, a single character none.
+[[nodiscard]] std::string DecodeBase64(std::string_view text);
+
+/// Makes whole lines of bytes that come in pieces. A line is kept up to `longest` bytes, the rest of it is dropped.
+class CLineSplitter {
+public:
+    explicit CLineSplitter(std::size_t longest) : m_longest(longest) {}
+
+    /// Appends the lines that these bytes complete, without their line ends.
+    void Add(std::string_view bytes, std::vector<std::string>& lines);
+    /// What has come of a last line without line end, if anything.
+    void Finish(std::vector<std::string>& lines);
+
+private:
+    void Keep(std::string_view part);
+
+    std::size_t m_longest;
+    std::string m_line;
+    bool m_begun = false;
+};

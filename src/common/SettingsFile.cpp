@@ -9,7 +9,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "base/Base64.h"
 #include "base/Text.h"
 #include "platform/FileProblem.h"
 

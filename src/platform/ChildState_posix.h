@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/LineSplitter.h"
+#include "base/Text.h"
 #include "platform/ChildProcess.h"
 #include "platform/FileHandles_posix.h"
 

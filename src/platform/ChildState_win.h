@@ -3,7 +3,7 @@
 #include <deque>
 #include <string>
 
-#include "base/LineSplitter.h"
+#include "base/Text.h"
 #include "platform/ChildPipes_win.h"
 #include "platform/ChildProcess.h"
 #include "platform/Handle_win.h"

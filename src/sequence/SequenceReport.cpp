@@ -3,7 +3,6 @@
 #include <cmath>
 #include <utility>
 
-#include "base/Base64.h"
 #include "base/Text.h"
 #include "hostcalls/Cab.h"
 #include "protocol/Json.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 
-#include "base/Base64.h"
 #include "base/Text.h"
 
 namespace {

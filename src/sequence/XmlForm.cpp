@@ -11,7 +11,6 @@
 
 #include <tinyxml.h>
 
-#include "base/Base64.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "platform/Files.h"

@@ -3,10 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/Base64.h"
-#include "base/LineSplitter.h"
-#include "base/Sha256.h"
 #include "base/Text.h"
+#include "base/Sha256.h"
 #include "platform/FileDigest.h"
 #include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"

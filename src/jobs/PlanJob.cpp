@@ -11,7 +11,7 @@
 #include "platform/Files.h"
 #include "platform/Programs.h"
 #include "protocol/Json.h"
-#include "protocol/PlanReport.h"
+#include "protocol/RunDescription.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // What somebody wants done to which files, as it goes from the command line through manifest and supervisor to the
-// plug-in.
+// plug-in, and what a plan finds out about it.
 #pragma once
 
 #include <string>
@@ -68,3 +68,17 @@ struct RunOrder {
 [[nodiscard]] Expected<RunOrder> RunOrderFrom(const Json& object);
 /// Whether the object is meant as one.
 [[nodiscard]] bool IsRunOrder(const Json& object);
+
+/// What a plan finds out about a run as a whole.
+/// Texts are UTF-8; paths in them as in base/Text.h.
+struct PlanReport {
+    int total = 0;                     ///< input files
+    std::string oneWorkerReason = {};  ///< why only one process may do the whole run; empty when several may
+    int tooYoung = 0;                  ///< files that were left out because they may still be growing
+    int unreadableFolders = 0;         ///< whose files the plan had to leave out
+    int outputsPerFile = 1;            ///< how many results the sequence writes for a file
+    std::vector<std::string> warnings = {};
+};
+
+[[nodiscard]] Json PlanReportJson(const PlanReport& plan);
+[[nodiscard]] PlanReport PlanReportFrom(const Json& object);

@@ -10,7 +10,7 @@
 #include "platform/FileDigest.h"
 #include "platform/Files.h"
 #include "protocol/Json.h"
-#include "protocol/PlanReport.h"
+#include "protocol/RunDescription.h"
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/journal/Manifest.h"
 #include "supervisor/plan/HostJob.h"

@@ -3,7 +3,6 @@
 
 #include <functional>
 
-#include "batchrun/HostCloser.h"
 #include "batchrun/RunEvents.h"
 #include "batchrun/RunSettings.h"
 #include "engine/Executor.h"

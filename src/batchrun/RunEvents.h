@@ -1,4 +1,5 @@
-// What a run tells whoever watches it, beside the log.
+// What a run asks of its surroundings: to be watched, and that the host is closed at its end. Implemented above this
+// folder.
 #pragma once
 
 #include <string>
@@ -20,4 +21,14 @@ public:
     virtual void FinalActionBegins() {}
     virtual void FileDone(const ProcessedFile& file) = 0;
     virtual void RunEnds(RunEnd end, const std::string& message) = 0;
+};
+
+/// Closing the host at the end of an unattended run; implemented above this folder.
+class CHostCloser {
+public:
+    virtual ~CHostCloser() = default;
+
+    /// Asks the host to end; it ends after the current host call has returned. Logs what it did.
+    /// May throw CHostException when the host raises.
+    virtual void CloseHost() = 0;
 };

@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
-#include "batchrun/HostCloser.h"
 #include "batchrun/RunDriver.h"
-#include "batchrun/StartupReader.h"
+#include "batchrun/RunEvents.h"
+#include "batchrun/RunSettings.h"
 #include "hostapi/HostTypes.h"
 #include "jobs/JobHost.h"
 #include "platform/HostWindow.h"
@@ -31,8 +31,6 @@ private:
 };
 
 // Connects the unattended run with the host: start-up notification, idle procedure, main window.
-
-class CLogWriter;
 
 /// There is at most one; the host's callbacks find it from Register until it goes.
 class CUnattendedRun final : private CStartupActions {

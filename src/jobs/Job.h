@@ -4,7 +4,6 @@
 #include <functional>
 #include <string>
 
-#include "batchrun/HostCloser.h"
 #include "batchrun/RunEvents.h"
 
 class CLogWriter;

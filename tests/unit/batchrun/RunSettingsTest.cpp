@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "batchrun/RunSettings.h"
-#include "batchrun/StartupReader.h"
 #include "support/MemoryLog.h"
 
 namespace {

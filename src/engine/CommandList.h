@@ -1,3 +1,5 @@
+// The commands of a sequence, made for one input file: their callbacks around a sequence and its files, and their
+// work.
 #pragma once
 
 #include <optional>
@@ -7,6 +9,7 @@
 #include "base/Expected.h"
 #include "hostcalls/Cab.h"
 #include "hostcalls/Commands.h"
+#include "hostcalls/HostFrame.h"
 
 // The commands of a sequence, made for one input file.
 
@@ -31,8 +34,6 @@ using CommandList = std::vector<SequenceCommand>;
 
 // The callbacks of handlers around a sequence and around each of its files.
 
-class CLogWriter;
-
 // Each asks all commands, in order, also after one of them reported an error. Each answers what the first problem
 // was, empty when there was none, and turns a raise of a callback into such a problem.
 
@@ -42,3 +43,18 @@ std::string PostflightSequence(CommandList& commands, CLogWriter& log);
 /// `inputs` tells each command its document; see CommandInputs.
 [[nodiscard]] std::string PreflightFile(CommandList& commands, PDDoc document, CCabView inputs, CLogWriter& log);
 [[nodiscard]] std::string PostflightFile(CommandList& commands, PDDoc document, CLogWriter& log);
+
+// Drives one command until it is through.
+
+class CProgressMonitorWrapper;
+
+struct ExecutionOutcome {
+    AVCommandStatus status = 0;
+    std::optional<HostError> raised;  // the status means nothing when the host raised
+};
+
+/// Lets a command work as long as it says that it is working. Asks for cancel between two steps of work and then
+/// cancels the command. `interactive`: a command that has a settings dialog shows it first. Throws nothing of the
+/// host's.
+[[nodiscard]] ExecutionOutcome ExecuteCommand(CHostCommand& command, bool interactive,
+                                              CProgressMonitorWrapper& progress, CLogWriter& log);

@@ -6,7 +6,7 @@
 #include "base/Names.h"
 #include "common/Log.h"
 #include "common/Progress.h"
-#include "engine/InputFiles.h"
+#include "engine/InputCollector.h"
 
 namespace {
 

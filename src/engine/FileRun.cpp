@@ -6,7 +6,6 @@
 #include "base/Text.h"
 #include "common/Log.h"
 #include "common/Progress.h"
-#include "engine/CommandExecution.h"
 #include "engine/CommandList.h"
 #include "engine/InputOpening.h"
 #include "engine/OutputSaving.h"

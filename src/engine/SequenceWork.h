@@ -1,4 +1,3 @@
-// Running a sequence over the files of a run.
 #pragma once
 
 #include <optional>

@@ -9,7 +9,7 @@
 #include "base/Expected.h"
 #include "batchrun/RunDriver.h"
 #include "common/Log.h"
-#include "engine/InputFiles.h"
+#include "engine/InputCollector.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Jobs.h"
 #include "jobs/Job.h"

@@ -5,7 +5,7 @@
 #include "base/Text.h"
 #include "batchrun/RunDriver.h"
 #include "common/Log.h"
-#include "engine/InputFiles.h"
+#include "engine/InputCollector.h"
 #include "engine/Work.h"
 #include "jobs/PlannedFiles.h"
 #include "platform/Files.h"

@@ -13,8 +13,8 @@
 #include "pdflib/AcrobatDoc.h"
 #include "protocol/Json.h"
 #include "sequence/Findings.h"
-#include "sequence/Protection.h"
 #include "sequence/SequenceFile.h"
+#include "sequence/StepChecks.h"
 
 namespace {
 

@@ -8,8 +8,7 @@
 #include "sequence/SequenceChecks.h"
 #include "sequence/SequenceConvert.h"
 #include "sequence/SequenceFile.h"
-#include "sequence/SequenceReport.h"
-#include "sequence/StepMaking.h"
+#include "sequence/SequenceJson.h"
 #include "sequence/XmlForm.h"
 
 namespace {

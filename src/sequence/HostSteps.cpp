@@ -9,8 +9,8 @@
 #include "hostcalls/Cab.h"
 #include "sequence/Findings.h"
 #include "sequence/Keys.h"
-#include "sequence/Protection.h"
 #include "sequence/SequenceFile.h"
+#include "sequence/StepChecks.h"
 
 namespace {
 

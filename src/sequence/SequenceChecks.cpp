@@ -11,7 +11,6 @@
 #include "sequence/OutputSettings.h"
 #include "sequence/StepChecks.h"
 #include "sequence/StepDescription.h"
-#include "sequence/StepSecrets.h"
 
 namespace {
 

@@ -19,7 +19,6 @@
 #include "sequence/GuardedXml.h"
 #include "sequence/HostForm.h"
 #include "sequence/StepDescription.h"
-#include "sequence/StepSecrets.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "sequence/StepDescription.h"
-#include "sequence/StepSecrets.h"
 
 namespace {
 

@@ -1,4 +1,3 @@
-// All steps that the plug-in offers to the host.
 #pragma once
 
 #include <memory>

@@ -4,7 +4,6 @@
 
 #include "base/Names.h"
 #include "common/Log.h"
-#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
 

@@ -4,7 +4,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Paths.h"
-#include "platform/Terminal.h"
+#include "platform/ThisProcess.h"
 
 namespace cli {
 

@@ -7,7 +7,7 @@
 #include "cli/Printable.h"
 #include "cli/RunArguments.h"
 #include "common/ProductPaths.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "platform/HeldFiles.h"
 #include "platform/Paths.h"
 

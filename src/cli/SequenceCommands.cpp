@@ -8,7 +8,6 @@
 #include "cli/Printable.h"
 #include "cli/RunArguments.h"
 #include "cli/Summary.h"
-#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "protocol/FinalAction.h"

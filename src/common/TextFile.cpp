@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/Unicode.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 
 CTextFileRead::CTextFileRead(const std::string& path)
 {

@@ -9,7 +9,6 @@
 #include "hostapi/HostConstants.h"
 #include "hostcalls/Conversions.h"
 #include "hostcalls/HostFrame.h"
-#include "platform/FileProblem.h"
 #include "platform/Files.h"
 
 bool HasChanged(const std::string& path, const std::optional<platform::FileStamp>& known)

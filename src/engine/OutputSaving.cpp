@@ -14,7 +14,6 @@
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/HostPath.h"
 #include "hostcalls/Jobs.h"
-#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
 #include "sequence/Keys.h"

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <atomic>
 
-#include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/Files.h"
+#include "platform/TemporaryFile.h"
 
 namespace platform {
 namespace {

@@ -4,7 +4,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/ChildState_win.h"
 #include "platform/Clock.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "platform/Processes_win.h"
 #include "platform/Windows_win.h"
 

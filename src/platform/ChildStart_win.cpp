@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/ChildState_win.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "platform/WideText_win.h"
 
 namespace platform {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/Files.h"
 #include "platform/Handle_win.h"
 #include "platform/WideText_win.h"
 

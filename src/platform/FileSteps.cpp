@@ -1,6 +1,6 @@
 #include "platform/FileSteps.h"
 
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 
 namespace platform {
 

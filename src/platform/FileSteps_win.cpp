@@ -1,8 +1,8 @@
 #include <array>
 
 #include "platform/FileHandles_win.h"
-#include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/Files.h"
 #include "platform/WideText_win.h"
 
 namespace platform {

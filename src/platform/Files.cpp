@@ -1,11 +1,26 @@
 #include "platform/Files.h"
 
+#include <algorithm>
+
 #include "base/Names.h"
 #include "base/Overseer.h"
-#include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/TemporaryFile.h"
 
 namespace platform {
+
+FileProblem ProblemOf(FileResult result)
+{
+    if (result) return FileProblem::None;
+    const auto row = std::ranges::find(ErrorRows(), result.errorNumber, &ErrorRow::number);
+    return row == ErrorRows().end() ? FileProblem::Other : row->problem;
+}
+
+FileResult Failure(FileProblem problem)
+{
+    if (problem == FileProblem::None) return {};
+    return {std::ranges::find(ErrorRows(), problem, &ErrorRow::problem)->number};
+}
 
 std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes, FileResult* result)
 {

@@ -1,3 +1,4 @@
+// Files and folders: what stands where, reading, copying, moving, removing, and the failures that callers tell apart.
 #pragma once
 
 #include <cstdint>
@@ -5,13 +6,14 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-/// Files and folders by path. Paths and names are bytes of the narrow code page and are never converted or
-/// normalised, so a name that is not valid text still finds its file.
+// Paths and names are bytes of the narrow code page and are never converted or normalised, so a name that is not
+// valid text still finds its file.
 namespace platform {
 
 /// Outcome of a file operation: 0 or the system's error number.
@@ -23,6 +25,41 @@ struct [[nodiscard]] FileResult {
 
 /// The system's sentence for an error number.
 std::string ErrorText(int errorNumber);
+
+// The failures of file operations that callers tell apart. Systems have numbers of their own, and often several, for
+// each; nothing outside this folder knows them.
+
+enum class FileProblem {
+    None,
+    Missing,          ///< no such file, or no such folder on the way to it
+    Exists,           ///< the name is taken
+    NotARegularFile,  ///< "invalid argument": a device, a pipe, a file onto itself
+    IsAFolder,
+    NoAccess,   ///< rights, or a file system that is read-only
+    InUse,      ///< another process holds it: "would block"
+    Cancelled,  ///< the overseer refused
+    DiskFull,   ///< or a quota
+    TooLarge,   ///< for a limit of ours or of the system
+    OutOfMemory,
+    NobodyReads,  ///< the reader of a pipe is gone
+    Other
+};
+
+FileProblem ProblemOf(FileResult result);
+/// The result that stands for this problem; for Other an error of input and output.
+FileResult Failure(FileProblem problem);
+/// What the last call of a C stream in this thread failed with. Never success.
+FileResult StreamFailure();
+
+// What each system's error numbers mean; not for callers outside this folder.
+
+struct ErrorRow {
+    int number;
+    FileProblem problem;
+};
+
+/// Numbers without a row mean Other. The first row of a problem has the number that stands for it.
+std::span<const ErrorRow> ErrorRows();
 
 /// What to do with a file that already stands at the target path.
 enum class Existing { Fail, Replace };

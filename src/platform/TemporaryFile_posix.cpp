@@ -8,8 +8,9 @@
 #include "platform/AtomicFile.h"
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
-#include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/Files.h"
+#include "platform/TemporaryFile.h"
 
 namespace platform {
 namespace {

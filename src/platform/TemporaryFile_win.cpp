@@ -1,7 +1,8 @@
 #include "platform/AtomicFile.h"
 #include "platform/FileHandles_win.h"
-#include "platform/FileProblem.h"
 #include "platform/FileSteps.h"
+#include "platform/Files.h"
+#include "platform/TemporaryFile.h"
 #include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
 

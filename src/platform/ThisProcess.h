@@ -1,3 +1,4 @@
+// This process: what it needs from the system, requests to end it, and the terminal that it may have.
 #pragma once
 
 #include <cstdint>
@@ -45,5 +46,15 @@ std::optional<MemoryStatus> GlobalMemoryStatus();
 /// How many files this process may have open at a time, after it was tried to make room for `wanted`; started
 /// programs get the same room.
 std::uint64_t MakeRoomForOpenFiles(std::uint64_t wanted);
+
+enum class StandardStream { Output, Error };
+
+/// Whether somebody sees what is written there, on a terminal that understands control codes (cursor, colours). Lets
+/// it do so where it has to be told.
+bool TakesControlCodes(StandardStream stream);
+/// Whether it is a terminal of any kind.
+bool IsTerminal(StandardStream stream);
+/// Its width in columns; 80 when it does not tell.
+int TerminalWidth(StandardStream stream);
 
 }  // namespace platform

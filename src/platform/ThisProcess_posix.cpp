@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "platform/Paths.h"
 #include "platform/Processes_posix.h"
 #include "platform/ThisProcess.h"
 
@@ -202,6 +204,29 @@ std::uint64_t MakeRoomForOpenFiles(std::uint64_t wanted)
     rlimit raised = limit;
     raised.rlim_cur = std::min<rlim_t>(wanted, limit.rlim_max);
     return ::setrlimit(RLIMIT_NOFILE, &raised) == 0 ? raised.rlim_cur : limit.rlim_cur;
+}
+
+namespace {
+
+constexpr int kUsualWidth = 80;
+
+int DescriptorOf(StandardStream stream) { return stream == StandardStream::Output ? STDOUT_FILENO : STDERR_FILENO; }
+
+}  // namespace
+
+bool TakesControlCodes(StandardStream stream)
+{
+    const std::string kind = EnvironmentText("TERM");
+    return isatty(DescriptorOf(stream)) == 1 && !kind.empty() && kind != "dumb";
+}
+
+bool IsTerminal(StandardStream stream) { return isatty(DescriptorOf(stream)) == 1; }
+
+int TerminalWidth(StandardStream stream)
+{
+    winsize size{};
+    if (ioctl(DescriptorOf(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
+    return size.ws_col;
 }
 
 }  // namespace platform

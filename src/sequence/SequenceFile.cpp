@@ -14,7 +14,6 @@
 #include "hostcalls/Commands.h"
 #include "hostcalls/HostFrame.h"
 #include "platform/AtomicFile.h"
-#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "sequence/GuardedXml.h"
 #include "sequence/HostForm.h"

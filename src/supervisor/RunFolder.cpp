@@ -10,7 +10,6 @@
 #include "base/Sha256.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clock.h"
-#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
 #include "supervisor/plan/Planning.h"

@@ -7,7 +7,7 @@
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostErrors.h"
 #include "openhost/files/DiskFile.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "platform/Handle_win.h"
 #include "platform/WideText_win.h"
 

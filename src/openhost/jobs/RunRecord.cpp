@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "openhost/core/Diagnostics.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "platform/NarrowText.h"
 
 namespace openhost {

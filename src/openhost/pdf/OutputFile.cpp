@@ -1,7 +1,7 @@
 #include "openhost/pdf/OutputFile.h"
 
 #include "openhost/pdf/PdfError.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 
 namespace openhost {
 namespace {

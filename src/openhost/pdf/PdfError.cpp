@@ -6,7 +6,7 @@
 #include <qpdf/QPDFSystemError.hh>
 
 #include "openhost/core/Raise.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 
 namespace openhost {
 namespace {

@@ -7,7 +7,7 @@
 #include <qpdf/QPDFExc.hh>
 
 #include "openhost/pdf/PdfError.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 
 namespace openhost {
 namespace {

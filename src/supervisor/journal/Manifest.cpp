@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "protocol/Json.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "protocol/FileRecord.h"
 
 platform::FileResult CRecordWriter::Open(const std::string& path)

@@ -3,10 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include "base/Text.h"
 #include "base/Sha256.h"
+#include "base/Text.h"
 #include "platform/FileDigest.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 
 TEST(Text, TrimmingTakesWhiteSpaceFromTheEndsOnly)

@@ -8,7 +8,7 @@
 
 #include "common/SettingsFile.h"
 #include "common/SettingsRecord.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 
 namespace {

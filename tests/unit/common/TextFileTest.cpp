@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "common/TextFile.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/ChildProcess.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 #include "unit/platform/ChildStory.h"
 

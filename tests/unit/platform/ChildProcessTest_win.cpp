@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/ChildProcess.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "platform/Handle_win.h"
 #include "platform/Paths.h"
 #include "platform/ThisProcess.h"

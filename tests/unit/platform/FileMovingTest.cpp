@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "MovingRows.h"
-#include "platform/FileProblem.h"
 #include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 

@@ -9,7 +9,6 @@
 #include <cerrno>
 #endif
 
-#include "platform/FileProblem.h"
 #include "support/TemporaryFolder.h"
 
 using platform::FileProblem;

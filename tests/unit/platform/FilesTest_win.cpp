@@ -4,7 +4,7 @@
 
 #include "platform/AtomicFile.h"
 #include "platform/ChildProcess.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "platform/Handle_win.h"
 #include "platform/HeldFiles.h"
 #include "platform/Paths.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "base/Names.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "platform/HeldFiles.h"
 #include "support/TemporaryFolder.h"
 #include "unit/platform/ChildStory.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 
 struct MovingRow {
     const char* what;

@@ -5,7 +5,7 @@
 #include "FileActs.h"
 #include "ScriptedOverseer.h"
 #include "base/Overseer.h"
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestProcess.h"
 

@@ -1,9 +1,9 @@
-#include "platform/ChildPipes_win.h"
+#include "platform/ChildState_win.h"
 
 #include <atomic>
 #include <string>
 
-#include "platform/FileProblem.h"
+#include "platform/Files.h"
 
 namespace platform {
 namespace {

@@ -10,6 +10,7 @@
 #include "cli/Summary.h"
 #include "platform/Paths.h"
 #include "platform/ThisProcess.h"
+#include "supervisor/Merge.h"
 #include "supervisor/Supervisor.h"
 
 namespace cli {

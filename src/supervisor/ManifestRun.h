@@ -13,7 +13,7 @@
 #include "supervisor/results/OutputGuard.h"
 #include "supervisor/results/RunLog.h"
 #include "supervisor/resume/ResumePoint.h"
-#include "supervisor/workers/FileGroups.h"
+#include "supervisor/workers/FilesForWorkers.h"
 #include "supervisor/workers/RunLoop.h"
 #include "supervisor/workers/Worker.h"
 

@@ -1,11 +1,11 @@
-// Joins the journals of all shards into one log and one record.
+#include "supervisor/Merge.h"
+
 #include <deque>
 #include <set>
 #include <utility>
 
 #include "base/Names.h"
 #include "platform/Files.h"
-#include "supervisor/Supervisor.h"
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/journal/Manifest.h"
 #include "supervisor/results/OutcomeRecorder.h"

@@ -22,9 +22,6 @@
 /// observer hears, are those of the shard.
 [[nodiscard]] RunResult RunShard(const ShardOptions& options, CRunObserver& observer);
 
-/// Joins the journals of all shards; tells files that lack an outcome or have two in the message.
-[[nodiscard]] RunResult MergeShards(const MergeOptions& options, CRunObserver& observer);
-
 struct JobResult {
     ExitClass exit = ExitClass::Broken;  ///< Fine when the job ended with "finished"
     bool diedEarly = false;              ///< the host was gone before it told how the job ended

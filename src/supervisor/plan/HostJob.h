@@ -6,7 +6,6 @@
 
 #include "supervisor/Supervisor.h"
 #include "supervisor/workers/Worker.h"
-#include "supervisor/workers/WorkerLog.h"
 
 struct HostJobResult {
     JobResult job = {};

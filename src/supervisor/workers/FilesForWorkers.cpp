@@ -1,10 +1,86 @@
 #include "supervisor/workers/FilesForWorkers.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <functional>
 #include <utility>
 
+#include "base/Names.h"
 #include "platform/FileDigest.h"
 #include "platform/Files.h"
+#include "platform/NarrowText.h"
+
+CGroupedFiles::CGroupedFiles(Source source, std::size_t lookahead)
+    : m_source(std::move(source)), m_lookahead(lookahead)
+{
+}
+
+std::optional<PlannedFile> CGroupedFiles::Take()
+{
+    if (auto file = TakeHeldBack()) return file;
+    while (m_heldBack.size() < m_lookahead) {
+        auto file = Read();
+        if (!file) return std::nullopt;
+        if (!IsBusy(*file)) return Handed(std::move(*file));
+        m_heldBack.push_back(std::move(*file));
+    }
+    return std::nullopt;
+}
+
+bool CGroupedFiles::Empty()
+{
+    if (!m_heldBack.empty()) return false;
+    if (!m_peeked) m_peeked = Read();
+    return !m_peeked;
+}
+
+std::optional<PlannedFile> CGroupedFiles::TakeHeldBack()
+{
+    const auto place =
+        std::find_if(m_heldBack.begin(), m_heldBack.end(), [this](const PlannedFile& file) { return !IsBusy(file); });
+    if (place == m_heldBack.end()) return std::nullopt;
+    PlannedFile file = std::move(*place);
+    m_heldBack.erase(place);
+    return Handed(std::move(file));
+}
+
+std::optional<PlannedFile> CGroupedFiles::Read()
+{
+    if (m_peeked) return std::exchange(m_peeked, std::nullopt);
+    if (m_sourceEnded) return std::nullopt;
+    auto file = m_source();
+    m_sourceEnded = !file;
+    return file;
+}
+
+PlannedFile CGroupedFiles::Handed(PlannedFile file)
+{
+    if (file.group != 0) m_busy.insert(file.group);
+    return file;
+}
+
+namespace {
+
+/// Equal for a path and the same path with separators more than needed, or in other letters where they do not count.
+std::uint64_t HashOf(const std::string& path)
+{
+    const std::string normal = platform::TextOf(platform::StandardPath(path).lexically_normal().make_preferred());
+    return std::hash<std::string>{}(kNamesIgnoreCase ? LowerCasedName(normal) : normal);
+}
+
+}  // namespace
+
+void CGroupedInputs::Add(const PlannedFile& file)
+{
+    if (file.group != 0) m_hashes.push_back(HashOf(file.path));
+}
+
+void CGroupedInputs::Complete() { std::sort(m_hashes.begin(), m_hashes.end()); }
+
+bool CGroupedInputs::Contains(const std::string& path) const
+{
+    return std::binary_search(m_hashes.begin(), m_hashes.end(), HashOf(path));
+}
 
 namespace {
 
@@ -26,7 +102,48 @@ bool IsAsKnown(const FileInHand& hand)
                        [&](const FileOutput& output) { return output.sha256 == content; });
 }
 
+FileOutcome Worse(FileOutcome one, FileOutcome other) { return std::max(one, other); }
+
+std::string Joined(const std::string& first, const std::string& second)
+{
+    if (first == second) return first;
+    return first.empty() || second.empty() ? first + second : first + ' ' + second;
+}
+
+/// Adds what was known of the file before its present worker got it.
+void AddEarlier(const FileInHand& hand, DoneFile& done)
+{
+    FileRecord& record = done.record;
+    record.message = Joined(hand.reason, Joined(record.message, hand.refusal));
+    if (hand.results) {
+        record.outputs.insert(record.outputs.begin(), hand.results->outputs.begin(), hand.results->outputs.end());
+        if (!hand.results->sha256.empty()) record.sha256 = hand.results->sha256;
+        record.signaturesBroken = record.signaturesBroken || hand.results->signaturesBroken;
+        record.outcome = Worse(record.outcome, hand.results->outcome);
+    }
+    const std::size_t earlierLines = hand.log.lines.size();
+    done.log.insert(done.log.begin(), hand.log.lines.begin(), hand.log.lines.end());
+    if (hand.log.preflightEnd != 0) {
+        done.preflightBegin = hand.log.preflightBegin;
+        done.preflightEnd = hand.log.preflightEnd;
+    } else if (done.preflightEnd != 0) {
+        done.preflightBegin += earlierLines;
+        done.preflightEnd += earlierLines;
+    }
+}
+
 }  // namespace
+
+DoneFile CombineDone(const FileInHand& hand, FileRecord record, LogBlock block)
+{
+    // What file it is only the plan knows for sure.
+    record.number = hand.file.number;
+    record.path = hand.file.path;
+    record.size = hand.file.size;
+    DoneFile done{std::move(record), std::move(block.lines), block.preflightBegin, block.preflightEnd};
+    AddEarlier(hand, done);
+    return done;
+}
 
 DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcome outcome, const std::string& message)
 {

@@ -1,4 +1,5 @@
-// Files on their way to workers: what an earlier start of the run has left of them, and whether they changed.
+// Files on their way to workers and back: in which order and with which others, what an earlier start of the run has
+// left of them, whether they changed, and what became of them.
 #pragma once
 
 #include <cstddef>
@@ -9,14 +10,60 @@
 #include <optional>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/results/OutcomeRecorder.h"
 #include "supervisor/resume/ResumePoint.h"
-#include "supervisor/workers/FileGroups.h"
 #include "supervisor/workers/PretendedActs.h"
 #include "supervisor/workers/Worker.h"
+
+/// Files whose names meet those of others: handed out one at a time, and kept from being replaced.
+/// Streams through the files in input order. Files of one group are handed out one at a time, in order; a file whose
+/// group is in hand is held back, and at most `lookahead` files are.
+class CGroupedFiles {
+public:
+    /// Answers the files in order, then nothing.
+    using Source = std::function<std::optional<PlannedFile>()>;
+    static constexpr std::size_t kLookahead = 1000;
+
+    explicit CGroupedFiles(Source source, std::size_t lookahead = kLookahead);
+
+    /// The next file that may be processed now. The caller says Done with its group when it is dealt with.
+    [[nodiscard]] std::optional<PlannedFile> Take();
+    void Done(std::uint32_t group) { m_busy.erase(group); }
+    /// No file is left to be taken, now or later.
+    [[nodiscard]] bool Empty();
+
+private:
+    bool IsBusy(const PlannedFile& file) const { return file.group != 0 && m_busy.contains(file.group); }
+    std::optional<PlannedFile> TakeHeldBack();
+    std::optional<PlannedFile> Read();
+    PlannedFile Handed(PlannedFile file);
+
+    Source m_source;
+    std::size_t m_lookahead;
+    bool m_sourceEnded = false;
+    std::optional<PlannedFile> m_peeked;
+    std::deque<PlannedFile> m_heldBack;
+    std::unordered_set<std::uint32_t> m_busy;  // groups in hand
+};
+
+/// The inputs of a run that are in groups.
+/// Memory: eight bytes for each input of a group.
+class CGroupedInputs {
+public:
+    /// A file of the manifest; those that are alone do not count.
+    void Add(const PlannedFile& file);
+    /// Once, after the last file.
+    void Complete();
+
+    bool Contains(const std::string& path) const;
+
+private:
+    std::vector<std::uint64_t> m_hashes;  // of the paths, sorted
+};
 
 class CFilesForWorkers {
 public:
@@ -70,5 +117,8 @@ private:
     std::string m_problem;
 };
 
+/// The block of the log and the record of a file, put together from what its worker has told, or was made of it when
+/// it had not, and what was known of the file before.
+[[nodiscard]] DoneFile CombineDone(const FileInHand& hand, FileRecord record, LogBlock block);
 /// The block of the log and the record of a file that no worker has said anything about.
 [[nodiscard]] DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcome outcome, const std::string& message);

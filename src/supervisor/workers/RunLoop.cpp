@@ -29,47 +29,6 @@ std::string MemoryText(std::uint64_t bytes)
     return std::to_string(mebibytes) + " MiB";
 }
 
-FileOutcome Worse(FileOutcome one, FileOutcome other) { return std::max(one, other); }
-
-std::string Joined(const std::string& first, const std::string& second)
-{
-    if (first == second) return first;
-    return first.empty() || second.empty() ? first + second : first + ' ' + second;
-}
-
-/// Adds what was known of the file before its present worker got it.
-void AddEarlier(const FileInHand& hand, DoneFile& done)
-{
-    FileRecord& record = done.record;
-    record.message = Joined(hand.reason, Joined(record.message, hand.refusal));
-    if (hand.results) {
-        record.outputs.insert(record.outputs.begin(), hand.results->outputs.begin(), hand.results->outputs.end());
-        if (!hand.results->sha256.empty()) record.sha256 = hand.results->sha256;
-        record.signaturesBroken = record.signaturesBroken || hand.results->signaturesBroken;
-        record.outcome = Worse(record.outcome, hand.results->outcome);
-    }
-    const std::size_t earlierLines = hand.log.lines.size();
-    done.log.insert(done.log.begin(), hand.log.lines.begin(), hand.log.lines.end());
-    if (hand.log.preflightEnd != 0) {
-        done.preflightBegin = hand.log.preflightBegin;
-        done.preflightEnd = hand.log.preflightEnd;
-    } else if (done.preflightEnd != 0) {
-        done.preflightBegin += earlierLines;
-        done.preflightEnd += earlierLines;
-    }
-}
-
-DoneFile CombineDone(const FileInHand& hand, FileRecord record, LogBlock block)
-{
-    // What file it is only the plan knows for sure.
-    record.number = hand.file.number;
-    record.path = hand.file.path;
-    record.size = hand.file.size;
-    DoneFile done{std::move(record), std::move(block.lines), block.preflightBegin, block.preflightEnd};
-    AddEarlier(hand, done);
-    return done;
-}
-
 /// What a host that could not even begin has said about it.
 std::string ErrorText(const CWorker& worker)
 {

@@ -10,7 +10,6 @@
 #include "protocol/Messages.h"
 #include "supervisor/results/OutcomeRecorder.h"
 #include "supervisor/results/OutputGuard.h"
-#include "supervisor/workers/FileGroups.h"
 #include "supervisor/workers/FilesForWorkers.h"
 #include "supervisor/workers/PretendedActs.h"
 #include "supervisor/workers/Worker.h"

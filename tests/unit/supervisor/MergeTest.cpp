@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "supervisor/Merge.h"
 #include "supervisor/journal/Manifest.h"
 #include "unit/supervisor/RunPlace.h"
 

@@ -8,7 +8,6 @@
 #include "supervisor/results/OutcomeRecorder.h"
 #include "supervisor/workers/FilesForWorkers.h"
 #include "supervisor/workers/Worker.h"
-#include "supervisor/workers/WorkerLog.h"
 #include "unit/supervisor/RunPlace.h"
 
 namespace {

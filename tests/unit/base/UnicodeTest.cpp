@@ -79,5 +79,6 @@ TEST(Unicode, LetterCaseOfNamesIsThatOfAnyLanguage)
     }
     EXPECT_TRUE(NameComesBefore("a\xC4", "B"));
     EXPECT_TRUE(NameComesBefore("A", "a"));
+    EXPECT_TRUE(NameComesBefore("b", "Ba"));
     EXPECT_FALSE(NameComesBefore("\u00E4", "\u00C4"));
 }

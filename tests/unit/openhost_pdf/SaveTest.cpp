@@ -181,33 +181,34 @@ TEST_F(ReadBack, FindsEachDamageAndReplacesNothing)
 {
     const struct {
         const char* what;
-        bool encrypted;
+        int method;  // of the encryption; 0 = none
         Damage damage;
         const char* reason;
-    } rows[] = {{"cut", false, [](std::string& bytes) { bytes.resize(bytes.size() / 2); }, "startxref"},
-                {"wrong offset of the table", false,
+    } rows[] = {{"cut", 0, [](std::string& bytes) { bytes.resize(bytes.size() / 2); }, "startxref"},
+                {"wrong offset of the table", 0,
                  [](std::string& bytes) { bytes.insert(bytes.rfind("startxref") + 10, "1"); }, "xref"},
-                {"an object elsewhere", false, Replaced("\n3 0 obj", "\n9 0 obj"), "object 3 is not where"},
-                {"a page less", false, Replaced("/Type /Page ", "/Type /Pagos"), ""},
-                {"the last page is nothing", false,
+                {"an object elsewhere", 0, Replaced("\n3 0 obj", "\n9 0 obj"), "object 3 is not where"},
+                {"a page less", 0, Replaced("/Type /Page ", "/Type /Pagos"), ""},
+                {"the last page is nothing", 0,
                  [](std::string& bytes) {
                      const std::size_t kids = bytes.find("/Kids [ "), end = bytes.find("0 R ]", kids);
                      bytes.replace(end - 2, 5, "null ");
                  },
                  "2 of 3 pages"},
-                {"no content", false, Replaced("/Contents", "/Cantents"), "its content"},
-                {"another content", false, Replaced("(Page", "(Pace"), "another content"},
-                {"readable by everybody", true, Replaced("/Encrypt", "/Encrapt"), "not encrypted"},
-                {"another open password", true, OtherDigit("/U"), ""},
-                {"another permissions password", true, OtherDigit("/O"), ""},
-                {"more rights", true, Replaced("/P -3904", "/P -3900"), ""}};
-    StandardSecurity protection = Protection("open", "change", 2, 3);
-    protection.permissions = 0xFFFFF0C0;
+                {"no content", 0, Replaced("/Contents", "/Cantents"), "its content"},
+                {"another content", 0, Replaced("(Page", "(Pace"), "another content"},
+                {"readable by everybody", 2, Replaced("/Encrypt", "/Encrapt"), "not encrypted"},
+                {"another open password", 2, OtherDigit("/U"), ""},
+                {"another permissions password", 2, OtherDigit("/O"), ""},
+                {"more rights", 2, Replaced("/P -3904", "/P -3900"), ""},
+                {"more rights, which make no key", 7, Replaced("/P -3392", "/P -3388"), "another /P"}};
     for (const auto& row : rows) {
         const std::string old = SamplePdf(3);
         const std::string path = folder.Write("a.pdf", old);
         CPdfDocument document = CPdfDocument::Open(path);
-        if (row.encrypted) document.SetSecurity(protection);
+        StandardSecurity protection = Protection("open", "change", row.method);
+        protection.permissions = 0xFFFFF0C0;
+        if (row.method != 0) document.SetSecurity(protection);
         int writings = 0;
         const auto damage = [&](const std::string& written) {
             ++writings;

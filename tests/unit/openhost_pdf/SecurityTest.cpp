@@ -222,7 +222,9 @@ TEST_F(Security, ChangingNeedsTheRightOrTheOwner)
     document.RemoveSecurity();
     document.Save({.path = folder / "free.pdf"});
     EXPECT_FALSE(CPdfDocument::Open(folder / "free.pdf").IsEncrypted());
-    EXPECT_EQ(TitleOf(folder / "free.pdf"), "x");
+    document.SetInfo("Title", "y");
+    document.Save({});
+    EXPECT_EQ(TitleOf(folder / "free.pdf"), "y");
 }
 
 TEST_F(Security, UnchangedEncryptionSurvivesEverySave)

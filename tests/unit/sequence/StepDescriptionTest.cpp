@@ -4,22 +4,23 @@
 
 namespace {
 
-/// The plug-in with one step of its own, for as long as the object lives.
-class COneOwnStep {
+/// The plug-in with two steps of its own, for as long as the object lives. The second works for all files at once.
+class COwnSteps {
 public:
-    COneOwnStep() { SetOwnSteps({&m_step}); }
-    ~COneOwnStep() { SetOwnSteps({}); }
+    COwnSteps() { SetOwnSteps({&m_step, &m_shared}); }
+    ~COwnSteps() { SetOwnSteps({}); }
 
 private:
     OpenParameter m_open[1] = {{"Count"}};
     StepDescription m_step{.handler = "QLNX_FerruleTestCommand", .open = m_open};
+    StepDescription m_shared{.handler = "QLNX_FerruleIndexCommand", .shared = SharedWork::Index, .open = m_open};
 };
 
 }  // namespace
 
 TEST(StepDescription, WhatNobodyDescribesIsTakenCarefully)
 {
-    const COneOwnStep plugIn;
+    const COwnSteps plugIn;
     // Which of a parameter that sounds harmless, one that sounds like a password and the open one of the step above
     // are hidden, as texts and as numbers.
     const struct {
@@ -29,6 +30,7 @@ TEST(StepDescription, WhatNobodyDescribesIsTakenCarefully)
         const char* hiddenTexts;
         const char* hiddenNumbers;
     } rows[] = {{"QLNX_FerruleTestCommand", StepMaker::Plugin, true, "Name Pwd ", "Name Pwd "},
+                {"QLNX_FerruleIndexCommand", StepMaker::Plugin, false, "Name Pwd ", "Name Pwd "},
                 {"QLNX_FerruleNextVersionCommand", StepMaker::Plugin, true, "Name Pwd Count ", "Name Pwd Count "},
                 {"qlnx_ferruletestcommand", StepMaker::Other, false, "Name Pwd Count ", "Name Pwd Count "},
                 {"DocSecurity", StepMaker::Host, true, "Name Pwd Count ", "Pwd "},

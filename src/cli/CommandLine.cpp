@@ -7,11 +7,9 @@
 #include "base/LikelyName.h"
 #include "base/Text.h"
 #include "cli/Arguments.h"
-#include "cli/CommandError.h"
-#include "cli/Completions.h"
+#include "cli/Generated.h"
 #include "cli/Help.h"
 #include "cli/LogCommand.h"
-#include "cli/ManPage.h"
 #include "cli/RunCommands.h"
 #include "cli/SequenceCommands.h"
 

@@ -1,4 +1,4 @@
-// The rows of the command table, one function for each command.
+// The rows of the command table, one function for each command; those of run, plan and merge are in RunRows.
 #pragma once
 
 #include "cli/CommandTable.h"

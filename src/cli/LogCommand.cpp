@@ -3,8 +3,8 @@
 #include <chrono>
 #include <thread>
 
-#include "cli/CommandError.h"
-#include "cli/Printable.h"
+#include "cli/Arguments.h"
+#include "cli/Console.h"
 #include "cli/RunArguments.h"
 #include "common/ProductPaths.h"
 #include "platform/Files.h"

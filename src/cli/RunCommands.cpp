@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/Text.h"
-#include "cli/CommandError.h"
-#include "cli/Printable.h"
+#include "cli/Arguments.h"
+#include "cli/Console.h"
 #include "cli/RunArguments.h"
 #include "cli/RunPrinter.h"
 #include "cli/Summary.h"

@@ -1,16 +1,58 @@
-// What a run looks like to the person who started it.
+// What a run looks like to the person who started it, and how far it is, as one line of text.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "cli/Console.h"
-#include "cli/ProgressMeter.h"
 #include "supervisor/RunObserver.h"
 
 namespace cli {
+
+/// How far a run is, as one line of text. Knows no terminal and no clock.
+struct WorkDone {
+    std::uint64_t files = 0;
+    std::uint64_t bytes = 0;
+    std::uint64_t notFine = 0;
+};
+
+/// Files count by their bytes and a fixed amount for each, so that neither many small nor few large files mislead.
+/// Times are milliseconds of a clock that never goes back.
+class CProgressMeter {
+public:
+    /// What an earlier start of the run has done counts as done, but not for the speed.
+    void Begin(std::uint64_t totalFiles, std::uint64_t totalBytes, const WorkDone& before, std::uint64_t nowMs);
+    void Update(const WorkDone& done) { m_done = done; }
+    bool Begun() const { return m_begun; }
+
+    /// "[=====>      ]  42 %  4,200/10,000 files  3 not fine  1:23 left  118/s", at most `width` columns: what does
+    /// not fit is left out, the least important first. `colour`: what is not fine is red.
+    std::string Bar(std::uint64_t nowMs, std::size_t width, bool colour) const;
+    /// "4,200 of 10,000 files (42 %), 3 not fine, 118 files/s, 1:23 left"
+    std::string Sentence(std::uint64_t nowMs) const;
+
+private:
+    double Fraction() const;
+    std::string Percent() const;
+    std::string NotFine() const;
+    /// Files each second; empty when there is nothing to judge by.
+    std::string Speed(std::uint64_t nowMs, const char* unit) const;
+    std::string TimeLeft(std::uint64_t nowMs) const;
+    double Seconds(std::uint64_t nowMs) const;
+
+    bool m_begun = false;
+    std::uint64_t m_totalFiles = 0, m_totalBytes = 0;
+    WorkDone m_before, m_done;
+    std::uint64_t m_startMs = 0;
+};
+
+/// 1234567 as "1,234,567".
+std::string Grouped(std::uint64_t number);
+/// "0:07", "1:02:03".
+std::string Duration(std::uint64_t seconds);
 
 struct PrintOptions {
     bool quiet = false;         ///< warnings and files that are not fine only

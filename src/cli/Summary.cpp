@@ -3,8 +3,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
-#include "cli/Printable.h"
-#include "cli/ProgressMeter.h"
+#include "cli/Console.h"
 #include "cli/RunPrinter.h"
 #include "protocol/Json.h"
 

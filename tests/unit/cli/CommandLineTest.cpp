@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/CommandError.h"
+#include "cli/Arguments.h"
 #include "cli/CommandLine.h"
 #include "cli/LogCommand.h"
 #include "cli/RunArguments.h"

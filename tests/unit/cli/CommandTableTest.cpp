@@ -7,9 +7,8 @@
 #include "base/Text.h"
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
-#include "cli/Completions.h"
+#include "cli/Generated.h"
 #include "cli/Help.h"
-#include "cli/ManPage.h"
 
 namespace {
 

@@ -4,10 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cli/CommandError.h"
+#include "cli/Arguments.h"
 #include "cli/Console.h"
-#include "cli/Printable.h"
-#include "cli/ProgressMeter.h"
 #include "cli/RunPrinter.h"
 #include "cli/SequenceCommands.h"
 #include "cli/Summary.h"

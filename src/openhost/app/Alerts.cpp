@@ -3,7 +3,7 @@
 #include "openhost/app/AppState.h"
 #include "openhost/app/Slots.h"
 #include "openhost/app/Views.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/values/Cabinet.h"
 #include "openhost/values/Text.h"
 

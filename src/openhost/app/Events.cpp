@@ -5,7 +5,7 @@
 
 #include "openhost/app/AppState.h"
 #include "openhost/app/Slots.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/core/Raise.h"
 
 namespace openhost {

@@ -8,7 +8,7 @@
 #include "openhost/app/Events.h"
 #include "openhost/app/Menus.h"
 #include "openhost/core/Atoms.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/documents/Documents.h"
 
 namespace openhost {

@@ -5,7 +5,7 @@
 
 #include "openhost/app/Events.h"
 #include "openhost/app/Slots.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "openhost/files/Files.h"

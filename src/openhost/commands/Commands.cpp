@@ -5,7 +5,7 @@
 #include "openhost/app/AppState.h"
 #include "openhost/app/Views.h"
 #include "openhost/commands/Handlers.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/documents/Documents.h"
 
 namespace openhost {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "openhost/app/AppState.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 
 namespace openhost {
 

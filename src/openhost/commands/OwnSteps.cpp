@@ -4,7 +4,7 @@
 #include "openhost/commands/Handlers.h"
 #include "openhost/commands/Slots.h"
 #include "openhost/commands/Step.h"
-#include "openhost/core/Slot.h"
+#include "openhost/core/Raise.h"
 
 /// The host's own steps: a line for each, with the function that answers its description.
 #define OWN_STEPS(STEP)   \

@@ -6,7 +6,7 @@
 #include "base/Names.h"
 #include "openhost/commands/Step.h"
 #include "openhost/conversion/Converters.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"
 #include "platform/Files.h"

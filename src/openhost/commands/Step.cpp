@@ -8,7 +8,7 @@
 #include "base/Text.h"
 #include "openhost/commands/LocalNames.h"
 #include "openhost/core/Atoms.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/core/Raise.h"
 #include "openhost/pdf/PdfError.h"
 #include "platform/NarrowText.h"

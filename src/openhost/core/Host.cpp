@@ -1,5 +1,6 @@
 #include "openhost/core/Host.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace openhost {
@@ -30,6 +31,22 @@ std::size_t CHost::NextIndex()
 {
     static std::size_t next = 0;
     return next++;
+}
+
+void CDiagnostics::Say(std::string_view remark)
+{
+    if (m_listener) {
+        m_listener(remark);
+        return;
+    }
+    SayOnStandardError(remark);
+}
+
+void Diagnose(std::string_view remark) { Part<CDiagnostics>().Say(remark); }
+
+void SayOnStandardError(std::string_view remark)
+{
+    std::fprintf(stderr, "ferrule-host: %.*s\n", static_cast<int>(remark.size()), remark.data());
 }
 
 }  // namespace openhost

@@ -5,9 +5,7 @@
 #include <cstdlib>
 #include <unordered_map>
 
-#include "openhost/core/Diagnostics.h"
 #include "openhost/core/Host.h"
-#include "openhost/core/Slot.h"
 
 namespace openhost {
 

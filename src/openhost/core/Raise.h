@@ -1,8 +1,10 @@
+// Raises, the frames that catch them, and the entries of tables that turn what a host function throws into one.
 #pragma once
 
 #include <csetjmp>
 #include <cstddef>
 #include <exception>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +13,7 @@
 #include "hostapi/HostErrors.h"
 #include "hostapi/HostRecords.h"
 #include "hostapi/HostTypes.h"
+#include "openhost/core/Host.h"
 
 namespace openhost {
 
@@ -109,5 +112,37 @@ bool EndsByJump(std::jmp_buf& target, void (*body)(void* context), void* context
 
 /// The restore procedure of the host's own frames; `target` is a std::jmp_buf whose EndsByJump still runs.
 void HOSTCALL JumpBack(void* target);
+
+/// Remembers the exception that is being handled for the plug-in and answers its code. Call inside a catch block.
+ASErrorCode RememberCurrentException() noexcept;
+
+/// The entry that stands in a table for the host function Impl. Impl may throw; the entry turns what it throws into a
+/// raise once every C++ object of the call is gone.
+template <auto Impl>
+struct CSlot;
+
+template <class R, class... A, R (*Impl)(A...)>
+struct CSlot<Impl> {
+    static R HOSTCALL Entry(A... arguments)
+    {
+        ASErrorCode raised = 0;
+        if constexpr (std::is_void_v<R>) {
+            try {
+                Impl(arguments...);
+                return;
+            } catch (...) {
+                raised = RememberCurrentException();
+            }
+        } else {
+            try {
+                return Impl(arguments...);
+            } catch (...) {
+                raised = RememberCurrentException();
+            }
+        }
+        static_cast<void>(raised);
+        Part<CFrames>().LeaveThroughTop();
+    }
+};
 
 }  // namespace openhost

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/core/Raise.h"
 
 namespace openhost {

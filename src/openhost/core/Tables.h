@@ -11,7 +11,7 @@
 #include "hostapi/HostRecords.h"
 #include "hostapi/HostSlotLists.h"
 #include "openhost/core/Handles.h"
-#include "openhost/core/Slot.h"
+#include "openhost/core/Raise.h"
 
 namespace openhost {
 

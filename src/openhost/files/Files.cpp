@@ -2,7 +2,6 @@
 
 #include "base/Overseer.h"
 #include "openhost/core/Atoms.h"
-#include "openhost/core/Diagnostics.h"
 #include "openhost/core/Host.h"
 #include "openhost/files/PathSlots.h"
 #include "openhost/files/PathSyntax.h"

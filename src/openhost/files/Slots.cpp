@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "base/Overseer.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/core/Tables.h"
 #include "openhost/files/Answering.h"
 #include "openhost/files/DiskFile.h"

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
 

@@ -9,8 +9,8 @@
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/Handlers.h"
 #include "openhost/conversion/Converters.h"
-#include "openhost/core/Diagnostics.h"
 #include "openhost/core/Extensions.h"
+#include "openhost/core/Host.h"
 #include "openhost/core/Tables.h"
 #include "platform/NarrowText.h"
 

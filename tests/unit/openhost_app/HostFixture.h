@@ -10,7 +10,7 @@
 #include "openhost/commands/Slots.h"
 #include "openhost/conversion/Slots.h"
 #include "openhost/core/Atoms.h"
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/core/Tables.h"
 #include "openhost/documents/Slots.h"
 #include "openhost/files/Slots.h"

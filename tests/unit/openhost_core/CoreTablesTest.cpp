@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "openhost/core/Atoms.h"
-#include "openhost/core/Diagnostics.h"
 #include "openhost/core/Extensions.h"
+#include "openhost/core/Host.h"
 #include "openhost/core/Memory.h"
 #include "openhost/core/Tables.h"
 

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "openhost/core/Diagnostics.h"
+#include "openhost/core/Host.h"
 #include "openhost/core/Memory.h"
 #include "openhost/core/Tables.h"
 #include "openhost/files/FilePaths.h"

@@ -7,10 +7,9 @@
 #include <qpdf/QPDFPageObjectHelper.hh>
 #include <qpdf/QUtil.hh>
 
+#include "openhost/pdf/DocumentFiles.h"
 #include "openhost/pdf/DocumentState.h"
-#include "openhost/pdf/OutputFile.h"
 #include "openhost/pdf/PdfError.h"
-#include "openhost/pdf/SourceFile.h"
 
 namespace openhost {
 namespace {
@@ -180,7 +179,7 @@ struct PageSize {
     std::string width, height;  // points
 };
 
-PageSize SizeOf(const JpegHeader& header)
+PageSize PageSizeOf(const JpegHeader& header)
 {
     double width = header.width, height = header.height;
     if (header.dpiX > 0 && header.dpiY > 0) {
@@ -210,7 +209,7 @@ QPDFObjectHandle ImageStream(QPDF& library, const JpegHeader& header, const std:
 
 void AddPage(QPDF& library, const JpegHeader& header, const std::string& bytes)
 {
-    const PageSize size = SizeOf(header);
+    const PageSize size = PageSizeOf(header);
     QPDFObjectHandle page = library.makeIndirectObject(QPDFObjectHandle::parse(
         "<</Type/Page/Resources<</XObject<<>>>>/MediaBox[0 0 " + size.width + ' ' + size.height + "]>>"));
     page.getKey("/Resources").getKey("/XObject").replaceKey("/Im0", ImageStream(library, header, bytes));

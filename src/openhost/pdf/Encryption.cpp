@@ -5,7 +5,6 @@
 #include <qpdf/QPDFExc.hh>
 #include <qpdf/QUtil.hh>
 
-#include "openhost/pdf/KeysRevision6.h"
 #include "openhost/pdf/Passwords.h"
 
 namespace openhost {

@@ -5,7 +5,6 @@
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfError.h"
-#include "openhost/pdf/XmlTags.h"
 #include "openhost/pdf/Xmp.h"
 
 namespace openhost {

@@ -4,12 +4,12 @@
 #include <qpdf/BufferInputSource.hh>
 #include <qpdf/QPDFExc.hh>
 
+#include "openhost/pdf/DocumentFiles.h"
 #include "openhost/pdf/DocumentLoss.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/FileRebuilder.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfError.h"
-#include "openhost/pdf/SourceFile.h"
 
 namespace openhost {
 namespace {

@@ -2,12 +2,11 @@
 #include <qpdf/QPDFWriter.hh>
 
 #include "base/Overseer.h"
+#include "openhost/pdf/DocumentFiles.h"
 #include "openhost/pdf/DocumentState.h"
-#include "openhost/pdf/OutputFile.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfError.h"
 #include "openhost/pdf/ReadBack.h"
-#include "openhost/pdf/SourceFile.h"
 #include "openhost/pdf/WriterPreparation.h"
 #include "openhost/pdf/Xmp.h"
 #include "platform/Files.h"

@@ -1,7 +1,7 @@
 #include <climits>
 
+#include "openhost/pdf/DocumentFiles.h"
 #include "openhost/pdf/PopplerTextEngine.h"
-#include "openhost/pdf/SourceFile.h"
 
 namespace openhost {
 

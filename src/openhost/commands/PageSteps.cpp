@@ -1,5 +1,8 @@
+// The steps that change pages: crop, rotate and delete them.
+
 #include "openhost/commands/Step.h"
 #include "openhost/pdf/PageBoxes.h"
+#include "openhost/pdf/PageTree.h"
 
 namespace openhost {
 
@@ -130,6 +133,72 @@ const StepDescription& CropPagesStep()
                                       .pages = StepPages{},
                                       .parameters = CropParameters(),
                                       .work = &CropPages};
+    return step;
+}
+
+namespace {
+
+enum Action { kLandscapePages, kPortraitPages, kEveryPage };
+
+bool IsToBeTurned(const CPageBoxes& boxes, int page0, int action)
+{
+    if (action == kLandscapePages) return boxes.IsLandscape(page0);
+    return action == kEveryPage || boxes.IsPortrait(page0);
+}
+
+/// Landscape or portrait is a page as it is shown before it is turned; a square one is neither.
+StepResult RotatePages(CStepRun& run)
+{
+    const auto pages0 = run.Pages0();
+    CPageBoxes boxes(run.Pdf());
+    bool changed = false;
+    for (const int page0 : pages0)
+        if (IsToBeTurned(boxes, page0, run.Integer("Action"))) changed |= boxes.Rotate(page0, run.Integer("Degrees"));
+    return changed ? StepResult::Changed : StepResult::Unchanged;
+}
+
+}  // namespace
+
+const StepDescription& RotatePagesStep()
+{
+    static const StepDescription step{
+        .names = {"RotatePages"},
+        .group = "Page",
+        .title = "Rotate Pages",
+        .rights = {PdfRight::Assemble, PdfRight::Change},
+        .pages = StepPages{},
+        .parameters = {{{.key = "Degrees", .kind = ParameterKind::Integer, .fallback = 90, .oneOf = {90, 180, 270}},
+                        {.key = "Action",
+                         .kind = ParameterKind::Integer,
+                         .fallback = static_cast<int>(kEveryPage),
+                         .oneOf = {kLandscapePages, kPortraitPages, kEveryPage}}}},
+        .work = &RotatePages};
+    return step;
+}
+
+namespace {
+
+StepResult DeletePages(CStepRun& run)
+{
+    const auto pages0 = run.Pages0();
+    const int pages = run.Pdf().PageCount();
+    if (static_cast<int>(pages0.size()) >= pages)
+        run.Fail("would leave no page of " + std::to_string(pages) + "; a document keeps one", PdfProblem::LastPage);
+    RemovePages(run.Pdf(), pages0);
+    return pages0.empty() ? StepResult::Unchanged : StepResult::Changed;
+}
+
+}  // namespace
+
+const StepDescription& DeletePagesStep()
+{
+    static const StepDescription step{.names = {"DeletePages"},
+                                      .group = "Page",
+                                      .title = "Delete Pages",
+                                      .rights = {PdfRight::Assemble, PdfRight::Change},
+                                      .pages = StepPages{.group = PageGroup::FromTo, .evenOdd = false},
+                                      .parameters = std::vector<StepParameter>{},
+                                      .work = &DeletePages};
     return step;
 }
 

@@ -1,3 +1,4 @@
+// Documents as plug-ins hold them, and the raises that problems with their files become.
 #pragma once
 
 #include <functional>

@@ -1,6 +1,8 @@
+// The job that this host is started for: what is asked and told on its way, and the ledger of what is done for good.
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -9,10 +11,30 @@
 #include <string_view>
 #include <vector>
 
-#include "openhost/jobs/ContentHashes.h"
+#include "platform/Files.h"
 #include "protocol/Messages.h"
 
 namespace openhost {
+
+/// The stamp of a regular file; links are followed.
+std::optional<platform::FileStamp> StampOfRegularFile(const std::string& path);
+
+/// SHA-256 of files, each content read once: the last few are remembered by the files' stamps.
+class CContentHashes {
+public:
+    /// Empty when the file cannot be read.
+    std::string Of(const std::string& path);
+    /// `path` has got a new name and is otherwise what it was as `former`.
+    void Renamed(const platform::FileStamp& former, const std::string& path);
+
+private:
+    struct Entry {
+        platform::FileStamp stamp;
+        std::string sha256;
+    };
+    void Keep(const platform::FileStamp& stamp, std::string sha256);
+    std::deque<Entry> m_known;  // the latest first
+};
 
 /// Where the job of this host comes from and who hears how it goes. This one is the run without a job: the plug-in
 /// finds its inputs itself, may do everything, and nobody listens.

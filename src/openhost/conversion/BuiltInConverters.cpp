@@ -2,7 +2,6 @@
 #include <filesystem>
 
 #include "openhost/conversion/Converters.h"
-#include "openhost/conversion/Slots.h"
 #include "openhost/core/Memory.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/files/FilePaths.h"

@@ -1,3 +1,4 @@
+// Converters to and from PDF: those that are registered, and the slots through which plug-ins list and use them.
 #pragma once
 
 #include <string>
@@ -5,6 +6,7 @@
 #include <vector>
 
 #include "hostapi/HostRecords.h"
+#include "openhost/core/Tables.h"
 
 namespace openhost {
 
@@ -56,5 +58,11 @@ private:
     std::string m_lastFailure;
     ASErrorCode m_lastFailureCode = 0;
 };
+
+/// Registering, listing and using converters to and from PDF.
+void OfferConversionSlots(CTables& tables);
+
+/// Registers the host's own converters: JPEG to PDF, and PDF to plain text. Once for each host.
+void RegisterBuiltInConverters();
 
 }  // namespace openhost

@@ -11,7 +11,7 @@
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/Handlers.h"
 #include "openhost/commands/Slots.h"
-#include "openhost/conversion/Slots.h"
+#include "openhost/conversion/Converters.h"
 #include "openhost/core/Extensions.h"
 #include "openhost/core/Host.h"
 #include "openhost/documents/Documents.h"

@@ -8,7 +8,7 @@
 #include "openhost/app/AppState.h"
 #include "openhost/app/Slots.h"
 #include "openhost/commands/Slots.h"
-#include "openhost/conversion/Slots.h"
+#include "openhost/conversion/Converters.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Host.h"
 #include "openhost/core/Tables.h"

@@ -3,8 +3,8 @@
 #include "base/Overseer.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Host.h"
+#include "openhost/files/FilePaths.h"
 #include "openhost/files/PathSlots.h"
-#include "openhost/files/PathSyntax.h"
 
 namespace openhost {
 

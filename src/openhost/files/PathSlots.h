@@ -1,8 +1,21 @@
+// The slots on paths; some stand both in a table and in the record of the file system.
 #pragma once
 
+#include "openhost/core/Raise.h"
 #include "openhost/core/Tables.h"
 
 namespace openhost {
+
+/// For the functions that answer an error code instead of raising it.
+template <class Work>
+ASErrorCode Answering(Work work)
+{
+    try {
+        return work();
+    } catch (const CHostRaise& raise) {
+        return raise.Code() != 0 ? raise.Code() : static_cast<ASErrorCode>(genErrGeneral);
+    }
+}
 
 // The functions that stand both in a table and in the record of the file system.
 ASPathName CreatePathName(const ASFileSys fileSys, ASAtom type, const void* spec, const void* extra);

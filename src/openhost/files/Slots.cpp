@@ -7,12 +7,10 @@
 #include "base/Overseer.h"
 #include "openhost/core/Host.h"
 #include "openhost/core/Tables.h"
-#include "openhost/files/Answering.h"
 #include "openhost/files/DiskFile.h"
 #include "openhost/files/FilePaths.h"
 #include "openhost/files/Files.h"
 #include "openhost/files/PathSlots.h"
-#include "openhost/files/PathSyntax.h"
 #include "platform/Files.h"
 
 namespace openhost {

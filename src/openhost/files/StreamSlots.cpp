@@ -4,7 +4,6 @@
 #include "openhost/core/Memory.h"
 #include "openhost/core/Tables.h"
 #include "openhost/files/FilePaths.h"
-#include "openhost/files/PathSyntax.h"
 #include "openhost/files/Streams.h"
 #include "openhost/values/CabStream.h"
 #include "openhost/values/Text.h"

@@ -1,6 +1,6 @@
 #include <filesystem>
 
-#include "openhost/files/PathSyntax.h"
+#include "openhost/files/FilePaths.h"
 
 namespace openhost {
 

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "openhost/files/PathSyntax.h"
+#include "openhost/files/FilePaths.h"
 #include "platform/WideText_win.h"
 
 namespace openhost {

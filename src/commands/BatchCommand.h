@@ -34,7 +34,7 @@ enum class DialogOutcome { Failed, Confirmed, Cancelled };
 /// command's own "Params" cab, so that two steps of one kind in a sequence do not disturb each other.
 ///
 /// Owns the handler record; the host keeps a pointer to it, so the object must live until the host ends.
-/// Raises: the operations may throw; the callbacks of BatchCommandCallbacks.h let nothing out.
+/// Raises: the operations may throw; their callbacks in CommandRegistry.cpp let nothing out.
 class CBatchCommand {
 public:
     explicit CBatchCommand(BatchCommandProperties properties);

@@ -118,7 +118,8 @@ class Trouble(unittest.TestCase):
         torn.write_bytes(b"torn")
         planned = self.sequence.read_bytes()
         self.plan()
-        words = self.words("--no-subfolders", "--skip-unavailable", "--allow-in-place")
+        given_once = ("--no-subfolders", "--skip-unavailable", "--allow-in-place", "--accept-damaged")
+        words = self.words(*given_once)
         self.place.expect(3, *words)
         again = [*words, "--resume", "--retry-failed"]
         results = {path: path.read_bytes() for path in self.place.output.iterdir()}
@@ -126,8 +127,7 @@ class Trouble(unittest.TestCase):
             # words, sequence, what is named
             (again, planned + b" ", str(self.sequence)), (again, None, str(self.sequence)),
             ([*again, "--ext", "pdf,tif"], planned, "--ext"),
-            ([word for word in again if word != "--no-subfolders"], planned, "--no-subfolders"),
-            ([word for word in again if word != "--allow-in-place"], planned, "--allow-in-place"),
+            *(([word for word in again if word != one], planned, one) for one in given_once),
             (self.shard, planned + b" ", str(self.sequence)),
         ]
         for given, content, named in rows:
@@ -139,7 +139,7 @@ class Trouble(unittest.TestCase):
             self.sequence.write_bytes(planned)
         passwords = self.place.root / "passwords"
         passwords.write_text("secret", encoding="utf-8")
-        for more in (["--jobs", 1], ["--timeout", 9, "--memory", "1G"], ["--password-file", passwords], ["--allow-no-output", "--accept-damaged"]):
+        for more in (["--jobs", 1], ["--timeout", 9, "--memory", "1G"], ["--password-file", passwords], ["--allow-no-output"]):
             self.place.expect(3, *again, *more)
         self.assertEqual({path: path.read_bytes() for path in self.place.output.iterdir()}, results)
         # Another output or final action is another run; while the first is unfinished that is taken for a mistake.

@@ -1,8 +1,10 @@
-// Runs over a document of which the host says that something is lost.
+// Runs over a document of which the host says that something is lost, or of which somebody saves a new version.
+#include <fstream>
 #include <map>
 
 #include <gtest/gtest.h>
 
+#include "base/Overseer.h"
 #include "batchrun/RunDriver.h"
 #include "hostapi/HostInterface.h"
 #include "hostapi/JobsTable.h"
@@ -124,4 +126,37 @@ TEST(DamagedDocument, NeverCostsItsOriginal)
             EXPECT_NE(file.message, "") << row.what;
         }
     }
+}
+
+namespace {
+
+/// Lets everything happen; while it is asked about the deletion of a file, somebody saves a new version of it.
+class CSlowOverseer final : public COverseer {
+public:
+    CSlowOverseer() : m_former(InstallOverseer(this)) {}
+    ~CSlowOverseer() override { InstallOverseer(m_former); }
+    Answer Ask(Act act, const std::string& file, const std::string&) override
+    {
+        if (act == Act::Delete) std::ofstream(file) << "another version";
+        return Answer::Go;
+    }
+    bool Pretends() const override { return false; }
+    std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
+
+private:
+    COverseer* m_former;
+};
+
+}  // namespace
+
+TEST(FinalAction, SparesANewVersionThatComesWhileItIsAskedAbout)
+{
+    const CPlugInHost host;
+    ASSERT_TRUE(host.Started());
+    const CTemporaryFolder folder;
+    for (const char* name : {"in", "out"}) folder.MakeFolder(name);
+    folder.Write("in/a.pdf", kPdf);
+    const CSlowOverseer overseer;
+    EXPECT_EQ(RunOver(folder, SaveKind::InFolder, 3, false).outcome, FileOutcome::Incomplete);
+    EXPECT_EQ(FileBytes(folder / "in/a.pdf"), "another version");
 }

@@ -72,6 +72,14 @@ TEST_F(MergeTest, NamesFilesWithoutOutcomeOrWithTwo)
     EXPECT_EQ(Merge({Journal(1), Journal(2)}).exit, ExitClass::Fine);
 }
 
+TEST_F(MergeTest, FoldersThatThePlanCouldNotReadAreNotForgotten)
+{
+    SetVariable("FAKE_BLIND", "1");
+    Plan({"a"});
+    EXPECT_EQ(Shard(1, 1).exit, ExitClass::SomeNotSaved);
+    EXPECT_EQ(Merge({Journal(1)}).exit, ExitClass::SomeNotSaved);
+}
+
 TEST_F(MergeTest, ShardsKeepToTheirOwnJournal)
 {
     Plan({"a", "b"});

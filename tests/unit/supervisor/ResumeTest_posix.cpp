@@ -1,14 +1,17 @@
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "supervisor/RunFolder.h"
+#include "supervisor/journal/JournalIndex.h"
 #include "unit/supervisor/RunPlace.h"
 
 namespace {
@@ -177,24 +180,27 @@ TEST(Resume, AProgramThatMayHaveBeenStartedIsNotStartedByARetry)
     EXPECT_EQ(place.FilesLogged(), std::vector<std::string>{"a dies after final-action"}) << "nothing was done again";
 }
 
-TEST(Resume, TakesInWhatThePlanCouldNotRead)
+TEST(Resume, TakesInWhatThePlanCouldNotReadButNoResults)
 {
-    CRunPlace place;
-    place.FinalAction(8);
-    for (const char* name : {"a hidden group1", "b group1", "c hidden group1", "d"}) place.Input(name);
-    SetVariable("FAKE_BLIND", "1");
-    EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
-    EXPECT_EQ(place.notes.done.size(), 2u);
-    place.options.resume = true;
-    EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved) << "still unreadable";
-    SetVariable("FAKE_BLIND", "");
-    EXPECT_EQ(place.Run().exit, ExitClass::Fine);
-    EXPECT_EQ(place.notes.done.size(), 4u) << "nothing is done twice";
-    EXPECT_EQ(place.Files("out").size(), 4u);
-    EXPECT_EQ(place.Files("done").size(), 4u);
-    EXPECT_EQ(place.Lines("record.jsonl").size(), 4u);
-    EXPECT_EQ(place.Run().exit, ExitClass::Fine);
-    EXPECT_EQ(place.notes.done.size(), 4u);
+    for (const char* results : {"out", "in"}) {
+        CRunPlace place;
+        place.options.request.outputFolder = place.folder / results;
+        place.FinalAction(8);
+        for (const char* name : {"a hidden group1", "b group1", "c hidden group1", "d"}) place.Input(name);
+        SetVariable("FAKE_BLIND", "1");
+        EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved);
+        EXPECT_EQ(place.notes.done.size(), 2u);
+        place.options.resume = true;
+        EXPECT_EQ(place.Run().exit, ExitClass::SomeNotSaved) << "still unreadable";
+        SetVariable("FAKE_BLIND", "");
+        EXPECT_EQ(place.Run().exit, ExitClass::Fine);
+        EXPECT_EQ(place.notes.done.size(), 4u) << "nothing is done twice";
+        EXPECT_EQ(place.Files("in").size() + place.Files("out").size(), 8u);
+        EXPECT_EQ(place.Files("done").size(), 4u);
+        EXPECT_EQ(place.Lines("record.jsonl").size(), 4u);
+        EXPECT_EQ(place.Run().exit, ExitClass::Fine);
+        EXPECT_EQ(place.notes.done.size(), 4u);
+    }
 }
 
 TEST(Resume, APlainRunOverAnUnfinishedOneBeginsAnewAndSaysSo)
@@ -234,6 +240,32 @@ TEST(Resume, TwoRunsOfOneRequestExcludeEachOther)
     EXPECT_EQ(RunPlanned(place.options, notes).exit, ExitClass::Fine);
     EXPECT_EQ(notes.rival.exit, ExitClass::Broken);
     EXPECT_NE(notes.rival.message.find("another process"), std::string::npos) << notes.rival.message;
+}
+
+TEST(Journal, GoesOnBehindItsLastWholeLineAfterTheDiskWasFull)
+{
+    const CTemporaryFolder folder;
+    const std::string path = folder / "journal";
+    const auto write = [&] {
+        const auto allow = [](rlim_t bytes) {
+            rlimit limit = {};
+            (void)getrlimit(RLIMIT_FSIZE, &limit);
+            limit.rlim_cur = bytes;
+            return setrlimit(RLIMIT_FSIZE, &limit) == 0;
+        };
+        (void)std::signal(SIGXFSZ, SIG_IGN);
+        CJournalWriter writer;
+        const bool good = writer.Open(path, {"run", "1/1"}, 0) && allow(std::filesystem::file_size(path) + 9) &&
+                          !writer.AddIntent({.number = 1, .act = Act::Put, .target = "/o"}) && allow(RLIM_INFINITY) &&
+                          writer.AddEnd("broken", {});
+        _exit(good ? 0 : 1);
+    };
+    EXPECT_EQ(StatusOf(write), 0);
+    CDoneIndex done(1);
+    CJournalIndex index(done);
+    ASSERT_TRUE(ReadJournal(path, "run", index));
+    EXPECT_EQ(index.Ending(), "broken");
+    EXPECT_TRUE(index.Open().empty());
 }
 
 TEST(ScratchFolder, IsPrivateAndWhatKilledProcessesLeftIsSwept)

@@ -155,6 +155,17 @@ TEST(Run, SaysWhyItDoesNotStart)
     }
 }
 
+TEST(Run, WorkersThatCannotBeginEndItOnlyWhenNoneCan)
+{
+    CRunPlace place;
+    place.options.engine.jobs = 1;
+    place.options.request.work = SequenceWork("asks every other time");
+    for (const char* name : {"a exit", "b exit", "c exit", "d"}) place.Input(name);
+    const RunResult result = place.Run();
+    EXPECT_EQ(result.Count(FileOutcome::Saved), 1) << result.message;
+    EXPECT_EQ(result.Count(FileOutcome::Failed), 3);
+}
+
 TEST(Run, BreaksWhenAWorkerSaysSoAndIsCompletedByResume)
 {
     CRunPlace place;

@@ -9,8 +9,6 @@ std::string BashCompletion();
 std::string ZshCompletion();
 std::string FishCompletion();
 
-// The manual page, made from the command table.
-
 /// For the "man" macros of troff.
 std::string ManPage(const std::string& version);
 

@@ -4,7 +4,7 @@
 
 #include "base/Text.h"
 #include "common/Log.h"
-#include "hostcalls/CatalogIndex.h"
+#include "hostcalls/Application.h"
 #include "hostcalls/HostFrame.h"
 #include "platform/Files.h"
 #include "sequence/StepChecks.h"

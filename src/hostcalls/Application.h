@@ -1,3 +1,5 @@
+// The host application: identity, alerts, dialogs, idle time, notifications, and its full-text catalog, which need
+// not be there. Everything may throw CHostException.
 #pragma once
 
 #include <optional>
@@ -5,8 +7,7 @@
 #include <vector>
 
 #include "hostapi/HostRecords.h"
-
-// The host application: identity, alerts, dialogs, idle time, notifications. Everything may throw CHostException.
+#include "hostapi/HostTypes.h"
 
 struct HostVersion {
     int major = 0;
@@ -50,3 +51,12 @@ struct FileFilter {
 
 /// Lets the user choose a folder; nothing when the user cancelled.
 [[nodiscard]] std::optional<std::string> ChooseFolderDialog();
+
+// The host's full-text catalog, which need not be there.
+
+[[nodiscard]] bool CatalogPresent();
+
+/// Build or purge the index with that definition file, in the host's status codes. Throw CHostException, also when
+/// there is no catalog.
+[[nodiscard]] IndexStatus BuildCatalogIndex(const std::string& indexPath);
+[[nodiscard]] IndexStatus PurgeCatalogIndex(const std::string& indexPath);

@@ -5,8 +5,8 @@
 #include "base/Unicode.h"
 #include "openhost/commands/LocalNames.h"
 #include "openhost/commands/Step.h"
-#include "openhost/pdf/Comments.h"
 #include "openhost/pdf/OpenSettings.h"
+#include "openhost/pdf/PageTree.h"
 #include "openhost/values/Text.h"
 
 namespace openhost {

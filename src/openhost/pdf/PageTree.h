@@ -1,3 +1,4 @@
+// The pages of a document: the tree that they hang on, and what is taken away from them.
 #pragma once
 
 #include <optional>
@@ -51,4 +52,10 @@ void MendPageTree(QPDF& document);
 /// were shown on them alone go, too. The structure stays as it is. Fails: LastPage when no page would be left, and
 /// what the library throws; the document is as it was then.
 void RemovePages(CPdfDocument& document, const std::vector<int>& pages0);
+
+/// Takes all comments out of the document: markup annotations, with their replies and pop-up windows. Links, form
+/// fields, media and everything else on the pages stays. Answers how many annotations went; the caller marks the
+/// document as modified. Fails: what the library throws.
+int RemoveComments(CPdfDocument& document);
+
 }  // namespace openhost

@@ -5,7 +5,7 @@
 #include "platform/ChildState_win.h"
 #include "platform/Clock.h"
 #include "platform/Files.h"
-#include "platform/Processes_win.h"
+#include "platform/ThisProcess_win.h"
 #include "platform/Windows_win.h"
 
 #include <psapi.h>  // needs the types of the system's own header

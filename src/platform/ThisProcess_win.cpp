@@ -1,3 +1,5 @@
+#include "platform/ThisProcess_win.h"
+
 #include <fcntl.h>
 #include <io.h>
 
@@ -8,7 +10,6 @@
 #include <initializer_list>
 #include <limits>
 
-#include "platform/Processes_win.h"
 #include "platform/ThisProcess.h"
 #include "platform/Windows_win.h"
 

@@ -3,11 +3,8 @@
 #include <chrono>
 #include <thread>
 
-#include "cli/Arguments.h"
-#include "cli/Console.h"
 #include "cli/RunArguments.h"
 #include "common/ProductPaths.h"
-#include "platform/Files.h"
 #include "platform/HeldFiles.h"
 #include "platform/Paths.h"
 

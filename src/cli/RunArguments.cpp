@@ -7,7 +7,6 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
-#include "cli/Arguments.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "protocol/FinalAction.h"

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "base/Text.h"
-#include "cli/Console.h"
 #include "cli/Summary.h"
 
 namespace cli {

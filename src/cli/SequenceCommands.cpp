@@ -4,8 +4,6 @@
 #include <optional>
 
 #include "base/Text.h"
-#include "cli/Arguments.h"
-#include "cli/Console.h"
 #include "cli/RunArguments.h"
 #include "cli/Summary.h"
 #include "platform/Files.h"

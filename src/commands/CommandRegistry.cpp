@@ -7,7 +7,6 @@
 #include <string>
 #include <type_traits>
 
-#include "commands/BatchCommand.h"
 #include "commands/BatchCommandPasswordProtect.h"
 #include "commands/BatchCommandProcessExternal.h"
 #include "commands/CatalogCommands.h"

@@ -10,7 +10,6 @@
 #include <nlohmann/json.hpp>
 
 #include "base/Text.h"
-#include "platform/Files.h"
 
 // {"ferrule": "settings", "version": 2, "checksum": "...", "values": {key: value, ...}}. A narrow text is a JSON
 // string, a number or flag itself, null null; what JSON does not know is an object of one type word: {"wide": text},

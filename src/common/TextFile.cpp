@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "base/Unicode.h"
-#include "platform/Files.h"
 
 CTextFileRead::CTextFileRead(const std::string& path)
 {

@@ -1,17 +1,13 @@
 #include "engine/SequenceWork.h"
 
 #include <set>
-#include <string>
-#include <vector>
 
 #include "common/Log.h"
 #include "engine/CommandList.h"
 #include "engine/SequencePlanning.h"
-#include "engine/Work.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/Conversions.h"
 #include "sequence/OutputSettings.h"
-#include "sequence/Sequence.h"
 #include "sequence/SequenceFile.h"
 
 namespace {

@@ -1,13 +1,11 @@
 #include "host/FerruleApp.h"
 
 #include <cstddef>
-#include <string>
 #include <utility>
 
 #include "base/Names.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
-#include "common/Log.h"
 #include "common/SettingsFile.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/HostFrame.h"

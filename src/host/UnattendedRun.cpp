@@ -6,7 +6,6 @@
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Jobs.h"
 #include "jobs/JobDispatcher.h"
-#include "jobs/JobHost.h"
 #include "platform/HostWindow.h"
 #include "platform/Paths.h"
 

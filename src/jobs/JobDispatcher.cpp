@@ -12,13 +12,11 @@
 #include "engine/InputCollector.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Jobs.h"
-#include "jobs/Job.h"
 #include "jobs/JobHost.h"
 #include "jobs/PlanJob.h"
 #include "jobs/SequenceJobs.h"
 #include "platform/AtomicFile.h"
 #include "protocol/Json.h"
-#include "protocol/RunDescription.h"
 
 namespace {
 

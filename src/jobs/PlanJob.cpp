@@ -11,7 +11,6 @@
 #include "platform/Files.h"
 #include "platform/Programs.h"
 #include "protocol/Json.h"
-#include "protocol/RunDescription.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 #include <atomic>
 
 #include "platform/FileSteps.h"
-#include "platform/Files.h"
 #include "platform/TemporaryFile.h"
 
 namespace platform {

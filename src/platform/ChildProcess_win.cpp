@@ -4,7 +4,6 @@
 #include "platform/ChildProcess.h"
 #include "platform/ChildState_win.h"
 #include "platform/Clock.h"
-#include "platform/Files.h"
 #include "platform/ThisProcess_win.h"
 #include "platform/Windows_win.h"
 

@@ -1,7 +1,5 @@
 #include "platform/FileSteps.h"
 
-#include "platform/Files.h"
-
 namespace platform {
 
 std::optional<FileResult> AskOverseer(COverseer::Act act, const std::string& file, const std::string& target)

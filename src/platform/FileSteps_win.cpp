@@ -2,7 +2,6 @@
 
 #include "platform/FileHandles_win.h"
 #include "platform/FileSteps.h"
-#include "platform/Files.h"
 #include "platform/WideText_win.h"
 
 namespace platform {

@@ -9,7 +9,6 @@
 #include "platform/FileCalls_posix.h"
 #include "platform/FileHandles_posix.h"
 #include "platform/FileSteps.h"
-#include "platform/Files.h"
 #include "platform/TemporaryFile.h"
 
 namespace platform {

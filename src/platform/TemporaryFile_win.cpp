@@ -1,7 +1,6 @@
 #include "platform/AtomicFile.h"
 #include "platform/FileHandles_win.h"
 #include "platform/FileSteps.h"
-#include "platform/Files.h"
 #include "platform/TemporaryFile.h"
 #include "platform/WideText_win.h"
 #include "platform/Windows_win.h"

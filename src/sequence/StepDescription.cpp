@@ -4,7 +4,6 @@
 #include <set>
 
 #include "base/Text.h"
-#include "hostcalls/Cab.h"
 #include "hostcalls/Commands.h"
 #include "sequence/HostSteps.h"
 

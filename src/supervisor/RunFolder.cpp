@@ -18,7 +18,6 @@
 #include "platform/AtomicFile.h"
 #include "platform/Clock.h"
 #include "platform/Files.h"
-#include "platform/HeldFiles.h"
 #include "platform/NarrowText.h"
 #include "supervisor/journal/JournalIndex.h"
 #include "supervisor/journal/Manifest.h"

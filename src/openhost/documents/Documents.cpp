@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "base/Overseer.h"
-#include "openhost/core/Host.h"
 #include "openhost/files/Files.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"

@@ -3,7 +3,6 @@
 #include "base/Overseer.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Host.h"
-#include "openhost/files/FilePaths.h"
 #include "openhost/files/PathSlots.h"
 
 namespace openhost {

@@ -6,7 +6,6 @@
 #include <system_error>
 
 #include "openhost/core/Host.h"
-#include "platform/Files.h"
 #include "platform/NarrowText.h"
 
 namespace openhost {

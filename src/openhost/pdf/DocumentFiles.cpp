@@ -7,7 +7,6 @@
 #include <qpdf/QPDFExc.hh>
 
 #include "openhost/pdf/PdfError.h"
-#include "platform/Files.h"
 
 namespace openhost {
 namespace {

@@ -6,7 +6,6 @@
 #include <memory>
 #include <numeric>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 #include <openssl/evp.h>

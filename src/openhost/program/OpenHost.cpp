@@ -13,7 +13,6 @@
 #include "openhost/commands/Slots.h"
 #include "openhost/conversion/Converters.h"
 #include "openhost/core/Extensions.h"
-#include "openhost/core/Host.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/documents/Slots.h"
 #include "openhost/files/Slots.h"

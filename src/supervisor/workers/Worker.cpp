@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
-#include <string_view>
 #include <system_error>
 #include <utility>
 

@@ -10,8 +10,8 @@
 namespace platform {
 namespace {
 
-constexpr std::wstring_view kExtended = L"\\\\?\\";
-constexpr std::wstring_view kExtendedUnc = L"\\\\?\\UNC\\";
+constexpr std::wstring_view kLongPrefix = L"\\\\?\\";
+constexpr std::wstring_view kLongSharePrefix = L"\\\\?\\UNC\\";
 
 // A program that is started by the extended form of its path finds itself under that, so it gets the usual one where
 // that is short enough.
@@ -19,10 +19,10 @@ std::wstring ProgramPath(const std::string& program)
 {
     const std::wstring path = WidePath(program);
     std::wstring usual = path;
-    if (path.starts_with(kExtendedUnc))
-        usual = L"\\\\" + path.substr(kExtendedUnc.size());
-    else if (path.starts_with(kExtended))
-        usual = path.substr(kExtended.size());
+    if (path.starts_with(kLongSharePrefix))
+        usual = L"\\\\" + path.substr(kLongSharePrefix.size());
+    else if (path.starts_with(kLongPrefix))
+        usual = path.substr(kLongPrefix.size());
     return usual.size() < MAX_PATH ? usual : path;
 }
 

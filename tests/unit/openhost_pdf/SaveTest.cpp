@@ -196,6 +196,7 @@ TEST_F(ReadBack, FindsEachDamageAndReplacesNothing)
                  },
                  "2 of 3 pages"},
                 {"no content", 0, Replaced("/Contents", "/Cantents"), "its content"},
+                {"a complaint", 0, Replaced("/Resources", "/MediaBox "), "duplicated key"},
                 {"another content", 0, Replaced("(Page", "(Pace"), "another content"},
                 {"readable by everybody", 2, Replaced("/Encrypt", "/Encrapt"), "not encrypted"},
                 {"another open password", 2, OtherDigit("/U"), ""},

@@ -40,7 +40,8 @@ struct Journal {
         added(writer.Open(path, {"run1", "1/1"}, 0));
         added(writer.AddIntent({.number = 1, .act = Act::Put, .file = "t", .target = "/out/\xFE", .sha256 = "abc"}));
         added(writer.AddDone(Done(1), &offset));
-        added(writer.AddIntent({.number = 2, .finalAction = true, .act = Act::Move, .file = "f", .target = "/g/h"}));
+        added(writer.AddIntent(
+            {.number = 2, .finalAction = true, .act = Act::Move, .file = "f", .target = "/g/h", .replaces = true}));
         added(writer.AddDone(Done(3, FileOutcome::Failed), &offset));
     }
 };
@@ -93,24 +94,25 @@ TEST(Journal, GivesOutcomesBackByteForByte)
     EXPECT_EQ(read->record.outputs.at(0).path, "/out/\xFE");
     EXPECT_EQ(read->preflightEnd, 2u);
     EXPECT_EQ(index.Open().at(2).intents.at(0).target, "/g/h");
+    EXPECT_TRUE(index.Open().at(2).intents.at(0).replaces);
     EXPECT_FALSE(reader.DoneAt(1));
 }
 
 TEST(Journal, NamesTheLineThatIsNoGood)
 {
-    const std::string header = R"({"ferrule":"journal","version":1,"run":"run1","shard":"1/1"})";
+    const std::string header = R"({"ferrule":"journal","version":2,"run":"run1","shard":"1/1"})";
     const std::string one = R"({"done":{"record":{"number":1,"path":"/p","outcome":"saved"},"log":[]}})";
     const std::string four = R"({"done":{"record":{"number":4,"path":"/p","outcome":"saved"},"log":[]}})";
     const struct {
         std::string text;
         const char* problem;
     } rows[] = {{"nonsense\n", "is no journal"},
-                {R"({"ferrule":"journal","version":1,"run":"run2","shard":"1/1"})"
+                {R"({"ferrule":"journal","version":2,"run":"run2","shard":"1/1"})"
                  "\n",
                  "another run"},
-                {R"({"ferrule":"journal","version":2,"run":"run1","shard":"1/1"})"
+                {R"({"ferrule":"journal","version":1,"run":"run1","shard":"1/1"})"
                  "\n",
-                 "newer version"},
+                 "version"},
                 {header + "\n" + one + "\n{]\n" + one + "\n", "Line 3"},
                 {header + "\n" + one + "\n" + one + "\n", "file 1 (/p) has an outcome already"},
                 {header + "\n" + four + "\n", "Line 2"},

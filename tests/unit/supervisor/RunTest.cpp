@@ -131,6 +131,8 @@ TEST(Run, DoesNotTouchWhatChangedSinceThePlan)
     EXPECT_EQ(notes.Of("b").message, "changed since plan");
     EXPECT_EQ(notes.Of("c").message, "missing since plan");
     EXPECT_EQ(place.Files("out").size(), 1u);
+    place.options.resume = place.options.retryFailed = true;
+    EXPECT_EQ(place.Run().Count(FileOutcome::Saved), 2) << "who asks again knows that it has changed";
 }
 
 TEST(Run, SaysWhyItDoesNotStart)

@@ -110,6 +110,7 @@ RunSettings DescribedSettings(const RunDescription& description, bool trialRun, 
     execution.acceptDamaged = description.acceptDamaged;
     execution.trialRun = trialRun;
     AddActionFolder(settings);
+    if (!description.keepOriginals.empty()) execution.furtherOutputPaths.push_back(description.keepOriginals);
     return settings;
 }
 

@@ -12,6 +12,7 @@
 #include "cli/LogCommand.h"
 #include "cli/RunCommands.h"
 #include "cli/SequenceCommands.h"
+#include "cli/UndoCommand.h"
 
 namespace cli {
 
@@ -44,6 +45,7 @@ CommandFunction FunctionOf(const std::string& name)
         {"run", RunCommand},
         {"plan", PlanCommand},
         {"merge", MergeCommand},
+        {"undo", UndoCommand},
         {"sequence show", SequenceShowCommand},
         {"sequence check", SequenceCheckCommand},
         {"sequence new", SequenceNewCommand},

@@ -8,6 +8,7 @@ namespace cli {
 CommandRow RunRow();
 CommandRow PlanRow();
 CommandRow MergeRow();
+CommandRow UndoRow();
 CommandRow SequenceShowRow();
 CommandRow SequenceCheckRow();
 CommandRow SequenceNewRow();

@@ -9,9 +9,8 @@ namespace cli {
 const std::vector<CommandRow>& Commands()
 {
     static const std::vector<CommandRow> rows = {
-        RunRow(),           PlanRow(),        MergeRow(),           SequenceShowRow(),
-        SequenceCheckRow(), SequenceNewRow(), SequenceConvertRow(), LogRow(),
-        GenerateRow(),
+        RunRow(),           PlanRow(),        MergeRow(),           UndoRow(), SequenceShowRow(),
+        SequenceCheckRow(), SequenceNewRow(), SequenceConvertRow(), LogRow(),  GenerateRow(),
     };
     return rows;
 }

@@ -74,6 +74,21 @@ std::string ReadDestination(const CArguments& arguments, const FinalActionFacts&
                : place;
 }
 
+/// Need not be there yet. What is kept must not be an input of the next run.
+std::string ReadKeptFolder(const CArguments& arguments, const RunDescription& request)
+{
+    if (!arguments.Has("--keep-originals")) return {};
+    const std::string folder = KeptAsItIs(platform::AbsolutePath(arguments.Text("--keep-originals")));
+    if (platform::FileExists(folder)) FailStart(folder + ": this is a file; --keep-originals takes a folder");
+    if (!platform::FolderExists(folder) && !platform::FolderExists(FolderOf(folder)))
+        FailStart(folder + ": the folder around it does not exist; make it first");
+    for (const std::string& input : request.inputs)
+        if (platform::ResolvedPath(input) == platform::ResolvedPath(folder))
+            FailUsage("--keep-originals names the input folder " + input +
+                      "; what is kept needs a folder of its own");
+    return folder;
+}
+
 /// "2/4" as 2 and 4.
 std::pair<int, int> ParseShard(const std::string& text)
 {
@@ -91,8 +106,8 @@ std::pair<int, int> ParseShard(const std::string& text)
 void RefuseWithManifest(const CArguments& arguments)
 {
     for (const char* const name : {"--input", "--output", "--ext", "--no-subfolders", "--min-age", "--final-action",
-                                   "--destination", "--dry-run", "--log", "--skip-unavailable", "--allow-no-output",
-                                   "--allow-in-place", "--accept-damaged", "--force"})
+                                   "--destination", "--keep-originals", "--dry-run", "--log", "--skip-unavailable",
+                                   "--allow-no-output", "--allow-in-place", "--accept-damaged", "--force"})
         if (arguments.Has(name)) FailUsage(std::string(name) + " has no place beside --manifest");
     if (!arguments.Operands().empty())
         FailUsage("\"" + arguments.Operands().front() +
@@ -155,6 +170,7 @@ RunDescription ReadRequest(const CArguments& arguments, WorkDescription work)
     for (WorkFile& file : request.work.files) file.path = ExistingPath(file.path);
     for (const std::string& input : arguments.All("--input")) request.inputs.push_back(ExistingPath(input));
     if (arguments.Has("--output")) request.outputFolder = ExistingPath(arguments.Text("--output"));
+    request.keepOriginals = ReadKeptFolder(arguments, request);
     request.finalAction = action.action;
     request.destination = destination;
     const std::string extensions = Trim(arguments.Text("--ext"));

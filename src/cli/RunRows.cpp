@@ -45,6 +45,13 @@ std::vector<OptionRow> PlaceOptions()
          .valueName = "PLACE",
          .help =
              "Where the final action puts the input: a folder, for rename the new name, for execute the program."},
+        {.name = "--keep-originals",
+         .kind = ValueKind::Folder,
+         .valueName = "FOLDER",
+         .help =
+             "Keep every file here that a result replaces, or that the final action deletes or replaces, so that "
+             "\"ferrule undo\" can put it back. The folder is made when it is missing. It holds documents as they "
+             "were before they were protected, so only you may read what is kept."},
     };
 }
 
@@ -203,6 +210,31 @@ CommandRow PlanRow()
     AddSection(row, kReportSection, {JsonOption("Print the summary as JSON on standard output."), QuietOption()});
     AddSection(row, kSafetySection, SafetyOptions());
     AddSection(row, "", ProgramOptions());
+    return row;
+}
+
+CommandRow UndoRow()
+{
+    CommandRow row{
+        .name = "undo",
+        .summary = "take a run back",
+        .text =
+            "Removes what a run has written, moves files back, and puts back what --keep-originals has kept, so that "
+            "the folders are as they were. Without RECORD the last run is taken back.\n\n"
+            "A result is removed or replaced only as long as it is what the run has written; nothing newer is ever "
+            "replaced. What cannot be taken back is told first, and then nothing is touched, unless --partly is "
+            "given. After an interruption the same command goes on; given twice it does nothing.",
+        .operands = {{.name = "RECORD",
+                      .help = "A record, the journal of a part, or a packed run (.jsonl.gz).",
+                      .optional = true}},
+        .examples = {
+            {"What would become of the files?", "ferrule undo --dry-run"},
+            {"Take back the run whose record this is, as far as possible:", "ferrule undo record.jsonl --partly"}}};
+    AddSection(row, "Options",
+               {{.name = "--dry-run", .help = "Say what would be done, and touch nothing."},
+                {.name = "--partly", .help = "Take back what can be, although something cannot."},
+                JsonOption("Print the summary as JSON on standard output."),
+                {.name = "--quiet", .shortName = "-q", .help = "Only what cannot be taken back."}});
     return row;
 }
 

@@ -18,6 +18,7 @@ constexpr char kCommandLine[] = "CommandLine";  // kept with the parameters, use
 const OpenParameter kOfStep[] = {{kProgram}};
 const StepDescription kStartExternal{
     .handler = "QLNX_FerruleProcessWithExternalAppCommand",
+    .startsPrograms = true,
     .open = kOfStep,
     .check = [](const SequenceStep& step, CSequenceFindings& findings) { CheckNamedFile(step, kProgram, findings); }};
 

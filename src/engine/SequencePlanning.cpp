@@ -28,6 +28,7 @@ StepFacts ReadStep(CCabView entry)
     step.maker = description.maker;
     step.shared = description.shared;
     step.protects = description.protects;
+    step.startsPrograms = description.startsPrograms || description.maker == StepMaker::Other;
     if (description.saves) step.save = SaveStepFacts::Read(read.parameters);
     if (description.script) step.script = read.parameters.TextUtf8(description.script).value_or("");
     return step;
@@ -196,6 +197,8 @@ WorkFacts FactsOfSequence(const SequenceFacts& sequence, const PlanRequest& requ
         facts.noInputs = "The sequence asks for its input files, and nobody can be asked.";
     facts.writesAnywhere = std::ranges::any_of(
         sequence.steps, [](const StepFacts& step) { return step.available && step.maker == StepMaker::Other; });
+    facts.startsPrograms = std::ranges::any_of(
+        sequence.steps, [](const StepFacts& step) { return step.available && step.startsPrograms; });
     return facts;
 }
 

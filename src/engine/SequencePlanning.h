@@ -17,6 +17,7 @@ struct StepFacts {
     StepMaker maker = StepMaker::Other;
     SharedWork shared = SharedWork::None;
     bool protects = false;
+    bool startsPrograms = false;
     std::optional<SaveStepFacts> save;  // of save steps only
     std::string script;                 // of script steps only
 };

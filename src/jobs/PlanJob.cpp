@@ -1,7 +1,9 @@
 #include "jobs/PlanJob.h"
 
 #include <cctype>
+#include <set>
 
+#include "base/Names.h"
 #include "base/Text.h"
 #include "batchrun/RunDriver.h"
 #include "common/Log.h"
@@ -152,6 +154,18 @@ private:
         return result;
     }
 
+    /// Where something may be written besides beside the inputs.
+    static std::vector<std::string> FoldersOfResults(const WorkFacts& facts, const RunDescription& description)
+    {
+        std::set<std::string> folders;
+        for (const ResultName& result : facts.results)
+            if (result.folder) folders.insert(*result.folder);
+        if (!description.outputFolder.empty()) folders.insert(description.outputFolder);
+        if (WantsFolder(description.finalAction)) folders.insert(description.destination);
+        folders.erase("");
+        return {folders.begin(), folders.end()};
+    }
+
     static std::string ReasonNotToStart(const WorkFacts& facts, const PlanRequest& request)
     {
         std::string problem = SafetyProblem(facts, request);
@@ -173,15 +187,23 @@ private:
         LogInputCount(files.Count(), m_services.log);
         m_services.events.InputsCounted();
         CTouchedNames names(facts, request.wanted);
-        files.ForEach(names, [this](const PlannedFile& file) {
+        RunReach reach{.inputs = m_description.inputs,
+                       .folders = FoldersOfResults(facts, m_description),
+                       .anywhere = facts.writesAnywhere};
+        std::set<std::string> inputFolders;
+        files.ForEach(names, [&](const PlannedFile& file) {
+            if (m_description.inputs.empty()) inputFolders.insert(FolderOf(file.path));
             m_services.report(LineOf(Json{{"input", PlannedFileJson(file)}}));
         });
+        reach.inputs.insert(reach.inputs.end(), inputFolders.begin(), inputFolders.end());
         for (std::string& warning : warnings) warning = TextFromBytes(warning);
         const PlanReport plan{.total = static_cast<int>(files.Count()),
                               .oneWorkerReason = TextFromBytes(facts.oneWorkerReason),
                               .tooYoung = static_cast<int>(files.TooYoung()),
                               .unreadableFolders = static_cast<int>(unreadable),
                               .outputsPerFile = facts.resultsPerFile,
+                              .startsPrograms = facts.startsPrograms,
+                              .reach = std::move(reach),
                               .warnings = std::move(warnings)};
         m_services.report(LineOf(Json{{"plan", PlanReportJson(plan)}}));
     }

@@ -69,6 +69,7 @@ class CExtendedAttributes {
 public:
     /// Links are followed.
     void ReadFrom(const std::string& path);
+    const std::vector<std::pair<std::string, std::string>>& Values() const { return m_values; }
     /// Whether the file has all of them now. The system's label does not count: it gives one to each new file.
     bool SetOn(int descriptor) const;
 

@@ -3,7 +3,9 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <linux/fs.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -80,6 +82,8 @@ ssize_t CopyRange(int from, int to, std::size_t count)
 {
     return Passes("copy_file_range", to) ? copy_file_range(from, nullptr, to, nullptr, count, 0) : -1;
 }
+
+int CloneRange(int from, int to) { return Passes("clone", to) ? ioctl(to, FICLONE, from) : -1; }
 
 int Flush(int descriptor) { return Passes("fsync", descriptor) ? fsync(descriptor) : -1; }
 
@@ -196,6 +200,11 @@ int RenameNoReplace(const std::string& from, const std::string& to)
 int Link(const std::string& from, const std::string& to)
 {
     return Passes("link", from) ? link(from.c_str(), to.c_str()) : -1;
+}
+
+int SymbolicLink(const std::string& text, const std::string& path)
+{
+    return Passes("symlink", path) ? symlink(text.c_str(), path.c_str()) : -1;
 }
 
 int Unlink(const std::string& path) { return Passes("unlink", path) ? unlink(path.c_str()) : -1; }

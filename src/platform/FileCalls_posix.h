@@ -31,6 +31,7 @@ ssize_t ReadAt(int descriptor, void* bytes, std::size_t count, off_t position);
 ssize_t Write(int descriptor, const void* bytes, std::size_t count);
 ssize_t WriteAt(int descriptor, const void* bytes, std::size_t count, off_t position);
 ssize_t CopyRange(int from, int to, std::size_t count);
+int CloneRange(int from, int to);  ///< the whole file, by sharing its blocks
 int Flush(int descriptor);
 int FlushData(int descriptor);
 int Truncate(int descriptor, off_t length);
@@ -56,6 +57,7 @@ char* RealPath(const std::string& path);  ///< freed by the caller
 int Rename(const std::string& from, const std::string& to);
 int RenameNoReplace(const std::string& from, const std::string& to);
 int Link(const std::string& from, const std::string& to);
+int SymbolicLink(const std::string& text, const std::string& path);
 int Unlink(const std::string& path);
 int MakeFolder(const std::string& path, mode_t mode = 0777);
 int RemoveFolder(const std::string& path);

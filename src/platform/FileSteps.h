@@ -50,6 +50,11 @@ FileResult RemoveMoved(const std::string& path);
 /// Makes renames in the folder of `path` last. Fails only when the disk does: not every system can flush folders.
 FileResult FlushFolderOf(const std::string& path);
 
+/// A second name for the file, or for the symbolic link, itself; its content is on disk when this comes back.
+FileResult LinkFile(const std::string& from, const std::string& to);
+/// Another symbolic link that leads to the same place.
+FileResult CopyLink(const std::string& from, const std::string& to);
+
 // How the file services of this folder ask the overseer; not for callers outside.
 
 /// Nothing when the act is to be done now; otherwise its result, because it is refused or only pretended.

@@ -41,6 +41,7 @@ public:
     struct CopyRights {
         const CFileRights* limit = nullptr;  ///< nobody gets more than this either
         bool withOwner = false;              ///< as far as the system lets us
+        bool clone = false;                  ///< only when the file system lets both share their blocks
     };
     /// Creates it as a complete copy of a regular file, with its rights, attributes and time stamps.
     FileResult CopyBeside(const std::string& from, const std::string& target, const CopyRights& rights);

@@ -172,6 +172,8 @@ FileResult CopyBytes(int from, int to)
     }
 }
 
+FileResult CloneBytes(int from, int to) { return {calls::CloneRange(from, to) == 0 ? 0 : errno}; }
+
 }  // namespace
 
 FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target, const CopyRights& rights)
@@ -181,7 +183,8 @@ FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string
     if (const auto opened = OpenRegular(from, source, status); !opened) return opened;
     if (const auto created = CreateBeside(target, Readers::OwnerForNow); !created) return created;
     const int copy = static_cast<int>(m_file.Get());
-    if (const auto copied = CopyBytes(source.Get(), copy); !copied) return copied;
+    const auto copied = rights.clone ? CloneBytes(source.Get(), copy) : CopyBytes(source.Get(), copy);
+    if (!copied) return copied;
     CFileRights old;
     if (const auto read = old.ReadFrom(from); !read) return read;
     const CAccessRights& access = old.m_state->access;

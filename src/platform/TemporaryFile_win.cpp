@@ -174,8 +174,9 @@ FileResult FlushCopy(const std::wstring& path)
 
 }  // namespace
 
-FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target, const CopyRights&)
+FileResult CTemporaryFile::CopyBeside(const std::string& from, const std::string& target, const CopyRights& rights)
 {
+    if (rights.clone) return {ERROR_NOT_SUPPORTED};
     if (const auto readable = CheckReadable(from); !readable) return readable;
     CFileRights own;
     if (const auto read = own.ReadFrom(from); !read) return read;

@@ -10,6 +10,51 @@ constexpr WordTable<4> kActs = {"put", "move", "delete", "start"};
 constexpr char kFinalAction[] = "final-action";
 constexpr WordTable<3> kAnswers = {"go", "refuse", "pretend"};
 
+Json TraitsJson(const FileTraits& traits)
+{
+    Json object = {{"mode", traits.mode},
+                   {"owner", traits.owner},
+                   {"group", traits.group},
+                   {"modified", std::to_string(traits.modifiedNanoseconds)},
+                   {"accessed", std::to_string(traits.accessedNanoseconds)}};
+    for (const auto& [name, value] : traits.attributes)
+        object["attributes"][TextFromBytes(name)] = TextFromBytes(value);
+    return object;
+}
+
+std::optional<FileTraits> TraitsFrom(const Json& holder)
+{
+    const Json& object = ObjectAt(holder, "traits");
+    if (object.empty()) return std::nullopt;
+    FileTraits traits{.mode = static_cast<std::uint32_t>(UnsignedAt(object, "mode")),
+                      .owner = static_cast<std::uint32_t>(UnsignedAt(object, "owner")),
+                      .group = static_cast<std::uint32_t>(UnsignedAt(object, "group")),
+                      .modifiedNanoseconds = DecimalAt(object, "modified"),
+                      .accessedNanoseconds = DecimalAt(object, "accessed")};
+    for (const auto& [name, value] : ObjectAt(object, "attributes").items())
+        if (value.is_string())
+            traits.attributes.emplace_back(BytesFromText(name), BytesFromText(value.get<std::string>()));
+    return traits;
+}
+
+Json FormerJson(const FormerFile& former)
+{
+    Json object = {{"sha256", former.sha256}, {"traits", TraitsJson(former.traits)}};
+    if (!former.link.empty()) object["link"] = TextFromBytes(former.link);
+    if (!former.kept.empty()) object["kept"] = TextFromBytes(former.kept);
+    return object;
+}
+
+std::optional<FormerFile> FormerFrom(const Json& holder)
+{
+    const Json& object = ObjectAt(holder, "former");
+    if (object.empty()) return std::nullopt;
+    return FormerFile{.sha256 = TextAt(object, "sha256"),
+                      .link = BytesAt(object, "link"),
+                      .traits = TraitsFrom(object).value_or(FileTraits()),
+                      .kept = BytesAt(object, "kept")};
+}
+
 }  // namespace
 
 std::string_view ActWord(Act act) { return WordOf(kActs, act); }
@@ -32,6 +77,10 @@ Json IntendedActJson(const IntendedAct& intended)
                    {"target", TextFromBytes(intended.target)},
                    {"sha256", intended.sha256}};
     if (intended.replaces) object["replaces"] = true;
+    if (intended.former) object["former"] = FormerJson(*intended.former);
+    if (intended.traits) object["traits"] = TraitsJson(*intended.traits);
+    if (!intended.objection.empty()) object["objection"] = intended.objection;
+    if (intended.order != 0) object["order"] = intended.order;
     return object;
 }
 
@@ -45,5 +94,9 @@ std::optional<IntendedAct> IntendedActFrom(const Json& object)
                        .file = BytesAt(object, "file"),
                        .target = BytesAt(object, "target"),
                        .sha256 = TextAt(object, "sha256"),
-                       .replaces = FlagAt(object, "replaces")};
+                       .replaces = FlagAt(object, "replaces"),
+                       .former = FormerFrom(object),
+                       .traits = TraitsFrom(object),
+                       .objection = TextAt(object, "objection"),
+                       .order = UnsignedAt(object, "order")};
 }

@@ -1,10 +1,12 @@
 // What is done to a file or program for good, in the words of journal, record and worker messages.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "base/FileTraits.h"
 #include "base/Overseer.h"
 #include "protocol/JsonType.h"
 
@@ -21,6 +23,14 @@ using ActAnswer = COverseer::Answer;
 /// Whatever is no answer is a refusal.
 [[nodiscard]] ActAnswer ActAnswerFromWord(std::string_view word);
 
+/// What an act takes away: what stood at the target, or the file that is deleted.
+struct FormerFile {
+    std::string sha256 = {};  ///< of the content; empty for a link, and when nobody has looked
+    std::string link = {};    ///< where it led, when it was a symbolic link; bytes
+    FileTraits traits = {};
+    std::string kept = {};  ///< where it was kept; bytes; empty: nowhere
+};
+
 /// Something that is going to be done for good.
 struct IntendedAct {
     int number = 0;            ///< of the input file that it is done for; 0 between files
@@ -29,6 +39,10 @@ struct IntendedAct {
     std::string file = {}, target = {};  ///< bytes
     std::string sha256 = {};             ///< of the content of `file`; may be empty while pretending
     bool replaces = false;               ///< something stood at the target before; found out by who allows the act
+    std::optional<FormerFile> former = {};
+    std::optional<FileTraits> traits = {};  ///< of a file that is moved
+    std::string objection = {};  ///< why it must not happen, known already to who asks; UTF-8; empty: nothing known
+    std::uint64_t order = 0;     ///< a later act of the run has a greater one; given by who allows the act
 };
 
 [[nodiscard]] Json IntendedActJson(const IntendedAct& intended);

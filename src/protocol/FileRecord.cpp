@@ -1,7 +1,5 @@
 #include "protocol/FileRecord.h"
 
-#include <charconv>
-
 #include "base/Text.h"
 #include "protocol/Json.h"
 #include "protocol/Words.h"
@@ -11,11 +9,28 @@ namespace {
 constexpr WordTable<3> kStates = {"done", "failed", "unknown"};
 constexpr char kBroken[] = "broken";
 
-std::int64_t NumberFrom(const std::string& decimal)
+Json ActsJson(const std::vector<IntendedAct>& acts)
 {
-    std::int64_t number = 0;
-    (void)std::from_chars(decimal.data(), decimal.data() + decimal.size(), number);
-    return number;
+    Json list = Json::array();
+    for (const IntendedAct& act : acts) {
+        Json object = IntendedActJson(act);
+        object.erase("number");
+        list.push_back(std::move(object));
+    }
+    return list;
+}
+
+std::vector<IntendedAct> ActsFrom(const Json& object)
+{
+    std::vector<IntendedAct> acts;
+    const auto list = object.find("acts");
+    if (list == object.end() || !list->is_array()) return acts;
+    for (const Json& each : *list)
+        if (auto act = each.is_object() ? IntendedActFrom(each) : std::nullopt) {
+            act->number = CountAt(object, "number");
+            acts.push_back(std::move(*act));
+        }
+    return acts;
 }
 
 Json OutputsJson(const std::vector<FileOutput>& outputs)
@@ -63,7 +78,7 @@ std::optional<PlannedFile> PlannedFileFrom(const Json& object)
     PlannedFile file{.number = CountAt(object, "number"),
                      .path = BytesAt(object, "path"),
                      .size = UnsignedAt(object, "size"),
-                     .modifiedNanoseconds = NumberFrom(TextAt(object, "modified")),
+                     .modifiedNanoseconds = DecimalAt(object, "modified"),
                      .group = static_cast<std::uint32_t>(UnsignedAt(object, "group"))};
     if (file.number < 1 || file.path.empty()) return std::nullopt;
     return file;
@@ -84,6 +99,7 @@ Json FileRecordJson(const FileRecord& record)
                                  {"target", TextFromBytes(action->target)},
                                  {"state", FinalStateWord(action->state)}};
     if (record.signaturesBroken) object["signatures"] = kBroken;
+    if (!record.acts.empty()) object["acts"] = ActsJson(record.acts);
     return object;
 }
 
@@ -100,5 +116,6 @@ std::optional<FileRecord> FileRecordFrom(const Json& object)
                       .milliseconds = IntegerAt(object, "milliseconds"),
                       .outputs = OutputsFrom(object),
                       .finalAction = FinalActionFrom(ObjectAt(object, "finalAction")),
-                      .signaturesBroken = TextAt(object, "signatures") == kBroken};
+                      .signaturesBroken = TextAt(object, "signatures") == kBroken,
+                      .acts = ActsFrom(object)};
 }

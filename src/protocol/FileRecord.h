@@ -45,6 +45,8 @@ struct FileRecord {
     std::vector<FileOutput> outputs = {};
     std::optional<FinalActionRecord> finalAction = {};
     bool signaturesBroken = false;  ///< a signed document was written as a whole
+    /// Everything that was allowed to happen for the file, in its order: what is needed to take it back.
+    std::vector<IntendedAct> acts = {};
 };
 
 [[nodiscard]] Json PlannedFileJson(const PlannedFile& file);

@@ -1,5 +1,6 @@
 #include "protocol/Json.h"
 
+#include <charconv>
 #include <limits>
 
 #include "base/Text.h"
@@ -47,6 +48,14 @@ std::uint64_t UnsignedAt(const Json& object, const char* key)
 {
     const Json* value = Find(object, key);
     return value && value->is_number_unsigned() ? value->get<std::uint64_t>() : 0;
+}
+
+std::int64_t DecimalAt(const Json& object, const char* key)
+{
+    const std::string decimal = TextAt(object, key);
+    std::int64_t number = 0;
+    (void)std::from_chars(decimal.data(), decimal.data() + decimal.size(), number);
+    return number;
 }
 
 int CountAt(const Json& object, const char* key)

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/Names.h"
 #include "base/Text.h"
 #include "protocol/Json.h"
 #include "protocol/Words.h"
@@ -27,6 +28,7 @@ struct TextRow {
 };
 constexpr TextRow kTexts[] = {{"output", &RunDescription::outputFolder},
                               {"destination", &RunDescription::destination},
+                              {"keepOriginals", &RunDescription::keepOriginals},
                               {"extensions", &RunDescription::extensions}};
 
 Json WorkJson(const WorkDescription& work)
@@ -93,13 +95,22 @@ RunDescription RunDescriptionFrom(const Json& object)
     return description;
 }
 
+std::string KeptFolderOf(const RunDescription& description, const std::string& run)
+{
+    if (description.keepOriginals.empty()) return {};
+    return WithTrailingSeparator(description.keepOriginals) + "ferrule-" + run;
+}
+
 Json RunOrderJson(const RunOrder& order)
 {
-    return {{"kind", WordOf(kKinds, order.kind)},
-            {"version", kVersion},
-            {"run", order.run},
-            {"dryRun", order.dryRun},
-            {"description", RunDescriptionJson(order.description)}};
+    Json object = {{"kind", WordOf(kKinds, order.kind)},
+                   {"version", kVersion},
+                   {"run", order.run},
+                   {"dryRun", order.dryRun},
+                   {"description", RunDescriptionJson(order.description)}};
+    if (const Keeping& keeping = order.keeping; !keeping.folder.empty())
+        object["keeping"] = {{"folder", TextFromBytes(keeping.folder)}, {"mayLink", keeping.mayLink}};
+    return object;
 }
 
 bool IsRunOrder(const Json& object) { return FromWord<RunOrder::Kind>(kKinds, TextAt(object, "kind")).has_value(); }
@@ -112,10 +123,12 @@ Expected<RunOrder> RunOrderFrom(const Json& object)
         return Failure("The job is written in version " + std::to_string(version) +
                        " of its form, and only version " + std::to_string(kVersion) +
                        " is understood. Plan the run again with this version of Ferrule.");
+    const Json& keeping = ObjectAt(object, "keeping");
     return RunOrder{.kind = *kind,
                     .run = TextAt(object, "run"),
                     .dryRun = FlagAt(object, "dryRun"),
-                    .description = RunDescriptionFrom(ObjectAt(object, "description"))};
+                    .description = RunDescriptionFrom(ObjectAt(object, "description")),
+                    .keeping = {BytesAt(keeping, "folder"), FlagAt(keeping, "mayLink")}};
 }
 
 Json PlanReportJson(const PlanReport& plan)
@@ -123,6 +136,8 @@ Json PlanReportJson(const PlanReport& plan)
     return {{"oneWorker", !plan.oneWorkerReason.empty()},
             {"oneWorkerReason", plan.oneWorkerReason},
             {"outputsPerFile", plan.outputsPerFile},
+            {"startsPrograms", plan.startsPrograms},
+            {"reach", RunReachJson(plan.reach)},
             {"tooYoung", plan.tooYoung},
             {"total", plan.total},
             {"unreadableFolders", plan.unreadableFolders},
@@ -136,5 +151,7 @@ PlanReport PlanReportFrom(const Json& object)
             .tooYoung = CountAt(object, "tooYoung"),
             .unreadableFolders = CountAt(object, "unreadableFolders"),
             .outputsPerFile = object.contains("outputsPerFile") ? CountAt(object, "outputsPerFile") : 1,
+            .startsPrograms = FlagAt(object, "startsPrograms", true),
+            .reach = RunReachFrom(ObjectAt(object, "reach")),
             .warnings = TextsAt(object, "warnings")};
 }

@@ -9,6 +9,7 @@
 #include "base/Expected.h"
 #include "protocol/FinalAction.h"
 #include "protocol/JsonType.h"
+#include "protocol/RunReach.h"
 
 /// A file that work is read from.
 struct WorkFile {
@@ -38,8 +39,9 @@ struct RunDescription {
     std::vector<std::string> inputs = {};  ///< files and folders; empty: those that the work itself names
     std::string outputFolder = {};         ///< empty: the work says where results go
     FinalAction finalAction = FinalAction::Nothing;
-    std::string destination = {};  ///< of the final action
-    std::string extensions = {};   ///< as typed, such as "pdf;tif"; empty: what the work accepts
+    std::string destination = {};    ///< of the final action
+    std::string keepOriginals = {};  ///< folder for what results and final actions take away; empty: nothing is kept
+    std::string extensions = {};     ///< as typed, such as "pdf;tif"; empty: what the work accepts
     bool noSubfolders = false;
     int minAgeSeconds = 0;         ///< younger files are left alone
     bool skipUnavailable = false;  ///< steps that the host does not have are left out
@@ -53,6 +55,15 @@ struct RunDescription {
 [[nodiscard]] Json RunDescriptionJson(const RunDescription& description);
 [[nodiscard]] RunDescription RunDescriptionFrom(const Json& object);
 
+/// The folder below the one for originals that is this run's own; empty when nothing is to be kept.
+[[nodiscard]] std::string KeptFolderOf(const RunDescription& description, const std::string& run);
+
+/// Where a host keeps what an act takes away, before the act.
+struct Keeping {
+    std::string folder = {};  ///< of this run alone; empty: nothing is kept
+    bool mayLink = false;     ///< a second name for the file will do
+};
+
 /// The job of a host that plans or does a run.
 struct RunOrder {
     enum class Kind { Run, Plan };
@@ -60,6 +71,7 @@ struct RunOrder {
     std::string run = {};  ///< letters and digits; becomes part of the names of temporary files
     bool dryRun = false;   ///< nothing is done for good
     RunDescription description = {};
+    Keeping keeping = {};
 };
 
 /// With the version of this form.
@@ -77,6 +89,8 @@ struct PlanReport {
     int tooYoung = 0;                  ///< files that were left out because they may still be growing
     int unreadableFolders = 0;         ///< whose files the plan had to leave out
     int outputsPerFile = 1;            ///< how many results the sequence writes for a file
+    bool startsPrograms = false;       ///< a step may start programs, which may do anything to files
+    RunReach reach = {};               ///< without run and kept originals
     std::vector<std::string> warnings = {};
 };
 

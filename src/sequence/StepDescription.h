@@ -63,6 +63,7 @@ struct StepDescription {
     StepMaker maker = StepMaker::Plugin;
     bool protects = false;  ///< a document that it did not come through must not be saved
     bool saves = false;     ///< saves each document, as its parameters tell
+    bool startsPrograms = false;
     SharedWork shared = SharedWork::None;
     const char* script = nullptr;  ///< the parameter that holds the script it runs
     Secrecy secrecy = Secrecy::AllButOpen;

@@ -6,6 +6,7 @@
 #include "protocol/Json.h"
 #include "supervisor/resume/CleanUp.h"
 #include "supervisor/resume/PlanChanges.h"
+#include "supervisor/undo/Undo.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ CManifestRun::CManifestRun(const EngineOptions& engine, const CWorkerStarter& st
 
 RunResult CManifestRun::Run()
 {
-    if (Load() && ReadEarlier() && CountFiles() && OpenOutputs()) Process();
+    if (Load() && ReadEarlier() && CountFiles() && PrepareKeeping() && OpenOutputs()) Process();
     m_result.plan = m_options.plan;
     if (!m_problem.empty()) {
         m_result.exit = ExitClass::Broken;
@@ -52,8 +53,11 @@ bool CManifestRun::Load()
     m_header = std::move(*header);
     if (const std::string changed = ChangedWork(m_header); !changed.empty())
         return Unusable(changed, m_options.manifestWayOut);
+    if (const std::string undone = UndoneSentence(m_header.order.run); !undone.empty())
+        return Unusable(undone, m_options.manifestWayOut);
     if (m_options.description) m_header.order.description = *m_options.description;
     m_facts = ReadRunFacts(m_header);
+    m_record.SetReach(m_header.reach);
     if (m_header.oneWorker && m_options.shards > 1)
         return Broken("This run cannot be divided: " + m_header.oneWorkerReason);
     PlanSummary& plan = m_options.plan;
@@ -118,11 +122,30 @@ bool CManifestRun::CountFiles()
     return manifest.Problem().empty() || Unusable(manifest.Problem(), m_options.manifestWayOut);
 }
 
+/// The folder for originals is the user's alone, also where he has made the one above it for everybody.
+bool CManifestRun::PrepareKeeping()
+{
+    const std::string& folder = m_header.reach.kept;
+    if (folder.empty() || IsTrial()) return true;
+    const std::string& above = m_header.order.description.keepOriginals;
+    platform::FileResult made;
+    if (!platform::FolderExists(above)) made = platform::CreatePrivateFolder(above);
+    if (made && !platform::IsOwnFolder(folder)) made = platform::CreatePrivateFolder(folder);
+    // A part of the same run may have made it meanwhile.
+    if (!made && !platform::IsOwnFolder(folder))
+        return Broken("The folder " + folder + " for originals cannot be made (" +
+                      platform::ErrorText(made.errorNumber) + ").");
+    const bool programs = m_header.startsPrograms || m_header.order.description.finalAction == FinalAction::Execute;
+    m_header.order.keeping = {folder, !programs};
+    return true;
+}
+
 bool CManifestRun::OpenOutputs()
 {
     if (!IsTrial()) {
         const std::string shard = std::to_string(m_options.shard) + '/' + std::to_string(m_options.shards);
-        const auto opened = m_journal.Open(m_options.journalPath, {m_header.order.run, shard}, m_journalLength);
+        const auto opened =
+            m_journal.Open(m_options.journalPath, {m_header.order.run, shard, m_header.reach}, m_journalLength);
         if (!opened)
             return Broken("The journal " + m_options.journalPath + " cannot be written (" +
                           platform::ErrorText(opened.errorNumber) + ").");

@@ -50,6 +50,7 @@ private:
     bool Load();
     bool ReadEarlier();
     bool CountFiles();
+    bool PrepareKeeping();
     bool OpenOutputs();
     void Process();
     LoopEnd RunLoop(CFilesForWorkers& queue, COutcomeRecorder& results);

@@ -57,6 +57,7 @@ private:
         auto header = manifest.Open(m_options.manifestPath);
         if (!header) return Broken(header.Error());
         m_header = std::move(*header);
+        m_record.SetReach(m_header.reach);
         PlanSummary& plan = m_result.plan;
         plan.run = m_header.order.run;
         plan.total = m_header.total;

@@ -44,24 +44,3 @@ private:
 
 /// Takes the lock on a file that is created when missing. The sentence of a failure, or nothing.
 [[nodiscard]] std::string TakeLock(platform::CFileLock& lock, const std::string& path);
-
-/// What was done in earlier runs, packed, for whoever has to know it later. See docs/runs.md.
-/// The packed runs lie in `folder`, each in a file "<end of the run>-<run>.jsonl.gz": manifest, then journal.
-class CRunArchive {
-public:
-    explicit CRunArchive(std::string folder) : m_folder(std::move(folder)) {}
-
-    /// Packs a run; an earlier pack of the same run goes. `run`: its id. Fails: a sentence, and nothing has changed.
-    [[nodiscard]] std::string Keep(const std::string& run, const std::string& manifestPath,
-                                   const std::string& journalPath) const;
-    [[nodiscard]] bool Has(const std::string& run) const;
-    /// Removes packs that are neither among the newest 20 nor younger than 30 days, and the plain plans of runs, in
-    /// the folders beside them, that came to their end as long ago and left nothing that could be done again.
-    void RemoveOld() const;
-
-private:
-    void RemoveOldPacks() const;
-    void RemoveOldPlan(const std::string& folder) const;
-
-    std::string m_folder;  // with its trailing separator
-};

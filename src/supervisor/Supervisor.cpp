@@ -7,6 +7,7 @@
 #include "platform/ThisProcess.h"
 #include "protocol/Json.h"
 #include "supervisor/ManifestRun.h"
+#include "supervisor/RunArchive.h"
 #include "supervisor/RunFolder.h"
 #include "supervisor/plan/HostJob.h"
 #include "supervisor/plan/Planning.h"

@@ -86,13 +86,13 @@ CLedger::Content CLedger::Before(const std::string& path)
 
 CLedger::Answer CLedger::Ask(Act act, const std::string& file, const std::string& target)
 {
-    if (!m_source.WantsRecords()) return AskSource({act, m_file.finalActionBegun, file, target, {}, {}, false});
+    if (!m_source.WantsRecords()) return AskSource({act, m_file.finalActionBegun, file, target, {}, {}});
     SettleLast();
     Deed deed{act, m_file.finalActionBegun, file, target, {}, StampOfRegularFile(file)};
     // A run that finds its inputs itself does not tell which one it is at: whatever is going to change may be it.
     if (!m_file.input) NoteBefore(act == Act::Put ? target : file);
     if (deed.stamp) deed.sha256 = m_hashes.Of(file);
-    const Answer answer = MayBeOnRecord(deed) ? AskSource(deed) : Answer::Refuse;
+    const Answer answer = MayBeOnRecord(deed) ? AskAfterKeeping(deed) : Answer::Refuse;
     deed.done = answer != Answer::Refuse;
     m_file.unsettled = answer == Answer::Go;
     m_file.deeds.push_back(std::move(deed));
@@ -105,6 +105,69 @@ bool CLedger::MayBeOnRecord(const Deed& deed) const
     return !m_file.input || m_source.Pretends() || deed.act == Act::Start || !deed.sha256.empty();
 }
 
+namespace {
+
+bool HasSameContent(const platform::FileStamp& stamp, const std::string& path)
+{
+    const auto now = StampOfRegularFile(path);
+    return now && now->IsSameFile(stamp) && now->size == stamp.size &&
+           now->modifiedNanoseconds == stamp.modifiedNanoseconds;
+}
+
+}  // namespace
+
+/// Notes what the act takes away, and keeps it when that is wanted. The content is hashed only where it is known
+/// anyway, or needed to put it back.
+void CLedger::KeepFormer(Deed& deed)
+{
+    if (deed.act == Act::Start) return;
+    if (deed.act == Act::Move) deed.traits = platform::TraitsOf(deed.file);
+    const std::string& path = deed.act == Act::Delete ? deed.file : deed.target;
+    auto former = LookAtFormer(path);
+    if (!former) {
+        deed.objection = TextFromBytes(former.Error());
+        return;
+    }
+    deed.former = std::move(*former);
+    if (!deed.former) return;
+    if (!m_originals) m_originals.emplace(m_source.KeepsOriginals());
+    const auto stamp = StampOfRegularFile(path);
+    const bool known = m_file.before.contains(path);
+    if (deed.former->link.empty() && (known || m_originals->Wanted())) deed.former->sha256 = m_hashes.Of(path);
+    if (!m_originals->Wanted() || !m_file.input) return;
+    if (deed.former->link.empty() && deed.former->sha256.empty()) {
+        deed.objection = TextFromBytes("The original " + path + " cannot be read, so nothing was done to it.");
+        return;
+    }
+    const auto kept = m_originals->Keep(path, m_file.input->number);
+    if (!kept)
+        deed.objection = TextFromBytes(kept.Error());
+    else if (stamp && !HasSameContent(*stamp, path))
+        deed.objection = TextFromBytes("The original " + path + " was changed while it was kept.");
+    else
+        deed.former->kept = *kept;
+    if (stamp) m_hashes.Renamed(*stamp, path);  // a second name changes the stamp and not the content
+}
+
+/// Asks with the original kept. What stood at the path may have changed while somebody thought about it: then it is
+/// not the one that was kept.
+CLedger::Answer CLedger::AskAfterKeeping(Deed& deed)
+{
+    if (m_source.Pretends()) return AskSource(deed);
+    KeepFormer(deed);
+    const std::string& path = deed.act == Act::Delete ? deed.file : deed.target;
+    const std::string kept = deed.former ? deed.former->kept : std::string();
+    const auto before = kept.empty() ? std::nullopt : StampOfRegularFile(path);
+    Answer answer = AskSource(deed);
+    if (kept.empty()) return answer;
+    if (answer == Answer::Go && before && StampOfRegularFile(path) != before) answer = Answer::Refuse;
+    if (answer != Answer::Go) {
+        const CUnwatched ownFile;
+        (void)platform::DeleteFile(kept);
+    }
+    return answer;
+}
+
 CLedger::Answer CLedger::AskSource(const Deed& deed)
 {
     const int number = m_file.input ? m_file.input->number : 0;
@@ -113,7 +176,10 @@ CLedger::Answer CLedger::AskSource(const Deed& deed)
                             .act = deed.act,
                             .file = deed.file,
                             .target = deed.target,
-                            .sha256 = deed.sha256});
+                            .sha256 = deed.sha256,
+                            .former = deed.former,
+                            .traits = deed.traits,
+                            .objection = deed.objection});
 }
 
 std::optional<bool> CLedger::Exists(const std::string& path) const

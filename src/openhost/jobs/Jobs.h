@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "openhost/jobs/Originals.h"
 #include "platform/Files.h"
 #include "protocol/Messages.h"
 
@@ -53,6 +54,8 @@ public:
 
     /// Whether records are wanted at all: making them takes a look at every byte of every file.
     virtual bool WantsRecords() const { return false; }
+    /// Where what acts take away is to be kept. Asks for the job when that is not known yet.
+    virtual Keeping KeepsOriginals() { return {}; }
     virtual Answer MayAct(const IntendedAct&) { return Answer::Go; }
     /// What pretended acts made of the path; nothing when the disk tells.
     virtual std::optional<bool> Exists(const std::string&) { return std::nullopt; }
@@ -97,6 +100,9 @@ private:
         std::string file, target, sha256;
         std::optional<platform::FileStamp> stamp;  // of the file before
         bool done = false;
+        std::optional<FormerFile> former = {};  // what it takes away
+        std::optional<FileTraits> traits = {};  // of what it moves
+        std::string objection = {};             // why it must not happen
     };
     struct Content {
         std::uint64_t size = 0;
@@ -114,8 +120,10 @@ private:
 
     void NoteBefore(const std::string& path);
     Content Before(const std::string& path);
+    void KeepFormer(Deed& deed);
     bool MayBeOnRecord(const Deed& deed) const;
     Answer AskSource(const Deed& deed);
+    Answer AskAfterKeeping(Deed& deed);
     void SettleLast();
     bool HasHappened(const Deed& deed);
     std::vector<FileOutput> Outputs() const;
@@ -125,6 +133,7 @@ private:
     CJobSource& m_source;
     std::function<std::uint64_t()> m_clock;
     CContentHashes m_hashes;
+    std::optional<COriginals> m_originals;  // once the job is known
     PresentFile m_file;
     int m_filesDone = 0;
 };

@@ -96,6 +96,7 @@ void CWorkerLink::FetchJob()
     if (!job) return;
     m_job = LineOf(*job);
     m_pretends = FlagAt(*job, "dryRun");
+    if (const auto order = RunOrderFrom(*job)) m_keeping = order->keeping;
     std::string run = TextAt(*job, "run");
     std::erase_if(run, [](unsigned char letter) { return !std::isalnum(letter); });
     if (!run.empty()) platform::SetTemporaryTag(run);
@@ -111,6 +112,12 @@ bool CWorkerLink::Pretends()
 {
     FetchJob();
     return m_pretends;
+}
+
+Keeping CWorkerLink::KeepsOriginals()
+{
+    FetchJob();
+    return m_keeping;
 }
 
 std::optional<JobInputFile> CWorkerLink::NextInput() { return InputFrom(Ask(AskInput{})); }

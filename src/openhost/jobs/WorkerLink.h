@@ -48,6 +48,7 @@ public:
     bool Pretends() override;
     std::optional<JobInputFile> NextInput() override;
     bool WantsRecords() const override { return true; }
+    Keeping KeepsOriginals() override;
     Answer MayAct(const IntendedAct& intended) override;
     std::optional<bool> Exists(const std::string& path) override;
     void RunStarts(int inputs) override;
@@ -65,6 +66,7 @@ private:
 
     CLineStream m_lines;
     std::string m_job;  // empty: there is none
+    Keeping m_keeping;
     bool m_jobKnown = false;
     bool m_pretends = false;
     bool m_gone = false;

@@ -8,16 +8,24 @@ using platform::FileResult;
 
 namespace {
 
+/// 1 did not say what is needed to take a run back.
+constexpr int kJournalVersion = 2;
+
 std::string HeaderLine(const JournalName& name)
 {
-    return LineOf({{"ferrule", "journal"}, {"version", 1}, {"run", name.run}, {"shard", name.shard}});
+    return LineOf({{"ferrule", "journal"},
+                   {"version", kJournalVersion},
+                   {"run", name.run},
+                   {"shard", name.shard},
+                   {"reach", RunReachJson(name.reach)}});
 }
 
 std::optional<JournalName> NameFrom(const std::string& line)
 {
     const auto header = ParseObject(line);
-    if (!header || TextAt(*header, "ferrule") != "journal" || CountAt(*header, "version") != 1) return std::nullopt;
-    return JournalName{TextAt(*header, "run"), TextAt(*header, "shard")};
+    if (!header || TextAt(*header, "ferrule") != "journal" || CountAt(*header, "version") != kJournalVersion)
+        return std::nullopt;
+    return JournalName{TextAt(*header, "run"), TextAt(*header, "shard"), RunReachFrom(ObjectAt(*header, "reach"))};
 }
 
 std::optional<DoneFile> DoneFrom(const Json& object)
@@ -44,7 +52,9 @@ std::string Visit(const std::string& line, std::uint64_t offset, CJournalVisitor
     if (!object) return kUnknownLine;
     if (object->contains("intent")) {
         auto intent = IntendedActFrom(ObjectAt(*object, "intent"));
-        return intent && intent->number != 0 ? visitor.OnIntent(std::move(*intent)) : kUnknownLine;
+        if (!intent || intent->number == 0) return kUnknownLine;
+        intent->order = offset;
+        return visitor.OnIntent(std::move(*intent));
     }
     if (object->contains("done")) {
         const auto record = FileRecordFrom(ObjectAt(ObjectAt(*object, "done"), "record"));
@@ -71,8 +81,9 @@ FileResult CJournalWriter::Open(const std::string& path, const JournalName& name
     return length == 0 ? AddLine(HeaderLine(name), false) : FileResult{};
 }
 
-FileResult CJournalWriter::AddIntent(const Intent& intent)
+FileResult CJournalWriter::AddIntent(const Intent& intent, std::uint64_t* order)
 {
+    if (order) *order = m_length;  // only grows, also from one start of a run to the next
     return AddLine(LineOf({{"intent", IntendedActJson(intent)}}), true);
 }
 
@@ -115,8 +126,8 @@ Expected<JournalContent> ReadJournal(const std::string& path, const std::string&
     }
     if (!reader.Next(line)) return JournalContent{};
     JournalContent content{.name = NameFrom(line)};
-    if (!content.name) return Failure(HeaderProblem(path, "journal", 1, line));
-    if (content.name->run != run) return Failure("The journal " + path + " belongs to another run.");
+    if (!content.name) return Failure(HeaderProblem(path, "journal", kJournalVersion, line));
+    if (!run.empty() && content.name->run != run) return Failure("The journal " + path + " belongs to another run.");
     while (reader.Next(line))
         if (const std::string problem = Visit(line, reader.Offset(), visitor); !problem.empty())
             return Failure("Line " + std::to_string(reader.LineNumber()) + " of the journal " + path + ": " +

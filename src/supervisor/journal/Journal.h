@@ -11,6 +11,7 @@
 #include "platform/Files.h"
 #include "platform/HeldFiles.h"
 #include "protocol/Messages.h"
+#include "protocol/RunReach.h"
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/LineReader.h"
 
@@ -28,6 +29,7 @@ struct DoneFile {
 struct JournalName {
     std::string run = {};
     std::string shard = {};  ///< "1/4"
+    RunReach reach = {};     ///< what the run may have touched
 };
 
 /// Appends lines. Each function fails with what the system says; then the line does not count.
@@ -37,8 +39,8 @@ public:
     platform::FileResult Open(const std::string& path, const JournalName& name, std::uint64_t length);
     bool IsOpen() const { return m_file.IsOpen(); }
 
-    /// On disk when this comes back.
-    platform::FileResult AddIntent(const Intent& intent);
+    /// On disk when this comes back. `order`: which it gets; those of later ones are greater.
+    platform::FileResult AddIntent(const Intent& intent, std::uint64_t* order = nullptr);
     /// `offset`: where CJournalReader finds it.
     platform::FileResult AddDone(const DoneFile& done, std::uint64_t* offset);
     /// The file gets another outcome than the one that it has.
@@ -68,7 +70,8 @@ struct JournalContent {
     std::uint64_t length = 0;              ///< of the complete lines
 };
 
-/// Reads a whole journal. Fails with a sentence that names file and line. `run`: the one that it must belong to.
+/// Reads a whole journal. Fails with a sentence that names file and line. `run`: the one that it must belong to;
+/// empty: any.
 [[nodiscard]] Expected<JournalContent> ReadJournal(const std::string& path, const std::string& run,
                                                    CJournalVisitor& visitor);
 

@@ -95,7 +95,8 @@ std::string CJournalIndex::OnAgain(int number, ToDo toDo)
     if (!m_done.Contains(number)) return NoSuchFile(number);
     m_ending.clear();
     FileHistory history;
-    if (toDo == ToDo::FinalAction && m_done.IsDone(number)) history.resultsOffset = m_done.At(number).offset;
+    if (m_done.IsDone(number)) history.earlierOffset = m_done.At(number).offset;
+    if (toDo == ToDo::FinalAction) history.resultsOffset = history.earlierOffset;
     m_done.Forget(number);
     m_notSaved.erase(number);
     m_open[number] = std::move(history);

@@ -43,6 +43,8 @@ struct FileHistory {
     std::vector<Intent> intents = {};
     /// Its results were complete before: where the outcome stands that says so.
     std::optional<std::uint64_t> resultsOffset = {};
+    /// Its outcome before it was begun again.
+    std::optional<std::uint64_t> earlierOffset = {};
 };
 
 /// Filled by ReadJournal. Memory: eight bytes a file and eight for each intent, and what is open.

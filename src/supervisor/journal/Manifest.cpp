@@ -7,8 +7,8 @@
 
 namespace {
 
-/// 1 had the job as environment variables, 2 could plan sequences only.
-constexpr int kVersion = 3;
+/// 1 had the job as environment variables, 2 could plan sequences only, 3 did not say what the run can reach.
+constexpr int kVersion = 4;
 constexpr std::size_t kCopyPiece = 1 << 16;
 
 std::string HeaderLine(const ManifestHeader& header)
@@ -22,6 +22,8 @@ std::string HeaderLine(const ManifestHeader& header)
                          {"oneWorkerReason", header.oneWorkerReason},
                          {"unreadableFolders", header.unreadableFolders},
                          {"outputsPerFile", header.outputsPerFile},
+                         {"startsPrograms", header.startsPrograms},
+                         {"reach", RunReachJson(header.reach)},
                          {"workSha256", header.workHashes},
                          {"preamble", TextsOf(header.preamble)},
                          {"epilogue", TextsOf(header.epilogue)}};
@@ -42,6 +44,8 @@ std::optional<ManifestHeader> HeaderFrom(const std::string& line)
         .oneWorker = FlagAt(*object, "oneWorker"),
         .oneWorkerReason = TextAt(*object, "oneWorkerReason"),
         .unreadableFolders = CountAt(*object, "unreadableFolders"),
+        .startsPrograms = FlagAt(*object, "startsPrograms", true),
+        .reach = RunReachFrom(ObjectAt(*object, "reach")),
         .outputsPerFile = object->contains("outputsPerFile") ? CountAt(*object, "outputsPerFile") : 1,
         .workHashes = TextsAt(*object, "workSha256"),
         .preamble = BytesListAt(*object, "preamble"),

@@ -11,6 +11,7 @@
 #include "platform/AtomicFile.h"
 #include "platform/Files.h"
 #include "protocol/RunDescription.h"
+#include "protocol/RunReach.h"
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/LineReader.h"
 
@@ -21,6 +22,8 @@ struct ManifestHeader {
     bool oneWorker = false;
     std::string oneWorkerReason = {};
     int unreadableFolders = 0;                              ///< whose files the plan had to leave out
+    bool startsPrograms = false;                            ///< a step may start programs
+    RunReach reach = {};                                    ///< complete
     int outputsPerFile = 1;                                 ///< how many results the work writes for a file
     std::vector<std::string> workHashes = {};               ///< SHA-256 of each file of the work; empty where unknown
     std::vector<std::string> preamble = {}, epilogue = {};  ///< lines of the log, as bytes

@@ -119,7 +119,7 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     for (const WorkFile& file : m_request.work.files)
         m_planned.header.workHashes.push_back(platform::Sha256OfFile(file.path));
     HostJobResult host =
-        RunHostJob(m_starter, "plan", LineOf(RunOrderJson({RunOrder::Kind::Plan, run, false, m_request})),
+        RunHostJob(m_starter, "plan", LineOf(RunOrderJson({RunOrder::Kind::Plan, run, false, m_request, {}})),
                    m_interruptsSeen, m_observer, [&](const std::string& json) { OnReport(json, writer); });
     if (host.job.exit != ExitClass::Fine) {
         m_planned.log = std::move(host.preamble);
@@ -132,7 +132,9 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     PlanSummary& summary = m_planned.summary;
     ManifestHeader& header = m_planned.header;
     summary.run = run;
-    header.order = {RunOrder::Kind::Run, run, dryRun, m_request};
+    header.order = {RunOrder::Kind::Run, run, dryRun, m_request, {}};
+    header.reach.run = run;
+    header.reach.kept = KeptFolderOf(m_request, run);
     header.total = summary.total;
     header.bytes = summary.bytes;
     header.oneWorker = summary.oneWorker;
@@ -175,5 +177,7 @@ void CPlanning::OnReport(const std::string& json, CManifestWriter* manifest)
         summary.warnings = std::move(plan.warnings);
         m_planned.header.unreadableFolders = plan.unreadableFolders;
         m_planned.header.outputsPerFile = plan.outputsPerFile;
+        m_planned.header.startsPrograms = plan.startsPrograms;
+        m_planned.header.reach = std::move(plan.reach);
     }
 }

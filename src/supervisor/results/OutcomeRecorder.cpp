@@ -81,9 +81,9 @@ Lines CClosingLines::Joined() const
 
 using platform::FileResult;
 
-FileResult COutcomeRecorder::AddIntent(const Intent& intent)
+FileResult COutcomeRecorder::AddIntent(const Intent& intent, std::uint64_t* order)
 {
-    return m_parts.journal ? m_parts.journal->AddIntent(intent) : FileResult{};
+    return m_parts.journal ? m_parts.journal->AddIntent(intent, order) : FileResult{};
 }
 
 FileResult COutcomeRecorder::AddAgain(int number, ToDo toDo)

@@ -67,8 +67,8 @@ public:
     };
     COutcomeRecorder(const Parts& parts, RunProgress progress) : m_parts(parts), m_progress(progress) {}
 
-    /// On disk when this comes back.
-    platform::FileResult AddIntent(const Intent& intent);
+    /// On disk when this comes back. `order`: which it gets; those of later ones are greater.
+    platform::FileResult AddIntent(const Intent& intent, std::uint64_t* order = nullptr);
     /// The file, which had an outcome, is begun again.
     platform::FileResult AddAgain(int number, ToDo toDo);
     /// Only one that is in the journal is passed on.

@@ -14,7 +14,10 @@ platform::FileResult CRecordWriter::Open(const std::string& path)
 
 void CRecordWriter::Add(const FileRecord& record)
 {
-    std::string line = LineOf(FileRecordJson(record));
+    Json object = FileRecordJson(record);
+    if (m_reach) object["run"] = RunReachJson(*m_reach);
+    m_reach.reset();
+    std::string line = LineOf(object);
     m_observer.RecordLine(line);
     if (!m_file || m_error != 0) return;
     line += '\n';

@@ -3,10 +3,12 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/Log.h"
 #include "platform/Files.h"
+#include "protocol/RunReach.h"
 #include "supervisor/RunObserver.h"
 #include "supervisor/journal/Journal.h"
 
@@ -16,6 +18,8 @@ public:
     /// Creates the file, or empties it. Without one, lines only go to the observer, who is borrowed.
     explicit CRecordWriter(CRunObserver& observer) : m_observer(observer) {}
     platform::FileResult Open(const std::string& path);
+    /// What the first line says of the run as a whole.
+    void SetReach(RunReach reach) { m_reach = std::move(reach); }
     void Add(const FileRecord& record);
     /// The first failure of writing.
     platform::FileResult Result() const { return {m_error}; }
@@ -23,6 +27,7 @@ public:
 
 private:
     CRunObserver& m_observer;
+    std::optional<RunReach> m_reach;  // until the first line is written
     platform::Stream m_file;
     int m_error = 0;
 };

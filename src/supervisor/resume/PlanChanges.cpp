@@ -22,6 +22,7 @@ constexpr ValueRow kValues[] = {
     {"--output", true, [](const RunDescription& run) { return run.outputFolder; }},
     {"--final-action", false, [](const RunDescription& run) { return std::string(FactsOf(run.finalAction).word); }},
     {"--destination", true, [](const RunDescription& run) { return run.destination; }},
+    {"--keep-originals", true, [](const RunDescription& run) { return run.keepOriginals; }},
     {"--ext", false, [](const RunDescription& run) { return run.extensions; }},
     {"--no-subfolders", false, [](const RunDescription& run) { return std::string(run.noSubfolders ? "yes" : ""); }}};
 

@@ -144,6 +144,21 @@ DoneFile CombineDone(const FileInHand& hand, FileRecord record, LogBlock block)
     return done;
 }
 
+namespace {
+
+/// All that was ever allowed for the file, once each, in its order.
+std::vector<Intent> ActsOf(const FileInHand& hand)
+{
+    std::vector<Intent> acts = hand.earlierActs;
+    acts.insert(acts.end(), hand.intents.begin(), hand.intents.end());
+    std::ranges::stable_sort(acts, {}, &Intent::order);
+    const auto rest = std::ranges::unique(acts, {}, &Intent::order);
+    acts.erase(rest.begin(), rest.end());
+    return acts;
+}
+
+}  // namespace
+
 DoneFile DoneWithoutWorker(const PlannedFile& file, FileOutcome outcome, const std::string& message)
 {
     DoneFile done;
@@ -172,9 +187,10 @@ std::optional<FileInHand> CFilesForWorkers::Next()
     return std::nullopt;
 }
 
-bool CFilesForWorkers::Finish(const DoneFile& done, const PlannedFile& file)
+bool CFilesForWorkers::Finish(DoneFile done, const FileInHand& hand)
 {
-    m_parts.files.Done(file.group);
+    m_parts.files.Done(hand.file.group);
+    done.record.acts = ActsOf(hand);
     return Journaled(m_parts.results.AddDone(done));
 }
 
@@ -204,6 +220,7 @@ CFilesForWorkers::Readiness CFilesForWorkers::PrepareAgain(FileInHand& hand, con
         return Readiness::DealtWith;
     }
     const FileRecord& record = done->record;
+    hand.earlierActs = record.acts;
     const bool onlyFinalAction = !record.outputs.empty() && record.finalAction &&
                                  record.finalAction->state == FinalActionRecord::State::Failed &&
                                  !MayHaveStarted(hand.file.number);
@@ -263,6 +280,9 @@ void CFilesForWorkers::TakeUp(FileInHand& hand)
     if (place->second.resultsOffset)
         if (auto done = m_parts.readDone({.offset = *place->second.resultsOffset}))
             hand.results = std::move(done->record);
+    if (place->second.earlierOffset)
+        if (auto done = m_parts.readDone({.offset = *place->second.earlierOffset}))
+            hand.earlierActs = std::move(done->record.acts);
     m_parts.earlier->Open().erase(place);
 }
 
@@ -288,7 +308,7 @@ CFilesForWorkers::Readiness CFilesForWorkers::TakeUpWhatWasBegun(FileInHand& han
     DoneFile done = DoneWithoutWorker(hand.file, point.record.outcome, point.record.message);
     if (done.record.message.empty()) done.log.back() = "\tThe file was completed before the run was interrupted.";
     done.record = std::move(point.record);
-    Finish(done, hand.file);
+    Finish(std::move(done), hand);
     return Readiness::DealtWith;
 }
 
@@ -320,14 +340,14 @@ CFilesForWorkers::Readiness CFilesForWorkers::PrepareFinalAction(FileInHand& han
     done.record = *hand.results;
     done.record.outcome = FileOutcome::Incomplete;
     done.record.message = message;
-    Finish(done, hand.file);
+    Finish(std::move(done), hand);
     return Readiness::DealtWith;
 }
 
 CFilesForWorkers::Readiness CFilesForWorkers::Skip(const FileInHand& hand, FileOutcome outcome,
                                                    const std::string& message)
 {
-    Finish(DoneWithoutWorker(hand.file, outcome, message), hand.file);
+    Finish(DoneWithoutWorker(hand.file, outcome, message), hand);
     return Readiness::DealtWith;
 }
 

@@ -87,7 +87,7 @@ public:
     /// A file whose worker died and that goes on with another one.
     void Return(FileInHand file) { m_returned.push_back(std::move(file)); }
     /// The file has its outcome. Fails: Problem says why.
-    bool Finish(const DoneFile& done, const PlannedFile& file);
+    bool Finish(DoneFile done, const FileInHand& hand);
     /// Something is going to be written to the path of a target.
     void NoteTarget(const PlannedFile& file, const std::string& target);
 

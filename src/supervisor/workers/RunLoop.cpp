@@ -286,8 +286,12 @@ ActAnswer CRunLoop::Decide(CWorker& worker, Intent intent)
         m_parts.pretended.Add(intent);
         return ActAnswer::Pretend;
     }
+    if (!intent.objection.empty()) {
+        worker.hand->refusal = intent.objection;
+        return ActAnswer::Refuse;
+    }
     intent.replaces = creates && platform::NameExists(intent.target);
-    if (const auto added = m_parts.results.AddIntent(intent); !added) {
+    if (const auto added = m_parts.results.AddIntent(intent, &intent.order); !added) {
         Break("The journal cannot be written (" + platform::ErrorText(added.errorNumber) +
               "). Nothing more is begun; the run can be resumed.");
         return ActAnswer::Refuse;
@@ -348,10 +352,10 @@ void CRunLoop::Dismiss(CWorker& worker)
 void CRunLoop::CompleteFile(CWorker& worker)
 {
     const FileInHand hand = std::move(*worker.hand);
-    const DoneFile done = CombineDone(hand, std::move(*worker.told), worker.log.Take());
+    DoneFile done = CombineDone(hand, std::move(*worker.told), worker.log.Take());
     worker.hand.reset();
     worker.told.reset();
-    m_parts.queue.Finish(done, hand.file);
+    m_parts.queue.Finish(std::move(done), hand);
 }
 
 void CRunLoop::FileLost(CWorker& worker, const std::string& reason)
@@ -366,17 +370,16 @@ void CRunLoop::FileLost(CWorker& worker, const std::string& reason)
     done.log.push_back("\tERROR: " + reason);
     RemoveTemporariesOf(worker, hand);
     // What is left of a stopped file is found out when the run is resumed.
-    if (m_stops > 1) return (void)m_parts.queue.Finish(done, hand.file);
+    if (m_stops > 1) return (void)m_parts.queue.Finish(std::move(done), hand);
     ResumePoint point = FindResumePoint(hand.file, hand.intents, hand.results, m_parts.facts.rules);
     FileInterrupted(std::move(hand), std::move(point), std::move(done), reason);
 }
 
 void CRunLoop::FileInterrupted(FileInHand hand, ResumePoint point, DoneFile done, const std::string& reason)
 {
-    const PlannedFile file = hand.file;
     const std::int64_t milliseconds = done.record.milliseconds;
     if (point.left == Left::FinalAction && hand.reason.empty()) {
-        if (Ending()) return (void)m_parts.queue.Finish(done, file);
+        if (Ending()) return (void)m_parts.queue.Finish(std::move(done), hand);
         hand.toDo = ToDo::FinalAction;
         hand.results = std::move(point.record);
         hand.log = {std::move(done.log), done.preflightBegin, done.preflightEnd};
@@ -394,7 +397,7 @@ void CRunLoop::FileInterrupted(FileInHand hand, ResumePoint point, DoneFile done
     if (!done.record.message.empty()) message += ' ' + done.record.message;
     done.record.message = std::move(message);
     done.record.milliseconds = milliseconds;
-    m_parts.queue.Finish(done, file);
+    m_parts.queue.Finish(std::move(done), hand);
 }
 
 void CRunLoop::RemoveTemporariesOf(const CWorker& worker, const FileInHand& hand)

@@ -82,6 +82,7 @@ struct FileInHand {
     PlannedFile file = {};
     ToDo toDo = ToDo::Whole;
     std::vector<Intent> intents = {};
+    std::vector<Intent> earlierActs = {};  ///< of attempts that had an outcome
     /// What was known before when only the final action is left.
     std::optional<FileRecord> results = {};
     LogBlock log = {};         ///< of an earlier worker that died over it

@@ -1,0 +1,284 @@
+#include "supervisor/undo/Undo.h"
+
+#include <filesystem>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "base/Names.h"
+#include "platform/AtomicFile.h"
+#include "platform/NarrowText.h"
+#include "platform/ThisProcess.h"
+#include "supervisor/RunArchive.h"
+#include "supervisor/RunFolder.h"
+#include "supervisor/journal/Manifest.h"
+#include "supervisor/resume/CleanUp.h"
+#include "supervisor/undo/UndoJournal.h"
+#include "supervisor/workers/Worker.h"
+
+using Kind = UndoStep::Kind;
+
+namespace {
+
+std::string RunsFolder() { return UserPaths().settingsFolder + "Runs" + kSeparator; }
+
+std::string UndoJournalPath(const std::string& run) { return RunsFolder() + "undo-" + run + ".jsonl"; }
+
+std::string ManifestIn(const std::string& folder) { return folder + kSeparator + "manifest.jsonl"; }
+std::string JournalIn(const std::string& folder) { return folder + kSeparator + "journal.jsonl"; }
+
+/// The folder in which the run has its plan still; empty when there is none.
+std::string FolderOfRun(const std::string& run)
+{
+    for (const platform::FolderEntry& entry : platform::ListFolder(RunsFolder())) {
+        if (!entry.isFolder) continue;
+        const std::string folder = RunsFolder() + entry.name;
+        CManifestReader manifest;
+        const auto header = manifest.Open(ManifestIn(folder));
+        if (header && header->order.run == run) return folder;
+    }
+    return {};
+}
+
+/// The packed run or the journal that was written last.
+std::string LastRun()
+{
+    std::string last;
+    std::int64_t latest = 0;
+    for (const platform::FolderEntry& entry : platform::ListFolder(RunsFolder())) {
+        const std::string path = entry.isFolder ? JournalIn(RunsFolder() + entry.name) : RunsFolder() + entry.name;
+        if (!entry.isFolder && !CRunArchive::IsPack(path)) continue;
+        const auto stamp = platform::StampOf(path);
+        if (!stamp || stamp->modifiedNanoseconds <= latest) continue;
+        latest = stamp->modifiedNanoseconds;
+        last = path;
+    }
+    return last;
+}
+
+bool HasLine(const std::string& path)
+{
+    CLineReader reader;
+    std::string line;
+    return reader.Open(path) && reader.Next(line);
+}
+
+void RemoveEmptyFolders(const std::string& folder)
+{
+    std::error_code ignored;
+    for (const platform::FolderEntry& entry : platform::ListFolder(folder))
+        if (entry.isFolder)
+            std::filesystem::remove(platform::StandardPath(folder + kSeparator + entry.name), ignored);
+    std::filesystem::remove(platform::StandardPath(folder), ignored);
+}
+
+class CUndo {
+public:
+    CUndo(const UndoOptions& options, CUndoObserver& observer)
+        : m_options(options), m_observer(observer), m_interruptsSeen(platform::Interrupts())
+    {
+    }
+
+    UndoResult Run()
+    {
+        if (Find() && Lock() && ReadJournal() && ReadActs()) Work();
+        return std::move(m_result);
+    }
+
+private:
+    bool Broken(std::string message)
+    {
+        m_result.exit = ExitClass::Broken;
+        m_result.message = std::move(message);
+        return false;
+    }
+
+    bool NothingToDo(std::string message)
+    {
+        Broken(std::move(message));
+        m_result.exit = ExitClass::Fine;
+        return false;
+    }
+
+    /// Finds the file that tells what the run has done.
+    bool Find()
+    {
+        m_path = m_options.path.empty() ? LastRun() : m_options.path;
+        if (m_path.empty()) return Broken("There is no run of yours that could be taken back.");
+        if (CRunArchive::IsPack(m_path)) {
+            if (m_scratch.Path().empty()) return Broken("No folder for temporary files can be made.");
+            const std::string unpacked = JournalIn(m_scratch.Path());
+            if (std::string problem = CRunArchive::Unpack(m_path, unpacked); !problem.empty())
+                return Broken(std::move(problem));
+            m_path = unpacked;
+        }
+        // Interrupted while its journal began.
+        if (m_options.path.empty() && !HasLine(m_path))
+            return NothingToDo(
+                "The last run had done nothing when it was interrupted; there is nothing to take back.");
+        const auto run = CActsToUndo::RunOf(m_path);
+        if (!run) return Broken(run.Error());
+        m_result.run = *run;
+        m_folder = FolderOfRun(m_result.run);
+        return true;
+    }
+
+    /// Neither the run itself nor another undo may go on meanwhile.
+    bool Lock()
+    {
+        if (!m_options.dryRun) (void)platform::CreateFolders(RunsFolder());
+        std::string problem;
+        if (platform::FolderExists(RunsFolder())) problem = TakeLock(m_lock, RunsFolder() + "undo.lock");
+        if (problem.empty() && !m_folder.empty()) problem = TakeLock(m_runLock, m_folder + kSeparator + "lock");
+        const std::string lockOfPart = m_path + ".lock";
+        if (problem.empty() && platform::NameExists(lockOfPart)) problem = TakeLock(m_partLock, lockOfPart);
+        return problem.empty() || Broken(std::move(problem));
+    }
+
+    bool ReadActs()
+    {
+        auto acts = CActsToUndo::Open(m_path);
+        if (!acts) return Broken(acts.Error());
+        m_acts.emplace(std::move(*acts));
+        return true;
+    }
+
+    bool ReadJournal()
+    {
+        const std::string path = UndoJournalPath(m_result.run);
+        std::string problem =
+            m_options.dryRun ? m_journal.Read(path, m_result.run) : m_journal.Open(path, m_result.run);
+        if (!problem.empty()) return Broken(std::move(problem));
+        return !m_journal.IsComplete() || NothingToDo("This run was taken back already; nothing is left to do.");
+    }
+
+    void Work()
+    {
+        m_observer.Begins(m_result.run, m_acts->Count());
+        if (!LookAtAll()) return;
+        if (m_options.dryRun) return End();
+        if (m_result.problems != 0 && !m_options.partly) {
+            Broken("Nothing was touched. With --partly everything else is taken back.");
+            return;
+        }
+        m_result.counts = {};
+        m_result.problems = 0;
+        platform::SetTemporaryTag(m_result.run);
+        RemoveTemporaries(TouchedFolders(), platform::TemporaryPrefix(m_result.run));
+        if (!UndoAll()) return;
+        CleanUp();
+        End();
+    }
+
+    /// Everywhere where the run, or an earlier start of this, may have left something unfinished.
+    std::set<std::string> TouchedFolders() const
+    {
+        std::set<std::string> folders = m_acts->Folders();
+        folders.insert(m_acts->Reach().folders.begin(), m_acts->Reach().folders.end());
+        CManifestReader manifest;
+        if (m_folder.empty() || !manifest.Open(ManifestIn(m_folder))) return folders;
+        while (const auto file = manifest.Next()) folders.insert(FolderOf(file->path));
+        return folders;
+    }
+
+    void End() { m_result.exit = m_result.problems == 0 ? ExitClass::Fine : ExitClass::SomeNotSaved; }
+
+    void Count(const ActToUndo& undo, const UndoStep& step, const std::string& problem)
+    {
+        ++m_result.counts[static_cast<std::size_t>(step.kind)];
+        if (!problem.empty()) ++m_result.problems;
+        const bool deletes = undo.act.act == Act::Delete;
+        m_observer.Step(step.kind, deletes || step.kind == Kind::MoveBack ? undo.act.file : undo.act.target);
+    }
+
+    bool LookAtAll()
+    {
+        CFutureNames names;
+        std::string problem = m_acts->ForEach([&](const ActToUndo& undo) {
+            names.Expect(undo.act);
+            return true;
+        });
+        names.BeginToUse();
+        if (problem.empty())
+            problem = m_acts->ForEach([&](const ActToUndo& undo) {
+                if (Interrupted()) return false;
+                UndoStep step;
+                if (!m_journal.IsUndone(undo.act)) step = DecideUndo(undo, names);
+                if (!step.problem.empty()) m_observer.Problem(step.problem);
+                if (m_options.dryRun || !step.problem.empty()) Count(undo, step, step.problem);
+                names.Undone(undo, step);
+                return true;
+            });
+        return problem.empty() ? !Stopped() : Broken(std::move(problem));
+    }
+
+    bool UndoAll()
+    {
+        CNames names;
+        platform::FileResult journaled;
+        std::string problem = m_acts->ForEach([&](const ActToUndo& undo) {
+            if (Interrupted()) return false;
+            if (m_journal.IsUndone(undo.act)) return true;
+            const UndoStep step = DecideUndo(undo, names);
+            const std::string failed = DoUndo(undo, step);
+            if (!failed.empty()) m_observer.Problem(failed);
+            Count(undo, step, step.problem + failed);
+            if (!failed.empty() || !step.problem.empty()) return true;
+            journaled = m_journal.Add(undo.act, step);
+            return journaled.Ok();
+        });
+        if (problem.empty() && !journaled)
+            problem = "The journal of the undo cannot be written (" + platform::ErrorText(journaled.errorNumber) +
+                      "). Nothing more was touched; give the command again to go on.";
+        return problem.empty() ? !Stopped() : Broken(std::move(problem));
+    }
+
+    bool Interrupted() const { return platform::Interrupts() != m_interruptsSeen; }
+
+    bool Stopped()
+    {
+        if (!Interrupted()) return false;
+        m_result.exit = ExitClass::Stopped;
+        m_result.message = "Stopped. Give the command again to go on.";
+        return true;
+    }
+
+    /// What is left belongs to nobody any more, and the run is none that could be gone on with.
+    void CleanUp()
+    {
+        if (!m_acts->Reach().kept.empty()) RemoveEmptyFolders(m_acts->Reach().kept);
+        (void)m_journal.AddEnd(m_result.problems);
+        if (m_folder.empty()) return;
+        const CRunArchive archive(RunsFolder());
+        const bool kept = archive.Has(m_result.run) ||
+                          archive.Keep(m_result.run, ManifestIn(m_folder), JournalIn(m_folder)).empty();
+        if (!kept) return;
+        (void)platform::DeleteFile(ManifestIn(m_folder));
+        (void)platform::DeleteFile(JournalIn(m_folder));
+    }
+
+    const UndoOptions& m_options;
+    CUndoObserver& m_observer;
+    int m_interruptsSeen;
+    CScratchFolder m_scratch;
+    std::optional<CActsToUndo> m_acts;
+    std::string m_path;    // of record or journal
+    std::string m_folder;  // of the run, when it has one still
+    platform::CFileLock m_lock, m_runLock, m_partLock;
+    CUndoJournal m_journal;
+    UndoResult m_result;
+};
+
+}  // namespace
+
+UndoResult UndoRun(const UndoOptions& options, CUndoObserver& observer)
+{
+    platform::CountInterrupts();
+    return CUndo(options, observer).Run();
+}
+
+std::string UndoneSentence(const std::string& run)
+{
+    if (!platform::NameExists(UndoJournalPath(run))) return {};
+    return "This run was taken back, wholly or in part, and is not gone on with; \"ferrule undo\" finishes that.";
+}

@@ -1,0 +1,37 @@
+// The journal of taking a run back: which acts are undone. See docs/runs.md.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/HeldFiles.h"
+#include "supervisor/undo/ActsToUndo.h"
+#include "supervisor/undo/UndoStep.h"
+
+class CUndoJournal {
+public:
+    /// Reads what is there and goes on with it. Fails with a sentence.
+    [[nodiscard]] std::string Open(const std::string& path, const std::string& run);
+    /// Only looks; a journal that is not there is empty.
+    [[nodiscard]] std::string Read(const std::string& path, const std::string& run);
+
+    /// Whether everything that could be taken back was, at the end of an earlier start.
+    bool IsComplete() const { return m_complete; }
+    bool IsUndone(const IntendedAct& act) const;
+    /// Before the next act is touched this one must be on disk, because what stands under its names tells later only
+    /// what the latest act made of them.
+    platform::FileResult Add(const IntendedAct& act, const UndoStep& step);
+    /// `left`: acts that could not be taken back.
+    platform::FileResult AddEnd(int left);
+
+private:
+    platform::FileResult AddLine(std::string line);
+
+    platform::CAppendFile m_file;
+    std::vector<std::pair<std::uint64_t, int>> m_undone;  // order and number, sorted
+    std::uint64_t m_length = 0;
+    bool m_complete = false;
+};

@@ -1,0 +1,245 @@
+#include "supervisor/undo/UndoStep.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <utility>
+
+#include "platform/FileDigest.h"
+#include "platform/FileKeeper.h"
+
+using platform::Existing;
+using platform::FileResult;
+using Kind = UndoStep::Kind;
+
+bool NameState::Is(const FormerFile& former) const
+{
+    if (kind != NameState::Kind::File) return false;
+    return former.link.empty() ? link.empty() && Holds(former.sha256) : link == former.link;
+}
+
+NameState CNames::At(const std::string& path)
+{
+    if (!platform::NameExists(path)) return {};
+    NameState state{.kind = NameState::Kind::Other, .link = platform::LinkText(path)};
+    const auto stamp = platform::StampOf(path);
+    if (stamp && stamp->regular) state.sha256 = platform::Sha256OfFile(path);
+    if ((stamp && stamp->regular) || !state.link.empty()) state.kind = NameState::Kind::File;
+    return state;
+}
+
+std::string_view UndoWord(UndoStep::Kind kind)
+{
+    constexpr std::array<std::string_view, 5> kWords = {"nothing", "remove", "put-back", "move-back", "leave"};
+    return kWords[static_cast<std::size_t>(kind)];
+}
+
+namespace {
+
+UndoStep Leave(std::string problem) { return {.kind = Kind::Leave, .problem = std::move(problem)}; }
+
+/// What the act took away cannot be put back; empty when it can, or when it took nothing away.
+std::string ProblemOfKept(const IntendedAct& act, const std::string& place, CNames& names)
+{
+    if (!act.former) return {};
+    if (act.former->kept.empty()) return "What stood at " + place + " before was not kept.";
+    const NameState kept = names.At(act.former->kept);
+    if (kept.IsFree()) return "The original of " + place + " is no longer at " + act.former->kept + '.';
+    if (!kept.Is(*act.former))
+        return "The original of " + place + " was changed since it was kept at " + act.former->kept + '.';
+    return {};
+}
+
+UndoStep DecidePut(const ActToUndo& undo, CNames& names)
+{
+    const IntendedAct& act = undo.act;
+    const NameState there = names.At(act.target);
+    const bool ours = there.Holds(act.sha256);
+    if (!ours && (act.former ? there.Is(*act.former) : there.IsFree())) return {};
+    if (!ours && !there.IsFree()) {
+        // Somebody took the name before the run could.
+        if (undo.mayNotHave && !act.former) return {};
+        return Leave(act.target + " was changed since the run wrote it.");
+    }
+    if (!act.former && act.replaces) return Leave("What stood at " + act.target + " before was not kept.");
+    if (!act.former) return {.kind = Kind::Remove};
+    if (std::string problem = ProblemOfKept(act, act.target, names); !problem.empty())
+        return undo.mayNotHave && !ours ? UndoStep{} : Leave(std::move(problem));
+    return {.kind = Kind::PutBack, .restoresKept = true};
+}
+
+UndoStep DecideMove(const ActToUndo& undo, CNames& names)
+{
+    const IntendedAct& act = undo.act;
+    const NameState source = names.At(act.file), target = names.At(act.target);
+    const bool moved = target.Holds(act.sha256);
+    if (source.Holds(act.sha256)) {
+        // It never went, or is back; a copy of it at the target is the rest of a move between file systems, and a
+        // free name there that of an original which was not put back yet.
+        if (act.former ? target.Is(*act.former) || !(moved || target.IsFree()) : !moved || undo.mayNotHave) return {};
+        return {.kind = act.former ? Kind::PutBack : Kind::Remove,
+                .restoresKept = act.former.has_value(),
+                .problem = ProblemOfKept(act, act.target, names)};
+    }
+    if (!moved)
+        return undo.mayNotHave
+                   ? UndoStep{}
+                   : Leave("The file that was moved is neither at " + act.target + " nor back at " + act.file + '.');
+    if (!source.IsFree())
+        return Leave("The name " + act.file + " is taken again, so the file stays at " + act.target + '.');
+    std::string problem = ProblemOfKept(act, act.target, names);
+    const bool restores = act.former && problem.empty();
+    return {.kind = Kind::MoveBack, .restoresKept = restores, .problem = std::move(problem)};
+}
+
+UndoStep DecideDelete(const ActToUndo& undo, CNames& names)
+{
+    const IntendedAct& act = undo.act;
+    const NameState there = names.At(act.file);
+    if (there.Holds(act.sha256) || (act.former && there.Is(*act.former))) return {};
+    if (!there.IsFree())
+        return undo.mayNotHave ? UndoStep{} : Leave("The name " + act.file + " is taken again by another file.");
+    if (!act.former) return Leave("The deleted file " + act.file + " was not kept.");
+    if (std::string problem = ProblemOfKept(act, act.file, names); !problem.empty()) return Leave(std::move(problem));
+    return {.kind = Kind::PutBack, .restoresKept = true};
+}
+
+// ---- doing it
+
+std::string Sentence(const FileResult& result, const std::string& what)
+{
+    return result ? std::string() : what + " (" + platform::ErrorText(result.errorNumber) + ").";
+}
+
+/// Rights and times come with the file; where the way went over another file system, some may be missing.
+std::string GiveBackTraits(const std::string& path, const FileTraits& traits)
+{
+    const auto now = platform::TraitsOf(path);
+    if ((now && now->Fulfil(traits)) || platform::NameIsLink(path) || platform::GiveTraits(path, traits)) return {};
+    return path + " is back, but its owner, rights, times or attributes could not be given back completely.";
+}
+
+std::string PutBack(const FormerFile& former, const std::string& place, Existing existing)
+{
+    const FileResult moved = platform::MoveFile(former.kept, place, existing);
+    if (!moved) return Sentence(moved, "The original of " + place + " cannot be put back from " + former.kept);
+    return GiveBackTraits(place, former.traits);
+}
+
+std::string MoveBack(const IntendedAct& act)
+{
+    const FileResult moved = platform::MoveFile(act.target, act.file, Existing::Fail);
+    if (!moved) return Sentence(moved, act.target + " cannot be moved back to " + act.file);
+    return act.traits ? GiveBackTraits(act.file, *act.traits) : std::string();
+}
+
+/// An act that was kept for and did not happen after all has left a second copy of what is still in its place.
+void DropSpareCopy(const IntendedAct& act, const std::string& place)
+{
+    if (!act.former || act.former->kept.empty()) return;
+    CNames names;
+    if (names.At(place).Is(*act.former) && names.At(act.former->kept).Is(*act.former))
+        (void)platform::DeleteFile(act.former->kept);
+}
+
+}  // namespace
+
+UndoStep DecideUndo(const ActToUndo& act, CNames& names)
+{
+    switch (act.act.act) {
+        case Act::Put:
+            return DecidePut(act, names);
+        case Act::Move:
+            return DecideMove(act, names);
+        case Act::Delete:
+            return DecideDelete(act, names);
+        case Act::Start:
+            return Leave("The program " + act.act.target + " was started for " +
+                         (act.input.empty() ? act.act.file : act.input) + "; what it did stays.");
+    }
+    return {};
+}
+
+std::string DoUndo(const ActToUndo& undo, const UndoStep& step)
+{
+    const IntendedAct& act = undo.act;
+    const std::string& place = act.act == Act::Delete ? act.file : act.target;
+    switch (step.kind) {
+        case Kind::Nothing:
+            DropSpareCopy(act, place);
+            return {};
+        case Kind::Leave:
+            return {};
+        case Kind::Remove:
+            return Sentence(platform::DeleteFile(place), place + " cannot be removed");
+        case Kind::PutBack:
+            // Only the run's own result is replaced, and that is what stands there, if anything does.
+            return PutBack(*act.former, place, platform::NameExists(place) ? Existing::Replace : Existing::Fail);
+        case Kind::MoveBack:
+            if (std::string problem = MoveBack(act); !problem.empty()) return problem;
+            return step.restoresKept ? PutBack(*act.former, act.target, Existing::Fail) : std::string();
+    }
+    return {};
+}
+
+// ---- names in the future
+
+namespace {
+
+std::uint64_t HashOf(const std::string& path) { return std::hash<std::string>{}(path); }
+
+std::vector<std::string> PathsOf(const IntendedAct& act)
+{
+    if (act.act == Act::Start) return {};
+    std::vector<std::string> paths;
+    if (act.act != Act::Put) paths.push_back(act.file);
+    if (act.act != Act::Delete) paths.push_back(act.target);
+    return paths;
+}
+
+}  // namespace
+
+void CFutureNames::Expect(const IntendedAct& act)
+{
+    for (const std::string& path : PathsOf(act)) m_uses.push_back(HashOf(path));
+}
+
+void CFutureNames::BeginToUse()
+{
+    std::ranges::sort(m_uses);
+    m_past.assign(m_uses.size(), false);
+}
+
+NameState CFutureNames::At(const std::string& path)
+{
+    const auto known = m_states.find(path);
+    return known == m_states.end() ? CNames::At(path) : known->second;
+}
+
+void CFutureNames::Set(const std::string& path, NameState state) { m_states[path] = std::move(state); }
+
+/// What no further act touches need not be remembered.
+void CFutureNames::Used(const std::string& path)
+{
+    const auto [first, end] = std::ranges::equal_range(m_uses, HashOf(path));
+    for (auto use = first; use != end; ++use) {
+        const auto place = static_cast<std::size_t>(use - m_uses.begin());
+        if (m_past[place]) continue;
+        m_past[place] = true;
+        if (use + 1 == end) m_states.erase(path);
+        return;
+    }
+}
+
+void CFutureNames::Undone(const ActToUndo& undo, const UndoStep& step)
+{
+    const IntendedAct& act = undo.act;
+    const NameState nothing, former{.kind = NameState::Kind::File,
+                                    .sha256 = act.former ? act.former->sha256 : "",
+                                    .link = act.former ? act.former->link : ""};
+    const std::string& place = act.act == Act::Delete ? act.file : act.target;
+    if (step.kind == Kind::MoveBack) Set(act.file, {.kind = NameState::Kind::File, .sha256 = act.sha256});
+    if (step.kind == Kind::Remove || step.kind == Kind::MoveBack) Set(place, nothing);
+    if (step.restoresKept) Set(place, former);
+    for (const std::string& path : PathsOf(act)) Used(path);
+}

@@ -15,6 +15,25 @@
 namespace platform {
 namespace {
 
+constexpr std::int64_t kNanosecondsOfTick = 100;
+constexpr std::int64_t kTicksUntil1970 = 116'444'736'000'000'000;  // from 1601
+
+}  // namespace
+
+std::int64_t NanosecondsSince1970(const FILETIME& time)
+{
+    const auto ticks = static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
+    return (ticks - kTicksUntil1970) * kNanosecondsOfTick;
+}
+
+FILETIME FileTimeOf(std::int64_t nanosecondsSince1970)
+{
+    const auto ticks = static_cast<std::uint64_t>(nanosecondsSince1970 / kNanosecondsOfTick + kTicksUntil1970);
+    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
+namespace {
+
 std::uint64_t Joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
 
 // Some file systems number their files with more than 64 bits; the others leave the second half empty.

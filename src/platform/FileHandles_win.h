@@ -27,6 +27,10 @@ struct FileFacts {
     std::uint64_t device = 0, file = 0, links = 0;
     bool IsFolder() const { return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
 };
+/// Of the times that the system keeps for files, and back.
+std::int64_t NanosecondsSince1970(const FILETIME& time);
+FILETIME FileTimeOf(std::int64_t nanosecondsSince1970);
+
 /// Opens what the path leads to, or by FILE_FLAG_OPEN_REPARSE_POINT the link itself, for one right only; others are
 /// not asked to share anything unless that is DELETE.
 CHandle OpenFor(const std::wstring& path, DWORD right, DWORD flags);

@@ -9,23 +9,9 @@
 namespace platform {
 namespace {
 
-constexpr std::int64_t kNanosecondsOfTick = 100;
-constexpr std::int64_t kTicksUntil1970 = 116'444'736'000'000'000;  // from 1601
 /// The marks that somebody sets; the others tell how the file is stored.
 constexpr DWORD kMarks = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                          FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-
-std::int64_t Nanoseconds(const FILETIME& time)
-{
-    const auto ticks = static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-    return (ticks - kTicksUntil1970) * kNanosecondsOfTick;
-}
-
-FILETIME TimeOf(std::int64_t nanoseconds)
-{
-    const auto ticks = static_cast<std::uint64_t>(nanoseconds / kNanosecondsOfTick + kTicksUntil1970);
-    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-}
 
 }  // namespace
 
@@ -37,8 +23,8 @@ std::optional<FileTraits> TraitsOf(const std::string& path, FileResult* result)
     if (result) *result = asked;
     if (!asked) return std::nullopt;
     return FileTraits{.mode = data.dwFileAttributes & kMarks,
-                      .modifiedNanoseconds = Nanoseconds(data.ftLastWriteTime),
-                      .accessedNanoseconds = Nanoseconds(data.ftLastAccessTime)};
+                      .modifiedNanoseconds = NanosecondsSince1970(data.ftLastWriteTime),
+                      .accessedNanoseconds = NanosecondsSince1970(data.ftLastAccessTime)};
 }
 
 bool GiveTraits(const std::string& path, const FileTraits& traits)
@@ -49,7 +35,8 @@ bool GiveTraits(const std::string& path, const FileTraits& traits)
     {
         const CHandle file(CreateFileW(wide.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-        const FILETIME accessed = TimeOf(traits.accessedNanoseconds), modified = TimeOf(traits.modifiedNanoseconds);
+        const FILETIME accessed = FileTimeOf(traits.accessedNanoseconds),
+                       modified = FileTimeOf(traits.modifiedNanoseconds);
         if (file.Valid()) (void)SetFileTime(file.Get(), nullptr, &accessed, &modified);
     }
     const DWORD marks = traits.mode & kMarks;

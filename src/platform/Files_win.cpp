@@ -91,15 +91,6 @@ FileResult StreamFailure()
 
 namespace {
 
-constexpr std::int64_t kNanosecondsOfTick = 100;
-constexpr std::int64_t kTicksUntil1970 = 116'444'736'000'000'000;  // from 1601
-
-std::int64_t NanosecondsSince1970(const FILETIME& time)
-{
-    const auto ticks = static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-    return (ticks - kTicksUntil1970) * kNanosecondsOfTick;
-}
-
 std::wstring SystemText(int errorNumber, DWORD language)
 {
     wchar_t* text = nullptr;

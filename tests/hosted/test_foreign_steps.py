@@ -172,20 +172,22 @@ class ForeignSteps(unittest.TestCase):
     def test_a_half_done_document_does_not_replace_its_input(self):
         """`ferrule run` after a failed step, by where the save step saves, whatever the output folder."""
         engine = {"FileVariation": ("integer", 0), "DontOverwrite": ("boolean", "false")}
-        for step, save in itertools.product(("T:ErrorInWork", "T:Plain"), ("in place", "folder", "engine in place")):
+        for step, save in itertools.product(("T:ErrorInWork", "T:Plain"), ("in place", "folder", "beside", "engine in place")):
             with self.subTest(step=step, save=save):
                 self.doCleanups()
                 self.setUp()
                 sequence = (host_sequence(self.place, engine, commands=[(step, {})]) if save == "engine in place" else
-                            self.place.sequence("x.sequ", [(step, {}), (SAVE, save_items() if save == "folder" else {})]))
+                            self.place.sequence("x.sequ", [(step, {}), (SAVE, {} if save == "in place" else save_items())]))
                 outcome = self.place.run({"FOREIGN_STEPS_TRACE": self.trace}, [
-                    "run", sequence, "--input", self.place.input, "--output", self.place.output, "--allow-in-place",
-                    *FOREIGN], program=HOST.with_name("ferrule"))
+                    "run", sequence, "--input", self.place.input, "--allow-in-place",
+                    *([] if save == "beside" else ["--output", self.place.output]), *FOREIGN], program=HOST.with_name("ferrule"))
                 self.assertEqual(outcome.code, SOME_FAILED if step == "T:ErrorInWork" else FINE, outcome)
                 self.assertEqual(self.place.names(self.place.output), NAMES if save == "folder" else [], outcome)
+                beside = len(self.place.names(self.place.input)) - len(NAMES)
+                self.assertEqual(beside, len(NAMES) if (step, save) == ("T:Plain", "beside") else 0, outcome)
                 for name in NAMES:
                     same = (self.place.input / name).read_bytes() == minimal_pdf(name)
-                    self.assertEqual(same, save == "folder" or step == "T:ErrorInWork", outcome)
+                    self.assertEqual(same, save in ("folder", "beside") or step == "T:ErrorInWork", outcome)
 
     def test_without_its_protection_no_document_is_saved(self):
         ways = {"T:Plain": None, "T:ErrorInWork": "failed", "T:CancelInWork": "not completed", "T:RaiseInWork": "failed",

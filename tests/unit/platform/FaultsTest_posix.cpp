@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <fstream>
+#include <functional>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -12,6 +15,7 @@
 #include "support/TemporaryFolder.h"
 
 using platform::Existing;
+using platform::FileProblem;
 using platform::FileResult;
 
 namespace {
@@ -25,11 +29,13 @@ struct Fault {
     std::string hit;
 };
 Fault fault;
+std::function<void(std::string_view call)> somebodyElse;  // acts between the calls
 
 }  // namespace
 
 extern "C" int FerruleBeforeFileCall(const char* call, const char*)
 {
+    if (somebodyElse) somebodyElse(call);
     if (++fault.calls != fault.at) return 0;
     fault.hit = call;
     if (fault.error == kDie) kill(getpid(), SIGKILL);
@@ -158,5 +164,33 @@ TEST(Faults, DyingAnywhereLosesNothingAndLeavesNoHalfFile)
                 << found;
             if (!WIFSIGNALED(status)) break;
         }
+    }
+}
+
+TEST(Faults, WhatSomebodyElseWritesMeanwhileIsNeitherReplacedNorRemoved)
+{
+    const struct {
+        const char* name;
+        FileAct run;
+        const char* during;  // call
+        bool far, writesSource;
+        FileProblem problem;
+    } rows[] = {
+        {"a new version of what is moved far", Moving(Existing::Fail), "fsync", true, true, FileProblem::InUse},
+        {"a file at a name that was free", Writing(Existing::Replace), "fsync", false, false, FileProblem::Exists},
+    };
+    for (const auto& row : rows) {
+        if (row.far && InMemory().empty()) continue;
+        const CTemporaryFolder near(row.far ? "" : InMemory()), far(InMemory());
+        const std::string source = near.Write("a", "new"), target = far / "b";
+        const std::string& touched = row.writesSource ? source : target;
+        fault = {};
+        somebodyElse = [&](std::string_view call) {
+            if (call == row.during) std::ofstream(touched) << "somebody's newer bytes";
+        };
+        const FileResult result = row.run(source, target);
+        somebodyElse = {};
+        EXPECT_EQ(platform::ProblemOf(result), row.problem) << row.name;
+        EXPECT_EQ(FileBytes(touched), "somebody's newer bytes") << row.name;
     }
 }

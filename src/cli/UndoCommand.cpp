@@ -103,6 +103,9 @@ int UndoCommand(const CArguments& arguments, const Screen& screen)
         *screen.messages << "ferrule: " << PrintableLines(result.message) << '\n';
     else if (done && !arguments.Has("--quiet"))
         *screen.messages << SummaryLine(result, options.dryRun) << '\n';
+    if (!result.leftOver.empty())
+        *screen.messages << "Left over: " << Printable(result.leftOver)
+                         << ", with files that were kept for nothing; it can be deleted.\n";
     if (arguments.Has("--json")) *screen.data << LineOf(SummaryObject(result)) << '\n';
     return static_cast<int>(result.exit);
 }

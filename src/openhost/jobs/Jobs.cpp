@@ -116,37 +116,36 @@ bool HasSameContent(const platform::FileStamp& stamp, const std::string& path)
 
 }  // namespace
 
-/// Notes what the act takes away, and keeps it when that is wanted. The content is hashed only where it is known
-/// anyway, or needed to put it back.
+/// Notes what the act takes away, and keeps it when that is wanted.
 void CLedger::KeepFormer(Deed& deed)
 {
     if (deed.act == Act::Start) return;
     if (deed.act == Act::Move) deed.traits = platform::TraitsOf(deed.file);
     const std::string& path = deed.act == Act::Delete ? deed.file : deed.target;
     auto former = LookAtFormer(path);
-    if (!former) {
-        deed.objection = TextFromBytes(former.Error());
-        return;
-    }
+    if (!former) deed.objection = former.Error();
+    if (!former || !*former) return;
     deed.former = std::move(*former);
-    if (!deed.former) return;
     if (!m_originals) m_originals.emplace(m_source.KeepsOriginals());
+    const bool keeps = m_originals->Wanted() && m_file.input;
+    // Hashed only where that is known anyway, or needed to put the file back.
+    const bool hashes = deed.former->link.empty() && (keeps || m_file.before.contains(path));
+    if (hashes) deed.former->sha256 = m_hashes.Of(path);
+    if (keeps) deed.objection = KeepOriginal(path, *deed.former);
+}
+
+/// A sentence when it cannot be kept as it is described.
+std::string CLedger::KeepOriginal(const std::string& path, FormerFile& former)
+{
     const auto stamp = StampOfRegularFile(path);
-    const bool known = m_file.before.contains(path);
-    if (deed.former->link.empty() && (known || m_originals->Wanted())) deed.former->sha256 = m_hashes.Of(path);
-    if (!m_originals->Wanted() || !m_file.input) return;
-    if (deed.former->link.empty() && deed.former->sha256.empty()) {
-        deed.objection = TextFromBytes("The original " + path + " cannot be read, so nothing was done to it.");
-        return;
-    }
+    if (former.link.empty() && former.sha256.empty())
+        return "The original " + path + " cannot be read, so nothing was done to it.";
     const auto kept = m_originals->Keep(path, m_file.input->number);
-    if (!kept)
-        deed.objection = TextFromBytes(kept.Error());
-    else if (stamp && !HasSameContent(*stamp, path))
-        deed.objection = TextFromBytes("The original " + path + " was changed while it was kept.");
-    else
-        deed.former->kept = *kept;
+    if (!kept) return kept.Error();
+    former.kept = *kept;
     if (stamp) m_hashes.Renamed(*stamp, path);  // a second name changes the stamp and not the content
+    if (!stamp || HasSameContent(*stamp, path)) return {};
+    return "The original " + path + " was changed while it was kept, so nothing was done to it.";
 }
 
 /// Asks with the original kept. What stood at the path may have changed while somebody thought about it: then it is
@@ -159,6 +158,7 @@ CLedger::Answer CLedger::AskAfterKeeping(Deed& deed)
     const std::string kept = deed.former ? deed.former->kept : std::string();
     const auto before = kept.empty() ? std::nullopt : StampOfRegularFile(path);
     Answer answer = AskSource(deed);
+    if (!deed.objection.empty()) answer = Answer::Refuse;
     if (kept.empty()) return answer;
     if (answer == Answer::Go && before && StampOfRegularFile(path) != before) answer = Answer::Refuse;
     if (answer != Answer::Go) {
@@ -179,7 +179,7 @@ CLedger::Answer CLedger::AskSource(const Deed& deed)
                             .sha256 = deed.sha256,
                             .former = deed.former,
                             .traits = deed.traits,
-                            .objection = deed.objection});
+                            .objection = TextFromBytes(deed.objection)});
 }
 
 std::optional<bool> CLedger::Exists(const std::string& path) const

@@ -121,6 +121,7 @@ private:
     void NoteBefore(const std::string& path);
     Content Before(const std::string& path);
     void KeepFormer(Deed& deed);
+    std::string KeepOriginal(const std::string& path, FormerFile& former);
     bool MayBeOnRecord(const Deed& deed) const;
     Answer AskSource(const Deed& deed);
     Answer AskAfterKeeping(Deed& deed);

@@ -246,13 +246,16 @@ private:
     /// What is left belongs to nobody any more, and the run is none that could be gone on with.
     void CleanUp()
     {
-        if (!m_acts->Reach().kept.empty()) RemoveEmptyFolders(m_acts->Reach().kept);
+        const std::string& kept = m_acts->Reach().kept;
+        if (!kept.empty()) RemoveEmptyFolders(kept);
+        // Whoever died between keeping a file and asking for the act has left it there.
+        if (m_result.problems == 0 && platform::FolderExists(kept)) m_result.leftOver = kept;
         (void)m_journal.AddEnd(m_result.problems);
         if (m_folder.empty()) return;
         const CRunArchive archive(RunsFolder());
-        const bool kept = archive.Has(m_result.run) ||
-                          archive.Keep(m_result.run, ManifestIn(m_folder), JournalIn(m_folder)).empty();
-        if (!kept) return;
+        const bool packed = archive.Has(m_result.run) ||
+                            archive.Keep(m_result.run, ManifestIn(m_folder), JournalIn(m_folder)).empty();
+        if (!packed) return;
         (void)platform::DeleteFile(ManifestIn(m_folder));
         (void)platform::DeleteFile(JournalIn(m_folder));
     }

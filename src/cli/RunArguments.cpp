@@ -78,7 +78,11 @@ std::string ReadDestination(const CArguments& arguments, const FinalActionFacts&
 std::string ReadKeptFolder(const CArguments& arguments, const RunDescription& request)
 {
     if (!arguments.Has("--keep-originals")) return {};
-    const std::string folder = KeptAsItIs(platform::AbsolutePath(arguments.Text("--keep-originals")));
+    std::string typed = platform::AbsolutePath(arguments.Text("--keep-originals"));
+    // What is not there yet has been left as it was typed, and may lead up on its way.
+    if (!platform::FolderExists(typed) && !FileName(typed).empty())
+        typed = WithTrailingSeparator(platform::AbsolutePath(FolderOf(typed))) + FileName(typed);
+    const std::string folder = KeptAsItIs(typed);
     if (platform::FileExists(folder)) FailStart(folder + ": this is a file; --keep-originals takes a folder");
     if (!platform::FolderExists(folder) && !platform::FolderExists(FolderOf(folder)))
         FailStart(folder + ": the folder around it does not exist; make it first");

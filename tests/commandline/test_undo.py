@@ -30,7 +30,7 @@ class UndoScene(Scene):
     def __init__(self, final, taken=False, keeps=True):
         super().__init__(final, NAMES, place=PLACE)
         self.kept = self.place.root / "kept"
-        self.more = ["--keep-originals", self.kept] if keeps else []
+        self.more = ["--keep-originals", self.place.input / ".." / "kept"] if keeps else []
         if taken:
             self.sequence = self.place.protect_sequence(DontOverwrite=("boolean", "false"))
             for path in self.originals:
@@ -120,6 +120,7 @@ class Undo(unittest.TestCase):
         for part in (1, 2):
             scene.place.expect(0, "run", "--manifest", "plan.jsonl", "--shard", f"{part}/2", "--journal", f"part{part}.jsonl")
         scene.place.expect(0, "merge", "--manifest", "plan.jsonl", "part1.jsonl", "part2.jsonl", "--record", "merged.jsonl")
+        scene.undo(0, "part1.jsonl")
         scene.undo(0, "merged.jsonl")
         self.assert_back(scene)
 
@@ -145,6 +146,9 @@ class Undo(unittest.TestCase):
             ("a name that is taken again", 3, lambda s: (s.place.input / "a.pdf").write_bytes(b"newer"), "taken again"),
             ("originals that are gone", 3, lambda s: shutil.rmtree(s.kept), "no longer at"),
             ("an original that was changed", 3, lambda s: change(sorted(s.kept.rglob("*.pdf"))[0]), "was changed since it was kept"),
+            ("a link where a moved file was", 2, lambda s: (s.place.input / "0 a.pdf").symlink_to(s.place.done / "0 a.pdf"), "taken again"),
+            ("a disk that is not connected", 0, lambda s: s.place.output.rename(s.place.root / "away"), "connect its disk"),
+            ("an input that somebody deleted", 0, lambda s: (s.place.input / "a.pdf").unlink(), "a.pdf is not back"),
             ("a moved file that is gone", 2, lambda s: sorted(s.place.done.glob("*.pdf"))[0].unlink(), "neither at"),
             ("a program that was started", 5, lambda s: None, "was started"),
         ]
@@ -158,6 +162,7 @@ class Undo(unittest.TestCase):
                 self.assertIn(words, refused.errors)
                 self.assertIn("--partly", refused.errors)
                 self.assertEqual(scene.state(), hurt_state, "nothing was touched")
+                self.assertEqual(list(scene.place.root.rglob("undo-*.jsonl")), [], "the run can be gone on with")
                 scene.undo(3, "--partly")
                 newer = {name: value for name, value in hurt_state.items() if scene.before.get(name, value) != value}
                 self.assertEqual({name: scene.state().get(name) for name in newer}, newer, "nothing newer is replaced")
@@ -170,6 +175,8 @@ class Undo(unittest.TestCase):
         after = scene.state()
         self.assertIn("was not kept", scene.undo(1).errors)
         self.assertEqual(scene.state(), after)
+        scene.undo(3, "--partly")
+        self.assertEqual(scene.state(), after, "the results are all that is left of the documents")
 
     def test_records_that_say_what_the_run_could_not_have_done_are_refused(self):
         scene = self.scene(6, True)

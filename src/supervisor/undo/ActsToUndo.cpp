@@ -40,7 +40,7 @@ public:
     std::string OnIntent(Intent intent) override { return m_acts.Add(intent, {}, intent.order, kOwnLine); }
     std::string OnDone(const FileRecord& record, std::uint64_t offset) override
     {
-        return m_acts.AddRecord(record, offset, {});
+        return m_acts.AddRecord(record, offset);
     }
     std::string OnAgain(int, ToDo) override { return {}; }
     std::string OnEnd(const std::string&, std::vector<std::string>) override { return {}; }
@@ -111,21 +111,21 @@ std::string CActsToUndo::ReadRecord()
         if (!record || record->number < 1) return where + "this is no line of a record. Nothing was touched.";
         if (reader.LineNumber() > 1 && object->contains("run"))
             return where + "another run begins here; take runs back one by one. Nothing was touched.";
-        if (std::string problem = AddRecord(*record, reader.Offset(), where); !problem.empty()) return problem;
+        if (const std::string problem = AddRecord(*record, reader.Offset()); !problem.empty())
+            return where + problem + ". Nothing was touched.";
     }
     if (reader.Failed()) return "The record " + m_path + " cannot be read.";
     Sort(false);
     return {};
 }
 
-std::string CActsToUndo::AddRecord(const FileRecord& record, std::uint64_t offset, const std::string& where)
+std::string CActsToUndo::AddRecord(const FileRecord& record, std::uint64_t offset)
 {
-    if (!m_reach.CoversInput(record.path))
-        return where + record.path + " is none of the files that the run could read. Nothing was touched.";
-    if (record.acts.size() > kMostActs) return where + "too many acts for one file. Nothing was touched.";
+    if (!m_reach.CoversInput(record.path)) return record.path + " is none of the files that the run could read";
+    if (record.acts.size() > kMostActs) return "too many acts for one file";
     for (std::size_t place = 0; place < record.acts.size(); ++place)
         if (std::string problem = Add(record.acts[place], record.path, offset, place); !problem.empty())
-            return where + problem;
+            return problem;
     return {};
 }
 
@@ -133,7 +133,7 @@ std::string CActsToUndo::Add(const IntendedAct& act, const std::string& input, s
                              std::size_t place)
 {
     std::string problem = ProblemWith(act, input);
-    if (!problem.empty()) return problem + " Nothing was touched.";
+    if (!problem.empty()) return problem;
     m_entries.push_back({act.order, offset << kPlaceBits | place});
     for (const std::string& path : {input, act.target})
         if (const std::string folder = FolderOf(path); !folder.empty() && act.act != Act::Start)
@@ -147,9 +147,9 @@ std::string CActsToUndo::ProblemWith(const IntendedAct& act, const std::string& 
     if (act.act == Act::Start) return {};
     const std::string& written = act.act == Act::Delete ? act.file : act.target;
     for (const std::string& path : {written, act.act == Act::Move ? act.file : written})
-        if (!Covers(path, input)) return path + " is no file that the run could have touched.";
+        if (!Covers(path, input)) return path + " is no file that the run could have touched";
     if (act.former && !act.former->kept.empty() && !m_reach.CoversKept(act.former->kept))
-        return act.former->kept + " lies outside of the folder of kept originals.";
+        return act.former->kept + " lies outside of the folder of kept originals";
     return {};
 }
 

@@ -44,9 +44,10 @@ private:
     };
     class CJournalActs;
 
+    // Fail with a sentence, the next ones with one that has no full stop.
     std::string ReadRecord();
     std::string ReadJournalFile();
-    std::string AddRecord(const FileRecord& record, std::uint64_t offset, const std::string& where);
+    std::string AddRecord(const FileRecord& record, std::uint64_t offset);
     std::string Add(const IntendedAct& act, const std::string& input, std::uint64_t offset, std::size_t place);
     std::string ProblemWith(const IntendedAct& act, const std::string& input) const;
     bool Covers(const std::string& path, const std::string& input) const;

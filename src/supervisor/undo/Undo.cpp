@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/Names.h"
+#include "base/Text.h"
 #include "platform/AtomicFile.h"
 #include "platform/NarrowText.h"
 #include "platform/ThisProcess.h"
@@ -105,6 +106,7 @@ private:
     {
         m_path = m_options.path.empty() ? LastRun() : m_options.path;
         if (m_path.empty()) return Broken("There is no run of yours that could be taken back.");
+        m_shownPath = m_path;
         if (CRunArchive::IsPack(m_path)) {
             if (m_scratch.Path().empty()) return Broken("No folder for temporary files can be made.");
             const std::string unpacked = JournalIn(m_scratch.Path());
@@ -117,7 +119,7 @@ private:
             return NothingToDo(
                 "The last run had done nothing when it was interrupted; there is nothing to take back.");
         const auto run = CActsToUndo::RunOf(m_path);
-        if (!run) return Broken(run.Error());
+        if (!run) return Broken(ReplaceAll(run.Error(), m_path, m_shownPath));
         m_result.run = *run;
         m_folder = FolderOfRun(m_result.run);
         return true;
@@ -138,34 +140,45 @@ private:
     bool ReadActs()
     {
         auto acts = CActsToUndo::Open(m_path);
-        if (!acts) return Broken(acts.Error());
+        if (!acts) return Broken(ReplaceAll(acts.Error(), m_path, m_shownPath));
         m_acts.emplace(std::move(*acts));
         return true;
     }
 
     bool ReadJournal()
     {
-        const std::string path = UndoJournalPath(m_result.run);
-        std::string problem =
-            m_options.dryRun ? m_journal.Read(path, m_result.run) : m_journal.Open(path, m_result.run);
-        if (!problem.empty()) return Broken(std::move(problem));
-        return !m_journal.IsComplete() || NothingToDo("This run was taken back already; nothing is left to do.");
+        std::string problem = m_journal.Read(UndoJournalPath(m_result.run), m_result.run);
+        return problem.empty() || Broken(std::move(problem));
+    }
+
+    /// Only once something is going to be touched: a run that has a journal of its undo is not gone on with.
+    bool OpenJournal()
+    {
+        std::string problem = m_journal.Open(UndoJournalPath(m_result.run), m_result.run);
+        return problem.empty() || Broken(std::move(problem));
     }
 
     void Work()
     {
         m_observer.Begins(m_result.run, m_acts->Count());
         if (!LookAtAll()) return;
+        if (m_acts->Count() != 0 && m_actsLeft == 0) {
+            if (!m_options.dryRun) CleanUp();
+            NothingToDo("This run was taken back already; nothing is left to do.");
+            return;
+        }
         if (m_options.dryRun) return End();
         if (m_result.problems != 0 && !m_options.partly) {
             Broken("Nothing was touched. With --partly everything else is taken back.");
             return;
         }
+        if (!OpenJournal()) return;
         m_result.counts = {};
         m_result.problems = 0;
         platform::SetTemporaryTag(m_result.run);
         RemoveTemporaries(TouchedFolders(), platform::TemporaryPrefix(m_result.run));
         if (!UndoAll()) return;
+        (void)m_journal.AddEnd(m_result.problems);
         CleanUp();
         End();
     }
@@ -174,6 +187,9 @@ private:
     std::set<std::string> TouchedFolders() const
     {
         std::set<std::string> folders = m_acts->Folders();
+        if (const std::string& kept = m_acts->Reach().kept; !kept.empty())
+            for (const platform::FolderEntry& entry : platform::ListFolder(kept))
+                if (entry.isFolder) folders.insert(WithTrailingSeparator(kept) + entry.name + kSeparator);
         folders.insert(m_acts->Reach().folders.begin(), m_acts->Reach().folders.end());
         CManifestReader manifest;
         if (m_folder.empty() || !manifest.Open(ManifestIn(m_folder))) return folders;
@@ -195,15 +211,17 @@ private:
     {
         CFutureNames names;
         std::string problem = m_acts->ForEach([&](const ActToUndo& undo) {
-            names.Expect(undo.act);
+            names.Expect(undo);
+            if (!m_journal.IsUndone(undo.act)) ++m_actsLeft;
             return true;
         });
         names.BeginToUse();
+        CUndoDecider decider(names);
         if (problem.empty())
             problem = m_acts->ForEach([&](const ActToUndo& undo) {
                 if (Interrupted()) return false;
                 UndoStep step;
-                if (!m_journal.IsUndone(undo.act)) step = DecideUndo(undo, names);
+                if (!m_journal.IsUndone(undo.act)) step = decider.Decide(undo);
                 if (!step.problem.empty()) m_observer.Problem(step.problem);
                 if (m_options.dryRun || !step.problem.empty()) Count(undo, step, step.problem);
                 names.Undone(undo, step);
@@ -215,11 +233,12 @@ private:
     bool UndoAll()
     {
         CNames names;
+        CUndoDecider decider(names);
         platform::FileResult journaled;
         std::string problem = m_acts->ForEach([&](const ActToUndo& undo) {
             if (Interrupted()) return false;
             if (m_journal.IsUndone(undo.act)) return true;
-            const UndoStep step = DecideUndo(undo, names);
+            const UndoStep step = decider.Decide(undo);
             const std::string failed = DoUndo(undo, step);
             if (!failed.empty()) m_observer.Problem(failed);
             Count(undo, step, step.problem + failed);
@@ -250,7 +269,6 @@ private:
         if (!kept.empty()) RemoveEmptyFolders(kept);
         // Whoever died between keeping a file and asking for the act has left it there.
         if (m_result.problems == 0 && platform::FolderExists(kept)) m_result.leftOver = kept;
-        (void)m_journal.AddEnd(m_result.problems);
         if (m_folder.empty()) return;
         const CRunArchive archive(RunsFolder());
         const bool packed = archive.Has(m_result.run) ||
@@ -265,10 +283,12 @@ private:
     int m_interruptsSeen;
     CScratchFolder m_scratch;
     std::optional<CActsToUndo> m_acts;
-    std::string m_path;    // of record or journal
-    std::string m_folder;  // of the run, when it has one still
+    std::string m_path;       // of record or journal
+    std::string m_shownPath;  // of what somebody knows it by
+    std::string m_folder;     // of the run, when it has one still
     platform::CFileLock m_lock, m_runLock, m_partLock;
     CUndoJournal m_journal;
+    std::size_t m_actsLeft = 0;  // that no earlier start has taken back
     UndoResult m_result;
 };
 

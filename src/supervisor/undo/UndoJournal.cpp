@@ -32,7 +32,6 @@ std::string CUndoJournal::Read(const std::string& path, const std::string& run)
         if (!object)
             return "Line " + std::to_string(reader.LineNumber()) + " of the journal " + path +
                    " is none that belongs there.";
-        m_complete = object->contains("end") && CountAt(ObjectAt(*object, "end"), "left") == 0;
         const Json& undone = ObjectAt(*object, "undone");
         if (!undone.empty()) m_undone.emplace_back(UnsignedAt(undone, "order"), CountAt(undone, "number"));
     }
@@ -44,7 +43,6 @@ std::string CUndoJournal::Read(const std::string& path, const std::string& run)
 
 std::string CUndoJournal::Open(const std::string& path, const std::string& run)
 {
-    if (std::string problem = Read(path, run); !problem.empty()) return problem;
     platform::FileResult opened = m_file.Open(path);
     if (opened) opened = m_file.Truncate(m_length);
     if (opened && m_length == 0)

@@ -13,13 +13,11 @@
 
 class CUndoJournal {
 public:
-    /// Reads what is there and goes on with it. Fails with a sentence.
-    [[nodiscard]] std::string Open(const std::string& path, const std::string& run);
-    /// Only looks; a journal that is not there is empty.
+    /// A journal that is not there is empty. Fails with a sentence.
     [[nodiscard]] std::string Read(const std::string& path, const std::string& run);
+    /// After reading it: goes on with it. Fails with a sentence.
+    [[nodiscard]] std::string Open(const std::string& path, const std::string& run);
 
-    /// Whether everything that could be taken back was, at the end of an earlier start.
-    bool IsComplete() const { return m_complete; }
     bool IsUndone(const IntendedAct& act) const;
     /// Before the next act is touched this one must be on disk, because what stands under its names tells later only
     /// what the latest act made of them.
@@ -33,5 +31,4 @@ private:
     platform::CAppendFile m_file;
     std::vector<std::pair<std::uint64_t, int>> m_undone;  // order and number, sorted
     std::uint64_t m_length = 0;
-    bool m_complete = false;
 };

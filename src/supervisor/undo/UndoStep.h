@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -11,10 +13,16 @@
 
 /// What stands under a name.
 struct NameState {
-    enum class Kind { Nothing, File, Other };
+    enum class Kind {
+        Nothing,
+        File,
+        Other,
+        Unknown  ///< its folder is not there, such as that of a disk which is not connected, or lets nobody look
+    };
     Kind kind = Kind::Nothing;
-    std::string sha256 = {};  ///< of a file, links followed; empty when it cannot be read
-    std::string link = {};    ///< where it leads, when it is a symbolic link
+    std::string sha256 = {};                        ///< of a file, links followed; empty when it cannot be read
+    std::string link = {};                          ///< where it leads, when it is a symbolic link
+    std::optional<platform::FileStamp> stamp = {};  ///< of a file that is no link, before its content was read
 
     /// Whether it is the file of this content.
     bool Holds(const std::string& content) const { return !content.empty() && sha256 == content; }
@@ -27,6 +35,8 @@ class CNames {
 public:
     virtual ~CNames() = default;
     [[nodiscard]] virtual NameState At(const std::string& path);
+    /// Whether anything stands there. Reads no content.
+    [[nodiscard]] virtual bool IsTaken(const std::string& path);
 };
 
 struct UndoStep {
@@ -38,13 +48,26 @@ struct UndoStep {
         Leave      ///< it cannot be taken back
     };
     Kind kind = Kind::Nothing;
-    bool restoresKept = false;  ///< with MoveBack and Remove: something was kept, too
-    std::string problem = {};   ///< what stays otherwise than before: a sentence; empty: nothing
+    bool restoresKept = false;                     ///< with MoveBack and Remove: something was kept, too
+    std::string problem = {};                      ///< what stays otherwise than before: a sentence; empty: nothing
+    std::optional<platform::FileStamp> seen = {};  ///< of the file that is going to be removed, replaced or moved
 };
 /// "remove", "put-back", "move-back".
 [[nodiscard]] std::string_view UndoWord(UndoStep::Kind kind);
 
-[[nodiscard]] UndoStep DecideUndo(const ActToUndo& act, CNames& names);
+/// Says of each act what is to be done. A result stays when the file that it was made from is not back, because it
+/// may be all that is left of it. Memory: for each file that something is left of.
+class CUndoDecider {
+public:
+    /// Names: borrowed.
+    explicit CUndoDecider(CNames& names) : m_names(names) {}
+    /// The latest act first.
+    [[nodiscard]] UndoStep Decide(const ActToUndo& act);
+
+private:
+    CNames& m_names;
+    std::set<int> m_left;  // numbers of files that were moved or deleted and do not come back
+};
 
 /// Does it. Nothing that came later is replaced: free names stay what they are when somebody takes them meanwhile.
 /// Answers what went wrong: a sentence; empty when it is done.
@@ -54,9 +77,10 @@ struct UndoStep {
 class CFutureNames final : public CNames {
 public:
     /// First every act once.
-    void Expect(const IntendedAct& act);
+    void Expect(const ActToUndo& act);
     void BeginToUse();
     [[nodiscard]] NameState At(const std::string& path) override;
+    [[nodiscard]] bool IsTaken(const std::string& path) override;
     /// In the order in which they are taken back.
     void Undone(const ActToUndo& act, const UndoStep& step);
 

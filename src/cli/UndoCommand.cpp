@@ -104,8 +104,9 @@ int UndoCommand(const CArguments& arguments, const Screen& screen)
     else if (done && !arguments.Has("--quiet"))
         *screen.messages << SummaryLine(result, options.dryRun) << '\n';
     if (!result.leftOver.empty())
-        *screen.messages << "Left over: " << Printable(result.leftOver)
-                         << ", with files that were kept for nothing; it can be deleted.\n";
+        *screen.messages
+            << "Left over: " << Printable(result.leftOver)
+            << ", with files that were not needed. Delete it, unless other parts of the run are to be taken back.\n";
     if (arguments.Has("--json")) *screen.data << LineOf(SummaryObject(result)) << '\n';
     return static_cast<int>(result.exit);
 }

@@ -31,8 +31,9 @@ struct UndoResult {
     std::string message = {};  ///< why it did not start or stopped, or that there was nothing to do
     std::string run = {};
     std::array<int, 5> counts{};  ///< by UndoStep::Kind; of files that are as they were before, Nothing
-    std::string leftOver = {};    ///< a folder of originals that nothing needs any more; empty: there is none
-    int problems = 0;             ///< what stays otherwise than before the run
+    std::string leftOver =
+        {};  ///< a folder of originals of which this run, or part of a run, needs none; empty: there is none
+    int problems = 0;  ///< what stays otherwise than before the run
 
     int Count(UndoStep::Kind kind) const { return counts[static_cast<std::size_t>(kind)]; }
 };

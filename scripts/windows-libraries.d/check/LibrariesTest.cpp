@@ -2,7 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
-#include <pcre.h>
+#define PCRE2_CODE_UNIT_WIDTH 16
+#include <pcre2.h>
 #include <poppler-document.h>
 #include <poppler-page.h>
 #include <stringprep.h>
@@ -131,18 +132,17 @@ TEST(Libraries, IdnPreparesPasswords)
 
 TEST(Libraries, PcreKnowsLettersBeyondAsciiAndCompilesThem)
 {
-    const char* error = nullptr;
-    int at = 0;
-    pcre* expression = pcre_compile("^\\p{Lu}\\w+$", PCRE_UTF8 | PCRE_UCP | PCRE_CASELESS, &error, &at, nullptr);
+    const auto units = [](const char16_t* text) { return reinterpret_cast<PCRE2_SPTR>(text); };
+    int error = 0;
+    PCRE2_SIZE at = 0;
+    pcre2_code* expression = pcre2_compile(units(u"^\\p{Lu}\\w+$"), PCRE2_ZERO_TERMINATED,
+                                           PCRE2_UTF | PCRE2_UCP | PCRE2_CASELESS, &error, &at, nullptr);
     ASSERT_NE(expression, nullptr) << error;
-    pcre_extra* studied = pcre_study(expression, PCRE_STUDY_JIT_COMPILE, &error);
-    ASSERT_NE(studied, nullptr);
-    int compiled = 0;
-    pcre_fullinfo(expression, studied, PCRE_INFO_JIT, &compiled);
-    EXPECT_EQ(compiled, 1);
-    EXPECT_GE(pcre_exec(expression, studied, "\xC3\x89t\xC3\xA9", 5, 0, 0, nullptr, 0), 0);
-    pcre_free_study(studied);
-    pcre_free(expression);
+    EXPECT_EQ(pcre2_jit_compile(expression, PCRE2_JIT_COMPLETE), 0);
+    pcre2_match_data* data = pcre2_match_data_create_from_pattern(expression, nullptr);
+    EXPECT_GE(pcre2_match(expression, units(u"\u00C9t\u00E9"), 3, 0, 0, data, nullptr), 0);
+    pcre2_match_data_free(data);
+    pcre2_code_free(expression);
 }
 
 TEST(Libraries, PopplerReadsText)

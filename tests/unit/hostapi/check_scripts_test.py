@@ -44,6 +44,8 @@ LAYERS = [
     ("platform/A.cpp", "#include <ShlObj.h>", ""),
     ("commands/A.cpp", "#include <wx/grid.h>", "wx/grid.h outside ui/"),
     ("ui/A.cpp", "#include <wx/grid.h>", ""),
+    ("pdflib/A.cpp", "#include <pcre2.h>", "pcre2.h outside common/"),
+    ("common/A.cpp", "#include <pcre2.h>", ""),
     ("extras/A.cpp", "", "no such folder"),
 ]
 

@@ -181,21 +181,33 @@ std::string CActsToUndo::ForEach(const std::function<bool(const ActToUndo& act)>
     CLineReader reader;
     std::string line;
     if (!reader.Open(m_path)) return m_path + " cannot be opened again.";
+    const std::string changed = m_path + " was changed while it was read.";
+    std::optional<FileRecord> record;  // of the line that was read last: the acts of a file mostly follow each other
+    std::optional<std::uint64_t> offsetOfRecord;
     for (const Entry& entry : m_entries) {
         const std::size_t place = entry.line & kOwnLine;
-        reader.Seek(entry.line >> kPlaceBits);
-        const auto object = reader.Next(line) ? ParseObject(line) : std::nullopt;
-        if (!object) return m_path + " was changed while it was read.";
+        const std::uint64_t offset = entry.line >> kPlaceBits;
+        std::optional<Json> object;
+        if (offsetOfRecord != offset) {
+            offsetOfRecord.reset();
+            reader.Seek(offset);
+            object = reader.Next(line) ? ParseObject(line) : std::nullopt;
+            if (!object) return changed;
+        }
         ActToUndo found;
         if (place == kOwnLine) {
-            if (auto act = IntendedActFrom(ObjectAt(*object, "intent"))) found.act = std::move(*act);
+            auto act = object ? IntendedActFrom(ObjectAt(*object, "intent")) : std::nullopt;
+            if (!act) return changed;
+            found.act = std::move(*act);
             found.act.order = entry.order;
             found.mayNotHave = true;
         } else {
-            const bool journal = object->contains("done");
-            auto record = FileRecordFrom(journal ? ObjectAt(ObjectAt(*object, "done"), "record") : *object);
-            if (!record || record->acts.size() <= place) return m_path + " was changed while it was read.";
-            found = {.act = std::move(record->acts[place]), .input = record->path};
+            if (object)
+                record = FileRecordFrom(object->contains("done") ? ObjectAt(ObjectAt(*object, "done"), "record")
+                                                                 : *object);
+            offsetOfRecord = offset;
+            if (!record || record->acts.size() <= place) return changed;
+            found = {.act = record->acts[place], .input = record->path};
             found.mayNotHave = IsMissingIn(*record, found.act);
         }
         if (!visit(found)) return {};

@@ -199,12 +199,12 @@ private:
 
     void End() { m_result.exit = m_result.problems == 0 ? ExitClass::Fine : ExitClass::SomeNotSaved; }
 
-    void Count(const ActToUndo& undo, const UndoStep& step, const std::string& problem)
+    void Count(const ActToUndo& undo, Kind kind, const std::string& problem)
     {
-        ++m_result.counts[static_cast<std::size_t>(step.kind)];
+        ++m_result.counts[static_cast<std::size_t>(kind)];
         if (!problem.empty()) ++m_result.problems;
         const bool deletes = undo.act.act == Act::Delete;
-        m_observer.Step(step.kind, deletes || step.kind == Kind::MoveBack ? undo.act.file : undo.act.target);
+        m_observer.Step(kind, deletes || kind == Kind::MoveBack ? undo.act.file : undo.act.target);
     }
 
     bool LookAtAll()
@@ -222,8 +222,11 @@ private:
                 if (Interrupted()) return false;
                 UndoStep step;
                 if (!m_journal.IsUndone(undo.act)) step = decider.Decide(undo);
-                if (!step.problem.empty()) m_observer.Problem(step.problem);
-                if (m_options.dryRun || !step.problem.empty()) Count(undo, step, step.problem);
+                if (!step.problem.empty()) {
+                    m_observer.Problem(step.problem);
+                    m_told.insert(CUndoJournal::KeyOf(undo.act));
+                }
+                if (m_options.dryRun || !step.problem.empty()) Count(undo, step.kind, step.problem);
                 names.Undone(undo, step);
                 return true;
             });
@@ -239,10 +242,12 @@ private:
             if (Interrupted()) return false;
             if (m_journal.IsUndone(undo.act)) return true;
             const UndoStep step = decider.Decide(undo);
-            const std::string failed = DoUndo(undo, step);
-            if (!failed.empty()) m_observer.Problem(failed);
-            Count(undo, step, step.problem + failed);
-            if (!failed.empty() || !step.problem.empty()) return true;
+            const UndoneStep undone = DoUndo(undo, step);
+            if (!step.problem.empty() && !m_told.contains(CUndoJournal::KeyOf(undo.act)))
+                m_observer.Problem(step.problem);
+            if (!undone.problem.empty()) m_observer.Problem(undone.problem);
+            Count(undo, undone.done ? step.kind : Kind::Leave, step.problem + undone.problem);
+            if (!undone.problem.empty() || !step.problem.empty()) return true;
             journaled = m_journal.Add(undo.act, step);
             return journaled.Ok();
         });
@@ -288,7 +293,8 @@ private:
     std::string m_folder;     // of the run, when it has one still
     platform::CFileLock m_lock, m_runLock, m_partLock;
     CUndoJournal m_journal;
-    std::size_t m_actsLeft = 0;  // that no earlier start has taken back
+    std::set<CUndoJournal::Key> m_told;  // acts of which it was told beforehand that something stays
+    std::size_t m_actsLeft = 0;          // that no earlier start has taken back
     UndoResult m_result;
 };
 

@@ -10,8 +10,6 @@ namespace {
 
 constexpr int kUndoVersion = 1;
 
-std::pair<std::uint64_t, int> KeyOf(const IntendedAct& act) { return {act.order, act.number}; }
-
 }  // namespace
 
 std::string CUndoJournal::Read(const std::string& path, const std::string& run)

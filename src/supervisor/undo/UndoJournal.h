@@ -13,6 +13,10 @@
 
 class CUndoJournal {
 public:
+    /// What tells an act from the others of a run: its order, and the number of its file, for parts of a run.
+    using Key = std::pair<std::uint64_t, int>;
+    static Key KeyOf(const IntendedAct& act) { return {act.order, act.number}; }
+
     /// A journal that is not there is empty. Fails with a sentence.
     [[nodiscard]] std::string Read(const std::string& path, const std::string& run);
     /// After reading it: goes on with it. Fails with a sentence.
@@ -29,6 +33,6 @@ private:
     platform::FileResult AddLine(std::string line);
 
     platform::CAppendFile m_file;
-    std::vector<std::pair<std::uint64_t, int>> m_undone;  // order and number, sorted
+    std::vector<Key> m_undone;  // sorted
     std::uint64_t m_length = 0;
 };

@@ -70,6 +70,9 @@ std::string ProblemOfKept(const IntendedAct& act, const std::string& place, CNam
     if (!act.former) return {};
     if (act.former->kept.empty()) return "What stood at " + place + " before was not kept.";
     const NameState kept = names.At(act.former->kept);
+    if (kept.kind == NameState::Kind::Unknown)
+        return "The original of " + place + " is no longer at " + act.former->kept +
+               ", or its folder is not connected or cannot be looked at.";
     if (kept.kind != NameState::Kind::File)
         return "The original of " + place + " is no longer at " + act.former->kept + '.';
     if (!kept.Is(*act.former))
@@ -142,9 +145,9 @@ UndoStep DecideDelete(const ActToUndo& undo, CNames& names)
 
 // ---- doing it
 
-std::string Sentence(const FileResult& result, const std::string& what)
+UndoneStep Failed(const FileResult& result, const std::string& what)
 {
-    return result ? std::string() : what + " (" + platform::ErrorText(result.errorNumber) + ").";
+    return {.done = false, .problem = what + " (" + platform::ErrorText(result.errorNumber) + ")."};
 }
 
 /// Rights and times come with the file; where the way went over another file system, some may be missing.
@@ -172,19 +175,13 @@ FileResult PutBackLink(const FormerFile& former, const std::string& place, Exist
     return made;
 }
 
-std::string PutBack(const FormerFile& former, const std::string& place, Existing existing)
+UndoneStep PutBack(const FormerFile& former, const std::string& place, Existing existing)
 {
     const FileResult moved = former.link.empty() || OnOneDisk(former.kept, place)
                                  ? platform::MoveFile(former.kept, place, existing)
                                  : PutBackLink(former, place, existing);
-    if (!moved) return Sentence(moved, "The original of " + place + " cannot be put back from " + former.kept);
-    return GiveBackTraits(place, former.traits);
-}
-
-std::string MoveBack(const IntendedAct& act)
-{
-    const FileResult moved = platform::MoveFile(act.target, act.file, Existing::Fail);
-    return Sentence(moved, act.target + " cannot be moved back to " + act.file);
+    if (!moved) return Failed(moved, "The original of " + place + " cannot be put back from " + former.kept);
+    return {.problem = GiveBackTraits(place, former.traits)};
 }
 
 /// Of a file that is back after a move.
@@ -193,9 +190,22 @@ std::string GiveBackMovedTraits(const IntendedAct& act)
     return act.act == Act::Move && act.traits ? GiveBackTraits(act.file, *act.traits) : std::string();
 }
 
-std::string Joined(const std::string& one, const std::string& other)
+UndoneStep MoveBack(const IntendedAct& act, bool restoresKept)
 {
-    return one + (one.empty() || other.empty() ? "" : " ") + other;
+    if (const FileResult moved = platform::MoveFile(act.target, act.file, Existing::Fail); !moved)
+        return Failed(moved, act.target + " cannot be moved back to " + act.file);
+    const std::string problem = GiveBackMovedTraits(act);
+    UndoneStep undone;
+    if (restoresKept) undone = PutBack(*act.former, act.target, Existing::Fail);
+    if (!problem.empty()) undone.problem = problem + (undone.problem.empty() ? "" : " ") + undone.problem;
+    return undone;
+}
+
+UndoneStep Remove(const IntendedAct& act)
+{
+    if (const FileResult removed = platform::DeleteFile(act.target); !removed)
+        return Failed(removed, act.target + " cannot be removed");
+    return {.problem = GiveBackMovedTraits(act)};
 }
 
 /// An act that was kept for and did not happen after all has left a second copy of what is still in its place.
@@ -206,10 +216,6 @@ void DropSpareCopy(const IntendedAct& act, const std::string& place)
     if (names.At(place).Is(*act.former) && names.At(act.former->kept).Is(*act.former))
         (void)platform::DeleteFile(act.former->kept);
 }
-
-}  // namespace
-
-namespace {
 
 UndoStep DecideUndo(const ActToUndo& act, CNames& names)
 {
@@ -242,12 +248,13 @@ UndoStep CUndoDecider::Decide(const ActToUndo& undo)
                  (undo.input.empty() ? "the file that it was made from" : undo.input) + " is not back.");
 }
 
-std::string DoUndo(const ActToUndo& undo, const UndoStep& step)
+UndoneStep DoUndo(const ActToUndo& undo, const UndoStep& step)
 {
     const IntendedAct& act = undo.act;
     const std::string& place = act.act == Act::Delete ? act.file : act.target;
     // Reading the originals may have taken its time.
-    if (step.seen && platform::StampOf(place) != step.seen) return place + " was changed just now and stays.";
+    if (step.seen && platform::StampOf(place) != step.seen)
+        return {.done = false, .problem = place + " was changed just now and stays."};
     switch (step.kind) {
         case Kind::Nothing:
             DropSpareCopy(act, place);
@@ -255,16 +262,12 @@ std::string DoUndo(const ActToUndo& undo, const UndoStep& step)
         case Kind::Leave:
             return {};
         case Kind::Remove:
-            if (const FileResult removed = platform::DeleteFile(place); !removed)
-                return Sentence(removed, place + " cannot be removed");
-            return GiveBackMovedTraits(act);
+            return Remove(act);
         case Kind::PutBack:
-            // Only the run's own result is replaced, and that is what stands there, if anything does.
-            return PutBack(*act.former, place, platform::NameExists(place) ? Existing::Replace : Existing::Fail);
+            // Only what was seen there is replaced, which is the run's own result.
+            return PutBack(*act.former, place, step.seen ? Existing::Replace : Existing::Fail);
         case Kind::MoveBack:
-            if (std::string problem = MoveBack(act); !problem.empty()) return problem;
-            return Joined(GiveBackMovedTraits(act),
-                          step.restoresKept ? PutBack(*act.former, act.target, Existing::Fail) : std::string());
+            return MoveBack(act, step.restoresKept);
     }
     return {};
 }

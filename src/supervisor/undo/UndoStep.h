@@ -69,9 +69,13 @@ private:
     std::set<int> m_left;  // numbers of files that were moved or deleted and do not come back
 };
 
+struct UndoneStep {
+    bool done = true;          ///< else it can be tried again
+    std::string problem = {};  ///< what went wrong, also with what is done: a sentence; empty: nothing
+};
+
 /// Does it. Nothing that came later is replaced: free names stay what they are when somebody takes them meanwhile.
-/// Answers what went wrong: a sentence; empty when it is done.
-[[nodiscard]] std::string DoUndo(const ActToUndo& act, const UndoStep& step);
+[[nodiscard]] UndoneStep DoUndo(const ActToUndo& act, const UndoStep& step);
 
 /// What the disk will be like, act by act. Memory: eight bytes for each name that acts touch.
 class CFutureNames final : public CNames {

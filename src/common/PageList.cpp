@@ -105,8 +105,8 @@ Expected<std::vector<PageListElement>> ParsePageList(std::string_view descriptio
         if (!element) {
             return Failure(
                 FormatText("One of the pages (or page ranges) is not correctly specified. Please check item "
-                           "number %zu (%s).",
-                           elements.size() + 1, item.c_str()) +
+                           "number %d (%s).",
+                           static_cast<int>(elements.size()) + 1, item.c_str()) +
                 "\n" + element.Error());
         }
         elements.push_back(std::move(*element));

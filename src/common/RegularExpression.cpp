@@ -208,7 +208,7 @@ bool CRegularExpression::Compile(std::string_view pattern, LetterCase letterCase
         return false;
     }
     if (pattern.size() > kLongestPattern) {
-        m_error = FormatText("it is longer than %zu bytes", kLongestPattern);
+        m_error = "it is longer than " + std::to_string(kLongestPattern) + " bytes";
         return false;
     }
     if (!IsValidUtf8(pattern)) {
@@ -226,7 +226,7 @@ bool CRegularExpression::Compile(std::string_view pattern, LetterCase letterCase
     if (!m_code) {
         const auto before = static_cast<std::size_t>(std::ranges::count_if(
             std::u16string_view(utf16).substr(0, offset), [](char16_t unit) { return !IsLowSurrogate(unit); }));
-        m_error = PcreMessage(error) + FormatText(" (after character %zu)", before + (m_negated ? 1 : 0));
+        m_error = PcreMessage(error) + " (after character " + std::to_string(before + (m_negated ? 1 : 0)) + ")";
         return false;
     }
     // Where there is no compiler for this machine, or none is allowed, the expression is interpreted.

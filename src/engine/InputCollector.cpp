@@ -10,6 +10,7 @@
 #include "base/Text.h"
 #include "common/Log.h"
 #include "platform/Files.h"
+#include "protocol/RunDescription.h"
 
 namespace {
 
@@ -123,7 +124,7 @@ void CInputCollector::ReadFolder(const std::string& path, Walk& walk)
     const bool isTop = walk.entered.empty();
     const std::string place = platform::CanonicalPath(path);
     if (!walk.entered.insert(place).second) return;
-    if (!isTop && m_leftOutPlaces.contains(place)) {
+    if (!isTop && (m_leftOutPlaces.contains(place) || IsKeptFolderName(FileName(place)))) {
         if (std::find(m_leftOut.begin(), m_leftOut.end(), path) == m_leftOut.end()) m_leftOut.push_back(path);
         return;
     }
@@ -176,7 +177,10 @@ Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, co
     for (const UnreadableFolder& folder : collector.Unreadable())
         log.NameValue("Folder cannot be read", folder.path + " (" + platform::ErrorText(folder.errorNumber) + ")", 1);
     for (const std::string& folder : collector.LeftOut())
-        log.NameValue("Folder is left out of the input because results go there", folder, 1);
+        log.NameValue(IsKeptFolderName(FileName(platform::CanonicalPath(folder)))
+                          ? "Folder is left out of the input because originals are kept there"
+                          : "Folder is left out of the input because results go there",
+                      folder, 1);
     return collector;
 }
 

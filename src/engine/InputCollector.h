@@ -80,6 +80,7 @@ struct UnreadableFolder {
 /// depth first and in the order in which the system module lists folders; then the files of the next extension from
 /// the top again. Letter case of extensions does not count. Hidden files and folders are left out. A folder that is
 /// reached a second time, over a link, is not entered again. A folder that is left out may still be named itself.
+/// Left out are also the folders in which runs keep originals.
 class CInputCollector {
 public:
     explicit CInputCollector(CollectorOptions options);

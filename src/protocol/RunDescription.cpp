@@ -1,5 +1,6 @@
 #include "protocol/RunDescription.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/Names.h"
@@ -95,10 +96,26 @@ RunDescription RunDescriptionFrom(const Json& object)
     return description;
 }
 
+namespace {
+
+constexpr char kKeptFolderPrefix[] = "ferrule-";
+
+}  // namespace
+
 std::string KeptFolderOf(const RunDescription& description, const std::string& run)
 {
     if (description.keepOriginals.empty()) return {};
-    return WithTrailingSeparator(description.keepOriginals) + "ferrule-" + run;
+    return WithTrailingSeparator(description.keepOriginals) + kKeptFolderPrefix + run;
+}
+
+bool IsKeptFolderName(std::string_view name)
+{
+    constexpr std::size_t kRunIdLength = 16;
+    if (!name.starts_with(kKeptFolderPrefix)) return false;
+    name.remove_prefix(std::string_view(kKeptFolderPrefix).size());
+    return name.size() == kRunIdLength && std::all_of(name.begin(), name.end(), [](char character) {
+               return (character >= 'a' && character <= 'z') || (character >= '0' && character <= '9');
+           });
 }
 
 Json RunOrderJson(const RunOrder& order)

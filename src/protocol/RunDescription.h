@@ -57,6 +57,8 @@ struct RunDescription {
 
 /// The folder below the one for originals that is this run's own; empty when nothing is to be kept.
 [[nodiscard]] std::string KeptFolderOf(const RunDescription& description, const std::string& run);
+/// Whether the last part of a path may be the name of such a folder, of whichever run.
+[[nodiscard]] bool IsKeptFolderName(std::string_view name);
 
 /// Where a host keeps what an act takes away, before the act.
 struct Keeping {

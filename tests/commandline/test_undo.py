@@ -219,6 +219,19 @@ class Undo(unittest.TestCase):
         scene.kept.unlink()
         self.assertIn("input folder", scene.place.expect(2, *scene.arguments("--keep-originals", scene.place.input)).errors)
 
+    def test_kept_originals_are_no_inputs_of_later_runs(self):
+        scene = self.scene(3)
+        scene.kept = scene.place.input / "kept"
+        scene.more[1] = scene.kept
+        scene.run()
+        scene.more = []
+        self.assertEqual(len(scene.left_in_kept()), len(NAMES))
+        new = scene.place.input / "new.pdf"
+        new.write_bytes(next(iter(scene.originals.values())))
+        scene.run()
+        self.assertFalse(new.exists())
+        self.assertEqual(len(scene.left_in_kept()), len(NAMES))
+
     # ---- sudden ends
 
     def kill_at(self, process, seconds):

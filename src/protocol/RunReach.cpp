@@ -50,6 +50,17 @@ bool RunReach::CoversKept(const std::string& path) const
     return IsStraight(path) && !kept.empty() && IsBelow(path, kept);
 }
 
+bool RunReach::IsWithin(const RunReach& other) const
+{
+    const auto allIn = [](const std::vector<std::string>& some, const std::vector<std::string>& all) {
+        return std::all_of(some.begin(), some.end(), [&](const std::string& each) {
+            return std::find(all.begin(), all.end(), each) != all.end();
+        });
+    };
+    return allIn(inputs, other.inputs) && allIn(folders, other.folders) && (!anywhere || other.anywhere) &&
+           kept == other.kept;
+}
+
 Json RunReachJson(const RunReach& reach)
 {
     Json object = {{"id", reach.run}, {"inputs", TextsOf(reach.inputs)}, {"folders", TextsOf(reach.folders)}};

@@ -19,6 +19,8 @@ struct RunReach {
     [[nodiscard]] bool Covers(const std::string& path, const std::string& input) const;
     /// Whether an original may have been kept there.
     [[nodiscard]] bool CoversKept(const std::string& path) const;
+    /// Whether it names nothing that the other does not name.
+    [[nodiscard]] bool IsWithin(const RunReach& other) const;
 };
 
 /// Paths are bytes.

@@ -197,6 +197,7 @@ class Undo(unittest.TestCase):
             (lambda c: c[0]["acts"][0].update(target=f"{scene.place.output}/../victim.pdf"), "could have touched"),
             (lambda c: c[0]["acts"][0]["former"].update(kept=str(victim)), "kept originals"),
             (lambda c: c[0].update(path=str(victim)), "could read"),
+            (lambda c: [c[0]["run"]["folders"].append(str(victim.parent)), c[0]["acts"][0].update(target=str(victim))], "edited"),
             (lambda c: [c[0].pop("run"), [line.pop("acts") for line in c]], "version"),
             (lambda c: c.append(c[0]), "another run begins"),
         ]

@@ -142,7 +142,18 @@ private:
         auto acts = CActsToUndo::Open(m_path);
         if (!acts) return Broken(ReplaceAll(acts.Error(), m_path, m_shownPath));
         m_acts.emplace(std::move(*acts));
-        return true;
+        return IsOfThePlan() ||
+               Broken(m_shownPath + " names other folders than the plan of this run, so somebody has edited it. " +
+                      "Without RECORD the last run is taken back from its own journal. Nothing was touched.");
+    }
+
+    /// A record says itself what the run could reach. Where the plan is still there, it knows better.
+    bool IsOfThePlan() const
+    {
+        CManifestReader manifest;
+        if (m_folder.empty()) return true;
+        const auto header = manifest.Open(ManifestIn(m_folder));
+        return !header || m_acts->Reach().IsWithin(header->reach);
     }
 
     bool ReadJournal()

@@ -75,7 +75,8 @@ std::string SummaryLine(const UndoResult& result, bool dryRun)
             line += (line.empty() ? "" : ", ") +
                     Counted(static_cast<std::uint64_t>(result.Count(kind)), "file ", "files ") +
                     StepText(kind, dryRun);
-    return line.empty() ? "Nothing is left to take back." : line + '.';
+    if (!line.empty()) return line + '.';
+    return result.problems == 0 ? "Nothing is left to take back." : "Nothing else is left to take back.";
 }
 
 Json SummaryObject(const UndoResult& result)
@@ -105,8 +106,8 @@ int UndoCommand(const CArguments& arguments, const Screen& screen)
         *screen.messages << SummaryLine(result, options.dryRun) << '\n';
     if (!result.leftOver.empty())
         *screen.messages
-            << "Left over: " << Printable(result.leftOver)
-            << ", with files that were not needed. Delete it, unless other parts of the run are to be taken back.\n";
+            << "Originals are left over in " << Printable(result.leftOver)
+            << ". Other parts of the run may need them; when there are none, the folder can be deleted.\n";
     if (arguments.Has("--json")) *screen.data << LineOf(SummaryObject(result)) << '\n';
     return static_cast<int>(result.exit);
 }

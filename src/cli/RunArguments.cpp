@@ -83,6 +83,9 @@ std::string ReadKeptFolder(const CArguments& arguments, const RunDescription& re
     if (!platform::FolderExists(typed) && !FileName(typed).empty())
         typed = WithTrailingSeparator(platform::AbsolutePath(FolderOf(typed))) + FileName(typed);
     const std::string folder = KeptAsItIs(typed);
+    // An undo refuses such a place, because it cannot tell where that is.
+    if (std::ranges::count(Split(folder, kSeparators), "..") != 0)
+        FailStart(folder + ": nobody can tell where this leads; name the folder without \"..\"");
     if (platform::FileExists(folder)) FailStart(folder + ": this is a file; --keep-originals takes a folder");
     if (!platform::FolderExists(folder) && !platform::FolderExists(FolderOf(folder)))
         FailStart(folder + ": the folder around it does not exist; make it first");

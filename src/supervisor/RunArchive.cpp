@@ -232,7 +232,7 @@ void CRunArchive::RemoveOldUndos() const
 
 void CRunArchive::RemoveOldPlan(const std::string& folder) const
 {
-    const std::string manifest = folder + "manifest.jsonl", journal = folder + "journal.jsonl";
+    const std::string manifest = ManifestIn(folder), journal = JournalIn(folder);
     const auto stamp = platform::StampOf(journal);
     if (!stamp || stamp->modifiedNanoseconds >= KeptSince()) return;
     platform::CFileLock lock;

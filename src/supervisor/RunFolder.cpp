@@ -12,6 +12,8 @@
 #include "platform/Clock.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
+#include "supervisor/journal/Journal.h"
+#include "supervisor/journal/Manifest.h"
 #include "supervisor/plan/Planning.h"
 #include "supervisor/resume/CleanUp.h"
 #include "supervisor/workers/Worker.h"
@@ -115,9 +117,11 @@ std::string TakeLock(platform::CFileLock& lock, const std::string& path)
     return "The file " + path + " cannot be locked (" + platform::ErrorText(taken.errorNumber) + ").";
 }
 
+std::string RunsFolder() { return UserPaths().settingsFolder + "Runs" + kSeparator; }
+
 std::string CRunFolder::Open(const RunDescription& request)
 {
-    m_path = UserPaths().settingsFolder + "Runs" + kSeparator + KeyOf(request);
+    m_path = RunsFolder() + KeyOf(request);
     if (const auto made = platform::CreateFolders(m_path); !made)
         return "The folder " + m_path + " cannot be made (" + platform::ErrorText(made.errorNumber) + ").";
     (void)platform::MakeFolderPrivate(m_path);  // one that an earlier version has made, too
@@ -127,9 +131,9 @@ std::string CRunFolder::Open(const RunDescription& request)
     return problem;
 }
 
-std::string CRunFolder::ManifestPath() const { return m_path + kSeparator + "manifest.jsonl"; }
+std::string CRunFolder::ManifestPath() const { return ManifestIn(m_path); }
 
-std::string CRunFolder::JournalPath() const { return m_path + kSeparator + "journal.jsonl"; }
+std::string CRunFolder::JournalPath() const { return JournalIn(m_path); }
 
 void CRunFolder::RemoveWorkerFolders() const
 {

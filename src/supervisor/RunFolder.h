@@ -23,6 +23,9 @@ private:
     platform::CFileLock m_lock;
 };
 
+/// Where this user's runs have their folders, with the trailing separator.
+[[nodiscard]] std::string RunsFolder();
+
 /// The same folder for the same request. Holds a lock as long as it lives, and its workers hold it, too.
 class CRunFolder {
 public:

@@ -115,7 +115,7 @@ RunResult RunTrial(const RunOptions& options, const COutputGuard& guard, int int
     const CScratchFolder scratch;
     if (scratch.Path().empty()) return Failed(ExitClass::Broken, kNoScratchFolder);
     const CWorkerStarter starter(options.engine, scratch.Path(), -1);
-    ManifestRunOptions run{.manifestPath = scratch.Path() + kSeparator + "manifest.jsonl",
+    ManifestRunOptions run{.manifestPath = ManifestIn(scratch.Path()),
                            .recordPath = options.recordPath,
                            .guard = &guard,
                            .interruptsSeen = interrupts};

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/Names.h"
 #include "protocol/Json.h"
 
 using platform::FileResult;
@@ -72,6 +73,8 @@ std::string Visit(const std::string& line, std::uint64_t offset, CJournalVisitor
 }
 
 }  // namespace
+
+std::string JournalIn(const std::string& folder) { return WithTrailingSeparator(folder) + "journal.jsonl"; }
 
 FileResult CJournalWriter::Open(const std::string& path, const JournalName& name, std::uint64_t length)
 {

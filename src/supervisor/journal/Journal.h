@@ -32,6 +32,9 @@ struct JournalName {
     RunReach reach = {};     ///< what the run may have touched
 };
 
+/// The journal of the run that has this folder for itself.
+[[nodiscard]] std::string JournalIn(const std::string& folder);
+
 /// Appends lines. Each function fails with what the system says; then the line does not count.
 class CJournalWriter {
 public:

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/Names.h"
 #include "platform/Files.h"
 #include "protocol/Json.h"
 
@@ -54,6 +55,8 @@ std::optional<ManifestHeader> HeaderFrom(const std::string& line)
 }
 
 }  // namespace
+
+std::string ManifestIn(const std::string& folder) { return WithTrailingSeparator(folder) + "manifest.jsonl"; }
 
 CManifestWriter::CManifestWriter(std::string path)
     : m_path(std::move(path)), m_lines(m_path, platform::Existing::Replace)

@@ -29,6 +29,9 @@ struct ManifestHeader {
     std::vector<std::string> preamble = {}, epilogue = {};  ///< lines of the log, as bytes
 };
 
+/// The manifest of the run that has this folder for itself.
+[[nodiscard]] std::string ManifestIn(const std::string& folder);
+
 /// Writes a manifest while it is being planned. The file appears under its name complete or not at all.
 class CManifestWriter {
 public:

@@ -128,10 +128,10 @@ std::string UnfinishedRelative(const std::string& ownFolder, const RunDescriptio
         const std::string folder = runs + entry.name;
         if (!entry.isFolder || folder == ownFolder) continue;
         CManifestReader manifest;
-        const auto header = manifest.Open(folder + kSeparator + "manifest.jsonl");
+        const auto header = manifest.Open(ManifestIn(folder));
         if (!header || !HaveSameInputs(header->order.description, request)) continue;
         const std::string changed = ChangedOptions(*header, request);
-        if (!changed.empty() && IsUnfinished(*header, folder + kSeparator + "journal.jsonl"))
+        if (!changed.empty() && IsUnfinished(*header, JournalIn(folder)))
             return "There is no run with these options to go on with, but an unfinished one of the same " +
                    request.work.kind + " over the same inputs. " + changed;
     }

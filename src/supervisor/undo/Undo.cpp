@@ -15,18 +15,12 @@
 #include "supervisor/journal/Manifest.h"
 #include "supervisor/resume/CleanUp.h"
 #include "supervisor/undo/UndoJournal.h"
-#include "supervisor/workers/Worker.h"
 
 using Kind = UndoStep::Kind;
 
 namespace {
 
-std::string RunsFolder() { return UserPaths().settingsFolder + "Runs" + kSeparator; }
-
 std::string UndoJournalPath(const std::string& run) { return RunsFolder() + "undo-" + run + ".jsonl"; }
-
-std::string ManifestIn(const std::string& folder) { return folder + kSeparator + "manifest.jsonl"; }
-std::string JournalIn(const std::string& folder) { return folder + kSeparator + "journal.jsonl"; }
 
 /// The folder in which the run has its plan still; empty when there is none.
 std::string FolderOfRun(const std::string& run)

@@ -112,7 +112,10 @@ TEST(Journal, NamesTheLineThatIsNoGood)
                  "another run"},
                 {R"({"ferrule":"journal","version":1,"run":"run1","shard":"1/1"})"
                  "\n",
-                 "version"},
+                 "older version"},
+                {R"({"ferrule":"journal","version":3,"run":"run1","shard":"1/1"})"
+                 "\n",
+                 "newer version"},
                 {header + "\n" + one + "\n{]\n" + one + "\n", "Line 3"},
                 {header + "\n" + one + "\n" + one + "\n", "file 1 (/p) has an outcome already"},
                 {header + "\n" + four + "\n", "Line 2"},

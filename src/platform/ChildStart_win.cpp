@@ -125,17 +125,21 @@ private:
     std::vector<HANDLE> m_handles, m_changed;
 };
 
-/// The list of what the child inherits, in the form in which starting takes it.
+/// What the child inherits and the family it is born into, in the form in which starting takes them. Both arguments
+/// outlive the list.
 class CAttributes {
 public:
-    explicit CAttributes(std::vector<HANDLE>& inherited)
+    CAttributes(std::vector<HANDLE>& inherited, HANDLE& family)
     {
+        constexpr DWORD kCount = 2;
         SIZE_T size = 0;
-        InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+        InitializeProcThreadAttributeList(nullptr, kCount, 0, &size);
         m_memory = std::make_unique<char[]>(size);
-        m_valid = InitializeProcThreadAttributeList(List(), 1, 0, &size) &&
+        m_valid = InitializeProcThreadAttributeList(List(), kCount, 0, &size) &&
                   UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, inherited.data(),
-                                            inherited.size() * sizeof(HANDLE), nullptr, nullptr);
+                                            inherited.size() * sizeof(HANDLE), nullptr, nullptr) &&
+                  UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_JOB_LIST, &family, sizeof family,
+                                            nullptr, nullptr);
     }
     CAttributes(const CAttributes&) = delete;
     CAttributes& operator=(const CAttributes&) = delete;
@@ -148,18 +152,15 @@ private:
     bool m_valid = false;
 };
 
-struct Started {
-    CHandle process, thread;
-    DWORD processId = 0;
-};
-
-/// Creates the process, which does not run yet.
-FileResult Create(const ChildOptions& options, HANDLE input, HANDLE output, HANDLE errors, Started& started)
+/// Starts the process as one of the family from its first moment on: one that is put there afterwards is left behind
+/// when this process is killed in between.
+FileResult Start(const ChildOptions& options, HANDLE family, HANDLE input, HANDLE output, HANDLE errors,
+                 ChildState& state)
 {
     std::vector<HANDLE> handles{input, output, errors};
     for (const long long handle : options.inheritedDescriptors) handles.push_back(reinterpret_cast<HANDLE>(handle));
     CInheritance inheritance(std::move(handles));
-    CAttributes attributes(inheritance.Handles());
+    CAttributes attributes(inheritance.Handles(), family);
     if (!attributes.Valid()) return LastFailure();
     STARTUPINFOEXW startup{};
     startup.StartupInfo.cb = sizeof startup;
@@ -174,24 +175,14 @@ FileResult Create(const ChildOptions& options, HANDLE input, HANDLE output, HAND
     PROCESS_INFORMATION process{};
     // Without any console it gets no Ctrl-C. A console of its own, shown or not, would be one more process, and a
     // group of its own would teach the programs that it opens to overhear Ctrl-C.
-    constexpr DWORD kFlags =
-        CREATE_SUSPENDED | DETACHED_PROCESS | CREATE_UNICODE_ENVIRONMENT | EXTENDED_STARTUPINFO_PRESENT;
+    constexpr DWORD kFlags = DETACHED_PROCESS | CREATE_UNICODE_ENVIRONMENT | EXTENDED_STARTUPINFO_PRESENT;
     if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, kFlags, environment.data(),
                         nullptr, &startup.StartupInfo, &process))
         return LastFailure();
-    started = {CHandle(process.hProcess), CHandle(process.hThread), process.dwProcessId};
+    const CHandle thread(process.hThread);
+    state.process = CHandle(process.hProcess);
+    state.processId = static_cast<int>(process.dwProcessId);
     return {};
-}
-
-/// Lets it run as one of the family.
-FileResult LetRun(const Started& started, HANDLE family)
-{
-    if (AssignProcessToJobObject(family, started.process.Get()) &&
-        ResumeThread(started.thread.Get()) != static_cast<DWORD>(-1))
-        return {};
-    const auto failure = LastFailure();
-    TerminateProcess(started.process.Get(), 1);
-    return failure;
 }
 
 }  // namespace
@@ -202,18 +193,15 @@ FileResult StartChild(const ChildOptions& options, ChildState& state)
         return Failure(FolderExists(options.program) ? FileProblem::IsAFolder : FileProblem::Missing);
     }
     PipeEnds input, output, errors;
-    Started started;
     if (const auto made = MakePipe(input, OurEnd::Writer); !made) return made;
     for (PipeEnds* read : {&output, &errors}) {
         if (const auto made = MakePipe(*read, OurEnd::Reader); !made) return made;
     }
     if (const auto made = MakeFamily(options, state.family); !made) return made;
-    if (const auto created = Create(options, input.reader.Get(), output.writer.Get(), errors.writer.Get(), started);
-        !created)
-        return created;
-    if (const auto runs = LetRun(started, state.family.Get()); !runs) return runs;
-    state.process = std::move(started.process);
-    state.processId = static_cast<int>(started.processId);
+    if (const auto started =
+            Start(options, state.family.Get(), input.reader.Get(), output.writer.Get(), errors.writer.Get(), state);
+        !started)
+        return started;
     state.input.Open(std::move(input.writer));
     state.output.pipe.Open(std::move(output.reader));
     state.errors.pipe.Open(std::move(errors.reader));

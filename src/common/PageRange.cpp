@@ -20,12 +20,6 @@ constexpr const char* kStartAfterEnd =
 
 bool IsPageDigit(char letter) { return letter >= '0' && letter <= '9'; }
 
-bool IsWordLetter(char letter)
-{
-    return IsPageDigit(letter) || letter == '_' || (letter >= 'a' && letter <= 'z') ||
-           (letter >= 'A' && letter <= 'Z');
-}
-
 ResolvedPage Unresolved(std::string error, int page0 = 0) { return {std::max(page0, 0), false, std::move(error)}; }
 
 /// The page when the document has it.
@@ -67,7 +61,7 @@ bool IsKeyword(const std::string& lowered)
 {
     if (lowered.starts_with("last")) return true;
     const bool named = lowered.starts_with("b:") || lowered.starts_with("d:") || lowered.starts_with("l:");
-    return named && lowered.size() > 2 && IsWordLetter(lowered[2]);
+    return named && lowered.size() > 2;
 }
 
 }  // namespace

@@ -32,8 +32,8 @@ struct ResolvedPage {
 };
 
 /// A page number, one that counts from the end (-1 is the last page), "last", "b:" and the title of a bookmark, "d:"
-/// and the name of a destination, or "l:" and a page label. Titles, names and labels begin with a letter, digit or
-/// underscore of ASCII; case matters in them and not before.
+/// and the name of a destination, or "l:" and a page label. A title, name or label is all that follows the colon;
+/// case matters in it and not before.
 [[nodiscard]] ResolvedPage ResolvePageExpression(std::string_view expression, const CPageReferences& document);
 
 /// Pages from 0. An expression, where there is one, says its end instead of the number.

@@ -821,13 +821,13 @@ enum { kSlotPDDocSetPageLabel = 338 };
 typedef void (HOSTCALL *PDDocRemovePageLabelSlotProc)(PDDoc pdDoc, ASInt32 pageNum);
 enum { kSlotPDDocRemovePageLabel = 339 };
 
-/* Writes the label of a page (from 0) and answers its length; a page without one gives its number from 1 as digits.
- * With a null buffer only the length. */
+/* Writes the label of a page (from 0) as PD text and answers its length; a page without one gives its number from 1
+ * as digits. With a null buffer only the length. */
 typedef ASInt32 (HOSTCALL *PDDocGetLabelForPageNumSlotProc)(PDDoc pdDoc, ASInt32 pageNum, char *buffer, ASInt32
     bufferLen);
 enum { kSlotPDDocGetLabelForPageNum = 342 };
 
-/* Answers the first page (from 0) with that label; -1 for none. */
+/* Answers the first page (from 0) with that label, which is PD text; -1 for none. */
 typedef ASInt32 (HOSTCALL *PDDocFindPageNumForLabelSlotProc)(PDDoc pdDoc, const char *labelStr, ASInt32 labelLen);
 enum { kSlotPDDocFindPageNumForLabel = 343 };
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Overseer.h"
+#include "openhost/documents/Objects.h"
 #include "openhost/files/Files.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
@@ -179,6 +180,7 @@ void CDocuments::Forget(PDDoc handle)
 {
     const auto document = m_documents.Take(handle);
     if (!document) return;
+    Part<CObjects>().Forget(handle);
     DropFile(*document);
     const auto known = m_byKey.find(document->key);
     if (known != m_byKey.end() && known->second == handle) m_byKey.erase(known);
@@ -229,7 +231,10 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         options.progress = request.progress;
         options.remark = [](const std::string& text) { Diagnose(text); };
         Translated([&] { document.pdf.Save(options); });
-        if (!request.copy) DropFile(document);
+        if (!request.copy) {
+            DropFile(document);
+            Part<CObjects>().Forget(handle);
+        }
     } catch (const CHostRaise& raise) {
         failed = raise.Code();
         if (events.didSave) events.didSave(handle, failed);

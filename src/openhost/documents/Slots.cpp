@@ -96,6 +96,7 @@ void OfferDocumentsSlots(CTables& tables)
     OfferInfoSlots(tables);
     OfferSecuritySlots(tables);
     OfferPermissionSlots(tables);
+    OfferObjectSlots(tables);
 }
 
 namespace {

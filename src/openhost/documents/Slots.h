@@ -13,5 +13,6 @@ void OfferSaveSlots(CTables& tables);
 void OfferInfoSlots(CTables& tables);
 void OfferSecuritySlots(CTables& tables);
 void OfferPermissionSlots(CTables& tables);
+void OfferObjectSlots(CTables& tables);
 
 }  // namespace openhost

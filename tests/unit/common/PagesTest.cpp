@@ -48,7 +48,7 @@ TEST(Pages, AnExpressionNamesAPageOrSaysWhyNot)
         {"0", 0, "Invalid page number. Page numbering start with 1."},
         {"5a", 0, "Invalid page number specified."},
         {"1\n2", 0, "Invalid page number specified."},
-        {"b: Intro", 0, "Unrecognized page reference keyword: b: Intro"},
+        {"b: Intro", 0, "Keyword does not resolve to a valid page: b: Intro"},
         {"x:1", 0, "Unrecognized page reference keyword: x:1"},
         {"l:a-1", 0, "Keyword does not resolve to a valid page: l:a-1"},
         {"d:gone", 0, "Keyword does not resolve to a valid page: d:gone"},

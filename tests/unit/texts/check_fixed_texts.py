@@ -10,7 +10,7 @@ import re
 import sys
 from pathlib import Path
 
-PLUG_IN_FOLDERS = ("hostapi", "common", "hostcalls", "pdflib", "engine", "commands", "batchrun", "tools", "jobs", "host",
+PLUG_IN_FOLDERS = ("hostapi", "common", "hostcalls", "pdflib", "search", "engine", "commands", "batchrun", "tools", "jobs", "host",
                    "platform", "protocol", "sequence")
 TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:[^"\\\n]|\\.)*"|\'(?:[^\'\\\n]|\\.)*\'|\s+|.', re.S)
 ESCAPES = {"n": "\n", "r": "\r", "t": "\t", '"': '"', "\\": "\\", "'": "'", "0": "\0"}

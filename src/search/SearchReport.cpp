@@ -1,0 +1,198 @@
+#include "search/SearchReport.h"
+
+#include <array>
+#include <filesystem>
+#include <memory>
+
+#include "base/Names.h"
+#include "base/Text.h"
+#include "common/TextFile.h"
+#include "platform/Files.h"
+#include "platform/NarrowText.h"
+#include "search/SearchTerms.h"
+
+namespace {
+
+constexpr char kTextFirstLine[] = "Ferrule Text Search Report";
+constexpr char kCsvFirstLine[] = "File,Page,Text";
+constexpr char kLineEnd[] = "\r\n";
+
+/// Of the Gregorian calendar, 0 is Sunday.
+int DayOfWeek(const platform::LocalTime& time)
+{
+    static constexpr std::array<int, 12> kShift = {0, 3, 2, 5, 0, 3, 5, 1, 4, 6, 2, 4};
+    const int year = time.month < 3 ? time.year - 1 : time.year;
+    return (year + year / 4 - year / 100 + year / 400 + kShift[static_cast<std::size_t>(time.month - 1)] + time.day) %
+           7;
+}
+
+/// In English, whatever the language of the machine.
+std::string TimeText(const platform::LocalTime& time)
+{
+    static constexpr std::array<const char*, 7> kDays = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                                         "Thursday", "Friday", "Saturday"};
+    static constexpr std::array<const char*, 12> kMonths = {"January",   "February", "March",    "April",
+                                                            "May",       "June",     "July",     "August",
+                                                            "September", "October",  "November", "December"};
+    return FormatText("%s, %s %02d, %d %02d:%02d:%02d", kDays[static_cast<std::size_t>(DayOfWeek(time))],
+                      kMonths[static_cast<std::size_t>(time.month - 1)], time.day, time.year, time.hour, time.minute,
+                      time.second);
+}
+
+std::string CsvPathOf(const std::string& textPath)
+{
+    const PathParts parts = SplitPath(textPath);
+    return parts.folder + parts.base + ".csv";
+}
+
+std::string CannotWrite(const std::string& path, const std::string& why)
+{
+    return path + ": the search report cannot be written: " + why;
+}
+
+/// Why the file is not one of ours to write into; empty when it is, or is not there, or has nothing in it.
+std::string Objection(const std::string& path, const std::string& firstLine)
+{
+    if (!platform::NameExists(path)) return {};
+    if (platform::FolderExists(path)) return CannotWrite(path, "there is a folder of that name.");
+    const auto stamp = platform::StampOf(path);
+    if (!stamp || !stamp->regular) return CannotWrite(path, "it is no regular file.");
+    if (stamp->size == 0) return {};
+    try {
+        CTextFileRead file(path);
+        if (!file.IsOpen()) return CannotWrite(path, platform::ErrorText(file.ErrorNumber()));
+        const auto line = file.ReadLine();
+        if (line && line->starts_with(firstLine)) return {};
+    } catch (const CTextFileException& error) {
+        return CannotWrite(path, error.what());
+    }
+    return CannotWrite(path, "it is no search report; name another file.");
+}
+
+/// One of the two files while an entry is written; without Keep what was written goes again.
+class CReportFile {
+public:
+    CReportFile(std::string path, bool append) : m_path(std::move(path)), m_append(append) {}
+    CReportFile(const CReportFile&) = delete;
+    CReportFile& operator=(const CReportFile&) = delete;
+    ~CReportFile()
+    {
+        if (m_kept || !m_touched) return;
+        m_file.reset();
+        std::error_code ignored;
+        const auto path = platform::StandardPath(m_path);
+        if (m_wasThere) {
+            std::filesystem::resize_file(path, m_formerSize, ignored);
+        } else {
+            std::filesystem::remove(path, ignored);
+        }
+    }
+
+    /// Answers why not; empty when it was written and is kept by Keep.
+    std::string Write(const std::string& header, const std::string& lines)
+    {
+        const auto size = platform::FileSize(m_path);
+        m_wasThere = size.has_value();
+        m_formerSize = m_append ? size.value_or(0) : 0;
+        m_file = std::make_unique<CTextFileWrite>();
+        if (!m_file->Open(m_path, TextEncoding::Utf8, m_append))
+            return CannotWrite(m_path, platform::ErrorText(m_file->ErrorNumber()));
+        m_touched = true;
+        try {
+            if (m_formerSize == 0) m_file->Write(header);
+            m_file->Write(lines);
+            m_file->Close();
+        } catch (const CTextFileException& error) {
+            return CannotWrite(m_path, error.what());
+        }
+        return {};
+    }
+    void Keep() { m_kept = true; }
+
+private:
+    std::string m_path;
+    bool m_append;
+    std::unique_ptr<CTextFileWrite> m_file;
+    std::uint64_t m_formerSize = 0;
+    bool m_wasThere = false, m_touched = false, m_kept = false;
+};
+
+}  // namespace
+
+ReportEntry MakeReportEntry(const std::string& documentUtf8, const std::vector<ReportedRule>& rules)
+{
+    ReportEntry entry;
+    for (const ReportedRule& rule : rules) {
+        entry.text += FormatText("Search text: %s, Number of matches: %d", OneLogLine(rule.expression).c_str(),
+                                 static_cast<int>(rule.matches.size())) +
+                      kLineEnd;
+        for (const ReportedMatch& match : rule.matches) {
+            const int page = match.page0 + 1;
+            entry.text += FormatText("\tFile: %s, Page: %d, Text found: %s", OneLogLine(documentUtf8).c_str(), page,
+                                     OneLogLine(match.text).c_str()) +
+                          kLineEnd;
+            entry.csv +=
+                FormatText("%s,%d,%s", CsvValue(documentUtf8).c_str(), page, CsvValue(match.text).c_str()) + kLineEnd;
+        }
+    }
+    return entry;
+}
+
+CSearchReport::CSearchReport(HostFacts facts, Clock clock) : m_facts(std::move(facts)), m_clock(std::move(clock)) {}
+
+std::string CSearchReport::Add(const SearchSettings& settings, const ReportEntry& entry)
+{
+    if (!settings.createReport || settings.reportFile.empty()) return {};
+    const std::string& path = settings.reportFile;
+    if (EqualsIgnoreCaseAscii(Extension(path), "csv"))
+        return CannotWrite(path, "its CSV report has the same name; give it another extension, such as .txt.");
+    if (!settings.appendReport && !settings.overwriteReport) return WriteBoth(NextFree(path), entry, false);
+    const Files files{path, CsvPathOf(path)};
+    for (const std::string& problem : {Objection(files.text, kTextFirstLine), Objection(files.csv, kCsvFirstLine)}) {
+        if (!problem.empty()) return problem;
+    }
+    const bool append = settings.appendReport || m_begun.contains(path);
+    std::string problem = WriteBoth(files, entry, append);
+    if (problem.empty()) m_begun.insert(path);
+    return problem;
+}
+
+/// Numbers below the last one were taken when they were looked at.
+CSearchReport::Files CSearchReport::NextFree(const std::string& reportFile)
+{
+    const PathParts parts = SplitPath(reportFile);
+    const auto [last, isFirst] = m_lastNumber.try_emplace(reportFile, 0);
+    for (int number = last->second;; ++number) {
+        Files files{reportFile, CsvPathOf(reportFile)};
+        if (number > 0) {
+            files.text = parts.folder + FormatText("%s (%d)", parts.base.c_str(), number) +
+                         (parts.hasDot ? '.' + parts.extension : std::string());
+            files.csv = CsvPathOf(files.text);
+            if (!parts.hasDot) files.csv = files.text + ".csv";
+        }
+        if (platform::NameExists(files.text) || platform::NameExists(files.csv)) continue;
+        last->second = number + 1;
+        return files;
+    }
+}
+
+std::string CSearchReport::WriteBoth(const Files& files, const ReportEntry& entry, bool append)
+{
+    CReportFile text(files.text, append), csv(files.csv, append);
+    if (std::string problem = text.Write(TextHeader(), entry.text); !problem.empty()) return problem;
+    if (std::string problem = csv.Write(std::string(kCsvFirstLine) + kLineEnd, entry.csv); !problem.empty())
+        return problem;
+    text.Keep();
+    csv.Keep();
+    return {};
+}
+
+std::string CSearchReport::TextHeader() const
+{
+    const platform::LocalTime now = m_clock().value_or(platform::LocalTime{1, 1, 1970, 0, 0, 0});
+    return std::string(kTextFirstLine) + kLineEnd +
+           FormatText("Processing date and time: %s", TimeText(now).c_str()) + kLineEnd +
+           FormatText("Software build date: %s, Adobe Acrobat version: %d.%d ", m_facts.buildDate.c_str(),
+                      m_facts.majorVersion, m_facts.minorVersion) +
+           kLineEnd;
+}

@@ -1,0 +1,64 @@
+// The two reports of a search: a text for people and a CSV file for programs.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/Expected.h"
+#include "common/Log.h"
+#include "search/SearchRules.h"
+
+struct ReportedMatch {
+    int page0 = 0;
+    std::string text;  ///< UTF-8
+};
+
+struct ReportedRule {
+    std::string expression;  ///< UTF-8
+    std::vector<ReportedMatch> matches;
+};
+
+/// What the reports say about one document.
+struct ReportEntry {
+    std::string text, csv;  ///< UTF-8, lines with CR LF
+};
+
+/// All rules in their order, those without match too. A match is one line of the text, line ends in it being blanks;
+/// the CSV keeps it as it is.
+[[nodiscard]] ReportEntry MakeReportEntry(const std::string& documentUtf8, const std::vector<ReportedRule>& rules);
+
+/// Where the entries of a run go. Settings of the report are those of the search: when it is neither appended to nor
+/// overwritten, each entry gets files of its own, whose names have the first number that is free.
+///
+/// Both files are UTF-8 with its mark, begin with their headers once, and have one first line that tells them from
+/// other files: no other file is touched. What was written of an entry that cannot be written as a whole is taken
+/// away again.
+class CSearchReport {
+public:
+    using Clock = std::function<std::optional<platform::LocalTime>()>;
+
+    explicit CSearchReport(HostFacts facts, Clock clock = platform::LocalTimeNow);
+
+    /// Answers why the entry is in no report, a sentence that names the file; empty when it is, or no report is
+    /// wanted. What "overwrite" replaces is replaced by the first entry after the object was made, and later ones are
+    /// appended.
+    [[nodiscard]] std::string Add(const SearchSettings& settings, const ReportEntry& entry);
+
+private:
+    struct Files {
+        std::string text, csv;
+    };
+
+    Files NextFree(const std::string& reportFile);
+    std::string WriteBoth(const Files& files, const ReportEntry& entry, bool append);
+    std::string TextHeader() const;
+
+    HostFacts m_facts;
+    Clock m_clock;
+    std::set<std::string> m_begun;            // reports that were overwritten already
+    std::map<std::string, int> m_lastNumber;  // of reports that each document has its own of
+};

@@ -199,3 +199,46 @@ char32_t UpperCased(char32_t character)
     if (character == kSharpS) return character;
     return static_cast<char32_t>(utf8proc_toupper(static_cast<utf8proc_int32_t>(character)));
 }
+
+Direction DirectionOf(char32_t character)
+{
+    switch (utf8proc_get_property(static_cast<utf8proc_int32_t>(character))->bidi_class) {
+        case UTF8PROC_BIDI_CLASS_L:
+            return Direction::LeftToRight;
+        case UTF8PROC_BIDI_CLASS_R:
+        case UTF8PROC_BIDI_CLASS_AL:
+            return Direction::RightToLeft;
+        case UTF8PROC_BIDI_CLASS_EN:
+        case UTF8PROC_BIDI_CLASS_AN:
+            return Direction::Number;
+        default:
+            return Direction::Neutral;
+    }
+}
+
+bool IsWhiteSpace(char32_t character)
+{
+    const auto category = utf8proc_category(static_cast<utf8proc_int32_t>(character));
+    const bool separates = category == UTF8PROC_CATEGORY_ZS || category == UTF8PROC_CATEGORY_ZL ||
+                           category == UTF8PROC_CATEGORY_ZP;
+    return separates || (character >= 0x09 && character <= 0x0D) || character == 0x85;
+}
+
+bool IsLetter(char32_t character)
+{
+    const auto category = utf8proc_category(static_cast<utf8proc_int32_t>(character));
+    return category >= UTF8PROC_CATEGORY_LU && category <= UTF8PROC_CATEGORY_LO;
+}
+
+std::u32string WithoutPresentationForm(char32_t character)
+{
+    const bool isForm = (character >= 0xFB00 && character <= 0xFDFF) || (character >= 0xFE70 && character <= 0xFEFC);
+    if (!isForm) return std::u32string(1, character);
+    constexpr std::size_t kLongest = 18;  // letters in the longest of them
+    utf8proc_int32_t letters[kLongest];
+    int lastClass = 0;
+    const auto length = utf8proc_decompose_char(static_cast<utf8proc_int32_t>(character), letters, kLongest,
+                                                UTF8PROC_COMPAT, &lastClass);
+    if (length <= 0 || static_cast<std::size_t>(length) > kLongest) return std::u32string(1, character);
+    return {letters, letters + length};
+}

@@ -41,3 +41,11 @@ std::string Utf8ToUtf16Bytes(std::string_view utf8, bool bigEndian);
 /// Unicode's simple mappings, one character to one. The sharp s stays as it is: its capital is hardly ever meant.
 char32_t LowerCased(char32_t character);
 char32_t UpperCased(char32_t character);
+
+/// Which way a character runs, as the bidirectional algorithm has it.
+enum class Direction { LeftToRight, RightToLeft, Number, Neutral };
+Direction DirectionOf(char32_t character);
+bool IsWhiteSpace(char32_t character);
+bool IsLetter(char32_t character);
+/// The letters that a ligature or another presentation form of letters stands for; else the character itself.
+std::u32string WithoutPresentationForm(char32_t character);

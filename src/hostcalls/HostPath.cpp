@@ -35,13 +35,15 @@ std::string CHostText::ToPdText() const
     return std::string(bytes.Text(), static_cast<std::size_t>(length));
 }
 
-std::string Utf8FromText(ASConstText text)
+std::u16string Utf16FromText(ASConstText text)
 {
     if (!text) return {};
     const ASUTF16Val* units = HostCall(HOST_SLOT(ASExtra, ASTextGetUnicode), text);
     if (!units) return {};
-    return Utf16ToUtf8(reinterpret_cast<const char16_t*>(units));
+    return reinterpret_cast<const char16_t*>(units);
 }
+
+std::string Utf8FromText(ASConstText text) { return Utf16ToUtf8(Utf16FromText(text)); }
 
 std::string NarrowFromText(ASConstText text) { return platform::NarrowFromUtf8(Utf8FromText(text)); }
 

@@ -39,6 +39,7 @@ private:
 };
 
 /// The content of a borrowed text; empty for null.
+[[nodiscard]] std::u16string Utf16FromText(ASConstText text);
 [[nodiscard]] std::string Utf8FromText(ASConstText text);
 [[nodiscard]] std::string NarrowFromText(ASConstText text);
 

@@ -14,5 +14,6 @@ void OfferInfoSlots(CTables& tables);
 void OfferSecuritySlots(CTables& tables);
 void OfferPermissionSlots(CTables& tables);
 void OfferObjectSlots(CTables& tables);
+void OfferWordSlots(CTables& tables);
 
 }  // namespace openhost

@@ -1,4 +1,5 @@
 #include "openhost/pdf/Conversions.h"
+#include "openhost/pdf/TextEngine.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -249,15 +250,6 @@ std::string TrimmedEnd(std::string text)
 }
 
 }  // namespace
-
-void LoadPresentState(CTextEngine& engine, CPdfDocument& document)
-{
-    if (document.FileShowsPresentState()) {
-        engine.LoadFile(document.Path(), document.PasswordBytes());
-    } else {
-        engine.LoadMemory(document.WriteToMemory(), document.Description());
-    }
-}
 
 void PdfToText(CPdfDocument& document, const TextOutput& output)
 {

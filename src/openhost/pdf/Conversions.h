@@ -41,22 +41,4 @@ struct TextOutput {
 /// Fails: NotPermitted without the right to copy; see also CPdfDocument::Save.
 void PdfToText(CPdfDocument& document, const TextOutput& output);
 
-/// Gets text out of a document; each library that can do so has its own class behind this one.
-class CTextEngine {
-public:
-    virtual ~CTextEngine() = default;
-
-    /// Loads a file as it is on disk. Fails: CPdfError.
-    virtual void LoadFile(const std::string& path, const std::string& passwordBytes) = 0;
-    /// Loads unencrypted bytes and keeps them. Fails: CPdfError.
-    virtual void LoadMemory(std::string bytes, const std::string& description) = 0;
-    virtual int PageCount() const = 0;
-    /// UTF-8, lines ended by a line feed. Fails: BadPage.
-    virtual std::string PageText(int page0) = 0;
-};
-
-std::unique_ptr<CTextEngine> NewTextEngine();
-/// Gives the engine the document's present state: its file when nothing changed, else a copy in memory.
-void LoadPresentState(CTextEngine& engine, CPdfDocument& document);
-
 }  // namespace openhost

@@ -6,7 +6,8 @@
 #include <poppler-global.h>
 #include <poppler-page.h>
 
-#include "openhost/pdf/Conversions.h"
+#include "base/Unicode.h"
+#include "openhost/pdf/TextEngine.h"
 
 namespace openhost {
 namespace {
@@ -25,6 +26,36 @@ std::string WithPlainLineEnds(const poppler::byte_array& text)
         if (text[i] != '\r' || !beforeLineFeed) plain += text[i];
     }
     return plain;
+}
+
+ShownBox BoxOf(const poppler::rectf& area)
+{
+    return {.left = area.left(), .top = area.top(), .right = area.right(), .bottom = area.bottom()};
+}
+
+/// "ABCDEF+Name" is a part of the font of that name.
+std::string WithoutSubsetMark(const std::string& name)
+{
+    constexpr std::size_t kMark = 6;
+    return name.size() > kMark && name[kMark] == '+' ? name.substr(kMark + 1) : name;
+}
+
+/// The library's own way to UTF-8 ends at the first character that is none, so its UTF-16 is taken.
+std::u32string CharactersOf(const poppler::ustring& text)
+{
+    return Utf16ToUtf32({reinterpret_cast<const char16_t*>(text.data()), text.size()});
+}
+
+TextPiece PieceOf(const poppler::text_box& box, bool withFonts)
+{
+    TextPiece piece{.text = CharactersOf(box.text()), .boxes = {}, .box = BoxOf(box.bbox())};
+    piece.rotation = box.rotation();
+    piece.spaceAfter = box.has_space_after();
+    for (std::size_t i = 0; i < piece.text.size(); ++i) piece.boxes.push_back(BoxOf(box.char_bbox(i)));
+    if (!withFonts) return piece;
+    piece.fontName = WithoutSubsetMark(box.get_font_name());
+    piece.fontSize = box.get_font_size();
+    return piece;
 }
 
 class CPopplerTextEngine final : public CTextEngine {
@@ -55,16 +86,28 @@ public:
 
     std::string PageText(int page0) override
     {
-        const bool exists = page0 >= 0 && page0 < PageCount();
-        const std::unique_ptr<poppler::page> page(exists ? m_document->create_page(page0) : nullptr);
-        if (!page) {
-            throw CPdfError(PdfProblem::BadPage, m_name, "page " + std::to_string(page0 + 1) + " cannot be read");
-        }
         const poppler::rectf area(-kBeyondAnyPage, -kBeyondAnyPage, 2 * kBeyondAnyPage, 2 * kBeyondAnyPage);
-        return WithPlainLineEnds(page->text(area, poppler::page::non_raw_non_physical_layout).to_utf8());
+        return WithPlainLineEnds(Page(page0)->text(area, poppler::page::non_raw_non_physical_layout).to_utf8());
+    }
+
+    std::vector<TextPiece> Pieces(int page0, bool withFonts) override
+    {
+        std::vector<TextPiece> pieces;
+        for (const auto& box : Page(page0)->text_list(withFonts ? poppler::page::text_list_include_font : 0))
+            pieces.push_back(PieceOf(box, withFonts));
+        return pieces;
     }
 
 private:
+    std::unique_ptr<poppler::page> Page(int page0) const
+    {
+        const bool exists = page0 >= 0 && page0 < PageCount();
+        std::unique_ptr<poppler::page> page(exists ? m_document->create_page(page0) : nullptr);
+        if (!page)
+            throw CPdfError(PdfProblem::BadPage, m_name, "page " + std::to_string(page0 + 1) + " cannot be read");
+        return page;
+    }
+
     void Adopt(poppler::document* document)
     {
         m_document.reset(document);
@@ -80,5 +123,14 @@ private:
 }  // namespace
 
 std::unique_ptr<CTextEngine> NewTextEngine() { return std::make_unique<CPopplerTextEngine>(); }
+
+void LoadPresentState(CTextEngine& engine, CPdfDocument& document)
+{
+    if (document.FileShowsPresentState()) {
+        engine.LoadFile(document.Path(), document.PasswordBytes());
+    } else {
+        engine.LoadMemory(document.WriteToMemory(), document.Description());
+    }
+}
 
 }  // namespace openhost

@@ -3,6 +3,7 @@
 
 #include "TestPdfs.h"
 #include "openhost/pdf/Conversions.h"
+#include "openhost/pdf/TextEngine.h"
 #include "support/TemporaryFolder.h"
 
 using namespace openhost;

@@ -1,0 +1,345 @@
+// Word finders: the words of a document's pages as plug-ins read them.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <set>
+
+#include "base/Unicode.h"
+#include "openhost/documents/Documents.h"
+#include "openhost/documents/Slots.h"
+#include "openhost/pdf/PageWords.h"
+#include "openhost/values/Text.h"
+
+namespace openhost {
+
+namespace {
+
+constexpr ASInt16 kNewestVersion = 4;
+constexpr ASInt32 kNoPage = -1;
+constexpr double kFixedOne = 65536;
+constexpr std::size_t kLongestCountedWord = std::numeric_limits<ASUns8>::max();
+constexpr ASUns32 kFirstGroup = 0, kSecondGroup = 1;
+
+struct HeldFont {
+    std::string name;
+};
+
+struct HeldStyle {
+    HeldFont* font = nullptr;
+    double size = 0;
+};
+
+struct HeldWord {
+    PageWord word;
+    HeldStyle* style = nullptr;
+};
+
+/// Shows the document as it was when the finder was made. Words live until the next page is asked for.
+class CWordFinder {
+public:
+    CWordFinder(PDDoc document, WordOptions options, bool unicode)
+        : m_document(document), m_options(options), m_unicode(unicode)
+    {
+        CHostDocument& held = DocumentAt(document);
+        Translated([&] {
+            if (!held.pdf.Allows(PdfRight::Copy))
+                throw CPdfError(PdfProblem::NotPermitted, held.pdf.Description(), "taking text out is not permitted");
+            m_pageCount = held.pdf.PageCount();
+            m_engine = NewTextEngine();
+            LoadPresentState(*m_engine, held.pdf);
+            const CPageBoxes boxes(held.pdf);
+            for (int page0 = 0; page0 < m_pageCount; ++page0)
+                m_views.push_back({boxes.Box(page0, BoxKind::Crop), boxes.Rotation(page0)});
+        });
+        ++held.acquireCount;
+    }
+    CWordFinder(const CWordFinder&) = delete;
+    CWordFinder& operator=(const CWordFinder&) = delete;
+    ~CWordFinder()
+    {
+        if (Part<CDocuments>().Known(m_document)) --DocumentAt(m_document).acquireCount;
+    }
+
+    int PageCount() const { return m_pageCount; }
+    bool IsUnicode() const { return m_unicode; }
+    ASInt32 ListedPage() const { return m_listedPage; }
+
+    /// Makes the list of a page; every word of the former one is gone.
+    std::vector<PDWord>& List(int page0);
+    void Unlist();
+    PDWord Word(ASInt32 index) const
+    {
+        const bool exists = index >= 0 && static_cast<std::size_t>(index) < m_order.size();
+        return exists ? m_order[static_cast<std::size_t>(index)] : nullptr;
+    }
+
+private:
+    HeldStyle* StyleOf(const PageWord& word);
+
+    PDDoc m_document;
+    WordOptions m_options;
+    bool m_unicode;
+    int m_pageCount = 0;
+    std::unique_ptr<CTextEngine> m_engine;
+    std::vector<PageView> m_views;
+    std::vector<PDWord> m_order;
+    ASInt32 m_listedPage = kNoPage;
+    std::map<std::string, PDFont> m_fonts;
+    std::map<std::pair<PDFont, double>, PDStyle> m_styles;
+};
+
+struct CWordObjects {
+    CHandles<HeldFont, PDFont> fonts{"font"};
+    CHandles<HeldStyle, PDStyle> styles{"style"};
+    CHandles<HeldWord, PDWord> words{"word"};
+    CHandles<CWordFinder, PDWordFinder> finders{"word finder"};
+};
+
+CWordFinder& FinderAt(PDWordFinder finder) { return Part<CWordObjects>().finders.At(finder); }
+HeldWord& HeldWordAt(PDWord word) { return Part<CWordObjects>().words.At(word); }
+const PageWord& WordAt(PDWord word) { return HeldWordAt(word).word; }
+
+/// Fonts and styles are few and stay until the host ends.
+HeldStyle* CWordFinder::StyleOf(const PageWord& word)
+{
+    CWordObjects& objects = Part<CWordObjects>();
+    PDFont& font = m_fonts[word.fontName];
+    if (!font) font = objects.fonts.Add(std::make_unique<HeldFont>(HeldFont{word.fontName}));
+    PDStyle& style = m_styles[{font, word.fontSize}];
+    if (!style)
+        style = objects.styles.Add(std::make_unique<HeldStyle>(HeldStyle{&objects.fonts.At(font), word.fontSize}));
+    return &objects.styles.At(style);
+}
+
+void CWordFinder::Unlist()
+{
+    for (const PDWord word : m_order) (void)Part<CWordObjects>().words.Take(word);
+    m_order.clear();
+    m_listedPage = kNoPage;
+}
+
+std::vector<PDWord>& CWordFinder::List(int page0)
+{
+    if (page0 < 0 || page0 >= m_pageCount) Raise(genErrBadParm, "there is no page " + std::to_string(page0 + 1));
+    Unlist();
+    const auto pieces = Translated([&] { return m_engine->Pieces(page0, m_options.fonts); });
+    for (PageWord& word : WordsOf(pieces, m_views[static_cast<std::size_t>(page0)], m_options)) {
+        auto held = std::make_unique<HeldWord>();
+        held->style = m_options.fonts ? StyleOf(word) : nullptr;
+        held->word = std::move(word);
+        m_order.push_back(Part<CWordObjects>().words.Add(std::move(held)));
+    }
+    m_listedPage = page0;
+    return m_order;
+}
+
+PDWordFinder NewFinder(PDDoc document, WordOptions options, bool unicode)
+{
+    return Part<CWordObjects>().finders.Add(std::make_unique<CWordFinder>(document, options, unicode));
+}
+
+PDWordFinder CreateFinder(PDDoc document, ASInt16, ASBool unicode, PDWordFinderConfig config)
+{
+    WordOptions options;
+    if (config) {
+        Require(config->recSize >= offsetof(PDWordFinderConfigRec, decomposeTbl), "an unusable record for words");
+        options = {.fonts = !config->noStyleInfo,
+                   .joinHyphenated = !config->noHyphenDetection,
+                   .dissolveLigatures = !config->noLigatureExp};
+    }
+    return NewFinder(document, options, unicode != 0);
+}
+
+PDWordFinder CreateUnicodeFinder(PDDoc document, ASInt16, ASUns16, void*) { return NewFinder(document, {}, true); }
+
+ASInt16 LatestVersion(PDWordFinder) { return kNewestVersion; }
+
+void DestroyFinder(PDWordFinder finder)
+{
+    FinderAt(finder).Unlist();
+    (void)Part<CWordObjects>().finders.Take(finder);
+}
+
+/// The order of the file is not known here, so that every table has the order in which the page is read.
+void AcquireList(PDWordFinder finder, ASInt32 page0, PDWord* first, PDWord** sorted, PDWord** reading, ASInt32* count)
+{
+    CWordFinder& held = FinderAt(finder);
+    Require(held.ListedPage() == kNoPage, "the word finder still has the list of another page");
+    auto& order = held.List(page0);
+    if (first) *first = order.empty() ? nullptr : order.front();
+    for (PDWord** table : {sorted, reading})
+        if (table) *table = order.data();
+    if (count) *count = static_cast<ASInt32>(order.size());
+}
+
+void ReleaseList(PDWordFinder finder, ASInt32 page0)
+{
+    CWordFinder& held = FinderAt(finder);
+    Require(held.ListedPage() == page0, "the word finder has no list of that page");
+    held.Unlist();
+}
+
+ASBool EnumWords(PDWordFinder finder, ASInt32 page0, PDWordProc procedure, void* clientData)
+{
+    Require(procedure != nullptr, "no procedure to call");
+    const bool all = page0 == PDAllPages;
+    const int last = all ? FinderAt(finder).PageCount() - 1 : page0;
+    for (int page = all ? 0 : page0; page <= last; ++page) {
+        const auto order = FinderAt(finder).List(page);
+        for (const PDWord word : order)
+            if (!CallPlugIn(procedure, finder, word, page, clientData)) return FinderAt(finder).Unlist(), ASBool{0};
+        FinderAt(finder).Unlist();
+    }
+    return 1;
+}
+
+PDWord NthWord(PDWordFinder finder, ASInt32 index) { return FinderAt(finder).Word(index); }
+
+/// As a Unicode finder gives it: UTF-16 with the higher byte first, and the space behind the word.
+std::string BytesOf(const PageWord& word)
+{
+    return BytesOfUtf16(word.text + (word.spaceAfter || word.endsLine ? u" " : u""), true);
+}
+
+ASUns8 WordLength(PDWord word)
+{
+    return static_cast<ASUns8>(std::min(BytesOf(WordAt(word)).size(), kLongestCountedWord));
+}
+
+void WordString(PDWord word, char* buffer, ASInt32 size)
+{
+    Require(buffer != nullptr && size >= 0, "no room for a word");
+    const std::string bytes = BytesOf(WordAt(word));
+    const std::size_t room = static_cast<std::size_t>(size), length = std::min(bytes.size(), room);
+    std::memcpy(buffer, bytes.data(), length);
+    std::memset(buffer + length, 0, std::min<std::size_t>(room - length, 2));
+}
+
+void WordText(PDWord word, ASUns32, ASText text) { TextAt(text).Set(WordAt(word).text); }
+
+ASUns16 Attributes(PDWord handle)
+{
+    const PageWord& word = WordAt(handle);
+    unsigned bits = 0;
+    const auto set = [&](bool on, unsigned bit) { bits |= on ? bit : 0; };
+    for (std::size_t at = 0; at < word.text.size();) {
+        const char32_t c = NextUtf16(word.text, at);
+        const bool digit = DirectionOf(c) == Direction::Number;
+        set(IsLetter(c), WXE_HAS_LETTER);
+        set(IsLetter(c) && LowerCased(c) != c, WXE_HAS_UPPERCASE);
+        set(digit, WXE_HAS_DIGIT);
+        set(!IsLetter(c) && !digit, WXE_HAS_NONALPHANUM | WXE_HAS_PUNCTUATION);
+        set(c == '-', WXE_HAS_HYPHEN);
+        set(c == kReplacementCharacter, WXE_HAS_UNMAPPED_CHAR);
+    }
+    set(word.wasHyphenated, WXE_HAS_SOFT_HYPHEN);
+    set(word.hasLigature, WXE_HAS_LIGATURE);
+    set(word.isRotated, WXE_ROTATED);
+    set(word.spaceAfter, WXE_ADJACENT_TO_SPACE);
+    set(word.endsLine, WXE_LAST_WORD_ON_LINE);
+    return static_cast<ASUns16>(bits);
+}
+
+ASUns16 AttributesOfGroup(PDWord word, ASUns32 group)
+{
+    if (group == kFirstGroup) return Attributes(word);
+    if (group != kSecondGroup) return 0;
+    return static_cast<ASUns16>(WXE_WORD_IS_UNICODE | (WordAt(word).isRightToLeft ? WXE_REVERSE_DIRECTION : 0));
+}
+
+ASBool IsRotated(PDWord word) { return WordAt(word).isRotated; }
+
+ASFixed Fixed(double units)
+{
+    constexpr double kMost = std::numeric_limits<ASFixed>::max();
+    return static_cast<ASFixed>(std::clamp(std::round(units * kFixedOne), -kMost, kMost));
+}
+
+ASFixedQuad QuadOf(const PageBox& box)
+{
+    const ASFixed left = Fixed(box.left), right = Fixed(box.right), top = Fixed(box.top), bottom = Fixed(box.bottom);
+    return {.tl = {left, top}, .tr = {right, top}, .bl = {left, bottom}, .br = {right, bottom}};
+}
+
+ASInt16 QuadCount(PDWord word) { return static_cast<ASInt16>(WordAt(word).boxes.size()); }
+
+ASBool NthQuad(PDWord handle, ASInt16 index, ASFixedQuad* quad)
+{
+    const auto& boxes = WordAt(handle).boxes;
+    if (!quad || index < 0 || static_cast<std::size_t>(index) >= boxes.size()) return 0;
+    *quad = QuadOf(boxes[static_cast<std::size_t>(index)]);
+    return 1;
+}
+
+ASBool CharacterQuad(PDWord handle, ASUns32 byte, ASFixedQuad* quad)
+{
+    const auto& boxes = WordAt(handle).unitBoxes;
+    const std::size_t unit = byte / sizeof(char16_t);
+    if (!quad || unit >= boxes.size()) return 0;
+    *quad = QuadOf(boxes[unit]);
+    return 1;
+}
+
+/// A word has the style of its first letter here.
+ASInt16 StyleTransitions(PDWord word, ASInt16* offsets, ASInt16 size)
+{
+    (void)WordAt(word);
+    if (offsets && size > 0) *offsets = 0;
+    return 1;
+}
+
+PDStyle NthStyle(PDWordFinder, PDWord word, ASInt32 index)
+{
+    const HeldStyle* const style = HeldWordAt(word).style;
+    return index == 0 && style ? CHandles<HeldStyle, PDStyle>::HandleOf(*style) : nullptr;
+}
+
+PDFont StyleFont(PDStyle style)
+{
+    return CHandles<HeldFont, PDFont>::HandleOf(*Part<CWordObjects>().styles.At(style).font);
+}
+
+ASFixed StyleSize(PDStyle style) { return Fixed(Part<CWordObjects>().styles.At(style).size); }
+
+ASInt32 FontName(PDFont font, char* buffer, ASInt32 size)
+{
+    const std::string& name = Part<CWordObjects>().fonts.At(font).name;
+    if (buffer && size > 0) {
+        const std::size_t length = std::min(name.size(), static_cast<std::size_t>(size) - 1);
+        std::memcpy(buffer, name.data(), length);
+        buffer[length] = 0;
+    }
+    return static_cast<ASInt32>(name.size());
+}
+
+}  // namespace
+
+void OfferWordSlots(CTables& tables)
+{
+    OFFER(tables, PDModel, PDDocCreateWordFinderEx, CreateFinder);
+    OFFER(tables, PDModel, PDDocCreateWordFinderUCS, CreateUnicodeFinder);
+    OFFER(tables, PDModel, PDWordFinderGetLatestAlgVersion, LatestVersion);
+    OFFER(tables, PDModel, PDWordFinderDestroy, DestroyFinder);
+    OFFER(tables, PDModel, PDWordFinderAcquireWordList, AcquireList);
+    OFFER(tables, PDModel, PDWordFinderReleaseWordList, ReleaseList);
+    OFFER(tables, PDModel, PDWordFinderEnumWords, EnumWords);
+    OFFER(tables, PDModel, PDWordFinderGetNthWord, NthWord);
+    OFFER(tables, PDModel, PDWordGetLength, WordLength);
+    OFFER(tables, PDModel, PDWordGetString, WordString);
+    OFFER(tables, PDModel, PDWordGetASText, WordText);
+    OFFER(tables, PDModel, PDWordGetAttr, Attributes);
+    OFFER(tables, PDModel, PDWordGetAttrEx, AttributesOfGroup);
+    OFFER(tables, PDModel, PDWordIsRotated, IsRotated);
+    OFFER(tables, PDModel, PDWordGetNumQuads, QuadCount);
+    OFFER(tables, PDModel, PDWordGetNthQuad, NthQuad);
+    OFFER(tables, PDModel, PDWordGetCharQuad, CharacterQuad);
+    OFFER(tables, PDModel, PDWordGetStyleTransition, StyleTransitions);
+    OFFER(tables, PDModel, PDWordGetNthCharStyle, NthStyle);
+    OFFER(tables, PDModel, PDStyleGetFont, StyleFont);
+    OFFER(tables, PDModel, PDStyleGetFontSize, StyleSize);
+    OFFER(tables, PDModel, PDFontGetName, FontName);
+}
+
+}  // namespace openhost

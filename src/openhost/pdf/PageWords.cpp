@@ -1,0 +1,221 @@
+#include "openhost/pdf/PageWords.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "base/Unicode.h"
+
+namespace openhost {
+namespace {
+
+constexpr char32_t kSoftHyphen = 0xAD, kHyphen = 0x2010;
+constexpr double kTouching = 0.25;     // of the height of the letters: a gap that is no space
+constexpr double kSameLine = 0.5;      // of the lower of two pieces stands beside the other one
+
+/// A character as it stands on a line.
+struct Glyph {
+    char32_t character = ' ';
+    ShownBox box;
+    const TextPiece* piece = nullptr;  // null for the space between two pieces
+};
+
+using Line = std::vector<Glyph>;
+
+/// The box turned back so that its letters stand upright, for comparing pieces of one line.
+ShownBox Upright(const ShownBox& box, int rotation)
+{
+    switch (rotation % 4) {
+        case 1:
+            return {box.top, -box.right, box.bottom, -box.left};
+        case 2:
+            return {-box.right, -box.bottom, -box.left, -box.top};
+        case 3:
+            return {-box.bottom, box.left, -box.top, box.right};
+        default:
+            return box;
+    }
+}
+
+/// Whether a piece goes on where the one before it ends.
+bool ContinuesLine(const TextPiece& former, const TextPiece& next)
+{
+    if (former.rotation != next.rotation) return false;
+    if (former.spaceAfter) return true;
+    const ShownBox one = Upright(former.box, former.rotation), other = Upright(next.box, next.rotation);
+    const double lower = std::min(one.Height(), other.Height());
+    const double beside = std::min(one.bottom, other.bottom) - std::max(one.top, other.top);
+    return beside > kSameLine * lower && std::abs(other.left - one.right) <= kTouching * lower;
+}
+
+std::vector<Line> LinesOf(const std::vector<TextPiece>& pieces)
+{
+    std::vector<Line> lines;
+    const TextPiece* former = nullptr;
+    for (const TextPiece& piece : pieces) {
+        if (!former || !ContinuesLine(*former, piece)) lines.emplace_back();
+        for (std::size_t i = 0; i < piece.text.size(); ++i)
+            lines.back().push_back({piece.text[i], piece.boxes[i], &piece});
+        if (piece.spaceAfter) lines.back().push_back({U' ', {}, nullptr});
+        former = &piece;
+    }
+    return lines;
+}
+
+/// Turns each run of characters of one direction around, together with what is neutral inside it. A number runs from
+/// left to right in either script.
+void TurnRuns(Line& line, Direction direction)
+{
+    const auto belongs = [&](const Glyph& glyph) {
+        const Direction own = DirectionOf(glyph.character);
+        return own == direction || (direction == Direction::LeftToRight && own == Direction::Number);
+    };
+    for (auto begin = line.begin(); begin != line.end();) {
+        begin = std::find_if(begin, line.end(), belongs);
+        auto end = begin;
+        for (auto at = begin; at != line.end(); ++at) {
+            if (belongs(*at))
+                end = at + 1;
+            else if (DirectionOf(at->character) != Direction::Neutral)
+                break;
+        }
+        std::reverse(begin, end);
+        begin = end;
+    }
+}
+
+/// From the order in which characters stand, left to right, to the one in which they are read. Answers whether the
+/// line as a whole runs from right to left.
+bool PutIntoReadingOrder(Line& line)
+{
+    const auto count = [&](Direction direction) {
+        return std::count_if(line.begin(), line.end(),
+                             [&](const Glyph& glyph) { return DirectionOf(glyph.character) == direction; });
+    };
+    const auto fromRight = count(Direction::RightToLeft);
+    if (fromRight == 0) return false;
+    if (fromRight < count(Direction::LeftToRight)) {
+        TurnRuns(line, Direction::RightToLeft);
+        return false;
+    }
+    std::reverse(line.begin(), line.end());
+    TurnRuns(line, Direction::LeftToRight);
+    return true;
+}
+
+PageBox InUserSpace(const ShownBox& box, const PageView& view)
+{
+    const PageBox& crop = view.crop;
+    switch (view.rotation) {
+        case 90:
+            return {crop.left + box.top, crop.bottom + box.left, crop.left + box.bottom, crop.bottom + box.right};
+        case 180:
+            return {crop.right - box.right, crop.bottom + box.top, crop.right - box.left, crop.bottom + box.bottom};
+        case 270:
+            return {crop.right - box.bottom, crop.top - box.right, crop.right - box.top, crop.top - box.left};
+        default:
+            return {crop.left + box.left, crop.top - box.bottom, crop.left + box.right, crop.top - box.top};
+    }
+}
+
+PageBox Around(const PageBox& one, const PageBox& other)
+{
+    return {std::min(one.left, other.left), std::min(one.bottom, other.bottom), std::max(one.right, other.right),
+            std::max(one.top, other.top)};
+}
+
+bool IsHyphen(char32_t character) { return character == '-' || character == kSoftHyphen || character == kHyphen; }
+
+/// Collects the words of a page, line by line.
+class CWordCollector {
+public:
+    CWordCollector(const PageView& view, const WordOptions& options) : m_view(view), m_options(options) {}
+
+    void AddLine(Line line)
+    {
+        const bool fromRight = PutIntoReadingOrder(line);
+        const bool goesOn = ContinuesWord(line);
+        bool first = true;
+        for (auto at = line.begin(); at != line.end();) {
+            if (IsSpace(at->character)) {
+                ++at;
+                continue;
+            }
+            const auto end = std::find_if(at, line.end(), [](const Glyph& glyph) { return IsSpace(glyph.character); });
+            if (!first || !goesOn) m_words.emplace_back();
+            AddToLast(at, end, fromRight);
+            m_words.back().spaceAfter = end != line.end();
+            first = false;
+            at = end;
+        }
+        if (!first) {
+            m_words.back().endsLine = true;
+            m_words.back().spaceAfter = false;
+        }
+    }
+
+    std::vector<PageWord> Take() { return std::move(m_words); }
+
+private:
+    static bool IsSpace(char32_t character) { return IsWhiteSpace(character) || character == 0; }
+
+    /// Whether the last word was divided here; takes its hyphen away then.
+    bool ContinuesWord(const Line& line)
+    {
+        const auto first = std::find_if(line.begin(), line.end(), [](const Glyph& g) { return !IsSpace(g.character); });
+        if (!m_options.joinHyphenated || m_words.empty() || first == line.end()) return false;
+        PageWord& last = m_words.back();
+        if (last.text.size() < 2 || !IsHyphen(last.text.back()) || !IsLetter(last.text[last.text.size() - 2]))
+            return false;
+        const bool goesOnSmall = IsLetter(first->character) && UpperCased(first->character) != first->character;
+        if (last.text.back() != kSoftHyphen && !goesOnSmall) return false;
+        last.text.pop_back();
+        last.unitBoxes.pop_back();
+        last.wasHyphenated = true;
+        last.endsLine = false;
+        return true;
+    }
+
+    void AddToLast(Line::iterator begin, Line::iterator end, bool fromRight)
+    {
+        PageWord& word = m_words.back();
+        std::optional<PageBox> around;
+        for (auto at = begin; at != end; ++at) {
+            const PageBox box = InUserSpace(at->box, m_view);
+            around = around ? Around(*around, box) : box;
+            AddCharacter(word, at->character, box);
+        }
+        word.boxes.push_back(*around);
+        word.isRightToLeft = fromRight;
+        const auto inPiece = std::find_if(begin, end, [](const Glyph& glyph) { return glyph.piece != nullptr; });
+        if (inPiece == end || !word.fontName.empty()) return;
+        word.isRotated = inPiece->piece->rotation != 0;
+        word.fontName = inPiece->piece->fontName;
+        word.fontSize = inPiece->piece->fontSize;
+    }
+
+    void AddCharacter(PageWord& word, char32_t character, const PageBox& box) const
+    {
+        const std::u32string letters =
+            m_options.dissolveLigatures ? WithoutPresentationForm(character) : std::u32string(1, character);
+        word.hasLigature |= letters.size() > 1;
+        const std::u16string units = Utf32ToUtf16(letters);
+        word.text += units;
+        word.unitBoxes.insert(word.unitBoxes.end(), units.size(), box);
+    }
+
+    PageView m_view;
+    WordOptions m_options;
+    std::vector<PageWord> m_words;
+};
+
+}  // namespace
+
+std::vector<PageWord> WordsOf(const std::vector<TextPiece>& pieces, const PageView& view, const WordOptions& options)
+{
+    CWordCollector collector(view, options);
+    for (Line& line : LinesOf(pieces)) collector.AddLine(std::move(line));
+    return collector.Take();
+}
+
+}  // namespace openhost

@@ -1,6 +1,8 @@
 #include "batchrun/WorkKinds.h"
 
+#include "engine/SearchWork.h"
 #include "engine/SequenceWork.h"
+#include "protocol/Json.h"
 
 namespace {
 
@@ -9,7 +11,14 @@ Expected<std::unique_ptr<CWork>> MakeSequenceWork(const WorkDescription& descrip
     return std::unique_ptr<CWork>(std::make_unique<CSequenceWork>(WorkFilePath(description, kSequenceWork)));
 }
 
-constexpr WorkKind kKinds[] = {{kSequenceWork, MakeSequenceWork}};
+Expected<std::unique_ptr<CWork>> MakeSearchWork(const WorkDescription& description)
+{
+    const auto order = SearchOrderFrom(ParseObject(description.settings).value_or(Json::object()));
+    if (!order) return Failure(order.Error());
+    return std::unique_ptr<CWork>(std::make_unique<CSearchWork>(*order));
+}
+
+constexpr WorkKind kKinds[] = {{kSequenceWork, MakeSequenceWork}, {kSearchWork, MakeSearchWork}};
 
 }  // namespace
 

@@ -11,6 +11,7 @@
 #include "cli/Help.h"
 #include "cli/LogCommand.h"
 #include "cli/RunCommands.h"
+#include "cli/SearchCommand.h"
 #include "cli/SequenceCommands.h"
 #include "cli/UndoCommand.h"
 
@@ -46,6 +47,8 @@ CommandFunction FunctionOf(const std::string& name)
         {"plan", PlanCommand},
         {"merge", MergeCommand},
         {"undo", UndoCommand},
+        {"search", SearchCommand},
+        {"text", TextCommand},
         {"sequence show", SequenceShowCommand},
         {"sequence check", SequenceCheckCommand},
         {"sequence new", SequenceNewCommand},

@@ -1,4 +1,5 @@
-// The rows of the command table, one function for each command; those of run, plan and merge are in RunRows.
+// The rows of the command table, one function for each command; those of run, plan and merge are in RunRows, those of
+// search and text in SearchRows.
 #pragma once
 
 #include "cli/CommandTable.h"
@@ -9,6 +10,8 @@ CommandRow RunRow();
 CommandRow PlanRow();
 CommandRow MergeRow();
 CommandRow UndoRow();
+CommandRow SearchRow();
+CommandRow TextRow();
 CommandRow SequenceShowRow();
 CommandRow SequenceCheckRow();
 CommandRow SequenceNewRow();
@@ -22,5 +25,8 @@ void AddSection(CommandRow& command, const std::string& heading, std::vector<Opt
 /// The hidden options that say which programs do the work.
 std::vector<OptionRow> ProgramOptions();
 OptionRow JsonOption(const std::string& what);
+OptionRow PasswordOption();
+/// The number of workers, and what each of them may use.
+std::vector<OptionRow> WorkerOptions();
 
 }  // namespace cli

@@ -9,7 +9,7 @@ namespace cli {
 const std::vector<CommandRow>& Commands()
 {
     static const std::vector<CommandRow> rows = {
-        RunRow(),           PlanRow(),        MergeRow(),           UndoRow(), SequenceShowRow(),
+        RunRow(),           PlanRow(),        MergeRow(),           UndoRow(), SearchRow(), TextRow(), SequenceShowRow(),
         SequenceCheckRow(), SequenceNewRow(), SequenceConvertRow(), LogRow(),  GenerateRow(),
     };
     return rows;

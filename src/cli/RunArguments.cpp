@@ -38,7 +38,8 @@ std::string KeptAsItIs(const std::string& path)
     FailStart(path + ": a name that ends with a blank or a double quote cannot be passed on; please rename the file");
 }
 
-/// Looked for here already, so that nothing is started for a path that was mistyped.
+}  // namespace
+
 std::string ExistingPath(const std::string& typed)
 {
     const std::string path = platform::AbsolutePath(typed);
@@ -46,6 +47,8 @@ std::string ExistingPath(const std::string& typed)
         FailStart(path + ": there is no such file or folder");
     return KeptAsItIs(path);
 }
+
+namespace {
 
 void RequireReadable(const std::string& path)
 {
@@ -150,9 +153,10 @@ EngineOptions ReadEngine(const CArguments& arguments)
     if (engine.plugIns.empty())
         FailStart(plugInFolder +
                   ": there is no plug-in; keep ferrule, ferrule-host and the folder plug_ins together");
-    if (!FindOption(arguments.Command(), "--jobs")) return engine;
-    engine.passwordFile = OptionalPath(arguments, "--password-file");
+    if (FindOption(arguments.Command(), "--password-file"))
+        engine.passwordFile = OptionalPath(arguments, "--password-file");
     if (!engine.passwordFile.empty()) RequireReadable(engine.passwordFile);
+    if (!FindOption(arguments.Command(), "--jobs")) return engine;
     engine.jobs = arguments.Has("--jobs") ? static_cast<int>(arguments.Number("--jobs"))
                                           : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
     const auto seconds = static_cast<int>(arguments.Number("--timeout"));

@@ -15,6 +15,9 @@ std::string OptionalPath(const CArguments& arguments, const char* option);
 /// The same for what has to be a file.
 std::string FilePath(const CArguments& arguments, const char* option);
 
+/// An absolute path, looked for already, so that nothing is started for one that was mistyped.
+std::string ExistingPath(const std::string& typed);
+
 /// The host program, the plug-ins and, where the command has such options, the limits of the workers.
 EngineOptions ReadEngine(const CArguments& arguments);
 

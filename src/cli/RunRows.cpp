@@ -55,6 +55,8 @@ std::vector<OptionRow> PlaceOptions()
     };
 }
 
+}  // namespace
+
 OptionRow PasswordOption()
 {
     return {.name = "--password-file",
@@ -86,6 +88,8 @@ std::vector<OptionRow> WorkerOptions()
          .fallback = "2G"},
     };
 }
+
+namespace {
 
 std::vector<OptionRow> SafetyOptions()
 {

@@ -41,6 +41,8 @@ struct ProcessedFile {
     /// What the input has lost to damage, a sentence: then it must stay. Empty when nothing, or when that is
     /// accepted.
     std::string loss = {};
+    /// What the work has found in the document: a JSON array; empty when it does not look for anything.
+    std::string findings = {};
 };
 
 // What a run does to its files. The run driver asks it for everything that one kind of work does otherwise than

@@ -9,13 +9,14 @@
 #include "HostTypes.h"
 
 #define HOST_TABLE_JOBS "FerruleJobs"
-/* The first version had the slots 1 to 3 only, the second those to 10, the third those to 11. */
+/* The first version had the slots 1 to 3 only, the second those to 10, the third those to 11, the fourth those to 12. */
 enum {
     kTableJobsFirstVersion = 0x00010000,
     kTableJobsSecondVersion = 0x00010001,
     kTableJobsThirdVersion = 0x00010002,
-    kTableJobsVersion = 0x00010003,
-    kTableJobsSelectors = 12
+    kTableJobsFourthVersion = 0x00010003,
+    kTableJobsVersion = 0x00010004,
+    kTableJobsSelectors = 13
 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
@@ -137,5 +138,9 @@ enum { kSlotJobsDocumentLoss = 11 };
  * document  open, as the host gave it */
 typedef void(HOSTCALL *JobsNextSaveIsNewSlotProc)(PDDoc document);
 enum { kSlotJobsNextSaveIsNew = 12 };
+
+/* What the work has found in the present input: one JSON array, UTF-8. It becomes part of what is told about the file. */
+typedef void(HOSTCALL *JobsFileFoundSlotProc)(const char *json);
+enum { kSlotJobsFileFound = 13 };
 
 #endif

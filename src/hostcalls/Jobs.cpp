@@ -12,6 +12,8 @@ bool HasLossSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTabl
 
 bool HasNewSaveSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsThirdVersion; }
 
+bool HasFoundSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsFourthVersion; }
+
 template <class Call>
 void Tell(bool possible, Call call) noexcept
 {
@@ -101,4 +103,9 @@ void JobReport(const std::string& json) noexcept
 void JobLogMark(int mark) noexcept
 {
     Tell(HasJobSlots(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsLogMark), mark); });
+}
+
+void JobFileFound(const std::string& json) noexcept
+{
+    Tell(HasFoundSlot(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsFileFound), json.c_str()); });
 }

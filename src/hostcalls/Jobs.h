@@ -40,6 +40,9 @@ struct HostJobInput {
 /// the moment before it writes.
 void JobNextSaveIsNew(PDDoc document) noexcept;
 
+/// What was found in the present input: a JSON array, UTF-8.
+void JobFileFound(const std::string& json) noexcept;
+
 /// From now on the present input's acts are its final action.
 void JobFinalActionBegins() noexcept;
 /// One JSON object, UTF-8.

@@ -15,6 +15,7 @@
 #include "jobs/JobHost.h"
 #include "jobs/PlanJob.h"
 #include "jobs/SequenceJobs.h"
+#include "jobs/TextJob.h"
 #include "platform/AtomicFile.h"
 #include "protocol/Json.h"
 
@@ -97,6 +98,15 @@ JobEnding DoSequenceJob(const SequenceKind& kind, const Json& job, const JobServ
     return {};
 }
 
+JobEnding DoTextJob(const Json& job, const JobServices& services)
+{
+    std::string problem;
+    if (const auto error = CatchHostError([&] { problem = ReportPageText(job, services.log, services.report); }))
+        problem = BytesAt(job, "path") + ": " + error->text;
+    if (problem.empty()) return {};
+    return {RunEnd::NotStarted, problem};
+}
+
 /// Tells its end itself, as a run does.
 void DoRunOrder(const Json& job, const JobServices& services)
 {
@@ -115,6 +125,7 @@ void Dispatch(const std::string& jobText, const JobServices& services)
     const std::string kind = TextAt(*job, "kind");
     for (const SequenceKind& known : kSequenceKinds)
         if (kind == known.name) return EndOther(DoSequenceJob(known, *job, services), services);
+    if (kind == "page-text") return EndOther(DoTextJob(*job, services), services);
     EndOther({RunEnd::NotStarted, "There are no jobs of the kind \"" + kind + "\"."}, services);
 }
 

@@ -65,6 +65,7 @@ void CJobReporter::FinalActionBegins() { JobFinalActionBegins(); }
 
 void CJobReporter::FileDone(const ProcessedFile& file)
 {
+    if (!file.findings.empty()) JobFileFound(file.findings);
     JobFileDone(file.path, static_cast<int>(file.outcome), file.message);
 }
 

@@ -100,6 +100,7 @@ Json FileRecordJson(const FileRecord& record)
                                  {"state", FinalStateWord(action->state)}};
     if (record.signaturesBroken) object["signatures"] = kBroken;
     if (!record.acts.empty()) object["acts"] = ActsJson(record.acts);
+    if (const Json found = Json::parse(record.findings, nullptr, false); found.is_array()) object["findings"] = found;
     return object;
 }
 
@@ -117,5 +118,6 @@ std::optional<FileRecord> FileRecordFrom(const Json& object)
                       .outputs = OutputsFrom(object),
                       .finalAction = FinalActionFrom(ObjectAt(object, "finalAction")),
                       .signaturesBroken = TextAt(object, "signatures") == kBroken,
-                      .acts = ActsFrom(object)};
+                      .acts = ActsFrom(object),
+                      .findings = object.contains("findings") ? LineOf(object["findings"]) : std::string()};
 }

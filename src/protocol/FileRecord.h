@@ -47,6 +47,8 @@ struct FileRecord {
     bool signaturesBroken = false;  ///< a signed document was written as a whole
     /// Everything that was allowed to happen for the file, in its order: what is needed to take it back.
     std::vector<IntendedAct> acts = {};
+    /// What the work has found in it, a JSON array; empty when it does not look for anything.
+    std::string findings = {};
 };
 
 [[nodiscard]] Json PlannedFileJson(const PlannedFile& file);

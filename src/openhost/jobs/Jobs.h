@@ -156,6 +156,8 @@ public:
     /// Null when there is none left.
     const JobInputFile* NextInput();
 
+    std::string findings;  ///< what was found in the present input, until it is done
+
 private:
     void Install();
 

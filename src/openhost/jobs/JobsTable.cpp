@@ -1,6 +1,7 @@
 #include "hostapi/JobsTable.h"
 
 #include <cstddef>
+#include <utility>
 
 #include "openhost/core/Tables.h"
 #include "openhost/documents/Documents.h"
@@ -38,10 +39,13 @@ void FileDone(const char* path, ASInt32 number, const char* message)
 {
     auto& jobs = Part<CJobs>();
     const FileOutcome outcome = FromNumber(number, FileOutcome::Stopped, FileOutcome::Failed);
-    const FileRecord record = jobs.Ledger().FileDone(TextOf(path), outcome, TextOf(message));
+    FileRecord record = jobs.Ledger().FileDone(TextOf(path), outcome, TextOf(message));
     Part<CRunRecord>().FileDone(record.path, outcome, TextOf(message));
+    record.findings = std::exchange(jobs.findings, {});
     jobs.Source().FileDone(record);
 }
+
+void FileFound(const char* json) { Part<CJobs>().findings = TextOf(json); }
 
 void RunEnds(ASInt32 number, const char* message)
 {
@@ -152,6 +156,7 @@ void OfferJobsTable()
     Put<JobsLogMarkSlotProc>(table, kSlotJobsLogMark, &CQuietSlot<&LogMark>::Entry);
     Put<JobsFinalActionBeginsSlotProc>(table, kSlotJobsFinalActionBegins, &CQuietSlot<&FinalActionBegins>::Entry);
     Put<JobsDocumentLossSlotProc>(table, kSlotJobsDocumentLoss, &CQuietSlot<&DocumentLoss>::Entry);
+    Put<JobsFileFoundSlotProc>(table, kSlotJobsFileFound, &CQuietSlot<&FileFound>::Entry);
     Put<JobsNextSaveIsNewSlotProc>(table, kSlotJobsNextSaveIsNew, &CQuietSlot<&NextSaveIsNew>::Entry);
     auto server = std::make_unique<CTableServer>();
     server->name = HOST_TABLE_JOBS;

@@ -219,8 +219,8 @@ Direction DirectionOf(char32_t character)
 bool IsWhiteSpace(char32_t character)
 {
     const auto category = utf8proc_category(static_cast<utf8proc_int32_t>(character));
-    const bool separates = category == UTF8PROC_CATEGORY_ZS || category == UTF8PROC_CATEGORY_ZL ||
-                           category == UTF8PROC_CATEGORY_ZP;
+    const bool separates =
+        category == UTF8PROC_CATEGORY_ZS || category == UTF8PROC_CATEGORY_ZL || category == UTF8PROC_CATEGORY_ZP;
     return separates || (character >= 0x09 && character <= 0x0D) || character == 0x85;
 }
 
@@ -237,8 +237,9 @@ std::u32string WithoutPresentationForm(char32_t character)
     constexpr std::size_t kLongest = 18;  // letters in the longest of them
     utf8proc_int32_t letters[kLongest];
     int lastClass = 0;
-    const auto length = utf8proc_decompose_char(static_cast<utf8proc_int32_t>(character), letters, kLongest,
-                                                UTF8PROC_COMPAT, &lastClass);
+    constexpr auto kHow = static_cast<utf8proc_option_t>(UTF8PROC_DECOMPOSE | UTF8PROC_COMPAT);
+    const auto length =
+        utf8proc_decompose_char(static_cast<utf8proc_int32_t>(character), letters, kLongest, kHow, &lastClass);
     if (length <= 0 || static_cast<std::size_t>(length) > kLongest) return std::u32string(1, character);
     return {letters, letters + length};
 }

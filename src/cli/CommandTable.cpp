@@ -9,8 +9,9 @@ namespace cli {
 const std::vector<CommandRow>& Commands()
 {
     static const std::vector<CommandRow> rows = {
-        RunRow(),           PlanRow(),        MergeRow(),           UndoRow(), SearchRow(), TextRow(), SequenceShowRow(),
-        SequenceCheckRow(), SequenceNewRow(), SequenceConvertRow(), LogRow(),  GenerateRow(),
+        RunRow(),  PlanRow(),         MergeRow(),         UndoRow(),        SearchRow(),
+        TextRow(), SequenceShowRow(), SequenceCheckRow(), SequenceNewRow(), SequenceConvertRow(),
+        LogRow(),  GenerateRow(),
     };
     return rows;
 }

@@ -160,7 +160,8 @@ int SearchCommand(const CArguments& arguments, const Screen& screen)
 {
     const SearchWords words = TakeWords(arguments);
     RunOptions options;
-    options.request.work = {.kind = kSearchWork, .settings = LineOf(SearchOrderJson(OrderOf(arguments, words.patterns)))};
+    options.request.work = {.kind = kSearchWork,
+                            .settings = LineOf(SearchOrderJson(OrderOf(arguments, words.patterns)))};
     for (const std::string& path : words.paths) options.request.inputs.push_back(ExistingPath(path));
     options.request.noSubfolders = arguments.Has("--no-subfolders");
     options.request.extensions = "pdf";

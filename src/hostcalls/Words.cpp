@@ -52,8 +52,7 @@ std::vector<HostWord> CHostWordFinder::Words(int page0) const
     ASInt32 count = 0;
     HostCall(HOST_SLOT(PDModel, PDWordFinderAcquireWordList), m_finder, page0, &first, nullptr, &reading, &count);
     const hostcalls::CAtEnd release([&] {
-        hostcalls::Quietly(
-            [&] { HostCall(HOST_SLOT(PDModel, PDWordFinderReleaseWordList), m_finder, page0); });
+        hostcalls::Quietly([&] { HostCall(HOST_SLOT(PDModel, PDWordFinderReleaseWordList), m_finder, page0); });
     });
     std::vector<HostWord> words;
     words.reserve(static_cast<std::size_t>(std::max<ASInt32>(count, 0)));

@@ -69,9 +69,8 @@ CPageText CPageText::Inside(const PageRect& area) const
 {
     std::vector<HostWord> inside;
     for (const HostWord& word : m_words) {
-        const bool counts = !word.boxes.empty() &&
-                            area.Contains((word.boxes[0].left + word.boxes[0].right) / 2,
-                                          (word.boxes[0].bottom + word.boxes[0].top) / 2);
+        const bool counts = !word.boxes.empty() && area.Contains((word.boxes[0].left + word.boxes[0].right) / 2,
+                                                                 (word.boxes[0].bottom + word.boxes[0].top) / 2);
         if (counts) {
             inside.push_back(word);
         } else if (!inside.empty()) {

@@ -79,7 +79,8 @@ SearchFindings CTextSearch::Search(PDDoc document, const CPageReferences& pages,
     }
     if (wanted.empty()) return findings;
 
-    const bool fonts = std::any_of(m_rules.begin(), m_rules.end(), [](const auto& r) { return r.rule.fonts.IsSet(); });
+    const bool fonts =
+        std::any_of(m_rules.begin(), m_rules.end(), [](const auto& r) { return r.rule.fonts.IsSet(); });
     CDocumentText text(document, fonts ? CHostWordFinder::Fonts::Yes : CHostWordFinder::Fonts::No);
     for (const int page0 : wanted) {
         if (std::none_of(toDo.begin(), toDo.end(), [&](const auto& rule) { return rule.Wants(page0); })) continue;
@@ -108,7 +109,8 @@ SearchFindings CTextSearch::Search(PDDoc document, const CPageReferences& pages,
 
 void CTextSearch::SearchPage(const Compiled& rule, const CPageText& page, int page0, RuleFindings& findings) const
 {
-    const std::optional<CPageText> inside = rule.rule.area ? std::optional(page.Inside(*rule.rule.area)) : std::nullopt;
+    const std::optional<CPageText> inside =
+        rule.rule.area ? std::optional(page.Inside(*rule.rule.area)) : std::nullopt;
     const CPageText& searched = inside ? *inside : page;
     const CSearchedText& text = searched.Text(rule.rule.countLineEnds ? LineEnds::LineFeeds : LineEnds::Blanks);
     const bool first = rule.rule.stopOnMatch || rule.expression->IsNegated();

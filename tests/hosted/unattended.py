@@ -140,13 +140,19 @@ def save_items(kind="WorkflowPlaybackSave", **more):
 
 def minimal_pdf(text="Hello", pages=1):
     """A small valid document with a line of text on each page."""
+    content = "BT /F 18 Tf 20 100 Td (%s %d) Tj ET"
+    return pdf_of_pages([("/MediaBox[0 0 300 200]", content % (text, number + 1)) for number in range(pages)])
+
+
+def pdf_of_pages(pages):
+    """A document with these pages, each the entries of its dictionary and its content; its font is /F."""
     objects = [b"<</Type/Catalog/Pages 2 0 R>>",
-               b"<</Type/Pages/Count %d/Kids[%s]>>" % (pages, b" ".join(b"%d 0 R" % (4 + 2 * n) for n in range(pages))),
+               b"<</Type/Pages/Count %d/Kids[%s]>>" % (len(pages), b" ".join(b"%d 0 R" % (4 + 2 * n) for n in range(len(pages)))),
                b"<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>"]
-    for number in range(pages):
-        objects.append(b"<</Type/Page/Parent 2 0 R/MediaBox[0 0 300 200]/Resources<</Font<</F 3 0 R>>>>/Contents %d 0 R>>"
-                       % (5 + 2 * number))
-        content = b"BT /F 18 Tf 20 100 Td (%s %d) Tj ET" % (text.encode("latin-1"), number + 1)
+    for number, (entries, content) in enumerate(pages):
+        objects.append(b"<</Type/Page/Parent 2 0 R%s/Resources<</Font<</F 3 0 R>>>>/Contents %d 0 R>>"
+                       % (entries.encode("latin-1"), 5 + 2 * number))
+        content = content.encode("latin-1")
         objects.append(b"<</Length %d>>stream\n%s\nendstream" % (len(content), content))
     data, offsets = b"%PDF-1.4\n", []
     for number, body in enumerate(objects, 1):

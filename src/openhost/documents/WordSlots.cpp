@@ -18,7 +18,7 @@ namespace {
 
 constexpr ASInt16 kNewestVersion = 4;
 constexpr ASInt32 kNoPage = -1;
-constexpr double kFixedOne = 65536;
+constexpr double kFixedUnit = 65536;
 constexpr std::size_t kLongestCountedWord = std::numeric_limits<ASUns8>::max();
 constexpr ASUns32 kFirstGroup = 0, kSecondGroup = 1;
 
@@ -254,7 +254,7 @@ ASBool IsRotated(PDWord word) { return WordAt(word).isRotated; }
 ASFixed Fixed(double units)
 {
     constexpr double kMost = std::numeric_limits<ASFixed>::max();
-    return static_cast<ASFixed>(std::clamp(std::round(units * kFixedOne), -kMost, kMost));
+    return static_cast<ASFixed>(std::clamp(std::round(units * kFixedUnit), -kMost, kMost));
 }
 
 ASFixedQuad QuadOf(const PageBox& box)

@@ -1,5 +1,4 @@
 #include "openhost/pdf/Conversions.h"
-#include "openhost/pdf/TextEngine.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -11,6 +10,7 @@
 #include "openhost/pdf/DocumentFiles.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PdfError.h"
+#include "openhost/pdf/TextEngine.h"
 
 namespace openhost {
 namespace {

@@ -10,8 +10,8 @@ namespace openhost {
 namespace {
 
 constexpr char32_t kSoftHyphen = 0xAD, kHyphen = 0x2010;
-constexpr double kTouching = 0.25;     // of the height of the letters: a gap that is no space
-constexpr double kSameLine = 0.5;      // of the lower of two pieces stands beside the other one
+constexpr double kTouching = 0.25;  // of the height of the letters: a gap that is no space
+constexpr double kSameLine = 0.5;   // of the lower of two pieces stands beside the other one
 
 /// A character as it stands on a line.
 struct Glyph {
@@ -141,7 +141,8 @@ public:
                 ++at;
                 continue;
             }
-            const auto end = std::find_if(at, line.end(), [](const Glyph& glyph) { return IsSpace(glyph.character); });
+            const auto end =
+                std::find_if(at, line.end(), [](const Glyph& glyph) { return IsSpace(glyph.character); });
             if (!first || !goesOn) m_words.emplace_back();
             AddToLast(at, end, fromRight);
             m_words.back().spaceAfter = end != line.end();
@@ -162,7 +163,8 @@ private:
     /// Whether the last word was divided here; takes its hyphen away then.
     bool ContinuesWord(const Line& line)
     {
-        const auto first = std::find_if(line.begin(), line.end(), [](const Glyph& g) { return !IsSpace(g.character); });
+        const auto first =
+            std::find_if(line.begin(), line.end(), [](const Glyph& g) { return !IsSpace(g.character); });
         if (!m_options.joinHyphenated || m_words.empty() || first == line.end()) return false;
         PageWord& last = m_words.back();
         if (last.text.size() < 2 || !IsHyphen(last.text.back()) || !IsLetter(last.text[last.text.size() - 2]))

@@ -11,20 +11,20 @@ namespace openhost {
 
 struct WordOptions {
     bool fonts = true;
-    bool joinHyphenated = true;      ///< a word that is divided at the end of a line is one word
-    bool dissolveLigatures = true;   ///< they become the letters that they stand for
+    bool joinHyphenated = true;     ///< a word that is divided at the end of a line is one word
+    bool dissolveLigatures = true;  ///< they become the letters that they stand for
 };
 
 /// A word with the punctuation beside it. Boxes are in the user space of the page, as it is before it is turned.
 struct PageWord {
-    std::u16string text;                 ///< in the order in which it is spoken
-    std::vector<PageBox> unitBoxes;      ///< where each unit of the text stands
-    std::vector<PageBox> boxes;          ///< one for each line that the word stands on
-    bool spaceAfter = false;             ///< a space divides it from the next word
+    std::u16string text;             ///< in the order in which it is spoken
+    std::vector<PageBox> unitBoxes;  ///< where each unit of the text stands
+    std::vector<PageBox> boxes;      ///< one for each line that the word stands on
+    bool spaceAfter = false;         ///< a space divides it from the next word
     bool endsLine = false;
-    bool wasHyphenated = false;          ///< divided at the end of a line
+    bool wasHyphenated = false;  ///< divided at the end of a line
     bool hasLigature = false;
-    bool isRotated = false;              ///< its line is not level on the page as it is shown
+    bool isRotated = false;  ///< its line is not level on the page as it is shown
     bool isRightToLeft = false;
     std::string fontName;
     double fontSize = 0;

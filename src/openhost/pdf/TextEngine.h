@@ -19,13 +19,13 @@ struct ShownBox {
 
 /// Characters that stand together on a line.
 struct TextPiece {
-    std::u32string text;            ///< in the order in which they stand on the line, whatever the script's direction
-    std::vector<ShownBox> boxes;    ///< one for each character
+    std::u32string text;          ///< in the order in which they stand on the line, whatever the script's direction
+    std::vector<ShownBox> boxes;  ///< one for each character
     ShownBox box;
-    int rotation = 0;               ///< of the letters on the page as it is shown: quarters of a turn, clockwise
-    bool spaceAfter = false;        ///< another piece of the same line follows behind a space
-    std::string fontName = {};      ///< as it is in the document, without the mark of a subset; when asked for
-    double fontSize = 0;            ///< likewise
+    int rotation = 0;           ///< of the letters on the page as it is shown: quarters of a turn, clockwise
+    bool spaceAfter = false;    ///< another piece of the same line follows behind a space
+    std::string fontName = {};  ///< as it is in the document, without the mark of a subset; when asked for
+    double fontSize = 0;        ///< likewise
 };
 
 class CTextEngine {

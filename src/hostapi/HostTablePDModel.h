@@ -476,6 +476,8 @@ enum { kSlotPDWordGetNumQuads = 244 };
 /* Writes a quad, counted from 0, in user space without rotation; its height is the font box. False past the end. */
 typedef ASBool (HOSTCALL *PDWordGetNthQuadSlotProc)(PDWord word, ASInt16 nTh, ASFixedQuad *quad);
 enum { kSlotPDWordGetNthQuad = 245 };
+
+/* True when the letters of the word are not level on the page as it is shown. */
 typedef ASBool (HOSTCALL *PDWordIsRotatedSlotProc)(PDWord word);
 enum { kSlotPDWordIsRotated = 246 };
 typedef ASBool (HOSTCALL *PDWordFilterStringSlotProc)(ASUns16 *infoArray, char *cNewWord, char *cOldWord);
@@ -509,6 +511,8 @@ enum { kSlotPDDocCreateWordFinderEx = 384 };
 typedef ASUns32 (HOSTCALL *PDWordGetCharOffsetExSlotProc)(PDWord word, ASUns32 byteIdx, ASUns32 *bytesConsumed,
     ASUns32 *offsetLen);
 enum { kSlotPDWordGetCharOffsetEx = 385 };
+
+/* Writes the quad of the character whose text begins at a byte of the word; false past the end. */
 typedef ASBool (HOSTCALL *PDWordGetCharQuadSlotProc)(PDWord word, ASUns32 byteIdx, ASFixedQuad *quad);
 enum { kSlotPDWordGetCharQuad = 386 };
 typedef ASUns32 (HOSTCALL *PDWordGetNumHiliteCharSlotProc)(PDWord word);

@@ -38,6 +38,20 @@ class Sequences(unittest.TestCase):
         self.document = self.place.input / "a.pdf"
         self.document.write_bytes(minimal_pdf())
 
+    def test_scripts_read_and_describe_their_own_document_only(self):
+        script = ("// CR, CR LF and LF end lines\rglobal.count = (global.count || 0) + 1;\r\nArray = null;\n"
+                  "if (numPages > 1) this.nothing();\rthis.info.Title = 'Ü ' + numPages + ' ' + global.count;")
+        sequence = self.place.sequence("s.sequ", [("JavaScript", {"ScriptCode": ("text", script)}), (SAVE, save_items())])
+        (self.place.input / "b.pdf").write_bytes(minimal_pdf(pages=2))
+        (self.place.input / "c.pdf").write_bytes(minimal_pdf())
+        outcome = self.place.run_folder(sequence)
+        self.assertEqual(outcome.code, 3, outcome)
+        self.assertEqual(self.place.names(self.place.output), ["a.pdf", "c.pdf"], outcome)
+        for name, title in (("a.pdf", "Ü 1 1"), ("c.pdf", "Ü 1 2")):
+            self.assertIn(f"Title:           {title}\n", tool("pdfinfo", self.place.output / name)[1].decode(), outcome)
+        self.assertIn("the step JavaScript failed in line 4: TypeError", outcome.errors, outcome)
+        self.assertIn("b.pdf", outcome.errors, outcome)
+
     def test_every_real_sequence_loads_and_the_impostor_is_refused(self):
         files = sorted(EXAMPLES.glob("*.sequ"))
         if not files:

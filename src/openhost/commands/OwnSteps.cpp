@@ -15,7 +15,8 @@
     STEP(CropPagesStep)   \
     STEP(RotatePagesStep) \
     STEP(DeletePagesStep) \
-    STEP(DeleteAllStep)
+    STEP(DeleteAllStep)   \
+    STEP(JavaScriptStep)
 
 namespace openhost {
 

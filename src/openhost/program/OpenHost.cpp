@@ -18,6 +18,7 @@
 #include "openhost/files/Slots.h"
 #include "openhost/jobs/Jobs.h"
 #include "openhost/jobs/RunRecord.h"
+#include "openhost/script/Slots.h"
 #include "openhost/values/Slots.h"
 
 namespace openhost {
@@ -82,6 +83,7 @@ void OfferAllSlots(CTables& tables)
     OfferDocumentsSlots(tables);
     OfferAppSlots(tables);
     OfferConversionSlots(tables);
+    OfferScriptSlots(tables);
     OfferCommandsSlots(tables);
     OfferJobsTable();
 }

@@ -13,8 +13,6 @@
 
 namespace openhost {
 
-namespace {
-
 int CheckedPage(const CScriptRun& run, int page0)
 {
     const int pages = run.Pdf().PageCount();
@@ -23,6 +21,8 @@ int CheckedPage(const CScriptRun& run, int page0)
             FormatText("there is no page %d: pages count from 0 and the document has %d of them", page0, pages));
     return page0;
 }
+
+namespace {
 
 // ---- labels
 

@@ -7,6 +7,7 @@ struct duk_hthread;
     OBJECT(Document)           \
     OBJECT(Info)               \
     OBJECT(PageMembers)        \
+    OBJECT(WordMembers)        \
     OBJECT(UnsupportedMembers) \
     OBJECT(App)                \
     OBJECT(Console)            \

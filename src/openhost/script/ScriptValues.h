@@ -75,4 +75,7 @@ void PushArgument(duk_context* context, duk_idx_t place, const char* name);
 int WholeArgument(duk_context* context, duk_idx_t place, const char* name, int fallback);
 std::string TextArgument(duk_context* context, duk_idx_t place, const char* name, const std::string& fallback);
 
+/// The number of a page (from 0) when the document has it. Fails: std::runtime_error.
+int CheckedPage(const CScriptRun& run, int page0);
+
 }  // namespace openhost

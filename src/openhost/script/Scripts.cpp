@@ -82,6 +82,24 @@ void CScriptRun::SetInfo(const std::string& key, std::u16string text)
     m_info[key] = std::move(text);
 }
 
+const std::vector<PageWord>& CScriptRun::WordsOfPage(int page0)
+{
+    if (m_wordsPage0 == page0) return m_words;
+    if (!Pdf().Allows(PdfRight::Copy))
+        throw CPdfError(PdfProblem::NotPermitted, "taking text out of the document is not permitted");
+    if (!m_text) {
+        auto text = NewTextEngine();
+        LoadPresentState(*text, Pdf());
+        m_text = std::move(text);
+    }
+    const CPageBoxes boxes(Pdf());
+    m_wordsPage0.reset();
+    m_words = WordsOf(m_text->Pieces(page0, false), {boxes.Box(page0, BoxKind::Crop), boxes.Rotation(page0)},
+                      {.fonts = false});
+    m_wordsPage0 = page0;
+    return m_words;
+}
+
 void CScriptRun::Say(const std::string& what, std::string_view utf8)
 {
     if (m_lines++ > m_session.limits.lines) return;

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "openhost/documents/Documents.h"
+#include "openhost/pdf/PageWords.h"
 #include "openhost/script/ScriptEngine.h"
 
 namespace openhost {
@@ -44,6 +46,9 @@ public:
     /// Fails: std::runtime_error when the document cannot have it or must not be changed.
     void SetInfo(const std::string& key, std::u16string text);
     const std::map<std::string, std::u16string>& ChangedInfo() const { return m_info; }
+    /// The words of a page (from 0) that exists; they live until those of another page are asked for. Fails:
+    /// CPdfError when text must not be taken out.
+    const std::vector<PageWord>& WordsOfPage(int page0);
     /// A line for the person who reads the diagnostics; a script that says too much is cut short.
     void Say(const std::string& what, std::string_view utf8);
 
@@ -51,7 +56,10 @@ private:
     PDDoc m_document;
     ScriptSession& m_session;
     std::map<std::string, std::u16string> m_info;  // entries that the script has set
-    std::optional<std::string> m_globals;          // as the script has left them
+    std::unique_ptr<CTextEngine> m_text;           // when a script has asked for words
+    std::vector<PageWord> m_words;
+    std::optional<int> m_wordsPage0;
+    std::optional<std::string> m_globals;  // as the script has left them
     std::size_t m_lines = 0;
 };
 

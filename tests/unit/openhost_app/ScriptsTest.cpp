@@ -141,6 +141,30 @@ TEST_F(Scripts, TheDocumentIsReadAndDescribed)
         {{"[getPageLabel(), getPageLabel(1), getPageLabel(2)]", "IV,A-aa,x"}, {"getPageBox()", "20,602,420,302"}});
 }
 
+TEST_F(Scripts, WordsAreReadWhereTheyStand)
+{
+    QPDF& library = DocumentAt(document).pdf.Library();
+    const auto put = [&](int page, const char* content) {
+        library.getObject(page, 0).replaceKey("/Contents", library.newStream(content));
+        library.getObject(page, 0).replaceKey(
+            "/Resources", QPDFObjectHandle::parse("<</Font<</F<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>>>>>"));
+    };
+    put(1000, "BT /F 20 Tf 100 700 Td (\"Hello,\" big world) Tj ET");
+    put(1002, "");
+    DocumentAt(document).pdf.SetModified(true);
+    CheckValues({
+        {"[getPageNumWords(), this.getPageNumWords(1)]", "3,0"},
+        {"[getPageNthWord(), getPageNthWord(0, 0, false), getPageNthWord(0, 2)]", "Hello,\"Hello,\",world"},
+        {"(function (q) { return q.length + ':' + q[0].length + ':' + (Math.abs(q[0][0] - 100) < 1 && q[0][2] > "
+         "q[0][0] && "
+         "q[0][1] > q[0][5] && Math.abs(q[0][7] - 698) < 5) })(getPageNthWordQuads(0, 0))",
+         "1:8:true"},
+        {"getPageNthWord(0, 3)",
+         "failed in line 1: Error: there is no word 3: words count from 0 and page 0 has 3 of them"},
+        {"getPageNumWords(3)", "failed in line 1: Error: there is no page 3..."},
+    });
+}
+
 TEST_F(Scripts, TheDescriptionChangesWhenTheScriptSucceeds)
 {
     CPdfDocument& pdf = DocumentAt(document).pdf;

@@ -29,7 +29,7 @@ namespace {
 
 using State = CScriptEngine::State;
 
-constexpr std::size_t kWorkBetweenLooks = 20'000;
+constexpr std::size_t kWorkBetweenLooks = 500;                 // a single piece of work may take milliseconds
 constexpr std::size_t kBlockHead = alignof(std::max_align_t);  // holds the size of the block
 static_assert(kBlockHead >= sizeof(std::size_t));
 

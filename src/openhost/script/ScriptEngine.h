@@ -16,6 +16,7 @@ struct ScriptLimits {
     std::chrono::milliseconds time{10'000};  ///< of computing; on Windows of the clock on the wall
     std::size_t memory = 64 * 1024 * 1024;   ///< bytes, everything that belongs to the script
     std::size_t globals = 1024 * 1024;       ///< bytes of what "global" keeps between scripts
+    std::size_t info = 8 * 1024 * 1024;      ///< bytes of the entries that a script sets, each setting counted
     std::size_t lines = 200;                 ///< that a script may say
     std::size_t lineBytes = 1000;            ///< of each of them
 };

@@ -79,6 +79,9 @@ void CScriptRun::SetInfo(const std::string& key, std::u16string text)
     if (key.empty() || key.find('#') != key.npos || key.find('\0') != key.npos)
         throw std::runtime_error("the document information can have no entry named \"" + key + '"');
     if (!Pdf().Allows(PdfRight::Change)) throw std::runtime_error("the document must not be changed");
+    m_infoBytes += key.size() + text.size() * sizeof(char16_t);
+    if (m_infoBytes > m_session.limits.info)
+        throw std::runtime_error("the script sets too much document information");
     m_info[key] = std::move(text);
 }
 

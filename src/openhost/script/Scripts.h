@@ -55,6 +55,7 @@ public:
 private:
     PDDoc m_document;
     ScriptSession& m_session;
+    std::size_t m_infoBytes = 0;
     std::map<std::string, std::u16string> m_info;  // entries that the script has set
     std::unique_ptr<CTextEngine> m_text;           // when a script has asked for words
     std::vector<PageWord> m_words;

@@ -6,6 +6,7 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
+#include "commands/PagePassword.h"
 #include "commands/SecuritySettings.h"
 #include "hostcalls/Application.h"
 #include "hostcalls/Cab.h"
@@ -46,11 +47,24 @@ void CheckTable(const SecuritySettings& settings, CSequenceFindings& findings)
 
 void CheckUnusedSources(const SecuritySettings& settings, CSequenceFindings& findings)
 {
-    if (settings.useDataSourceForOpenPassword || settings.useDataSourceForPermissionsPassword ||
-        settings.searchForPassword || settings.extractPasswordFromPage)
+    if (settings.useDataSourceForOpenPassword || settings.useDataSourceForPermissionsPassword)
         findings.Error("password-source-unused",
-                       "Passwords from a data source or from the pages cannot be had yet: the step fails for every "
-                       "file.");
+                       "Passwords from a data source cannot be had: the step fails for every file.");
+}
+
+void CheckPagePassword(const SecuritySettings& settings, CSequenceFindings& findings)
+{
+    if (!WantsPagePassword(settings)) return;
+    if (const std::string problem = PagePasswordProblem(settings); !problem.empty())
+        findings.Error("page-password", "The step fails for every file: " + problem);
+    if (settings.extractPasswordFromPage && !settings.searchForPassword &&
+        settings.extractionArea == SettingsRectangle())
+        findings.Error("page-password",
+                       "The step fails for every file: it takes the password from an area of a page, but the area is "
+                       "empty.");
+    if (!Trim(settings.password).empty())
+        findings.Note("page-password",
+                      "The step takes the open password from the text of pages; its own counts for no file.");
 }
 
 bool HasPassword(const SecuritySettings& settings)
@@ -72,7 +86,7 @@ std::string WhyNothing(const SecuritySettings& settings)
 /// Restrictions bring the passwords into force, too.
 void CheckFlag(const SecuritySettings& settings, CSequenceFindings& findings)
 {
-    if (settings.passwordProtect || !HasPassword(settings)) return;
+    if (settings.passwordProtect || WantsPagePassword(settings) || !HasPassword(settings)) return;
     findings.Note("passwords-count",
                   "\"PasswordProtect\" is not true, but the passwords count nevertheless, because the step restricts "
                   "rights.");
@@ -106,7 +120,8 @@ void CheckProtectStep(const SequenceStep& step, CSequenceFindings& findings)
     Protection protection;
     protection.openPassword = Trim(settings.password);
     protection.permissionsPassword = Trim(settings.permPassword);
-    protection.mayGetOpenPassword = settings.useFileMapping && !settings.fileMapping.empty();
+    protection.mayGetOpenPassword =
+        WantsPagePassword(settings) || (settings.useFileMapping && !settings.fileMapping.empty());
     protection.restricts = PermissionWord(settings) != kAllRights;
     protection.isRc4 = settings.encryptionMethod == 1;
     CheckProtection(protection, findings);
@@ -117,6 +132,7 @@ void CheckProtectStep(const SequenceStep& step, CSequenceFindings& findings)
     CheckPasswordIsTaken("permissions", protection.permissionsPassword, aes256, findings);
     if (!protection.isRc4) CheckReadable(findings);
     CheckTable(settings, findings);
+    CheckPagePassword(settings, findings);
 }
 
 // ---- such a step made from words

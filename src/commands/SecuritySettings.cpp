@@ -4,6 +4,7 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
+#include "commands/PagePassword.h"
 #include "pdflib/AcrobatDoc.h"
 
 namespace {
@@ -128,7 +129,7 @@ std::uint32_t PermissionWord(const SecuritySettings& settings)
 
 bool HasSecurityWork(const SecuritySettings& settings)
 {
-    if (PermissionWord(settings) != kAllAllowed) return true;
+    if (PermissionWord(settings) != kAllAllowed || WantsPagePassword(settings)) return true;
     return settings.passwordProtect &&
            (!settings.password.empty() || !settings.permPassword.empty() || settings.useDataSourceForOpenPassword ||
             settings.useDataSourceForPermissionsPassword);
@@ -138,8 +139,6 @@ std::string PasswordSourceProblem(const SecuritySettings& settings, const std::s
 {
     if (settings.useDataSourceForOpenPassword || settings.useDataSourceForPermissionsPassword)
         return "Passwords cannot be taken from the fields of a data source yet.";
-    if (settings.searchForPassword || settings.extractPasswordFromPage)
-        return "Passwords cannot be taken from the text of pages yet.";
     if (!settings.useFileMapping || !(settings.passwordProtect || HasSecurityWork(settings))) return {};
     const auto listed = FindMappedPassword(settings, fileName);
     if (!listed || !Trim(*listed).empty()) return {};
@@ -210,7 +209,14 @@ std::string ApplySecurity(CAcrobatDoc& document, const SecuritySettings& setting
                           int hostMajorVersion)
 {
     if (std::string problem = PasswordSourceProblem(settings, fileName); !problem.empty()) return problem;
-    if (HasSecurityWork(settings))
-        document.ApplyStandardSecurity(MakeSecurityRequest(settings, fileName, hostMajorVersion));
+    if (!HasSecurityWork(settings)) return {};
+    SecuritySettings own = settings;
+    const bool listed = settings.useFileMapping && FindMappedPassword(settings, fileName);
+    if (WantsPagePassword(settings) && !listed) {
+        auto password = PagePassword(document.Document(), settings);
+        if (!password) return password.Error();
+        own.password = std::move(*password);
+    }
+    document.ApplyStandardSecurity(MakeSecurityRequest(own, fileName, hostMajorVersion));
     return {};
 }

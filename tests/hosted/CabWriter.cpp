@@ -22,6 +22,8 @@ bool Put(CCabinet& cab, const std::string& type, const std::string& key, const s
         cab.PutBool(key, value == "true");
     } else if (type == "integer") {
         cab.PutInt(key, std::stoi(value));
+    } else if (type == "double") {
+        cab.PutDouble(key, std::stod(value));
     } else if (type == "string") {
         cab.PutString(key, value);
     } else if (type == "text") {

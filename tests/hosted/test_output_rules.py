@@ -5,7 +5,7 @@ import unittest
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, protect_items, save_items, text_of, tool
+from unattended import PROTECT, SAVE, Workplace, minimal_pdf, page_count, pdf_of_pages, protect_items, save_items, text_of, tool
 
 # Eight by eight grey pixels: one quantisation table, two coding tables with one code each, one block.
 JPEG = bytes.fromhex("ffd8" "ffe000104a46494600010101004800480000" "ffdb004300" + "01" * 64 + "ffc0000b080008000801011100"
@@ -188,7 +188,7 @@ class OutputRules(unittest.TestCase):
         source.write_bytes(JPEG)
         rows = [(table("bild 1.jpg", "mapped"), "mapped"), (table("a", "b", "Bild 1.pdf", "mapped"), "mapped"),
                 (table("Bild 2.pdf", "mapped"), "open sesame"), (table("Bild 1.pdf", ""), None),
-                (table("Bild 1.pdf"), None), ({"SearchForPassword": ("boolean", "true")}, None)]
+                (table("Bild 1.pdf"), None), ({"UseDataSourceForOpenPassword": ("boolean", "true")}, None)]
         for items, password in rows:
             with self.subTest(items=items):
                 commands = [(PROTECT, {**protect_items(), **items})]
@@ -201,6 +201,38 @@ class OutputRules(unittest.TestCase):
                     result.unlink()
                 else:
                     self.assertRegex(outcome.errors, "failed: (Passwords cannot be taken|The lookup table lists)")
+
+    def test_passwords_from_the_text_of_pages(self):
+        def page(*lines):
+            return ("/MediaBox[0 0 300 200]", "".join(f"BT /F 12 Tf 20 {150 - 20 * n} Td ({line}) Tj ET " for n, line in enumerate(lines)))
+
+        for path in self.place.input.iterdir():
+            path.unlink()
+        for name, pages in (("found.pdf", [page("Dear Mr Jones"), page("Customer No 4711"), page("Customer No 4712")]),
+                            ("area.pdf", [page("  Two   words ", "Customer: none")]),
+                            ("listed.pdf", [page("Customer No 4713")]), ("none.pdf", [page("Dear Mr Jones")])):
+            (self.place.input / name).write_bytes(pdf_of_pages(pages))
+        wants = {"SearchForPassword": ("boolean", "true"), "SearchRegex": ("string", r"Customer No (\d+)"),
+                 "SearchRegexFormat": ("string", r"K\1"), "UseFileMapping": ("boolean", "true"),
+                 "FileMapping:NumItems": ("integer", 2), "FileMapping:0": ("string", "listed.pdf"), "FileMapping:1": ("string", "mapped"),
+                 "ExtractPasswordFromPage": ("boolean", "true"), "ExtractionArea:Left": ("double", 0),
+                 "ExtractionArea:Right": ("double", "300"), "ExtractionArea:Top": ("double", "200"), "ExtractionArea:Bottom": ("double", "145")}
+        commands = [(PROTECT, {**protect_items(password="not this", PasswordProtect=False), **wants})]
+        outcome = self.place.run_folder(host_sequence(self.place, folder(self.place.output), commands=commands), 0)
+        self.assertEqual(outcome.code, 0, outcome)
+        for name, password in (("found", "K4711"), ("area", "Two words"), ("listed", "mapped"), ("none", "Dear Mr Jones")):
+            path = self.place.output / f"{name}.pdf"
+            self.assertIsNone(page_count(path))
+            self.assertIsNotNone(page_count(path, password), name)
+            path.unlink()
+        self.assertNotRegex(str(outcome), "K4711|Two words")
+
+        del wants["ExtractPasswordFromPage"]
+        commands = [(PROTECT, {**protect_items(password="not this"), **wants})]
+        outcome = self.place.run_folder(host_sequence(self.place, folder(self.place.output), commands=commands), 3)
+        self.assertEqual(outcome.code, 3, outcome)
+        self.assertEqual(sorted(path.name for path in self.place.output.iterdir()), ["found.pdf", "listed.pdf"], outcome)
+        self.assertIn("No password was found in the text of the pages.", outcome.errors)
 
     def test_input_kinds(self):
         one, two = self.place.input / "ein Dokument.pdf", self.place.input / "zwei.pdf"

@@ -120,7 +120,13 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
         {method + on + noCopy + owner + useTable, "warning empty-table"},
         {method + on + noCopy + owner + table, "warning unused-table"},
         {method + on + noCopy + owner + table + useTable, ""},
-        {method + on + extract + open + Item("SearchForPassword", "boolean", "true"), "error password-source-unused"},
+        {method + extract + Item("SearchForPassword", "boolean", "true") + Item("SearchRegex", "text", "No (\\d+)"),
+         ""},
+        {method + extract + open + Item("SearchForPassword", "boolean", "true"),
+         "error page-password, note page-password"},
+        {method + on + extract + Item("ExtractPasswordFromPage", "boolean", "true"), "error page-password"},
+        {method + on + extract + open + Item("UseDataSourceForOpenPassword", "boolean", "true"),
+         "error password-source-unused"},
     };
     for (const auto& row : rows) {
         std::string codes;

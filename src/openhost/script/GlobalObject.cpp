@@ -4,7 +4,6 @@
 
 #include <stdexcept>
 
-#include "base/Text.h"
 #include "openhost/script/ScriptObjects.h"
 #include "openhost/script/ScriptValues.h"
 #include "openhost/script/Scripts.h"
@@ -38,7 +37,8 @@ std::string GlobalsAsJson(duk_context* context, std::size_t mostBytes)
     std::string json = bytes && *bytes == '{' ? std::string(bytes, length) : std::string("{}");
     duk_pop(context);
     if (json.size() > mostBytes)
-        throw std::runtime_error(FormatText("\"global\" holds more than the %zu bytes that it may", mostBytes));
+        throw std::runtime_error("\"global\" holds more than the " + std::to_string(mostBytes) +
+                                 " bytes that it may");
     return json;
 }
 

@@ -23,8 +23,9 @@ const PageWord& WordOfArguments(CScriptRun& run, duk_context* context)
     const std::vector<PageWord>& words = WordsOfArgument(run, context);
     const int number = WholeArgument(context, 1, "nWord", 0);
     if (number < 0 || static_cast<std::size_t>(number) >= words.size())
-        throw std::runtime_error(FormatText("there is no word %d: words count from 0 and page %d has %zu of them",
-                                            number, WholeArgument(context, 0, "nPage", 0), words.size()));
+        throw std::runtime_error(FormatText("there is no word %d: words count from 0 and page %d has ", number,
+                                            WholeArgument(context, 0, "nPage", 0)) +
+                                 std::to_string(words.size()) + " of them");
     return words[static_cast<std::size_t>(number)];
 }
 

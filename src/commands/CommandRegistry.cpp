@@ -9,6 +9,7 @@
 
 #include "commands/BatchCommandPasswordProtect.h"
 #include "commands/BatchCommandProcessExternal.h"
+#include "commands/BatchCommandSearchAndCopy.h"
 #include "commands/CatalogCommands.h"
 #include "hostapi/HostConstants.h"
 #include "hostapi/HostTypes.h"
@@ -161,7 +162,12 @@ std::vector<CCommandRegistry::Step> AllSteps(CLogWriter& log)
     return MakeSteps<CBatchCommandRebuildIndex,     //
                      CBatchCommandPurgeIndex,       //
                      CBatchCommandProcessExternal,  //
-                     CBatchCommandPasswordProtect>(log);
+                     CBatchCommandPasswordProtect   //
+#ifdef FERRULE_SEARCH_AND_COPY
+                     ,
+                     CBatchCommandSearchAndCopy
+#endif
+                     >(log);
 }
 
 }  // namespace

@@ -30,6 +30,7 @@ StepFacts ReadStep(CCabView entry)
     step.protects = description.protects;
     step.startsPrograms = description.startsPrograms || description.maker == StepMaker::Other;
     if (description.saves) step.save = SaveStepFacts::Read(read.parameters);
+    if (description.copies) step.copies = description.copies(read.parameters);
     if (description.script) step.script = read.parameters.TextUtf8(description.script).value_or("");
     return step;
 }
@@ -117,7 +118,6 @@ std::string OneWorkerReason(const StepFacts& step)
     if (!step.available) return {};
     const std::string name = "The step " + Quoted(step.handler);
     if (step.shared == SharedWork::Index) return name + " works on an index that all files share.";
-    if (step.shared == SharedWork::Report) return name + " writes one report on all files.";
     if (step.maker == StepMaker::Other && step.sequenceCallbacks)
         return name + " of another maker wants to see the whole sequence.";
     if (MentionsWord(step.script, "global")) return name + " keeps values from file to file (\"global\").";
@@ -174,6 +174,9 @@ std::vector<ResultName> ResultNames(const SequenceFacts& sequence, const PlanReq
     if (auto output = OutputName(sequence, request)) results.push_back(std::move(*output));
     for (const StepFacts& step : sequence.steps)
         if (step.available && step.save) results.push_back(SavedName(*step.save, sequence, request));
+    for (const StepFacts& step : sequence.steps)
+        if (step.available)
+            for (const CopyPlace& copy : step.copies) results.push_back({copy.folder, copy.before, copy.after});
     return results;
 }
 
@@ -197,6 +200,8 @@ WorkFacts FactsOfSequence(const SequenceFacts& sequence, const PlanRequest& requ
         facts.noInputs = "The sequence asks for its input files, and nobody can be asked.";
     facts.writesAnywhere = std::ranges::any_of(
         sequence.steps, [](const StepFacts& step) { return step.available && step.maker == StepMaker::Other; });
+    facts.reports = std::ranges::any_of(
+        sequence.steps, [](const StepFacts& step) { return step.available && step.shared == SharedWork::Report; });
     facts.startsPrograms = std::ranges::any_of(
         sequence.steps, [](const StepFacts& step) { return step.available && step.startsPrograms; });
     return facts;

@@ -20,6 +20,7 @@ struct StepFacts {
     bool startsPrograms = false;
     std::optional<SaveStepFacts> save;  // of save steps only
     std::string script;                 // of script steps only
+    std::vector<CopyPlace> copies;
 };
 
 /// What a sequence does, as far as planning asks.

@@ -9,14 +9,16 @@
 #include "HostTypes.h"
 
 #define HOST_TABLE_JOBS "FerruleJobs"
-/* The first version had the slots 1 to 3 only, the second those to 10, the third those to 11, the fourth those to 12. */
+/* The first version had the slots 1 to 3 only, the second those to 10, the third those to 11, the fourth those to 12,
+ * the fifth those to 13. */
 enum {
     kTableJobsFirstVersion = 0x00010000,
     kTableJobsSecondVersion = 0x00010001,
     kTableJobsThirdVersion = 0x00010002,
     kTableJobsFourthVersion = 0x00010003,
-    kTableJobsVersion = 0x00010004,
-    kTableJobsSelectors = 13
+    kTableJobsFifthVersion = 0x00010004,
+    kTableJobsVersion = 0x00010005,
+    kTableJobsSelectors = 14
 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
@@ -142,5 +144,10 @@ enum { kSlotJobsNextSaveIsNew = 12 };
 /* What the work has found in the present input: one JSON array, UTF-8. It becomes part of what is told about the file. */
 typedef void(HOSTCALL *JobsFileFoundSlotProc)(const char *json);
 enum { kSlotJobsFileFound = 13 };
+
+/* From 1 until 0, or until the file is done, what the plug-in asks for are copies that a step makes beside the results of
+ * the present input. */
+typedef void(HOSTCALL *JobsCopyingSlotProc)(ASInt32 begins);
+enum { kSlotJobsCopying = 14 };
 
 #endif

@@ -14,6 +14,8 @@ bool HasNewSaveSlot() { return HostTables().Version(HostTable::FerruleJobs) > kT
 
 bool HasFoundSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsFourthVersion; }
 
+bool HasCopyingSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsFifthVersion; }
+
 template <class Call>
 void Tell(bool possible, Call call) noexcept
 {
@@ -108,4 +110,14 @@ void JobLogMark(int mark) noexcept
 void JobFileFound(const std::string& json) noexcept
 {
     Tell(HasFoundSlot(), [&] { HostCall(HOST_SLOT(FerruleJobs, JobsFileFound), json.c_str()); });
+}
+
+CJobCopying::CJobCopying() noexcept
+{
+    Tell(HasCopyingSlot(), [] { HostCall(HOST_SLOT(FerruleJobs, JobsCopying), 1); });
+}
+
+CJobCopying::~CJobCopying()
+{
+    Tell(HasCopyingSlot(), [] { HostCall(HOST_SLOT(FerruleJobs, JobsCopying), 0); });
 }

@@ -43,6 +43,15 @@ void JobNextSaveIsNew(PDDoc document) noexcept;
 /// What was found in the present input: a JSON array, UTF-8.
 void JobFileFound(const std::string& json) noexcept;
 
+/// While it lives, what is put are copies beside the results of the present input.
+class CJobCopying {
+public:
+    CJobCopying() noexcept;
+    ~CJobCopying();
+    CJobCopying(const CJobCopying&) = delete;
+    CJobCopying& operator=(const CJobCopying&) = delete;
+};
+
 /// From now on the present input's acts are its final action.
 void JobFinalActionBegins() noexcept;
 /// One JSON object, UTF-8.

@@ -202,6 +202,7 @@ private:
                               .tooYoung = static_cast<int>(files.TooYoung()),
                               .unreadableFolders = static_cast<int>(unreadable),
                               .outputsPerFile = facts.resultsPerFile,
+                              .reports = facts.reports,
                               .startsPrograms = facts.startsPrograms,
                               .reach = std::move(reach),
                               .warnings = std::move(warnings)};

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr WordTable<4> kActs = {"put", "move", "delete", "start"};
-constexpr char kFinalAction[] = "final-action";
+constexpr char kFinalAction[] = "final-action", kCopy[] = "copy", kOutput[] = "output";
 constexpr WordTable<3> kAnswers = {"go", "refuse", "pretend"};
 
 Json TraitsJson(const FileTraits& traits)
@@ -71,7 +71,9 @@ ActAnswer ActAnswerFromWord(std::string_view word)
 Json IntendedActJson(const IntendedAct& intended)
 {
     Json object = {{"number", intended.number},
-                   {"purpose", intended.finalAction ? kFinalAction : "output"},
+                   {"purpose", intended.finalAction ? kFinalAction
+                               : intended.copy      ? kCopy
+                                                    : kOutput},
                    {"act", ActWord(intended.act)},
                    {"file", TextFromBytes(intended.file)},
                    {"target", TextFromBytes(intended.target)},
@@ -98,5 +100,6 @@ std::optional<IntendedAct> IntendedActFrom(const Json& object)
                        .former = FormerFrom(object),
                        .traits = TraitsFrom(object),
                        .objection = TextAt(object, "objection"),
-                       .order = UnsignedAt(object, "order")};
+                       .order = UnsignedAt(object, "order"),
+                       .copy = TextAt(object, "purpose") == kCopy};
 }

@@ -43,6 +43,7 @@ struct IntendedAct {
     std::optional<FileTraits> traits = {};  ///< of a file that is moved
     std::string objection = {};  ///< why it must not happen, known already to who asks; UTF-8; empty: nothing known
     std::uint64_t order = 0;     ///< a later act of the run has a greater one; given by who allows the act
+    bool copy = false;           ///< what is put is a copy that a step makes beside the results
 };
 
 [[nodiscard]] Json IntendedActJson(const IntendedAct& intended);

@@ -8,6 +8,7 @@ namespace {
 
 constexpr WordTable<3> kStates = {"done", "failed", "unknown"};
 constexpr char kBroken[] = "broken";
+constexpr char kCopyPurpose[] = "copy";
 
 Json ActsJson(const std::vector<IntendedAct>& acts)
 {
@@ -36,8 +37,11 @@ std::vector<IntendedAct> ActsFrom(const Json& object)
 Json OutputsJson(const std::vector<FileOutput>& outputs)
 {
     Json list = Json::array();
-    for (const FileOutput& output : outputs)
-        list.push_back({{"path", TextFromBytes(output.path)}, {"sha256", output.sha256}});
+    for (const FileOutput& output : outputs) {
+        Json object = {{"path", TextFromBytes(output.path)}, {"sha256", output.sha256}};
+        if (output.copy) object["purpose"] = kCopyPurpose;
+        list.push_back(std::move(object));
+    }
     return list;
 }
 
@@ -47,7 +51,9 @@ std::vector<FileOutput> OutputsFrom(const Json& object)
     const auto list = object.find("outputs");
     if (list == object.end() || !list->is_array()) return outputs;
     for (const Json& output : *list)
-        if (output.is_object()) outputs.push_back({BytesAt(output, "path"), TextAt(output, "sha256")});
+        if (output.is_object())
+            outputs.push_back(
+                {BytesAt(output, "path"), TextAt(output, "sha256"), TextAt(output, "purpose") == kCopyPurpose});
     return outputs;
 }
 

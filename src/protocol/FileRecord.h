@@ -22,6 +22,7 @@ struct PlannedFile {
 struct FileOutput {
     std::string path = {};
     std::string sha256 = {};  ///< empty when nothing was written really
+    bool copy = false;        ///< that a step made beside the results
 };
 
 struct FinalActionRecord {

@@ -153,6 +153,7 @@ Json PlanReportJson(const PlanReport& plan)
     return {{"oneWorker", !plan.oneWorkerReason.empty()},
             {"oneWorkerReason", plan.oneWorkerReason},
             {"outputsPerFile", plan.outputsPerFile},
+            {"reports", plan.reports},
             {"startsPrograms", plan.startsPrograms},
             {"reach", RunReachJson(plan.reach)},
             {"tooYoung", plan.tooYoung},
@@ -168,6 +169,7 @@ PlanReport PlanReportFrom(const Json& object)
             .tooYoung = CountAt(object, "tooYoung"),
             .unreadableFolders = CountAt(object, "unreadableFolders"),
             .outputsPerFile = object.contains("outputsPerFile") ? CountAt(object, "outputsPerFile") : 1,
+            .reports = FlagAt(object, "reports"),
             .startsPrograms = FlagAt(object, "startsPrograms", true),
             .reach = RunReachFrom(ObjectAt(object, "reach")),
             .warnings = TextsAt(object, "warnings")};

@@ -91,6 +91,7 @@ struct PlanReport {
     int tooYoung = 0;                  ///< files that were left out because they may still be growing
     int unreadableFolders = 0;         ///< whose files the plan had to leave out
     int outputsPerFile = 1;            ///< how many results the sequence writes for a file
+    bool reports = false;              ///< a step reports what it finds in the files
     bool startsPrograms = false;       ///< a step may start programs, which may do anything to files
     RunReach reach = {};               ///< without run and kept originals
     std::vector<std::string> warnings = {};

@@ -9,6 +9,7 @@
 #include "common/TextFile.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
+#include "protocol/Json.h"
 #include "search/SearchTerms.h"
 
 namespace {
@@ -136,6 +137,40 @@ ReportEntry MakeReportEntry(const std::string& documentUtf8, const std::vector<R
         }
     }
     return entry;
+}
+
+std::string ReportEventLine(const ReportEvent& event)
+{
+    if (!event.settings.createReport || event.settings.reportFile.empty()) return {};
+    const Json object = {{"report", TextFromBytes(event.settings.reportFile)},
+                         {"append", event.settings.appendReport},
+                         {"overwrite", event.settings.overwriteReport},
+                         {"text", TextFromBytes(event.entry.text)},
+                         {"csv", TextFromBytes(event.entry.csv)},
+                         {"built", event.facts.buildDate},
+                         {"major", event.facts.majorVersion},
+                         {"minor", event.facts.minorVersion}};
+    return LineOf(Json::array({object}));
+}
+
+std::vector<ReportEvent> ReportEventsIn(const std::string& findings)
+{
+    std::vector<ReportEvent> events;
+    const Json array = Json::parse(findings, nullptr, false);
+    if (!array.is_array()) return events;
+    for (const Json& object : array) {
+        if (!object.is_object() || !object.contains("report")) continue;
+        ReportEvent event;
+        event.settings.reportFile = BytesAt(object, "report");
+        event.settings.appendReport = FlagAt(object, "append");
+        event.settings.overwriteReport = FlagAt(object, "overwrite");
+        event.entry = {BytesAt(object, "text"), BytesAt(object, "csv")};
+        event.facts.buildDate = TextAt(object, "built");
+        event.facts.majorVersion = CountAt(object, "major");
+        event.facts.minorVersion = CountAt(object, "minor");
+        events.push_back(std::move(event));
+    }
+    return events;
 }
 
 CSearchReport::CSearchReport(HostFacts facts, Clock clock) : m_facts(std::move(facts)), m_clock(std::move(clock)) {}

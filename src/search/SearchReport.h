@@ -31,6 +31,17 @@ struct ReportEntry {
 /// the CSV keeps it as it is.
 [[nodiscard]] ReportEntry MakeReportEntry(const std::string& documentUtf8, const std::vector<ReportedRule>& rules);
 
+/// An entry on its way to whoever writes the reports of a run, with the report that it belongs into.
+struct ReportEvent {
+    SearchSettings settings;  ///< those of the report only
+    ReportEntry entry;
+    HostFacts facts;
+};
+/// One line of JSON, an array with one object; empty when no report is wanted.
+[[nodiscard]] std::string ReportEventLine(const ReportEvent& event);
+/// Those in an array of findings, which may hold others.
+[[nodiscard]] std::vector<ReportEvent> ReportEventsIn(const std::string& findings);
+
 /// Where the entries of a run go. Settings of the report are those of the search: when it is neither appended to nor
 /// overwritten, each entry gets files of its own, whose names have the first number that is free.
 ///
@@ -41,7 +52,10 @@ class CSearchReport {
 public:
     using Clock = std::function<std::optional<platform::LocalTime>()>;
 
-    explicit CSearchReport(HostFacts facts, Clock clock = platform::LocalTimeNow);
+    explicit CSearchReport(HostFacts facts = {}, Clock clock = platform::LocalTimeNow);
+
+    /// What the headers say from now on.
+    void SetFacts(HostFacts facts) { m_facts = std::move(facts); }
 
     /// Answers why the entry is in no report, a sentence that names the file; empty when it is, or no report is
     /// wanted. What "overwrite" replaces is replaced by the first entry after the object was made, and later ones are

@@ -57,7 +57,7 @@ const StepDescription& DescribeMeantStep(std::string_view handler)
 
 bool MayBeTried(const StepDescription& step)
 {
-    return step.maker != StepMaker::Other && step.shared == SharedWork::None;
+    return step.maker != StepMaker::Other && step.shared != SharedWork::Index;
 }
 
 std::optional<std::string> AvailableHandler(const std::string& name)

@@ -49,6 +49,11 @@ struct LocalisedParameter {
     const char* onlyWith = nullptr;  ///< it matters only when this flag beside it is set; null: always
 };
 
+/// Where a step copies the file of a document to, under a name made of the document's.
+struct CopyPlace {
+    std::string folder, before, after;
+};
+
 /// A step that `sequence new` makes from words.
 struct StepTemplate {
     const char* name = nullptr;  ///< null: there is none
@@ -66,6 +71,8 @@ struct StepDescription {
     bool startsPrograms = false;
     SharedWork shared = SharedWork::None;
     const char* script = nullptr;  ///< the parameter that holds the script it runs
+    /// May be null. Throws CHostException.
+    std::vector<CopyPlace> (*copies)(CCabView parameters) = nullptr;
     Secrecy secrecy = Secrecy::AllButOpen;
     std::span<const OpenParameter> open = {};
     std::span<const LocalisedParameter> localised = {};  ///< as deep as they may be

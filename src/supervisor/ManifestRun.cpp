@@ -1,9 +1,11 @@
 #include "supervisor/ManifestRun.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "protocol/Json.h"
+#include "search/SearchReport.h"
 #include "supervisor/resume/CleanUp.h"
 #include "supervisor/resume/PlanChanges.h"
 #include "supervisor/undo/Undo.h"
@@ -80,6 +82,8 @@ bool CManifestRun::ReadEarlier()
     if (content->name && content->name->shard != shard)
         return Broken("The journal " + m_options.journalPath + " belongs to shard " + content->name->shard + ".");
     m_earlier->Complete();
+    for (int number = 1; m_header.reports && number <= m_done->Total(); ++number)
+        if (const auto told = m_earlier->ToldOutcome(number)) m_toldOutcomes[number] = *told;
     m_journalLength = content->length;
     for (int number = 1; number <= m_header.total; ++number) {
         if (!m_done->IsDone(number)) continue;
@@ -231,6 +235,7 @@ void CManifestRun::Close(LoopEnd end, const std::string& problem, const COutcome
 {
     const std::vector<std::string> epilogue = results.Epilogue();
     m_log.Epilogue(epilogue.empty() ? m_header.epilogue : epilogue);
+    WriteReports();
     if (!IsTrial()) {
         const char* outcome = end == LoopEnd::Finished ? "finished" : end == LoopEnd::Stopped ? "stopped" : "broken";
         const auto added = m_journal.AddEnd(outcome, epilogue);
@@ -250,6 +255,35 @@ void CManifestRun::Close(LoopEnd end, const std::string& problem, const COutcome
     if (end != LoopEnd::Stopped) return;
     m_result.exit = ExitClass::Stopped;
     m_result.message = "Stopped.";
+}
+
+/// Whether an earlier start, which came to its end, has reported what was found in the file.
+bool CManifestRun::IsReported(int number)
+{
+    const auto told = m_toldOutcomes.find(number);
+    if (told == m_toldOutcomes.end()) return false;
+    if (told->second == m_done->At(number).offset) return true;
+    const auto before = ReadDone({.offset = told->second});
+    return before && !ReportEventsIn(before->record.findings).empty();
+}
+
+/// Reports what was found in the files since the last start that came to its end, in input order. The journal says
+/// next that this has happened.
+void CManifestRun::WriteReports()
+{
+    if (IsTrial() || !m_header.reports) return;
+    CSearchReport report;
+    std::set<std::string> problems;
+    for (int number = 1; number <= m_done->Total(); ++number) {
+        if (!m_done->IsDone(number) || IsReported(number)) continue;
+        const auto done = ReadDone(m_done->At(number));
+        if (!done) continue;  // the journal's own problem, told with it
+        for (const ReportEvent& event : ReportEventsIn(done->record.findings)) {
+            report.SetFacts(event.facts);
+            std::string problem = report.Add(event.settings, event.entry);
+            if (!problem.empty() && problems.insert(problem).second) m_observer.Warning(problem);
+        }
+    }
 }
 
 void CManifestRun::CloseOutputs()

@@ -56,6 +56,8 @@ private:
     LoopEnd RunLoop(CFilesForWorkers& queue, COutcomeRecorder& results);
     void Close(LoopEnd end, const std::string& problem, const COutcomeRecorder& results);
     void CloseOutputs();
+    void WriteReports();
+    bool IsReported(int number);
     void CountOutcomes();
     bool Broken(std::string message);
     /// For good: going on would find the same.
@@ -75,7 +77,8 @@ private:
     CManifestReader m_manifest;
     std::optional<CDoneIndex> m_done;
     std::optional<CJournalIndex> m_earlier;
-    std::map<int, DonePlace> m_again;  // files with an outcome that are done once more
+    std::map<int, std::uint64_t> m_toldOutcomes;  // of files that may have been reported
+    std::map<int, DonePlace> m_again;             // files with an outcome that are done once more
     std::uint64_t m_journalLength = 0;
     int m_filesLeft = 0;
     CGroupedInputs m_groupedInputs;

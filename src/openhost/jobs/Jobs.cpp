@@ -89,6 +89,7 @@ CLedger::Answer CLedger::Ask(Act act, const std::string& file, const std::string
     if (!m_source.WantsRecords()) return AskSource({act, m_file.finalActionBegun, file, target, {}, {}});
     SettleLast();
     Deed deed{act, m_file.finalActionBegun, file, target, {}, StampOfRegularFile(file)};
+    deed.copy = m_file.copying && act == Act::Put && !deed.finalAction;
     // A run that finds its inputs itself does not tell which one it is at: whatever is going to change may be it.
     if (!m_file.input) NoteBefore(act == Act::Put ? target : file);
     if (deed.stamp) deed.sha256 = m_hashes.Of(file);
@@ -179,7 +180,8 @@ CLedger::Answer CLedger::AskSource(const Deed& deed)
                             .sha256 = deed.sha256,
                             .former = deed.former,
                             .traits = deed.traits,
-                            .objection = TextFromBytes(deed.objection)});
+                            .objection = TextFromBytes(deed.objection),
+                            .copy = deed.copy});
 }
 
 std::optional<bool> CLedger::Exists(const std::string& path) const
@@ -222,7 +224,7 @@ std::vector<FileOutput> CLedger::Outputs() const
     for (const Deed& deed : m_file.deeds) {
         if (deed.finalAction || !deed.done || deed.act != Act::Put) continue;
         std::erase_if(outputs, [&](const auto& output) { return output.path == deed.target; });
-        outputs.push_back({deed.target, deed.sha256});
+        outputs.push_back({deed.target, deed.sha256, deed.copy});
     }
     return outputs;
 }

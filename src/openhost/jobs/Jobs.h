@@ -84,6 +84,8 @@ public:
     void InputBegins(const JobInputFile& input);
     /// What is asked from here on until the file is done is its final action.
     void FinalActionBegins() { m_file.finalActionBegun = true; }
+    /// What is put from here on, until false, are copies beside the results.
+    void Copying(bool begins) { m_file.copying = begins; }
     /// A signed document of the present input is going to be written as a whole.
     void SignaturesBroken() { m_file.signaturesBroken = true; }
     /// Closes the present input. Without one that began, `path` names it.
@@ -103,6 +105,7 @@ private:
         std::optional<FormerFile> former = {};  // what it takes away
         std::optional<FileTraits> traits = {};  // of what it moves
         std::string objection = {};             // why it must not happen
+        bool copy = false;
     };
     struct Content {
         std::uint64_t size = 0;
@@ -116,6 +119,7 @@ private:
         bool unsettled = false;  // nobody has looked yet whether the last deed happened
         bool finalActionBegun = false;
         bool signaturesBroken = false;
+        bool copying = false;
     };
 
     void NoteBefore(const std::string& path);

@@ -45,7 +45,18 @@ void FileDone(const char* path, ASInt32 number, const char* message)
     jobs.Source().FileDone(record);
 }
 
-void FileFound(const char* json) { Part<CJobs>().findings = TextOf(json); }
+/// What several steps have found becomes one array.
+void FileFound(const char* json)
+{
+    std::string& findings = Part<CJobs>().findings;
+    const std::string more = TextOf(json);
+    if (findings.size() > 2 && more.size() > 2) {
+        findings.back() = ',';
+        findings += more.substr(1);
+    } else if (more.size() > 2 || findings.empty()) {
+        findings = more;
+    }
+}
 
 void RunEnds(ASInt32 number, const char* message)
 {
@@ -103,6 +114,8 @@ void LogMark(ASInt32 mark)
 
 void FinalActionBegins() { Part<CJobs>().Ledger().FinalActionBegins(); }
 
+void Copying(ASInt32 begins) { Part<CJobs>().Ledger().Copying(begins != 0); }
+
 const char* DocumentLoss(PDDoc document)
 {
     auto& documents = Part<CDocuments>();
@@ -158,6 +171,7 @@ void OfferJobsTable()
     Put<JobsDocumentLossSlotProc>(table, kSlotJobsDocumentLoss, &CQuietSlot<&DocumentLoss>::Entry);
     Put<JobsFileFoundSlotProc>(table, kSlotJobsFileFound, &CQuietSlot<&FileFound>::Entry);
     Put<JobsNextSaveIsNewSlotProc>(table, kSlotJobsNextSaveIsNew, &CQuietSlot<&NextSaveIsNew>::Entry);
+    Put<JobsCopyingSlotProc>(table, kSlotJobsCopying, &CQuietSlot<&Copying>::Entry);
     auto server = std::make_unique<CTableServer>();
     server->name = HOST_TABLE_JOBS;
     server->table = table;

@@ -43,6 +43,13 @@ bool IsRetried(FileOutcome outcome)
     return outcome != FileOutcome::Saved && outcome != FileOutcome::CopiedUnchanged;
 }
 
+std::optional<std::uint64_t> CJournalIndex::ToldOutcome(int number) const
+{
+    if (m_told[static_cast<std::size_t>(number)] && m_done.IsDone(number)) return m_done.At(number).offset;
+    const auto before = m_toldBefore.find(number);
+    return before == m_toldBefore.end() ? std::nullopt : std::optional(before->second);
+}
+
 bool CJournalIndex::HasTarget(const std::string& path) const
 {
     return std::binary_search(m_targets.begin(), m_targets.end(), HashOfTarget(path));
@@ -81,6 +88,7 @@ std::string CJournalIndex::OnDone(const FileRecord& record, std::uint64_t offset
     m_ending.clear();
     m_done.Set(number, {.offset = offset, .journal = m_journal, .outcome = record.outcome, .logged = false});
     m_sinceEnd.push_back(number);
+    m_told[static_cast<std::size_t>(number)] = false;
     // A file that was stopped is begun again, and what was done of it must not be done twice.
     if (record.outcome == FileOutcome::Stopped) return {};
     const auto begun = m_open.find(number);
@@ -96,6 +104,7 @@ std::string CJournalIndex::OnAgain(int number, ToDo toDo)
     m_ending.clear();
     FileHistory history;
     if (m_done.IsDone(number)) history.earlierOffset = m_done.At(number).offset;
+    if (const auto told = ToldOutcome(number)) m_toldBefore[number] = *told;
     if (toDo == ToDo::FinalAction) history.resultsOffset = history.earlierOffset;
     m_done.Forget(number);
     m_notSaved.erase(number);
@@ -118,6 +127,7 @@ void CJournalIndex::MarkAllLogged()
         DonePlace place = m_done.At(number);
         place.logged = true;
         m_done.Set(number, place);
+        m_told[static_cast<std::size_t>(number)] = true;
     }
     m_sinceEnd.clear();
 }

@@ -53,7 +53,7 @@ public:
     /// `done` is borrowed. `journal`: the position of this journal in the caller's list.
     /// `retries`: files that were not saved may be done again, so what was begun with them is kept.
     explicit CJournalIndex(CDoneIndex& done, int journal = 0, bool retries = false)
-        : m_done(done), m_journal(journal), m_retries(retries)
+        : m_done(done), m_journal(journal), m_retries(retries), m_told(static_cast<std::size_t>(done.Total()) + 1)
     {
     }
 
@@ -65,6 +65,9 @@ public:
     const std::string& Ending() const { return m_ending; }
     /// Of the last end line.
     const std::vector<std::string>& Epilogue() const { return m_epilogue; }
+    /// Where the outcome stands that a start of the run has told before its end line: the file's own one, or the one
+    /// before it was begun again.
+    std::optional<std::uint64_t> ToldOutcome(int number) const;
     /// Whether the run was going to write to this path.
     bool HasTarget(const std::string& path) const;
     /// Folders of everything that the run was going to write.
@@ -86,6 +89,8 @@ private:
     std::vector<std::uint64_t> m_targets;  // hashes, sorted by Complete
     std::set<std::string> m_targetFolders;
     std::vector<int> m_sinceEnd;  // done since the last end line
+    std::vector<bool> m_told;     // by number: the present outcome stands before an end line
+    std::map<int, std::uint64_t> m_toldBefore;
     std::string m_ending;
     std::vector<std::string> m_epilogue;
 };

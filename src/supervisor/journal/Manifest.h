@@ -22,6 +22,7 @@ struct ManifestHeader {
     bool oneWorker = false;
     std::string oneWorkerReason = {};
     int unreadableFolders = 0;                              ///< whose files the plan had to leave out
+    bool reports = false;                                   ///< a step reports what it finds in the files
     bool startsPrograms = false;                            ///< a step may start programs
     RunReach reach = {};                                    ///< complete
     int outputsPerFile = 1;                                 ///< how many results the work writes for a file

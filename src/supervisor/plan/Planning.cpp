@@ -177,6 +177,7 @@ void CPlanning::OnReport(const std::string& json, CManifestWriter* manifest)
         summary.warnings = std::move(plan.warnings);
         m_planned.header.unreadableFolders = plan.unreadableFolders;
         m_planned.header.outputsPerFile = plan.outputsPerFile;
+        m_planned.header.reports = plan.reports;
         m_planned.header.startsPrograms = plan.startsPrograms;
         m_planned.header.reach = std::move(plan.reach);
     }

@@ -11,6 +11,7 @@ RunFacts ReadRunFacts(const ManifestHeader& manifest)
     const RunDescription& description = manifest.order.description;
     RunFacts facts{.rules = {.hasFinalAction = description.finalAction != FinalAction::Nothing,
                              .outputsPerFile = manifest.outputsPerFile},
+                   .reports = manifest.reports,
                    .inputLeaves = VacatesInput(description.finalAction)};
     for (const std::string& folder : {description.outputFolder, description.destination})
         if (!folder.empty()) facts.folders.push_back(folder);
@@ -78,7 +79,7 @@ private:
             if (!Holds(intent.target, intent.sha256) && !(inPlace && InFinalAction())) continue;
             m_inPlace = m_inPlace || inPlace;
             std::erase_if(outputs, [&](const FileOutput& output) { return output.path == intent.target; });
-            outputs.push_back({intent.target, intent.sha256});
+            outputs.push_back({intent.target, intent.sha256, intent.copy});
         }
     }
 
@@ -94,7 +95,8 @@ private:
     {
         const std::size_t wanted = static_cast<std::size_t>(std::max(m_rules.outputsPerFile, 1));
         const bool redo = m_rules.redoResults && !m_inPlace && !HasStartedProgram();
-        if (!redo && IsWritten(last) && m_point.record.outputs.size() >= wanted) {
+        const auto written = std::ranges::count(m_point.record.outputs, false, &FileOutput::copy);
+        if (!redo && !last.copy && IsWritten(last) && static_cast<std::size_t>(written) >= wanted) {
             ResultsAreComplete();
             m_point.left = m_rules.hasFinalAction ? Left::FinalAction : Left::Nothing;
             return;
@@ -144,8 +146,9 @@ private:
         if (m_inPlace || record.outputs.empty()) return;
         if (record.sha256.empty()) record.sha256 = InputHash();
         if (record.sha256.empty()) return;
-        const bool copied = std::any_of(record.outputs.begin(), record.outputs.end(),
-                                        [&](const FileOutput& output) { return output.sha256 == record.sha256; });
+        const bool copied = std::any_of(record.outputs.begin(), record.outputs.end(), [&](const FileOutput& output) {
+            return !output.copy && output.sha256 == record.sha256;
+        });
         if (copied) record.outcome = FileOutcome::CopiedUnchanged;
     }
 

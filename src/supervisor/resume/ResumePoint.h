@@ -42,6 +42,7 @@ struct ResumeRules {
 /// What the supervisor has to know of a run.
 struct RunFacts {
     ResumeRules rules = {};
+    bool reports = false;                   ///< what is found in the files is reported
     bool inputLeaves = false;               ///< the final action moves, renames or deletes it
     std::vector<std::string> folders = {};  ///< of results and of final actions, as far as the job names them
 };

@@ -289,8 +289,8 @@ void CFilesForWorkers::TakeUp(FileInHand& hand)
 CFilesForWorkers::Readiness CFilesForWorkers::TakeUpWhatWasBegun(FileInHand& hand)
 {
     ResumeRules rules = m_parts.facts.rules;
-    // Who was to lose its input must have been complete, and that is not known.
-    rules.redoResults = m_parts.facts.inputLeaves;
+    // Who was to lose its input must have been complete, and what was found in it reported: that is not known.
+    rules.redoResults = m_parts.facts.inputLeaves || m_parts.facts.reports;
     ResumePoint point = FindResumePoint(hand.file, hand.intents, hand.results, rules);
     switch (point.left) {
         case Left::Everything:

@@ -146,7 +146,7 @@ TEST_F(SafetyRules, OneWorkerWhenAStepLooksBeyondItsDocument)
     } rows[] = {{Step("QLNX_FerrulePasswordProtectCommand"), false},
                 {shared(SharedWork::Index), true},
                 {shared(SharedWork::Index, false), false},
-                {shared(SharedWork::Report), true},
+                {shared(SharedWork::Report), false},
                 {calledBack(StepMaker::Other), true},
                 {Step("Maker:Stamp", true, StepMaker::Other), false},
                 {calledBack(StepMaker::Host), false},

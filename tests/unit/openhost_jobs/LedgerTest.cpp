@@ -97,6 +97,24 @@ TEST_F(Ledger, RecordsInputOutputsAndFinalAction)
     EXPECT_EQ(record.milliseconds, 25u);
 }
 
+TEST_F(Ledger, TellsCopiesFromResults)
+{
+    Begin(folder.Write("in.pdf", "one"));
+    Put(folder.Write(".t", "two"), folder / "out.pdf");
+    ledger.Copying(true);
+    Put(folder.Write(".t", "one"), folder / "copy.pdf");
+    ledger.Copying(false);
+    const FileRecord record = Done();
+    ASSERT_EQ(source.asked.size(), 2u);
+    EXPECT_FALSE(source.asked[0].copy);
+    EXPECT_TRUE(source.asked[1].copy);
+    const auto read = FileRecordFrom(FileRecordJson(record));
+    ASSERT_EQ(read->outputs.size(), 2u);
+    EXPECT_FALSE(read->outputs[0].copy);
+    EXPECT_TRUE(read->outputs[1].copy);
+    EXPECT_TRUE(IntendedActFrom(IntendedActJson(source.asked[1]))->copy);
+}
+
 TEST_F(Ledger, TellsWhetherAnActHappenedByTheDisk)
 {
     const std::string in = folder / "in", to = folder / "to";

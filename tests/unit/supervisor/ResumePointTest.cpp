@@ -38,8 +38,9 @@ public:
     void Intend(const std::string& intents)
     {
         const std::map<std::string, std::pair<Act, bool>> acts = {
-            {"put", {Act::Put, false}},  {"step-start", {Act::Start, false}}, {"copy", {Act::Put, true}},
-            {"move", {Act::Move, true}}, {"delete", {Act::Delete, true}},     {"start", {Act::Start, true}}};
+            {"put", {Act::Put, false}},   {"beside", {Act::Put, false}}, {"step-start", {Act::Start, false}},
+            {"copy", {Act::Put, true}},   {"move", {Act::Move, true}},   {"delete", {Act::Delete, true}},
+            {"start", {Act::Start, true}}};
         const std::vector<std::string> words = Split(intents, " ");
         for (std::size_t at = 0; at + 1 < words.size(); at += 2) {
             const bool replaces = words[at].ends_with('!');
@@ -52,6 +53,7 @@ public:
                                  .target = act == Act::Delete ? "" : m_folder / words[at + 1].substr(0, equals),
                                  .sha256 = Hash(words[at + 1].substr(equals + 1))});
             m_intents.back().replaces = replaces;
+            m_intents.back().copy = words[at] == "beside";
         }
     }
 
@@ -122,6 +124,12 @@ TEST(ResumePoint, DecidesFromWhatIsOnTheDisk)
         {"out=result", "put out=result", two, "everything out -out: in=input out=result"},
         {"out=result other=more", "put out=result put! other=more", two,
          "final action saved out other hashed: in=input other=more out=result"},
+        // Copies beside the results are no results, and are taken back with them.
+        {"beside=input", "beside beside=input", usual, "everything beside -beside: beside=input in=input"},
+        {"out=result beside=input", "put out=result beside beside=input", usual,
+         "everything out beside -out -beside: beside=input in=input out=result"},
+        {"out=result beside=input", "beside beside=input put out=result", usual,
+         "final action saved beside out hashed: beside=input in=input out=result"},
         // Moves are completed, as across file systems, only when nothing can get lost.
         {"", "move done=input", usual, "final action saved: in=input"},
         {"done=input", "move done=input", usual, "nothing saved done: done=input"},

@@ -265,7 +265,7 @@ static void CheckRegistrations(void)
     Expect(host.notificationCount == 1 && host.notifications[0].selector == 0,
            "it wants to hear when the host has started");
     RunStage("it initialises", data.initialise);
-    Expect(host.handlerCount == 4, "it registers four commands (%d)", host.handlerCount);
+    Expect(host.handlerCount == COMMANDS, "it registers its commands (%d)", host.handlerCount);
     Expect(host.idleCount == 0, "nothing is scheduled before the host has started");
     Call(host.notifications[0].procedure, (uintptr_t)host.notifications[0].data, NULL);
     Expect(host.idleCount == 0 && !host.quitWanted, "nor afterwards, when no sequence is named");

@@ -179,12 +179,12 @@ void CManifestRun::Process()
 {
     m_observer.Planned(m_options.plan);
     m_log.Preamble(m_header.preamble);
-    COutcomeSorter order(
-        *m_done, [this](const DonePlace& place) { return ReadDone(place); },
-        [this](const DoneFile& done, bool written) {
-            m_record.Add(done.record);
-            m_log.File(done, written);
-        });
+    COutcomeSorter::Reader reader;
+    if (!IsTrial()) reader = [this](const DonePlace& place) { return ReadDone(place); };
+    COutcomeSorter order(*m_done, std::move(reader), [this](const DoneFile& done, bool written) {
+        m_record.Add(done.record);
+        m_log.File(done, written);
+    });
     COutcomeRecorder results(
         {.done = *m_done, .journal = IsTrial() ? nullptr : &m_journal, .order = &order, .observer = m_observer},
         m_progress);
@@ -203,26 +203,36 @@ void CManifestRun::Process()
     Close(end, m_problem, results);
 }
 
+/// A trial in which nothing is pretended, as when files are only searched, gives no file a name that others would
+/// see.
+int CManifestRun::Workers() const
+{
+    const bool touchesNothing = m_header.outputsPerFile == 0 && !m_header.reports && !m_header.startsPrograms &&
+                                !m_header.reach.anywhere &&
+                                m_header.order.description.finalAction == FinalAction::Nothing;
+    if (m_header.oneWorker || (IsTrial() && !touchesNothing)) return 1;
+    return std::clamp(m_engine.jobs, 1, std::max(m_filesLeft, 1));
+}
+
 LoopEnd CManifestRun::RunLoop(CFilesForWorkers& queue, COutcomeRecorder& results)
 {
     RunOrder order = m_header.order;
     order.run = Tag();
-    CRunLoop loop(
-        {.engine = m_engine,
-         .starter = m_starter,
-         .facts = m_facts,
-         .inputs = m_groupedInputs,
-         .queue = queue,
-         .results = results,
-         .observer = m_observer,
-         .pretended = m_pretended,
-         .guard = m_options.guard,
-         .changedWork = [this] { return ChangedWork(m_header); },
-         .order = std::move(order),
-         .run = Tag(),
-         .total = m_header.total,
-         .workers = m_header.oneWorker || IsTrial() ? 1 : std::clamp(m_engine.jobs, 1, std::max(m_filesLeft, 1)),
-         .interruptsSeen = m_options.interruptsSeen});
+    CRunLoop loop({.engine = m_engine,
+                   .starter = m_starter,
+                   .facts = m_facts,
+                   .inputs = m_groupedInputs,
+                   .queue = queue,
+                   .results = results,
+                   .observer = m_observer,
+                   .pretended = m_pretended,
+                   .guard = m_options.guard,
+                   .changedWork = [this] { return ChangedWork(m_header); },
+                   .order = std::move(order),
+                   .run = Tag(),
+                   .total = m_header.total,
+                   .workers = Workers(),
+                   .interruptsSeen = m_options.interruptsSeen});
     if (m_early && !queue.Empty()) loop.Adopt(std::move(m_early));
     m_early.reset();
     const LoopEnd end = loop.Run();

@@ -53,6 +53,7 @@ private:
     bool PrepareKeeping();
     bool OpenOutputs();
     void Process();
+    int Workers() const;
     LoopEnd RunLoop(CFilesForWorkers& queue, COutcomeRecorder& results);
     void Close(LoopEnd end, const std::string& problem, const COutcomeRecorder& results);
     void CloseOutputs();

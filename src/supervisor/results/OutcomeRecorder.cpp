@@ -12,7 +12,10 @@ COutcomeSorter::COutcomeSorter(const CDoneIndex& done, Reader reader, Taker take
 
 void COutcomeSorter::Done(const DoneFile& done, bool written)
 {
-    if (done.record.number != m_next) return;
+    if (done.record.number != m_next) {
+        if (!m_reader) m_waiting.insert_or_assign(done.record.number, done);
+        return;
+    }
     ++m_next;
     m_taker(done, written);
     Advance();
@@ -32,6 +35,12 @@ void COutcomeSorter::Advance()
 void COutcomeSorter::PassOn(int number)
 {
     const DonePlace place = m_done.At(number);
+    if (!m_reader) {
+        auto kept = m_waiting.extract(number);
+        if (kept) return m_taker(kept.mapped(), place.logged);
+        m_failed = true;
+        return;
+    }
     const auto done = m_reader(place);
     if (done && done->record.number == number) return m_taker(*done, place.logged);
     m_failed = true;

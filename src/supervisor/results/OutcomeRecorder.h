@@ -3,6 +3,7 @@
 
 #include <array>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -13,10 +14,11 @@
 #include "supervisor/journal/JournalIndex.h"
 
 /// Puts what is done in any order into input order: passes each outcome on as soon as those of all earlier files are
-/// known. Waiting ones are read again from their journal, so they take no memory. Everything is borrowed.
+/// known. Waiting ones are read again from their journal, so they take no memory; without a reader, as in a trial,
+/// which has no journal, they are kept. Everything is borrowed.
 class COutcomeSorter {
 public:
-    /// Reads an outcome again; nothing when that fails.
+    /// Reads an outcome again; nothing when that fails. May be empty.
     using Reader = std::function<std::optional<DoneFile>(const DonePlace& place)>;
     /// `written`: an earlier start of the run has logged it.
     using Taker = std::function<void(const DoneFile& done, bool written)>;
@@ -37,6 +39,7 @@ private:
     void PassOn(int number);
 
     const CDoneIndex& m_done;
+    std::map<int, DoneFile> m_waiting;  // by number; empty with a reader
     Reader m_reader;
     Taker m_taker;
     int m_next = 1;

@@ -20,6 +20,17 @@ function(ferrule_describe target description)
   target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}_version>)
 endfunction()
 
+# ferrule_controls_of_today(<target>): a library whose controls look as today whatever the host's own do. What it asks the system
+# for is in a resource of its own, which the library names when it opens windows.
+function(ferrule_controls_of_today target)
+  set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}_controls.rc)
+  file(CONFIGURE OUTPUT ${source} CONTENT "2 24 \"${CMAKE_CURRENT_FUNCTION_LIST_DIR}/windows/controls.manifest\"\n")
+  set_source_files_properties(${source} PROPERTIES
+    OBJECT_DEPENDS ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/windows/controls.manifest)
+  add_library(${target}_controls OBJECT ${source})
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}_controls>)
+endfunction()
+
 if(NOT WIN32)
   return()
 endif()

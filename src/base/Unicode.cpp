@@ -243,3 +243,37 @@ std::u32string WithoutPresentationForm(char32_t character)
     if (length <= 0 || static_cast<std::size_t>(length) > kLongest) return std::u32string(1, character);
     return {letters, letters + length};
 }
+
+bool IsPartOfWord(char32_t character)
+{
+    switch (utf8proc_category(static_cast<utf8proc_int32_t>(character))) {
+        case UTF8PROC_CATEGORY_LU:
+        case UTF8PROC_CATEGORY_LL:
+        case UTF8PROC_CATEGORY_LT:
+        case UTF8PROC_CATEGORY_LM:
+        case UTF8PROC_CATEGORY_LO:
+        case UTF8PROC_CATEGORY_MN:
+        case UTF8PROC_CATEGORY_MC:
+        case UTF8PROC_CATEGORY_ME:
+        case UTF8PROC_CATEGORY_ND:
+        case UTF8PROC_CATEGORY_NL:
+        case UTF8PROC_CATEGORY_NO:
+        case UTF8PROC_CATEGORY_CO:
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::u32string FoldedForSearch(char32_t character)
+{
+    constexpr std::size_t kLongest = 32;
+    utf8proc_int32_t letters[kLongest];
+    int lastClass = 0;
+    constexpr auto kHow = static_cast<utf8proc_option_t>(UTF8PROC_DECOMPOSE | UTF8PROC_COMPAT | UTF8PROC_CASEFOLD |
+                                                         UTF8PROC_STRIPMARK | UTF8PROC_IGNORE);
+    const auto length =
+        utf8proc_decompose_char(static_cast<utf8proc_int32_t>(character), letters, kLongest, kHow, &lastClass);
+    if (length < 0 || static_cast<std::size_t>(length) > kLongest) return std::u32string(1, character);
+    return {letters, letters + length};
+}

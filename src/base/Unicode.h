@@ -49,3 +49,8 @@ bool IsWhiteSpace(char32_t character);
 bool IsLetter(char32_t character);
 /// The letters that a ligature or another presentation form of letters stands for; else the character itself.
 std::u32string WithoutPresentationForm(char32_t character);
+/// Letters, marks and digits of all scripts, and characters for private use; what stands between words is none.
+bool IsPartOfWord(char32_t character);
+/// What is compared when neither letter case nor accents nor the form of a letter matter: no, one or several
+/// characters. A mark folds to nothing.
+std::u32string FoldedForSearch(char32_t character);

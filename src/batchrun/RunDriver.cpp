@@ -175,7 +175,9 @@ ExecutionResult CRunDriver::RunFiles(const RunSettings& settings, CWork& work)
         .fileDone = [&](const ProcessedFile& file) { events.FileDone(file); },
         .sequencePreflight = [&](bool begins) { events.SequencePreflight(begins); },
         .inputs = m_services.inputs};
-    return RunWork(settings.execution, work, nullptr, callbacks, m_services.log);
+    CCustomMonitor monitor;
+    const bool shown = settings.showProgress && monitor.Start(m_services.progressWindow);
+    return RunWork(settings.execution, work, shown ? &monitor : nullptr, callbacks, m_services.log);
 }
 
 std::string CRunDriver::LeaveOutFinalAction(const char* because, const std::string& message)

@@ -5,6 +5,7 @@
 
 #include "batchrun/RunEvents.h"
 #include "batchrun/RunSettings.h"
+#include "common/Progress.h"
 #include "engine/Executor.h"
 
 class CInputSource;
@@ -22,6 +23,8 @@ struct RunDriverServices {
     CHostCloser& host;
     /// Borrowed; hands out the input files. Null: they are collected.
     CInputSource* inputs = nullptr;
+    /// Makes the window that shows the progress of a run that wants one; empty where there are no windows.
+    CCustomMonitor::WindowFactory progressWindow = {};
     /// In place of doing the work.
     WorkUse use = {};
 };

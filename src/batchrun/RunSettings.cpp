@@ -78,6 +78,7 @@ RunSettings ReadRunSettings(const EnvironmentReader& environment, CLogWriter& lo
                          .finalAction = FinalActionOf(finalAction),
                          .destination = destination,
                          .executeInSteps = IsYes(Trim(inSteps)),
+                         .showProgress = !IsYes(Trim(noProgress)),
                          .execution = {}};
     settings.execution.alternativeInputPath = CleanPath(alternativeInput);
     settings.execution.alternativeOutputPath = CleanPath(alternativeOutput);

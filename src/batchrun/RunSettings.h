@@ -18,6 +18,7 @@ struct RunSettings {
     FinalAction finalAction = FinalAction::Nothing;
     std::string destination;
     bool executeInSteps = false;  // logged, without effect on the processing
+    bool showProgress = false;    // where the host has windows
     ExecutorSettings execution;
 };
 

@@ -3,6 +3,8 @@
 #include "engine/SearchWork.h"
 #include "engine/SequenceWork.h"
 #include "protocol/Json.h"
+#include "protocol/ProtectOrder.h"
+#include "tools/ProtectWork.h"
 
 namespace {
 
@@ -13,12 +15,24 @@ Expected<std::unique_ptr<CWork>> MakeSequenceWork(const WorkDescription& descrip
 
 Expected<std::unique_ptr<CWork>> MakeSearchWork(const WorkDescription& description)
 {
-    const auto order = SearchOrderFrom(ParseObject(description.settings).value_or(Json::object()));
+    auto order = SearchOrderFrom(ParseObject(description.settings).value_or(Json::object()));
     if (!order) return Failure(order.Error());
-    return std::unique_ptr<CWork>(std::make_unique<CSearchWork>(*order));
+    return std::unique_ptr<CWork>(
+        std::make_unique<CSearchWork>(std::move(*order), WorkFilePath(description, kSearchRules)));
 }
 
-constexpr WorkKind kKinds[] = {{kSequenceWork, MakeSequenceWork}, {kSearchWork, MakeSearchWork}};
+Expected<std::unique_ptr<CWork>> MakeProtectWork(const WorkDescription& description)
+{
+    auto order = ProtectOrderFrom(ParseObject(description.settings).value_or(Json::object()));
+    if (!order) return Failure(order.Error());
+    PasswordFiles files{.owner = WorkFilePath(description, kOwnerPasswordFile),
+                        .open = WorkFilePath(description, kOpenPasswordFile),
+                        .table = WorkFilePath(description, kPasswordTable)};
+    return std::unique_ptr<CWork>(std::make_unique<CProtectWork>(std::move(*order), std::move(files)));
+}
+
+constexpr WorkKind kKinds[] = {
+    {kSequenceWork, MakeSequenceWork}, {kSearchWork, MakeSearchWork}, {kProtectWork, MakeProtectWork}};
 
 }  // namespace
 

@@ -76,7 +76,9 @@ std::string ValueProblem(const OptionRow& row, const std::string& value)
 std::string OperandProblem(const OperandRow& row, const std::string& value)
 {
     if (row.kind == ValueKind::Choice) return ChoiceProblem(row.choices, value);
-    return value.empty() ? "it takes a path, not an empty text" : "";
+    if (!value.empty()) return {};
+    return std::string("it takes a ") + (row.kind == ValueKind::Text ? "word or more" : "path") +
+           ", not an empty text";
 }
 
 constexpr int kManyOperands = 1 << 28;

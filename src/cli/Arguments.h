@@ -15,6 +15,9 @@ namespace cli {
 
 enum ExitCode { kExitFine = 0, kExitBroken = 1, kExitUsage = 2, kExitNotAllFine = 3, kExitStopped = 130 };
 
+/// Of commands that look for something, as grep has them.
+enum SearchExit { kFound = 0, kNothingFound = 1, kTrouble = 2 };
+
 /// Ends the command with one sentence for the person who typed it. Caught in the main program only.
 class CCommandError : public std::runtime_error {
 public:

@@ -7,9 +7,13 @@
 #include "base/LikelyName.h"
 #include "base/Text.h"
 #include "cli/Arguments.h"
+#include "cli/BatchFileCommand.h"
+#include "cli/CacheCommand.h"
 #include "cli/Generated.h"
 #include "cli/Help.h"
+#include "cli/IndexCommand.h"
 #include "cli/LogCommand.h"
+#include "cli/ProtectCommand.h"
 #include "cli/RunCommands.h"
 #include "cli/SearchCommand.h"
 #include "cli/SequenceCommands.h"
@@ -47,12 +51,21 @@ CommandFunction FunctionOf(const std::string& name)
         {"plan", PlanCommand},
         {"merge", MergeCommand},
         {"undo", UndoCommand},
+        {"protect", ProtectCommand},
         {"search", SearchCommand},
         {"text", TextCommand},
+        {"index create", IndexCreateCommand},
+        {"index build", IndexBuildCommand},
+        {"index purge", IndexPurgeCommand},
+        {"index status", IndexStatusCommand},
+        {"index search", IndexSearchCommand},
         {"sequence show", SequenceShowCommand},
         {"sequence check", SequenceCheckCommand},
         {"sequence new", SequenceNewCommand},
         {"sequence convert", SequenceConvertCommand},
+        {"batchfile", BatchFileCommand},
+        {"cache status", CacheStatusCommand},
+        {"cache clear", CacheClearCommand},
         {"log", LogCommand},
         {"generate", GenerateCommand},
     };

@@ -221,4 +221,53 @@ CommandRow SequenceConvertRow()
     return row;
 }
 
+CommandRow BatchFileRow()
+{
+    CommandRow row{
+        .name = "batchfile",
+        .summary = "write a command file that starts an unattended run",
+        .text =
+            "The file sets the variables of a run and starts the host. Its first argument is the file or folder to "
+            "take inputs from, its second the folder for the results; without them the sequence says both.\n\n"
+            "The command interpreter of Windows reads some characters otherwise wherever they stand, so a value with "
+            "one of % \" & ^ | < > is refused for the form bat.",
+        .operands = {{.name = "SEQUENCE", .help = "Sequence file (.sequ)."}},
+        .examples = {{"A script for a scheduler:", "ferrule batchfile protect.sequ --output nightly.sh"},
+                     {"Moves what is done:",
+                      "ferrule batchfile protect.sequ --final-action move --destination done --output nightly.sh"}}};
+    AddSection(row, "Options",
+               {{.name = "--form",
+                 .kind = ValueKind::Choice,
+                 .valueName = "FORM",
+                 .help = "For the command interpreter of Windows, or for a shell; without it as this system has.",
+                 .choices = {"bat", "sh"}},
+                {.name = "--output",
+                 .shortName = "-o",
+                 .kind = ValueKind::File,
+                 .valueName = "FILE",
+                 .help = "The file to write; without it to standard output."},
+                OverwriteOption()});
+    AddSection(row, "What the run does",
+               {{.name = "--ext",
+                 .kind = ValueKind::Text,
+                 .valueName = "LIST",
+                 .help = "Accepted extensions, separated by commas; without it the sequence decides."},
+                {.name = "--no-subfolders", .help = "Take files from the top of the folder only."},
+                {.name = "--final-action",
+                 .kind = ValueKind::FinalAction,
+                 .valueName = "NAME",
+                 .help = "What happens to each input once its result is there; name or code.",
+                 .fallback = "nothing"},
+                {.name = "--destination",
+                 .kind = ValueKind::Path,
+                 .valueName = "PLACE",
+                 .help = "Where the final action puts the input: a folder, for rename the new name, for execute the "
+                         "program."},
+                {.name = "--in-steps", .help = "Set EXECUTEINSTEPS."},
+                {.name = "--no-progress", .help = "Show no window with the progress, where the host has windows."},
+                {.name = "--hidden", .help = "Start the host without its window."}});
+    AddSection(row, "", ProgramOptions());
+    return row;
+}
+
 }  // namespace cli

@@ -1,5 +1,5 @@
-// The rows of the command table, one function for each command; those of run, plan and merge are in RunRows, those of
-// search and text in SearchRows.
+// The rows of the command table, one function for each command; those of run, plan and merge are in RunRows, that of
+// protect in ProtectRows, those of search and text in SearchRows, those of index in IndexRows.
 #pragma once
 
 #include "cli/CommandTable.h"
@@ -10,12 +10,21 @@ CommandRow RunRow();
 CommandRow PlanRow();
 CommandRow MergeRow();
 CommandRow UndoRow();
+CommandRow ProtectRow();
 CommandRow SearchRow();
 CommandRow TextRow();
+CommandRow IndexCreateRow();
+CommandRow IndexBuildRow();
+CommandRow IndexPurgeRow();
+CommandRow IndexStatusRow();
+CommandRow IndexSearchRow();
 CommandRow SequenceShowRow();
 CommandRow SequenceCheckRow();
 CommandRow SequenceNewRow();
 CommandRow SequenceConvertRow();
+CommandRow BatchFileRow();
+CommandRow CacheStatusRow();
+CommandRow CacheClearRow();
 CommandRow LogRow();
 CommandRow GenerateRow();
 
@@ -26,6 +35,7 @@ void AddSection(CommandRow& command, const std::string& heading, std::vector<Opt
 std::vector<OptionRow> ProgramOptions();
 OptionRow JsonOption(const std::string& what);
 OptionRow PasswordOption();
+OptionRow NoCacheOption();
 /// The number of workers, and what each of them may use.
 std::vector<OptionRow> WorkerOptions();
 

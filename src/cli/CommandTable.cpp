@@ -9,9 +9,12 @@ namespace cli {
 const std::vector<CommandRow>& Commands()
 {
     static const std::vector<CommandRow> rows = {
-        RunRow(),  PlanRow(),         MergeRow(),         UndoRow(),        SearchRow(),
-        TextRow(), SequenceShowRow(), SequenceCheckRow(), SequenceNewRow(), SequenceConvertRow(),
-        LogRow(),  GenerateRow(),
+        RunRow(),          PlanRow(),          MergeRow(),       UndoRow(),
+        ProtectRow(),      SearchRow(),        TextRow(),        IndexCreateRow(),
+        IndexBuildRow(),   IndexPurgeRow(),    IndexStatusRow(), IndexSearchRow(),
+        SequenceShowRow(), SequenceCheckRow(), SequenceNewRow(), SequenceConvertRow(),
+        BatchFileRow(),    LogRow(),           CacheStatusRow(), CacheClearRow(),
+        GenerateRow(),
     };
     return rows;
 }

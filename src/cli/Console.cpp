@@ -73,6 +73,14 @@ bool IsWideControl(std::string_view text, std::size_t at)
 
 }  // namespace
 
+std::string ShownPath(const std::string& path)
+{
+    static const std::string here = platform::AbsolutePath(".");
+    const bool below = path.size() > here.size() + 1 && path.starts_with(here) &&
+                       (path[here.size()] == '/' || path[here.size()] == '\\');
+    return Printable(below ? path.substr(here.size() + 1) : path);
+}
+
 std::string Printable(std::string_view text)
 {
     std::string printable;

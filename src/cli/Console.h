@@ -56,6 +56,8 @@ private:
 std::string Printable(std::string_view text);
 /// The same for a text that may have several lines.
 std::string PrintableLines(std::string_view text);
+/// The same for a path, without the folder that people are in.
+std::string ShownPath(const std::string& path);
 
 /// A text that comes in pieces, with the tabs and line ends that it is made of.
 class CPrintableText {

@@ -7,6 +7,7 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
+#include "common/ProductPaths.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "protocol/FinalAction.h"
@@ -30,7 +31,9 @@ std::vector<std::string> PlugInsOfFolder(const std::string& folder)
     return plugIns;
 }
 
-/// The run takes blanks and double quotes from both ends of paths. A separator keeps them from the end of a folder.
+}  // namespace
+
+// The run takes blanks and double quotes from both ends of paths. A separator keeps them from the end of a folder.
 std::string KeptAsItIs(const std::string& path)
 {
     if (path == RemoveQuotes(path)) return path;
@@ -38,22 +41,12 @@ std::string KeptAsItIs(const std::string& path)
     FailStart(path + ": a name that ends with a blank or a double quote cannot be passed on; please rename the file");
 }
 
-}  // namespace
-
 std::string ExistingPath(const std::string& typed)
 {
     const std::string path = platform::AbsolutePath(typed);
     if (!platform::FileExists(path) && !platform::FolderExists(path))
         FailStart(path + ": there is no such file or folder");
     return KeptAsItIs(path);
-}
-
-namespace {
-
-void RequireReadable(const std::string& path)
-{
-    if (const auto readable = platform::CheckReadable(path); !readable)
-        FailStart(path + ": " + platform::ErrorText(readable.errorNumber));
 }
 
 std::string ReadDestination(const CArguments& arguments, const FinalActionFacts& action)
@@ -75,6 +68,14 @@ std::string ReadDestination(const CArguments& arguments, const FinalActionFacts&
     return action.destination == Destination::Folder || (action.destination == Destination::Program && hasSeparator)
                ? platform::AbsolutePath(place)
                : place;
+}
+
+namespace {
+
+void RequireReadable(const std::string& path)
+{
+    if (const auto readable = platform::CheckReadable(path); !readable)
+        FailStart(path + ": " + platform::ErrorText(readable.errorNumber));
 }
 
 /// Need not be there yet. What is kept must not be an input of the next run.
@@ -139,6 +140,13 @@ std::string FilePath(const CArguments& arguments, const char* option)
     return path;
 }
 
+std::string UserTextCache() { return MakeTextCacheFolder(platform::UserCacheFolder()); }
+
+std::string ReadTextCache(const CArguments& arguments)
+{
+    return arguments.Has("--no-cache") ? std::string() : UserTextCache();
+}
+
 EngineOptions ReadEngine(const CArguments& arguments)
 {
     EngineOptions engine;
@@ -176,30 +184,38 @@ RunDescription ReadRequest(const CArguments& arguments, WorkDescription work)
 {
     const FinalActionFacts& action = *FindFinalAction(arguments.Text("--final-action"));
     const std::string destination = ReadDestination(arguments, action);
-    RunDescription request;
-    request.work = std::move(work);
-    for (WorkFile& file : request.work.files) file.path = ExistingPath(file.path);
-    for (const std::string& input : arguments.All("--input")) request.inputs.push_back(ExistingPath(input));
-    if (arguments.Has("--output")) request.outputFolder = ExistingPath(arguments.Text("--output"));
-    request.keepOriginals = ReadKeptFolder(arguments, request);
+    std::vector<std::string> inputs;
+    for (WorkFile& file : work.files) file.path = ExistingPath(file.path);
+    for (const std::string& input : arguments.All("--input")) inputs.push_back(ExistingPath(input));
+    RunDescription request = ReadPlaces(arguments, std::move(work), std::move(inputs));
     request.finalAction = action.action;
     request.destination = destination;
     const std::string extensions = Trim(arguments.Text("--ext"));
     if (!EqualsIgnoreCaseAscii(extensions, "all")) request.extensions = extensions;
-    request.noSubfolders = arguments.Has("--no-subfolders");
-    request.minAgeSeconds = static_cast<int>(arguments.Number("--min-age"));
     request.skipUnavailable = arguments.Has("--skip-unavailable");
     request.allowNoOutput = arguments.Has("--allow-no-output");
     request.allowInPlace = arguments.Has("--allow-in-place");
-    request.acceptDamaged = arguments.Has("--accept-damaged");
     request.force = arguments.Has("--force");
     return request;
 }
 
-RunOptions ReadRun(const CArguments& arguments, WorkDescription work)
+RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs)
+{
+    RunDescription request;
+    request.work = std::move(work);
+    request.inputs = std::move(inputs);
+    if (arguments.Has("--output")) request.outputFolder = ExistingPath(arguments.Text("--output"));
+    request.keepOriginals = ReadKeptFolder(arguments, request);
+    request.noSubfolders = arguments.Has("--no-subfolders");
+    request.minAgeSeconds = static_cast<int>(arguments.Number("--min-age"));
+    request.acceptDamaged = arguments.Has("--accept-damaged");
+    return request;
+}
+
+RunOptions ReadRun(const CArguments& arguments, RunDescription request)
 {
     RunOptions options;
-    options.request = ReadRequest(arguments, std::move(work));
+    options.request = std::move(request);
     options.engine = ReadEngine(arguments);
     options.retryFailed = arguments.Has("--retry-failed");
     options.resume = arguments.Has("--resume") || options.retryFailed;

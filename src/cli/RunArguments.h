@@ -3,8 +3,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "cli/Arguments.h"
+#include "protocol/FinalAction.h"
 #include "supervisor/RunOptions.h"
 
 namespace cli {
@@ -15,8 +17,19 @@ std::string OptionalPath(const CArguments& arguments, const char* option);
 /// The same for what has to be a file.
 std::string FilePath(const CArguments& arguments, const char* option);
 
+/// The path as it can be passed on to a run. Fails for a name that cannot.
+std::string KeptAsItIs(const std::string& path);
+
 /// An absolute path, looked for already, so that nothing is started for one that was mistyped.
 std::string ExistingPath(const std::string& typed);
+
+/// The folder of the user's text cache. Fails: empty, when the user has no folder for such.
+std::string UserTextCache();
+/// The folder in which words of documents are kept; empty with --no-cache.
+std::string ReadTextCache(const CArguments& arguments);
+
+/// --destination as the action takes it: a folder and a program's path are absolute.
+std::string ReadDestination(const CArguments& arguments, const FinalActionFacts& action);
 
 /// The host program, the plug-ins and, where the command has such options, the limits of the workers.
 EngineOptions ReadEngine(const CArguments& arguments);
@@ -27,8 +40,12 @@ WorkDescription ReadSequenceWork(const CArguments& arguments);
 /// for.
 RunDescription ReadRequest(const CArguments& arguments, WorkDescription work);
 
+/// The same for work whose inputs are known, without what only sequences have: where results go, what is kept of the
+/// inputs, and which of them are taken.
+RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs);
+
 /// The options of a whole run, all but those that say how to report.
-RunOptions ReadRun(const CArguments& arguments, WorkDescription work);
+RunOptions ReadRun(const CArguments& arguments, RunDescription request);
 /// Options of "run" with a manifest.
 ShardOptions ReadShard(const CArguments& arguments);
 

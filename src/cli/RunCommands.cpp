@@ -83,22 +83,28 @@ int RunOfSequence(const CArguments& arguments, const Screen& screen)
 {
     if (arguments.Has("--shard") || arguments.Has("--journal"))
         FailUsage("--shard and --journal belong to a plan; name it with --manifest");
-    RunOptions options = ReadRun(arguments, ReadSequenceWork(arguments));
+    const RunOptions options = ReadRun(arguments, ReadRequest(arguments, ReadSequenceWork(arguments)));
+    SayExtensions(arguments, screen);
+    return RunAndReport(options, arguments, screen);
+}
+
+}  // namespace
+
+int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen)
+{
+    RefuseTwoKindsOfData(arguments);
     FitWorkers(options.engine, arguments, screen);
     const std::string record = OptionalPath(arguments, "--record");
     const PrintOptions print{.quiet = arguments.Has("--quiet"),
                              .dryRun = options.dryRun,
                              .recordToData = record == "-",
                              .jobs = options.engine.jobs};
-    SayExtensions(arguments, screen);
     if (record != "-") options.recordPath = record;
     CRunPrinter printer(screen, print);
     const RunResult result = RunPlanned(options, printer);
     return Conclude(result, printer, arguments, screen,
                     {.dryRun = options.dryRun, .canResume = true, .kept = result.recordPath});
 }
-
-}  // namespace
 
 int RunCommand(const CArguments& arguments, const Screen& screen)
 {

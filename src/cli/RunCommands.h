@@ -1,8 +1,9 @@
-// The commands that process files: run, plan, merge.
+// The commands that process files: run, plan, merge; protect has a file of its own.
 #pragma once
 
 #include "cli/Arguments.h"
 #include "cli/Console.h"
+#include "supervisor/RunOptions.h"
 
 namespace cli {
 
@@ -10,5 +11,8 @@ namespace cli {
 int RunCommand(const CArguments& arguments, const Screen& screen);
 int PlanCommand(const CArguments& arguments, const Screen& screen);
 int MergeCommand(const CArguments& arguments, const Screen& screen);
+
+/// Does a whole run and reports on it as "run" does, as far as the command has these options. The exit code.
+int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen);
 
 }  // namespace cli

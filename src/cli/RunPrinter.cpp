@@ -139,8 +139,19 @@ WorkDone DoneOf(const RunProgress& progress)
 
 }  // namespace
 
+void CRunProgressLine::Show(const RunProgress& progress)
+{
+    if (progress.filesTotal <= 0) return;
+    const std::uint64_t now = m_screen.milliseconds();
+    if (!m_meter.Begun())
+        m_meter.Begin(static_cast<std::uint64_t>(progress.filesTotal), progress.bytesTotal, DoneOf(progress), now);
+    m_meter.Update(DoneOf(progress));
+    m_status.Show([&](std::size_t width) { return m_meter.Bar(now, width, m_screen.colour); },
+                  [&] { return m_meter.Sentence(now); });
+}
+
 CRunPrinter::CRunPrinter(const Screen& screen, const PrintOptions& options)
-    : m_screen(screen), m_options(options), m_status(screen)
+    : m_screen(screen), m_options(options), m_line(screen), m_status(m_line.Status())
 {
 }
 
@@ -190,16 +201,5 @@ void CRunPrinter::Remark(const std::string& text)
 void CRunPrinter::Warning(const std::string& text) { m_status.Message("ferrule: warning: " + Printable(text)); }
 
 void CRunPrinter::Tick(const RunProgress& progress) { ShowProgress(progress); }
-
-void CRunPrinter::ShowProgress(const RunProgress& progress)
-{
-    if (m_options.quiet || progress.filesTotal <= 0) return;
-    const std::uint64_t now = m_screen.milliseconds();
-    if (!m_meter.Begun())
-        m_meter.Begin(static_cast<std::uint64_t>(progress.filesTotal), progress.bytesTotal, DoneOf(progress), now);
-    m_meter.Update(DoneOf(progress));
-    m_status.Show([&](std::size_t width) { return m_meter.Bar(now, width, m_screen.colour); },
-                  [&] { return m_meter.Sentence(now); });
-}
 
 }  // namespace cli

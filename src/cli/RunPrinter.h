@@ -49,6 +49,20 @@ private:
     std::uint64_t m_startMs = 0;
 };
 
+/// How far a run is, in the status line.
+class CRunProgressLine {
+public:
+    explicit CRunProgressLine(const Screen& screen) : m_screen(screen), m_status(screen) {}
+
+    void Show(const RunProgress& progress);
+    CStatusLine& Status() { return m_status; }
+
+private:
+    const Screen& m_screen;
+    CStatusLine m_status;
+    CProgressMeter m_meter;
+};
+
 /// 1234567 as "1,234,567".
 std::string Grouped(std::uint64_t number);
 /// "0:07", "1:02:03".
@@ -90,13 +104,16 @@ public:
     std::uint64_t BrokenSignatures() const { return m_brokenSignatures; }
 
 private:
-    void ShowProgress(const RunProgress& progress);
+    void ShowProgress(const RunProgress& progress)
+    {
+        if (!m_options.quiet) m_line.Show(progress);
+    }
     void PrintPretended(const FileRecord& record);
 
     const Screen& m_screen;
     PrintOptions m_options;
-    CStatusLine m_status;
-    CProgressMeter m_meter;
+    CRunProgressLine m_line;
+    CStatusLine& m_status;
     std::vector<Unfine> m_unfine;
     std::uint64_t m_unfineCount = 0;
     std::uint64_t m_brokenSignatures = 0;

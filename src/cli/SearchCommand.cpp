@@ -1,11 +1,13 @@
 #include "cli/SearchCommand.h"
 
-#include <charconv>
 #include <set>
 #include <utility>
 
+#include "base/Names.h"
 #include "base/Text.h"
 #include "cli/RunArguments.h"
+#include "cli/RunPrinter.h"
+#include "platform/Files.h"
 #include "platform/Paths.h"
 #include "protocol/Json.h"
 #include "protocol/SearchOrder.h"
@@ -14,8 +16,6 @@
 namespace cli {
 
 namespace {
-
-enum SearchExit { kFound = 0, kNothingFound = 1, kTrouble = 2 };
 
 constexpr std::string_view kRangeMark = "..";
 
@@ -29,18 +29,9 @@ std::pair<std::string, std::string> PagesOf(const std::string& typed)
 
 SearchArea AreaOf(const std::string& typed)
 {
-    const auto pieces = Split(typed, ",");
-    SearchArea area{};
-    bool good = pieces.size() == area.size();
-    for (std::size_t i = 0; good && i < area.size(); ++i) {
-        const std::string piece = Trim(pieces[i]);
-        const auto [end, error] = std::from_chars(piece.data(), piece.data() + piece.size(), area[i]);
-        good = error == std::errc() && end == piece.data() + piece.size();
-    }
-    if (!good) FailUsage("--area takes left, bottom, right and top in points, such as 0,700,300,842");
-    if (area[0] > area[2]) std::swap(area[0], area[2]);
-    if (area[1] > area[3]) std::swap(area[1], area[3]);
-    return area;
+    const auto area = ParseSearchArea(typed);
+    if (!area) FailUsage("--area takes left, bottom, right and top in points, such as 0,700,300,842");
+    return *area;
 }
 
 /// Patterns and paths as they were typed: without --pattern the first operand is the pattern.
@@ -51,17 +42,28 @@ struct SearchWords {
 SearchWords TakeWords(const CArguments& arguments)
 {
     SearchWords words{arguments.All("--pattern"), arguments.Operands()};
-    if (words.patterns.empty() && !words.paths.empty()) {
+    const bool byRules = arguments.Has("--rules");
+    if (words.patterns.empty() && !words.paths.empty() && !byRules) {
         words.patterns.push_back(words.paths.front());
         words.paths.erase(words.paths.begin());
     }
-    if (words.patterns.empty()) FailUsage("say what to look for");
+    if (words.patterns.empty() && !byRules) FailUsage("say what to look for");
     if (words.paths.empty()) FailUsage("name files or folders to search in; a single \".\" is the current folder");
     return words;
 }
 
+/// What a file of rules says itself.
+void RefuseWithRules(const CArguments& arguments)
+{
+    for (const char* option : {"--pattern", "--regex", "--ignore-case", "--whole-words", "--line-ends", "--format",
+                               "--pages", "--area", "--files-with-matches"})
+        if (arguments.Has("--rules") && arguments.Has(option))
+            FailUsage(std::string(option) + " has no meaning with --rules, whose file says that for each rule");
+}
+
 SearchOrder OrderOf(const CArguments& arguments, const std::vector<std::string>& patterns)
 {
+    RefuseWithRules(arguments);
     SearchOrder order;
     for (const std::string& pattern : patterns) {
         if (pattern.empty()) FailUsage("an empty text is found nowhere");
@@ -74,17 +76,46 @@ SearchOrder OrderOf(const CArguments& arguments, const std::vector<std::string>&
     }
     if (arguments.Has("--pages")) std::tie(order.firstPage, order.lastPage) = PagesOf(arguments.Text("--pages"));
     if (arguments.Has("--area")) order.area = AreaOf(arguments.Text("--area"));
-    order.firstMatchOnly = arguments.Has("--files-with-matches");
+    order.firstMatchOnly = arguments.Has("--files-with-matches") && !arguments.Has("--report");
+    const std::string folder = OptionalPath(arguments, "--copy-to");
+    // A trial makes no folder, and there is nothing to try in one that is not there.
+    if (!arguments.Has("--dry-run") || platform::FolderExists(folder)) order.copyFolder = folder;
+    order.reportFile = FilePath(arguments, "--report");
     return order;
 }
 
-/// Without the folder that people are in.
-std::string ShownPath(const std::string& path)
+WorkDescription WorkOf(const CArguments& arguments, const SearchOrder& order)
 {
-    static const std::string here = platform::AbsolutePath(".");
-    const bool below = path.size() > here.size() + 1 && path.starts_with(here) &&
-                       (path[here.size()] == '/' || path[here.size()] == '\\');
-    return Printable(below ? path.substr(here.size() + 1) : path);
+    WorkDescription work{.kind = kSearchWork, .files = {}, .settings = LineOf(SearchOrderJson(order))};
+    if (arguments.Has("--rules")) work.files.push_back({kSearchRules, ExistingPath(arguments.Text("--rules"))});
+    return work;
+}
+
+/// Whether something is written: copies, reports, or whatever a file of rules may say.
+bool Acts(const CArguments& arguments)
+{
+    return arguments.Has("--copy-to") || arguments.Has("--report") || arguments.Has("--rules");
+}
+
+/// Whether nothing is to be done for good, and nothing be left behind: no plan, no journal, no log.
+bool IsTrial(const CArguments& arguments)
+{
+    if (!Acts(arguments) && arguments.Has("--resume"))
+        FailUsage("--resume goes on with a search that copies or reports; any other is simply done again");
+    if (arguments.Has("--resume") && arguments.Has("--dry-run"))
+        FailUsage("--dry-run tries out a whole search; leave --resume out");
+    return !Acts(arguments) || arguments.Has("--dry-run");
+}
+
+/// Before hours of searching end in nothing.
+void PrepareTargets(const SearchOrder& order)
+{
+    if (const std::string folder = FolderOf(order.reportFile); !folder.empty() && !platform::FolderExists(folder))
+        FailStart("there is no folder " + Printable(folder) + " for the report");
+    if (order.copyFolder.empty()) return;
+    if (const auto made = platform::CreateFolders(order.copyFolder); !made)
+        FailStart("the folder " + Printable(order.copyFolder) + " cannot be made (" +
+                  platform::ErrorText(made.errorNumber) + ")");
 }
 
 /// Prints what was found, file by file in the order of the inputs.
@@ -92,6 +123,7 @@ class CSearchPrinter final : public CRunObserver {
 public:
     CSearchPrinter(const Screen& screen, const CArguments& arguments)
         : m_screen(screen),
+          m_line(screen),
           m_quiet(arguments.Has("--quiet")),
           m_json(arguments.Has("--json")),
           m_count(arguments.Has("--count")),
@@ -99,12 +131,20 @@ public:
     {
     }
 
+    /// Only for somebody who watches.
+    void FileDone(const FileRecord&, const RunProgress& progress) override { Tick(progress); }
+    void Tick(const RunProgress& progress) override
+    {
+        if (m_screen.terminal && !m_quiet) m_line.Show(progress);
+    }
+    void Finish() { m_line.Status().Clear(); }
     void RecordLine(const std::string& json) override
     {
         const auto record = FileRecordFrom(ParseObject(json).value_or(Json::object()));
         if (!record) return;
         const Json array = Json::parse(record->findings, nullptr, false);
         const auto findings = FindingsFrom(array.is_array() ? array : Json::array());
+        if (!findings.empty() || m_count) m_line.Status().Clear();  // they may go to the same terminal
         m_found += findings.size();
         Print(record->path, findings);
         if (record->outcome != FileOutcome::Saved)
@@ -112,7 +152,7 @@ public:
         else if (!m_quiet && !record->message.empty())
             Say(record->path, record->message);
     }
-    void Remark(const std::string& text) override { *m_screen.messages << "ferrule: " << Printable(text) << '\n'; }
+    void Remark(const std::string& text) override { m_line.Status().Message("ferrule: " + Printable(text)); }
     void Warning(const std::string& text) override { Remark("warning: " + text); }
 
     std::uint64_t Found() const { return m_found; }
@@ -139,10 +179,11 @@ private:
     }
     void Say(const std::string& path, const std::string& message)
     {
-        *m_screen.messages << "ferrule: " << ShownPath(path) << ": " << PrintableLines(message) << '\n';
+        m_line.Status().Message("ferrule: " + ShownPath(path) + ": " + PrintableLines(message));
     }
 
     const Screen& m_screen;
+    CRunProgressLine m_line;
     bool m_quiet, m_json, m_count, m_names;
     std::uint64_t m_found = 0;
 };
@@ -159,19 +200,22 @@ int ExitOf(const RunResult& result, std::uint64_t found)
 int SearchCommand(const CArguments& arguments, const Screen& screen)
 {
     const SearchWords words = TakeWords(arguments);
+    const SearchOrder order = OrderOf(arguments, words.patterns);
     RunOptions options;
-    options.request.work = {.kind = kSearchWork,
-                            .settings = LineOf(SearchOrderJson(OrderOf(arguments, words.patterns)))};
+    options.request.work = WorkOf(arguments, order);
     for (const std::string& path : words.paths) options.request.inputs.push_back(ExistingPath(path));
     options.request.noSubfolders = arguments.Has("--no-subfolders");
     options.request.extensions = "pdf";
     options.request.acceptDamaged = true;
     options.engine = ReadEngine(arguments);
-    // A search leaves nothing behind: no plan, no journal, no log.
-    options.dryRun = true;
+    options.engine.textCacheFolder = ReadTextCache(arguments);
+    options.dryRun = IsTrial(arguments);
+    options.resume = arguments.Has("--resume");
+    if (!options.dryRun) PrepareTargets(order);
     if (const std::string record = OptionalPath(arguments, "--record"); record != "-") options.recordPath = record;
     CSearchPrinter printer(screen, arguments);
     const RunResult result = RunPlanned(options, printer);
+    printer.Finish();
     if (!result.message.empty()) *screen.messages << "ferrule: " << PrintableLines(result.message) << '\n';
     return ExitOf(result, printer.Found());
 }
@@ -212,8 +256,10 @@ int TextCommand(const CArguments& arguments, const Screen& screen)
     if (arguments.Has("--area")) job["area"] = AreaOf(arguments.Text("--area"));
     CRunObserver nobody;
     CPagePrinter printer(screen, arguments.Has("--json"));
-    const JobResult result = RunJob(ReadEngine(arguments), LineOf(job), nobody,
-                                    [&](const std::string& report) { printer.Report(report); });
+    EngineOptions engine = ReadEngine(arguments);
+    engine.textCacheFolder = ReadTextCache(arguments);
+    const JobResult result =
+        RunJob(engine, LineOf(job), nobody, [&](const std::string& report) { printer.Report(report); });
     if (result.exit == ExitClass::Fine) return kExitFine;
     if (result.diedEarly)
         for (const std::string& line : result.errorLines) *screen.messages << Printable(line) << '\n';

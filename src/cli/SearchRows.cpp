@@ -27,6 +27,11 @@ OptionRow AreaOption()
 
 }  // namespace
 
+OptionRow NoCacheOption()
+{
+    return {.name = "--no-cache", .help = "Read every document anew, and keep nothing of it; see \"ferrule cache\"."};
+}
+
 CommandRow SearchRow()
 {
     CommandRow row{
@@ -34,8 +39,9 @@ CommandRow SearchRow()
         .summary = "find text in documents",
         .text =
             "Looks for a text, or for several, in every PDF file, and prints where it stands. Words that are "
-            "divided at the end of a line are whole, and a text that goes on in the next line is found. Nothing is "
-            "changed, and nothing is left behind.\n\n"
+            "divided at the end of a line are whole, and a text that goes on in the next line is found. No document "
+            "is changed. What is read of documents that are not encrypted is kept for the next time in a folder of "
+            "your own, unless --no-cache is given.\n\n"
             "Expressions are those of Perl; \\w, \\d, \\s and \\b know ASCII only, \\p{L} and its like know every "
             "letter. A leading \"!\" finds the files in which the rest does not match.\n\n"
             "Ends with 0 when something was found, with 1 when nothing was, and with 2 when a file could not be "
@@ -49,11 +55,15 @@ CommandRow SearchRow()
                       .help = "Files and folders to search in.",
                       .optional = true,
                       .repeatable = true}},
-        .examples = {{"Where is this phrase?", "ferrule search 'payable within' contracts"},
-                     {"Which files mention one of two names, in any letter case?",
-                      "ferrule search -e Miller -e Meyer -i -l contracts"},
-                     {"The invoice numbers in the upper right corner of the first pages:",
-                      "ferrule search --regex 'No\\. (\\d+)' --format '\\1' --pages 1 --area 300,700,595,842 in"}}};
+        .examples = {
+            {"Where is this phrase?", "ferrule search 'payable within' contracts"},
+            {"Which files mention one of two names, in any letter case?",
+             "ferrule search -e Miller -e Meyer -i -l contracts"},
+            {"The invoice numbers in the upper right corner of the first pages:",
+             "ferrule search --regex 'No\\. (\\d+)' --format '\\1' --pages 1 --area 300,700,595,842 in"},
+            {"Copy every file that mentions a name, with a list of the places:",
+             "ferrule search Miller contracts --copy-to found --report found.txt"},
+            {"Search by the rules that were saved in Acrobat:", "ferrule search --rules contracts.pdfsearch in"}}};
     AddSection(row, "What to look for",
                {{.name = "--pattern",
                  .shortName = "-e",
@@ -70,10 +80,29 @@ CommandRow SearchRow()
                  .kind = ValueKind::Text,
                  .valueName = "FORM",
                  .help = "What to print of a match: \\0 to \\99 and \\g<name> are what its groups hold."}});
+    AddSection(
+        row, "Rules, copies and reports",
+        {{.name = "--rules",
+          .kind = ValueKind::File,
+          .valueName = "FILE",
+          .help = "Search by the rules of this file (.pdfsearch) instead of patterns, and do what they say: "
+                  "scripts, copies, reports. Changes that a script makes are not saved."},
+         {.name = "--copy-to",
+          .kind = ValueKind::Folder,
+          .valueName = "FOLDER",
+          .help = "Copy each file in which something is found into this folder, which is made when it is missing. "
+                  "A name that is taken gets a number. \"ferrule undo\" takes the copies away."},
+         {.name = "--report",
+          .kind = ValueKind::File,
+          .valueName = "FILE",
+          .help = "Write what was found into this file, and beside it as CSV. Only an older report is replaced."},
+         {.name = "--dry-run", .shortName = "-n", .help = "Only search: no copies, no reports."},
+         {.name = "--resume", .help = "Go on with the same search after it was stopped or broke off."}});
     AddSection(row, "Where",
                {PagesOption(),
                 AreaOption(),
                 {.name = "--no-subfolders", .help = "Take files from the top of each folder only."},
+                NoCacheOption(),
                 PasswordOption()});
     AddSection(
         row, "What is printed",
@@ -99,8 +128,33 @@ CommandRow TextRow()
         .operands = {{.name = "FILE", .help = "PDF file."}},
         .examples = {{"The heading of the second page:", "ferrule text letter.pdf --pages 2 --area 0,700,595,842"}}};
     AddSection(row, "Options",
-               {PagesOption(), AreaOption(), PasswordOption(), JsonOption("One JSON object for each page.")});
+               {PagesOption(), AreaOption(), NoCacheOption(), PasswordOption(),
+                JsonOption("One JSON object for each page.")});
     AddSection(row, "", ProgramOptions());
+    return row;
+}
+
+CommandRow CacheStatusRow()
+{
+    CommandRow row{
+        .name = "cache status",
+        .summary = "show what is kept of documents that were read",
+        .text =
+            "\"ferrule search\" and \"ferrule text\" keep the words of documents in a folder that only you "
+            "may look into: never of encrypted ones, and at most 1 GiB; what was not used for the longest "
+            "time goes first. Runs of sequences keep nothing.",
+        .examples = {{"", "ferrule cache status"}}};
+    AddSection(row, "Options", {JsonOption("One JSON object.")});
+    return row;
+}
+
+CommandRow CacheClearRow()
+{
+    CommandRow row{.name = "cache clear",
+                   .summary = "remove what is kept of documents that were read",
+                   .text = "Removes the words that searches have kept; the documents themselves are not touched.",
+                   .examples = {{"", "ferrule cache clear"}}};
+    AddSection(row, "Options", {{.name = "--dry-run", .shortName = "-n", .help = "Only say what would be removed."}});
     return row;
 }
 

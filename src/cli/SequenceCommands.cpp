@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "base/Text.h"
+#include "cli/JobAnswer.h"
 #include "cli/RunArguments.h"
 #include "cli/Summary.h"
 #include "platform/Files.h"
@@ -111,34 +112,6 @@ namespace {
 
 constexpr std::uint64_t kLongestPasswordFile = 64 * 1024;
 
-/// Tells warnings and remarks of a host that does one small job.
-class CJobPrinter final : public CRunObserver {
-public:
-    explicit CJobPrinter(const Screen& screen) : m_screen(screen) {}
-    void Remark(const std::string& text) override { *m_screen.messages << "ferrule: " << Printable(text) << '\n'; }
-    void Warning(const std::string& text) override { Remark("warning: " + text); }
-
-private:
-    const Screen& m_screen;
-};
-
-/// What the job reports under "sequence"; nothing when it could not be done, which is said then.
-std::optional<Json> Answer(const CArguments& arguments, const Json& job, const Screen& screen)
-{
-    CJobPrinter printer(screen);
-    const JobResult result = RunJob(ReadEngine(arguments), LineOf(job), printer);
-    for (const std::string& report : result.reports) {
-        const Json answer = Json::parse(report, nullptr, false);
-        if (result.exit == ExitClass::Fine && answer.is_object() && answer.contains("sequence"))
-            return answer["sequence"];
-    }
-    if (result.diedEarly)
-        for (const std::string& line : result.errorLines) *screen.messages << Printable(line) << '\n';
-    const std::string message = result.message.empty() ? "the host answered nothing" : result.message;
-    *screen.messages << "ferrule: " << PrintableLines(message) << '\n';
-    return std::nullopt;
-}
-
 void PrintFindings(const std::string& path, const Json& findings, std::ostream& stream)
 {
     for (const Json& finding : findings) stream << FindingText(path, finding);
@@ -223,7 +196,7 @@ int ConcludeWriting(const CArguments& arguments, const Json& answer, const char*
 int SequenceShowCommand(const CArguments& arguments, const Screen& screen)
 {
     const Json job = {{"kind", "sequence-show"}, {"path", SequencePath(arguments.Operands().front())}};
-    const auto answer = Answer(arguments, job, screen);
+    const auto answer = AnswerOfJob(arguments, job, screen);
     if (!answer) return kExitBroken;
     *screen.data << (arguments.Has("--json") ? SortedLineOf(*answer) + "\n" : SequenceText(*answer));
     return kExitFine;
@@ -239,7 +212,7 @@ int SequenceCheckCommand(const CArguments& arguments, const Screen& screen)
     for (const std::string& file : arguments.Operands()) {
         Json job = {{"kind", "sequence-check"}, {"path", SequencePath(file)}};
         job["description"] = RunDescriptionJson(run);
-        const auto answer = Answer(arguments, job, screen);
+        const auto answer = AnswerOfJob(arguments, job, screen);
         if (!answer) return kExitBroken;
         const bool ok = answer->value("ok", false);
         allOk = allOk && ok;
@@ -275,7 +248,7 @@ Json NewSequenceJob(const CArguments& arguments)
 
 int SequenceNewCommand(const CArguments& arguments, const Screen& screen)
 {
-    const auto answer = Answer(arguments, NewSequenceJob(arguments), screen);
+    const auto answer = AnswerOfJob(arguments, NewSequenceJob(arguments), screen);
     if (!answer) return kExitBroken;
     return ConcludeWriting(arguments, *answer, "findings", arguments.Operands().front(), arguments.Operands().front(),
                            screen);
@@ -291,7 +264,7 @@ int SequenceConvertCommand(const CArguments& arguments, const Screen& screen)
                 {"allowLoss", arguments.Has("--allow-loss")}};
     PutText(job, "title", arguments, "--title");
     PutText(job, "description", arguments, "--description");
-    const auto answer = Answer(arguments, job, screen);
+    const auto answer = AnswerOfJob(arguments, job, screen);
     if (!answer) return kExitBroken;
     return ConcludeWriting(arguments, *answer, "losses", arguments.Operands()[0], arguments.Operands()[1], screen);
 }

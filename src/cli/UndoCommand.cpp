@@ -1,6 +1,7 @@
 #include "cli/UndoCommand.h"
 
 #include "cli/Console.h"
+#include "cli/RunPrinter.h"
 #include "cli/Summary.h"
 #include "platform/Paths.h"
 #include "protocol/Json.h"
@@ -34,7 +35,7 @@ std::string StepText(Kind kind, bool dryRun)
 class CUndoPrinter final : public CUndoObserver {
 public:
     CUndoPrinter(const Screen& screen, const CArguments& arguments)
-        : m_screen(screen), m_dryRun(arguments.Has("--dry-run")), m_quiet(arguments.Has("--quiet"))
+        : m_screen(screen), m_status(screen), m_dryRun(arguments.Has("--dry-run")), m_quiet(arguments.Has("--quiet"))
     {
     }
 
@@ -47,24 +48,41 @@ public:
         if (++m_problems == 1) Say("This cannot be taken back:");
         if (m_problems <= kMostProblems) Say("  " + Printable(sentence));
     }
+    void Remark(const std::string& sentence) override
+    {
+        if (++m_remarks <= kMostProblems && !m_quiet) Say(Printable(sentence));
+    }
+    void Progress(std::string_view what, std::size_t done, std::size_t all) override
+    {
+        if (m_quiet) return;
+        const auto sentence = [&] { return Grouped(done) + " of " + Grouped(all) + " acts " + std::string(what); };
+        m_status.Show([&](std::size_t width) { return sentence().substr(0, width); }, sentence);
+    }
     void Step(Kind kind, const std::string& path) override
     {
-        if (const std::string text = StepText(kind, true); m_dryRun && !m_quiet && !text.empty())
+        if (const std::string text = StepText(kind, true); m_dryRun && !m_quiet && !text.empty()) {
+            m_status.Clear();
             *m_screen.data << Printable(path) << ": " << text << '\n';
+        }
     }
     void Finish()
     {
+        m_status.Clear();
+        if (m_remarks > kMostProblems && !m_quiet)
+            Say(Counted(static_cast<std::uint64_t>(m_remarks - kMostProblems), "more result is", "more results are") +
+                " no longer there.");
         if (m_problems > kMostProblems)
             Say("  and " + Counted(static_cast<std::uint64_t>(m_problems - kMostProblems), "thing", "things") +
                 " more");
     }
 
 private:
-    void Say(const std::string& text) { *m_screen.messages << text << '\n' << std::flush; }
+    void Say(const std::string& text) { m_status.Message(text); }
 
     const Screen& m_screen;
+    CStatusLine m_status;
     bool m_dryRun, m_quiet;
-    int m_problems = 0;
+    int m_problems = 0, m_remarks = 0;
 };
 
 std::string SummaryLine(const UndoResult& result, bool dryRun)

@@ -44,6 +44,16 @@ BatchCommandProperties FerruleStep(const StepDescription& description, const cha
     return properties;
 }
 
+DialogOutcome ChooseFileParameter(CCabEditor parameters, const char* key, const DialogServices& dialogs,
+                                  FileChoice choice)
+{
+    choice.initial = parameters.StringOrText(key).value_or("");
+    const auto path = dialogs.windows.OpenFile(choice);
+    if (!path) return DialogOutcome::Cancelled;
+    parameters.PutString(key, *path);
+    return DialogOutcome::Confirmed;
+}
+
 CBatchCommand::CBatchCommand(BatchCommandProperties properties) : m_properties(std::move(properties))
 {
     m_record.size = sizeof m_record;
@@ -103,7 +113,9 @@ bool CBatchCommand::Initialize() { return true; }
 AVCommandStatus CBatchCommand::ShowDialog(AVCommand command)
 {
     const CCabEditor parameters = CommandCab(command, kParams, false);
-    return parameters ? StatusOf(ShowSettingsDialog(parameters)) : StatusOf(DialogOutcome::Failed);
+    if (!parameters) return StatusOf(DialogOutcome::Failed);
+    const auto dialogs = m_dialogs ? m_dialogs() : Expected<DialogServices>(Failure("There are no windows."));
+    return StatusOf(dialogs ? ShowSettingsDialog(parameters, *dialogs) : DialogOutcome::Cancelled);
 }
 
 AVCommandStatus CBatchCommand::Work(AVCommand command)

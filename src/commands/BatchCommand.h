@@ -2,10 +2,12 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hostapi/HostRecords.h"
 #include "hostcalls/Cab.h"
+#include "ui/Windows.h"
 
 class CLogWriter;
 struct StepDescription;
@@ -67,6 +69,7 @@ public:
     /// The host has taken the handler in; false makes it drop the handler.
     virtual bool Initialize();
 
+    /// Without a window system the answer is "cancelled" and nothing changes.
     virtual AVCommandStatus ShowDialog(AVCommand command);
 
     /// Done when the step's own work succeeds, else in error. Needs a document among the command's inputs.
@@ -84,13 +87,16 @@ protected:
     /// The lines that tell people what the step is going to do.
     virtual std::vector<std::string> DescribeParameters(CCabView parameters) const = 0;
 
-    /// Without a window system the answer is "cancelled" and nothing changes.
-    virtual DialogOutcome ShowSettingsDialog(CCabEditor parameters) = 0;
+    /// Lets the user change the parameters.
+    virtual DialogOutcome ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs) = 0;
 
     /// Works on one open document; false puts the command in error.
     virtual bool ProcessDocument(const CommandTarget& target, CCabView parameters) = 0;
 
 public:
+    /// Where the dialogs for the settings come from.
+    void UseDialogs(DialogSource dialogs) { m_dialogs = std::move(dialogs); }
+
     const BatchCommandProperties& Properties() const { return m_properties; }
     AVCommandHandlerRec& HandlerRecord() { return m_record; }
     bool IsReleased() const { return m_released; }
@@ -103,8 +109,13 @@ private:
 
     BatchCommandProperties m_properties;
     AVCommandHandlerRec m_record = {};
+    DialogSource m_dialogs;
     bool m_released = false;
 };
+
+/// Lets the user choose the file that stands under this key.
+[[nodiscard]] DialogOutcome ChooseFileParameter(CCabEditor parameters, const char* key, const DialogServices& dialogs,
+                                                FileChoice choice);
 
 /// The group under which the host lists all of the plug-in's steps.
 inline constexpr char kFerruleGroupTitle[] = "Ferrule Plug-in";

@@ -6,6 +6,7 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
+#include "commands/DlgSecuritySettings.h"
 #include "commands/PagePassword.h"
 #include "commands/SecuritySettings.h"
 #include "hostcalls/Application.h"
@@ -13,6 +14,7 @@
 #include "hostcalls/Commands.h"
 #include "pdflib/AcrobatDoc.h"
 #include "protocol/Json.h"
+#include "protocol/ProtectOrder.h"
 #include "sequence/Findings.h"
 #include "sequence/SequenceFile.h"
 #include "sequence/StepChecks.h"
@@ -30,6 +32,16 @@ void CheckReadable(CSequenceFindings& findings)
     findings.Note("metadata-readable",
                   "The descriptive metadata of the document (title, author, keywords and the like) stay readable "
                   "without a password; its pages do not.");
+}
+
+/// All changes allowed means all rights given.
+void CheckVoidRights(const SecuritySettings& settings, CSequenceFindings& findings)
+{
+    const bool refusesSome = !settings.canPrint || !settings.hiResPrinting || !settings.canCopy;
+    if (settings.allowAll && refusesSome)
+        findings.Warning("restrictions-void",
+                         "The step refuses printing or copying, but these restrictions have no effect while all "
+                         "changes are allowed (\"AllowAll\").");
 }
 
 void CheckTable(const SecuritySettings& settings, CSequenceFindings& findings)
@@ -131,46 +143,33 @@ void CheckProtectStep(const SequenceStep& step, CSequenceFindings& findings)
     CheckPasswordIsTaken("open", protection.openPassword, aes256, findings);
     CheckPasswordIsTaken("permissions", protection.permissionsPassword, aes256, findings);
     if (!protection.isRc4) CheckReadable(findings);
+    CheckVoidRights(settings, findings);
     CheckTable(settings, findings);
     CheckPagePassword(settings, findings);
 }
 
 // ---- such a step made from words
 
-struct Word {
-    const char* word;
-    const char* parameter;
-};
-constexpr Word kRights[] = {
-    {"print", "CanPrint"},       {"print-high", "HiResPrinting"},     {"copy", "CanCopy"},
-    {"edit", "CanEdit"},         {"annotate", "CanEditNotes"},        {"fill-forms", "CanFillForms"},
-    {"assemble", "CanAssemble"}, {"templates", "CanCreateTemplates"}, {"extract", "CanExtractPages"}};
+/// The parameter of each right.
+constexpr std::pair<DocumentRight, const char*> kRights[] = {
+    {DocumentRight::Print, "CanPrint"},         {DocumentRight::PrintHigh, "HiResPrinting"},
+    {DocumentRight::Copy, "CanCopy"},           {DocumentRight::Edit, "CanEdit"},
+    {DocumentRight::Annotate, "CanEditNotes"},  {DocumentRight::FillForms, "CanFillForms"},
+    {DocumentRight::Assemble, "CanAssemble"},   {DocumentRight::Templates, "CanCreateTemplates"},
+    {DocumentRight::Extract, "CanExtractPages"}};
 
-struct Method {
-    const char* word;
-    int code;
-};
-constexpr Method kMethods[] = {{"rc4", 1}, {"aes128", 2}, {"aes256", 3}, {"", 3}};
-
-Expected<int> MethodCode(const std::string& word)
+Expected<ProtectMethod> MethodToUse(const std::string& word)
 {
-    for (const Method& method : kMethods)
-        if (word == method.word) return method.code;
+    if (word.empty()) return ProtectMethod::Aes256;
+    if (const auto method = FindProtectMethod(word)) return *method;
     return Failure("There is no encryption method \"" + word + "\"; choose \"aes256\", \"aes128\" or \"rc4\".");
 }
 
 /// The rights to give; all of them when none are named.
-Expected<std::vector<std::string>> RightsToGive(const Json& protect)
+Expected<DocumentRights> RightsToGive(const Json& protect)
 {
-    std::vector<std::string> all, given = BytesListAt(protect, "allow");
-    for (const Word& right : kRights) all.emplace_back(right.word);
-    if (!protect.contains("allow")) return all;
-    for (const std::string& right : given)
-        if (std::find(all.begin(), all.end(), right) == all.end())
-            return Failure("There is no right \"" + right +
-                           "\" to allow; the rights are print, print-high, copy, edit, " +
-                           "annotate, fill-forms, assemble, templates and extract.");
-    return given;
+    if (!protect.contains("allow")) return AllDocumentRights();
+    return DocumentRightsFrom(BytesListAt(protect, "allow"));
 }
 
 Expected<WorkflowCommand> ProtectStepFromWords(const Json& protect)
@@ -178,16 +177,15 @@ Expected<WorkflowCommand> ProtectStepFromWords(const Json& protect)
     const std::string user = BytesAt(protect, "userPassword"), owner = BytesAt(protect, "ownerPassword");
     if (Trim(user).empty() && Trim(owner).empty())
         return Failure("Give a password to open the documents, one for their permissions, or both.");
-    const auto method = MethodCode(BytesAt(protect, "method"));
+    const auto method = MethodToUse(BytesAt(protect, "method"));
     if (!method) return Failure(method.Error());
     const auto rights = RightsToGive(protect);
     if (!rights) return Failure(rights.Error());
     WorkflowCommand command{kHandler, "Protect", {}, "", ""};
     CSettingsRecord& items = command.parameters;
     items.PutBool("AllowAll", false);
-    for (const Word& right : kRights)
-        items.PutBool(right.parameter, std::find(rights->begin(), rights->end(), right.word) != rights->end());
-    items.PutInt("EncryptionMethod", *method);
+    for (const auto& [right, parameter] : kRights) items.PutBool(parameter, rights->contains(right));
+    items.PutInt("EncryptionMethod", EncryptionCode(*method));
     items.PutBool("PasswordProtect", true);
     if (!user.empty()) items.PutWide("Password", user);
     if (!owner.empty()) items.PutWide("PermPassword", owner);
@@ -240,7 +238,15 @@ std::vector<std::string> CBatchCommandPasswordProtect::DescribeParameters(CCabVi
     return {"Require a password to open the document", "Restrict editing or printing of the document"};
 }
 
-DialogOutcome CBatchCommandPasswordProtect::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Cancelled; }
+DialogOutcome CBatchCommandPasswordProtect::ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs)
+{
+    CDlgSecuritySettings dialog(dialogs, ReadSecuritySettings(RecordFromCab(parameters)),
+                                "The passwords become part of the sequence, in clear: whoever can read its file can "
+                                "read them.");
+    if (!dialog.Show()) return DialogOutcome::Cancelled;
+    parameters.CopyFrom(CabFromRecord(WriteSecuritySettings(dialog.Settings())).View());
+    return DialogOutcome::Confirmed;
+}
 
 // A host error goes up: the command must not end as done when the document could not be secured.
 bool CBatchCommandPasswordProtect::ProcessDocument(const CommandTarget& target, CCabView parameters)

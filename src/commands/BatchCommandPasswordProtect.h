@@ -11,6 +11,6 @@ public:
 private:
     void SetDefaultParameters(CCabEditor parameters) override;
     std::vector<std::string> DescribeParameters(CCabView parameters) const override;
-    DialogOutcome ShowSettingsDialog(CCabEditor parameters) override;
+    DialogOutcome ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs) override;
     bool ProcessDocument(const CommandTarget& target, CCabView parameters) override;
 };

@@ -47,7 +47,13 @@ std::vector<std::string> CBatchCommandProcessExternal::DescribeParameters(CCabVi
     return {ReplaceAll("Application To Start: %s", "%s", parameters.StringOrText(kProgram).value_or(""))};
 }
 
-DialogOutcome CBatchCommandProcessExternal::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Cancelled; }
+// The default extension is the one of the catalog's indexes.
+DialogOutcome CBatchCommandProcessExternal::ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs)
+{
+    return ChooseFileParameter(parameters, kProgram, dialogs,
+                               {.filter = "Application (*.exe)|*.exe|Batch File (*.bat)|*.bat|All Files (*.*)|*.*||",
+                                .defaultExtension = "pdx"});
+}
 
 bool CBatchCommandProcessExternal::ProcessDocument(const CommandTarget& target, CCabView parameters)
 {

@@ -13,7 +13,7 @@ public:
 private:
     void SetDefaultParameters(CCabEditor parameters) override;
     std::vector<std::string> DescribeParameters(CCabView parameters) const override;
-    DialogOutcome ShowSettingsDialog(CCabEditor parameters) override;
+    DialogOutcome ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs) override;
     bool ProcessDocument(const CommandTarget& target, CCabView parameters) override;
 
     CLogWriter& m_log;

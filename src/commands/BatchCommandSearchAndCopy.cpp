@@ -3,18 +3,15 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "base/Names.h"
-#include "base/Overseer.h"
 #include "base/Text.h"
+#include "commands/DlgSearchText.h"
 #include "common/Log.h"
-#include "hostcalls/Application.h"
+#include "common/ProductPaths.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Jobs.h"
-#include "hostcalls/Scripts.h"
 #include "pdflib/AcrobatDoc.h"
-#include "pdflib/DocumentPages.h"
-#include "platform/Files.h"
 #include "platform/NarrowText.h"
+#include "platform/Paths.h"
 #include "sequence/Findings.h"
 #include "sequence/SequenceFile.h"
 #include "sequence/StepDescription.h"
@@ -51,68 +48,6 @@ const StepDescription kSearchAndCopy{.handler = "QLNX_FerruleSearchAndCopyComman
                                      .secrecy = Secrecy::WhatSoundsLikePasswords,
                                      .check = CheckSettings};
 
-/// Where the filter says nothing that is understood, all fonts count.
-FontFilter FontsOf(const SearchRule& rule)
-{
-    if (!rule.fontFilter) return {};
-    if (const std::string* const name = TextIn(*rule.fontFilter)) return {.name = *name};
-    return {};
-}
-
-std::vector<TextRule> TextRules(const SearchSettings& settings)
-{
-    std::vector<TextRule> rules;
-    for (const SearchRule& rule : settings.rules) {
-        TextRule made{.item = rule.Item(),
-                      .pages = rule.pages,
-                      .countLineEnds = rule.countLineEnds,
-                      .format = rule.format,
-                      .fonts = FontsOf(rule),
-                      .stopOnMatch = rule.stopOnMatch};
-        const SettingsRectangle& area = rule.area;
-        if (rule.useArea && area != SettingsRectangle{})
-            made.area = PageRect{std::min(area.left, area.right), std::min(area.bottom, area.top),
-                                 std::max(area.left, area.right), std::max(area.bottom, area.top)};
-        rules.push_back(std::move(made));
-    }
-    return rules;
-}
-
-std::string NameWithoutExtension(const std::string& path) { return SplitPath(path).base; }
-
-/// A text as a script writes it between single quotes.
-std::string Quoted(const std::string& text)
-{
-    std::string quoted = ReplaceAll(ReplaceAll(text, "\\", "\\\\"), "'", "\\'");
-    return ReplaceAll(ReplaceAll(quoted, "\n", "\\n"), "\r", "\\r");
-}
-
-bool NameIsTaken(const std::string& path)
-{
-    if (const COverseer* const overseer = Overseer())
-        if (const auto exists = overseer->Exists(path)) return *exists;
-    return platform::NameExists(path);
-}
-
-/// Why there is no copy; empty when there is one.
-std::string CopyOf(const std::string& file, const SearchRule& rule)
-{
-    if (file.empty()) return "the document is in no file yet";
-    const std::string name = platform::NarrowFromUtf8(rule.prefix) + NameWithoutExtension(file) +
-                             platform::NarrowFromUtf8(rule.suffix) + ".pdf";
-    if (name.find_first_of(kSeparators) != std::string::npos)
-        return "the name " + name + " would lead into another folder";
-    const std::string wanted = WithTrailingSeparator(rule.copyFolder) + name;
-    const CJobCopying copies;
-    constexpr int kAttempts = 100;  // others may take the name that was free
-    platform::FileResult copied;
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        copied = platform::CopyFile(file, UniqueSpaced(wanted, NameIsTaken), platform::Existing::Fail);
-        if (platform::ProblemOf(copied) != platform::FileProblem::Exists) break;
-    }
-    return copied.Ok() ? std::string() : platform::ErrorText(copied.errorNumber);
-}
-
 }  // namespace
 
 CBatchCommandSearchAndCopy::CBatchCommandSearchAndCopy(CLogWriter& log)
@@ -138,7 +73,26 @@ std::vector<std::string> CBatchCommandSearchAndCopy::DescribeParameters(CCabView
     return lines;
 }
 
-DialogOutcome CBatchCommandSearchAndCopy::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Cancelled; }
+DialogOutcome CBatchCommandSearchAndCopy::ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs)
+{
+    // Rules that cannot be read are not replaced by none.
+    auto settings = SearchSettings::Read(RecordFromCab(parameters));
+    if (!settings) {
+        dialogs.windows.Message(MessageKind::Warning, settings.Error());
+        return DialogOutcome::Failed;
+    }
+    // A step that has no rules yet begins with those of the last one.
+    const std::string lastFile = MakeProductPaths(platform::ApplicationDataFolder()).searchSettingsFile;
+    if (auto last = ReadSearchSettings(lastFile); settings->rules.empty() && last) settings = std::move(last);
+    CDlgSearchText dialog(dialogs, *settings);
+    if (!dialog.Show()) return DialogOutcome::Cancelled;
+    if (const std::string problem = WriteSearchSettings(lastFile, dialog.Settings()); !problem.empty())
+        m_log.NameValue("Search settings are not kept", problem, 0);
+    const CCab changed = CabFromRecord(dialog.Settings().Write());
+    parameters.MakeEmpty();
+    parameters.CopyFrom(changed.View());
+    return DialogOutcome::Confirmed;
+}
 
 bool CBatchCommandSearchAndCopy::ProcessDocument(const CommandTarget& target, CCabView parameters)
 {
@@ -159,70 +113,32 @@ const CBatchCommandSearchAndCopy::Prepared& CBatchCommandSearchAndCopy::Prepare(
     auto settings = SearchSettings::Read(record);
     if (!settings) throw std::runtime_error(settings.Error());
     if (m_prepared.size() >= kMostPrepared) m_prepared.erase(m_prepared.begin());
-    CTextSearch search(TextRules(*settings));
+    CDocumentSearch search(std::move(*settings));
     if (!search.Problem().empty()) m_log.NameValue("ERROR: Search rules", search.Problem(), kIndent);
-    m_prepared.push_back(std::make_unique<Prepared>(std::move(record), std::move(*settings), std::move(search)));
+    m_prepared.push_back(std::make_unique<Prepared>(std::move(record), std::move(search)));
     return *m_prepared.back();
 }
 
 void CBatchCommandSearchAndCopy::SearchDocument(PDDoc document, const Prepared& prepared)
 {
-    const std::string path = CAcrobatDoc(document).CurrentFile();
-    m_log.NameValue("Searching text...", path, kIndent);
-    const CDocumentPages pages(document);
-    const SearchFindings found = prepared.search.Search(document, pages, {});
-    std::vector<ReportedRule> reported;
-    for (std::size_t i = 0; i < found.rules.size(); ++i) {
-        const SearchRule& rule = prepared.settings.rules[i];
-        const RuleFindings& findings = found.rules[i];
-        const int number = static_cast<int>(i) + 1;
-        if (!findings.problem.empty())
-            m_log.NameValue(FormatText("ERROR: Rule %d", number), findings.problem, kIndent);
-        if (!findings.found.empty()) ActOnRule(document, rule, number, path);
-        ReportedRule& entry = reported.emplace_back(ReportedRule{rule.expression, {}});
-        for (const FoundText& text : findings.found) entry.matches.push_back({text.page0, text.text});
-    }
-    if (found.pagesRead > 0 && found.pagesWithoutText == found.pagesRead)
-        m_log.NameValue("WARNING: There is no text on the pages that were searched", path, kIndent);
-    Report(prepared.settings, MakeReportEntry(platform::Utf8FromNarrow(path), reported));
+    m_log.NameValue("Searching text...", CAcrobatDoc(document).CurrentFile(), kIndent);
+    const SearchedDocument searched = prepared.search.Search(
+        document,
+        [&](const std::string& what, const std::string& why) { m_log.NameValue("ERROR: " + what, why, kIndent); });
+    if (searched.found.pagesRead > 0 && searched.found.pagesWithoutText == searched.found.pagesRead)
+        m_log.NameValue("WARNING: There is no text on the pages that were searched", searched.path, kIndent);
+    Report(prepared.search, searched);
 }
 
-void CBatchCommandSearchAndCopy::ActOnRule(PDDoc document, const SearchRule& rule, int number,
-                                           const std::string& path)
+void CBatchCommandSearchAndCopy::Report(const CDocumentSearch& search, const SearchedDocument& searched)
 {
-    const auto tell = [&](const std::string& sentence, const std::string& why) {
-        m_log.NameValue("ERROR: " + sentence, why, kIndent);
-    };
-    if (rule.executeCode) {
-        const std::string name = Quoted(platform::Utf8FromNarrow(NameWithoutExtension(path)));
-        const std::string script = "var originalFileName = '" + name + "'; " + rule.actionCode;
-        if (const auto run = RunScript(document, script); !run)
-            tell(FormatText("Error occured while executed JavaScript code for rule %d, document: %s", number,
-                            path.c_str()),
-                 run.Error());
-    }
-    if (rule.copyFile && !rule.copyFolder.empty()) {
-        if (const std::string problem = CopyOf(path, rule); !problem.empty())
-            tell(FormatText("Error occured while copying file for rule %d, document: %s", number, path.c_str()),
-                 problem);
-    }
-}
-
-void CBatchCommandSearchAndCopy::Report(const SearchSettings& settings, const ReportEntry& entry)
-{
-    const HostVersion version = GetHostVersion();
-    const HostFacts facts{.applicationName = {},
-                          .language = {},
-                          .majorVersion = version.major,
-                          .minorVersion = version.minor,
-                          .buildDate = __DATE__};
     // Whoever gave a job writes the reports, with the outcomes of the files.
     if (JobText()) {
-        const std::string line = ReportEventLine({settings, entry, facts});
+        const std::string line = search.ReportEventOf(searched);
         if (!line.empty()) JobFileFound(line);
         return;
     }
-    m_report.SetFacts(facts);
-    if (const std::string problem = m_report.Add(settings, entry); !problem.empty())
+    m_report.SetFacts(FactsOfThisHost());
+    if (const std::string problem = m_report.Add(search.Settings(), searched.entry); !problem.empty())
         m_log.NameValue("ERROR: No report", problem, kIndent);
 }

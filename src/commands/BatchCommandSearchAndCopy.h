@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "commands/BatchCommand.h"
-#include "pdflib/TextSearch.h"
+#include "pdflib/DocumentSearch.h"
 #include "search/SearchReport.h"
 #include "search/SearchRules.h"
 
@@ -24,19 +24,17 @@ private:
     /// Parameters as they are used, for all documents that come with the same ones.
     struct Prepared {
         CSettingsRecord record;
-        SearchSettings settings;
-        CTextSearch search;
+        CDocumentSearch search;
     };
 
     void SetDefaultParameters(CCabEditor parameters) override;
     std::vector<std::string> DescribeParameters(CCabView parameters) const override;
-    DialogOutcome ShowSettingsDialog(CCabEditor parameters) override;
+    DialogOutcome ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs) override;
     bool ProcessDocument(const CommandTarget& target, CCabView parameters) override;
 
     const Prepared& Prepare(CCabView parameters);
     void SearchDocument(PDDoc document, const Prepared& prepared);
-    void ActOnRule(PDDoc document, const SearchRule& rule, int number, const std::string& path);
-    void Report(const SearchSettings& settings, const ReportEntry& entry);
+    void Report(const CDocumentSearch& search, const SearchedDocument& searched);
 
     CLogWriter& m_log;
     std::vector<std::unique_ptr<Prepared>> m_prepared;  // the latest last

@@ -55,7 +55,11 @@ std::vector<std::string> CCatalogCommand::DescribeParameters(CCabView parameters
     return {ReplaceAll(m_text.description, "%s", IndexPath(parameters))};
 }
 
-DialogOutcome CCatalogCommand::ShowSettingsDialog(CCabEditor) { return DialogOutcome::Cancelled; }
+DialogOutcome CCatalogCommand::ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs)
+{
+    return ChooseFileParameter(parameters, kIndex, dialogs,
+                               {.filter = "Acrobat Catalog Index File (*.pdx)|*.pdx||", .defaultExtension = "pdx"});
+}
 
 bool CCatalogCommand::ProcessDocument(const CommandTarget&, CCabView parameters)
 {

@@ -26,7 +26,7 @@ private:
 
     void SetDefaultParameters(CCabEditor parameters) final;
     std::vector<std::string> DescribeParameters(CCabView parameters) const final;
-    DialogOutcome ShowSettingsDialog(CCabEditor parameters) final;
+    DialogOutcome ShowSettingsDialog(CCabEditor parameters, const DialogServices& dialogs) final;
     bool ProcessDocument(const CommandTarget& target, CCabView parameters) final;
 
     CatalogStepText m_text;

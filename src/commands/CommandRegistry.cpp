@@ -172,10 +172,13 @@ std::vector<CCommandRegistry::Step> AllSteps(CLogWriter& log)
 
 }  // namespace
 
-CCommandRegistry::CCommandRegistry(CLogWriter& log) : m_steps(AllSteps(log))
+CCommandRegistry::CCommandRegistry(CLogWriter& log, const DialogSource& dialogs) : m_steps(AllSteps(log))
 {
     std::vector<const StepDescription*> descriptions;
-    for (const Step& step : m_steps) descriptions.push_back(step.command->Properties().description);
+    for (const Step& step : m_steps) {
+        step.command->UseDialogs(dialogs);
+        descriptions.push_back(step.command->Properties().description);
+    }
     SetOwnSteps(std::move(descriptions));
 }
 

@@ -9,8 +9,8 @@
 /// until the host ends.
 class CCommandRegistry {
 public:
-    /// The log is borrowed and must outlive the registry.
-    explicit CCommandRegistry(CLogWriter& log);
+    /// The log is borrowed and must outlive the registry. `dialogs` gives the steps' dialogs for their settings.
+    explicit CCommandRegistry(CLogWriter& log, const DialogSource& dialogs = {});
     ~CCommandRegistry();
 
     /// Registers every step with the host's command layer. Call once.

@@ -1,6 +1,7 @@
 #include "commands/SecuritySettings.h"
 
 #include <string_view>
+#include <utility>
 
 #include "base/Names.h"
 #include "base/Text.h"
@@ -85,6 +86,26 @@ struct OpenLister {
 };
 
 }  // namespace
+
+std::int32_t EncryptionCode(ProtectMethod method) { return static_cast<std::int32_t>(method) + 1; }
+
+SecuritySettings SettingsFor(ProtectMethod method, const DocumentRights& rights)
+{
+    const std::pair<DocumentRight, bool SecuritySettings::*> flags[] = {
+        {DocumentRight::Print, &SecuritySettings::canPrint},
+        {DocumentRight::PrintHigh, &SecuritySettings::hiResPrinting},
+        {DocumentRight::Copy, &SecuritySettings::canCopy},
+        {DocumentRight::Edit, &SecuritySettings::canEdit},
+        {DocumentRight::Annotate, &SecuritySettings::canEditNotes},
+        {DocumentRight::FillForms, &SecuritySettings::canFillForms},
+        {DocumentRight::Assemble, &SecuritySettings::canAssemble},
+        {DocumentRight::Templates, &SecuritySettings::canCreateTemplates},
+        {DocumentRight::Extract, &SecuritySettings::canExtractPages}};
+    SecuritySettings settings;
+    settings.encryptionMethod = EncryptionCode(method);
+    for (const auto& [right, flag] : flags) settings.*flag = rights.contains(right);
+    return settings;
+}
 
 SecuritySettings ReadSecuritySettings(const CSettingsRecord& parameters)
 {

@@ -8,6 +8,7 @@
 
 #include "common/SettingsRecord.h"
 #include "hostcalls/Documents.h"
+#include "protocol/ProtectOrder.h"
 #include "sequence/StepDescription.h"
 
 // How documents are to be secured: passwords, permissions, encryption, and where a password comes from.
@@ -44,6 +45,11 @@ struct SecuritySettings {
 
     bool operator==(const SecuritySettings&) const = default;
 };
+
+/// The number of a method in the record.
+[[nodiscard]] std::int32_t EncryptionCode(ProtectMethod method);
+/// A fresh record with these rights and this method.
+[[nodiscard]] SecuritySettings SettingsFor(ProtectMethod method, const DocumentRights& rights);
 
 /// The name of the record inside a larger settings container.
 inline constexpr char kSecuritySettingsKey[] = "SecuritySettings";

@@ -5,7 +5,7 @@
 
 std::string CErrorReport::ReportText() const
 {
-    std::string text = "The following errors and warnings have been encountered during the processing.\n";
+    std::string text = std::string(kErrorReportHeading) + "\n";
     for (const auto& entry : m_entries) {
         text.append(entry.isError ? "Error" : "Warning").append("\t").append(entry.description);
         text.append("\t").append(entry.fileName).append("\t").append(std::to_string(entry.fileNumber)).append("\n");

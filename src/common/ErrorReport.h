@@ -11,6 +11,10 @@ struct ErrorReportEntry {
     int fileNumber = 0;  ///< position of the file in the run, from 1
 };
 
+/// What stands over the problems of a run.
+inline constexpr char kErrorReportHeading[] =
+    "The following errors and warnings have been encountered during the processing.";
+
 /// The problems of one run, in the order in which they came up.
 class CErrorReport {
 public:

@@ -8,6 +8,14 @@ constexpr const char* kVendorAndProduct[] = {"Quillon", "Ferrule"};
 
 }  // namespace
 
+std::string MakeTextCacheFolder(const std::string& userCacheFolder)
+{
+    if (userCacheFolder.empty()) return {};
+    std::string folder = userCacheFolder + kSeparator;
+    for (const char* name : kVendorAndProduct) folder += std::string(name) + kSeparator;
+    return folder + "Text";
+}
+
 ProductPaths MakeProductPaths(const std::string& applicationDataFolder)
 {
     ProductPaths paths;

@@ -10,5 +10,8 @@ struct ProductPaths {
     std::string logFile;
 };
 
+/// Where words of documents are kept, below the user's folder for caches; empty stays empty. Touches no file.
+[[nodiscard]] std::string MakeTextCacheFolder(const std::string& userCacheFolder);
+
 /// Touches no file. Without a folder for application data the settings folder stands at the root.
 [[nodiscard]] ProductPaths MakeProductPaths(const std::string& applicationDataFolder);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -108,15 +109,41 @@ CInputCollector::CInputCollector(CollectorOptions options) : m_options(std::move
 
 void CInputCollector::AddPath(const std::string& path)
 {
-    if (!platform::FolderExists(path)) {
-        if (m_paths.AddPath(path)) m_namedFiles.push_back(path);
-        return;
-    }
+    if (!platform::FolderExists(path)) return AddFile(path);
     Walk walk;
     ReadFolder(path, walk);
     for (const std::string& extension : m_options.extensions)
         for (const CPathStore::Item& file : walk.files)
             if (HasExtension({file.name, file.length}, extension)) m_paths.Add(file);
+}
+
+void CInputCollector::AddFile(const std::string& path)
+{
+    if (m_paths.AddPath(path)) m_namedFiles.push_back(path);
+}
+
+void CInputCollector::KeepOneNameOfEachFile()
+{
+    std::map<std::pair<std::uint64_t, std::uint64_t>, std::size_t> keptNames;  // by device and inode
+    std::vector<bool> stays(m_paths.Size(), true);
+    for (std::size_t index = 0; index < m_paths.Size(); ++index) {
+        const std::string path = m_paths.Path(index);
+        const auto stamp = platform::StampOf(path);
+        if (!stamp || stamp->inode == 0) continue;  // a file system that has no such numbers
+        const auto [place, isNew] = keptNames.emplace(std::pair(stamp->device, stamp->inode), index);
+        if (isNew) continue;
+        const std::string kept = m_paths.Path(place->second);
+        const bool isLink = platform::NameIsLink(path);
+        stays[isLink || !platform::NameIsLink(kept) ? index : std::exchange(place->second, index)] = false;
+        if (stamp->links > 1 && !isLink && !stays[index] &&
+            platform::CanonicalPath(path) != platform::CanonicalPath(kept))
+            m_otherNames.push_back(path);
+    }
+    if (std::ranges::find(stays, false) == stays.end()) return;
+    CPathStore rest;
+    for (std::size_t index = 0; index < m_paths.Size(); ++index)
+        if (stays[index]) rest.AddPath(m_paths.Path(index));
+    m_paths = std::move(rest);
 }
 
 void CInputCollector::ReadFolder(const std::string& path, Walk& walk)
@@ -174,6 +201,7 @@ Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, co
                                .subfolders = !settings.noSubfolders,
                                .leftOut = WrittenFolders(settings, work)});
     for (const std::string& place : *places) collector.AddPath(place);
+    if (work.TakesEachFileOnce()) collector.KeepOneNameOfEachFile();
     for (const UnreadableFolder& folder : collector.Unreadable())
         log.NameValue("Folder cannot be read", folder.path + " (" + platform::ErrorText(folder.errorNumber) + ")", 1);
     for (const std::string& folder : collector.LeftOut())

@@ -88,8 +88,15 @@ public:
     /// Adds the files of a folder, or the path itself when it is no folder, whatever its extension and even when
     /// nothing is there.
     void AddPath(const std::string& path);
+    /// Adds the path itself, whatever stands there.
+    void AddFile(const std::string& path);
+    /// Of several names of one file that are in the list only one stays: its own rather than that of a link to it,
+    /// else the first. What does not exist stays.
+    void KeepOneNameOfEachFile();
 
     const CPathStore& Paths() const { return m_paths; }
+    /// The names of their own (hard links) among those that did not stay.
+    const std::vector<std::string>& OtherNames() const { return m_otherNames; }
     /// The paths given to `AddPath` that were taken as files.
     const std::vector<std::string>& NamedFiles() const { return m_namedFiles; }
     const std::vector<UnreadableFolder>& Unreadable() const { return m_unreadable; }
@@ -110,6 +117,7 @@ private:
     std::unordered_set<std::string> m_leftOutPlaces;  // where they really are
     CPathStore m_paths;
     std::vector<std::string> m_namedFiles;
+    std::vector<std::string> m_otherNames;
     std::vector<UnreadableFolder> m_unreadable;
     std::vector<std::string> m_leftOut;
 };

@@ -1,34 +1,47 @@
 #include "engine/SearchWork.h"
 
+#include <utility>
+
 #include "common/Log.h"
 #include "engine/InputOpening.h"
 #include "hostcalls/HostFrame.h"
 #include "pdflib/AcrobatDoc.h"
-#include "pdflib/DocumentPages.h"
+#include "platform/NarrowText.h"
 #include "protocol/Json.h"
 
 namespace {
 
-std::vector<TextRule> RulesOf(const SearchOrder& order)
+SearchSettings SettingsOf(const SearchOrder& order)
 {
-    std::vector<TextRule> rules;
+    SearchSettings settings;
     for (const SearchTerm& term : order.terms) {
-        TextRule rule{.item = {.text = term.text,
-                               .isExpression = term.isExpression,
-                               .wholeWords = term.wholeWords,
-                               .matchCase = term.matchCase},
-                      .countLineEnds = term.lineEnds,
-                      .format = term.format,
-                      .stopOnMatch = order.firstMatchOnly};
+        SearchRule rule{.matchCase = term.matchCase,
+                        .wholeWords = term.wholeWords,
+                        .countLineEnds = term.lineEnds,
+                        .useExpression = term.isExpression,
+                        .expression = term.text,
+                        .format = term.format,
+                        .stopOnMatch = order.firstMatchOnly};
         if (!order.firstPage.empty() || !order.lastPage.empty()) {
             rule.pages.selection = static_cast<int>(PageSelection::FromTo);
             rule.pages.firstExpression = order.firstPage;
             rule.pages.lastExpression = order.lastPage;
         }
-        if (const auto& area = order.area) rule.area = PageRect{(*area)[0], (*area)[1], (*area)[2], (*area)[3]};
-        rules.push_back(std::move(rule));
+        rule.useArea = order.area.has_value();
+        if (const auto& area = order.area)
+            rule.area = {.left = (*area)[0], .right = (*area)[2], .top = (*area)[3], .bottom = (*area)[1]};
+        settings.rules.push_back(std::move(rule));
     }
-    return rules;
+    return settings;
+}
+
+bool WritesReport(const SearchSettings& settings) { return settings.createReport && !settings.reportFile.empty(); }
+
+std::string Joined(const std::vector<std::string>& sentences)
+{
+    std::string joined;
+    for (const std::string& sentence : sentences) joined += (joined.empty() ? "" : " ") + sentence;
+    return joined;
 }
 
 std::string NoTextSentence(const SearchFindings& findings)
@@ -41,11 +54,29 @@ std::string NoTextSentence(const SearchFindings& findings)
 
 }  // namespace
 
-CSearchWork::CSearchWork(const SearchOrder& order) : m_search(RulesOf(order)) {}
+CSearchWork::CSearchWork(SearchOrder order, std::string rulesFile)
+    : m_order(std::move(order)), m_rulesFile(std::move(rulesFile))
+{
+}
+
+Expected<SearchSettings> CSearchWork::Settings() const
+{
+    auto settings = m_rulesFile.empty() ? SettingsOf(m_order) : ReadSearchSettings(m_rulesFile);
+    if (!settings || m_order.reportFile.empty()) return settings;
+    settings->createReport = settings->overwriteReport = true;
+    settings->appendReport = false;
+    settings->reportFile = m_order.reportFile;
+    return settings;
+}
 
 std::string CSearchWork::Load(CLogWriter& log)
 {
-    const std::string& problem = m_search.Problem();
+    auto settings = Settings();
+    std::string problem = settings ? Joined(Review(*settings).mistakes) : settings.Error();
+    if (problem.empty()) {
+        m_search.emplace(std::move(*settings));
+        problem = m_search->Problem();
+    }
     if (!problem.empty()) log.NameValue("Search is rejected", problem, 1);
     return problem;
 }
@@ -61,9 +92,35 @@ Expected<std::vector<std::string>> CSearchWork::InputPlaces(const ExecutorSettin
     return places;
 }
 
+/// The names that copies of a file may get.
+std::vector<ResultName> CSearchWork::Copies() const
+{
+    std::vector<ResultName> copies;
+    if (!m_order.copyFolder.empty()) copies.push_back({.folder = m_order.copyFolder});
+    for (const SearchRule& rule : m_search->Settings().rules)
+        if (rule.copyFile && !rule.copyFolder.empty())
+            copies.push_back({.folder = rule.copyFolder,
+                              .before = platform::NarrowFromUtf8(rule.prefix),
+                              .after = platform::NarrowFromUtf8(rule.suffix)});
+    return copies;
+}
+
+std::vector<std::string> CSearchWork::OwnOutputFolders() const
+{
+    std::vector<std::string> folders;
+    for (const ResultName& copy : Copies()) folders.push_back(*copy.folder);
+    return folders;
+}
+
 WorkFacts CSearchWork::Facts(const PlanRequest&) const
 {
-    return {.noun = "search", .noInputs = "A search has no input files of its own.", .usesOutputFolder = false};
+    const SearchSettings& settings = m_search->Settings();
+    return {.noun = "search",
+            .noInputs = "A search has no input files of its own.",
+            .usesOutputFolder = false,
+            .reports = WritesReport(settings),
+            .results = Copies(),
+            .warnings = Review(settings).remarks};
 }
 
 void CSearchWork::Begin(const WorkServices& services) { m_log = &services.log; }
@@ -89,18 +146,28 @@ ProcessedFile CSearchWork::Process(const std::string& path, int)
 
 void CSearchWork::SearchIn(PDDoc document, ProcessedFile& file) const
 {
-    const CDocumentPages pages(document);
-    const SearchFindings found = m_search.Search(document, pages, {});
+    const auto incomplete = [&](const std::string& why) {
+        file.outcome = FileOutcome::Incomplete;
+        file.message += (file.message.empty() ? "" : " ") + why;
+    };
+    const SearchedDocument searched =
+        m_search->Search(document, [&](const std::string& what, const std::string& why) {
+            m_log->NameValue("ERROR: " + what, why, 1);
+            incomplete(what + ": " + why);
+        });
     std::vector<Finding> findings;
     int term = 0;
-    for (const RuleFindings& rule : found.rules) {
+    for (const RuleFindings& rule : searched.found.rules) {
         ++term;
         for (const FoundText& text : rule.found) findings.push_back({term, text.page0 + 1, text.text});
-        if (rule.problem.empty()) continue;
-        file.outcome = FileOutcome::Incomplete;
-        file.message += (file.message.empty() ? "" : " ") + rule.problem;
     }
     m_log->NameNumber("Number of matches", static_cast<long long>(findings.size()), 1);
-    file.findings = LineOf(FindingsJson(findings));
-    if (file.message.empty()) file.message = NoTextSentence(found);
+    if (!findings.empty() && !m_order.copyFolder.empty())
+        if (const std::string problem = CopyFound(searched.path, m_order.copyFolder); !problem.empty())
+            incomplete("The file cannot be copied into " + m_order.copyFolder + ": " + problem + '.');
+    Json found = FindingsJson(findings);
+    const Json report = Json::parse(m_search->ReportEventOf(searched), nullptr, false);
+    if (report.is_array()) found.insert(found.end(), report.begin(), report.end());
+    file.findings = LineOf(found);
+    if (file.message.empty()) file.message = NoTextSentence(searched.found);
 }

@@ -199,8 +199,12 @@ std::vector<std::string> CSequenceWork::OwnOutputFolders() const
     // A sequence that names a destination is sent into the folder of each input.
     const bool redirected = output.namesDestination && GetHostVersion().major >= kFirstMajorWithSaveStep;
     const bool used = output.kind == kOutputFolder || output.kind == kOutputAskUser;
-    if (!output.selectedFolder || !used || redirected) return {};
-    return {*output.selectedFolder};
+    std::vector<std::string> folders;
+    if (output.selectedFolder && used && !redirected) folders.push_back(*output.selectedFolder);
+    for (const StepFacts& step : ReadSequenceFacts(*m_sequence, GetHostVersion().major).steps)
+        if (step.available)
+            for (const CopyPlace& copy : step.copies) folders.push_back(copy.folder);
+    return folders;
 }
 
 WorkFacts CSequenceWork::Facts(const PlanRequest& request) const

@@ -69,6 +69,8 @@ struct WorkFacts {
     std::string objection = {};  // why it must not be done as requested
     std::string errors = {};     // what a check of it finds, unless the user has said yes to that
     std::string noInputs = {};   // why somebody has to name input files; empty: it has some of its own
+    /// One that is not there any more is a file that fails, and no reason against the run.
+    bool inputsMayBeGone = false;
     bool usesOutputFolder = true;
     bool replacesInputs = false;  // results take the place of their inputs, output folder or not
     bool writesAnywhere = false;  // something named like the input may be written to any folder
@@ -119,6 +121,8 @@ public:
                                                                          Asking asking, CLogWriter& log) const = 0;
     /// Places of its own that a planned run takes although a run from the environment does not find them.
     [[nodiscard]] virtual std::vector<std::string> FurtherInputPlaces() const { return {}; }
+    /// Whether a file is one input only, by whichever of its names it is found.
+    [[nodiscard]] virtual bool TakesEachFileOnce() const { return false; }
     /// The folders for results that it names itself.
     [[nodiscard]] virtual std::vector<std::string> OwnOutputFolders() const { return {}; }
     [[nodiscard]] virtual WorkFacts Facts(const PlanRequest& request) const = 0;

@@ -1,47 +1,16 @@
-// The plug-in as a whole: what the host's life-cycle callbacks do, where it keeps its files, and what it remembers
-// from one host run to the next.
+// The plug-in as a whole: what the host's life-cycle callbacks do.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "commands/CommandRegistry.h"
-#include "commands/SecuritySettings.h"
 #include "common/Log.h"
-#include "common/ProductPaths.h"
+#include "host/AppSettings.h"
+#include "host/ToolMenu.h"
 #include "host/UnattendedRun.h"
-
-// Where the plug-in finds and keeps its files.
-
-struct AppPaths : ProductPaths {
-    std::string modulePath;  // of the plug-in itself, upper-cased
-    std::string helpFile;
-    bool logFileEnabled = false;
-};
-
-/// Touches no file. `moduleFile` is cut to 255 bytes; without a folder for application data the settings folder
-/// stands at the root.
-[[nodiscard]] AppPaths MakeAppPaths(const std::string& moduleFile, const std::string& applicationDataFolder);
-
-/// Creates the settings folder when it is missing. Fails silently: the log and the settings say so when they open
-/// their files.
-void CreateSettingsFolder(const AppPaths& paths);
-
-// What the plug-in remembers from one host run to the next.
-
-class CLogWriter;
-
-struct AppSettings {
-    bool allowLogging = true;
-    SecuritySettings passwordTool;  // last settings of the tool that protects many documents
-};
-
-/// The defaults when there is no settings file or it cannot be read.
-[[nodiscard]] AppSettings LoadAppSettings(const std::string& path);
-
-/// Puts the settings into the file, keeping all its other keys. A file that is not ours, of a newer version or not
-/// readable is left as it is. False when nothing was saved; the log says why.
-bool SaveAppSettings(const std::string& path, const AppSettings& settings, CLogWriter& log);
+#include "ui/WindowsLibrary.h"
 
 /// Owns everything that lives as long as the plug-in is loaded. One object, made once the host's tables are there.
 ///
@@ -66,10 +35,17 @@ public:
 
 private:
     void OpenLog();
+    /// The window for ours to belong to; null when the host has none.
+    [[nodiscard]] void* HostWindow() const;
+    [[nodiscard]] Expected<DialogServices> Dialogs();
+    [[nodiscard]] std::unique_ptr<CProgressWindow> ProgressWindow();
 
     AppPaths m_paths;
+    platform::WindowHandle m_hostWindow;
     CNumberedLog m_log;
     std::optional<AppSettings> m_settings;  // none until they have been read
+    CWindowsLibrary m_windows;
+    ToolServices m_tools;
     CHostClosing m_hostClosing;
     CCommandRegistry m_commands;
     CUnattendedRun m_unattendedRun;

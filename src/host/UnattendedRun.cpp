@@ -44,13 +44,14 @@ CUnattendedRun* theRun = nullptr;  // the callbacks carry nothing of ours
 
 }  // namespace
 
-CUnattendedRun::CUnattendedRun(CLogWriter& log, CHostCloser& host)
+CUnattendedRun::CUnattendedRun(CLogWriter& log, CHostCloser& host, CCustomMonitor::WindowFactory progressWindow)
     : m_log(log),
       m_host(host),
       m_driver({.settings = [&log] { return ReadRunSettings(platform::EnvironmentText, log); },
                 .log = log,
                 .events = m_events,
-                .host = host})
+                .host = host,
+                .progressWindow = std::move(progressWindow)})
 {
 }
 

@@ -35,8 +35,8 @@ private:
 /// There is at most one; the host's callbacks find it from Register until it goes.
 class CUnattendedRun final : private CStartupActions {
 public:
-    /// Both are borrowed.
-    CUnattendedRun(CLogWriter& log, CHostCloser& host);
+    /// Log and host are borrowed. `progressWindow` answers null where there are no windows.
+    CUnattendedRun(CLogWriter& log, CHostCloser& host, CCustomMonitor::WindowFactory progressWindow);
     CUnattendedRun(const CUnattendedRun&) = delete;
     CUnattendedRun& operator=(const CUnattendedRun&) = delete;
     ~CUnattendedRun() override;

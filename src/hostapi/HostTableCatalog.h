@@ -10,6 +10,8 @@
 enum { kTableCatalogVersion = 0x00000000, kTableCatalogSelectors = 5 };
 
 /* ---- catalog index ---- */
+
+/* Shows the tool to the user. */
 typedef void (HOSTCALL *CatalogActivateSlotProc)(void);
 enum { kSlotCatalogActivate = 1 };
 

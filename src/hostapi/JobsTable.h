@@ -10,15 +10,16 @@
 
 #define HOST_TABLE_JOBS "FerruleJobs"
 /* The first version had the slots 1 to 3 only, the second those to 10, the third those to 11, the fourth those to 12,
- * the fifth those to 13. */
+ * the fifth those to 13, the sixth those to 14. */
 enum {
     kTableJobsFirstVersion = 0x00010000,
     kTableJobsSecondVersion = 0x00010001,
     kTableJobsThirdVersion = 0x00010002,
     kTableJobsFourthVersion = 0x00010003,
     kTableJobsFifthVersion = 0x00010004,
-    kTableJobsVersion = 0x00010005,
-    kTableJobsSelectors = 14
+    kTableJobsSixthVersion = 0x00010005,
+    kTableJobsVersion = 0x00010006,
+    kTableJobsSelectors = 15
 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
@@ -149,5 +150,11 @@ enum { kSlotJobsFileFound = 13 };
  * the present input. */
 typedef void(HOSTCALL *JobsCopyingSlotProc)(ASInt32 begins);
 enum { kSlotJobsCopying = 14 };
+
+/* Whether saving the document anew would make signatures in it, a certification or usage rights worthless: 1, or 0. -1 when
+ * `document` is none of the host's, or when nobody can tell.
+ * document  open, as the host gave it */
+typedef ASInt32(HOSTCALL *JobsDocumentSignedSlotProc)(PDDoc document);
+enum { kSlotJobsDocumentSigned = 15 };
 
 #endif

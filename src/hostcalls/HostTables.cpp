@@ -1,6 +1,7 @@
 #include "hostcalls/HostTables.h"
 
 #include "hostapi/HostInterface.h"
+#include "hostapi/IndexTable.h"
 #include "hostapi/JobsTable.h"
 #include "hostcalls/HostFrame.h"
 
@@ -40,6 +41,7 @@ constexpr TableRow kOptionalTables[] = {
     {HostTable::Forms, HOST_TABLE_FORMS, 0x00010002},
     {HostTable::Catalog, HOST_TABLE_CATALOG, 0},
     {HostTable::FerruleJobs, HOST_TABLE_JOBS, kTableJobsFirstVersion},
+    {HostTable::FerruleIndex, HOST_TABLE_INDEX, kTableIndexVersion},
 };
 
 struct TableRequest {

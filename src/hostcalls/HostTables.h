@@ -30,6 +30,7 @@ enum class HostTable {
     Forms,
     Catalog,
     FerruleJobs,
+    FerruleIndex,
     Count
 };
 
@@ -41,7 +42,8 @@ public:
     /// False as soon as one of them is missing or too old; the plug-in must not load then. Does not throw.
     [[nodiscard]] bool Import(HFT core);
 
-    /// Fetches the tables that need not be there: forms, index catalog, jobs. Only after a successful Import.
+    /// Fetches the tables that need not be there: forms, index catalog, and the host's own for jobs and indexes. Only
+    /// after a successful Import.
     void ImportOptional();
 
     bool Has(HostTable table) const { return Table(table) != nullptr; }

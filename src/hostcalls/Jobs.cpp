@@ -16,6 +16,8 @@ bool HasFoundSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTab
 
 bool HasCopyingSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsFifthVersion; }
 
+bool HasSignedSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsSixthVersion; }
+
 template <class Call>
 void Tell(bool possible, Call call) noexcept
 {
@@ -85,6 +87,13 @@ std::optional<std::string> JobDocumentLoss(PDDoc document) noexcept
         if (const char* told = HostCall(HOST_SLOT(FerruleJobs, JobsDocumentLoss), document)) loss = told;
     });
     return loss;
+}
+
+std::optional<bool> JobDocumentSigned(PDDoc document) noexcept
+{
+    int answer = -1;
+    Tell(HasSignedSlot(), [&] { answer = HostCall(HOST_SLOT(FerruleJobs, JobsDocumentSigned), document); });
+    return answer < 0 ? std::nullopt : std::optional(answer != 0);
 }
 
 void JobNextSaveIsNew(PDDoc document) noexcept

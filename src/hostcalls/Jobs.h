@@ -36,6 +36,9 @@ struct HostJobInput {
 /// host does not tell.
 [[nodiscard]] std::optional<std::string> JobDocumentLoss(PDDoc document) noexcept;
 
+/// Whether saving the document anew makes signatures in it worthless; nothing when the host does not tell.
+[[nodiscard]] std::optional<bool> JobDocumentSigned(PDDoc document) noexcept;
+
 /// The next save of the document replaces no file. A host that does not offer this may replace one that appears in
 /// the moment before it writes.
 void JobNextSaveIsNew(PDDoc document) noexcept;

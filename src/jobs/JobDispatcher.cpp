@@ -12,6 +12,8 @@
 #include "engine/InputCollector.h"
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Jobs.h"
+#include "jobs/BatchFileJob.h"
+#include "jobs/IndexJob.h"
 #include "jobs/JobHost.h"
 #include "jobs/PlanJob.h"
 #include "jobs/SequenceJobs.h"
@@ -63,11 +65,12 @@ void DoRunJob(const RunOrder& order, const JobServices& services) noexcept
 }
 
 /// Kinds that answer one report and touch no document.
-struct SequenceKind {
+struct AnsweredKind {
     const char* name;
     Expected<Json> (*answer)(const Json& job);
 };
-constexpr SequenceKind kSequenceKinds[] = {{"sequence-show", ShowSequence},
+constexpr AnsweredKind kAnsweredKinds[] = {{"batch-file", NewBatchFile},
+                                           {"sequence-show", ShowSequence},
                                            {"sequence-check", CheckSequence},
                                            {"sequence-new", NewSequence},
                                            {"sequence-convert", ConvertSequence}};
@@ -88,23 +91,35 @@ void EndOther(const JobEnding& result, const JobServices& services)
     services.events.RunEnds(result.end, result.message);
 }
 
-JobEnding DoSequenceJob(const SequenceKind& kind, const Json& job, const JobServices& services)
+JobEnding DoAnsweredJob(const AnsweredKind& kind, const Json& job, const JobServices& services)
 {
     Expected<Json> answer = Failure("The host does not answer.");
     if (const auto error = CatchHostError([&] { answer = kind.answer(job); }))
-        return {RunEnd::NotStarted, "The sequence " + BytesAt(job, "path") + " cannot be worked on: " + error->text};
+        return {RunEnd::NotStarted, BytesAt(job, "path") + ": " + error->text};
     if (!answer) return {RunEnd::NotStarted, answer.Error()};
-    services.report(LineOf({{"sequence", *answer}}));
+    services.report(LineOf({{"answer", *answer}}));
     return {};
+}
+
+/// What asks one file, or one index: `work` answers why it is not done.
+template <class Work>
+JobEnding DoJobOnPath(const Json& job, Work work)
+{
+    std::string problem;
+    if (const auto error = CatchHostError([&] { problem = work(); }))
+        problem = BytesAt(job, "path") + ": " + error->text;
+    if (problem.empty()) return {};
+    return {RunEnd::NotStarted, problem};
 }
 
 JobEnding DoTextJob(const Json& job, const JobServices& services)
 {
-    std::string problem;
-    if (const auto error = CatchHostError([&] { problem = ReportPageText(job, services.log, services.report); }))
-        problem = BytesAt(job, "path") + ": " + error->text;
-    if (problem.empty()) return {};
-    return {RunEnd::NotStarted, problem};
+    return DoJobOnPath(job, [&] { return ReportPageText(job, services.log, services.report); });
+}
+
+JobEnding DoIndexJob(const Json& job, const JobServices& services)
+{
+    return DoJobOnPath(job, [&] { return CarryOutIndexJob(job, services.report); });
 }
 
 /// Tells its end itself, as a run does.
@@ -123,9 +138,10 @@ void Dispatch(const std::string& jobText, const JobServices& services)
     const CJobOverseer overseer(false);
     if (!job) return EndOther({RunEnd::NotStarted, "The job is no JSON object."}, services);
     const std::string kind = TextAt(*job, "kind");
-    for (const SequenceKind& known : kSequenceKinds)
-        if (kind == known.name) return EndOther(DoSequenceJob(known, *job, services), services);
+    for (const AnsweredKind& known : kAnsweredKinds)
+        if (kind == known.name) return EndOther(DoAnsweredJob(known, *job, services), services);
     if (kind == "page-text") return EndOther(DoTextJob(*job, services), services);
+    if (kind == "index") return EndOther(DoIndexJob(*job, services), services);
     EndOther({RunEnd::NotStarted, "There are no jobs of the kind \"" + kind + "\"."}, services);
 }
 

@@ -53,7 +53,7 @@ std::string MissingInput(const WorkFacts& facts, const PlanRequest& request)
     std::vector<std::string> places = request.settings.furtherInputPaths;
     if (!request.settings.alternativeInputPath.empty()) places.push_back(request.settings.alternativeInputPath);
     for (const std::string& place : places)
-        if (!platform::NameExists(place))
+        if (!facts.inputsMayBeGone && !platform::NameExists(place))
             return "There is no folder or file " + Quoted(place) +
                    " to take inputs from. Name another one with --input.";
     if (!places.empty() || facts.noInputs.empty()) return {};
@@ -166,6 +166,30 @@ private:
         return {folders.begin(), folders.end()};
     }
 
+    /// Whoever takes the run back looks at each of them for each file.
+    static constexpr std::size_t kMostNamedInputs = 64;
+
+    /// Beside the files' own folders, which stand for the inputs when these are many.
+    static std::vector<std::string> InputsForReach(const RunDescription& description)
+    {
+        if (description.inputs.size() <= kMostNamedInputs) return description.inputs;
+        std::vector<std::string> folders;
+        for (const std::string& input : description.inputs)
+            if (platform::FolderExists(input)) folders.push_back(input);
+        return folders;
+    }
+
+    static void AddOtherNames(const CInputCollector& inputs, const WorkFacts& facts,
+                              std::vector<std::string>& warnings)
+    {
+        if (inputs.OtherNames().empty()) return;
+        const std::size_t more = inputs.OtherNames().size() - 1;
+        const std::string others = more > 0 ? " and " + std::to_string(more) + " more" : "";
+        warnings.push_back(inputs.OtherNames().front() + others +
+                           ": a second name (hard link) of a file that is an input already, and left out." +
+                           (facts.replacesInputs ? " It goes on leading to the document as it was." : ""));
+    }
+
     static std::string ReasonNotToStart(const WorkFacts& facts, const PlanRequest& request)
     {
         std::string problem = SafetyProblem(facts, request);
@@ -182,17 +206,19 @@ private:
                                platform::ErrorText(folder.errorNumber) + "). Its files are left out.");
         for (const std::string& folder : inputs.LeftOut())
             warnings.push_back("The folder " + folder + " is left out of the input because results go there.");
+        AddOtherNames(inputs, facts, warnings);
 
         CPlannedFiles files(std::move(inputs), m_description.minAgeSeconds);
         LogInputCount(files.Count(), m_services.log);
         m_services.events.InputsCounted();
         CTouchedNames names(facts, request.wanted);
-        RunReach reach{.inputs = m_description.inputs,
+        RunReach reach{.inputs = InputsForReach(m_description),
                        .folders = FoldersOfResults(facts, m_description),
                        .anywhere = facts.writesAnywhere};
+        const std::size_t named = m_description.inputs.size();
         std::set<std::string> inputFolders;
         files.ForEach(names, [&](const PlannedFile& file) {
-            if (m_description.inputs.empty()) inputFolders.insert(FolderOf(file.path));
+            if (named == 0 || named > kMostNamedInputs) inputFolders.insert(FolderOf(file.path));
             m_services.report(LineOf(Json{{"input", PlannedFileJson(file)}}));
         });
         reach.inputs.insert(reach.inputs.end(), inputFolders.begin(), inputFolders.end());

@@ -1,6 +1,6 @@
 // Jobs that are about a sequence file and not about documents: show, check, make and convert one.
 //
-// Each takes the job's JSON object and answers what stands under "sequence" in its report, or the sentence with which
+// Each takes the job's JSON object and answers what stands under "answer" in its report, or the sentence with which
 // the job ends as not started. All texts are those of base/Text.h. They need a host around them, because it
 // alone knows its own form of sequences and which steps there are.
 //

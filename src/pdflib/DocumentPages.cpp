@@ -1,7 +1,10 @@
 #include "pdflib/DocumentPages.h"
 
+#include <algorithm>
+
 #include "hostcalls/Documents.h"
 #include "hostcalls/PageNames.h"
+#include "pdflib/PageText.h"
 
 namespace {
 
@@ -29,4 +32,28 @@ std::optional<int> CDocumentPages::PageOfDestination(const std::string& name) co
 std::optional<int> CDocumentPages::PageOfLabel(const std::string& label) const
 {
     return AskedOnce(m_labels, label, [&] { return ::PageOfLabel(m_document, label); });
+}
+
+Expected<std::vector<int>> PagesOfList(PDDoc document, const std::vector<PageListElement>& list)
+{
+    const int pageCount = PageCount(document);
+    std::vector<std::vector<int>> pagesOf(list.size());
+    for (std::size_t i = 0; i < list.size(); ++i)
+        if (!list[i].condition) pagesOf[i] = PagesOfElement(list[i], pageCount);
+
+    if (std::ranges::any_of(list, [](const PageListElement& element) { return element.condition != nullptr; })) {
+        CDocumentText text(document);
+        for (int page0 = 0; page0 < pageCount; ++page0) {
+            const CSearchedText& searched = text.Page(page0).Text(LineEnds::Blanks);
+            for (std::size_t i = 0; i < list.size(); ++i) {
+                if (!list[i].condition) continue;
+                const auto satisfied = list[i].condition->IsSatisfiedBy(searched);
+                if (!satisfied) return Failure(satisfied.Error());
+                if (*satisfied) pagesOf[i].push_back(page0);
+            }
+        }
+    }
+    std::vector<int> pages;
+    for (const auto& each : pagesOf) pages.insert(pages.end(), each.begin(), each.end());
+    return pages;
 }

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <map>
+#include <vector>
 
+#include "base/Expected.h"
+#include "common/PageList.h"
 #include "common/PageRange.h"
 #include "hostapi/HostTypes.h"
 
@@ -25,3 +28,9 @@ private:
     int m_pageCount;
     mutable Known m_bookmarks, m_destinations, m_labels;
 };
+
+/// The pages (from 0) that a list has in a document: item by item in the order of the list, each item in its own; a
+/// page that two items have is there twice. A text condition has, ascending, the pages whose text satisfies it; a
+/// line end is a blank in that text. Pages are read only for conditions, and each once. Fails with a sentence when a
+/// condition cannot be searched to its end. Throws CHostException, also when text must not be taken out.
+[[nodiscard]] Expected<std::vector<int>> PagesOfList(PDDoc document, const std::vector<PageListElement>& list);

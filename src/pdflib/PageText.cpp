@@ -1,33 +1,14 @@
 #include "pdflib/PageText.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
+
+#include "protocol/SearchOrder.h"
 
 std::optional<PageRect> PageRectFrom(std::string_view text)
 {
-    std::array<double, 4> numbers{};
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    const auto skip = [&](std::string_view what) {
-        while (at != end && what.find(*at) != std::string_view::npos) ++at;
-    };
-    for (double& number : numbers) {
-        skip(" \t");
-        if (&number != numbers.data()) {
-            if (at == end || *at != ',') return std::nullopt;
-            ++at;
-            skip(" \t");
-        }
-        const auto [behind, error] = std::from_chars(at, end, number);
-        if (error != std::errc()) return std::nullopt;
-        at = behind;
-    }
-    skip(" \t");
-    if (at != end) return std::nullopt;
-    const auto [left, right] = std::minmax(numbers[0], numbers[2]);
-    const auto [bottom, top] = std::minmax(numbers[1], numbers[3]);
-    return PageRect{left, bottom, right, top};
+    const auto area = ParseSearchArea(text);
+    if (!area) return std::nullopt;
+    return PageRect{(*area)[0], (*area)[1], (*area)[2], (*area)[3]};
 }
 
 CPageText::CPageText(std::vector<HostWord> words) : m_words(std::move(words))

@@ -1,6 +1,8 @@
 #include "platform/ChildProcess.h"
 
+#include <chrono>
 #include <memory>
+#include <thread>
 #include <utility>
 
 #ifdef _WIN32
@@ -13,11 +15,15 @@ namespace platform {
 
 std::optional<CChildProcess> CChildProcess::Start(const ChildOptions& options, FileResult* result)
 {
-    auto state = std::make_unique<State>();
-    const auto started = StartChild(options, *state);
-    if (result) *result = started;
-    if (!started) return std::nullopt;
-    return CChildProcess(state.release());
+    constexpr std::chrono::milliseconds kFirstPause{100}, kLongestPause{800};  // 1.5 s in all
+    for (auto pause = kFirstPause;; pause *= 2) {
+        auto state = std::make_unique<State>();
+        const auto started = StartChild(options, *state);
+        if (result) *result = started;
+        if (started) return CChildProcess(state.release());
+        if (pause > kLongestPause || !MayStartLater(started)) return std::nullopt;
+        std::this_thread::sleep_for(pause);
+    }
 }
 
 CChildProcess::CChildProcess(State* state) : m_state(state) {}

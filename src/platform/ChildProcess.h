@@ -48,7 +48,8 @@ struct ChildEnding {
 /// inherit, and the signals' defaults. The destructor kills it and waits for its end.
 class CChildProcess {
 public:
-    /// Fails: nothing, with the reason in `result`; also when the program cannot be executed.
+    /// Fails: nothing, with the reason in `result`; also when the program cannot be executed. Where the system is
+    /// short of memory or processes it is tried again for 1.5 s.
     static std::optional<CChildProcess> Start(const ChildOptions& options, FileResult* result = nullptr);
     CChildProcess(CChildProcess&&) noexcept;
     CChildProcess& operator=(CChildProcess&&) noexcept;

@@ -175,4 +175,10 @@ FileResult StartChild(const ChildOptions& options, ChildState& state)
     return {};
 }
 
+bool MayStartLater(FileResult failed)
+{
+    const int error = failed.errorNumber;
+    return error == EAGAIN || error == ENOMEM || error == ENFILE || error == ETXTBSY;
+}
+
 }  // namespace platform

@@ -208,4 +208,12 @@ FileResult StartChild(const ChildOptions& options, ChildState& state)
     return {};
 }
 
+bool MayStartLater(FileResult failed)
+{
+    constexpr int kPassing[] = {ERROR_NOT_ENOUGH_MEMORY, ERROR_OUTOFMEMORY,       ERROR_NO_SYSTEM_RESOURCES,
+                                ERROR_COMMITMENT_LIMIT,  ERROR_SHARING_VIOLATION,  // a scanner holds the program
+                                ERROR_INTERNAL_ERROR};
+    return std::ranges::find(kPassing, failed.errorNumber) != std::end(kPassing);
+}
+
 }  // namespace platform

@@ -119,6 +119,8 @@ struct ChildState {
 
 /// Starts the program and fills `state`. Fails: nothing is running.
 FileResult StartChild(const ChildOptions& options, ChildState& state);
+/// The system was short of something that other programs may give back.
+bool MayStartLater(FileResult failed);
 
 struct CChildProcess::State : ChildState {};
 

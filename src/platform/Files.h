@@ -89,6 +89,10 @@ struct FileStamp {
 };
 std::optional<FileStamp> StampOf(const std::string& path);
 
+/// Whether the rights of the file let others than its owner read it. Where rights are no mode bits: false, although
+/// nobody has looked.
+bool OthersMayRead(const std::string& path);
+
 /// Tells whether a regular file can be opened for reading. Never blocks: pipes and devices are refused unopened.
 FileResult CheckReadable(const std::string& path);
 

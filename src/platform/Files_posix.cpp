@@ -89,6 +89,12 @@ std::optional<FileStamp> StampOf(const std::string& path)
                      .regular = S_ISREG(status.st_mode)};
 }
 
+bool OthersMayRead(const std::string& path)
+{
+    struct stat status;
+    return calls::Status(path, status) == 0 && (status.st_mode & (S_IRGRP | S_IROTH)) != 0;
+}
+
 FileResult CheckReadable(const std::string& path)
 {
     CDescriptor file;

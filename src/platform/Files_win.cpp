@@ -155,6 +155,8 @@ std::optional<FileStamp> StampOf(const std::string& path)
                      .regular = facts.isDisk && !facts.IsFolder()};
 }
 
+bool OthersMayRead(const std::string&) { return false; }
+
 FileResult CheckReadable(const std::string& path)
 {
     CHandle file;

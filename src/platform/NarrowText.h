@@ -15,6 +15,14 @@ namespace platform {
 std::string Utf8FromNarrow(std::string_view narrow);
 std::string NarrowFromUtf8(std::string_view utf8);
 
+/// Text for a file of commands, in the code page that the system's command interpreter reads such files in; in UTF-8
+/// where that lacks a character.
+struct CommandFileText {
+    unsigned codePage = 0;
+    std::string bytes;
+};
+CommandFileText TextForCommandFile(std::string_view utf8);
+
 // Paths as the standard library has them: it takes narrow text on Windows for something else than the code page.
 
 std::filesystem::path StandardPath(const std::string& path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace platform {
 
@@ -34,8 +35,17 @@ inline constexpr char kApplicationDataVariable[] = "APPDATA";
 inline constexpr char kApplicationDataVariable[] = "XDG_CONFIG_HOME";
 #endif
 
+/// The current user's folder for what can be made again at any time, without a trailing separator; not created. Moved
+/// by XDG_CACHE_HOME, on Windows by LOCALAPPDATA. Fails: empty.
+std::string UserCacheFolder();
+
 /// The current user's folder for application data, created when missing, without a trailing separator.
 /// Fails: empty when the folder is neither there nor can be created.
 std::string ApplicationDataFolder();
+
+/// The folders that hold what programs keep for the current user, and documents: of application data, of programs and
+/// of documents on Windows, of configuration and of data elsewhere. Without separators at the end; nothing is
+/// created.
+std::vector<std::string> UserFolders();
 
 }  // namespace platform

@@ -54,12 +54,16 @@ std::string HomeFolder()
     return user && user->pw_dir ? user->pw_dir : std::string();
 }
 
-std::string ConfiguredFolder()
+/// What the variable says; else this folder of the home. Without a separator at its end.
+std::string ConfiguredFolder(const char* variable, const char* usual)
 {
-    std::string folder = EnvironmentText("XDG_CONFIG_HOME");
-    if (folder.starts_with('/')) return folder;  // anything but an absolute path does not count
-    const std::string home = HomeFolder();
-    return home.empty() ? std::string() : home + "/.config";
+    std::string folder = EnvironmentText(variable);
+    if (!folder.starts_with('/')) {  // anything but an absolute path does not count
+        const std::string home = HomeFolder();
+        folder = home.empty() ? std::string() : home + usual;
+    }
+    while (folder.ends_with('/')) folder.pop_back();
+    return folder;
 }
 
 }  // namespace
@@ -70,12 +74,22 @@ std::string EnvironmentText(const char* name)
     return value ? value : std::string();
 }
 
+std::string UserCacheFolder() { return ConfiguredFolder("XDG_CACHE_HOME", "/.cache"); }
+
 std::string ApplicationDataFolder()
 {
-    std::string folder = ConfiguredFolder();
-    while (folder.ends_with('/')) folder.pop_back();
+    const std::string folder = ConfiguredFolder(kApplicationDataVariable, "/.config");
     if (folder.empty() || !CreateFolders(folder)) return {};
     return folder;
+}
+
+std::vector<std::string> UserFolders()
+{
+    std::vector<std::string> folders;
+    for (std::string folder :
+         {ConfiguredFolder(kApplicationDataVariable, "/.config"), ConfiguredFolder("XDG_DATA_HOME", "/.local/share")})
+        if (!folder.empty()) folders.push_back(std::move(folder));
+    return folders;
 }
 
 }  // namespace platform

@@ -58,26 +58,45 @@ bool IsAbsolute(const std::wstring& path)
     return path.starts_with(L"\\\\") || (path.size() > 2 && path[1] == L':' && (path[2] == L'\\' || path[2] == L'/'));
 }
 
-std::wstring ConfiguredFolder()
+/// What the variable says, else the system; without a separator at its end.
+std::wstring ConfiguredFolder(const char* variable, int systemFolder)
 {
-    auto folder = Variable(kApplicationDataVariable);
-    if (IsAbsolute(folder)) return folder;
-    wchar_t known[MAX_PATH] = L"";
-    return SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, known) == S_OK ? known
-                                                                                                : std::wstring();
+    auto folder = Variable(variable);
+    if (!IsAbsolute(folder)) {
+        wchar_t known[MAX_PATH] = L"";
+        const auto asked = SHGetFolderPathW(nullptr, systemFolder, nullptr, SHGFP_TYPE_CURRENT, known);
+        folder = asked == S_OK ? known : std::wstring();
+    }
+    while (folder.ends_with(L'\\') || folder.ends_with(L'/')) folder.pop_back();
+    return folder;
 }
 
 }  // namespace
 
 std::string EnvironmentText(const char* name) { return NarrowText(Variable(name)); }
 
+std::string UserCacheFolder()
+{
+    const std::wstring folder = ConfiguredFolder("LOCALAPPDATA", CSIDL_LOCAL_APPDATA);
+    return folder.empty() ? std::string() : NarrowPath(folder);
+}
+
 std::string ApplicationDataFolder()
 {
-    std::wstring folder = ConfiguredFolder();
-    while (folder.ends_with(L'\\') || folder.ends_with(L'/')) folder.pop_back();
+    const std::wstring folder = ConfiguredFolder(kApplicationDataVariable, CSIDL_APPDATA);
     if (folder.empty()) return {};
     std::string narrow = NarrowPath(folder);
     return CreateFolders(narrow) ? narrow : std::string();
+}
+
+std::vector<std::string> UserFolders()
+{
+    std::vector<std::string> folders;
+    for (const std::wstring& folder :
+         {ConfiguredFolder(kApplicationDataVariable, CSIDL_APPDATA),
+          ConfiguredFolder("ProgramFiles", CSIDL_PROGRAM_FILES), ConfiguredFolder("", CSIDL_PERSONAL)})
+        if (!folder.empty()) folders.push_back(NarrowPath(folder));
+    return folders;
 }
 
 }  // namespace platform

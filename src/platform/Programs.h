@@ -20,6 +20,10 @@ enum class ShellArgument {
 bool OpenWithShell(const std::string& program, const std::string& argument,
                    ShellArgument passed = ShellArgument::Quoted);
 
+/// Shows a document, or a page by its address, with the user's own program for such. False when none could be
+/// started.
+bool OpenDocument(const std::string& pathOrAddress);
+
 /// Whether OpenWithShell would find the program; true where only the system's shell can tell.
 bool ProgramMayExist(const std::string& program);
 

@@ -108,4 +108,6 @@ bool OpenWithShell(const std::string& program, const std::string& argument, Shel
     return StartedWithoutReport(reader.Get());
 }
 
+bool OpenDocument(const std::string& pathOrAddress) { return OpenWithShell("xdg-open", pathOrAddress); }
+
 }  // namespace platform

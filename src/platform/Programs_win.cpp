@@ -3,6 +3,7 @@
 #include "platform/FileSteps.h"
 #include "platform/Files.h"
 #include "platform/Programs.h"
+#include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
 
 #include <shellapi.h>
@@ -53,6 +54,13 @@ bool OpenWithShell(const std::string& program, const std::string& argument, Shel
     const auto result =
         reinterpret_cast<INT_PTR>(ShellExecuteA(nullptr, "open", program.c_str(), parameters.c_str(), "", SW_SHOW));
     return result > kLargestFailure;
+}
+
+bool OpenDocument(const std::string& pathOrAddress)
+{
+    const CShellCalls calls;
+    const auto answer = ShellExecuteW(nullptr, L"open", WideText(pathOrAddress).c_str(), nullptr, nullptr, SW_SHOW);
+    return reinterpret_cast<INT_PTR>(answer) > kLargestFailure;
 }
 
 }  // namespace platform

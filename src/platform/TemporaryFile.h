@@ -51,6 +51,8 @@ public:
     FileResult TakeOver(const CFileRights& rights, const CFileRights* limit);
     /// Flushes it to disk and closes it.
     FileResult Complete();
+    /// Closes it as it is: after a power cut it may hold anything.
+    void CloseUnflushed() { m_file.Close(); }
     /// Gives the completed file its final name.
     FileResult PutInPlace(const std::string& target, Existing existing);
     /// Empty as long as there is no file.

@@ -1,5 +1,9 @@
 #include "protocol/SearchOrder.h"
 
+#include <charconv>
+#include <utility>
+
+#include "base/Text.h"
 #include "protocol/Json.h"
 
 namespace {
@@ -28,6 +32,21 @@ const Json* ArrayAt(const Json& object, const char* key)
 
 }  // namespace
 
+std::optional<SearchArea> ParseSearchArea(std::string_view text)
+{
+    const auto pieces = Split(std::string(text), ",");
+    SearchArea area{};
+    if (pieces.size() != area.size()) return std::nullopt;
+    for (std::size_t i = 0; i < area.size(); ++i) {
+        const std::string piece = Trim(pieces[i]);
+        const auto [end, error] = std::from_chars(piece.data(), piece.data() + piece.size(), area[i]);
+        if (error != std::errc() || end != piece.data() + piece.size()) return std::nullopt;
+    }
+    if (area[0] > area[2]) std::swap(area[0], area[2]);
+    if (area[1] > area[3]) std::swap(area[1], area[3]);
+    return area;
+}
+
 std::optional<SearchArea> AreaAt(const Json& object)
 {
     const Json* const numbers = ArrayAt(object, "area");
@@ -46,6 +65,8 @@ Json SearchOrderJson(const SearchOrder& order)
     for (const SearchTerm& term : order.terms) object["terms"].push_back(TermJson(term));
     if (order.area) object["area"] = *order.area;
     if (order.firstMatchOnly) object["firstMatchOnly"] = true;
+    if (!order.copyFolder.empty()) object["copyFolder"] = TextFromBytes(order.copyFolder);
+    if (!order.reportFile.empty()) object["reportFile"] = TextFromBytes(order.reportFile);
     return object;
 }
 
@@ -55,10 +76,11 @@ Expected<SearchOrder> SearchOrderFrom(const Json& object)
                       .firstPage = TextAt(object, "firstPage"),
                       .lastPage = TextAt(object, "lastPage"),
                       .area = AreaAt(object),
-                      .firstMatchOnly = FlagAt(object, "firstMatchOnly")};
+                      .firstMatchOnly = FlagAt(object, "firstMatchOnly"),
+                      .copyFolder = BytesAt(object, "copyFolder"),
+                      .reportFile = BytesAt(object, "reportFile")};
     if (const Json* const terms = ArrayAt(object, "terms"))
         for (const Json& term : *terms) order.terms.push_back(TermFrom(term));
-    if (order.terms.empty()) return Failure("The search does not say what to look for.");
     for (const SearchTerm& term : order.terms)
         if (term.text.empty()) return Failure("The search looks for an empty text.");
     return order;

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Expected.h"
@@ -22,20 +23,25 @@ struct SearchTerm {
     std::string format = {};  ///< of a match: \0 to \99, \g<name>; empty: the whole match
 };
 
-/// The work of kind "search".
+/// The work of kind "search". A file of rules, when the work has one, takes the place of terms, pages and area.
 struct SearchOrder {
     std::vector<SearchTerm> terms = {};
     std::string firstPage = {}, lastPage = {};  ///< page expressions; empty: the first and the last page
     std::optional<SearchArea> area = {};
     bool firstMatchOnly = false;  ///< of each term in each file
+    std::string copyFolder = {};  ///< gets one copy of each file in which something is found; empty: none are made
+    std::string reportFile = {};  ///< the report for people; what an earlier search wrote there is replaced
 };
 
 inline constexpr char kSearchWork[] = "search";
+inline constexpr char kSearchRules[] = "rules";  ///< what the file of rules is called among those of the work
 
+/// The area that "LEFT,BOTTOM,RIGHT,TOP" names, blanks around the numbers allowed; either corner may come first.
+[[nodiscard]] std::optional<SearchArea> ParseSearchArea(std::string_view text);
 /// What "area" of an object says; nothing when it is absent or something else.
 [[nodiscard]] std::optional<SearchArea> AreaAt(const Json& object);
 [[nodiscard]] Json SearchOrderJson(const SearchOrder& order);
-/// Fails with a sentence when there is nothing to look for.
+/// Fails with a sentence when a term is empty.
 [[nodiscard]] Expected<SearchOrder> SearchOrderFrom(const Json& object);
 
 /// A place where something was found.

@@ -181,19 +181,30 @@ std::string CSearchReport::Add(const SearchSettings& settings, const ReportEntry
     const std::string& path = settings.reportFile;
     if (EqualsIgnoreCaseAscii(Extension(path), "csv"))
         return CannotWrite(path, "its CSV report has the same name; give it another extension, such as .txt.");
-    if (!settings.appendReport && !settings.overwriteReport) return WriteBoth(NextFree(path), entry, false);
+    if (!settings.appendReport && !settings.overwriteReport) return WriteBoth(NextFree(path, entry), entry, false);
     const Files files{path, CsvPathOf(path)};
     for (const std::string& problem : {Objection(files.text, kTextFirstLine), Objection(files.csv, kCsvFirstLine)}) {
         if (!problem.empty()) return problem;
     }
-    const bool append = settings.appendReport || m_begun.contains(path);
+    const bool append = settings.appendReport || m_goesOn || m_begun.contains(path);
     std::string problem = WriteBoth(files, entry, append);
     if (problem.empty()) m_begun.insert(path);
     return problem;
 }
 
+bool CSearchReport::IsWritten(const std::string& path, const std::string& lines) const
+{
+    constexpr std::int64_t kCoarseTimes = 2'000'000'000;  // some file systems know even seconds only
+    const auto stamp = m_since ? platform::StampOf(path) : std::nullopt;
+    if (!stamp || stamp->modifiedNanoseconds < *m_since - kCoarseTimes || stamp->size < lines.size()) return false;
+    const platform::Stream file = platform::OpenStream(path, "rb");
+    std::string end(lines.size(), '\0');
+    return file && std::fseek(file.get(), -static_cast<long>(end.size()), SEEK_END) == 0 &&
+           std::fread(end.data(), 1, end.size(), file.get()) == end.size() && end == lines;
+}
+
 /// Numbers below the last one were taken when they were looked at.
-CSearchReport::Files CSearchReport::NextFree(const std::string& reportFile)
+CSearchReport::Files CSearchReport::NextFree(const std::string& reportFile, const ReportEntry& entry)
 {
     const PathParts parts = SplitPath(reportFile);
     const auto [last, isFirst] = m_lastNumber.try_emplace(reportFile, 0);
@@ -205,7 +216,8 @@ CSearchReport::Files CSearchReport::NextFree(const std::string& reportFile)
             files.csv = CsvPathOf(files.text);
             if (!parts.hasDot) files.csv = files.text + ".csv";
         }
-        if (platform::NameExists(files.text) || platform::NameExists(files.csv)) continue;
+        const bool isTaken = platform::NameExists(files.text) || platform::NameExists(files.csv);
+        if (isTaken && !(IsWritten(files.text, entry.text) && IsWritten(files.csv, entry.csv))) continue;
         last->second = number + 1;
         return files;
     }
@@ -214,8 +226,10 @@ CSearchReport::Files CSearchReport::NextFree(const std::string& reportFile)
 std::string CSearchReport::WriteBoth(const Files& files, const ReportEntry& entry, bool append)
 {
     CReportFile text(files.text, append), csv(files.csv, append);
-    if (std::string problem = text.Write(TextHeader(), entry.text); !problem.empty()) return problem;
-    if (std::string problem = csv.Write(std::string(kCsvFirstLine) + kLineEnd, entry.csv); !problem.empty())
+    const bool hasText = IsWritten(files.text, entry.text), hasCsv = IsWritten(files.csv, entry.csv);
+    if (std::string problem = hasText ? "" : text.Write(TextHeader(), entry.text); !problem.empty()) return problem;
+    if (std::string problem = hasCsv ? "" : csv.Write(std::string(kCsvFirstLine) + kLineEnd, entry.csv);
+        !problem.empty())
         return problem;
     text.Keep();
     csv.Keep();
@@ -230,4 +244,39 @@ std::string CSearchReport::TextHeader() const
            FormatText("Software build date: %s, Adobe Acrobat version: %d.%d ", m_facts.buildDate.c_str(),
                       m_facts.majorVersion, m_facts.minorVersion) +
            kLineEnd;
+}
+
+std::string CReportBatch::Add(ReportEvent event)
+{
+    constexpr std::size_t kMostWaiting = 16 << 20;
+    const SearchSettings& settings = event.settings;
+    if (!settings.appendReport && !settings.overwriteReport) return Write(event);
+    const auto [at, isFirst] = m_waiting.try_emplace(settings.reportFile);
+    ReportEvent& waiting = at->second;
+    std::string problem;
+    const bool isFull = waiting.entry.text.size() + waiting.entry.csv.size() > kMostWaiting;
+    const bool joins = !isFirst && !isFull && waiting.settings == settings;
+    if (!isFirst && !joins) problem = Write(waiting);
+    if (!joins) {
+        waiting = std::move(event);
+    } else {
+        waiting.entry.text += event.entry.text;
+        waiting.entry.csv += event.entry.csv;
+    }
+    return problem;
+}
+
+std::vector<std::string> CReportBatch::Finish()
+{
+    std::vector<std::string> problems;
+    for (const auto& [path, event] : m_waiting)
+        if (std::string problem = Write(event); !problem.empty()) problems.push_back(std::move(problem));
+    m_waiting.clear();
+    return problems;
+}
+
+std::string CReportBatch::Write(const ReportEvent& event)
+{
+    m_report.SetFacts(event.facts);
+    return m_report.Add(event.settings, event.entry);
 }

@@ -1,6 +1,7 @@
 // The two reports of a search: a text for people and a CSV file for programs.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -54,6 +55,11 @@ public:
 
     explicit CSearchReport(HostFacts facts = {}, Clock clock = platform::LocalTimeNow);
 
+    /// What "overwrite" replaces was replaced before, by an earlier start of the same run.
+    void GoOn() { m_goesOn = true; }
+    /// An earlier start of the same run was killed, perhaps when it had written already: an entry with which a report
+    /// ends that has changed since this time (nanoseconds since 1970) is not written again.
+    void MayHaveWritten(std::int64_t since) { m_since = since; }
     /// What the headers say from now on.
     void SetFacts(HostFacts facts) { m_facts = std::move(facts); }
 
@@ -67,12 +73,34 @@ private:
         std::string text, csv;
     };
 
-    Files NextFree(const std::string& reportFile);
+    Files NextFree(const std::string& reportFile, const ReportEntry& entry);
     std::string WriteBoth(const Files& files, const ReportEntry& entry, bool append);
+    bool IsWritten(const std::string& path, const std::string& lines) const;
     std::string TextHeader() const;
 
     HostFacts m_facts;
     Clock m_clock;
+    bool m_goesOn = false;
+    std::optional<std::int64_t> m_since;
     std::set<std::string> m_begun;            // reports that were overwritten already
     std::map<std::string, int> m_lastNumber;  // of reports that each document has its own of
+};
+
+/// Entries of a run that ends, put together so that each report is written in a few large pieces: a process that is
+/// killed has as good as always written all of them or none, and is not asked for thousands of small writes.
+class CReportBatch {
+public:
+    /// The report is borrowed.
+    explicit CReportBatch(CSearchReport& report) : m_report(report) {}
+
+    /// Answers what CSearchReport::Add does; for an entry that waits nothing yet.
+    [[nodiscard]] std::string Add(ReportEvent event);
+    /// Writes what waits. Answers a sentence for each report that could not be written.
+    [[nodiscard]] std::vector<std::string> Finish();
+
+private:
+    std::string Write(const ReportEvent& event);
+
+    CSearchReport& m_report;
+    std::map<std::string, ReportEvent> m_waiting;  // by report
 };

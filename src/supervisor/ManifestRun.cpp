@@ -82,6 +82,9 @@ bool CManifestRun::ReadEarlier()
     if (content->name && content->name->shard != shard)
         return Broken("The journal " + m_options.journalPath + " belongs to shard " + content->name->shard + ".");
     m_earlier->Complete();
+    if (const auto stamp = platform::StampOf(m_options.journalPath);
+        content->name && stamp && m_earlier->Ending().empty())
+        m_killedAfter = stamp->modifiedNanoseconds;
     for (int number = 1; m_header.reports && number <= m_done->Total(); ++number)
         if (const auto told = m_earlier->ToldOutcome(number)) m_toldOutcomes[number] = *told;
     m_journalLength = content->length;
@@ -208,7 +211,7 @@ void CManifestRun::Process()
 int CManifestRun::Workers() const
 {
     const bool touchesNothing = m_header.outputsPerFile == 0 && !m_header.reports && !m_header.startsPrograms &&
-                                !m_header.reach.anywhere &&
+                                !m_header.reach.anywhere && m_header.reach.folders.empty() &&
                                 m_header.order.description.finalAction == FinalAction::Nothing;
     if (m_header.oneWorker || (IsTrial() && !touchesNothing)) return 1;
     return std::clamp(m_engine.jobs, 1, std::max(m_filesLeft, 1));
@@ -245,8 +248,8 @@ void CManifestRun::Close(LoopEnd end, const std::string& problem, const COutcome
 {
     const std::vector<std::string> epilogue = results.Epilogue();
     m_log.Epilogue(epilogue.empty() ? m_header.epilogue : epilogue);
-    WriteReports();
-    if (!IsTrial()) {
+    // Without its last line the journal is that of a killed run, whose reports are still to be written.
+    if (!IsTrial() && WriteReports()) {
         const char* outcome = end == LoopEnd::Finished ? "finished" : end == LoopEnd::Stopped ? "stopped" : "broken";
         const auto added = m_journal.AddEnd(outcome, epilogue);
         if (!added && problem.empty())
@@ -278,22 +281,28 @@ bool CManifestRun::IsReported(int number)
 }
 
 /// Reports what was found in the files since the last start that came to its end, in input order. The journal says
-/// next that this has happened.
-void CManifestRun::WriteReports()
+/// next that this has happened. False: not all of it could be written.
+bool CManifestRun::WriteReports()
 {
-    if (IsTrial() || !m_header.reports) return;
+    if (!m_header.reports) return true;
     CSearchReport report;
+    if (!m_toldOutcomes.empty()) report.GoOn();
+    if (m_killedAfter) report.MayHaveWritten(*m_killedAfter);
+    CReportBatch batch(report);
     std::set<std::string> problems;
+    const auto tell = [&](const std::string& problem) {
+        if (!problem.empty() && problems.insert(problem).second) m_observer.Warning(problem);
+    };
     for (int number = 1; number <= m_done->Total(); ++number) {
         if (!m_done->IsDone(number) || IsReported(number)) continue;
         const auto done = ReadDone(m_done->At(number));
         if (!done) continue;  // the journal's own problem, told with it
-        for (const ReportEvent& event : ReportEventsIn(done->record.findings)) {
-            report.SetFacts(event.facts);
-            std::string problem = report.Add(event.settings, event.entry);
-            if (!problem.empty() && problems.insert(problem).second) m_observer.Warning(problem);
-        }
+        for (ReportEvent& event : ReportEventsIn(done->record.findings)) tell(batch.Add(std::move(event)));
     }
+    for (const std::string& problem : batch.Finish()) tell(problem);
+    return problems.empty() || Broken(
+                                   "The report is not complete. When nothing is in its way any more, --resume "
+                                   "writes it.");
 }
 
 void CManifestRun::CloseOutputs()

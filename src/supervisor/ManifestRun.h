@@ -57,7 +57,7 @@ private:
     LoopEnd RunLoop(CFilesForWorkers& queue, COutcomeRecorder& results);
     void Close(LoopEnd end, const std::string& problem, const COutcomeRecorder& results);
     void CloseOutputs();
-    void WriteReports();
+    bool WriteReports();
     bool IsReported(int number);
     void CountOutcomes();
     bool Broken(std::string message);
@@ -77,6 +77,8 @@ private:
     RunFacts m_facts;
     CManifestReader m_manifest;
     std::optional<CDoneIndex> m_done;
+    std::optional<std::int64_t>
+        m_killedAfter;  // when an earlier start without end wrote its last line of the journal
     std::optional<CJournalIndex> m_earlier;
     std::map<int, std::uint64_t> m_toldOutcomes;  // of files that may have been reported
     std::map<int, DonePlace> m_again;             // files with an outcome that are done once more

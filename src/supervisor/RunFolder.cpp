@@ -61,11 +61,12 @@ CScratchFolder::CScratchFolder()
     const std::string parent = platform::TextOf(std::filesystem::temp_directory_path(error));
     if (error) return;
     Sweep(parent);
-    // Whoever sweeps just now may take a folder whose lock is there and not held yet.
+    // Whoever sweeps just now may take a folder whose lock is there and not held yet. He removes the folder before he
+    // lets go of the lock, which then has no name any more.
     for (int attempt = 0; attempt < kAttempts && m_path.empty(); ++attempt) {
         const std::string path = parent + kSeparator + kPrefix + NewRunId();
         if (!platform::CreatePrivateFolder(path)) return;
-        if (m_lock.TryLock(LockOf(path))) m_path = path;
+        if (m_lock.TryLock(LockOf(path)) && platform::NameExists(LockOf(path))) m_path = path;
     }
 }
 

@@ -12,6 +12,7 @@ struct EngineOptions {
     std::string hostProgram = {};
     std::vector<std::string> plugIns = {};
     std::string passwordFile = {};                       ///< empty: none
+    std::string textCacheFolder = {};                    ///< where workers keep words of documents; empty: nowhere
     int jobs = 1;                                        ///< workers at the same time, at most
     int timeoutSeconds = 300;                            ///< for each file
     std::uint64_t memoryBytes = std::uint64_t{2} << 30;  ///< for each worker

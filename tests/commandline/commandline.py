@@ -34,7 +34,8 @@ class CommandPlace(Workplace):
 
     def environment(self, more=None):
         environment = {key: value for key, value in os.environ.items() if key not in VARIABLES}
-        environment.update({"XDG_CONFIG_HOME": str(self.root / "config"), "NO_COLOR": "1"})
+        environment.update({"XDG_CONFIG_HOME": str(self.root / "config"),
+                            "XDG_CACHE_HOME": str(self.root / "cache"), "NO_COLOR": "1"})
         environment.update(more or {})
         return environment
 

@@ -100,6 +100,19 @@ class SearchAndCopy(unittest.TestCase):
         self.check_copies()
         self.assertEqual(self.found(), self.expected())
 
+    def test_a_run_that_was_killed_behind_its_report_reports_nothing_twice(self):
+        sequence = self.sequence(self.rules(), append=True)
+        plan, journal = self.place.root / "plan.jsonl", self.place.root / "journal.jsonl"
+        self.place.expect(0, "plan", sequence, "-i", self.place.input, "--manifest", plan)
+        self.place.expect(0, "run", "--manifest", plan, "--journal", journal)
+        *lines, end = journal.read_bytes().splitlines(keepends=True)
+        self.assertIn(b'"end"', end)
+        stat = journal.stat()
+        journal.write_bytes(b"".join(lines))
+        os.utime(journal, ns=(stat.st_atime_ns, stat.st_mtime_ns))
+        self.place.expect(0, "run", "--manifest", plan, "--journal", journal)
+        self.assertEqual(self.found(), self.expected())
+
     def test_what_cannot_be_used_is_said(self):
         rules = self.rules()
         rules[0]["CopyFolder"] = ("string", str(self.place.root / "none"))

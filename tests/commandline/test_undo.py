@@ -169,6 +169,16 @@ class Undo(unittest.TestCase):
                 if what != "originals that are gone":
                     self.assertLess(len(set(scene.state()) ^ set(scene.before)), len(set(hurt_state) ^ set(scene.before)) or 2)
 
+    def test_a_result_that_somebody_took_away_is_told(self):
+        scene = self.scene(0)
+        scene.run()
+        first, *others = sorted(scene.place.output.glob("*.pdf"))
+        first.rename(scene.place.root / "mine.pdf")
+        told = scene.undo(0)
+        self.assertIn(f"{first} is no longer there", told.errors)
+        self.assertTrue((scene.place.root / "mine.pdf").exists() and not any(path.exists() for path in others))
+        self.assertNotIn("no longer", scene.undo(0).errors)
+
     def test_without_kept_originals_nothing_is_lost(self):
         scene = self.scene(3, keeps=False)
         scene.run()

@@ -241,7 +241,7 @@ class SequenceJobs(JobTest):
         self.assertEqual(len(job.reports), 1 if end == "finished" else 0, job)
         for secret in (OPEN, OWNER):
             self.assertNotIn(secret, str(job) + repr(job.reports) + repr(job.remarks))
-        return job.reports[0]["sequence"] if job.reports else job.end_message
+        return job.reports[0]["answer"] if job.reports else job.end_message
 
     def run_it(self, sequence=None):
         self.place.clear(self.place.output)

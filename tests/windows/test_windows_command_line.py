@@ -44,6 +44,20 @@ class CommandLine(unittest.TestCase):
             self.assertTrue((self.place.input / name).read_bytes().startswith(b"%PDF"))
         self.assertEqual(temporaries(self.place.root), [])
 
+    def test_a_batch_file_does_what_it_says(self):
+        documents(self.place, ["a.pdf"])
+        name = self.place.root / "nightly.bat"
+        words = ["batchfile", self.sequence, "--output", name, "--final-action", "move", "--destination"]
+        self.assertIn("R&D", self.place.expect(1, *words, self.place.root / "R&D").errors)
+        self.place.expect(0, *words, self.place.done, "--hidden")
+        lines = name.read_bytes().split(b"\r\n")
+        self.assertRegex(lines[0], rb"^@CHCP \d+ >NUL$")
+        self.assertEqual(len(lines), 10)
+        command = [WINE, "cmd", "/c", name.name, windows(self.place.input), windows(self.place.output)]
+        done = subprocess.run(command, env=self.place.environment(), cwd=self.place.root, capture_output=True, timeout=100)
+        self.assertEqual(done.returncode, 0, done)
+        self.assertTrue(is_protected(self.place.output / "a.pdf") and (self.place.done / "a.pdf").exists())
+
     def test_a_result_that_cannot_be_written_leaves_its_input(self):
         def no_large_files():
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)

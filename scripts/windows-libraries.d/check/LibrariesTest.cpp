@@ -6,6 +6,7 @@
 #include <pcre2.h>
 #include <poppler-document.h>
 #include <poppler-page.h>
+#include <sqlite3.h>
 #include <stringprep.h>
 #include <tinyxml.h>
 #include <windows.h>
@@ -208,6 +209,20 @@ TEST(Libraries, ZlibRoundTrip)
     ASSERT_EQ(uncompress(reinterpret_cast<Bytef*>(back.data()), &size, packed.data(), packedSize), Z_OK);
     EXPECT_EQ(back, text);
     EXPECT_LT(packedSize, 100u);
+}
+
+TEST(Libraries, SqliteFindsWordsInAFile)
+{
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open("w\xC3\xB6rter.sqlite", &database), SQLITE_OK);
+    int found = 0;
+    const auto count = [](void* counted, int, char**, char**) { return ++*static_cast<int*>(counted), 0; };
+    const char* const statements =
+        "DROP TABLE IF EXISTS words; CREATE VIRTUAL TABLE words USING fts5(text);"
+        "INSERT INTO words VALUES('one two'), ('three'); SELECT * FROM words WHERE words MATCH 'two'";
+    EXPECT_EQ(sqlite3_exec(database, statements, count, &found, nullptr), SQLITE_OK);
+    EXPECT_EQ(found, 1);
+    sqlite3_close(database);
 }
 
 TEST(Libraries, OptionsAndJson)

@@ -1,6 +1,7 @@
 #include "openhost/app/Alerts.h"
 
 #include "openhost/app/AppState.h"
+#include "openhost/app/HostWindow.h"
 #include "openhost/app/Slots.h"
 #include "openhost/app/Views.h"
 #include "openhost/core/Host.h"
@@ -20,46 +21,52 @@ namespace {
 
 constexpr ASInt32 kSecondButton = 2;
 
-void SayChecked(const char* message)
+/// Says it, and asks the user of a host with a window. Without one `otherwise` is the answer.
+bool Ask(AlertKind kind, const char* message, bool otherwise)
 {
     Require(message != nullptr, "an alert needs a message");
     SayAlert(message);
+    CHostWindow* const window = Part<WindowPlace>().window;
+    if (!window) return otherwise;
+    CHostText text;
+    text.SetHostBytes(message);
+    return window->Alert(kind, text.Utf8());
 }
 
-ASInt32 Alert(ASInt32, const char* message, const char*, const char*, const char*, ASBool)
+/// The second button of two is the one that does not confirm.
+ASInt32 AskButtons(const char* message, const char* second)
 {
-    SayChecked(message);
-    return kFirstButton;
+    const bool two = second != nullptr && *second != 0;
+    return Ask(two ? AlertKind::OkCancel : AlertKind::Note, message, true) ? kFirstButton : kSecondButton;
 }
 
-void Note(const char* message) { SayChecked(message); }
-
-ASBool Confirm(const char* message)
+ASInt32 Alert(ASInt32, const char* message, const char*, const char* second, const char*, ASBool)
 {
-    SayChecked(message);
-    return 0;
+    return AskButtons(message, second);
 }
 
-ASInt32 DocAlert(AVDoc, AVIconType, const char* message, const char*, const char*, const char*, ASBool)
+void Note(const char* message) { Ask(AlertKind::Note, message, true); }
+
+ASBool Confirm(const char* message) { return Ask(AlertKind::OkCancel, message, false); }
+
+ASInt32 DocAlert(AVDoc, AVIconType, const char* message, const char*, const char* second, const char*, ASBool)
 {
-    SayChecked(message);
-    return kFirstButton;
+    return AskButtons(message, second);
 }
 
-void DocNote(AVDoc, const char* message) { SayChecked(message); }
+void DocNote(AVDoc, const char* message) { Note(message); }
 ASBool DocConfirm(AVDoc, const char* message) { return Confirm(message); }
 
-/// "Yes" is the first button; nobody said yes.
+/// "Yes" is the first button; where nobody is asked, nobody said yes.
 ASInt32 DocYesNo(AVDoc, AVIconType, const char* message, ASBool, ASBool)
 {
-    SayChecked(message);
-    return kSecondButton;
+    return Ask(AlertKind::YesNo, message, false) ? kFirstButton : kSecondButton;
 }
 
 ASInt32 AlertWithParams(AVAlertParams params)
 {
     Require(params && params->size >= offsetof(AVAlertParamsRec, beep), "unusable description of an alert");
-    SayAlert(params->message ? TextAt(params->message).HostBytes() : std::string());
+    Ask(AlertKind::Note, (params->message ? TextAt(params->message).HostBytes() : std::string()).c_str(), true);
     return kFirstButton;
 }
 

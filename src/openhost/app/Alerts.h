@@ -10,10 +10,11 @@
 
 namespace openhost {
 
-/// Messages to a person, of whom there is none here: each is said in the diagnostics and answered at once.
+/// Messages to a person. Each is said in the diagnostics; where the host has a window, its user is asked.
 ///
-/// The answer is the one that does no harm when nobody has read the question: a message is taken note of (its first
-/// button, the default one), but what asks for a confirmation is not confirmed (Cancel, No).
+/// Where there is nobody, it is answered at once with what does no harm when nobody has read the question: a message
+/// is taken note of (its first button, the default one), but what asks for a confirmation is not confirmed (Cancel,
+/// No).
 inline constexpr ASInt32 kFirstButton = 1;
 
 /// Says an alert's text as one line.

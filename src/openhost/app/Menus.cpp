@@ -201,6 +201,11 @@ bool IsEnabled(const CMenuItem& item)
     return !item.computeEnabled.procedure || CallPlugIn(item.computeEnabled.procedure, item.computeEnabled.data) != 0;
 }
 
+bool IsMarked(const CMenuItem& item)
+{
+    return item.computeMarked.procedure && CallPlugIn(item.computeMarked.procedure, item.computeMarked.data) != 0;
+}
+
 void Execute(const CMenuItem& item)
 {
     if (item.submenu || item.IsSeparator()) return;
@@ -253,6 +258,18 @@ void MakeStandardMenus()
     CMenu& help = OnBar("&Help", "Help");
     Submenu(help, "About Plug-Ins", "AboutExtensionsItem", "AboutExtensions");
     Submenu(help, "Using Plug-Ins", "UsingExtensionsItem", "UsingExtensions");
+}
+
+void AddFileItems(const std::vector<HostItem>& items)
+{
+    auto& menus = Part<CMenus>();
+    AVMenuIndex place = 0;
+    for (const HostItem& wanted : items) {
+        const AVMenuItem item = menus.NewItem(wanted.title, wanted.name, nullptr, nullptr);
+        menus.ItemAt(item).hostAction = wanted.choose;
+        menus.AddItem(*menus.FindMenu("File"), menus.ItemAt(item), place++);
+        menus.Release(item);
+    }
 }
 
 }  // namespace openhost

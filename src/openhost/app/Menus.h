@@ -114,11 +114,22 @@ inline AVMenuItem ItemHandle(const CMenuItem& item) { return CHandles<CMenuItem,
 
 /// Asks the item's procedure; true without one.
 bool IsEnabled(const CMenuItem& item);
+/// The same for its mark; false without a procedure.
+bool IsMarked(const CMenuItem& item);
 /// Does what choosing the item does: nothing when it is disabled or has a submenu.
 void Execute(const CMenuItem& item);
 
 /// "File" with "Quit" (unless the settings say there is none), "Edit", "Extensions", and "Help" with the submenus in
 /// which plug-ins present themselves. Choosing "Quit" only asks the host to end; that happens after the present call.
 void MakeStandardMenus();
+
+/// An item of the host itself.
+struct HostItem {
+    const char* title;
+    const char* name;
+    std::function<void()> choose;
+};
+/// Puts items in front of the others of the "File" menu.
+void AddFileItems(const std::vector<HostItem>& items);
 
 }  // namespace openhost

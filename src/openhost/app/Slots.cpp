@@ -6,6 +6,7 @@
 
 #include "openhost/app/AppState.h"
 #include "openhost/app/Events.h"
+#include "openhost/app/HostWindow.h"
 #include "openhost/app/Menus.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Host.h"
@@ -145,10 +146,16 @@ ASInt32 PrefInt(const char*, const char*, ASInt32 fallback) { return fallback; }
 char* PrefString(const char*, const char*) { return nullptr; }
 ASCab PrefCab(const char*, const char*) { return nullptr; }
 
-// ---- windows: there are none ----
+// ---- windows ----
 
-HWND ModalParent(AVDoc) { return nullptr; }
-HWND ModelessParent() { return nullptr; }
+HWND OwnWindow()
+{
+    CHostWindow* const window = Part<WindowPlace>().window;
+    return window ? static_cast<HWND>(window->Handle()) : nullptr;
+}
+
+HWND ModalParent(AVDoc) { return OwnWindow(); }
+HWND ModelessParent() { return OwnWindow(); }
 
 void OfferStateSlots(CTables& tables)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -12,6 +13,7 @@
 #include "openhost/core/Handles.h"
 #include "openhost/core/Host.h"
 #include "openhost/pdf/PdfDocument.h"
+#include "openhost/pdf/TextCache.h"
 
 namespace openhost {
 
@@ -78,6 +80,8 @@ public:
 
     /// Answers of the host's own password prompt, in the order in which they are tried (UTF-8).
     std::vector<std::string> passwordCandidates;
+    /// What was read of documents before; null when nothing of them may be kept.
+    std::unique_ptr<CTextCache> textCache;
     DocumentEvents events;
 
     /// The host's own password prompt: tries the candidates, for the owner's rights first, and answers whether the

@@ -2,14 +2,18 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <map>
-#include <set>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "base/Unicode.h"
 #include "openhost/documents/Documents.h"
 #include "openhost/documents/Slots.h"
-#include "openhost/pdf/PageWords.h"
+#include "openhost/pdf/DocumentWords.h"
 #include "openhost/values/Text.h"
 
 namespace openhost {
@@ -32,27 +36,19 @@ struct HeldStyle {
 };
 
 struct HeldWord {
-    PageWord word;
+    const PageWord* word = nullptr;
     HeldStyle* style = nullptr;
 };
 
 /// Shows the document as it was when the finder was made. Words live until the next page is asked for.
 class CWordFinder {
 public:
-    CWordFinder(PDDoc document, WordOptions options, bool unicode)
-        : m_document(document), m_options(options), m_unicode(unicode)
+    CWordFinder(PDDoc document, const WordOptions& options, bool unicode)
+        : m_document(document), m_fonts(options.fonts), m_unicode(unicode)
     {
-        CHostDocument& held = DocumentAt(document);
-        Translated([&] {
-            if (!held.pdf.Allows(PdfRight::Copy))
-                throw CPdfError(PdfProblem::NotPermitted, held.pdf.Description(), "taking text out is not permitted");
-            m_pageCount = held.pdf.PageCount();
-            m_engine = NewTextEngine();
-            LoadPresentState(*m_engine, held.pdf);
-            const CPageBoxes boxes(held.pdf);
-            for (int page0 = 0; page0 < m_pageCount; ++page0)
-                m_views.push_back({boxes.Box(page0, BoxKind::Crop), boxes.Rotation(page0)});
-        });
+        CDocuments& documents = Part<CDocuments>();
+        CHostDocument& held = documents.At(document);
+        Translated([&] { m_text.emplace(held.pdf, options, documents.textCache.get()); });
         ++held.acquireCount;
     }
     CWordFinder(const CWordFinder&) = delete;
@@ -62,7 +58,7 @@ public:
         if (Part<CDocuments>().Known(m_document)) --DocumentAt(m_document).acquireCount;
     }
 
-    int PageCount() const { return m_pageCount; }
+    int PageCount() const { return m_text->PageCount(); }
     bool IsUnicode() const { return m_unicode; }
     ASInt32 ListedPage() const { return m_listedPage; }
 
@@ -74,39 +70,67 @@ public:
         const bool exists = index >= 0 && static_cast<std::size_t>(index) < m_order.size();
         return exists ? m_order[static_cast<std::size_t>(index)] : nullptr;
     }
+    /// The word of the list behind a handle; null when it is none of them.
+    const HeldWord* Find(const void* handle) const
+    {
+        const auto* const word = static_cast<const HeldWord*>(handle);
+        const bool isOne = !m_held.empty() && !std::less<>()(word, m_held.data()) &&
+                           std::less<>()(word, m_held.data() + m_held.size());
+        return isOne ? word : nullptr;
+    }
+    /// Where each unit of a word of the list stands. Read once more when only words were kept.
+    std::span<const PageBox> UnitsOf(const HeldWord& word);
 
 private:
     HeldStyle* StyleOf(const PageWord& word);
 
     PDDoc m_document;
-    WordOptions m_options;
-    bool m_unicode;
-    int m_pageCount = 0;
-    std::unique_ptr<CTextEngine> m_engine;
-    std::vector<PageView> m_views;
+    bool m_fonts, m_unicode;
+    std::optional<CDocumentWords> m_text;
+    CPageWords m_page, m_pageWithUnits;
+    std::vector<HeldWord> m_held;
     std::vector<PDWord> m_order;
     ASInt32 m_listedPage = kNoPage;
-    std::map<std::string, PDFont> m_fonts;
+    std::map<std::string, PDFont, std::less<>> m_fontHandles;
     std::map<std::pair<PDFont, double>, PDStyle> m_styles;
 };
 
 struct CWordObjects {
     CHandles<HeldFont, PDFont> fonts{"font"};
     CHandles<HeldStyle, PDStyle> styles{"style"};
-    CHandles<HeldWord, PDWord> words{"word"};
     CHandles<CWordFinder, PDWordFinder> finders{"word finder"};
 };
 
 CWordFinder& FinderAt(PDWordFinder finder) { return Part<CWordObjects>().finders.At(finder); }
-HeldWord& HeldWordAt(PDWord word) { return Part<CWordObjects>().words.At(word); }
-const PageWord& WordAt(PDWord word) { return HeldWordAt(word).word; }
+
+/// A word in the list of its finder.
+struct ListedWord {
+    CWordFinder& finder;
+    const HeldWord& held;
+};
+
+ListedWord ListedWordAt(PDWord handle)
+{
+    CWordFinder* holder = nullptr;
+    Part<CWordObjects>().finders.ForEach([&](CWordFinder& finder) {
+        if (finder.Find(handle)) holder = &finder;
+    });
+    Require(holder != nullptr, "not a living word");
+    return {*holder, *holder->Find(handle)};
+}
+
+const PageWord& WordAt(PDWord word) { return *ListedWordAt(word).held.word; }
 
 /// Fonts and styles are few and stay until the host ends.
 HeldStyle* CWordFinder::StyleOf(const PageWord& word)
 {
     CWordObjects& objects = Part<CWordObjects>();
-    PDFont& font = m_fonts[word.fontName];
-    if (!font) font = objects.fonts.Add(std::make_unique<HeldFont>(HeldFont{word.fontName}));
+    auto known = m_fontHandles.find(word.fontName);
+    if (known == m_fontHandles.end()) {
+        const std::string name(word.fontName);
+        known = m_fontHandles.emplace(name, objects.fonts.Add(std::make_unique<HeldFont>(HeldFont{name}))).first;
+    }
+    const PDFont font = known->second;
     PDStyle& style = m_styles[{font, word.fontSize}];
     if (!style)
         style = objects.styles.Add(std::make_unique<HeldStyle>(HeldStyle{&objects.fonts.At(font), word.fontSize}));
@@ -115,27 +139,37 @@ HeldStyle* CWordFinder::StyleOf(const PageWord& word)
 
 void CWordFinder::Unlist()
 {
-    for (const PDWord word : m_order) (void)Part<CWordObjects>().words.Take(word);
     m_order.clear();
+    m_held.clear();
     m_listedPage = kNoPage;
 }
 
 std::vector<PDWord>& CWordFinder::List(int page0)
 {
-    if (page0 < 0 || page0 >= m_pageCount) Raise(genErrBadParm, "there is no page " + std::to_string(page0 + 1));
+    if (page0 < 0 || page0 >= PageCount()) Raise(genErrBadParm, "there is no page " + std::to_string(page0 + 1));
     Unlist();
-    const auto pieces = Translated([&] { return m_engine->Pieces(page0, m_options.fonts); });
-    for (PageWord& word : WordsOf(pieces, m_views[static_cast<std::size_t>(page0)], m_options)) {
-        auto held = std::make_unique<HeldWord>();
-        held->style = m_options.fonts ? StyleOf(word) : nullptr;
-        held->word = std::move(word);
-        m_order.push_back(Part<CWordObjects>().words.Add(std::move(held)));
+    m_page = Translated([&] { return m_text->Page(page0); });
+    m_pageWithUnits = {};
+    m_held.reserve(m_page.size());
+    m_order.reserve(m_page.size());
+    for (const PageWord& word : m_page) {
+        m_held.push_back({&word, m_fonts ? StyleOf(word) : nullptr});
+        m_order.push_back(reinterpret_cast<PDWord>(&m_held.back()));
     }
     m_listedPage = page0;
     return m_order;
 }
 
-PDWordFinder NewFinder(PDDoc document, WordOptions options, bool unicode)
+std::span<const PageBox> CWordFinder::UnitsOf(const HeldWord& word)
+{
+    if (!word.word->units.empty() || word.word->text.empty()) return word.word->units;
+    if (m_pageWithUnits.size() == 0)
+        m_pageWithUnits = Translated([&] { return m_text->PageWithUnits(m_listedPage); });
+    const auto index = static_cast<std::size_t>(&word - m_held.data());
+    return index < m_pageWithUnits.size() ? m_pageWithUnits[index].units : std::span<const PageBox>();
+}
+
+PDWordFinder NewFinder(PDDoc document, const WordOptions& options, bool unicode)
 {
     return Part<CWordObjects>().finders.Add(std::make_unique<CWordFinder>(document, options, unicode));
 }
@@ -187,7 +221,7 @@ ASBool EnumWords(PDWordFinder finder, ASInt32 page0, PDWordProc procedure, void*
     const bool all = page0 == PDAllPages;
     const int last = all ? FinderAt(finder).PageCount() - 1 : page0;
     for (int page = all ? 0 : page0; page <= last; ++page) {
-        const auto order = FinderAt(finder).List(page);
+        const auto order = FinderAt(finder).List(page);  // a copy: the procedure may ask for another page
         for (const PDWord word : order)
             if (!CallPlugIn(procedure, finder, word, page, clientData)) return FinderAt(finder).Unlist(), ASBool{0};
         FinderAt(finder).Unlist();
@@ -200,7 +234,7 @@ PDWord NthWord(PDWordFinder finder, ASInt32 index) { return FinderAt(finder).Wor
 /// As a Unicode finder gives it: UTF-16 with the higher byte first, and the space behind the word.
 std::string BytesOf(const PageWord& word)
 {
-    return BytesOfUtf16(word.text + (word.spaceAfter || word.endsLine ? u" " : u""), true);
+    return BytesOfUtf16(std::u16string(word.text) + (word.spaceAfter || word.endsLine ? u" " : u""), true);
 }
 
 ASUns8 WordLength(PDWord word)
@@ -217,7 +251,7 @@ void WordString(PDWord word, char* buffer, ASInt32 size)
     std::memset(buffer + length, 0, std::min<std::size_t>(room - length, 2));
 }
 
-void WordText(PDWord word, ASUns32, ASText text) { TextAt(text).Set(WordAt(word).text); }
+void WordText(PDWord word, ASUns32, ASText text) { TextAt(text).Set(std::u16string(WordAt(word).text)); }
 
 ASUns16 Attributes(PDWord handle)
 {
@@ -267,7 +301,7 @@ ASInt16 QuadCount(PDWord word) { return static_cast<ASInt16>(WordAt(word).boxes.
 
 ASBool NthQuad(PDWord handle, ASInt16 index, ASFixedQuad* quad)
 {
-    const auto& boxes = WordAt(handle).boxes;
+    const auto boxes = WordAt(handle).boxes;
     if (!quad || index < 0 || static_cast<std::size_t>(index) >= boxes.size()) return 0;
     *quad = QuadOf(boxes[static_cast<std::size_t>(index)]);
     return 1;
@@ -275,7 +309,8 @@ ASBool NthQuad(PDWord handle, ASInt16 index, ASFixedQuad* quad)
 
 ASBool CharacterQuad(PDWord handle, ASUns32 byte, ASFixedQuad* quad)
 {
-    const auto& boxes = WordAt(handle).unitBoxes;
+    const ListedWord word = ListedWordAt(handle);
+    const auto boxes = word.finder.UnitsOf(word.held);
     const std::size_t unit = byte / sizeof(char16_t);
     if (!quad || unit >= boxes.size()) return 0;
     *quad = QuadOf(boxes[unit]);
@@ -292,7 +327,7 @@ ASInt16 StyleTransitions(PDWord word, ASInt16* offsets, ASInt16 size)
 
 PDStyle NthStyle(PDWordFinder, PDWord word, ASInt32 index)
 {
-    const HeldStyle* const style = HeldWordAt(word).style;
+    const HeldStyle* const style = ListedWordAt(word).held.style;
     return index == 0 && style ? CHandles<HeldStyle, PDStyle>::HandleOf(*style) : nullptr;
 }
 

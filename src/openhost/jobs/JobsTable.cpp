@@ -119,7 +119,19 @@ void Copying(ASInt32 begins) { Part<CJobs>().Ledger().Copying(begins != 0); }
 const char* DocumentLoss(PDDoc document)
 {
     auto& documents = Part<CDocuments>();
-    return documents.Known(document) ? documents.At(document).pdf.Loss().c_str() : nullptr;
+    if (!documents.Known(document)) return nullptr;
+    return Translated([&] { return documents.At(document).pdf.Loss().c_str(); });
+}
+
+ASInt32 DocumentSigned(PDDoc document)
+{
+    auto& documents = Part<CDocuments>();
+    if (!documents.Known(document)) return -1;
+    try {
+        return Translated([&] { return documents.At(document).pdf.IsSigned(); }) ? 1 : 0;
+    } catch (...) {
+        return -1;  // 0 would promise something
+    }
 }
 
 void NextSaveIsNew(PDDoc document)
@@ -172,6 +184,7 @@ void OfferJobsTable()
     Put<JobsFileFoundSlotProc>(table, kSlotJobsFileFound, &CQuietSlot<&FileFound>::Entry);
     Put<JobsNextSaveIsNewSlotProc>(table, kSlotJobsNextSaveIsNew, &CQuietSlot<&NextSaveIsNew>::Entry);
     Put<JobsCopyingSlotProc>(table, kSlotJobsCopying, &CQuietSlot<&Copying>::Entry);
+    Put<JobsDocumentSignedSlotProc>(table, kSlotJobsDocumentSigned, &CQuietSlot<&DocumentSigned>::Entry);
     auto server = std::make_unique<CTableServer>();
     server->name = HOST_TABLE_JOBS;
     server->table = table;

@@ -44,7 +44,7 @@ struct CPdfDocument::State {
     bool contentChanged = false;  // the file does not show the present state
     bool reload = false;          // saved since: the next use reads the new file
     bool repaired = false;
-    std::string loss;  // what did not come through the repair, for people
+    std::optional<std::string> loss;  // what of the file cannot be had, for people; nothing until somebody asks
     std::optional<int> pageCount;
     std::set<std::string> changedInfo;
 

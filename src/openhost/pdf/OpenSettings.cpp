@@ -102,6 +102,8 @@ bool SetPageLayout(CPdfDocument& document, const std::optional<std::string>& lay
     return SetName(document.Library().getRoot(), "/PageLayout", layout);
 }
 
+std::string PageLayoutOf(CPdfDocument& document) { return NameIn(document.Library().getRoot(), "/PageLayout"); }
+
 bool SetPageMode(CPdfDocument& document, const std::optional<std::string>& mode)
 {
     const std::string present = PageModeOf(document);
@@ -132,6 +134,18 @@ bool SetViewerName(CPdfDocument& document, const std::string& key, const std::st
 std::string ViewerName(CPdfDocument& document, const std::string& key)
 {
     return NameIn(document.Library().getRoot().getKey(kPreferences), '/' + key);
+}
+
+std::optional<OpenView> OpenViewOf(CPdfDocument& document)
+{
+    QPDFObjectHandle destination = PresentDestination(document.Library());
+    if (!destination.isArray() || !destination.getArrayItem(1).isName()) return std::nullopt;
+    OpenView view{.fit = destination.getArrayItem(1).getName().substr(1)};
+    if (view.fit == "FitB" || view.fit == "FitBV") view.fit = "FitBH";
+    if (view.fit != "XYZ" || destination.getArrayNItems() < 5) return view;
+    QPDFObjectHandle zoom = destination.getArrayItem(4);
+    if (zoom.isNumber() && zoom.getNumericValue() > 0) view.zoom = zoom.getNumericValue();
+    return view;
 }
 
 bool SetOpenDestination(CPdfDocument& document, const std::optional<int>& page0, const std::optional<OpenView>& view)

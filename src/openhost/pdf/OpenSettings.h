@@ -19,6 +19,8 @@ struct OpenView {
 
 /// A name of the format without its slash; nothing leaves it to the reader.
 bool SetPageLayout(CPdfDocument& document, const std::optional<std::string>& layout);
+/// Empty when the document has none.
+std::string PageLayoutOf(CPdfDocument& document);
 bool SetPageMode(CPdfDocument& document, const std::optional<std::string>& mode);
 /// Empty when the document has none.
 std::string PageModeOf(CPdfDocument& document);
@@ -29,6 +31,8 @@ bool SetViewerName(CPdfDocument& document, const std::string& key, const std::st
 /// Empty when the document has none.
 std::string ViewerName(CPdfDocument& document, const std::string& key);
 
+/// The size at which it opens; nothing when it does not say. Fits to what is visible come as "FitBH".
+std::optional<OpenView> OpenViewOf(CPdfDocument& document);
 /// Where the document opens. What is not given stays as the present destination has it, else the first page and the
 /// reader's own size. An action of another kind, such as a script, is carried out after going there.
 bool SetOpenDestination(CPdfDocument& document, const std::optional<int>& page0, const std::optional<OpenView>& view);

@@ -103,7 +103,7 @@ bool PutIntoReadingOrder(Line& line)
     return true;
 }
 
-PageBox InUserSpace(const ShownBox& box, const PageView& view)
+PageBox Unturned(const ShownBox& box, const PageView& view)
 {
     const PageBox& crop = view.crop;
     switch (view.rotation) {
@@ -116,6 +116,19 @@ PageBox InUserSpace(const ShownBox& box, const PageView& view)
         default:
             return {crop.left + box.left, crop.top - box.bottom, crop.left + box.right, crop.top - box.top};
     }
+}
+
+double WholeFraction(double units)
+{
+    constexpr double kFractions = 65536;
+    return std::round(units * kFractions) / kFractions;
+}
+
+PageBox InUserSpace(const ShownBox& box, const PageView& view)
+{
+    const PageBox exact = Unturned(box, view);
+    return {WholeFraction(exact.left), WholeFraction(exact.bottom), WholeFraction(exact.right),
+            WholeFraction(exact.top)};
 }
 
 PageBox Around(const PageBox& one, const PageBox& other)
@@ -143,19 +156,19 @@ public:
             }
             const auto end =
                 std::find_if(at, line.end(), [](const Glyph& glyph) { return IsSpace(glyph.character); });
-            if (!first || !goesOn) m_words.emplace_back();
+            if (!first || !goesOn) m_words.BeginWord();
             AddToLast(at, end, fromRight);
-            m_words.back().spaceAfter = end != line.end();
+            m_words.Facts().spaceAfter = end != line.end();
             first = false;
             at = end;
         }
         if (!first) {
-            m_words.back().endsLine = true;
-            m_words.back().spaceAfter = false;
+            m_words.Facts().endsLine = true;
+            m_words.Facts().spaceAfter = false;
         }
     }
 
-    std::vector<PageWord> Take() { return std::move(m_words); }
+    CPageWords Take() { return m_words.Finish(); }
 
 private:
     static bool IsSpace(char32_t character) { return IsWhiteSpace(character) || character == 0; }
@@ -165,55 +178,94 @@ private:
     {
         const auto first =
             std::find_if(line.begin(), line.end(), [](const Glyph& g) { return !IsSpace(g.character); });
-        if (!m_options.joinHyphenated || m_words.empty() || first == line.end()) return false;
-        PageWord& last = m_words.back();
-        if (last.text.size() < 2 || !IsHyphen(last.text.back()) || !IsLetter(last.text[last.text.size() - 2]))
-            return false;
+        if (!m_options.joinHyphenated || m_words.IsEmpty() || first == line.end()) return false;
+        const std::u16string_view last = m_words.Text();
+        if (last.size() < 2 || !IsHyphen(last.back()) || !IsLetter(last[last.size() - 2])) return false;
         const bool goesOnSmall = IsLetter(first->character) && UpperCased(first->character) != first->character;
-        if (last.text.back() != kSoftHyphen && !goesOnSmall) return false;
-        last.text.pop_back();
-        last.unitBoxes.pop_back();
-        last.wasHyphenated = true;
-        last.endsLine = false;
+        if (last.back() != kSoftHyphen && !goesOnSmall) return false;
+        m_words.TakeLastUnit();
+        m_words.Facts().wasHyphenated = true;
+        m_words.Facts().endsLine = false;
         return true;
     }
 
     void AddToLast(Line::iterator begin, Line::iterator end, bool fromRight)
     {
-        PageWord& word = m_words.back();
         std::optional<PageBox> around;
         for (auto at = begin; at != end; ++at) {
             const PageBox box = InUserSpace(at->box, m_view);
             around = around ? Around(*around, box) : box;
-            AddCharacter(word, at->character, box);
+            AddCharacter(at->character, box);
         }
-        word.boxes.push_back(*around);
-        word.isRightToLeft = fromRight;
+        m_words.AddBox(*around);
+        WordFacts& facts = m_words.Facts();
+        facts.isRightToLeft = fromRight;
         const auto inPiece = std::find_if(begin, end, [](const Glyph& glyph) { return glyph.piece != nullptr; });
-        if (inPiece == end || !word.fontName.empty()) return;
-        word.isRotated = inPiece->piece->rotation != 0;
-        word.fontName = inPiece->piece->fontName;
-        word.fontSize = inPiece->piece->fontSize;
+        if (inPiece == end || m_words.HasFont()) return;
+        facts.isRotated = inPiece->piece->rotation != 0;
+        facts.fontSize = WholeFraction(inPiece->piece->fontSize);
+        if (!inPiece->piece->fontName.empty()) m_words.SetFont(inPiece->piece->fontName);
     }
 
-    void AddCharacter(PageWord& word, char32_t character, const PageBox& box) const
+    void AddCharacter(char32_t character, const PageBox& box)
     {
-        const std::u32string letters =
-            m_options.dissolveLigatures ? WithoutPresentationForm(character) : std::u32string(1, character);
-        word.hasLigature |= letters.size() > 1;
-        const std::u16string units = Utf32ToUtf16(letters);
-        word.text += units;
-        word.unitBoxes.insert(word.unitBoxes.end(), units.size(), box);
+        m_letters.assign(1, character);
+        if (m_options.dissolveLigatures) m_letters = WithoutPresentationForm(character);
+        m_words.Facts().hasLigature |= m_letters.size() > 1;
+        for (const char16_t unit : Utf32ToUtf16(m_letters)) {
+            m_words.AddUnit(unit);
+            m_words.AddUnitBox(box);
+        }
     }
 
     PageView m_view;
     WordOptions m_options;
-    std::vector<PageWord> m_words;
+    CPageWordsBuilder m_words;
+    std::u32string m_letters;  // of the present character; kept for its memory
 };
 
 }  // namespace
 
-std::vector<PageWord> WordsOf(const std::vector<TextPiece>& pieces, const PageView& view, const WordOptions& options)
+void CPageWordsBuilder::BeginWord()
+{
+    m_words.push_back({m_page.m_text.size(), m_page.m_units.size(), m_page.m_boxes.size()});
+}
+
+void CPageWordsBuilder::SetFont(std::string_view name)
+{
+    auto& fonts = m_page.m_fonts;
+    const auto known = std::find(fonts.rbegin(), fonts.rend(), name);
+    m_words.back().font = known != fonts.rend() ? &*known : &fonts.emplace_back(name);
+}
+
+std::u16string_view CPageWordsBuilder::Text() const
+{
+    const std::size_t begin = m_words.back().text;
+    return {m_page.m_text.data() + begin, m_page.m_text.size() - begin};
+}
+
+void CPageWordsBuilder::TakeLastUnit()
+{
+    m_page.m_text.pop_back();
+    m_page.m_units.pop_back();
+}
+
+CPageWords CPageWordsBuilder::Finish()
+{
+    m_words.push_back({m_page.m_text.size(), m_page.m_units.size(), m_page.m_boxes.size()});
+    m_page.m_words.reserve(m_words.size() - 1);
+    for (std::size_t i = 0; i + 1 < m_words.size(); ++i) {
+        const Word &word = m_words[i], &next = m_words[i + 1];
+        m_page.m_words.push_back({word.facts,
+                                  {m_page.m_text.data() + word.text, next.text - word.text},
+                                  {m_page.m_units.data() + word.unit, next.unit - word.unit},
+                                  {m_page.m_boxes.data() + word.box, next.box - word.box},
+                                  word.font ? std::string_view(*word.font) : std::string_view()});
+    }
+    return std::move(m_page);
+}
+
+CPageWords WordsOf(const std::vector<TextPiece>& pieces, const PageView& view, const WordOptions& options)
 {
     CWordCollector collector(view, options);
     for (Line& line : LinesOf(pieces)) collector.AddLine(std::move(line));

@@ -2,6 +2,7 @@
 
 #include <qpdf/QPDFExc.hh>
 
+#include "openhost/pdf/DocumentLoss.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfError.h"
@@ -80,7 +81,6 @@ bool CPdfDocument::IsLocked() const { return m_state->locked; }
 bool CPdfDocument::IsEncrypted() const { return m_state->encryption.has_value(); }
 bool CPdfDocument::IsModified() const { return m_state->modified; }
 bool CPdfDocument::WasRepaired() const { return m_state->repaired; }
-const std::string& CPdfDocument::Loss() const { return m_state->loss; }
 OpenedWith CPdfDocument::OpenedBy() const { return m_state->openedWith; }
 const std::string& CPdfDocument::PasswordBytes() const { return m_state->passwordBytes; }
 QPDF& CPdfDocument::Library() { return m_state->Current(); }
@@ -100,6 +100,19 @@ void CPdfDocument::SetModified(bool modified)
 bool CPdfDocument::HasPendingSecurity() const
 {
     return m_state->change != SecurityChange::Keep && !m_state->changeIsSaved;
+}
+
+const std::string& CPdfDocument::Loss()
+{
+    State& state = *m_state;
+    if (state.locked || !state.source) {
+        static const std::string nothing;
+        return state.loss ? *state.loss : nothing;
+    }
+    if (!state.loss)
+        state.loss = Guarded(state.description, PdfProblem::Damaged,
+                             [&] { return LossOf(*state.library, *state.source, {}); });
+    return *state.loss;
 }
 
 int CPdfDocument::PageCount()

@@ -142,9 +142,10 @@ public:
     /// Whether reading Path() with PasswordBytes() gives the document as it is now, pending security aside.
     bool FileShowsPresentState() const;
     bool WasRepaired() const;
-    /// What of the file did not come through the repair: one sentence, empty when nothing is known to be lost. Stays
-    /// as it was at the opening.
-    const std::string& Loss() const;
+    /// What of the file did not come through the repair, or cannot be read: one sentence, empty when nothing is known
+    /// to be lost. The first call reads every object, so that it costs time, and belongs before the first change;
+    /// the answer then stays, also after a save.
+    const std::string& Loss();
     bool IsLinearised();
     /// Has a filled signature field, a certification or usage rights.
     bool IsSigned();

@@ -156,24 +156,20 @@ bool ReadRebuilt(CPdfDocument::State& state, const Unlock& unlock)
 /// wanted; locked afterwards when the password does not fit.
 void Read(CPdfDocument::State& state, const Unlock& unlock)
 {
-    bool rebuilt = false;
     try {
         ReadAsItIs(state, unlock);
     } catch (const QPDFExc& error) {
         state.warnings.emplace_back(error.what());
         const bool hopeless = !state.repair || error.getErrorCode() == qpdf_e_unsupported;
         if (hopeless || !ReadRebuilt(state, unlock)) throw;
-        rebuilt = true;
     } catch (const CPdfError& error) {
         state.warnings.emplace_back(error.what());
         const bool hopeless = !state.repair || error.Problem() != PdfProblem::Damaged;
         if (hopeless || !ReadRebuilt(state, unlock)) throw;
-        rebuilt = true;
     }
     state.TakeWarnings();
     if (state.locked) return;
     state.library->setAttemptRecovery(true);
-    if (!rebuilt) state.loss = LossOf(*state.library, *state.source, {});
 }
 
 /// What a file that the library gives up on is.

@@ -5,9 +5,9 @@
 #include <poppler-document.h>
 #include <poppler-global.h>
 #include <poppler-page.h>
+#include <poppler-version.h>
 
 #include "base/Unicode.h"
-#include "openhost/pdf/TextEngine.h"
 
 namespace openhost {
 namespace {
@@ -31,13 +31,6 @@ std::string WithPlainLineEnds(const poppler::byte_array& text)
 ShownBox BoxOf(const poppler::rectf& area)
 {
     return {.left = area.left(), .top = area.top(), .right = area.right(), .bottom = area.bottom()};
-}
-
-/// "ABCDEF+Name" is a part of the font of that name.
-std::string WithoutSubsetMark(const std::string& name)
-{
-    constexpr std::size_t kMark = 6;
-    return name.size() > kMark && name[kMark] == '+' ? name.substr(kMark + 1) : name;
 }
 
 /// The library's own way to UTF-8 ends at the first character that is none, so its UTF-16 is taken.
@@ -122,15 +115,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CTextEngine> NewTextEngine() { return std::make_unique<CPopplerTextEngine>(); }
+std::unique_ptr<CTextEngine> NewPopplerTextEngine() { return std::make_unique<CPopplerTextEngine>(); }
 
-void LoadPresentState(CTextEngine& engine, CPdfDocument& document)
-{
-    if (document.FileShowsPresentState()) {
-        engine.LoadFile(document.Path(), document.PasswordBytes());
-    } else {
-        engine.LoadMemory(document.WriteToMemory(), document.Description());
-    }
-}
+std::string PopplerTextEngineVersion() { return "poppler " + poppler::version_string(); }
 
 }  // namespace openhost

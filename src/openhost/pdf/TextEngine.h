@@ -44,7 +44,12 @@ public:
     virtual std::vector<TextPiece> Pieces(int page0, bool withFonts) = 0;
 };
 
+/// The engine that this build is made with.
 std::unique_ptr<CTextEngine> NewTextEngine();
+/// Name and version of the library behind it: another one may read a page otherwise.
+std::string TextEngineVersion();
+/// "ABCDEF+Name" is a part of the font of that name.
+std::string WithoutSubsetMark(const std::string& name);
 /// Gives the engine the document's present state: its file when nothing changed, else a copy in memory.
 void LoadPresentState(CTextEngine& engine, CPdfDocument& document);
 

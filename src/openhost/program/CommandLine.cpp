@@ -12,6 +12,7 @@
 
 #include "base/LikelyName.h"
 #include "openhost/app/AppState.h"
+#include "openhost/catalog/DocumentTexts.h"
 #include "openhost/jobs/RunRecord.h"
 #include "openhost/jobs/WorkerLink.h"
 #include "openhost/program/OpenHost.h"
@@ -49,16 +50,17 @@ std::optional<std::vector<std::string>> ReadPasswordFile(const std::string& path
 
 namespace {
 
-constexpr char kSummary[] = "runs plug-ins without a window";
+constexpr char kSummary[] = "runs plug-ins, as a rule without a window";
 constexpr std::array kDescription = {
-    "Runs plug-ins without a window: loads them, lets them do what they have scheduled, and ends.",
+    "Runs plug-ins, as a rule without a window: loads them, lets them do what they have scheduled, and ends.",
     "What a plug-in is to do is told to the plug-in, not to this program."};
 constexpr std::array<std::pair<int, const char*>, 4> kExitCodeRows = {
     {{kExitFine, "all files are fine"},
      {kExitBroken, "the run could not start or broke off"},
      {kExitUsage, "wrong arguments"},
      {kExitSomeFailed, "the run finished, but some files did not come out"}}};
-constexpr std::array kExamples = {"FERRULESEQU=protect.sequ FERRULEALTPATH=in FERRULEALTOUTPUTPATH=out ferrule-host",
+constexpr std::array kExamples = {"ferrule-host --window",
+                                  "FERRULESEQU=protect.sequ FERRULEALTPATH=in FERRULEALTOUTPUTPATH=out ferrule-host",
                                   "ferrule-host --plugin ./Ferrule.api --password-file passwords.txt --verbose"};
 constexpr std::array kPasswordFile = {
     "The password file holds one password in each line, UTF-8. Only the line end is cut, so that",
@@ -137,11 +139,15 @@ namespace {
 struct Arguments {
     std::vector<std::string> plugIns;
     std::string passwordFile;
+    std::string textCache;
     int hostVersion = 21;
     bool stay = false;
+    bool window = false;
+    std::vector<std::string> files;
     bool verbose = false;
     bool noQuitItem = false;
     bool worker = false;
+    bool textReader = false;
     bool manual = false;
     std::string recordFile;
 };
@@ -160,11 +166,25 @@ void Declare(CLI::App& app, Arguments& arguments)
         ->capture_default_str();
     app.add_option("--password-file", arguments.passwordFile, "Passwords to try on encrypted documents")
         ->type_name("FILE");
+    app.add_option("--text-cache", arguments.textCache,
+                   "Keep words of unencrypted documents in this folder of your own, and take them from it "
+                   "[nothing is kept]")
+        ->type_name("FOLDER");
     app.add_flag("--stay", arguments.stay, "Go on until a plug-in asks the host to quit");
+    auto* const window = app.add_flag(
+        "--window", arguments.window,
+        "Open a window with the menus of the plug-ins and a list of the open documents; the program ends "
+        "when it is closed");
+    app.add_option("files", arguments.files, "Documents to open in the window")->type_name("FILE");
     app.add_flag("--verbose", arguments.verbose, "Say what is loaded and how every file ends");
     auto* const worker = app.add_flag("--worker", arguments.worker,
                                       "Take job and input files from standard input and tell on standard output how "
-                                      "it goes, line by line; ferrule run starts its hosts so");
+                                      "it goes, line by line; ferrule run starts its hosts so")
+                             ->excludes(window);
+    app.add_flag("--text-reader", arguments.textReader,
+                 "Load no plug-in; answer the texts of documents that are named on standard input, for an index")
+        ->group("")
+        ->excludes(worker);
     app.add_option("--record", arguments.recordFile,
                    "Write what became of each input file, one line of JSON each; an older record is replaced, no "
                    "other file is")
@@ -226,6 +246,21 @@ bool TakeJobs(const Arguments& arguments, OpenHostOptions& options)
     return true;
 }
 
+/// Documents are read for an index by this program, in a process of its own.
+ReaderSettings ReadersFor(const Arguments& arguments, const std::vector<std::string>& passwords)
+{
+    ReaderSettings readers;
+    readers.program = platform::ExecutablePath();
+    readers.arguments = {"--text-reader"};
+    readers.passwordsUtf8 = passwords;
+    readers.hasPasswords = !passwords.empty();
+    if (!arguments.passwordFile.empty())
+        readers.arguments.insert(readers.arguments.end(), {"--password-file", arguments.passwordFile});
+    if (!arguments.textCache.empty())
+        readers.arguments.insert(readers.arguments.end(), {"--text-cache", arguments.textCache});
+    return readers;
+}
+
 int RunHost(const Arguments& arguments)
 {
     OpenHostOptions options;
@@ -233,15 +268,20 @@ int RunHost(const Arguments& arguments)
     options.quitItem = !arguments.noQuitItem;
     options.stay = arguments.stay;
     options.verbose = arguments.verbose;
-    if (!TakeJobs(arguments, options)) return kExitBroken;
+    options.textCacheFolder = arguments.textCache;
     if (!arguments.passwordFile.empty()) {
         auto passwords = ReadPasswordFile(arguments.passwordFile);
         if (!passwords) return Fail("the password file " + arguments.passwordFile + " cannot be read");
         options.passwordCandidates = std::move(*passwords);
     }
+    if (arguments.textReader) return ServeTexts(options.passwordCandidates, arguments.textCache);
+    if (!TakeJobs(arguments, options)) return kExitBroken;
+    options.textReaders = ReadersFor(arguments, options.passwordCandidates);
     for (const std::string& path : ChoosePlugIns(arguments)) options.plugIns.push_back({path, nullptr});
     if (options.plugIns.empty()) return Fail("there is no plug-in to load");
+    options.files = arguments.files;
     COpenHost host(std::move(options));
+    if (std::string problem; arguments.window && !host.OpenWindow(problem)) return Fail(problem);
     if (!host.StartUp()) return Fail("no plug-in could be used");
     if (!arguments.plugIns.empty() && !host.AllPlugInsLive())
         return Fail("not every plug-in that was named could be used");
@@ -262,15 +302,33 @@ std::vector<std::string> PlugInsOfFolder(const std::string& folder)
     return found;
 }
 
+namespace {
+
+/// The arguments in reverse order, as the parser takes them. Command files written for another host start it with
+/// "/n" and "/h": a new instance, without its window.
+std::vector<std::string> KnownWords(int argumentCount, char** words)
+{
+    std::vector<std::string> known;
+    for (int index = argumentCount - 1; index > 0; --index)
+        if (const std::string word = words[index]; word != "/n" && word != "/h") known.push_back(word);
+    return known;
+}
+
+}  // namespace
+
 int RunCommandLine(int argumentCount, char** words)
 {
     CLI::App app(ProgramDescription(), "ferrule-host");
     Arguments arguments;
     Declare(app, arguments);
     try {
-        app.parse(argumentCount, words);
+        app.parse(KnownWords(argumentCount, words));
     } catch (const CLI::ParseError& error) {
         return TellProblem(app, error);
+    }
+    if (!arguments.files.empty() && !arguments.window) {
+        Fail(arguments.files.front() + ": documents are named for --window only");
+        return kExitUsage;
     }
     if (arguments.manual) {
         std::fputs(ManualPage(app, FERRULE_VERSION).c_str(), stdout);

@@ -8,6 +8,8 @@
 #include "openhost/app/Events.h"
 #include "openhost/app/Slots.h"
 #include "openhost/app/Views.h"
+#include "openhost/catalog/Catalog.h"
+#include "openhost/catalog/Slots.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/Handlers.h"
 #include "openhost/commands/Slots.h"
@@ -34,8 +36,9 @@ void WaitForNextCall(const EventLoopOptions& options)
 {
     const std::uint64_t now = Part<AppClock>().milliseconds();
     const auto next = Part<CIdleProcedures>().NextDue().value_or(now + kLongestWaitMs);
-    if (next <= now) return;
-    const std::uint64_t wait = std::min(next - now, kLongestWaitMs);
+    const std::uint64_t wait = next > now ? std::min(next - now, kLongestWaitMs) : 0;
+    if (options.work) return options.work(wait);
+    if (wait == 0) return;
     if (options.sleep)
         options.sleep(wait);
     else
@@ -85,6 +88,7 @@ void OfferAllSlots(CTables& tables)
     OfferConversionSlots(tables);
     OfferScriptSlots(tables);
     OfferCommandsSlots(tables);
+    OfferCatalogSlots(tables);
     OfferJobsTable();
 }
 
@@ -137,11 +141,22 @@ void COpenHost::Prepare()
     if (m_options.jobs) Part<CJobs>().TakeFrom(m_options.jobs);
     Part<CDocuments>().events.didBreakSignatures = [](PDDoc) { Part<CJobs>().Ledger().SignaturesBroken(); };
     Part<CDocuments>().passwordCandidates = m_options.passwordCandidates;
+    if (!m_options.textCacheFolder.empty())
+        Part<CDocuments>().textCache = std::make_unique<CTextCache>(m_options.textCacheFolder);
+    Part<CCatalog>().readers = m_options.textReaders;
     OfferAllSlots(Tables());
     if (m_options.afterOffering) m_options.afterOffering(Tables());
     PrepareApplication();
     RegisterBuiltInConverters();
     RegisterBuiltInCommands();
+}
+
+bool COpenHost::OpenWindow(std::string& problem)
+{
+    m_content = std::make_unique<CHostContent>();
+    m_window = MakeHostWindow(*m_content, problem);
+    Part<WindowPlace>().window = m_window.get();
+    return m_window != nullptr;
 }
 
 bool COpenHost::StartUp()
@@ -158,8 +173,10 @@ int COpenHost::Run()
 {
     Notify(AVAppDidInitializeNSEL);
     EventLoopOptions loop;
-    loop.stay = m_options.stay;
+    loop.stay = m_options.stay || m_window;
     loop.sleep = m_options.sleep;
+    if (m_window) loop.work = [this](std::uint64_t wait) { m_window->Work(static_cast<unsigned>(wait)); };
+    for (const std::string& file : m_options.files) CHostContent::Open(file);
     return RunEventLoop(loop);
 }
 
@@ -172,6 +189,8 @@ void COpenHost::ShutDown()
     Part<CCommands>().DestroyAll();
     Part<CCommandHandlers>().Terminate();
     m_plugIns.Unload();
+    Part<WindowPlace>().window = nullptr;
+    m_window.reset();
 }
 
 }  // namespace openhost

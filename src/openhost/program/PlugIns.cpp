@@ -5,6 +5,7 @@
 
 #include "openhost/app/AppState.h"
 #include "openhost/app/Events.h"
+#include "openhost/app/HostWindow.h"
 #include "openhost/app/Menus.h"
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/Handlers.h"
@@ -45,7 +46,8 @@ void TakeBackRegistrations(ASExtension extension)
 
 bool CallEntry(PlugInMainProc entry, void* library, PISetupSDKProcType& setup)
 {
-    void* words[2] = {nullptr, library};  // no main window
+    const CHostWindow* const window = Part<WindowPlace>().window;
+    void* words[2] = {window ? window->Handle() : nullptr, library};
     ASUns32 version = 0;
     return CallPlugIn(entry, kHandshakeVersion, &version, &setup, static_cast<void*>(words)) &&
            version == kHandshakeVersion && setup;

@@ -9,7 +9,7 @@
 namespace openhost {
 
 /// The one function that a plug-in exports under its name, "PlugInMain".
-/// platformWords  two words: the host's main window handle (here null) and the plug-in's library handle
+/// platformWords  two words: the host's main window handle (null without a window) and the plug-in's library handle
 using PlugInMainProc = ASBool(HOSTCALL*)(ASUns32 hostVersion, ASUns32* plugInVersion, PISetupSDKProcType* setup,
                                          void* platformWords);
 

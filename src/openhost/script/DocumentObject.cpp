@@ -59,7 +59,7 @@ duk_ret_t PageNumber(CScriptRun&, duk_context* context)
 
 duk_ret_t Modified(CScriptRun& run, duk_context* context)
 {
-    duk_push_boolean(context, run.Pdf().IsModified() || !run.ChangedInfo().empty());
+    duk_push_boolean(context, run.Pdf().IsModified() || !run.ChangedInfo().empty() || !run.Changes().IsEmpty());
     return 1;
 }
 

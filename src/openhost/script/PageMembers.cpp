@@ -1,5 +1,7 @@
 // What "this" says of its pages.
 
+#include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 #include <qpdf/QPDFPageLabelDocumentHelper.hh>
@@ -110,12 +112,25 @@ PageBox Turned(const PageBox& box, const PageBox& media, int rotation)
     return {to.left + x, to.bottom + y, to.right + x, to.top + y};
 }
 
+/// The way back.
+PageBox TurnedBack(const PageBox& box, const PageBox& media, int rotation)
+{
+    const double x = media.left, y = media.bottom;
+    const PageBox from{box.left - x, box.bottom - y, box.right - x, box.top - y};
+    const double width = media.Width(), height = media.Height();
+    PageBox to = from;
+    if (rotation == 90) to = {width - from.top, from.left, width - from.bottom, from.right};
+    if (rotation == 180) to = {width - from.right, height - from.top, width - from.left, height - from.bottom};
+    if (rotation == 270) to = {from.bottom, height - from.right, from.top, height - from.left};
+    return {to.left + x, to.bottom + y, to.right + x, to.top + y};
+}
+
 duk_ret_t GetPageBox(CScriptRun& run, duk_context* context)
 {
     const BoxKind kind = KindNamed(TextArgument(context, 0, "cBox", "Crop"));
     const int page0 = CheckedPage(run, WholeArgument(context, 1, "nPage", 0));
-    const CPageBoxes boxes(run.Pdf());
-    const PageBox box = Turned(boxes.Box(page0, kind), boxes.Box(page0, BoxKind::Media), boxes.Rotation(page0));
+    CScriptChanges& pages = run.Changes();
+    const PageBox box = Turned(pages.Box(page0, kind), pages.Box(page0, BoxKind::Media), pages.Rotation(page0));
     duk_push_array(context);
     duk_uarridx_t at = 0;
     for (const double edge : {box.left, box.top, box.right, box.bottom}) {
@@ -125,10 +140,45 @@ duk_ret_t GetPageBox(CScriptRun& run, duk_context* context)
     return 1;
 }
 
+/// Left, top, right and bottom, as the function above answers them; nothing when the argument is not there.
+std::optional<PageBox> BoxArgument(duk_context* context, duk_idx_t place, const char* name)
+{
+    PushArgument(context, place, name);
+    if (duk_is_null_or_undefined(context, -1)) return std::nullopt;
+    double edges[4] = {};
+    const bool whole = duk_is_array(context, -1) && duk_get_length(context, -1) == std::size(edges);
+    for (duk_uarridx_t at = 0; whole && at < std::size(edges); ++at) {
+        duk_get_prop_index(context, -1, at);
+        edges[at] = duk_to_number(context, -1);
+        duk_pop(context);
+    }
+    if (!whole || !std::ranges::all_of(edges, [](double edge) { return std::isfinite(edge); }))
+        throw std::runtime_error(std::string(name) + " must be four numbers: left, top, right and bottom");
+    return PageBox{edges[0], edges[3], edges[2], edges[1]};
+}
+
+/// Without pages all of them, with a first one only that one.
+duk_ret_t SetPageBoxes(CScriptRun& run, duk_context* context)
+{
+    const BoxKind kind = KindNamed(TextArgument(context, 0, "cBox", "Crop"));
+    constexpr int none = -1;
+    const int start = WholeArgument(context, 1, "nStart", none), end = WholeArgument(context, 2, "nEnd", none);
+    const int first = CheckedPage(run, start == none ? 0 : start);
+    const int last = CheckedPage(run, end != none ? end : start != none ? start : run.Pdf().PageCount() - 1);
+    if (last < first) throw std::runtime_error("nEnd is before nStart");
+    const auto box = BoxArgument(context, 3, "rBox");
+    CScriptChanges& pages = run.Changes();
+    for (int page0 = first; page0 <= last; ++page0) {
+        const PageBox media = pages.Box(page0, BoxKind::Media);
+        pages.SetBox(page0, kind, box ? std::optional(TurnedBack(*box, media, pages.Rotation(page0))) : std::nullopt);
+    }
+    return 0;
+}
+
 duk_ret_t GetPageRotation(CScriptRun& run, duk_context* context)
 {
     const int page0 = CheckedPage(run, WholeArgument(context, 0, "nPage", 0));
-    duk_push_int(context, CPageBoxes(run.Pdf()).Rotation(page0));
+    duk_push_int(context, run.Changes().Rotation(page0));
     return 1;
 }
 
@@ -139,6 +189,7 @@ void AddPageMembers(duk_context* context)
     duk_push_global_object(context);
     AddScriptMethods(context, {{"getPageLabel", &ScriptEntry<&GetPageLabel>},
                                {"getPageBox", &ScriptEntry<&GetPageBox>},
+                               {"setPageBoxes", &ScriptEntry<&SetPageBoxes>},
                                {"getPageRotation", &ScriptEntry<&GetPageRotation>}});
     duk_pop(context);
 }

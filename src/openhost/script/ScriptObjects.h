@@ -8,6 +8,8 @@ struct duk_hthread;
     OBJECT(Info)               \
     OBJECT(PageMembers)        \
     OBJECT(WordMembers)        \
+    OBJECT(ViewMembers)        \
+    OBJECT(CommentMembers)     \
     OBJECT(UnsupportedMembers) \
     OBJECT(App)                \
     OBJECT(Console)            \

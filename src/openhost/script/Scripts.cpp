@@ -32,7 +32,7 @@ std::string WithoutControls(std::string_view text)
 
 }  // namespace
 
-CScriptRun::CScriptRun(PDDoc document) : m_document(document), m_session(Part<ScriptSession>()) {}
+CScriptRun::CScriptRun(PDDoc document) : m_document(document), m_session(Part<ScriptSession>()), m_changes(Pdf()) {}
 
 ScriptResult CScriptRun::Execute(std::u16string_view source)
 {
@@ -55,7 +55,7 @@ ScriptResult CScriptRun::Execute(std::u16string_view source)
 
 bool CScriptRun::Apply()
 {
-    bool changed = false;
+    bool changed = m_changes.Apply();
     for (const auto& [key, text] : m_info) {
         const auto present = Pdf().Info(key);
         if (present ? Utf16FromPdText(*present) == text : text.empty()) continue;
@@ -85,20 +85,12 @@ void CScriptRun::SetInfo(const std::string& key, std::u16string text)
     m_info[key] = std::move(text);
 }
 
-const std::vector<PageWord>& CScriptRun::WordsOfPage(int page0)
+const CPageWords& CScriptRun::WordsOfPage(int page0)
 {
     if (m_wordsPage0 == page0) return m_words;
-    if (!Pdf().Allows(PdfRight::Copy))
-        throw CPdfError(PdfProblem::NotPermitted, "taking text out of the document is not permitted");
-    if (!m_text) {
-        auto text = NewTextEngine();
-        LoadPresentState(*text, Pdf());
-        m_text = std::move(text);
-    }
-    const CPageBoxes boxes(Pdf());
+    if (!m_text) m_text.emplace(Pdf(), WordOptions{.fonts = false}, nullptr);
     m_wordsPage0.reset();
-    m_words = WordsOf(m_text->Pieces(page0, false), {boxes.Box(page0, BoxKind::Crop), boxes.Rotation(page0)},
-                      {.fonts = false});
+    m_words = m_text->Page(page0);
     m_wordsPage0 = page0;
     return m_words;
 }

@@ -8,7 +8,8 @@
 #include <string_view>
 
 #include "openhost/documents/Documents.h"
-#include "openhost/pdf/PageWords.h"
+#include "openhost/pdf/DocumentWords.h"
+#include "openhost/script/ScriptChanges.h"
 #include "openhost/script/ScriptEngine.h"
 
 namespace openhost {
@@ -46,19 +47,22 @@ public:
     /// Fails: std::runtime_error when the document cannot have it or must not be changed.
     void SetInfo(const std::string& key, std::u16string text);
     const std::map<std::string, std::u16string>& ChangedInfo() const { return m_info; }
+    /// Pages and view of the document with what the script has set.
+    CScriptChanges& Changes() { return m_changes; }
     /// The words of a page (from 0) that exists; they live until those of another page are asked for. Fails:
     /// CPdfError when text must not be taken out.
-    const std::vector<PageWord>& WordsOfPage(int page0);
+    const CPageWords& WordsOfPage(int page0);
     /// A line for the person who reads the diagnostics; a script that says too much is cut short.
     void Say(const std::string& what, std::string_view utf8);
 
 private:
     PDDoc m_document;
     ScriptSession& m_session;
+    CScriptChanges m_changes;
     std::size_t m_infoBytes = 0;
     std::map<std::string, std::u16string> m_info;  // entries that the script has set
-    std::unique_ptr<CTextEngine> m_text;           // when a script has asked for words
-    std::vector<PageWord> m_words;
+    std::optional<CDocumentWords> m_text;          // when a script has asked for words
+    CPageWords m_words;
     std::optional<int> m_wordsPage0;
     std::optional<std::string> m_globals;  // as the script has left them
     std::size_t m_lines = 0;

@@ -22,7 +22,6 @@ constexpr const char* kProperties[] = {"baseURL",
                                        "icons",
                                        "innerAppWindowRect",
                                        "innerDocWindowRect",
-                                       "layout",
                                        "media",
                                        "metadata",
                                        "modDate",
@@ -46,9 +45,7 @@ constexpr const char* kProperties[] = {"baseURL",
                                        "templates",
                                        "URL",
                                        "viewState",
-                                       "xfa",
-                                       "zoom",
-                                       "zoomType"};
+                                       "xfa"};
 
 /// The engine tells a getter the name as its first argument and a setter as its second.
 duk_ret_t Refuse(CScriptRun&, duk_context* context)

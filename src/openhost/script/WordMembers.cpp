@@ -13,14 +13,14 @@ namespace openhost {
 
 namespace {
 
-const std::vector<PageWord>& WordsOfArgument(CScriptRun& run, duk_context* context)
+const CPageWords& WordsOfArgument(CScriptRun& run, duk_context* context)
 {
     return run.WordsOfPage(CheckedPage(run, WholeArgument(context, 0, "nPage", 0)));
 }
 
 const PageWord& WordOfArguments(CScriptRun& run, duk_context* context)
 {
-    const std::vector<PageWord>& words = WordsOfArgument(run, context);
+    const CPageWords& words = WordsOfArgument(run, context);
     const int number = WholeArgument(context, 1, "nWord", 0);
     if (number < 0 || static_cast<std::size_t>(number) >= words.size())
         throw std::runtime_error(FormatText("there is no word %d: words count from 0 and page %d has ", number,
@@ -44,7 +44,7 @@ bool Surrounds(char32_t character)
         kRanges, [&](const auto& range) { return character >= range.first && character <= range.second; });
 }
 
-std::u16string WithoutPunctuation(const std::u16string& word)
+std::u16string WithoutPunctuation(std::u16string_view word)
 {
     const std::u32string text = Utf16ToUtf32(word);
     std::size_t begin = 0, end = text.size();

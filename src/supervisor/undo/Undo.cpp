@@ -222,11 +222,14 @@ private:
         });
         names.BeginToUse();
         CUndoDecider decider(names);
+        std::size_t looked = 0;
         if (problem.empty())
             problem = m_acts->ForEach([&](const ActToUndo& undo) {
                 if (Interrupted()) return false;
+                m_observer.Progress("looked at", ++looked, m_acts->Count());
                 UndoStep step;
                 if (!m_journal.IsUndone(undo.act)) step = decider.Decide(undo);
+                if (!step.remark.empty()) m_observer.Remark(step.remark);
                 if (!step.problem.empty()) {
                     m_observer.Problem(step.problem);
                     m_told.insert(CUndoJournal::KeyOf(undo.act));
@@ -243,8 +246,10 @@ private:
         CNames names;
         CUndoDecider decider(names);
         platform::FileResult journaled;
+        std::size_t done = 0;
         std::string problem = m_acts->ForEach([&](const ActToUndo& undo) {
             if (Interrupted()) return false;
+            m_observer.Progress("taken back", ++done, m_acts->Count());
             if (m_journal.IsUndone(undo.act)) return true;
             const UndoStep step = decider.Decide(undo);
             const UndoneStep undone = DoUndo(undo, step);

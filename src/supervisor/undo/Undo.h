@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "supervisor/RunObserver.h"
 #include "supervisor/undo/UndoStep.h"
@@ -22,6 +23,10 @@ public:
     virtual void Begins(const std::string& /*run*/, std::size_t /*acts*/) {}
     /// What cannot be taken back, before anything is touched, and what went wrong later: sentences.
     virtual void Problem(const std::string&) {}
+    /// What somebody else has done meanwhile, which keeps nothing from being taken back: sentences.
+    virtual void Remark(const std::string&) {}
+    /// How many acts of how many were looked at, or taken back. As often as one likes.
+    virtual void Progress(std::string_view /*what*/, std::size_t /*done*/, std::size_t /*all*/) {}
     /// What is done, or would be, with the file of this path.
     virtual void Step(UndoStep::Kind, const std::string& /*path*/) {}
 };

@@ -86,7 +86,11 @@ UndoStep DecidePut(const ActToUndo& undo, CNames& names)
     const NameState there = names.At(act.target);
     if (there.kind == NameState::Kind::Unknown) return LeaveUnknown(act.target);
     const bool ours = there.Holds(act.sha256) && there.link.empty();
-    if (!act.former && there.IsFree()) return {};
+    if (!act.former && there.IsFree()) {
+        if (undo.mayNotHave) return {};
+        return {.remark = "The result " + act.target +
+                          " is no longer there: somebody has removed it, or moved it to another place."};
+    }
     // The result may have the very content of the original.
     if (act.former && there.Is(*act.former) && (!ours || !names.IsTaken(act.former->kept))) return {};
     if (!ours && !there.IsFree()) {

@@ -50,6 +50,7 @@ struct UndoStep {
     Kind kind = Kind::Nothing;
     bool restoresKept = false;                     ///< with MoveBack and Remove: something was kept, too
     std::string problem = {};                      ///< what stays otherwise than before: a sentence; empty: nothing
+    std::string remark = {};                       ///< what is otherwise than the run left it and is no harm
     std::optional<platform::FileStamp> seen = {};  ///< of the file that is going to be removed, replaced or moved
 };
 /// "remove", "put-back", "move-back".

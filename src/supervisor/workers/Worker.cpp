@@ -108,6 +108,8 @@ platform::ChildOptions ChildOptionsFor(const EngineOptions& engine, const std::s
         options.arguments.insert(options.arguments.end(), {"--plugin", plugIn});
     if (!engine.passwordFile.empty())
         options.arguments.insert(options.arguments.end(), {"--password-file", engine.passwordFile});
+    if (!engine.textCacheFolder.empty())
+        options.arguments.insert(options.arguments.end(), {"--text-cache", engine.textCacheFolder});
     options.environment = {std::string(platform::kApplicationDataVariable) + '=' + settingsFolder};
     for (const char* name : kRunVariables) options.environment.emplace_back(name);
     // The supervisor watches the memory in use; this only keeps one document from taking all of it in between.

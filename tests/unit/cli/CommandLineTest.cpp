@@ -228,7 +228,8 @@ TEST(RunArguments, BecomeTheDescriptionOfTheRun)
     EXPECT_FALSE(usual.noSubfolders || usual.skipUnavailable || usual.allowNoOutput || usual.allowInPlace);
     EXPECT_EQ(place.Request({"--ext", "ALL"}).extensions, "");
     const auto run = Parsed("run", {place.sequence, "--retry-failed", "--host", place.sequence, "--plugin", "p"});
-    EXPECT_TRUE(cli::ReadRun(run, cli::ReadSequenceWork(run)).resume) << "what is retried is a run that was there";
+    EXPECT_TRUE(cli::ReadRun(run, cli::ReadRequest(run, cli::ReadSequenceWork(run))).resume)
+        << "what is retried is a run that was there";
 }
 
 TEST(RunArguments, PlacesAreThereAndFitTheFinalAction)

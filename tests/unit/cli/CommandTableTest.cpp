@@ -64,6 +64,22 @@ TEST(CommandTable, NamesAreUniqueAndHelpIsWholeAndFits)
     }
 }
 
+/// As a shell takes them: blanks between single quotation marks divide nothing.
+std::vector<std::string> ShellWords(const std::string& line)
+{
+    std::vector<std::string> words(1);
+    bool quoted = false;
+    for (const char c : line) {
+        if (c == '\'')
+            quoted = !quoted;
+        else if (c == ' ' && !quoted)
+            words.emplace_back();
+        else
+            words.back() += c;
+    }
+    return words;
+}
+
 TEST(CommandTable, ExamplesAndFallbacksAreAccepted)
 {
     int checked = 0;
@@ -72,7 +88,7 @@ TEST(CommandTable, ExamplesAndFallbacksAreAccepted)
             const std::string start = "ferrule " + command.name + " ";
             if (!example.command.starts_with(start)) continue;
             const std::string words = example.command.substr(start.size(), example.command.find(" |") - start.size());
-            const auto parsed = cli::ParseArguments(command, Split(words, " "));
+            const auto parsed = cli::ParseArguments(command, ShellWords(words));
             EXPECT_TRUE(parsed.arguments) << example.command << ": " << parsed.problem;
             ++checked;
         }

@@ -226,8 +226,9 @@ TEST_F(BatchCommand, StepsWithoutTheirFileAreSkippedSilently)
             EXPECT_EQ(WorkOn(CommandWithFile(handler, file), document), kAVCommandDone) << handler;
         }
     }
-    EXPECT_EQ(WorkOn(CommandWithFile(kPurge, path), document), kAVCommandDone) << "a host without a catalog";
     EXPECT_EQ(m_host.LogText(), before);
+    EXPECT_EQ(WorkOn(CommandWithFile(kPurge, path), document), kAVCommandDone);
+    EXPECT_TRUE(Logged("\t\t\tPurge Catalog Index : Index is invalid: " + path + "\r\n"));
 }
 
 TEST(CatalogStatus, EachCodeHasItsSentenceAndOthersHaveNone)

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "common/SettingsFile.h"
-#include "host/FerruleApp.h"
+#include "host/AppSettings.h"
 #include "support/MemoryLog.h"
 #include "support/TemporaryFolder.h"
 

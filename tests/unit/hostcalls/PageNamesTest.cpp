@@ -1,4 +1,6 @@
 // Page expressions in documents of the open host, compared with what poppler and MuPDF say.
+#include <algorithm>
+
 #include <poppler-destination.h>
 #include <poppler-document.h>
 #include <poppler-page.h>
@@ -123,6 +125,45 @@ TEST_F(PageNames, OfRealDocumentsAreThoseOfPoppler)
     }
     EXPECT_GT(labels, 100);
     EXPECT_GT(destinations, 100);
+}
+
+TEST_F(PageNames, OfListsAreThoseWhoseTextSaysSo)
+{
+    if (!std::filesystem::exists(CORPUS) || !HaveTool("pdftotext")) GTEST_SKIP() << "no corpus, or no pdftotext";
+    const struct {
+        const char *file, *list;
+        std::vector<std::string> words;  // in lower case; one of them
+        std::vector<int> before;         // pages of items in front of the condition
+    } rows[] = {
+        {"text/pdflatex.pdf", "'EXAMPLE'", {"example"}, {}},
+        {"text/us_constitution.pdf", "2-1, \"congress\"", {"congress"}, {1, 0}},
+        {"text/us_constitution.pdf", "1L,Regex=Senator|Treaty", {"senator", "treaty"}, {-1}},
+        {"labels/GeoTopo-komprimiert.pdf", "'Metrischer RAUM'", {"metrischer raum"}, {}},
+        {"pages/rotated.pdf", "'no such text'", {"no such text"}, {}},
+    };
+    std::size_t found = 0;
+    for (const auto& row : rows) {
+        if (!std::filesystem::exists(Corpus(row.file))) ADD_FAILURE() << row.file;
+        SCOPED_TRACE(row.list);
+        CHostDocument document = CHostDocument::Open(Corpus(row.file));
+        const int pageCount = PageCount(document.Get());
+        std::vector<int> expected = row.before;
+        for (int& page0 : expected) page0 = page0 < 0 ? pageCount + page0 : page0;
+        const auto texts = Split(RunTool({"pdftotext", Corpus(row.file), "-"}).output, "\f");
+        for (int page0 = 0; page0 < pageCount; ++page0) {
+            const std::string text = ToLowerAscii(ReplaceAll(texts.at(static_cast<std::size_t>(page0)), "\n", " "));
+            const bool says =
+                std::ranges::any_of(row.words, [&](const auto& word) { return text.find(word) != text.npos; });
+            if (says) expected.push_back(page0);
+        }
+        const auto pages = PagesOfList(document.Get(), *ParsePageList(row.list));
+        ASSERT_TRUE(pages) << pages.Error();
+        EXPECT_EQ(*pages, expected);
+        found += expected.size();
+    }
+    EXPECT_GT(found, 30U);
+    CHostDocument document = CHostDocument::Open(Corpus("text/us_constitution.pdf"));
+    EXPECT_FALSE(PagesOfList(document.Get(), *ParsePageList("Regex=(?:\\w+[ ,.;]*)+[#~]")));
 }
 
 TEST_F(PageNames, OfBookmarksAreThoseOfMuPdf)

@@ -12,7 +12,7 @@ from pathlib import Path
 ALLOWED = {
     ("AcroView", "AVAuthOpen"): "the host's own password prompt; there is no other way to ask with it",
 }
-OWN_TABLES = {"FerruleJobs"}  # ours, described in a header of its own
+OWN_TABLES = {"FerruleJobs", "FerruleIndex"}  # ours, described in headers of their own
 CALLED = re.compile(r"HOST_SLOT\(\s*(\w+)\s*,\s*(\w+)\s*\)|\bkSlot()([A-Z]\w+)")
 OFFERED = re.compile(r"OFFER\(\s*\w+\s*,\s*(\w+)\s*,\s*(\w+)\s*,|PutTyped<()(\w+)SlotProc>")
 

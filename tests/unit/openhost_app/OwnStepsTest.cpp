@@ -4,16 +4,12 @@
 #include "openhost/commands/Commands.h"
 #include "openhost/commands/LocalNames.h"
 #include "openhost/documents/Documents.h"
+#include "support/KnownLeaks.h"
 #include "support/TemporaryFolder.h"
 #include "unit/openhost_app/HostFixture.h"
 #include "unit/openhost_pdf/TestPdfs.h"
 
 using namespace openhost;
-
-#ifdef __SANITIZE_ADDRESS__
-/// What the font library keeps until the end of the process is no leak of ours.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig\n"; }
-#endif
 
 namespace {
 

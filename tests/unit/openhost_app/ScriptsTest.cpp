@@ -54,7 +54,7 @@ protected:
     }
     void CheckValues(const std::vector<ScriptRow>& rows)
     {
-        for (const ScriptRow& row : rows) Check({{"event.value = " + row.script, row.answer}});
+        for (const ScriptRow& row : rows) Check({{"event.value = (" + row.script + ")", row.answer}});
     }
 
     CTemporaryFolder folder;
@@ -81,7 +81,7 @@ TEST_F(Scripts, HostileOnesCostNothingButThemselves)
         {"throw 'text'", "failed: text"},
         {"\r\n\rvar = 1", "failed in line 3: SyntaxError..."},
         {"var a = 1;\nthis.a;\nthis.missing()", "failed in line 3: TypeError: ..."},
-        {"this.layout = 'SinglePage'", "failed in line 1: Error: this host has no property layout of documents"},
+        {"this.delay = true", "failed in line 1: Error: this host has no property delay of documents"},
         {"this.numPages = 1", "failed in line 1: Error: numPages cannot be set"},
         {"var a = new Array(5000).join('x'); for (var i = 0; i < 300; ++i) global[i] = a",
          "failed: Error: \"global\" holds more than..."},
@@ -147,6 +147,64 @@ TEST_F(Scripts, TheDocumentIsReadAndDescribed)
     library.getObject(1000, 0).replaceKey("/CropBox", QPDFObjectHandle::parse("[10 20 310 420]"));
     CheckValues(
         {{"[getPageLabel(), getPageLabel(1), getPageLabel(2)]", "IV,A-aa,x"}, {"getPageBox()", "20,602,420,302"}});
+}
+
+TEST_F(Scripts, BoxesAndViewAreSet)
+{
+    CPdfDocument& pdf = DocumentAt(document).pdf;
+    const auto page = [&](int number) { return pdf.Library().getObject(number, 0); };
+    page(1000).replaceKey("/MediaBox", QPDFObjectHandle::parse("[10 20 410 620]"));
+    page(1000).replaceKey("/TrimBox", QPDFObjectHandle::parse("[20 30 60 80]"));
+    // What is set is there at once, on a page however it is turned, and the document has it afterwards.
+    for (const int rotation : {0, 90, 180, 270}) {
+        page(1000).replaceKey("/Rotate", QPDFObjectHandle::newInteger(rotation));
+        CheckValues({{"setPageBoxes('Crop', 0, 0, [30, 120, 130, 40]), getPageBox('Crop', 0)", "30,120,130,40"},
+                     {"getPageBox('Crop', 0)", "30,120,130,40"},
+                     {"setPageBoxes('Crop'), getPageBox('Crop', 0) + '' === getPageBox('Media', 0) + ''", "true"}});
+    }
+    EXPECT_FALSE(page(1000).hasKey("/CropBox"));
+    CheckValues({
+        {"setPageBoxes({ cBox: 'Art', nStart: 1, rBox: [1, 4, 3, 2] }), dirty", "true"},
+        {"[layout, zoomType]", "SinglePage,Preferred"},
+        {"layout = 'OneColumn', zoomType = zoomtype.fitW, [layout, zoomType]", "OneColumn,FitWidth"},
+        {"[layout, zoomType]", "OneColumn,FitWidth"},
+        {"zoom = 125, [zoom, zoomType]", "125,NoVary"},
+        {"setPageBoxes('Media', 0, 0, [0, 9, 9, 0])",
+         "failed in line 1: Error: this host does not set the media box"},
+        {"setPageBoxes('Crop', 0, 0, [0, 9, 9])", "failed in line 1: Error: rBox must be four numbers..."},
+        {"setPageBoxes('Crop', 0, 0, [0, 0, 9, 9])", "failed in line 1: Error: the box is empty..."},
+        {"setPageBoxes('Crop', 1, 0, [0, 9, 9, 0])", "failed in line 1: Error: nEnd is before nStart"},
+        {"setPageBoxes('Crop', 0, 0, [9000, 9009, 9009, 9000])", "failed in line 1: Error: the box lies beside..."},
+        {"layout = 'Fan'", "failed in line 1: Error: there is no layout \"Fan\""},
+        {"zoomType = zoomtype.refW", "failed in line 1: Error: no document can open with the zoom type..."},
+        {"layout = 'SinglePage', setPageBoxes('Trim', 1, 2, [1, 4, 3, 2]), none",
+         "failed in line 1: ReferenceError..."},
+    });
+    EXPECT_EQ(page(1002).getKey("/ArtBox").unparse(), "[ 1 2 3 4 ]");
+    EXPECT_FALSE(page(1002).hasKey("/TrimBox"));
+    EXPECT_EQ(pdf.Library().getRoot().getKey("/PageLayout").unparse(), "/OneColumn");
+    EXPECT_EQ(pdf.Library().getRoot().getKey("/OpenAction").unparse(), "[ 1000 0 R /XYZ null null 1.25 ]");
+}
+
+TEST_F(Scripts, CommentsAreReadAndNotChanged)
+{
+    CheckValues({{"[syncAnnotScan(), getAnnots()]", ","}});
+    DocumentAt(document).pdf.Library().getObject(1002, 0).replaceKey(
+        "/Annots",
+        QPDFObjectHandle::parse("[<</Subtype/Link/Rect[0 0 9 9]>> 7 <</Subtype/Highlight/Rect[9 8 1 2]/NM(a)"
+                                "/T<FEFF00FC>/CA .5/F 4>> <</Subtype/Text/Contents(note)>>]"));
+    CheckValues({
+        {"getAnnots().map(function (a) { return [a.type, a.page, a.rect, a.author, a.opacity, a.print, a.contents] "
+         "})",
+         "Highlight,1,1,2,9,8,ü,0.5,true,,Text,1,,,1,false,note"},
+        {"[getAnnots(0), getAnnots(1).length, getAnnot(1, 'a').type, getAnnot(1, 'b'), getAnnot(1, '')]",
+         ",2,Highlight,,"},
+        {"getAnnots({ nSortBy: 1 })", "failed in line 1: Error: getAnnots takes no nSortBy here"},
+        {"getAnnots(3)", "failed in line 1: Error: there is no page 3..."},
+        {"getAnnots()[0].opacity = 0.5", "failed in line 1: Error: opacity of comments cannot be set"},
+        {"getAnnots()[0].style", "failed in line 1: Error: this host has no property style of comments"},
+    });
+    EXPECT_FALSE(DocumentAt(document).pdf.IsModified());
 }
 
 TEST_F(Scripts, WordsAreReadWhereTheyStand)

@@ -21,7 +21,7 @@ TextPiece Piece(const std::string& utf8, double left, double top, bool spaceAfte
 }
 
 /// Words with "|" behind those that end a line, and a blank where one divides them.
-std::string Shown(const std::vector<PageWord>& words)
+std::string Shown(const CPageWords& words)
 {
     std::string shown;
     for (const PageWord& word : words)
@@ -62,6 +62,6 @@ TEST(PageWords, KeepTheirPlaces)
     ASSERT_EQ(words[0].boxes.size(), 2U);
     EXPECT_EQ(words[0].boxes[0].left, 500);
     EXPECT_EQ(words[0].boxes[1].top, 780);
-    ASSERT_EQ(words[0].unitBoxes.size(), words[0].text.size());
-    EXPECT_EQ(words[0].unitBoxes[5].left, words[0].unitBoxes[4].left);  // both letters stand where the ligature does
+    ASSERT_EQ(words[0].units.size(), words[0].text.size());
+    EXPECT_EQ(words[0].units[5].left, words[0].units[4].left);  // both letters stand where the ligature does
 }

@@ -64,6 +64,27 @@ TEST_F(SearchReport, IsAppendedToOrBegunOncePerRun)
     }
 }
 
+TEST_F(SearchReport, OfAKilledRunIsWrittenOnce)
+{
+    const std::int64_t before = 0, after = std::int64_t{1} << 62;
+    const ReportEntry other = MakeReportEntry("/in/b.pdf", {{"x", {{0, "x"}}}});
+    for (const bool append : {true, false}) {
+        m_settings = {.appendReport = append, .reportFile = m_folder / (append ? "append.txt" : "each.txt")};
+        CSearchReport killed = NewRun(), resumed = NewRun(), another = NewRun();
+        ASSERT_EQ(killed.Add(m_settings, m_entry), "");
+        resumed.MayHaveWritten(before);
+        EXPECT_EQ(resumed.Add(m_settings, m_entry), "");
+        EXPECT_EQ(resumed.Add(m_settings, other), "");
+        another.MayHaveWritten(after);  // the report has not changed since
+        EXPECT_EQ(another.Add(m_settings, other), "");
+        const std::string name = append ? "append" : "each";
+        EXPECT_EQ(FileBytes(m_folder / (name + ".csv")), kCsvHead + m_csv + (append ? other.csv + other.csv : ""));
+        EXPECT_EQ(FileBytes(m_folder / (name + ".txt")),
+                  kTextHead + m_text + (append ? other.text + other.text : ""));
+    }
+    EXPECT_EQ(FileBytes(m_folder / "each (2).csv"), kCsvHead + other.csv);
+}
+
 TEST_F(SearchReport, OfEachDocumentHasANameOfItsOwnOtherwise)
 {
     CSearchReport report = NewRun();

@@ -118,6 +118,8 @@ TEST_F(SequenceCheck, FindsProtectionThatDoesNotProtect)
          "error password-refused"},
         {method + on + extract + Item("Password", "text", std::string(256, 'p')), "warning password-cut"},
         {method + on + noCopy + owner + useTable, "warning empty-table"},
+        {method + on + noCopy + owner + Item("AllowAll", "boolean", "true"),
+         "note nothing-restricted, warning restrictions-void"},
         {method + on + noCopy + owner + table, "warning unused-table"},
         {method + on + noCopy + owner + table + useTable, ""},
         {method + extract + Item("SearchForPassword", "boolean", "true") + Item("SearchRegex", "text", "No (\\d+)"),

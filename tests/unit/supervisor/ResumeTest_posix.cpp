@@ -7,6 +7,7 @@
 #include <csignal>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -300,6 +301,29 @@ TEST(ScratchFolder, IsPrivateAndWhatKilledProcessesLeftIsSwept)
     }
     EXPECT_EQ(fs::exists(young), geteuid() == 0) << "another user's is not touched";
     EXPECT_EQ(FileBytes(victim), "somebody's");
+    SetVariable("TMPDIR", former);
+}
+
+TEST(ScratchFolder, NoneIsSweptThatIsJustBeingMade)
+{
+    const CTemporaryFolder temporary;
+    const std::string former = platform::EnvironmentText("TMPDIR");
+    SetVariable("TMPDIR", temporary.Path());
+    std::vector<pid_t> makers(4);
+    for (pid_t& maker : makers) {
+        maker = fork();
+        if (maker != 0) continue;
+        for (int i = 0; i < 1000; ++i) {
+            const CScratchFolder scratch;
+            if (!platform::FolderExists(scratch.Path())) _exit(1);
+        }
+        _exit(0);
+    }
+    for (const pid_t maker : makers) {
+        int status = -1;
+        EXPECT_EQ(waitpid(maker, &status, 0), maker);
+        EXPECT_EQ(status, 0);
+    }
     SetVariable("TMPDIR", former);
 }
 

@@ -1,0 +1,127 @@
+#include "cli/ProtectCommand.h"
+
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/Text.h"
+#include "cli/RunArguments.h"
+#include "cli/RunCommands.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+#include "protocol/Json.h"
+#include "protocol/ProtectOrder.h"
+
+namespace cli {
+
+namespace {
+
+struct SecretOption {
+    const char *option, *file;
+};
+constexpr SecretOption kSecrets[] = {{"--owner-password-file", kOwnerPasswordFile},
+                                     {"--open-password-file", kOpenPasswordFile},
+                                     {"--passwords-from", kPasswordTable}};
+
+/// Where results go must be said: nobody is to lose inputs, or to miss results, by what he did not type.
+void RequirePlace(const CArguments& arguments)
+{
+    if (arguments.Has("--output") == arguments.Has("--in-place"))
+        FailUsage(arguments.Has("--output")
+                      ? "--output and --in-place contradict each other; give one of them"
+                      : "say where the protected documents go: --output FOLDER for a folder of their own, or "
+                        "--in-place to replace the inputs");
+}
+
+ProtectOrder OrderOf(const CArguments& arguments)
+{
+    RequirePlace(arguments);
+    const bool anyPassword = arguments.Has("--owner-password-file") || arguments.Has("--open-password-file") ||
+                             arguments.Has("--passwords-from");
+    if (!anyPassword)
+        FailUsage(
+            "give passwords: --owner-password-file, --open-password-file, --passwords-from, or several of them");
+    auto allowed = ParseDocumentRights(arguments.Text("--allow"));
+    if (!allowed) FailUsage("--allow: " + allowed.Error());
+    if (*allowed != AllDocumentRights() && !arguments.Has("--owner-password-file"))
+        FailUsage(
+            "--allow restricts only with --owner-password-file: without an owner password whoever can open a "
+            "document could lift the restrictions");
+    return {.method = *FindProtectMethod(arguments.Text("--method")),
+            .allowed = std::move(*allowed),
+            .inPlace = arguments.Has("--in-place"),
+            .breakSignatures = arguments.Has("--break-signatures")};
+}
+
+/// Each worker reads the file, and a later start of the run does so again.
+std::string SecretPath(const std::string& typed, const char* option)
+{
+    if (typed == "-")
+        FailUsage(std::string(option) + " takes a file, which is read more than once; - has no meaning");
+    const std::string path = ExistingPath(typed);
+    if (const auto readable = platform::CheckReadable(path); !readable)
+        FailStart(path + ": " + platform::ErrorText(readable.errorNumber) + "; " + option +
+                  " takes a regular file, which is read more than once");
+    return path;
+}
+
+WorkDescription WorkOf(const CArguments& arguments, const Screen& screen)
+{
+    WorkDescription work{.kind = kProtectWork, .files = {}, .settings = LineOf(ProtectOrderJson(OrderOf(arguments)))};
+    for (const auto& [option, file] : kSecrets) {
+        if (!arguments.Has(option)) continue;
+        const std::string path = SecretPath(arguments.Text(option), option);
+        work.files.push_back({file, path});
+        if (platform::OthersMayRead(path))
+            *screen.messages << "ferrule: warning: " << Printable(path)
+                             << ": others may read this file with passwords; chmod 600 keeps it to you\n";
+    }
+    return work;
+}
+
+std::string ListText(const std::string& typed)
+{
+    if (typed == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
+    constexpr std::uint64_t kLongestList = std::uint64_t{1} << 30;
+    const std::string path = platform::AbsolutePath(typed);
+    platform::FileResult read;
+    auto text = platform::ReadWholeFile(path, kLongestList, &read);
+    if (!text) FailStart(path + ": " + platform::ErrorText(read.errorNumber));
+    return std::move(*text);
+}
+
+/// One path a line, or each ended by a zero byte. What is gone meanwhile is a file that fails.
+void AddListed(const CArguments& arguments, std::vector<std::string>& inputs)
+{
+    if (!arguments.Has("--files-from")) return;
+    const std::string text = ListText(arguments.Text("--files-from"));
+    const bool zeros = text.find('\0') != std::string::npos;
+    for (std::string& line : Split(text, zeros ? std::string_view("\0", 1) : std::string_view("\n"))) {
+        if (!zeros && line.ends_with('\r')) line.pop_back();
+        if (!line.empty()) inputs.push_back(KeptAsItIs(platform::AbsolutePath(line)));
+    }
+    if (inputs.empty()) FailStart(arguments.Text("--files-from") + ": the list names no file");
+}
+
+std::vector<std::string> InputsOf(const CArguments& arguments)
+{
+    std::vector<std::string> inputs;
+    for (const std::string& path : arguments.Operands()) inputs.push_back(ExistingPath(path));
+    AddListed(arguments, inputs);
+    if (inputs.empty()) FailUsage("name files or folders to protect; a single \".\" is the current folder");
+    return inputs;
+}
+
+}  // namespace
+
+int ProtectCommand(const CArguments& arguments, const Screen& screen)
+{
+    WorkDescription work = WorkOf(arguments, screen);
+    RunDescription request = ReadPlaces(arguments, std::move(work), InputsOf(arguments));
+    request.extensions = "pdf";
+    return RunAndReport(ReadRun(arguments, std::move(request)), arguments, screen);
+}
+
+}  // namespace cli

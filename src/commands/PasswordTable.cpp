@@ -1,0 +1,67 @@
+#include "commands/PasswordTable.h"
+
+#include <map>
+
+#include "base/Names.h"
+#include "base/Text.h"
+
+namespace {
+
+std::size_t SeparatorOf(std::string_view line)
+{
+    bool quoted = false;
+    for (std::size_t place = 0; place < line.size(); ++place) {
+        if (line[place] == '"') quoted = !quoted;
+        if (line[place] == ',' && !quoted) return place;
+    }
+    return std::string_view::npos;
+}
+
+std::string WithoutQuotes(std::string name)
+{
+    const bool quoted = name.size() > 1 && name.front() == '"' && name.back() == '"';
+    return quoted ? name.substr(1, name.size() - 2) : name;
+}
+
+/// Why the line is none; else it is added.
+std::string AddLine(std::string_view line, std::map<std::string, std::string>& known, TextPairs& table)
+{
+    const std::size_t comma = SeparatorOf(line);
+    if (comma == std::string_view::npos) return "has no comma between the name of a file and its password";
+    const std::string name = WithoutQuotes(Trim(line.substr(0, comma)));
+    const std::string password = TrimLeft(line.substr(comma + 1));
+    if (name.empty()) return "has no name of a file in front of the comma";
+    if (Trim(password).empty()) return "has no password behind the comma";
+    const auto [place, isNew] = known.emplace(LowerCasedName(name), password);
+    if (!isNew && place->second != password) return "has another password for a file that was listed before";
+    if (isNew) table.emplace_back(name, password);
+    return {};
+}
+
+}  // namespace
+
+Expected<TextPairs> PasswordTableFromText(std::string_view text)
+{
+    TextPairs table;
+    std::map<std::string, std::string> known;
+    for (int number = 1; !text.empty(); ++number) {
+        const std::size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        if (Trim(line).empty()) continue;
+        if (const std::string problem = AddLine(line, known, table); !problem.empty())
+            return Failure("Line " + std::to_string(number) + " of the password table " + problem + ".");
+    }
+    return table;
+}
+
+std::string PasswordTableText(const TextPairs& table)
+{
+    std::string text;
+    for (const auto& [name, password] : table) {
+        const bool quotes = name.find(',') != std::string::npos;
+        text += (quotes ? '"' + name + '"' : name) + ", " + password + '\n';
+    }
+    return text;
+}

@@ -1,0 +1,143 @@
+// The dialogs of the plug-in, filled in as a user would have them.
+#include "Shots.h"
+#include "batchrun/DlgCreateBatchFile.h"
+#include "commands/DlgSearchText.h"
+#include "commands/DlgSecuritySettings.h"
+#include "commands/DlgTextSearchWithRule.h"
+#include "common/ErrorReport.h"
+#include "host/ToolMenu.h"
+#include "tools/DlgAddFiles.h"
+#include "ui/DlgAddRegExpElement.h"
+#include "ui/DlgErrorReport.h"
+
+namespace {
+
+DialogServices Services(CWindows& windows)
+{
+    return {windows, [](const std::string&) {}};
+}
+
+void ShowBatchFile(CWindows& windows)
+{
+    BatchFileChoices choices;
+    bool allowed = true;
+    CDlgCreateBatchFile dialog(
+        Services(windows),
+        {.hostMajorVersion = 21,
+         .hostProgram = "/usr/bin/ferrule-host",
+         .sequences = {"~/Sequences/Protect.sequ", "~/Sequences/Export text.sequ"}},
+        choices,
+        {.path = "FerruleLog.txt", .isOpen = [] { return true; }, .clear = [] { return true; }, .allowed = &allowed});
+    dialog.Show();
+}
+
+void ShowAddFiles(CWindows& windows)
+{
+    CDlgAddFiles dialog(Services(windows), "Password Protect Multiple Documents",
+                        "Press \"Add Files...\" button to select input PDF documents for password protecting. Press "
+                        "OK button to continue to the next step.");
+    for (const char* name : {"Letter.pdf", "Invoice 2024-117.pdf", "Annual report, twelve pages.pdf"})
+        dialog.Add(std::string("~/Documents/") + name);
+    (void)dialog.Show();
+}
+
+SecuritySettings Security()
+{
+    SecuritySettings settings;
+    settings.password = "Leinen los!";
+    settings.permPassword = "Anker auf!";
+    settings.allowAll = true;
+    settings.canCopy = false;
+    return settings;
+}
+
+void ShowSecurity(CWindows& windows)
+{
+    CDlgSecuritySettings dialog(Services(windows), Security(),
+                                "The passwords are kept in your settings file Ferrule.cfs, which only you may read, "
+                                "and are offered again.");
+    (void)dialog.Show();
+}
+
+void ShowPasswordTable(CWindows& windows)
+{
+    CDlgPasswordTable dialog(Services(windows), {{"Letter.pdf", "winter1998"}, {"Smith, John.pdf", "green river"}});
+    (void)dialog.Show();
+}
+
+void ShowErrorReport(CWindows& windows)
+{
+    CErrorReport report;
+    report.Add({"Cannot open input document. Document can be already password protected.", true,
+                "~/Documents/locked.pdf", 3});
+    report.Add({"Cannot apply security settings. Please check document access permissions.", true,
+                "~/Documents/Contracts/signed.pdf", 7});
+    report.Add({"The document was repaired.", false, "~/Documents/damaged.pdf", 9});
+    CDlgErrorReport(Services(windows), report, "Processing Results",
+                    "9 out of 12 documents have been successfully processed.\nThe following errors and warnings were "
+                    "encountered during the processing:")
+        .Show();
+}
+
+SearchRule Rule()
+{
+    SearchRule rule;
+    rule.expression = "Invoice No\\. (\\d{6})";
+    rule.format = "\\1";
+    rule.description = "Numbers of invoices";
+    rule.pages.selection = static_cast<int>(PageSelection::FromTo);
+    rule.pages.lastPage0 = 1;
+    rule.useArea = rule.executeCode = rule.copyFile = true;
+    rule.area = {.left = 300, .right = 560, .top = 800, .bottom = 640.5};
+    rule.actionCode = "this.info.Subject = \"Invoice \" + originalFileName;";
+    rule.copyFolder = "~/Invoices";
+    rule.prefix = "A_";
+    return rule;
+}
+
+void ShowSearch(CWindows& windows)
+{
+    SearchSettings settings;
+    settings.rules = {Rule(), SearchRule()};
+    settings.rules[1].expression = "confidential";
+    settings.rules[1].useExpression = false;
+    settings.reportFile = "~/Ferrule Search Report.txt";
+    settings.overwriteReport = true;
+    CDlgSearchText dialog(Services(windows), settings);
+    (void)dialog.Show();
+}
+
+void ShowRule(CWindows& windows)
+{
+    CDlgTextSearchWithRule dialog(Services(windows), Rule());
+    (void)dialog.Show();
+}
+
+void ShowArea(CWindows& windows)
+{
+    CDlgTextSearchArea dialog(Services(windows), Rule().area);
+    (void)dialog.Show();
+}
+
+void ShowAddElement(CWindows& windows)
+{
+    CDlgAddRegExpElement dialog(Services(windows));
+    (void)dialog.Show();
+}
+
+void ShowAbout(CWindows& windows)
+{
+    DialogForm form = AboutForm();
+    (void)windows.Show(form);
+}
+
+}  // namespace
+
+std::vector<Shot> DialogShots()
+{
+    return {{"CreateBatchFile", ShowBatchFile}, {"AddFiles", ShowAddFiles},
+            {"SecuritySettings", ShowSecurity}, {"PasswordTable", ShowPasswordTable},
+            {"ErrorReport", ShowErrorReport},   {"SearchText", ShowSearch},
+            {"TextSearchRule", ShowRule},       {"SearchArea", ShowArea},
+            {"AddElement", ShowAddElement},     {"About", ShowAbout}};
+}

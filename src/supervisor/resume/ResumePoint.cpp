@@ -9,13 +9,11 @@
 RunFacts ReadRunFacts(const ManifestHeader& manifest)
 {
     const RunDescription& description = manifest.order.description;
-    RunFacts facts{.rules = {.hasFinalAction = description.finalAction != FinalAction::Nothing,
-                             .outputsPerFile = manifest.outputsPerFile},
-                   .reports = manifest.reports,
-                   .inputLeaves = VacatesInput(description.finalAction)};
-    for (const std::string& folder : {description.outputFolder, description.destination})
-        if (!folder.empty()) facts.folders.push_back(folder);
-    return facts;
+    return {.rules = {.hasFinalAction = description.finalAction != FinalAction::Nothing,
+                      .outputsPerFile = manifest.outputsPerFile},
+            .reports = manifest.reports,
+            .inputLeaves = VacatesInput(description.finalAction),
+            .folders = manifest.reach.folders};
 }
 
 namespace {

@@ -44,7 +44,7 @@ struct RunFacts {
     ResumeRules rules = {};
     bool reports = false;                   ///< what is found in the files is reported
     bool inputLeaves = false;               ///< the final action moves, renames or deletes it
-    std::vector<std::string> folders = {};  ///< of results and of final actions, as far as the job names them
+    std::vector<std::string> folders = {};  ///< of results, copies and final actions, as far as the job names them
 };
 
 [[nodiscard]] RunFacts ReadRunFacts(const ManifestHeader& manifest);

@@ -253,16 +253,8 @@ CommandRow BatchFileRow()
                  .valueName = "LIST",
                  .help = "Accepted extensions, separated by commas; without it the sequence decides."},
                 {.name = "--no-subfolders", .help = "Take files from the top of the folder only."},
-                {.name = "--final-action",
-                 .kind = ValueKind::FinalAction,
-                 .valueName = "NAME",
-                 .help = "What happens to each input once its result is there; name or code.",
-                 .fallback = "nothing"},
-                {.name = "--destination",
-                 .kind = ValueKind::Path,
-                 .valueName = "PLACE",
-                 .help = "Where the final action puts the input: a folder, for rename the new name, for execute the "
-                         "program."},
+                OptionOfRun("--final-action"),
+                OptionOfRun("--destination"),
                 {.name = "--in-steps", .help = "Set EXECUTEINSTEPS."},
                 {.name = "--no-progress", .help = "Show no window with the progress, where the host has windows."},
                 {.name = "--hidden", .help = "Start the host without its window."}});

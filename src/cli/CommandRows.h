@@ -33,6 +33,8 @@ void AddSection(CommandRow& command, const std::string& heading, std::vector<Opt
 
 /// The hidden options that say which programs do the work.
 std::vector<OptionRow> ProgramOptions();
+/// An option of "run", for commands in which it means the same; with another text in its help, unless that is empty.
+OptionRow OptionOfRun(const char* name, const std::string& help = {});
 OptionRow JsonOption(const std::string& what);
 OptionRow PasswordOption();
 OptionRow NoCacheOption();

@@ -37,35 +37,26 @@ std::vector<OptionRow> ProtectionOptions()
          .choices = {"aes256", "aes128", "rc4"}}};
 }
 
-/// An option that means what it means for a run.
-OptionRow OfRun(const char* name) { return *FindOption(RunRow(), name); }
-
-OptionRow OfRun(const char* name, const std::string& help)
-{
-    OptionRow row = OfRun(name);
-    row.help = help;
-    return row;
-}
-
 std::vector<OptionRow> InputOptions()
 {
-    return {OfRun("--output", "Existing folder for the protected documents. A name that is taken gets a number."),
-            {.name = "--in-place",
-             .help = "Put each protected document in the place of its input. Without --keep-originals the inputs are "
-                     "gone for good then: whoever loses the passwords has lost the documents."},
-            OfRun("--keep-originals"),
-            {.name = "--files-from",
-             .kind = ValueKind::File,
-             .valueName = "FILE",
-             .help = "Protect also the files and folders of this list, one a line, or each ended by a zero byte as "
-                     "\"find -print0\" has them; - for standard input. One that is gone fails, and no more."},
-            OfRun("--no-subfolders"),
-            OfRun("--min-age"),
-            {.name = "--password-file",
-             .kind = ValueKind::File,
-             .valueName = "FILE",
-             .help = "Passwords to try on inputs that are protected already, one a line, UTF-8; blanks count. Those "
-                     "that one of them gives all rights are protected anew."}};
+    return {
+        OptionOfRun("--output", "Existing folder for the protected documents. A name that is taken gets a number."),
+        {.name = "--in-place",
+         .help = "Put each protected document in the place of its input. Without --keep-originals the inputs are "
+                 "gone for good then: whoever loses the passwords has lost the documents."},
+        OptionOfRun("--keep-originals"),
+        {.name = "--files-from",
+         .kind = ValueKind::File,
+         .valueName = "FILE",
+         .help = "Protect also the files and folders of this list, one a line, or each ended by a zero byte as "
+                 "\"find -print0\" has them; - for standard input. One that is gone fails, and no more."},
+        OptionOfRun("--no-subfolders"),
+        OptionOfRun("--min-age"),
+        {.name = "--password-file",
+         .kind = ValueKind::File,
+         .valueName = "FILE",
+         .help = "Passwords to try on inputs that are protected already, one a line, UTF-8; blanks count. Those "
+                 "that one of them gives all rights are protected anew."}};
 }
 
 }  // namespace
@@ -77,16 +68,13 @@ CommandRow ProtectRow()
         .summary = "give documents passwords and restrictions",
         .text =
             "Encrypts every PDF file that is named, or stands in a folder that is named, with the same settings. It "
-            "is "
-            "a run like that of a sequence: several processors, a record, --resume, and \"ferrule undo\". A file "
-            "that "
-            "is found twice is one file; of a link and its file it is the file.\n\n"
+            "is a run like that of a sequence: several processors, a record, --resume, and \"ferrule undo\". A "
+            "file that is found twice is one file; of a link and its file it is the file.\n\n"
             "Nothing is written for a document that cannot be opened, is protected already and not opened with all "
             "rights, or is signed or certified; nor in the place of one that is damaged, changes meanwhile, or is "
             "reached by a link. Each of these fails, with the reason, and stays as it is.\n\n"
             "Passwords are read from files so that they stay out of the command line. They get into no log, record "
-            "or "
-            "journal. The files must not change until the run has come to its end, and should be readable for you "
+            "or journal. The files must not change until the run has come to its end, and should be readable for you "
             "alone.",
         .operands = {{.name = "PATH",
                       .kind = ValueKind::Path,
@@ -105,12 +93,14 @@ CommandRow ProtectRow()
     AddSection(row, "Protection", ProtectionOptions());
     AddSection(row, "Inputs and results", InputOptions());
     AddSection(row, "Workers and limits", WorkerOptions());
-    AddSection(row, "Going on and trying out", {OfRun("--resume"), OfRun("--retry-failed"), OfRun("--dry-run")});
-    AddSection(row, "Reports", {OfRun("--record"), OfRun("--log"), OfRun("--json"), OfRun("--quiet")});
+    AddSection(row, "Going on and trying out",
+               {OptionOfRun("--resume"), OptionOfRun("--retry-failed"), OptionOfRun("--dry-run")});
+    AddSection(row, "Reports",
+               {OptionOfRun("--record"), OptionOfRun("--log"), OptionOfRun("--json"), OptionOfRun("--quiet")});
     AddSection(row, "What is left alone otherwise",
                {{.name = "--break-signatures",
                  .help = "Protect signed and certified documents, too; their signatures are worthless then."},
-                OfRun("--accept-damaged")});
+                OptionOfRun("--accept-damaged")});
     AddSection(row, "", ProgramOptions());
     return row;
 }

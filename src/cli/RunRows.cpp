@@ -198,6 +198,13 @@ CommandRow RunRow()
     return row;
 }
 
+OptionRow OptionOfRun(const char* name, const std::string& help)
+{
+    OptionRow row = *FindOption(RunRow(), name);
+    if (!help.empty()) row.help = help;
+    return row;
+}
+
 CommandRow PlanRow()
 {
     CommandRow row{

@@ -222,6 +222,17 @@ class Search(unittest.TestCase):
             self.assertEqual(len(self.rows(report)), 14)
             self.assertEqual(self.place.names(copies), [f"{number}.pdf" for number in range(6)])
             self.place.expect(0, "undo", record)
+        self.place.expect(0, *words)
+        manifest, = self.place.root.rglob("manifest.jsonl")
+        run = json.loads(manifest.read_text().splitlines()[0])["job"]["run"]
+        journal = manifest.with_name("journal.jsonl")
+        journal.write_text(journal.read_text().splitlines(keepends=True)[0])
+        for copy in copies.iterdir():
+            copy.unlink()
+        (copies / f".ferrule-{run}-1-1.tmp").write_text("cut")  # killed before the first copy was announced
+        self.place.expect(0, *words, "--resume")
+        self.assertEqual(self.place.names(copies), [f"{number}.pdf" for number in range(6)])
+        self.place.expect(0, "undo")
         foreign.write_text("mine")
         self.assertIn("no search report", self.place.expect(2, "search", "needle 2", self.place.input, "--report", foreign).errors)
         self.assertEqual(foreign.read_text(), "mine")

@@ -3,7 +3,9 @@
 #include "engine/SearchWork.h"
 #include "engine/SequenceWork.h"
 #include "protocol/Json.h"
+#include "protocol/Metadata.h"
 #include "protocol/ProtectOrder.h"
+#include "tools/PropertiesWork.h"
 #include "tools/ProtectWork.h"
 
 namespace {
@@ -31,8 +33,17 @@ Expected<std::unique_ptr<CWork>> MakeProtectWork(const WorkDescription& descript
     return std::unique_ptr<CWork>(std::make_unique<CProtectWork>(std::move(*order), std::move(files)));
 }
 
-constexpr WorkKind kKinds[] = {
-    {kSequenceWork, MakeSequenceWork}, {kSearchWork, MakeSearchWork}, {kProtectWork, MakeProtectWork}};
+Expected<std::unique_ptr<CWork>> MakeMetadataWork(const WorkDescription& description)
+{
+    auto order = MetadataOrderFrom(ParseObject(description.settings).value_or(Json::object()));
+    if (!order) return Failure(order.Error());
+    return std::unique_ptr<CWork>(std::make_unique<CPropertiesWork>(std::move(*order)));
+}
+
+constexpr WorkKind kKinds[] = {{kSequenceWork, MakeSequenceWork},
+                               {kSearchWork, MakeSearchWork},
+                               {kProtectWork, MakeProtectWork},
+                               {kMetadataWork, MakeMetadataWork}};
 
 }  // namespace
 

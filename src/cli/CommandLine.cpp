@@ -13,6 +13,7 @@
 #include "cli/Help.h"
 #include "cli/IndexCommand.h"
 #include "cli/LogCommand.h"
+#include "cli/MetadataCommand.h"
 #include "cli/ProtectCommand.h"
 #include "cli/RunCommands.h"
 #include "cli/SearchCommand.h"
@@ -52,6 +53,8 @@ CommandFunction FunctionOf(const std::string& name)
         {"merge", MergeCommand},
         {"undo", UndoCommand},
         {"protect", ProtectCommand},
+        {"metadata show", MetadataShowCommand},
+        {"metadata export", MetadataExportCommand},
         {"search", SearchCommand},
         {"text", TextCommand},
         {"index create", IndexCreateCommand},

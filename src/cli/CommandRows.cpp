@@ -60,7 +60,11 @@ CommandRow GenerateRow()
 
 namespace {
 
+}  // namespace
+
 OptionRow OverwriteOption() { return {.name = "--overwrite", .help = "Replace a file that is there already."}; }
+
+namespace {
 
 std::vector<OptionRow> ProtectOptions()
 {

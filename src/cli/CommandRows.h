@@ -11,6 +11,8 @@ CommandRow PlanRow();
 CommandRow MergeRow();
 CommandRow UndoRow();
 CommandRow ProtectRow();
+CommandRow MetadataShowRow();
+CommandRow MetadataExportRow();
 CommandRow SearchRow();
 CommandRow TextRow();
 CommandRow IndexCreateRow();
@@ -35,6 +37,9 @@ void AddSection(CommandRow& command, const std::string& heading, std::vector<Opt
 std::vector<OptionRow> ProgramOptions();
 /// An option of "run", for commands in which it means the same; with another text in its help, unless that is empty.
 OptionRow OptionOfRun(const char* name, const std::string& help = {});
+/// A list of inputs, for commands whose operands are inputs; see ReadInputs. `verb`: what is done with them, "Read".
+OptionRow FilesFromOption(const std::string& verb);
+OptionRow OverwriteOption();
 OptionRow JsonOption(const std::string& what);
 OptionRow PasswordOption();
 OptionRow NoCacheOption();

@@ -45,11 +45,7 @@ std::vector<OptionRow> InputOptions()
          .help = "Put each protected document in the place of its input. Without --keep-originals the inputs are "
                  "gone for good then: whoever loses the passwords has lost the documents."},
         OptionOfRun("--keep-originals"),
-        {.name = "--files-from",
-         .kind = ValueKind::File,
-         .valueName = "FILE",
-         .help = "Protect also the files and folders of this list, one a line, or each ended by a zero byte as "
-                 "\"find -print0\" has them; - for standard input. One that is gone fails, and no more."},
+        FilesFromOption("Protect"),
         OptionOfRun("--no-subfolders"),
         OptionOfRun("--min-age"),
         {.name = "--password-file",

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iostream>
+#include <iterator>
 #include <thread>
 #include <utility>
 
@@ -197,6 +199,43 @@ RunDescription ReadRequest(const CArguments& arguments, WorkDescription work)
     request.allowInPlace = arguments.Has("--allow-in-place");
     request.force = arguments.Has("--force");
     return request;
+}
+
+namespace {
+
+std::string ListText(const std::string& typed)
+{
+    if (typed == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
+    constexpr std::uint64_t kLongestList = std::uint64_t{1} << 30;
+    const std::string path = platform::AbsolutePath(typed);
+    platform::FileResult read;
+    auto text = platform::ReadWholeFile(path, kLongestList, &read);
+    if (!text) FailStart(path + ": " + platform::ErrorText(read.errorNumber));
+    return std::move(*text);
+}
+
+/// One path a line, or each ended by a zero byte. What is gone meanwhile is a file that fails.
+void AddListed(const CArguments& arguments, std::vector<std::string>& inputs)
+{
+    if (!arguments.Has("--files-from")) return;
+    const std::string text = ListText(arguments.Text("--files-from"));
+    const bool zeros = text.find('\0') != std::string::npos;
+    for (std::string& line : Split(text, zeros ? std::string_view("\0", 1) : std::string_view("\n"))) {
+        if (!zeros && line.ends_with('\r')) line.pop_back();
+        if (!line.empty()) inputs.push_back(KeptAsItIs(platform::AbsolutePath(line)));
+    }
+    if (inputs.empty()) FailStart(arguments.Text("--files-from") + ": the list names no file");
+}
+
+}  // namespace
+
+std::vector<std::string> ReadInputs(const CArguments& arguments, const std::string& verb)
+{
+    std::vector<std::string> inputs;
+    for (const std::string& path : arguments.Operands()) inputs.push_back(ExistingPath(path));
+    AddListed(arguments, inputs);
+    if (inputs.empty()) FailUsage("name files or folders to " + verb + "; a single \".\" is the current folder");
+    return inputs;
 }
 
 RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs)

@@ -40,6 +40,9 @@ WorkDescription ReadSequenceWork(const CArguments& arguments);
 /// for.
 RunDescription ReadRequest(const CArguments& arguments, WorkDescription work);
 
+/// The files and folders that are operands, and those of the list of --files-from. Fails: there are none to `verb`.
+std::vector<std::string> ReadInputs(const CArguments& arguments, const std::string& verb);
+
 /// The same for work whose inputs are known, without what only sequences have: where results go, what is kept of the
 /// inputs, and which of them are taken.
 RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs);

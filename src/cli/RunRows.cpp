@@ -205,6 +205,16 @@ OptionRow OptionOfRun(const char* name, const std::string& help)
     return row;
 }
 
+OptionRow FilesFromOption(const std::string& verb)
+{
+    return {.name = "--files-from",
+            .kind = ValueKind::File,
+            .valueName = "FILE",
+            .help = verb +
+                    " also the files and folders of this list, one a line, or each ended by a zero byte as "
+                    "\"find -print0\" has them; - for standard input. One that is gone fails, and no more."};
+}
+
 CommandRow PlanRow()
 {
     CommandRow row{

@@ -85,8 +85,7 @@ Expected<std::vector<std::string>> CSearchWork::InputPlaces(const ExecutorSettin
                                                             const std::vector<std::string>&, Asking,
                                                             CLogWriter& log) const
 {
-    std::vector<std::string> places = settings.furtherInputPaths;
-    if (!settings.alternativeInputPath.empty()) places.insert(places.begin(), settings.alternativeInputPath);
+    std::vector<std::string> places = ChosenPlaces(settings);
     if (places.empty()) return Failure("No files or folders are named to search in.");
     for (const std::string& place : places) log.NameValue("Source file path", place, 1);
     return places;

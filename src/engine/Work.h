@@ -31,6 +31,14 @@ struct ExecutorSettings {
     bool interactive = false;    // whether a command may show its settings dialog
 };
 
+/// The input files and folders that the caller names, for work that has none of its own.
+[[nodiscard]] inline std::vector<std::string> ChosenPlaces(const ExecutorSettings& settings)
+{
+    std::vector<std::string> places = settings.furtherInputPaths;
+    if (!settings.alternativeInputPath.empty()) places.insert(places.begin(), settings.alternativeInputPath);
+    return places;
+}
+
 /// What became of one input file. `message` is one sentence for people, empty when there is nothing to say.
 struct ProcessedFile {
     std::string path;

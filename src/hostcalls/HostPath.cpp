@@ -23,6 +23,20 @@ CHostText CHostText::FromUtf8(const std::string& utf8)
 
 CHostText CHostText::FromNarrow(const std::string& narrow) { return FromUtf8(platform::Utf8FromNarrow(narrow)); }
 
+CHostText CHostText::FromPdText(std::string bytes)
+{
+    const bool isWide = bytes.starts_with("\xFE\xFF");
+    for (std::size_t at = isWide ? 2 : 0; at + (isWide ? 1 : 0) < bytes.size(); at += isWide ? 2 : 1) {
+        if (bytes[at] != 0 || (isWide && bytes[at + 1] != 0)) continue;
+        if (isWide)
+            bytes.replace(at, 2, "\xFF\xFD");
+        else
+            bytes[at] = '\x9F';  // no character of PDFDocEncoding
+    }
+    return CHostText(
+        HostCall(HOST_SLOT(ASExtra, ASTextFromSizedPDText), bytes.data(), static_cast<ASTArraySize>(bytes.size())));
+}
+
 std::string CHostText::ToUtf8() const { return Utf8FromText(m_text); }
 
 std::string CHostText::ToNarrow() const { return NarrowFromText(m_text); }

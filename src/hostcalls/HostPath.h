@@ -25,10 +25,12 @@ public:
     /// Invalid input is replaced by U+FFFD. The text ends at the first zero character.
     [[nodiscard]] static CHostText FromUtf8(const std::string& utf8);
     [[nodiscard]] static CHostText FromNarrow(const std::string& narrow);
+    /// Bytes as PDF strings hold them: PDFDocEncoding, or UTF-16BE behind FE FF. Zero characters become U+FFFD.
+    [[nodiscard]] static CHostText FromPdText(std::string bytes);
 
     [[nodiscard]] std::string ToUtf8() const;
     [[nodiscard]] std::string ToNarrow() const;
-    /// Bytes as PDF strings hold them: PDFDocEncoding, or UTF-16BE behind FE FF.
+    /// Bytes as FromPdText takes them.
     [[nodiscard]] std::string ToPdText() const;
 
     ASText Get() const { return m_text; }                                 // borrowed

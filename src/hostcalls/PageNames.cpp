@@ -3,6 +3,7 @@
 #include "hostcalls/Cab.h"
 #include "hostcalls/HostPath.h"
 #include "hostcalls/HostTables.h"
+#include "hostcalls/Objects.h"
 
 namespace {
 
@@ -21,17 +22,10 @@ std::optional<int> PageAt(PDDoc document, PDViewDestination destination)
     return page < 0 ? std::nullopt : std::optional(static_cast<int>(page));
 }
 
-bool IsDictionary(CosObj object) { return HostCall(HOST_SLOT(Cos, CosObjGetType), object) == CosDict; }
-
-CosObj Entry(CosObj dictionary, const std::string& key)
-{
-    return HostCall(HOST_SLOT(Cos, CosDictGet), dictionary, Atom(key));
-}
-
 /// What a name stands for: an array, or a dictionary that has it.
 std::optional<int> PageOfValue(PDDoc document, CosObj value)
 {
-    const CosObj array = IsDictionary(value) ? Entry(value, "D") : value;
+    const CosObj array = IsDictionary(value) ? EntryOf(value, "D") : value;
     return PageAt(document, HostCall(HOST_SLOT(PDModel, PDViewDestFromCosObj), array));
 }
 
@@ -60,18 +54,17 @@ std::optional<int> PageOfBookmark(PDDoc document, const std::string& title)
 
 std::optional<int> PageOfDestination(PDDoc document, const std::string& name)
 {
-    const CosObj root =
-        HostCall(HOST_SLOT(Cos, CosDocGetRoot), HostCall(HOST_SLOT(PDModel, PDDocGetCosDoc), document));
-    if (const CosObj names = Entry(root, "Names"); IsDictionary(names)) {
-        if (const CosObj tree = Entry(names, "Dests"); IsDictionary(tree)) {
+    const CosObj root = RootOf(document);
+    if (const CosObj names = EntryOf(root, "Names"); IsDictionary(names)) {
+        if (const CosObj tree = EntryOf(names, "Dests"); IsDictionary(tree)) {
             const std::string text = CHostText::FromNarrow(name).ToPdText();
             if (const auto page = PageInTree(document, tree, text)) return page;
             // Some producers write names in an encoding of their own.
             if (const auto page = text == name ? std::nullopt : PageInTree(document, tree, name)) return page;
         }
     }
-    const CosObj former = Entry(root, "Dests");
-    return IsDictionary(former) ? PageOfValue(document, Entry(former, name)) : std::nullopt;
+    const CosObj former = EntryOf(root, "Dests");
+    return IsDictionary(former) ? PageOfValue(document, EntryOf(former, name)) : std::nullopt;
 }
 
 std::optional<int> PageOfLabel(PDDoc document, const std::string& label)

@@ -6,18 +6,38 @@
 
 namespace platform {
 
+namespace {
+
+std::optional<std::tm> InLocalTime(std::time_t moment)
+{
+    std::tm local = {};
+#ifdef _WIN32
+    const bool converted = localtime_s(&local, &moment) == 0;
+#else
+    const bool converted = localtime_r(&moment, &local) != nullptr;
+#endif
+    return converted ? std::optional(local) : std::nullopt;
+}
+
+}  // namespace
+
 std::optional<LocalTime> LocalTimeNow()
 {
     const std::time_t now = std::time(nullptr);
-    std::tm local = {};
-#ifdef _WIN32
-    const bool converted = localtime_s(&local, &now) == 0;
-#else
-    const bool converted = localtime_r(&now, &local) != nullptr;
-#endif
-    if (now == static_cast<std::time_t>(-1) || !converted) return std::nullopt;
-    return LocalTime{local.tm_mday, local.tm_mon + 1, local.tm_year + 1900,
-                     local.tm_hour, local.tm_min,     local.tm_sec};
+    const auto local = now == static_cast<std::time_t>(-1) ? std::nullopt : InLocalTime(now);
+    if (!local) return std::nullopt;
+    return LocalTime{local->tm_mday, local->tm_mon + 1, local->tm_year + 1900,
+                     local->tm_hour, local->tm_min,     local->tm_sec};
+}
+
+std::string LocalTimeText(std::int64_t nanosecondsSince1970)
+{
+    using namespace std::chrono;
+    const auto moment = floor<seconds>(nanoseconds(nanosecondsSince1970)).count();
+    const auto local = InLocalTime(static_cast<std::time_t>(moment));
+    char text[129];
+    const std::size_t length = local ? std::strftime(text, sizeof text, "%c", &*local) : 0;
+    return std::string(text, length);
 }
 
 std::int64_t NanosecondsSince1970()

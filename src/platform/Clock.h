@@ -19,6 +19,10 @@ std::int64_t NanosecondsSince1970();
 /// "2025-01-23T09:07:02Z"; the nanoseconds may be negative.
 std::string UtcText(std::int64_t nanosecondsSince1970);
 
+/// Local time in the form of the process's locale ("%c"), in the narrow code page; empty when it has none, or one of
+/// more than 128 characters.
+std::string LocalTimeText(std::int64_t nanosecondsSince1970);
+
 /// Milliseconds from an unspecified start; never goes back.
 std::uint64_t MonotonicMilliseconds();
 

@@ -70,12 +70,18 @@ bool FlagAt(const Json& object, const char* key, bool fallback)
     return value && value->is_boolean() ? value->get<bool>() : fallback;
 }
 
+const Json* ArrayAt(const Json& object, const char* key)
+{
+    const Json* value = Find(object, key);
+    return value && value->is_array() ? value : nullptr;
+}
+
 std::vector<std::string> TextsAt(const Json& object, const char* key)
 {
     std::vector<std::string> texts;
-    const Json* value = Find(object, key);
-    if (value == nullptr || !value->is_array()) return texts;
-    for (const Json& text : *value)
+    const Json* values = ArrayAt(object, key);
+    if (!values) return texts;
+    for (const Json& text : *values)
         if (text.is_string()) texts.push_back(text.get<std::string>());
     return texts;
 }

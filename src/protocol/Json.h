@@ -30,6 +30,8 @@
 [[nodiscard]] int CountAt(const Json& object, const char* key);
 /// `fallback`: when it is absent or no boolean.
 [[nodiscard]] bool FlagAt(const Json& object, const char* key, bool fallback = false);
+/// Null when it is absent or no array.
+[[nodiscard]] const Json* ArrayAt(const Json& object, const char* key);
 [[nodiscard]] std::vector<std::string> TextsAt(const Json& object, const char* key);
 [[nodiscard]] std::vector<std::string> BytesListAt(const Json& object, const char* key);
 /// An array of texts that stand for bytes.

@@ -24,12 +24,6 @@ SearchTerm TermFrom(const Json& object)
             .format = TextAt(object, "format")};
 }
 
-const Json* ArrayAt(const Json& object, const char* key)
-{
-    const auto found = object.find(key);
-    return found != object.end() && found->is_array() ? &*found : nullptr;
-}
-
 }  // namespace
 
 std::optional<SearchArea> ParseSearchArea(std::string_view text)

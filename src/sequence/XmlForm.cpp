@@ -13,6 +13,7 @@
 
 #include "base/Text.h"
 #include "base/Unicode.h"
+#include "base/Xml.h"
 #include "platform/Files.h"
 #include "sequence/GuardedXml.h"
 
@@ -157,14 +158,6 @@ struct ItemText {
     const char* problem = nullptr;
 };
 
-bool IsXmlText(std::string_view text)
-{
-    const auto isControl = [](char c) {
-        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
-    };
-    return IsValidUtf8(text) && std::none_of(text.begin(), text.end(), isControl);
-}
-
 ItemText SizedItem(const std::string& text, const char* problem = nullptr)
 {
     return {text, true, text.size() > kMaxItemValueBytes ? "is longer than readers take" : problem};
@@ -202,40 +195,6 @@ struct TextOfValue {
     ItemText operator()(const CSettingsRecord::Nested&) const { return {}; }
 };
 
-void AppendEscaped(std::string& xml, std::string_view text)
-{
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                xml += "&amp;";
-                break;
-            case '<':
-                xml += "&lt;";
-                break;
-            case '>':
-                xml += "&gt;";
-                break;
-            case '"':
-                xml += "&quot;";
-                break;
-            case '\'':
-                xml += "&apos;";
-                break;
-            case '\t':
-                xml += "&#x9;";
-                break;
-            case '\n':
-                xml += "&#xA;";
-                break;
-            case '\r':
-                xml += "&#xD;";
-                break;
-            default:
-                xml += c;
-        }
-    }
-}
-
 class CWorkflowWriter {
 public:
     void Write(const Workflow& workflow)
@@ -270,7 +229,7 @@ private:
     {
         if (!IsXmlText(value)) Fail(std::string("the attribute \"") + name + "\" is no text that XML can hold");
         m_xml += ' ' + std::string(name) + "=\"";
-        AppendEscaped(m_xml, value);
+        m_xml += XmlAttributeValue(value);
         m_xml += '"';
     }
 

@@ -170,8 +170,7 @@ Expected<std::vector<std::string>> CProtectWork::InputPlaces(const ExecutorSetti
                                                              const std::vector<std::string>&, Asking,
                                                              CLogWriter& log) const
 {
-    std::vector<std::string> places = settings.furtherInputPaths;
-    if (!settings.alternativeInputPath.empty()) places.insert(places.begin(), settings.alternativeInputPath);
+    std::vector<std::string> places = ChosenPlaces(settings);
     if (places.empty()) return Failure("No files or folders are named to protect.");
     log.NameNumber("Number of chosen files and folders", static_cast<long long>(places.size()), 1);
     return places;

@@ -125,10 +125,42 @@ CosObj LookUpName(CosObj tree, char* name, ASInt32 length)
                         Translated([&] { return InNameTree(PdfOf(held.document), held.object, key); }));
 }
 
+PDNameTree NameTreeOf(PDDoc document, ASAtom which)
+{
+    CPdfDocument& pdf = PdfOf(document);
+    return Hold<PDNameTree>(document, Translated([&] {
+                                QPDFObjectHandle names = pdf.Library().getRoot().getKey("/Names");
+                                QPDFObjectHandle tree =
+                                    names.isDictionary() ? names.getKey('/' + AtomText(which)) : names;
+                                return tree.isDictionary() ? tree : QPDFObjectHandle::newNull();
+                            }));
+}
+
+ASBool IsNameTree(PDNameTree tree) { return Held(tree).object.isDictionary(); }
+
+/// The plug-in may do anything in between, so it is called behind the library's back.
+void EnumerateNames(PDNameTree tree, CosObjEnumProc visit, void* data)
+{
+    const HeldObject held = DictionaryAt(tree, "name tree");
+    Require(visit != nullptr, "an enumeration needs a procedure");
+    std::vector<std::pair<QPDFObjectHandle, QPDFObjectHandle>> names;
+    Translated([&] {
+        ForEachName(PdfOf(held.document), held.object, [&](QPDFObjectHandle key, QPDFObjectHandle value) {
+            names.emplace_back(key, value);
+            return true;
+        });
+    });
+    for (const auto& [key, value] : names)
+        if (!CallPlugIn(visit, Hold<CosObj>(held.document, key), Hold<CosObj>(held.document, value), data)) return;
+}
+
 void OfferObjectLevel(CTables& tables)
 {
     OFFER(tables, PDModel, PDDocGetCosDoc, LowLevelDocument);
     OFFER(tables, PDModel, PDNameTreeLookup, LookUpName);
+    OFFER(tables, PDModel, PDDocGetNameTree, NameTreeOf);
+    OFFER(tables, PDModel, PDNameTreeIsValid, IsNameTree);
+    OFFER(tables, PDModel, PDNameTreeEnum, EnumerateNames);
     OFFER(tables, Cos, CosDocGetRoot, RootObject);
     OFFER(tables, Cos, CosObjGetType, TypeOf);
     OFFER(tables, Cos, CosDictGet, DictionaryEntry);

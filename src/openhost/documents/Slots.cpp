@@ -97,6 +97,7 @@ void OfferDocumentsSlots(CTables& tables)
     OfferSecuritySlots(tables);
     OfferPermissionSlots(tables);
     OfferObjectSlots(tables);
+    OfferFormSlots(tables);
     OfferWordSlots(tables);
 }
 

@@ -14,6 +14,7 @@ void OfferInfoSlots(CTables& tables);
 void OfferSecuritySlots(CTables& tables);
 void OfferPermissionSlots(CTables& tables);
 void OfferObjectSlots(CTables& tables);
+void OfferFormSlots(CTables& tables);
 void OfferWordSlots(CTables& tables);
 
 }  // namespace openhost

@@ -161,6 +161,12 @@ QPDFObjectHandle InNameTree(CPdfDocument& document, QPDFObjectHandle tree, const
     });
 }
 
+void ForEachName(CPdfDocument& document, QPDFObjectHandle tree,
+                 const std::function<bool(QPDFObjectHandle key, QPDFObjectHandle value)>& visit)
+{
+    InDocument(document, [&] { ForEachLeaf(tree, "/Names", visit); });
+}
+
 QPDFObjectHandle ResolvedDestination(CPdfDocument& document, QPDFObjectHandle destination)
 {
     return InDocument(document, [&] {

@@ -30,6 +30,10 @@ void ForEachBookmark(CPdfDocument& document, QPDFObjectHandle parent, int depth,
 /// the text that it is.
 QPDFObjectHandle InNameTree(CPdfDocument& document, QPDFObjectHandle tree, const std::string& key);
 
+/// All keys and values of a name tree, in its order, until `visit` answers false.
+void ForEachName(CPdfDocument& document, QPDFObjectHandle tree,
+                 const std::function<bool(QPDFObjectHandle key, QPDFObjectHandle value)>& visit);
+
 /// The array that a destination is: a name or string is looked up among the document's names. Null when there is
 /// none.
 QPDFObjectHandle ResolvedDestination(CPdfDocument& document, QPDFObjectHandle destination);

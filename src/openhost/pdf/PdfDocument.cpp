@@ -2,6 +2,7 @@
 
 #include <qpdf/QPDFExc.hh>
 
+#include "base/Xml.h"
 #include "openhost/pdf/DocumentLoss.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PageTree.h"

@@ -6,6 +6,8 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFExc.hh>
 
+#include "base/Xml.h"
+
 namespace openhost {
 namespace {
 
@@ -137,26 +139,6 @@ std::string_view XmlNamespace(const std::vector<XmlElement>& elements, std::size
         }
     }
     return {};
-}
-
-std::string XmlEscaped(std::string_view utf8)
-{
-    std::string escaped;
-    for (const char c : utf8) {
-        const bool control = static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
-        if (c == '&') {
-            escaped += "&amp;";
-        } else if (c == '<') {
-            escaped += "&lt;";
-        } else if (c == '>') {
-            escaped += "&gt;";
-        } else if (c == '\r') {
-            escaped += "&#13;";
-        } else if (!control) {
-            escaped += c;
-        }
-    }
-    return escaped;
 }
 
 namespace {

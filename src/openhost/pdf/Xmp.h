@@ -36,9 +36,6 @@ std::string_view XmlNamespace(const std::vector<XmlElement>& elements, std::size
 /// A name without its prefix.
 std::string_view XmlLocalName(std::string_view name);
 
-/// Text as it stands inside an element; characters that XML cannot hold are left out.
-std::string XmlEscaped(std::string_view utf8);
-
 }  // namespace openhost
 
 class QPDF;

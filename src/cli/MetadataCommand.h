@@ -1,0 +1,13 @@
+// "metadata show" and "metadata export": the properties of documents, on the screen and as a table.
+#pragma once
+
+#include "cli/Arguments.h"
+#include "cli/Console.h"
+
+namespace cli {
+
+/// Both answer the exit code and throw CCommandError when the command does not begin.
+int MetadataShowCommand(const CArguments& arguments, const Screen& screen);
+int MetadataExportCommand(const CArguments& arguments, const Screen& screen);
+
+}  // namespace cli

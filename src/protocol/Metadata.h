@@ -1,0 +1,34 @@
+// The properties of documents on their way from the plug-in to whoever makes a table of them.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Expected.h"
+#include "protocol/JsonType.h"
+
+/// What tables show of every document, by the headings of their columns in this order. The first is the path.
+inline constexpr std::array<const char*, 14> kPropertyColumns = {
+    "Filename",    "Title",     "Subject",  "Author", "Keywords",    "Creator", "Producer",
+    "PDF Version", "File Size", "Modified", "Pages",  "Attachments", "Fields",  "Security"};
+/// The columns that are entries of the document information, under the same keys.
+inline constexpr std::size_t kFirstInfoColumn = 1, kInfoColumns = 6;
+
+/// What is read of each document besides these columns.
+struct MetadataOrder {
+    std::vector<std::string> keys = {};  ///< of further entries of the document information, without a slash
+};
+inline constexpr char kMetadataWork[] = "metadata";
+
+[[nodiscard]] Json MetadataOrderJson(const MetadataOrder& order);
+/// Fails with a sentence for a key that no entry can have.
+[[nodiscard]] Expected<MetadataOrder> MetadataOrderFrom(const Json& object);
+/// Why no entry can have this key; empty when one can.
+[[nodiscard]] std::string KeyProblem(const std::string& key);
+
+/// The texts of all columns and then of the further entries, as findings of a file.
+[[nodiscard]] Json PropertiesJson(const std::vector<std::string>& texts);
+/// Nothing when the findings hold none.
+[[nodiscard]] std::optional<std::vector<std::string>> PropertiesFrom(const Json& findings);

@@ -6,11 +6,11 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
+#include "common/SeparatedText.h"
 #include "common/TextFile.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
 #include "protocol/Json.h"
-#include "search/SearchTerms.h"
 
 namespace {
 
@@ -132,8 +132,9 @@ ReportEntry MakeReportEntry(const std::string& documentUtf8, const std::vector<R
             entry.text += FormatText("\tFile: %s, Page: %d, Text found: %s", OneLogLine(documentUtf8).c_str(), page,
                                      OneLogLine(match.text).c_str()) +
                           kLineEnd;
-            entry.csv +=
-                FormatText("%s,%d,%s", CsvValue(documentUtf8).c_str(), page, CsvValue(match.text).c_str()) + kLineEnd;
+            entry.csv += FormatText("%s,%d,%s", SeparatedValue(documentUtf8).c_str(), page,
+                                    SeparatedValue(match.text).c_str()) +
+                         kLineEnd;
         }
     }
     return entry;

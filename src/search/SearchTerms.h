@@ -1,4 +1,4 @@
-// Search terms as text files, and values between separators.
+// Search terms as text files.
 #pragma once
 
 #include <string>
@@ -7,14 +7,6 @@
 
 #include "base/Expected.h"
 #include "search/SearchRules.h"
-
-/// One value of a line whose values are separated by commas: in double quotes where it needs them (RFC 4180).
-[[nodiscard]] std::string CsvValue(std::string_view text);
-
-/// The lines of a text with their values. With commas, values may stand in double quotes, which may hold commas,
-/// line ends and doubled quotes; tabs separate and nothing else counts. Lines end with LF, CR or both. Fails with a
-/// sentence when a quote is never closed.
-[[nodiscard]] Expected<std::vector<std::vector<std::string>>> ParseSeparated(std::string_view utf8, char separator);
 
 // Files of terms: a first line that says so, then a line for each rule with expression and description. Separated by
 // commas when the name of the file ends in .csv, else by tabs.

@@ -19,8 +19,6 @@ namespace cli {
 
 namespace {
 
-constexpr char kCannotOpen[] = "Cannot open file";
-
 /// The keys of --fields, separated by commas, that have no column of their own.
 MetadataOrder OrderOf(const CArguments& arguments)
 {
@@ -118,7 +116,7 @@ public:
 private:
     void Properties(const std::string& path, std::optional<std::vector<std::string>> texts) override
     {
-        m_table.AddRow(texts ? std::move(*texts) : std::vector{TextFromBytes(path), std::string(kCannotOpen)});
+        m_table.AddRow(texts ? std::move(*texts) : std::vector{TextFromBytes(path), std::string(kCannotOpenDocument)});
     }
 
     const Screen& m_screen;

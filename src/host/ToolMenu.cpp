@@ -9,6 +9,7 @@
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Menus.h"
 #include "platform/Paths.h"
+#include "tools/ExportMetadataTool.h"
 #include "tools/PasswordProtectTool.h"
 
 namespace {
@@ -52,6 +53,8 @@ void ProtectDocuments(const DialogServices& dialogs)
     ProtectDocuments(dialogs, services->settings->passwordTool, services->log);
 }
 
+void ExportDocumentMetadata(const DialogServices& dialogs) { ExportMetadata(dialogs, services->log); }
+
 void NotAvailable(const DialogServices&) { AlertNote("This tool is not available in this version of Ferrule."); }
 
 struct ToolItem {
@@ -65,7 +68,7 @@ constexpr ToolItem kToolItems[] = {
     {"&Password Protect Multiple Documents...", "QLNX:FerrulePasswordProtect", ProtectDocuments},
     {"&Edit Metadata For Multiple Documents...", "QLNX:FerruleEditMetadata", NotAvailable},
     {"E&xport Metadata and Document Properties For Multiple Documents...", "QLNX:FerruleExportMetadata",
-     NotAvailable},
+     ExportDocumentMetadata},
     {"&Rename PDF Files...", "QLNX:FerruleAutoRename", NotAvailable},
 };
 

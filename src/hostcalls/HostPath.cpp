@@ -25,11 +25,11 @@ CHostText CHostText::FromNarrow(const std::string& narrow) { return FromUtf8(pla
 
 CHostText CHostText::FromPdText(std::string bytes)
 {
-    const bool isWide = bytes.starts_with("\xFE\xFF");
+    const bool isWide = bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE");
     for (std::size_t at = isWide ? 2 : 0; at + (isWide ? 1 : 0) < bytes.size(); at += isWide ? 2 : 1) {
         if (bytes[at] != 0 || (isWide && bytes[at + 1] != 0)) continue;
         if (isWide)
-            bytes.replace(at, 2, "\xFF\xFD");
+            bytes.replace(at, 2, bytes.front() == '\xFE' ? "\xFF\xFD" : "\xFD\xFF");
         else
             bytes[at] = '\x9F';  // no character of PDFDocEncoding
     }

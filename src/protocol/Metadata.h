@@ -21,6 +21,8 @@ struct MetadataOrder {
     std::vector<std::string> keys = {};  ///< of further entries of the document information, without a slash
 };
 inline constexpr char kMetadataWork[] = "metadata";
+/// Stands behind the path of a document that cannot be opened, in the place of its properties.
+inline constexpr char kCannotOpenDocument[] = "Cannot open file";
 
 [[nodiscard]] Json MetadataOrderJson(const MetadataOrder& order);
 /// Fails with a sentence for a key that no entry can have.

@@ -14,8 +14,9 @@
 struct FileChoice {
     std::string title = {};   ///< empty: the system's own
     std::string filter = {};  ///< pairs of description and patterns, "Text (*.txt)|*.txt|All Files (*.*)|*.*||"
-    std::string defaultExtension = {};  ///< without dot; added to names without one when saving
-    std::string initial = {};           ///< a path or a name
+    /// Without dot; added when saving to names without one, unless the chosen kind of file has another one.
+    std::string defaultExtension = {};
+    std::string initial = {};  ///< a path or a name
 };
 
 enum class MessageKind {

@@ -144,8 +144,9 @@ def minimal_pdf(text="Hello", pages=1):
     return pdf_of_pages([("/MediaBox[0 0 300 200]", content % (text, number + 1)) for number in range(pages)])
 
 
-def pdf_of_pages(pages):
-    """A document with these pages, each the entries of its dictionary and its content; its font is /F."""
+def pdf_of_pages(pages, info=None):
+    """A document with these pages, each the entries of its dictionary and its content; its font is /F. `info`: the texts of
+    its document information."""
     objects = [b"<</Type/Catalog/Pages 2 0 R>>",
                b"<</Type/Pages/Count %d/Kids[%s]>>" % (len(pages), b" ".join(b"%d 0 R" % (4 + 2 * n) for n in range(len(pages)))),
                b"<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>"]
@@ -154,6 +155,11 @@ def pdf_of_pages(pages):
                        % (entries.encode("latin-1"), 5 + 2 * number))
         content = content.encode("latin-1")
         objects.append(b"<</Length %d>>stream\n%s\nendstream" % (len(content), content))
+    trailer = b""
+    if info:
+        strings = (b"/%s<feff%s>" % (key.encode(), text.encode("utf-16-be", "surrogatepass").hex().encode()) for key, text in info.items())
+        objects.append(b"<<%s>>" % b"".join(strings))
+        trailer = b"/Info %d 0 R" % len(objects)
     data, offsets = b"%PDF-1.4\n", []
     for number, body in enumerate(objects, 1):
         offsets.append(len(data))
@@ -161,7 +167,7 @@ def pdf_of_pages(pages):
     table = len(data)
     data += b"xref\n0 %d\n0000000000 65535 f \n" % (len(objects) + 1)
     data += b"".join(b"%010d 00000 n \n" % offset for offset in offsets)
-    return data + b"trailer<</Size %d/Root 1 0 R>>\nstartxref\n%d\n%%%%EOF\n" % (len(objects) + 1, table)
+    return data + b"trailer<</Size %d/Root 1 0 R%s>>\nstartxref\n%d\n%%%%EOF\n" % (len(objects) + 1, trailer, table)
 
 
 def tool(*arguments, **options):

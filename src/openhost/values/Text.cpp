@@ -17,6 +17,7 @@ namespace {
 
 constexpr char32_t kEscapedByte = 0xDC00;  // plus the byte, 80..FF
 constexpr std::string_view kUtf16Mark = "\xFE\xFF", kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view kSwappedMark = "\xFF\xFE";  // not allowed; some producers write it, and readers take it
 
 }  // namespace
 
@@ -54,6 +55,7 @@ std::u16string Utf16FromPdText(std::string_view bytes)
 {
     if (bytes.starts_with(kUtf8Mark)) return Utf8ToUtf16(bytes.substr(kUtf8Mark.size()));
     if (bytes.starts_with(kUtf16Mark)) return Utf16FromBytes(bytes.substr(kUtf16Mark.size()), true);
+    if (bytes.starts_with(kSwappedMark)) return Utf16FromBytes(bytes.substr(kSwappedMark.size()), false);
     return Utf8ToUtf16(QUtil::pdf_doc_to_utf8(std::string(bytes)));
 }
 
@@ -62,7 +64,9 @@ std::string PdTextFromUtf16(std::u16string_view text)
     std::string bytes;
     const std::string utf8 = Utf16ToUtf8(text);
     const bool fits = Utf8ToUtf16(utf8) == text && QUtil::utf8_to_pdf_doc(utf8, bytes);
-    if (fits && !bytes.starts_with(kUtf16Mark) && !bytes.starts_with(kUtf8Mark)) return bytes;
+    const bool looksMarked =
+        bytes.starts_with(kUtf16Mark) || bytes.starts_with(kSwappedMark) || bytes.starts_with(kUtf8Mark);
+    if (fits && !looksMarked) return bytes;
     return std::string(kUtf16Mark) + BytesOfUtf16(text, true);
 }
 

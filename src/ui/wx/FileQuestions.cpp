@@ -65,6 +65,22 @@ std::string WithExtension(const std::string& path, const std::string& extension)
     return has || extension.empty() ? path : path + (name.ends_with('.') ? "" : ".") + extension;
 }
 
+namespace {
+
+/// The extension that the names of the chosen kind of file have; that of the question when the kind has no single
+/// one.
+std::string ExtensionOfKind(const FileChoice& choice, int kind)
+{
+    const std::vector<std::string> parts = Split(choice.filter, '|');
+    const auto patterns = static_cast<std::size_t>(kind) * 2 + 1;
+    if (kind < 0 || patterns >= parts.size()) return choice.defaultExtension;
+    const std::string first = Split(parts[patterns], ';').front();
+    const bool names = first.starts_with("*.") && first.size() > 2 && first.find('*', 2) == std::string::npos;
+    return names ? first.substr(2) : choice.defaultExtension;
+}
+
+}  // namespace
+
 std::vector<std::string> AskFiles(wxWindow* parent, const FileChoice& choice, bool several)
 {
     const wxFileName initial(ShownPath(choice.initial));
@@ -91,7 +107,7 @@ std::optional<std::string> AskTarget(wxWindow* parent, const FileChoice& choice)
                             wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
         if (dialog.ShowModal() != wxID_OK) return std::nullopt;
         const std::string typed = TypedPath(dialog.GetPath());
-        const std::string path = WithExtension(typed, choice.defaultExtension);
+        const std::string path = WithExtension(typed, ExtensionOfKind(choice, dialog.GetFilterIndex()));
         // The system has asked about the name as it was typed.
         if (path == typed || !wxFileName::FileExists(ShownPath(path))) return path;
         wxMessageDialog question(parent, ShownPath(path) + " already exists. Do you want to replace it?", "Ferrule",

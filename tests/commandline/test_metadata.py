@@ -1,0 +1,103 @@
+"""`ferrule metadata`: every form of the table says the same, and what independent readers say."""
+import csv
+import html
+import json
+import re
+import shutil
+import unittest
+from xml.etree import ElementTree
+
+from commandline import CommandPlace
+from unattended import CORPUS, pdf_of_pages, tool
+
+COLUMNS = ["Filename", "Title", "Subject", "Author", "Keywords", "Creator", "Producer", "PDF Version", "File Size", "Modified", "Pages",
+           "Attachments", "Fields", "Security"]
+SPREADSHEET = "{urn:schemas-microsoft-com:office:spreadsheet}"
+HOSTILE = {"Title": 'a "quoted", <b>&amp;</b> ]]>\r\nline\ttab', "Subject": "\x00\x01\x1f\ufffe\U0001f600 e\u0301", "Author": "\ud800 alone",
+           "Keywords": "https://example.com/?a=b&c", "Client": "=1+1"}
+CLEAN = {"Title": HOSTILE["Title"], "Author": "\ufffd alone", "Keywords": HOSTILE["Keywords"], "Client": "=1+1"}
+
+
+class Metadata(unittest.TestCase):
+    def setUp(self):
+        self.place = CommandPlace()
+        self.addCleanup(self.place.close)
+
+    def table(self, form, *words, code=0):
+        path = self.place.root / f"table.{form}"
+        self.place.expect(code, "metadata", "export", *words, "-o", path, "--overwrite")
+        return self.rows(path.read_bytes(), form)
+
+    def rows(self, content, form):
+        """The cells by any reader of the form but ours, the headings first."""
+        if form in ("csv", "txt"):
+            self.assertTrue(content.startswith(b"\xef\xbb\xbf"))
+            return list(csv.reader(content.decode("utf-8-sig").splitlines(keepends=True), delimiter="," if form == "csv" else "\t"))
+        if form == "json":
+            data = json.loads(content)["Data"]
+            return [list(data[0])] + [list(row.values()) for row in data]
+        if form == "xml":
+            root = ElementTree.fromstring(content)
+            return [["".join(cell.itertext()) for cell in row] for row in root.iter(SPREADSHEET + "Row")]
+        return [[html.unescape(cell) for cell in re.findall("<t[hd]>(.*?)</t[hd]>", row, re.S)]
+                for row in re.findall("<tr>(.*?)</tr>", content.decode("ascii"), re.S)]
+
+    def test_every_form_holds_whatever_the_documents_say(self):
+        (self.place.input / "a.pdf").write_bytes(pdf_of_pages([("/MediaBox[0 0 9 9]", "")] * 3, HOSTILE))
+        (self.place.input / "b.pdf").write_bytes(b"no document")
+        words = [self.place.input, "--fields", "Client,Title, Nobody"]
+        expected = None
+        for form in ("csv", "txt", "json", "xml", "html"):
+            with self.subTest(form):
+                head, first, second = self.table(form, *words, code=3)
+                self.assertEqual(head, COLUMNS + ["Client", "Nobody"])
+                first = dict(zip(head, first))
+                self.assertEqual({key: first[key].replace("\r\n", "\n") for key in CLEAN},
+                                 {key: text.replace("\r\n", "\n") for key, text in CLEAN.items()})
+                self.assertTrue(first["Subject"].endswith("\U0001f600 e\u0301"))
+                self.assertEqual([first[key] for key in ("PDF Version", "Pages", "Attachments", "Fields", "Security", "Nobody")], ["1.4", "3", "0", "0", "", ""])
+                self.assertEqual(second[:3], [str(self.place.input / "b.pdf"), "Cannot open file", ""])
+                times = first["Filename"], first["File Size"], first["Modified"]
+                expected = expected or times
+                self.assertEqual(times, expected)
+        shown = self.place.expect(3, "metadata", "show", *words, "--json")
+        self.assertEqual(json.loads(shown.output)["Title"], HOSTILE["Title"])
+        self.assertIn("b.pdf: The file cannot be opened", shown.errors)
+        self.assertRegex(self.place.expect(0, "metadata", "show", self.place.input / "a.pdf").output, r'Title +a "quoted".*\\x0d\\nline')
+
+    def test_tables_replace_nothing_that_nobody_named(self):
+        (self.place.input / "a.pdf").write_bytes(pdf_of_pages([("/MediaBox[0 0 9 9]", "")]))
+        target = self.place.root / "table.csv"
+        target.write_text("mine")
+        for code, words, message in ((1, ["-o", target], "--overwrite"), (2, ["-o", self.place.root / "table"], "--format"), (2, [], "--output"),
+                                     (2, ["-o", target, "--overwrite", "--fields", "a#b"], "neither"),
+                                     (1, ["-o", self.place.root / "none" / "t.csv"], "cannot be created")):
+            self.assertIn(message, self.place.expect(code, "metadata", "export", self.place.input, *words).errors, words)
+            self.assertEqual(target.read_text(), "mine")
+
+    def test_what_independent_readers_say(self):
+        if not CORPUS.is_dir():
+            self.skipTest("no corpus")
+        for theme in ("info", "attachments", "forms", "restricted", "business"):
+            for path in (CORPUS / theme).glob("*.pdf"):
+                shutil.copyfile(path, self.place.input / path.name)
+        head, *rows = self.table("csv", self.place.input)
+        compared = 0
+        for row in (dict(zip(head, row)) for row in rows):
+            said = tool("pdfinfo", "-enc", "UTF-8", row["Filename"])[1].decode("utf-8", "replace")
+            info = dict(re.findall(r"^([A-Z][A-Za-z ]+):[ ]*(.*)$", said, re.M))
+            if not info or any(char in said for char in "\x00\xef"):  # that reader knows neither text form of the newest documents
+                continue
+            compared += 1
+            for column, name in [(name, name) for name in COLUMNS[1:7]] + [("Pages", "Pages"), ("PDF Version", "PDF version")]:
+                with self.subTest(path=row["Filename"], column=column):
+                    self.assertEqual(row[column].strip().split("\n")[0].strip(), info.get(name, "").strip())
+            attached = tool("qpdf", "--list-attachments", row["Filename"])[1]
+            self.assertEqual(int(row["Attachments"]), attached.count(b" -> "), row["Filename"])
+            if "print:no" in info.get("Encrypted", ""):
+                self.assertIn("No HiRes Printing,No Printing", row["Security"])
+        self.assertGreater(compared, 20)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -116,7 +116,8 @@ public:
 private:
     void Properties(const std::string& path, std::optional<std::vector<std::string>> texts) override
     {
-        m_table.AddRow(texts ? std::move(*texts) : std::vector{TextFromBytes(path), std::string(kCannotOpenDocument)});
+        m_table.AddRow(texts ? std::move(*texts)
+                             : std::vector{TextFromBytes(path), std::string(kCannotOpenDocument)});
     }
 
     const Screen& m_screen;

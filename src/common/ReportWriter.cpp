@@ -9,6 +9,7 @@
 #include "base/Xml.h"
 #include "common/RegularExpression.h"
 #include "common/ReportHtml.h"
+#include "common/SeparatedText.h"
 
 /// How a table looks in a file.
 class CReportForm {
@@ -29,12 +30,6 @@ std::vector<std::string> NamesOf(const std::vector<ReportColumn>& columns)
     std::vector<std::string> names;
     for (const ReportColumn& column : columns) names.push_back(column.name);
     return names;
-}
-
-std::string DelimitedValue(const std::string& value, char separator)
-{
-    if (value.find_first_of(std::string("\"\r\n") + separator) == value.npos) return value;
-    return '"' + ReplaceAll(value, "\"", "\"\"") + '"';
 }
 
 /// Says which cells lead somewhere.
@@ -119,7 +114,7 @@ public:
         std::string line;
         for (const std::string& value : values) {
             if (&value != &values.front()) line += m_separator;
-            line += DelimitedValue(value, m_separator);
+            line += SeparatedValue(value, m_separator);
         }
         return line + "\r\n";
     }

@@ -13,6 +13,9 @@
 // function is called the controls' contents are put into the fields; afterwards the controls show the fields again,
 // and what is enabled, shown or said by a function is asked anew.
 
+class CGridRows;
+struct PasteResult;
+
 /// What becomes of a dialog after a button was pressed.
 enum class FormAnswer { StayOpen, Confirm, Cancel };
 
@@ -81,6 +84,18 @@ struct TreeView {
     int lines = 15;
 };
 
+/// Cells in rows and columns, to be edited where they stand, with the keys of spreadsheets; a click on a heading, or
+/// Alt and the arrow down, sorts. Changed cells are marked. Every edit, also one that is under way when something is
+/// pressed, is in the model before a function is called.
+struct GridView {
+    std::string name;  ///< for screen readers
+    CGridRows* rows;
+    std::string finds = {};  ///< the id of the button that Ctrl+F presses
+    std::function<void(const PasteResult&)> pasted = {};
+    int lines = 20;
+    int width = 100;  ///< in characters; the least that is shown
+};
+
 enum class ButtonRole {
     Plain,
     Default,  ///< Enter presses it
@@ -107,7 +122,7 @@ struct Row {
 };
 
 struct FormControl {
-    std::variant<StaticText, CheckBox, TextField, Choice, ListView, TreeView, Button, Group, Row> what;
+    std::variant<StaticText, CheckBox, TextField, Choice, ListView, TreeView, GridView, Button, Group, Row> what;
     std::string id = {};                 ///< names the control inside its form; may be empty
     std::function<bool()> enabled = {};  ///< none: always
     std::function<bool()> shown = {};    ///< none: always

@@ -18,6 +18,7 @@ struct Label {
     std::string operator()(const Choice& choice) const { return choice.label.empty() ? choice.name : choice.label; }
     std::string operator()(const ListView& list) const { return list.name; }
     std::string operator()(const TreeView& tree) const { return tree.name; }
+    std::string operator()(const GridView& grid) const { return grid.name; }
     std::string operator()(const Button& button) const { return button.label; }
     std::string operator()(const Group& group) const { return group.title; }
     std::string operator()(const Row&) const { return {}; }

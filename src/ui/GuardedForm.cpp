@@ -50,6 +50,14 @@ private:
         Wrap(list.text, std::string());
         Wrap(list.icon, ListIcon::None);
     }
+    void Inside(GridView& grid) const
+    {
+        if (!grid.pasted) return;
+        std::function<bool(const PasteResult&)> answering =
+            [inside = std::move(grid.pasted)](const PasteResult& result) { return inside(result), true; };
+        Wrap(answering, false);
+        grid.pasted = [guarded = std::move(answering)](const PasteResult& result) { (void)guarded(result); };
+    }
     void Inside(Button& button) const { Wrap(button.press, FormAnswer::Cancel); }
     void Inside(Group& group) const { Wrap(group.controls); }
     void Inside(Row& row) const { Wrap(row.controls); }

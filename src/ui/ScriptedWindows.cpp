@@ -6,6 +6,7 @@
 
 #include "base/Text.h"
 #include "ui/FormControls.h"
+#include "ui/GridRows.h"
 
 namespace {
 
@@ -95,6 +96,23 @@ void CFormHand::Select(const std::string& id, std::vector<std::size_t> rows)
     Changed(control);
 }
 
+void CFormHand::Edit(const std::string& id, std::size_t place, const std::string& column, const std::string& text)
+{
+    WorkOn(id, [&](CGridRows& rows) {
+        const auto found = rows.Model().ColumnNamed(column);
+        if (!found || place >= rows.Size() || !rows.Model().Column(*found).editable)
+            Refuse("not to be edited: " + column + " in " + id);
+        (void)rows.Edit(place, *found, text);
+    });
+}
+
+void CFormHand::WorkOn(const std::string& id, const std::function<void(CGridRows&)>& work)
+{
+    const FormControl& control = Usable(id);
+    work(*As<GridView>(control, id).rows);
+    Changed(control);
+}
+
 bool CFormHand::Press(const std::string& button)
 {
     const auto& pressed = As<Button>(Usable(button), button);
@@ -134,8 +152,17 @@ std::vector<std::string> CFormHand::Rows(const std::string& id) const
 {
     const FormControl* const control = FindControl(m_form, id);
     if (!control) Refuse("no control " + id);
-    const auto& list = As<ListView>(*control, id);
     std::vector<std::string> rows;
+    if (const auto* grid = std::get_if<GridView>(&control->what)) {
+        for (std::size_t place = 0; place < grid->rows->Size(); ++place) {
+            std::string cells;
+            for (std::size_t column = 0; column < grid->rows->Model().Columns(); ++column)
+                cells += (column > 0 ? "\t" : "") + grid->rows->Text(place, column);
+            rows.push_back(std::move(cells));
+        }
+        return rows;
+    }
+    const auto& list = As<ListView>(*control, id);
     for (std::size_t row = 0; row < list.count(); ++row) {
         std::string cells;
         for (std::size_t column = 0; column < list.columns.size(); ++column)

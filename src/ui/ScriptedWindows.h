@@ -17,6 +17,10 @@ public:
     void Type(const std::string& id, const std::string& text);
     void Choose(const std::string& id, int row);  ///< of a choice or tree
     void Select(const std::string& id, std::vector<std::size_t> rows);
+    /// In a grid; the row by its place.
+    void Edit(const std::string& id, std::size_t place, const std::string& column, const std::string& text);
+    /// What somebody does in a grid with keys and mouse.
+    void WorkOn(const std::string& id, const std::function<void(CGridRows&)>& work);
     /// True when the form closed by it.
     bool Press(const std::string& button);
 
@@ -25,7 +29,7 @@ public:
     /// What a text or field says, the label of a check box or button, the chosen row of a choice.
     [[nodiscard]] std::string Text(const std::string& id) const;
     [[nodiscard]] bool Checked(const std::string& id) const;
-    /// The cells of a list, separated by tabs.
+    /// The cells of a list or grid, separated by tabs.
     [[nodiscard]] std::vector<std::string> Rows(const std::string& id) const;
     /// Everything that is said in the form and shown at present, in its order.
     [[nodiscard]] std::vector<std::string> Texts() const;

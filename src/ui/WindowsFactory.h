@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include "ui/GridRows.h"
 #include "ui/Windows.h"
 
 // What the plug-in and its library of windows have to agree on. Both are made by one build, so C++ objects cross
@@ -28,7 +29,8 @@ inline constexpr char kMakeWindows[] = "FerruleMakeWindows";
 inline std::string WindowsVersion()
 {
     std::string text = FERRULE_VERSION " built with " __VERSION__;
-    for (const std::size_t size : {sizeof(DialogForm), sizeof(FormControl), sizeof(FileChoice)})
+    for (const std::size_t size :
+         {sizeof(DialogForm), sizeof(FormControl), sizeof(FileChoice), sizeof(CGridRows), sizeof(CGridModel)})
         text += "-" + std::to_string(size);
     return text;
 }

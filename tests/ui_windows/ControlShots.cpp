@@ -1,4 +1,5 @@
 #include "Shots.h"
+#include "ui/GridRows.h"
 
 namespace {
 
@@ -82,6 +83,22 @@ void ShowLists(CWindows& windows)
     (void)windows.Show(dialog);
 }
 
+void ShowGrid(CWindows& windows)
+{
+    CGridModel model({{"File", false, 30}, {"Title", true, 40}, {"Pages", false, 8}});
+    for (int row = 0; row < 10'000; ++row)
+        model.AddRow(
+            {"Büro " + std::to_string(row) + ".pdf", row % 3 == 0 ? "" : "A title", std::to_string(row % 17)});
+    CGridRows rows(model);
+    (void)rows.Edit(1, 1, "Another title");
+    (void)rows.Edit(2, 1, "Two\nlines");
+    rows.SortBy(0, SortOrder::Ascending);
+    rows.Select({{2, 1, 4, 2}});
+    DialogForm dialog{.title = "Grid", .buttons = OkAndCancel(), .focus = "grid"};
+    dialog.controls = {{.what = GridView{.name = "Documents", .rows = &rows}, .id = "grid", .grows = true}};
+    (void)windows.Show(dialog);
+}
+
 void ShowProgress(CWindows& windows)
 {
     const auto progress = windows.MakeProgress();
@@ -101,5 +118,8 @@ void ShowProgress(CWindows& windows)
 
 std::vector<Shot> ControlShots()
 {
-    return {{"controls-fields", ShowFields}, {"controls-lists", ShowLists}, {"controls-progress", ShowProgress}};
+    return {{"controls-fields", ShowFields},
+            {"controls-lists", ShowLists},
+            {"controls-grid", ShowGrid},
+            {"controls-progress", ShowProgress}};
 }

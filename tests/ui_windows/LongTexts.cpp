@@ -38,6 +38,7 @@ struct Lengthener {
     {
         for (TreeNode& node : tree.nodes) Lengthen(node.label);
     }
+    void operator()(GridView&) const {}  // its headings are names of fields, which are not translated
     void operator()(Button& button) const { Lengthen(button.label); }
     void operator()(Group& group) const
     {

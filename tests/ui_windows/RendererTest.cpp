@@ -1,6 +1,7 @@
 // What a form does in the hands of somebody at the screen.
 #include <wx/checkbox.h>
 #include <wx/choice.h>
+#include <wx/grid.h>
 #include <wx/listctrl.h>
 #include <wx/textctrl.h>
 #include <wx/tglbtn.h>
@@ -16,6 +17,7 @@
 
 #include "Keys.h"
 #include "ui/FormControls.h"
+#include "ui/GridRows.h"
 #include "ui/wx/FileQuestions.h"
 #include "ui/wx/FormDialog.h"
 #include "ui/wx/System.h"
@@ -262,6 +264,92 @@ TEST_F(Renderer, TheKeyboardIsEnough)
     EXPECT_FALSE(again.Show(second, {key(0), key(WXK_ESCAPE)}));
     EXPECT_EQ(cancelled, 1);
     EXPECT_EQ(play.closedByForce + again.closedByForce, 0);
+}
+
+/// A grid of a fixed column and one to edit.
+class GridRenderer : public Renderer {
+protected:
+    GridRenderer()
+    {
+        for (int row = 0; row < 10'000; ++row) m_model.AddRow({std::to_string(row) + ".pdf", "title"});
+        m_rows.Refresh();
+        m_rows.MoveTo({0, 1});
+        m_form.controls = {
+            {.what = GridView{.name = "Cells", .rows = &m_rows, .finds = "find"}, .id = "cells", .grows = true}};
+        m_form.buttons = {
+            {.what = Button{"Find", [this] { return ++m_found, FormAnswer::StayOpen; }}, .id = "find"},
+            {.what = Button{"Cancel", [this] { return ++m_cancelled, FormAnswer::Cancel; }, ButtonRole::Cancel}}};
+    }
+    static wxGrid& Grid(CFormDialog& dialog) { return dynamic_cast<wxGrid&>(*Find(dialog, "cells")->GetParent()); }
+
+    CGridModel m_model{{{"File"}, {"Title", true}}};
+    CGridRows m_rows{m_model};
+    DialogForm m_form{.title = "Grid", .focus = "cells"};
+    int m_found = 0, m_cancelled = 0;
+};
+
+TEST_F(GridRenderer, ShowsTenThousandRowsAtOnceAndFollowsTheModel)
+{
+    (void)m_rows.Edit(1, 1, "two\r\nlines \x01");
+    CPlay play;
+    const wxLongLong start = wxGetUTCTimeMillis();
+    EXPECT_FALSE(play.Show(m_form,
+                           {[&](CFormDialog& dialog) {
+                                EXPECT_LT(wxGetUTCTimeMillis() - start, 1000);
+                                wxGrid& grid = Grid(dialog);
+                                EXPECT_EQ(grid.GetNumberRows(), 10'000);
+                                EXPECT_EQ(Typed(grid.GetCellValue(1, 1)), "two⏎lines ␁");
+                                EXPECT_TRUE(grid.IsReadOnly(0, 0));
+                                EXPECT_FALSE(grid.IsReadOnly(0, 1));
+                                grid.GetTable()->SetValue(1, 1, grid.GetCellValue(1, 1));
+                                EXPECT_EQ(m_rows.Text(1, 1), "two\r\nlines \x01")
+                                    << "what nobody changed stays as it is";
+                                grid.GetTable()->SetValue(2, 1, wxString::FromUTF8("a⏎b"));
+                                EXPECT_EQ(m_rows.Text(2, 1), "a\nb");
+                                grid.SelectBlock(5, 0, 6, 1);
+                                m_rows.Filter({.text = "99"});
+                                Press(dialog, "Find");
+                                EXPECT_EQ(grid.GetNumberRows(), static_cast<int>(m_rows.Size()));
+                                m_rows.Filter({});
+                                m_model.AddColumn({"More", true}, {});
+                            },
+                            [&](CFormDialog& dialog) {
+                                Press(dialog, "Find");
+                                EXPECT_EQ(Grid(dialog).GetNumberRows(), 10'000);
+                                EXPECT_EQ(Grid(dialog).GetNumberCols(), 3);
+                                Grid(dialog).GoToCell(9'999, 2);
+                            }},
+                           false));
+    EXPECT_EQ(m_rows.Cursor(), (GridCell{9'999, 2}));
+}
+
+TEST_F(GridRenderer, TheKeysOfSpreadsheets)
+{
+    if (!CanPressKeys()) GTEST_SKIP() << "no keys can be pressed here";
+    CPlay play;
+    const auto key = [](int code, int modifiers = 0) {
+        return [=](CFormDialog& dialog) { PressKey(dialog, code, modifiers); };
+    };
+    const auto cell = [&](std::size_t row, const char* text) {
+        return [&, row, text](CFormDialog&) { play.Await(m_model.Cell({row, 1}) == text, text); };
+    };
+    const auto has = [&](CFormDialog& dialog) { play.Await(HasKeyboard(*Find(dialog, "cells")), "the grid"); };
+    const auto editing = [&](bool on) {
+        return [&, on](CFormDialog& dialog) { play.Await(Grid(dialog).IsCellEditControlShown() == on, "editing"); };
+    };
+    EXPECT_FALSE(play.Show(
+        m_form, {key(0), has, key(WXK_F2), editing(true), key('x'), key(WXK_RETURN), cell(0, "x"),
+                 // Escape leaves the cell, not the dialog
+                 key(WXK_F2), editing(true), key('y'), key(WXK_ESCAPE), editing(false), cell(1, "title"), key(WXK_UP),
+                 key('c', wxMOD_CONTROL), key(WXK_DOWN), key(WXK_DOWN), key('v', wxMOD_CONTROL), cell(2, "x"),
+                 key(WXK_DELETE), cell(2, ""), key('z', wxMOD_CONTROL), cell(2, "x"), key('x', wxMOD_CONTROL),
+                 cell(2, ""), key('z', wxMOD_CONTROL), key('z', wxMOD_CONTROL), cell(2, "title"),
+                 key('y', wxMOD_CONTROL), cell(2, "x"), key(WXK_DOWN, wxMOD_ALT),
+                 [&](CFormDialog&) { play.Await(m_rows.Sorting() == SortOrder::Ascending, "sorted"); },
+                 key('f', wxMOD_CONTROL), [&](CFormDialog&) { play.Await(m_found == 1, "find"); }, key(WXK_ESCAPE)}));
+    EXPECT_EQ(m_cancelled, 1);
+    EXPECT_EQ(play.closedByForce, 0);
+    EXPECT_EQ(m_model.ChangedRows(), (std::vector<std::size_t>{0, 2}));
 }
 
 TEST_F(Renderer, FiltersAndExtensions)

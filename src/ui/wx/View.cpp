@@ -202,6 +202,7 @@ struct ViewMaker {
     }
     View operator()(const ListView&) const { return MakeListView(control, parent, events); }
     View operator()(const TreeView&) const { return MakeTreeView(control, parent, events); }
+    View operator()(const GridView&) const { return MakeGridView(control, parent, events); }
     View operator()(const Button&) const { return MakeButtonView(control, parent, events); }
     View operator()(const Group&) const { return std::make_unique<CGroupView>(control, parent, events, all); }
     View operator()(const Row&) const { return std::make_unique<CRowView>(control, parent, events, all); }

@@ -91,6 +91,7 @@ private:
                                                     CFormEvents& events);
 [[nodiscard]] std::unique_ptr<CView> MakeListView(const FormControl& control, wxWindow* parent, CFormEvents& events);
 [[nodiscard]] std::unique_ptr<CView> MakeTreeView(const FormControl& control, wxWindow* parent, CFormEvents& events);
+[[nodiscard]] std::unique_ptr<CView> MakeGridView(const FormControl& control, wxWindow* parent, CFormEvents& events);
 
 // What they share.
 

@@ -8,23 +8,13 @@
 #include "base/Unicode.h"
 #include "commands/PasswordTable.h"
 #include "common/Log.h"
-#include "common/Progress.h"
-#include "engine/InputOpening.h"
-#include "engine/OutputSaving.h"
 #include "hostcalls/Application.h"
-#include "hostcalls/HostFrame.h"
-#include "hostcalls/Jobs.h"
-#include "pdflib/AcrobatDoc.h"
 #include "platform/Files.h"
 #include "platform/NarrowText.h"
 #include "sequence/Findings.h"
 #include "sequence/StepChecks.h"
 
 namespace {
-
-constexpr char kCannotOpen[] = "Cannot open input document. Document can be already password protected.";
-constexpr char kCannotApply[] = "Cannot apply security settings. Please check document access permissions.";
-constexpr char kCannotSave[] = "An error occured while trying to save the document.";  // sic
 
 constexpr std::uint64_t kLongestPasswordFile = 64 * 1024;
 constexpr std::uint64_t kLongestTable = 64 * 1024 * 1024;
@@ -72,26 +62,23 @@ void CheckLength(const std::string& which, const std::string& password, std::vec
                            " bytes count.");
 }
 
-std::string AsSentence(std::string reason)
-{
-    if (!reason.empty() && !reason.ends_with('.')) reason += '.';
-    return reason;
-}
-
 }  // namespace
 
 CProtectWork::CProtectWork(ProtectOrder order, PasswordFiles files)
-    : m_order(std::move(order)), m_files(std::move(files)), m_settings(SettingsFor(m_order.method, m_order.allowed))
+    : CChangingWork({order.inPlace, order.breakSignatures}, kProtecting),
+      m_order(std::move(order)),
+      m_files(std::move(files)),
+      m_settings(SettingsFor(m_order.method, m_order.allowed))
 {
     m_settings.passwordProtect = true;
 }
 
 CProtectWork::CProtectWork(ProtectOrder order, SecuritySettings settings)
-    : m_order(std::move(order)), m_settings(std::move(settings))
+    : CChangingWork({order.inPlace, order.breakSignatures}, kProtecting),
+      m_order(std::move(order)),
+      m_settings(std::move(settings))
 {
 }
-
-bool CProtectWork::WasNotOpened(const ProcessedFile& file) { return file.message.starts_with(kCannotOpen); }
 
 std::string CProtectWork::Load(CLogWriter& log)
 {
@@ -166,133 +153,16 @@ std::string CProtectWork::CheckPasswords()
     return {};
 }
 
-Expected<std::vector<std::string>> CProtectWork::InputPlaces(const ExecutorSettings& settings,
-                                                             const std::vector<std::string>&, Asking,
-                                                             CLogWriter& log) const
-{
-    std::vector<std::string> places = ChosenPlaces(settings);
-    if (places.empty()) return Failure("No files or folders are named to protect.");
-    log.NameNumber("Number of chosen files and folders", static_cast<long long>(places.size()), 1);
-    return places;
-}
-
-WorkFacts CProtectWork::Facts(const PlanRequest& request) const
-{
-    const std::string& output = request.settings.alternativeOutputPath;
-    WorkFacts facts{.noun = "protection",
-                    .noInputs = "Protecting has no input files of its own.",
-                    .inputsMayBeGone = true,
-                    .usesOutputFolder = !m_order.inPlace,
-                    .replacesInputs = m_order.inPlace,
-                    .resultsPerFile = 1,
-                    .warnings = m_warnings};
-    if (!m_order.inPlace && output.empty()) facts.objection = "There is no output folder. Name one with --output.";
-    if (!m_order.inPlace) facts.results.push_back({.folder = output});
-    return facts;
-}
-
-void CProtectWork::Begin(const WorkServices& services) { m_run.emplace(services); }
-
-ProcessedFile CProtectWork::Process(const std::string& path, int number)
-{
-    m_run->log.NameValue("Opening input document", path, 1);
-    m_run->progress.SetOperationText(path);
-    m_run->progress.SetCurrentValue(number);
-    ProcessedFile file{.path = path, .input = platform::StampOf(path)};
-    CAcrobatDoc document;
-    if (const std::string reason = Open(document, path); !reason.empty()) {
-        Fail(file, kCannotOpen, reason);
-        return file;
-    }
-    ProtectOpen(document, file);
-    if (const auto error = CatchHostError([&] { (void)document.Close(); }))
-        m_run->log.NameValue("Exception occured during a document closing", error->text, 1);  // sic
-    return file;
-}
-
-/// Answers why it is not open.
-std::string CProtectWork::Open(CAcrobatDoc& document, const std::string& path) const
-{
-    std::string reason;
-    if (!IsPdfPath(path)) return "Its name does not end with .pdf.";
-    const auto error = CatchHostError([&] { reason = OpenInput(document, path, m_run->log); });
-    return error ? error->text : reason;
-}
-
-void CProtectWork::ProtectOpen(CAcrobatDoc& document, ProcessedFile& file) const
-{
-    if (const auto error = CatchHostError([&] { file.loss = document.Loss(); }))
-        return Fail(file, kCannotOpen, error->text);
-    if (m_run->settings.acceptDamaged) file.message = std::exchange(file.loss, {});
-    if (m_order.inPlace && !file.loss.empty())
-        return Fail(file, kCannotSave, "The document is damaged, so its file stays as it is. " + file.loss);
-    if (const std::string reason = Objection(document, file); !reason.empty())
-        return Fail(file, kCannotApply, reason);
-    if (const std::string reason = Apply(document, file.path); !reason.empty())
-        return Fail(file, kCannotApply, reason);
-    if (const std::string reason = Save(document, file); !reason.empty()) return Fail(file, kCannotSave, reason);
-    m_run->log.Line("Document has been saved successfully");
-    if (m_order.inPlace) file.input = platform::StampOf(file.path);
-    if (file.loss.empty()) return;
-    file.outcome = FileOutcome::Incomplete;
-    file.message = file.loss;
-}
-
-/// Why the document is left alone; empty when it need not be.
-std::string CProtectWork::Objection(const CAcrobatDoc& document, const ProcessedFile& file) const
-{
-    if (m_order.inPlace && platform::NameIsLink(file.path))
-        return "It is a link, which would be replaced while the document stays as it is. Name the file that it leads "
-               "to: " +
-               platform::ResolvedPath(file.path);
-    if (!m_order.breakSignatures && JobDocumentSigned(document.Document()).value_or(false))
-        return "It is signed, certified or has usage rights, which would be worthless afterwards; --break-signatures "
-               "protects it all the same.";
-    return {};
-}
-
-std::string CProtectWork::Apply(CAcrobatDoc& document, const std::string& path) const
+Expected<CChangingWork::Applied> CProtectWork::Apply(CAcrobatDoc& document, ProcessedFile& file) const
 {
     SecuritySettings settings = m_settings;
-    const std::string name = FileName(path);
+    const std::string name = FileName(file.path);
     if (const auto listed = m_table.find(LowerCasedName(name)); listed != m_table.end())
         settings.password = listed->second;
     else if (!m_table.empty() && settings.password.empty())
-        return "The table of passwords does not list it, and there is no open password for such files.";
-    if (!HasSecurityWork(settings)) return "There is no password to protect it with.";
-    std::string problem;
-    const auto error =
-        CatchHostError([&] { problem = ApplySecurity(document, settings, name, GetHostVersion().major); });
-    return error ? error->text : problem;
-}
-
-std::string CProtectWork::Save(CAcrobatDoc& document, const ProcessedFile& file) const
-{
-    if (m_order.inPlace) return SaveInPlace(document, file);
-    OutputSettings output;
-    output.optimizePdf = false;
-    const SavingInput input{file.path, AlternativeOutputFolder(m_run->settings), {}};
-    SaveResult result;
-    const auto error = CatchHostError([&] { result = SaveProcessed(document, output, input, m_run->log); });
-    if (error) return error->text;
-    if (result.status == SaveStatus::Saved) return {};
-    return result.reason.empty() ? "Nothing was written." : result.reason;
-}
-
-std::string CProtectWork::SaveInPlace(CAcrobatDoc& document, const ProcessedFile& file) const
-{
-    const auto changed = [&] { return HasChanged(file.path, file.input); };
-    const std::string why = "The file stays as it is, because " + std::string(kInputChanged) + '.';
-    if (changed()) return why;
-    m_run->log.NameValue("Saving output file:", file.path, 1);
-    const auto error = CatchHostError([&] { document.SaveTo(file.path, 0); });
-    if (!error) return {};
-    return changed() ? why : error->text;
-}
-
-void CProtectWork::Fail(ProcessedFile& file, const char* failure, const std::string& reason) const
-{
-    m_run->log.NameValue(std::string("ERROR: ") + failure, reason, 1);
-    file.outcome = FileOutcome::Failed;
-    file.message = std::string(failure) + " Reason: " + AsSentence(reason);
+        return Failure("The table of passwords does not list it, and there is no open password for such files.");
+    if (!HasSecurityWork(settings)) return Failure("There is no password to protect it with.");
+    std::string problem = ApplySecurity(document, settings, name, GetHostVersion().major);
+    if (!problem.empty()) return Failure(std::move(problem));
+    return Applied::Changed;
 }

@@ -1,0 +1,68 @@
+// What all work has in common that changes chosen documents and writes each of them once.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/Work.h"
+
+class CAcrobatDoc;
+
+/// What may be done to the files.
+struct ChangeRules {
+    bool inPlace = false;          ///< results replace their inputs; else they go into the output folder
+    bool breakSignatures = false;  ///< signed documents are changed, too
+};
+
+/// Changes each document and saves it in place, or into the output folder. Whatever fails leaves the input as it is,
+/// and nothing is written for it.
+class CChangingWork : public CWork {
+public:
+    [[nodiscard]] std::string Refusal(CLogWriter&) override { return {}; }
+    [[nodiscard]] std::vector<std::string> Extensions(CLogWriter&) const override { return {"pdf"}; }
+    [[nodiscard]] Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
+                                                                 const std::vector<std::string>& extensions,
+                                                                 Asking asking, CLogWriter& log) const override;
+    [[nodiscard]] bool TakesEachFileOnce() const override { return true; }
+    [[nodiscard]] WorkFacts Facts(const PlanRequest& request) const override;
+    void Begin(const WorkServices& services) override { m_run.emplace(services); }
+    [[nodiscard]] ProcessedFile Process(const std::string& path, int number) override;
+
+    /// Whether the file failed before anything was to be done to it.
+    [[nodiscard]] static bool WasNotOpened(const ProcessedFile& file);
+
+protected:
+    /// What people call the work: as it is done ("Protecting"), as a noun ("protection"), and what is done to a
+    /// signed document all the same ("protects it").
+    struct Words {
+        const char *gerund, *noun, *doesAllTheSame;
+        const char* cannotApply;  ///< the sentence in front of a reason
+    };
+
+    CChangingWork(ChangeRules rules, Words words) : m_rules(rules), m_words(words) {}
+
+    enum class Applied { Changed, NothingToDo };
+    /// Changes the open document. Fails with a reason; may throw CHostException.
+    [[nodiscard]] virtual Expected<Applied> Apply(CAcrobatDoc& document, ProcessedFile& file) const = 0;
+    /// Why a signed document must not be changed; empty when it may.
+    [[nodiscard]] virtual std::string SignatureObjection(const CAcrobatDoc& document) const;
+    /// The flags of a save in place besides the document's own.
+    [[nodiscard]] virtual int SaveFlags() const { return 0; }
+    /// What planning tells besides.
+    [[nodiscard]] virtual std::vector<std::string> Warnings() const { return {}; }
+    [[nodiscard]] const ChangeRules& Rules() const { return m_rules; }
+    [[nodiscard]] const WorkServices& Run() const { return *m_run; }
+
+private:
+    [[nodiscard]] std::string Open(CAcrobatDoc& document, const std::string& path) const;
+    void ChangeOpen(CAcrobatDoc& document, ProcessedFile& file) const;
+    [[nodiscard]] std::string Objection(const CAcrobatDoc& document, const ProcessedFile& file) const;
+    [[nodiscard]] std::string Save(CAcrobatDoc& document, const ProcessedFile& file) const;
+    [[nodiscard]] std::string SaveInPlace(CAcrobatDoc& document, const ProcessedFile& file) const;
+    void Fail(ProcessedFile& file, const char* failure, const std::string& reason) const;
+
+    ChangeRules m_rules;
+    Words m_words;
+    std::optional<WorkServices> m_run;
+};

@@ -5,6 +5,7 @@
 #include "protocol/Json.h"
 #include "protocol/Metadata.h"
 #include "protocol/ProtectOrder.h"
+#include "tools/MetadataWork.h"
 #include "tools/PropertiesWork.h"
 #include "tools/ProtectWork.h"
 
@@ -40,10 +41,18 @@ Expected<std::unique_ptr<CWork>> MakeMetadataWork(const WorkDescription& descrip
     return std::unique_ptr<CWork>(std::make_unique<CPropertiesWork>(std::move(*order)));
 }
 
+Expected<std::unique_ptr<CWork>> MakeMetadataChangeWork(const WorkDescription& description)
+{
+    auto order = MetadataChangeFrom(ParseObject(description.settings).value_or(Json::object()));
+    if (!order) return Failure(order.Error());
+    return std::unique_ptr<CWork>(std::make_unique<CMetadataWork>(std::move(*order)));
+}
+
 constexpr WorkKind kKinds[] = {{kSequenceWork, MakeSequenceWork},
                                {kSearchWork, MakeSearchWork},
                                {kProtectWork, MakeProtectWork},
-                               {kMetadataWork, MakeMetadataWork}};
+                               {kMetadataWork, MakeMetadataWork},
+                               {kMetadataChangeWork, MakeMetadataChangeWork}};
 
 }  // namespace
 

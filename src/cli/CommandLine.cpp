@@ -55,6 +55,7 @@ CommandFunction FunctionOf(const std::string& name)
         {"protect", ProtectCommand},
         {"metadata show", MetadataShowCommand},
         {"metadata export", MetadataExportCommand},
+        {"metadata set", MetadataSetCommand},
         {"search", SearchCommand},
         {"text", TextCommand},
         {"index create", IndexCreateCommand},

@@ -13,6 +13,7 @@ CommandRow UndoRow();
 CommandRow ProtectRow();
 CommandRow MetadataShowRow();
 CommandRow MetadataExportRow();
+CommandRow MetadataSetRow();
 CommandRow SearchRow();
 CommandRow TextRow();
 CommandRow IndexCreateRow();

@@ -1,4 +1,4 @@
-// "metadata show" and "metadata export": the properties of documents, on the screen and as a table.
+// "metadata": the properties of documents on the screen and as a table, and changing them.
 #pragma once
 
 #include "cli/Arguments.h"
@@ -6,8 +6,9 @@
 
 namespace cli {
 
-/// Both answer the exit code and throw CCommandError when the command does not begin.
+/// All answer the exit code and throw CCommandError when the command does not begin.
 int MetadataShowCommand(const CArguments& arguments, const Screen& screen);
 int MetadataExportCommand(const CArguments& arguments, const Screen& screen);
+int MetadataSetCommand(const CArguments& arguments, const Screen& screen);
 
 }  // namespace cli

@@ -80,4 +80,69 @@ CommandRow MetadataExportRow()
     return row;
 }
 
+namespace {
+
+std::vector<OptionRow> EntryOptions()
+{
+    std::vector<OptionRow> options;
+    for (const char* name : {"--title", "--subject", "--author", "--keywords"})
+        options.push_back({.name = name,
+                           .kind = ValueKind::Text,
+                           .valueName = "TEXT",
+                           .help = "The new text of this field; an empty one takes it away."});
+    options.push_back({.name = "--set",
+                       .kind = ValueKind::Text,
+                       .valueName = "FIELD=TEXT",
+                       .help = "The same for any field; repeatable. CreationDate and ModDate take dates such as "
+                               "2024-01-31T09:30:00+01:00.",
+                       .repeatable = true});
+    options.push_back({.name = "--remove",
+                       .kind = ValueKind::Text,
+                       .valueName = "FIELD",
+                       .help = "Take a field away; repeatable.",
+                       .repeatable = true});
+    return options;
+}
+
+}  // namespace
+
+CommandRow MetadataSetRow()
+{
+    CommandRow row{
+        .name = "metadata set",
+        .summary = "change the metadata of documents",
+        .text =
+            "Gives each document the same title, author or other field, in its information and in its metadata "
+            "packet. Fields that are not named stay as they are, and a document that has them already is not "
+            "written. It is a run like that of a sequence: several processors, a record, --resume, and \"ferrule "
+            "undo\".",
+        .operands = DocumentOperands(),
+        .examples = {
+            {"What would change?", "ferrule metadata set contracts --author 'Smith & Co' --in-place --dry-run"},
+            {"In place, with a way back:",
+             "ferrule metadata set contracts --set Client=Smith --in-place --keep-originals kept"}}};
+    AddSection(row, "Fields", EntryOptions());
+    AddSection(
+        row, "Inputs and results",
+        {OptionOfRun("--output", "Existing folder for the changed documents. A name that is taken gets a number."),
+         {.name = "--in-place", .help = "Put each changed document in the place of its input."},
+         OptionOfRun("--keep-originals"),
+         FilesFromOption("Change"),
+         OptionOfRun("--no-subfolders"),
+         OptionOfRun("--min-age"),
+         PasswordOption()});
+    AddSection(row, "Workers and limits", WorkerOptions());
+    AddSection(row, "Going on and trying out",
+               {OptionOfRun("--resume"), OptionOfRun("--retry-failed"),
+                OptionOfRun("--dry-run", "Show what would change in each document, and touch nothing.")});
+    AddSection(row, "Reports",
+               {OptionOfRun("--record"), OptionOfRun("--log"), OptionOfRun("--json"), OptionOfRun("--quiet")});
+    AddSection(row, "What is left alone otherwise",
+               {{.name = "--break-signatures",
+                 .help = "Change signed and certified documents, too; their signatures are worthless then."},
+                OptionOfRun("--accept-damaged")});
+    AddSection(row, "", ProgramOptions());
+    return row;
+}
+
 }  // namespace cli

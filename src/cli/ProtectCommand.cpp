@@ -22,19 +22,9 @@ constexpr SecretOption kSecrets[] = {{"--owner-password-file", kOwnerPasswordFil
                                      {"--open-password-file", kOpenPasswordFile},
                                      {"--passwords-from", kPasswordTable}};
 
-/// Where results go must be said: nobody is to lose inputs, or to miss results, by what he did not type.
-void RequirePlace(const CArguments& arguments)
-{
-    if (arguments.Has("--output") == arguments.Has("--in-place"))
-        FailUsage(arguments.Has("--output")
-                      ? "--output and --in-place contradict each other; give one of them"
-                      : "say where the protected documents go: --output FOLDER for a folder of their own, or "
-                        "--in-place to replace the inputs");
-}
-
 ProtectOrder OrderOf(const CArguments& arguments)
 {
-    RequirePlace(arguments);
+    RequirePlace(arguments, "protected documents");
     const bool anyPassword = arguments.Has("--owner-password-file") || arguments.Has("--open-password-file") ||
                              arguments.Has("--passwords-from");
     if (!anyPassword)

@@ -238,6 +238,15 @@ std::vector<std::string> ReadInputs(const CArguments& arguments, const std::stri
     return inputs;
 }
 
+void RequirePlace(const CArguments& arguments, const std::string& results)
+{
+    if (arguments.Has("--output") != arguments.Has("--in-place")) return;
+    FailUsage(arguments.Has("--output") ? "--output and --in-place contradict each other; give one of them"
+                                        : "say where the " + results +
+                                              " go: --output FOLDER for a folder of their "
+                                              "own, or --in-place to replace the inputs");
+}
+
 RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs)
 {
     RunDescription request;

@@ -43,6 +43,10 @@ RunDescription ReadRequest(const CArguments& arguments, WorkDescription work);
 /// The files and folders that are operands, and those of the list of --files-from. Fails: there are none to `verb`.
 std::vector<std::string> ReadInputs(const CArguments& arguments, const std::string& verb);
 
+/// Where results go must be said, by one of --output and --in-place: nobody is to lose inputs, or to miss results, by
+/// what he did not type. `results`: what they are, "protected documents".
+void RequirePlace(const CArguments& arguments, const std::string& results);
+
 /// The same for work whose inputs are known, without what only sequences have: where results go, what is kept of the
 /// inputs, and which of them are taken.
 RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs);

@@ -6,6 +6,7 @@
 #include "cli/Console.h"
 #include "cli/RunPrinter.h"
 #include "protocol/Json.h"
+#include "protocol/Metadata.h"
 
 namespace cli {
 
@@ -121,6 +122,10 @@ std::string PretendedText(const FileRecord& record)
 {
     std::string text = Printable(record.path) + "\n";
     for (const FileOutput& output : record.outputs) text += "  -> " + Printable(output.path) + "\n";
+    const Json findings = Json::parse(record.findings, nullptr, false);
+    for (const PropertyChange& change : ChangesFrom(findings.is_array() ? findings : Json::array()))
+        text += "  " + Printable(change.key) + ": \"" + Printable(change.before) + "\" becomes \"" +
+                Printable(change.after) + "\"\n";
     if (const auto& action = record.finalAction; action && action->act)
         text += "  then " + std::string(ActWord(*action->act)) +
                 (action->target.empty() ? "" : " " + Printable(action->target)) +

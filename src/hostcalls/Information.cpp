@@ -12,3 +12,10 @@ std::string InfoEntry(PDDoc document, const std::string& key)
     bytes.resize(static_cast<std::size_t>(length));
     return CHostText::FromPdText(bytes).ToUtf8();
 }
+
+void SetInfoEntry(PDDoc document, const std::string& key, const std::string& utf8)
+{
+    const std::string bytes = CHostText::FromUtf8(utf8).ToPdText();
+    HostCall(HOST_SLOT(PDModel, PDDocSetInfo), document, key.c_str(), bytes.data(),
+             static_cast<ASInt32>(bytes.size()));
+}

@@ -1,12 +1,18 @@
 #include "protocol/Metadata.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
+#include "base/PdfDate.h"
+#include "base/Unicode.h"
 #include "protocol/Json.h"
 
 namespace {
 
 constexpr char kProperties[] = "properties";
+constexpr char kEntry[] = "entry";
+constexpr const char* kDateKeys[] = {"CreationDate", "ModDate"};
 constexpr std::size_t kLongestKey = 127;  // bytes that readers have to take of a name
 
 }  // namespace
@@ -37,4 +43,49 @@ std::optional<std::vector<std::string>> PropertiesFrom(const Json& findings)
     for (const Json& finding : findings)
         if (ArrayAt(finding, kProperties)) return TextsAt(finding, kProperties);
     return std::nullopt;
+}
+
+Json MetadataChangeJson(const MetadataChangeOrder& order)
+{
+    return {{"entries", order.entries}, {"inPlace", order.inPlace}, {"breakSignatures", order.breakSignatures}};
+}
+
+Expected<MetadataChangeOrder> MetadataChangeFrom(const Json& object)
+{
+    MetadataChangeOrder order{
+        .entries = {}, .inPlace = FlagAt(object, "inPlace"), .breakSignatures = FlagAt(object, "breakSignatures")};
+    for (const auto& [key, value] : ObjectAt(object, "entries").items()) {
+        if (std::string problem = KeyProblem(key); !problem.empty()) return Failure(std::move(problem));
+        auto text = EntryText(key, value.is_string() ? value.get<std::string>() : std::string());
+        if (!text) return Failure(text.Error());
+        order.entries.emplace(key, std::move(*text));
+    }
+    return order;
+}
+
+Expected<std::string> EntryText(const std::string& key, const std::string& text)
+{
+    if (text.find('\0') != text.npos || !IsValidUtf8(text))
+        return Failure("The text of the field \"" + key + "\" holds something that is no character.");
+    if (text.empty() || std::ranges::find(kDateKeys, key) == std::end(kDateKeys)) return text;
+    if (auto date = PdfDateFrom(text)) return std::move(*date);
+    return Failure("The field \"" + key + "\" takes a date, such as 2024-01-31 or 2024-01-31T09:30:00+01:00, and \"" +
+                   text + "\" is none.");
+}
+
+Json ChangesJson(const std::vector<PropertyChange>& changes)
+{
+    Json array = Json::array();
+    for (const PropertyChange& change : changes)
+        array.push_back({{kEntry, change.key}, {"before", change.before}, {"after", change.after}});
+    return array;
+}
+
+std::vector<PropertyChange> ChangesFrom(const Json& findings)
+{
+    std::vector<PropertyChange> changes;
+    for (const Json& finding : findings)
+        if (std::string key = TextAt(finding, kEntry); !key.empty())
+            changes.push_back({std::move(key), TextAt(finding, "before"), TextAt(finding, "after")});
+    return changes;
 }

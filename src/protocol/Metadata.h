@@ -1,7 +1,9 @@
-// The properties of documents on their way from the plug-in to whoever makes a table of them.
+// Reading the properties of documents, and changing entries of their information: what is asked of the plug-in, and
+// what it answers.
 #pragma once
 
 #include <array>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,3 +36,25 @@ inline constexpr char kCannotOpenDocument[] = "Cannot open file";
 [[nodiscard]] Json PropertiesJson(const std::vector<std::string>& texts);
 /// Nothing when the findings hold none.
 [[nodiscard]] std::optional<std::vector<std::string>> PropertiesFrom(const Json& findings);
+
+/// What is to be changed in each document.
+struct MetadataChangeOrder {
+    std::map<std::string, std::string> entries = {};  ///< by key; UTF-8, an empty text takes the entry away
+    bool inPlace = false;                             ///< results replace their inputs; else they go into a folder
+    bool breakSignatures = false;                     ///< signed documents are changed, too
+};
+inline constexpr char kMetadataChangeWork[] = "metadata change";
+
+[[nodiscard]] Json MetadataChangeJson(const MetadataChangeOrder& order);
+/// Fails with a sentence for an entry that cannot be written as asked. Dates come back as documents have them.
+[[nodiscard]] Expected<MetadataChangeOrder> MetadataChangeFrom(const Json& object);
+/// The text as it is written under the key. Fails with a sentence: a date that is none, or what no text can hold.
+[[nodiscard]] Expected<std::string> EntryText(const std::string& key, const std::string& text);
+
+struct PropertyChange {
+    std::string key = {}, before = {}, after = {};  ///< UTF-8
+};
+/// Findings of a file.
+[[nodiscard]] Json ChangesJson(const std::vector<PropertyChange>& changes);
+/// Findings of another kind are left out.
+[[nodiscard]] std::vector<PropertyChange> ChangesFrom(const Json& findings);

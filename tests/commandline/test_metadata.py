@@ -7,7 +7,7 @@ import shutil
 import unittest
 from xml.etree import ElementTree
 
-from commandline import CommandPlace
+from commandline import CommandPlace, sha256
 from unattended import CORPUS, pdf_of_pages, tool
 
 COLUMNS = ["Filename", "Title", "Subject", "Author", "Keywords", "Creator", "Producer", "PDF Version", "File Size", "Modified", "Pages",
@@ -74,6 +74,30 @@ class Metadata(unittest.TestCase):
                                      (1, ["-o", self.place.root / "none" / "t.csv"], "cannot be created")):
             self.assertIn(message, self.place.expect(code, "metadata", "export", self.place.input, *words).errors, words)
             self.assertEqual(target.read_text(), "mine")
+
+    def test_changes_are_shown_made_and_taken_back(self):
+        document = self.place.input / "a.pdf"
+        document.write_bytes(pdf_of_pages([("/MediaBox[0 0 9 9]", "")], {"Title": "Old", "Subject": "Gone"}))
+        before = sha256(document)
+        change = ["metadata", "set", self.place.input, "--title", "\u20ac \u6f22", "--remove", "Subject", "--set", "Client=a=b", "--set",
+                  "ModDate=2024-02-29T10:00:00+01:00"]
+        for words, message in ((["--in-place", "--set", "ModDate=2023-02-29"], "is none"), ([], "--in-place"), (["--in-place", "--set", "x"], "FIELD=TEXT"),
+                               (["--in-place", "--remove", "Title"], "twice")):
+            self.assertIn(message.replace("FIELD=TEXT", "Client=Smith"), self.place.expect(2, *change, *words).errors)
+        told = self.place.expect(0, *change, "--in-place", "--dry-run").output
+        self.assertIn('Title: "Old" becomes "\u20ac \u6f22"', told)
+        self.assertEqual(sha256(document), before)
+        self.place.expect(0, *change, "--in-place", "--keep-originals", self.place.root / "kept", "--record", self.place.root / "record")
+        shown = json.loads(self.place.expect(0, "metadata", "show", document, "--json", "--fields", "Client,ModDate").output)
+        self.assertEqual([shown[key] for key in ("Title", "Subject", "Client", "ModDate")], ["\u20ac \u6f22", "", "a=b", "D:20240229100000+01'00'"])
+        said = tool("pdfinfo", "-enc", "UTF-8", "-custom", document)[1].decode()
+        self.assertRegex(said, "Title: +\u20ac \u6f22\n")
+        self.assertRegex(said, "Client: +a=b\n")
+        changed = document.stat().st_mtime_ns
+        self.place.expect(0, *change, "--in-place")
+        self.assertEqual(document.stat().st_mtime_ns, changed, "what is so already is not written")
+        self.place.expect(0, "undo", self.place.root / "record")
+        self.assertEqual(sha256(document), before)
 
     def test_what_independent_readers_say(self):
         if not CORPUS.is_dir():

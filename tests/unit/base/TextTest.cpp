@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/PdfDate.h"
 #include "base/Sha256.h"
 #include "base/Text.h"
 #include "platform/FileDigest.h"
@@ -172,4 +173,24 @@ TEST(Sha256, FilesAndPiecesHaveTheKnownDigests)
     platform::FileResult result;
     EXPECT_EQ(platform::Sha256OfFile(folder / "missing", &result), "");
     EXPECT_EQ(platform::ProblemOf(result), platform::FileProblem::Missing);
+}
+
+TEST(PdfDate, IsReadFromBothFormsAndRefusedWhenThereIsNoSuchTime)
+{
+    const std::pair<const char*, const char*> rows[] = {{"D:20240131093000+01'00'", "D:20240131093000+01'00'"},
+                                                        {"D:20240131093000+01'00", "D:20240131093000+01'00'"},
+                                                        {"20240131", "D:20240131"},
+                                                        {"D:2024", "D:2024"},
+                                                        {"D:20240131093000Z", "D:20240131093000Z"},
+                                                        {"D:20240131093000Z00'00'", "D:20240131093000+00'00'"},
+                                                        {"2024-01-31", "D:20240131"},
+                                                        {"2024-01", "D:202401"},
+                                                        {"2024-01-31T09:30", "D:202401310930"},
+                                                        {"2024-01-31 09:30:05-11:45", "D:20240131093005-11'45'"},
+                                                        {"2024-02-29T00:00:00Z", "D:20240229000000Z"}};
+    for (const auto& [text, date] : rows) EXPECT_EQ(PdfDateFrom(text), date) << text;
+    for (const char* text :
+         {"", "D:", "D:20", "D:202402301", "2023-02-29", "2024-13", "2024-1-31", "20240131T09:30", "2024-01-31T24:00",
+          "2024-01-31T09:30:00+24:00", "2024-01-31+01:00", "D:20240131+01'00'x", "2024-01-31Tt9", "yesterday"})
+        EXPECT_EQ(PdfDateFrom(text), std::nullopt) << text;
 }

@@ -1,0 +1,38 @@
+#include "tools/MetadataWork.h"
+
+#include <utility>
+
+#include "common/Log.h"
+#include "hostcalls/Information.h"
+#include "pdflib/AcrobatDoc.h"
+#include "protocol/Json.h"
+
+CMetadataWork::CMetadataWork(MetadataChangeOrder order)
+    : CChangingWork({order.inPlace, order.breakSignatures}, kChanging), m_order(std::move(order))
+{
+}
+
+std::string CMetadataWork::Load(CLogWriter& log)
+{
+    if (!m_order.entries.empty()) return {};
+    const std::string problem = "There is no field to change.";
+    log.NameValue("The change of metadata is rejected", problem, 1);
+    return problem;
+}
+
+Expected<CChangingWork::Applied> CMetadataWork::Apply(CAcrobatDoc& document, ProcessedFile& file) const
+{
+    if (!document.MayModify()) return Failure("Its restrictions forbid changes; open it with the owner password.");
+    std::vector<PropertyChange> changes;
+    for (const auto& [key, text] : m_order.entries) {
+        const std::string before = InfoEntry(document.Document(), key);
+        if (before == text) continue;
+        SetInfoEntry(document.Document(), key, text);
+        changes.push_back({key, before, text});
+        Run().log.NameValue("Changed field", key, 1);
+    }
+    file.findings = LineOf(ChangesJson(changes));
+    if (!changes.empty()) return Applied::Changed;
+    file.message = "It has these entries already.";
+    return Applied::NothingToDo;
+}

@@ -7,6 +7,7 @@
 #include "common/ErrorReport.h"
 #include "host/ToolMenu.h"
 #include "tools/DlgAddFiles.h"
+#include "tools/DlgReviewNames.h"
 #include "ui/DlgAddRegExpElement.h"
 #include "ui/DlgErrorReport.h"
 
@@ -38,6 +39,14 @@ void ShowAddFiles(CWindows& windows)
                         "OK button to continue to the next step.");
     for (const char* name : {"Letter.pdf", "Invoice 2024-117.pdf", "Annual report, twelve pages.pdf"})
         dialog.Add(std::string("~/Documents/") + name);
+    (void)dialog.Show();
+}
+
+void ShowReviewNames(CWindows& windows)
+{
+    CDlgReviewNames dialog(Services(windows),
+                           {"~/Documents/scan0001.pdf", "~/Documents/scan0002.pdf", "~/Documents/scan0003.pdf"},
+                           {"Invoice 2024-117.pdf", "Letter to the editor.pdf", ""});
     (void)dialog.Show();
 }
 
@@ -135,9 +144,15 @@ void ShowAbout(CWindows& windows)
 
 std::vector<Shot> DialogShots()
 {
-    return {{"CreateBatchFile", ShowBatchFile}, {"AddFiles", ShowAddFiles},
-            {"SecuritySettings", ShowSecurity}, {"PasswordTable", ShowPasswordTable},
-            {"ErrorReport", ShowErrorReport},   {"SearchText", ShowSearch},
-            {"TextSearchRule", ShowRule},       {"SearchArea", ShowArea},
-            {"AddElement", ShowAddElement},     {"About", ShowAbout}};
+    return {{"CreateBatchFile", ShowBatchFile},
+            {"AddFiles", ShowAddFiles},
+            {"ReviewNames", ShowReviewNames},
+            {"SecuritySettings", ShowSecurity},
+            {"PasswordTable", ShowPasswordTable},
+            {"ErrorReport", ShowErrorReport},
+            {"SearchText", ShowSearch},
+            {"TextSearchRule", ShowRule},
+            {"SearchArea", ShowArea},
+            {"AddElement", ShowAddElement},
+            {"About", ShowAbout}};
 }

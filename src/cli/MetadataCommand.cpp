@@ -136,6 +136,7 @@ RunResult ReadAll(const CArguments& arguments, const MetadataOrder& order, CProp
     options.request.acceptDamaged = true;
     options.engine = ReadEngine(arguments);
     options.dryRun = true;
+    options.hashes = false;  // nobody sees them
     const RunResult result = RunPlanned(options, observer);
     observer.Finish();
     return result;

@@ -211,6 +211,7 @@ int SearchCommand(const CArguments& arguments, const Screen& screen)
     options.engine.textCacheFolder = ReadTextCache(arguments);
     options.dryRun = IsTrial(arguments);
     options.resume = arguments.Has("--resume");
+    options.hashes = arguments.Has("--record");
     if (!options.dryRun) PrepareTargets(order);
     if (const std::string record = OptionalPath(arguments, "--record"); record != "-") options.recordPath = record;
     CSearchPrinter printer(screen, arguments);

@@ -125,6 +125,7 @@ Json RunOrderJson(const RunOrder& order)
                    {"run", order.run},
                    {"dryRun", order.dryRun},
                    {"description", RunDescriptionJson(order.description)}};
+    if (!order.hashes) object["hashes"] = false;
     if (const Keeping& keeping = order.keeping; !keeping.folder.empty())
         object["keeping"] = {{"folder", TextFromBytes(keeping.folder)}, {"mayLink", keeping.mayLink}};
     return object;
@@ -144,6 +145,7 @@ Expected<RunOrder> RunOrderFrom(const Json& object)
     return RunOrder{.kind = *kind,
                     .run = TextAt(object, "run"),
                     .dryRun = FlagAt(object, "dryRun"),
+                    .hashes = FlagAt(object, "hashes", true),
                     .description = RunDescriptionFrom(ObjectAt(object, "description")),
                     .keeping = {BytesAt(keeping, "folder"), FlagAt(keeping, "mayLink")}};
 }

@@ -72,6 +72,7 @@ struct RunOrder {
     Kind kind = Kind::Run;
     std::string run = {};  ///< letters and digits; becomes part of the names of temporary files
     bool dryRun = false;   ///< nothing is done for good
+    bool hashes = true;    ///< records have those of the inputs; only a trial may do without
     RunDescription description = {};
     Keeping keeping = {};
 };

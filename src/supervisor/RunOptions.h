@@ -26,6 +26,7 @@ struct RunOptions {
     bool resume = false;          ///< goes on with the unfinished run of the same request
     bool retryFailed = false;     ///< with resume: does the files that were not saved again, too
     bool dryRun = false;          ///< touches nothing but the record, which says what would be done
+    bool hashes = true;           ///< false: a dry run does without the hashes of its inputs, which take time
 };
 
 struct PlanOptions {

@@ -120,7 +120,7 @@ RunResult RunTrial(const RunOptions& options, const COutputGuard& guard, int int
                            .guard = &guard,
                            .interruptsSeen = interrupts};
     CPlanning planning(starter, options.request, interrupts, observer);
-    if (!planning.Run(run.manifestPath, NewRunId(), true)) return Failed(planning.Failure());
+    if (!planning.Run(run.manifestPath, NewRunId(), true, options.hashes)) return Failed(planning.Failure());
     run.plan = std::move(planning.Result().summary);
     return CManifestRun(options.engine, starter, std::move(run), observer).Run();
 }

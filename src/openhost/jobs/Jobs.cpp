@@ -69,7 +69,8 @@ void CLedger::NoteBefore(const std::string& path)
 {
     if (!m_source.WantsRecords() || m_file.before.contains(path)) return;
     Content content;
-    if (const auto stamp = StampOfRegularFile(path)) content = {stamp->size, m_hashes.Of(path)};
+    if (const auto stamp = StampOfRegularFile(path))
+        content = {stamp->size, m_source.WantsHashes() ? m_hashes.Of(path) : std::string()};
     m_file.before[path] = std::move(content);
 }
 

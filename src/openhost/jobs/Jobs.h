@@ -54,6 +54,8 @@ public:
 
     /// Whether records are wanted at all: making them takes a look at every byte of every file.
     virtual bool WantsRecords() const { return false; }
+    /// Whether records have the hashes of the inputs. Asks for the job when that is not known yet.
+    virtual bool WantsHashes() { return true; }
     /// Where what acts take away is to be kept. Asks for the job when that is not known yet.
     virtual Keeping KeepsOriginals() { return {}; }
     virtual Answer MayAct(const IntendedAct&) { return Answer::Go; }

@@ -96,7 +96,10 @@ void CWorkerLink::FetchJob()
     if (!job) return;
     m_job = LineOf(*job);
     m_pretends = FlagAt(*job, "dryRun");
-    if (const auto order = RunOrderFrom(*job)) m_keeping = order->keeping;
+    if (const auto order = RunOrderFrom(*job)) {
+        m_keeping = order->keeping;
+        m_hashes = order->hashes || !order->dryRun;
+    }
     std::string run = TextAt(*job, "run");
     std::erase_if(run, [](unsigned char letter) { return !std::isalnum(letter); });
     if (!run.empty()) platform::SetTemporaryTag(run);
@@ -106,6 +109,12 @@ const std::string* CWorkerLink::Job()
 {
     FetchJob();
     return m_job.empty() ? nullptr : &m_job;
+}
+
+bool CWorkerLink::WantsHashes()
+{
+    FetchJob();
+    return m_hashes;
 }
 
 bool CWorkerLink::Pretends()

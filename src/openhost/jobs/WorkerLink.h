@@ -46,6 +46,7 @@ public:
 
     const std::string* Job() override;
     bool Pretends() override;
+    bool WantsHashes() override;
     std::optional<JobInputFile> NextInput() override;
     bool WantsRecords() const override { return true; }
     Keeping KeepsOriginals() override;
@@ -69,6 +70,7 @@ private:
     Keeping m_keeping;
     bool m_jobKnown = false;
     bool m_pretends = false;
+    bool m_hashes = true;
     bool m_gone = false;
 };
 

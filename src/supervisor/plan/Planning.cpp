@@ -109,7 +109,7 @@ std::string NewRunId()
     return id;
 }
 
-bool CPlanning::Run(const std::string& manifestPath, const std::string& run, bool dryRun)
+bool CPlanning::Run(const std::string& manifestPath, const std::string& run, bool dryRun, bool hashes)
 {
     std::optional<CManifestWriter> manifest;
     if (!manifestPath.empty()) manifest.emplace(manifestPath);
@@ -118,9 +118,9 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     m_planned.header.workHashes.clear();
     for (const WorkFile& file : m_request.work.files)
         m_planned.header.workHashes.push_back(platform::Sha256OfFile(file.path));
-    HostJobResult host =
-        RunHostJob(m_starter, "plan", LineOf(RunOrderJson({RunOrder::Kind::Plan, run, false, m_request, {}})),
-                   m_interruptsSeen, m_observer, [&](const std::string& json) { OnReport(json, writer); });
+    HostJobResult host = RunHostJob(
+        m_starter, "plan", LineOf(RunOrderJson({.kind = RunOrder::Kind::Plan, .run = run, .description = m_request})),
+        m_interruptsSeen, m_observer, [&](const std::string& json) { OnReport(json, writer); });
     if (host.job.exit != ExitClass::Fine) {
         m_planned.log = std::move(host.preamble);
         m_planned.log.insert(m_planned.log.end(), host.log.begin(), host.log.end());
@@ -132,7 +132,7 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
     PlanSummary& summary = m_planned.summary;
     ManifestHeader& header = m_planned.header;
     summary.run = run;
-    header.order = {RunOrder::Kind::Run, run, dryRun, m_request, {}};
+    header.order = {.run = run, .dryRun = dryRun, .hashes = hashes, .description = m_request};
     header.reach.run = run;
     header.reach.kept = KeptFolderOf(m_request, run);
     header.total = summary.total;

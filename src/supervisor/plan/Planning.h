@@ -41,7 +41,7 @@ public:
     /// Borrowed: a plan with an input that the guard refuses fails.
     void GuardWith(const COutputGuard& guard) { m_guard = &guard; }
     /// `manifestPath`: appears complete or not at all; empty: none is written. False: Failure says why.
-    [[nodiscard]] bool Run(const std::string& manifestPath, const std::string& run, bool dryRun);
+    [[nodiscard]] bool Run(const std::string& manifestPath, const std::string& run, bool dryRun, bool hashes = true);
     Planned& Result() { return m_planned; }
     const PlanFailure& Failure() const { return m_failure; }
 

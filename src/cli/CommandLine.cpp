@@ -56,6 +56,7 @@ CommandFunction FunctionOf(const std::string& name)
         {"metadata show", MetadataShowCommand},
         {"metadata export", MetadataExportCommand},
         {"metadata set", MetadataSetCommand},
+        {"metadata import", MetadataImportCommand},
         {"search", SearchCommand},
         {"text", TextCommand},
         {"index create", IndexCreateCommand},

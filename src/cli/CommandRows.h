@@ -14,6 +14,7 @@ CommandRow ProtectRow();
 CommandRow MetadataShowRow();
 CommandRow MetadataExportRow();
 CommandRow MetadataSetRow();
+CommandRow MetadataImportRow();
 CommandRow SearchRow();
 CommandRow TextRow();
 CommandRow IndexCreateRow();

@@ -9,12 +9,31 @@ namespace cli {
 const std::vector<CommandRow>& Commands()
 {
     static const std::vector<CommandRow> rows = {
-        RunRow(),           PlanRow(),         MergeRow(),           UndoRow(),
-        ProtectRow(),       MetadataShowRow(), MetadataExportRow(),  MetadataSetRow(),
-        SearchRow(),        TextRow(),         IndexCreateRow(),     IndexBuildRow(),
-        IndexPurgeRow(),    IndexStatusRow(),  IndexSearchRow(),     SequenceShowRow(),
-        SequenceCheckRow(), SequenceNewRow(),  SequenceConvertRow(), BatchFileRow(),
-        LogRow(),           CacheStatusRow(),  CacheClearRow(),      GenerateRow(),
+        RunRow(),
+        PlanRow(),
+        MergeRow(),
+        UndoRow(),
+        ProtectRow(),
+        MetadataShowRow(),
+        MetadataExportRow(),
+        MetadataSetRow(),
+        MetadataImportRow(),
+        SearchRow(),
+        TextRow(),
+        IndexCreateRow(),
+        IndexBuildRow(),
+        IndexPurgeRow(),
+        IndexStatusRow(),
+        IndexSearchRow(),
+        SequenceShowRow(),
+        SequenceCheckRow(),
+        SequenceNewRow(),
+        SequenceConvertRow(),
+        BatchFileRow(),
+        LogRow(),
+        CacheStatusRow(),
+        CacheClearRow(),
+        GenerateRow(),
     };
     return rows;
 }

@@ -5,7 +5,6 @@
 #include "base/Names.h"
 #include "base/Text.h"
 #include "cli/RunArguments.h"
-#include "cli/RunCommands.h"
 #include "cli/RunPrinter.h"
 #include "cli/Summary.h"
 #include "common/ReportWriter.h"
@@ -21,7 +20,7 @@ namespace cli {
 namespace {
 
 /// The keys of --fields, separated by commas, that have no column of their own.
-MetadataOrder OrderOf(const CArguments& arguments)
+MetadataOrder ReadingOrder(const CArguments& arguments)
 {
     MetadataOrder order;
     for (const std::string& part : Split(arguments.Text("--fields"), ",")) {
@@ -183,14 +182,14 @@ std::string TablePath(const CArguments& arguments)
 
 int MetadataShowCommand(const CArguments& arguments, const Screen& screen)
 {
-    const MetadataOrder order = OrderOf(arguments);
+    const MetadataOrder order = ReadingOrder(arguments);
     CPropertiesPrinter printer(screen, ColumnsOf(order), arguments.Has("--json"));
     return ExitOf(ReadAll(arguments, order, printer), screen);
 }
 
 int MetadataExportCommand(const CArguments& arguments, const Screen& screen)
 {
-    const MetadataOrder order = OrderOf(arguments);
+    const MetadataOrder order = ReadingOrder(arguments);
     const std::string path = TablePath(arguments);
     const ReportFormat format = FormatOf(arguments, path);
     std::vector<ReportColumn> columns;
@@ -209,52 +208,6 @@ int MetadataExportCommand(const CArguments& arguments, const Screen& screen)
         *screen.messages << "Written: " << ShownPath(path) << " ("
                          << Grouped(static_cast<std::uint64_t>(table.RowCount())) << " documents)\n";
     return ExitOf(result, screen);
-}
-
-namespace {
-
-struct EntryOption {
-    const char *option, *key;
-};
-constexpr EntryOption kEntryOptions[] = {
-    {"--title", "Title"}, {"--subject", "Subject"}, {"--author", "Author"}, {"--keywords", "Keywords"}};
-
-void AddEntry(MetadataChangeOrder& order, const std::string& key, const std::string& typed)
-{
-    if (const std::string problem = KeyProblem(key); !problem.empty()) FailUsage(problem);
-    const auto text = EntryText(key, typed);
-    if (!text) FailUsage(text.Error());
-    if (!order.entries.emplace(key, *text).second) FailUsage("the field \"" + key + "\" is given twice");
-}
-
-MetadataChangeOrder ChangeOrderOf(const CArguments& arguments)
-{
-    RequirePlace(arguments, "changed documents");
-    MetadataChangeOrder order{.entries = {},
-                              .inPlace = arguments.Has("--in-place"),
-                              .breakSignatures = arguments.Has("--break-signatures")};
-    for (const auto& [option, key] : kEntryOptions)
-        if (arguments.Has(option)) AddEntry(order, key, arguments.Text(option));
-    for (const std::string& typed : arguments.All("--set")) {
-        const auto mark = typed.find('=');
-        if (mark == typed.npos) FailUsage("--set takes a field and its text, such as Client=Smith");
-        AddEntry(order, typed.substr(0, mark), typed.substr(mark + 1));
-    }
-    for (const std::string& key : arguments.All("--remove")) AddEntry(order, key, "");
-    if (order.entries.empty())
-        FailUsage("say what to change: --title, --subject, --author, --keywords, --set or --remove");
-    return order;
-}
-
-}  // namespace
-
-int MetadataSetCommand(const CArguments& arguments, const Screen& screen)
-{
-    WorkDescription work{
-        .kind = kMetadataChangeWork, .files = {}, .settings = LineOf(MetadataChangeJson(ChangeOrderOf(arguments)))};
-    RunDescription request = ReadPlaces(arguments, std::move(work), ReadInputs(arguments, "change"));
-    request.extensions = "pdf";
-    return RunAndReport(ReadRun(arguments, std::move(request)), arguments, screen);
 }
 
 }  // namespace cli

@@ -10,5 +10,6 @@ namespace cli {
 int MetadataShowCommand(const CArguments& arguments, const Screen& screen);
 int MetadataExportCommand(const CArguments& arguments, const Screen& screen);
 int MetadataSetCommand(const CArguments& arguments, const Screen& screen);
+int MetadataImportCommand(const CArguments& arguments, const Screen& screen);
 
 }  // namespace cli

@@ -104,24 +104,9 @@ std::vector<OptionRow> EntryOptions()
     return options;
 }
 
-}  // namespace
-
-CommandRow MetadataSetRow()
+/// What all commands have that change documents.
+void AddChangeSections(CommandRow& row)
 {
-    CommandRow row{
-        .name = "metadata set",
-        .summary = "change the metadata of documents",
-        .text =
-            "Gives each document the same title, author or other field, in its information and in its metadata "
-            "packet. Fields that are not named stay as they are, and a document that has them already is not "
-            "written. It is a run like that of a sequence: several processors, a record, --resume, and \"ferrule "
-            "undo\".",
-        .operands = DocumentOperands(),
-        .examples = {
-            {"What would change?", "ferrule metadata set contracts --author 'Smith & Co' --in-place --dry-run"},
-            {"In place, with a way back:",
-             "ferrule metadata set contracts --set Client=Smith --in-place --keep-originals kept"}}};
-    AddSection(row, "Fields", EntryOptions());
     AddSection(
         row, "Inputs and results",
         {OptionOfRun("--output", "Existing folder for the changed documents. A name that is taken gets a number."),
@@ -142,6 +127,76 @@ CommandRow MetadataSetRow()
                  .help = "Change signed and certified documents, too; their signatures are worthless then."},
                 OptionOfRun("--accept-damaged")});
     AddSection(row, "", ProgramOptions());
+}
+
+}  // namespace
+
+CommandRow MetadataSetRow()
+{
+    CommandRow row{
+        .name = "metadata set",
+        .summary = "change the metadata of documents",
+        .text =
+            "Gives each document the same title, author or other field, in its information and in its metadata "
+            "packet. Fields that are not named stay as they are, and a document that has them already is not "
+            "written. It is a run like that of a sequence: several processors, a record, --resume, and \"ferrule "
+            "undo\".",
+        .operands = DocumentOperands(),
+        .examples = {
+            {"What would change?", "ferrule metadata set contracts --author 'Smith & Co' --in-place --dry-run"},
+            {"In place, with a way back:",
+             "ferrule metadata set contracts --set Client=Smith --in-place --keep-originals kept"}}};
+    AddSection(row, "Fields", EntryOptions());
+    AddChangeSections(row);
+    return row;
+}
+
+CommandRow MetadataImportRow()
+{
+    CommandRow row{
+        .name = "metadata import",
+        .summary = "change the metadata of documents as a table says",
+        .text =
+            "Takes title, subject, author, keywords, creator and producer of each document from a table such as "
+            "\"ferrule metadata export\" writes and a spreadsheet program edits. Its first line names the fields; "
+            "one of them is \"Filename\". The exact path counts first, then one that differs in letter case; a name "
+            "without folder fits a document of that name. How many records fit is told before anything is changed; "
+            "one that fits several documents stops it.\n\n"
+            "Then it is a run like that of \"ferrule metadata set\".",
+        .operands = DocumentOperands(),
+        .examples = {
+            {"Edit the properties of a folder in a spreadsheet:", "ferrule metadata export contracts -o table.csv"},
+            {"", "ferrule metadata import contracts --table table.csv --in-place --keep-originals kept"}}};
+    AddSection(
+        row, "Table",
+        {{.name = "--table",
+          .kind = ValueKind::File,
+          .valueName = "FILE",
+          .help = "The table: values between commas, or between tabs when its name ends in .txt.",
+          .required = true},
+         {.name = "--fields",
+          .kind = ValueKind::Text,
+          .valueName = "LIST",
+          .help = "Further columns to take, separated by commas; each is the field of that name."},
+         {.name = "--clear-empty", .help = "Take a field away where the table has nothing; else it stays as it is."},
+         {.name = "--match",
+          .kind = ValueKind::Choice,
+          .valueName = "HOW",
+          .help = "Whether a Filename with a folder must be the whole path, or only its name counts.",
+          .fallback = "path",
+          .choices = {"path", "name"}},
+         {.name = "--separator",
+          .kind = ValueKind::Choice,
+          .valueName = "WHAT",
+          .help = "What stands between values; without it as the name of the table ends.",
+          .choices = {"comma", "semicolon", "tab"}},
+         {.name = "--encoding",
+          .kind = ValueKind::Choice,
+          .valueName = "SET",
+          .help = "The table's character set; auto: by its mark, else UTF-8 when it is that, else the code page.",
+          .fallback = "auto",
+          .choices = {"auto", "utf-8", "utf-16le", "utf-16be", "code-page"}}});
+    AddChangeSections(row);
     return row;
 }
 

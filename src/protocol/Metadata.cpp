@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/PdfDate.h"
+#include "base/Text.h"
 #include "base/Unicode.h"
 #include "protocol/Json.h"
 
@@ -47,18 +48,40 @@ std::optional<std::vector<std::string>> PropertiesFrom(const Json& findings)
 
 Json MetadataChangeJson(const MetadataChangeOrder& order)
 {
-    return {{"entries", order.entries}, {"inPlace", order.inPlace}, {"breakSignatures", order.breakSignatures}};
+    Json object = {
+        {"entries", order.entries}, {"inPlace", order.inPlace}, {"breakSignatures", order.breakSignatures}};
+    for (const auto& [path, entries] : order.ofDocuments) object["ofDocuments"][TextFromBytes(path)] = entries;
+    return object;
 }
 
-Expected<MetadataChangeOrder> MetadataChangeFrom(const Json& object)
+namespace {
+
+/// Fails with a sentence for an entry that cannot be written as asked.
+Expected<std::map<std::string, std::string>> EntriesFrom(const Json& object)
 {
-    MetadataChangeOrder order{
-        .entries = {}, .inPlace = FlagAt(object, "inPlace"), .breakSignatures = FlagAt(object, "breakSignatures")};
-    for (const auto& [key, value] : ObjectAt(object, "entries").items()) {
+    std::map<std::string, std::string> entries;
+    for (const auto& [key, value] : object.items()) {
         if (std::string problem = KeyProblem(key); !problem.empty()) return Failure(std::move(problem));
         auto text = EntryText(key, value.is_string() ? value.get<std::string>() : std::string());
         if (!text) return Failure(text.Error());
-        order.entries.emplace(key, std::move(*text));
+        entries.emplace(key, std::move(*text));
+    }
+    return entries;
+}
+
+}  // namespace
+
+Expected<MetadataChangeOrder> MetadataChangeFrom(const Json& object)
+{
+    MetadataChangeOrder order{.inPlace = FlagAt(object, "inPlace"),
+                              .breakSignatures = FlagAt(object, "breakSignatures")};
+    auto entries = EntriesFrom(ObjectAt(object, "entries"));
+    if (!entries) return Failure(entries.Error());
+    order.entries = std::move(*entries);
+    for (const auto& [path, value] : ObjectAt(object, "ofDocuments").items()) {
+        auto own = EntriesFrom(value.is_object() ? value : Json::object());
+        if (!own) return Failure(own.Error());
+        order.ofDocuments.emplace(BytesFromText(path), std::move(*own));
     }
     return order;
 }

@@ -40,8 +40,10 @@ inline constexpr char kCannotOpenDocument[] = "Cannot open file";
 /// What is to be changed in each document.
 struct MetadataChangeOrder {
     std::map<std::string, std::string> entries = {};  ///< by key; UTF-8, an empty text takes the entry away
-    bool inPlace = false;                             ///< results replace their inputs; else they go into a folder
-    bool breakSignatures = false;                     ///< signed documents are changed, too
+    /// Those of single documents, by their paths; they come before those of all.
+    std::map<std::string, std::map<std::string, std::string>> ofDocuments = {};
+    bool inPlace = false;          ///< results replace their inputs; else they go into a folder
+    bool breakSignatures = false;  ///< signed documents are changed, too
 };
 inline constexpr char kMetadataChangeWork[] = "metadata change";
 

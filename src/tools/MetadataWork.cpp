@@ -14,7 +14,7 @@ CMetadataWork::CMetadataWork(MetadataChangeOrder order)
 
 std::string CMetadataWork::Load(CLogWriter& log)
 {
-    if (!m_order.entries.empty()) return {};
+    if (!m_order.entries.empty() || !m_order.ofDocuments.empty()) return {};
     const std::string problem = "There is no field to change.";
     log.NameValue("The change of metadata is rejected", problem, 1);
     return problem;
@@ -23,8 +23,11 @@ std::string CMetadataWork::Load(CLogWriter& log)
 Expected<CChangingWork::Applied> CMetadataWork::Apply(CAcrobatDoc& document, ProcessedFile& file) const
 {
     if (!document.MayModify()) return Failure("Its restrictions forbid changes; open it with the owner password.");
+    std::map<std::string, std::string> entries = m_order.entries;
+    if (const auto own = m_order.ofDocuments.find(file.path); own != m_order.ofDocuments.end())
+        for (const auto& [key, text] : own->second) entries[key] = text;
     std::vector<PropertyChange> changes;
-    for (const auto& [key, text] : m_order.entries) {
+    for (const auto& [key, text] : entries) {
         const std::string before = InfoEntry(document.Document(), key);
         if (before == text) continue;
         SetInfoEntry(document.Document(), key, text);

@@ -99,6 +99,37 @@ class Metadata(unittest.TestCase):
         self.place.expect(0, "undo", self.place.root / "record")
         self.assertEqual(sha256(document), before)
 
+    def test_a_table_comes_back_as_it_was_edited_or_not_at_all(self):
+        names = ("a.pdf", "sub/a.pdf", "\u00fc b.pdf")
+        for name in names:
+            path = self.place.input / name
+            path.parent.mkdir(exist_ok=True)
+            path.write_bytes(pdf_of_pages([("/MediaBox[0 0 9 9]", "")], {"Title": name, "Subject": "kept"}))
+        (self.place.input / "broken.pdf").write_bytes(b"no document")
+        self.table("csv", self.place.input, code=3)
+        table = self.place.root / "table.csv"
+        head, *rows = self.rows(table.read_bytes(), "csv")
+        self.assertEqual(len(rows), 4)
+        wanted = {}
+        for row in rows:
+            if row[1] != "Cannot open file":
+                row[1], row[2] = f'{row[1]}, "new"\n\u6f22', ""
+                wanted[row[0]] = (row[1], "kept")
+        words = ["metadata", "import", self.place.input, "--table", table, "--in-place", "--keep-originals", self.place.root / "kept"]
+        state = {path: sha256(path) for path in self.place.input.rglob("*.pdf")}
+        with table.open("w", newline="", encoding="utf-16") as stream:
+            csv.writer(stream).writerows([head, *rows, ["a.pdf", "both"]])
+        self.assertIn("names several documents", self.place.expect(1, *words).errors)
+        with table.open("w", newline="", encoding="utf-16") as stream:
+            csv.writer(stream).writerows([head, *rows, ["gone.pdf", "nobody"]])
+        self.assertIn("5 records for 3 of 4 documents, 1 for none", self.place.expect(0, *words, "--dry-run").errors)
+        self.assertEqual({path: sha256(path) for path in state}, state)
+        self.place.expect(0, *words, "--record", self.place.root / "record")
+        shown = map(json.loads, self.place.expect(3, "metadata", "show", self.place.input, "--json").output.splitlines())
+        self.assertEqual({row["Filename"]: (row["Title"], row["Subject"]) for row in shown}, wanted)
+        self.place.expect(0, "undo", self.place.root / "record")
+        self.assertEqual({path: sha256(path) for path in state}, state)
+
     def test_what_independent_readers_say(self):
         if not CORPUS.is_dir():
             self.skipTest("no corpus")

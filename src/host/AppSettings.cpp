@@ -1,5 +1,6 @@
 #include "host/AppSettings.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -42,6 +43,9 @@ namespace {
 
 constexpr char kAllowLogging[] = "AllowLogging";
 constexpr char kPasswordTool[] = "PasswordProtectFiles";
+constexpr char kMetadataTool[] = "EditMetadata";
+constexpr char kColumnWidths[] = "ColumnWidths";
+constexpr int kLeastWidth = 1, kMostWidth = 1000;  // characters
 
 bool MayBeReplaced(SettingsFileState state)
 {
@@ -66,6 +70,9 @@ AppSettings LoadAppSettings(const std::string& path)
     const CSettingsRecord* tool = file.record.Record(kPasswordTool);
     const CSettingsRecord* security = tool != nullptr ? tool->Record(kSecuritySettingsKey) : nullptr;
     if (security != nullptr) settings.passwordTool = ReadSecuritySettings(*security);
+    if (const CSettingsRecord* metadata = file.record.Record(kMetadataTool))
+        for (const auto& [column, width] : ReadMap(*metadata, kColumnWidths))
+            settings.metadataWidths[column] = std::clamp(ParseDecimal(width), kLeastWidth, kMostWidth);
     return settings;
 }
 
@@ -77,6 +84,11 @@ bool SaveAppSettings(const std::string& path, const AppSettings& settings, CLogW
     CSettingsRecord tool;
     tool.PutRecord(kSecuritySettingsKey, WriteSecuritySettings(settings.passwordTool));
     file.record.PutRecord(kPasswordTool, std::move(tool));
+    TextPairs widths;
+    for (const auto& [column, width] : settings.metadataWidths) widths.emplace_back(column, std::to_string(width));
+    CSettingsRecord metadata;
+    PutMap(metadata, kColumnWidths, widths);
+    if (!widths.empty()) file.record.PutRecord(kMetadataTool, std::move(metadata));
     file.record.PutBool(kAllowLogging, settings.allowLogging);
     const platform::FileResult written = WriteSettingsFile(path, file.record);
     return written.Ok() || NotSaved(log, platform::ErrorText(written.errorNumber));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "commands/SecuritySettings.h"
@@ -28,7 +29,8 @@ class CLogWriter;
 
 struct AppSettings {
     bool allowLogging = true;
-    SecuritySettings passwordTool;  // last settings of the tool that protects many documents
+    SecuritySettings passwordTool;              // last settings of the tool that protects many documents
+    std::map<std::string, int> metadataWidths;  // of columns by their names, in characters
 };
 
 /// The defaults when there is no settings file or it cannot be read.

@@ -9,6 +9,7 @@
 #include "hostcalls/HostFrame.h"
 #include "hostcalls/Menus.h"
 #include "platform/Paths.h"
+#include "tools/EditMetadataTool.h"
 #include "tools/ExportMetadataTool.h"
 #include "tools/PasswordProtectTool.h"
 
@@ -55,6 +56,11 @@ void ProtectDocuments(const DialogServices& dialogs)
 
 void ExportDocumentMetadata(const DialogServices& dialogs) { ExportMetadata(dialogs, services->log); }
 
+void EditDocumentMetadata(const DialogServices& dialogs)
+{
+    EditMetadata(dialogs, services->settings->metadataWidths, services->log);
+}
+
 void NotAvailable(const DialogServices&) { AlertNote("This tool is not available in this version of Ferrule."); }
 
 struct ToolItem {
@@ -66,7 +72,7 @@ struct ToolItem {
 constexpr ToolItem kCreateBatchFile = {"&Create Batch File...", "QLNX:Ferrule", CreateBatchFile};
 constexpr ToolItem kToolItems[] = {
     {"&Password Protect Multiple Documents...", "QLNX:FerrulePasswordProtect", ProtectDocuments},
-    {"&Edit Metadata For Multiple Documents...", "QLNX:FerruleEditMetadata", NotAvailable},
+    {"&Edit Metadata For Multiple Documents...", "QLNX:FerruleEditMetadata", EditDocumentMetadata},
     {"E&xport Metadata and Document Properties For Multiple Documents...", "QLNX:FerruleExportMetadata",
      ExportDocumentMetadata},
     {"&Rename PDF Files...", "QLNX:FerruleAutoRename", NotAvailable},

@@ -37,6 +37,7 @@ public:
     std::size_t Columns() const { return m_columns.size(); }
     const CSpreadsheetColumn& Column(std::size_t column) const { return m_columns.at(column); }
     void SetWidth(std::size_t column, int characters) { m_columns.at(column).width = characters; }
+    void MakeEditable(std::size_t column) { m_columns.at(column).editable = true; }
     [[nodiscard]] std::optional<std::size_t> ColumnNamed(std::string_view name) const;
 
     /// Cells that are missing are empty, those beyond the columns are dropped.

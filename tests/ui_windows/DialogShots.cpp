@@ -6,8 +6,12 @@
 #include "commands/DlgTextSearchWithRule.h"
 #include "common/ErrorReport.h"
 #include "host/ToolMenu.h"
+#include "protocol/Metadata.h"
 #include "tools/DlgAddFiles.h"
+#include "tools/DlgAddMetadataFields.h"
+#include "tools/DlgMetadataLoadOptions.h"
 #include "tools/DlgReviewNames.h"
+#include "tools/DlgSpreadsheet.h"
 #include "ui/DlgAddRegExpElement.h"
 #include "ui/DlgErrorReport.h"
 
@@ -40,6 +44,60 @@ void ShowAddFiles(CWindows& windows)
     for (const char* name : {"Letter.pdf", "Invoice 2024-117.pdf", "Annual report, twelve pages.pdf"})
         dialog.Add(std::string("~/Documents/") + name);
     (void)dialog.Show();
+}
+
+/// Documents that are nowhere but in a picture.
+class CShownDocuments final : public CMetadataDocuments {
+public:
+    Expected<std::vector<std::string>> Read(const std::string& path, const std::vector<std::string>& keys) override
+    {
+        std::vector<std::string> texts = {path,     "Invoice",         "",   "Miller & Sons", "",
+                                          "Writer", "LibreOffice 7.4", "1.7"};
+        texts.resize(kPropertyColumns.size() + keys.size());
+        return texts;
+    }
+    Expected<std::string> Write(const std::string&, const std::map<std::string, std::string>&) override
+    {
+        return std::string();
+    }
+};
+
+void ShowEditMetadata(CWindows& windows)
+{
+    CShownDocuments documents;
+    CMetadataTable table(documents);
+    CSilentProgress progress;
+    CErrorReport report;
+    std::vector<std::string> paths;
+    for (int number = 101; number < 115; ++number)
+        paths.push_back("~/Invoices/Invoice 2024-" + std::to_string(number) + ".pdf");
+    (void)table.Load(paths, progress, report);
+    (void)table.Model().Change(
+        {{{1, 1}, "Invoice 2024-102"}, {{2, 1}, "Invoice 2024-103"}, {{2, 4}, "printing, paper"}});
+    CDlgSpreadsheet dialog(Services(windows), table);
+    DialogForm form = dialog.Describe();
+    form.buttons.back().what =
+        Button{"Cancel", [] { return FormAnswer::Cancel; }, ButtonRole::Cancel};  // asks nothing
+    (void)windows.Show(form);
+}
+
+void ShowAddFields(CWindows& windows)
+{
+    CDlgAddMetadataFields dialog(Services(windows));
+    (void)dialog.Show();
+}
+
+void ShowLoadOptions(CWindows& windows)
+{
+    CDlgMetadataLoadOptions dialog(Services(windows), ',');
+    (void)dialog.Show();
+}
+
+void ShowReplaceInCells(CWindows& windows)
+{
+    CGridModel model({{"Title", true}});
+    CGridRows rows(model);
+    CDlgReplaceInCells(Services(windows), rows).Show();
 }
 
 void ShowReviewNames(CWindows& windows)
@@ -147,6 +205,10 @@ std::vector<Shot> DialogShots()
     return {{"CreateBatchFile", ShowBatchFile},
             {"AddFiles", ShowAddFiles},
             {"ReviewNames", ShowReviewNames},
+            {"EditMetadata", ShowEditMetadata},
+            {"AddMetadataFields", ShowAddFields},
+            {"MetadataLoadOptions", ShowLoadOptions},
+            {"ReplaceInCells", ShowReplaceInCells},
             {"SecuritySettings", ShowSecurity},
             {"PasswordTable", ShowPasswordTable},
             {"ErrorReport", ShowErrorReport},

@@ -186,7 +186,9 @@ public:
         const GridCell cursor = m_rows.Cursor();
         const int row = static_cast<int>(cursor.row), column = static_cast<int>(cursor.column);
         const bool moved = row != m_grid->GetGridCursorRow() || column != m_grid->GetGridCursorCol();
-        if (moved && m_rows.Size() > 0) m_grid->GoToCell(row, column);
+        if (moved && m_rows.Size() > 0) m_grid->SetGridCursor(row, column);
+        // Before it is shown it has no room, and would be scrolled to its last column.
+        if (moved && m_rows.Size() > 0 && m_grid->IsShownOnScreen()) m_grid->MakeCellVisible(row, column);
         if (Selected() != m_rows.Selection()) Select();
         m_grid->ForceRefresh();
         NameCell();

@@ -3,12 +3,13 @@ import functools
 import hashlib
 import json
 import os
+import re
 import signal
 import subprocess
 from pathlib import Path
 
 from unattended import (PROTECT, SAVE, VARIABLES, Workplace, from_environment, minimal_pdf, page_count, protect_items,
-                        save_items)
+                        save_items, tool)
 
 # Whoever started the tests may ignore interrupts; the programs under test are to get those that are sent to them.
 signal.signal(signal.SIGINT, signal.default_int_handler)
@@ -103,6 +104,17 @@ def is_whole(path):
 def _is_protected(content, path):
     """Asked once for each content: it takes two starts of an independent tool."""
     return content.rstrip().endswith(b"%%EOF") and page_count(path, PASSWORD) is not None and page_count(path) is None
+
+
+def has_title(path, title):
+    """A whole document with this title."""
+    return _has_title(Path(path).read_bytes(), str(path), title)
+
+
+@functools.lru_cache(maxsize=4096)
+def _has_title(content, path, title):
+    return content.rstrip().endswith(b"%%EOF") and re.search(rf"^Title: +{title}\nPages: ".encode(), b"\n".join(
+        line for line in tool("pdfinfo", path)[1].split(b"\n") if line.startswith((b"Title:", b"Pages:"))), re.M) is not None
 
 
 def temporaries(root):

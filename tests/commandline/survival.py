@@ -4,15 +4,16 @@ import shutil
 import time
 from pathlib import Path
 
-from commandline import FINAL_ACTIONS, CommandPlace, documents, is_protected, is_whole, records, sha256, temporaries
+from commandline import FINAL_ACTIONS, CommandPlace, documents, has_title, is_protected, is_whole, records, sha256, temporaries
 
+TITLE = "A new title"
 NAMES = ("a.pdf", "sub/a.pdf", "b ü.pdf")
 
 
 class Scene:
     """A folder of inputs, a way of processing it, and the state it may be in.
 
-    `final` is a final action's code, or None for saving in place."""
+    `final` is a final action's code, None for saving in place, or "metadata" for changing titles in place."""
 
     def __init__(self, final, names=NAMES, jobs=1, place=CommandPlace):
         self.final, self.jobs = final, jobs
@@ -21,7 +22,8 @@ class Scene:
         if final in (2, 6):  # what refuses a taken name, or replaces it, needs names of their own
             names = [f"{number} {Path(name).name}" for number, name in enumerate(names)]
         self.place = place()
-        self.in_place = final is None
+        self.titles = final == "metadata"
+        self.in_place = final is None or self.titles
         self.originals = documents(self.place, names)
         self.record = self.place.root / "record.jsonl"
         self.started = self.place.root / "started"
@@ -38,6 +40,8 @@ class Scene:
         self.place.close()
 
     def arguments(self, *more):
+        if self.titles:
+            return ["metadata", "set", self.place.input, "--title", TITLE, "--in-place", "--jobs", self.jobs, "--record", self.record, "--quiet", *more]
         words = ["run", self.sequence, "--input", self.place.input, "--jobs", self.jobs, "--record", self.record, "--quiet"]
         if not self.in_place:
             words += ["--output", self.place.output, "--final-action", FINAL_ACTIONS[self.final]]
@@ -56,6 +60,9 @@ class Scene:
             program.chmod(0o755)
         return program
 
+    def is_result(self, path):
+        return has_title(path, TITLE) if self.titles else is_protected(path)
+
     # ---- what must hold at any time
 
     def complaints_at_any_time(self):
@@ -65,10 +72,10 @@ class Scene:
             if not self._content_is_safe(path, original):
                 wrong.append(f"{path.relative_to(self.place.root)}: its content is lost")
         for path in self._visible():
-            if path.read_bytes() in {*self.originals.values(), *self.existing.values()} or is_protected(path):
+            if path.read_bytes() in {*self.originals.values(), *self.existing.values()} or self.is_result(path):
                 continue
             if not (path in self._incomplete_results() and is_whole(path)):
-                wrong.append(f"{path.relative_to(self.place.root)}: not a protected document")
+                wrong.append(f"{path.relative_to(self.place.root)}: not a whole result")
         return wrong
 
     def _incomplete_results(self):
@@ -84,7 +91,7 @@ class Scene:
 
     def _content_is_safe(self, path, original):
         if self.in_place:
-            return path.is_file() and (path.read_bytes() == original or is_protected(path))
+            return path.is_file() and (path.read_bytes() == original or self.is_result(path))
         if any(each.read_bytes() == original for each in self._visible()):
             return True
         return self.final == 3 and len(self._outputs()) > 0 and all(map(is_whole, self._outputs()))
@@ -101,7 +108,7 @@ class Scene:
         if names != undisturbed:
             wrong.append(f"names: {sorted(undisturbed - names)} are missing, {sorted(names - undisturbed)} too many")
         results = list(self.originals) if self.in_place else self._outputs()
-        wrong += [f"{path}: not protected" for path in results if not is_protected(path)]
+        wrong += [f"{path}: not processed" for path in results if not self.is_result(path)]
         wrong += [f"left over: {path}" for path in temporaries(self.place.root)]
         for path, content in self.existing.items():
             if self.final in (7, 8) and path.read_bytes() != content:

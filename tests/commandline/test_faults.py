@@ -15,7 +15,7 @@ STEP = int(os.environ.get("FERRULE_FAULT_STEP", "1"))
 # What each kind of call may plausibly fail with; the process dies at each of them as well.
 PLAUSIBLE = {"open": ["EACCES", "EMFILE"], "create": ["ENOSPC"], "write": ["ENOSPC", "EIO"], "fsync": ["EIO"],
              "rename": ["EACCES"], "link": ["EACCES"], "unlink": ["EACCES"], "mkdir": ["ENOSPC"]}
-FINAL_ACTIONS = (None, 1, 2, 3, 4, 5, 6, 7, 8)  # None: saved in place
+FINAL_ACTIONS = (None, "metadata", 1, 2, 3, 4, 5, 6, 7, 8)  # None: saved in place
 
 
 def errors_for(call):

@@ -10,7 +10,7 @@ from commandline import CommandPlace
 from survival import Scene, preserve, undisturbed_names, wait_for_starts
 
 KILLS = int(os.environ.get("FERRULE_KILLS", "200"))
-SCENES = (None, 1, 2, 3, 5, 6, 7, 8)
+SCENES = (None, "metadata", 1, 2, 3, 5, 6, 7, 8)
 PLACE = CommandPlace  # where the runs take place; tests of another system put theirs here
 NAMES = [f"{folder}file {number}.pdf" for folder in ("", "sub/") for number in range(15)]
 

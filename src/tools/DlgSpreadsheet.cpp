@@ -84,8 +84,6 @@ DialogForm CDlgSpreadsheet::Describe()
                    .pasted = [this](const PasteResult& result) { Pasted(result); },
                    .lines = 18,
                    .width = 130};
-    FormControl apply = PlainButton("&Apply", &CDlgSpreadsheet::Apply);
-    apply.enabled = [this] { return m_table.Model().ChangedCells() > 0; };
     return {.title = "Edit Metadata",
             .controls = {{.what = StaticText{.text = "", .bold = true, .current = [this] { return Heading(); }},
                           .id = "heading"},
@@ -98,7 +96,8 @@ DialogForm CDlgSpreadsheet::Describe()
                                             m_services.showHelp("EditMetadata.htm");
                                             return FormAnswer::StayOpen;
                                         }}},
-                        std::move(apply),
+                        // Also while nothing is changed: a cell that is being edited counts when it is pressed.
+                        PlainButton("&Apply", &CDlgSpreadsheet::Apply),
                         {.what = Button{"Cancel", [this] { return Close(); }, ButtonRole::Cancel}}},
             .focus = "cells"};
 }
@@ -212,6 +211,7 @@ void CDlgSpreadsheet::Export()
 void CDlgSpreadsheet::Apply()
 {
     const std::size_t wanted = m_table.Model().ChangedRows().size();
+    if (wanted == 0) return m_said.clear();
     CErrorReport report;
     CCustomMonitor progress;
     progress.Start([this] { return m_services.windows.MakeProgress(); });

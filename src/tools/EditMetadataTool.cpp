@@ -84,7 +84,8 @@ void EditMetadata(const DialogServices& dialogs, std::map<std::string, int>& wid
         if (!table.Load(files, progress, report)) return;
     }
     if (!report.Empty())
-        CDlgErrorReport(dialogs, report, "Processing Results", "These documents cannot be opened and are not in the table.")
+        CDlgErrorReport(dialogs, report, "Processing Results",
+                        "These documents cannot be opened and are not in the table.")
             .Show();
     if (table.Model().Rows() == 0) return;
     CDlgSpreadsheet(dialogs, table).Show();

@@ -293,33 +293,39 @@ TEST_F(GridRenderer, ShowsTenThousandRowsAtOnceAndFollowsTheModel)
     (void)m_rows.Edit(1, 1, "two\r\nlines \x01");
     CPlay play;
     const wxLongLong start = wxGetUTCTimeMillis();
-    EXPECT_FALSE(play.Show(m_form,
-                           {[&](CFormDialog& dialog) {
-                                EXPECT_LT(wxGetUTCTimeMillis() - start, 1000);
-                                wxGrid& grid = Grid(dialog);
-                                EXPECT_EQ(grid.GetNumberRows(), 10'000);
-                                EXPECT_EQ(Typed(grid.GetCellValue(1, 1)), "two⏎lines ␁");
-                                EXPECT_TRUE(grid.IsReadOnly(0, 0));
-                                EXPECT_FALSE(grid.IsReadOnly(0, 1));
-                                grid.GetTable()->SetValue(1, 1, grid.GetCellValue(1, 1));
-                                EXPECT_EQ(m_rows.Text(1, 1), "two\r\nlines \x01")
-                                    << "what nobody changed stays as it is";
-                                grid.GetTable()->SetValue(2, 1, wxString::FromUTF8("a⏎b"));
-                                EXPECT_EQ(m_rows.Text(2, 1), "a\nb");
-                                grid.SelectBlock(5, 0, 6, 1);
-                                m_rows.Filter({.text = "99"});
-                                Press(dialog, "Find");
-                                EXPECT_EQ(grid.GetNumberRows(), static_cast<int>(m_rows.Size()));
-                                m_rows.Filter({});
-                                m_model.AddColumn({"More", true}, {});
-                            },
-                            [&](CFormDialog& dialog) {
-                                Press(dialog, "Find");
-                                EXPECT_EQ(Grid(dialog).GetNumberRows(), 10'000);
-                                EXPECT_EQ(Grid(dialog).GetNumberCols(), 3);
-                                Grid(dialog).GoToCell(9'999, 2);
-                            }},
-                           false));
+    EXPECT_FALSE(
+        play.Show(m_form,
+                  {[&](CFormDialog& dialog) {
+                       EXPECT_LT(wxGetUTCTimeMillis() - start, 1000);
+                       wxGrid& grid = Grid(dialog);
+                       EXPECT_EQ(grid.GetNumberRows(), 10'000);
+                       EXPECT_EQ(Typed(grid.GetCellValue(1, 1)), "two⏎lines ␁");
+                       EXPECT_TRUE(grid.IsReadOnly(0, 0));
+                       EXPECT_FALSE(grid.IsReadOnly(0, 1));
+                       grid.GetTable()->SetValue(1, 1, grid.GetCellValue(1, 1));
+                       EXPECT_EQ(m_rows.Text(1, 1), "two\r\nlines \x01") << "what nobody changed stays as it is";
+                       grid.GetTable()->SetValue(2, 1, wxString::FromUTF8("a⏎b"));
+                       EXPECT_EQ(m_rows.Text(2, 1), "a\nb");
+                       grid.SelectBlock(5, 0, 6, 1);
+                       m_rows.Filter({.text = "99"});
+                       Press(dialog, "Find");
+                       EXPECT_EQ(grid.GetNumberRows(), static_cast<int>(m_rows.Size()));
+                       m_rows.Filter({});
+                       m_model.AddColumn({"More", true}, {});
+                   },
+                   [&](CFormDialog& dialog) {
+                       Press(dialog, "Find");
+                       EXPECT_EQ(Grid(dialog).GetNumberRows(), 10'000);
+                       EXPECT_EQ(Grid(dialog).GetNumberCols(), 3);
+                       Grid(dialog).GoToCell(9'999, 2);
+                       Grid(dialog).EnableCellEditControl();
+                       for (wxWindow* const child : Grid(dialog).GetGridWindow()->GetChildren())
+                           if (auto* const field = dynamic_cast<wxTextCtrl*>(child); field && field->IsShown())
+                               field->SetValue("under way");
+                       Press(dialog, "Find");
+                       EXPECT_EQ(m_model.Cell({9'999, 2}), "under way") << "what is being edited counts";
+                   }},
+                  false));
     EXPECT_EQ(m_rows.Cursor(), (GridCell{9'999, 2}));
 }
 

@@ -77,6 +77,21 @@ std::size_t CharacterLength(std::string_view bytes)
     return Decode(bytes, character);
 }
 
+std::size_t GraphemeLength(std::string_view bytes)
+{
+    std::size_t end = 0;
+    auto last = static_cast<utf8proc_int32_t>(NextUtf8(bytes, end));
+    utf8proc_int32_t state = 0;
+    while (end < bytes.size()) {
+        std::size_t behind = end;
+        const auto next = static_cast<utf8proc_int32_t>(NextUtf8(bytes, behind));
+        if (utf8proc_grapheme_break_stateful(last, next, &state)) break;
+        last = next;
+        end = behind;
+    }
+    return end;
+}
+
 void AppendUtf8(std::string& utf8, char32_t c)
 {
     utf8proc_uint8_t bytes[kLongestCharacter];

@@ -13,6 +13,9 @@ inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 bool IsValidUtf8(std::string_view bytes);
 /// Bytes of the valid UTF-8 character at the beginning of text that is not empty; 0 when there is none.
 [[nodiscard]] std::size_t CharacterLength(std::string_view bytes);
+/// Bytes of what people take for one character at the beginning of text that is not empty: a letter with its marks, a
+/// family of emoji, or one malformed sequence.
+[[nodiscard]] std::size_t GraphemeLength(std::string_view bytes);
 
 /// Reads the character at `position` and moves behind it; U+FFFD for a malformed sequence (and `*valid` false).
 /// `position` must be below the size.

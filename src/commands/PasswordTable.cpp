@@ -4,32 +4,16 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
+#include "common/PairLine.h"
 
 namespace {
-
-std::size_t SeparatorOf(std::string_view line)
-{
-    bool quoted = false;
-    for (std::size_t place = 0; place < line.size(); ++place) {
-        if (line[place] == '"') quoted = !quoted;
-        if (line[place] == ',' && !quoted) return place;
-    }
-    return std::string_view::npos;
-}
-
-std::string WithoutQuotes(std::string name)
-{
-    const bool quoted = name.size() > 1 && name.front() == '"' && name.back() == '"';
-    return quoted ? name.substr(1, name.size() - 2) : name;
-}
 
 /// Why the line is none; else it is added.
 std::string AddLine(std::string_view line, std::map<std::string, std::string>& known, TextPairs& table)
 {
-    const std::size_t comma = SeparatorOf(line);
-    if (comma == std::string_view::npos) return "has no comma between the name of a file and its password";
-    const std::string name = WithoutQuotes(Trim(line.substr(0, comma)));
-    const std::string password = TrimLeft(line.substr(comma + 1));
+    const auto pair = ReadPairLine(line);
+    if (!pair) return "has no comma between the name of a file and its password";
+    const auto& [name, password] = *pair;
     if (name.empty()) return "has no name of a file in front of the comma";
     if (Trim(password).empty()) return "has no password behind the comma";
     const auto [place, isNew] = known.emplace(LowerCasedName(name), password);
@@ -59,9 +43,6 @@ Expected<TextPairs> PasswordTableFromText(std::string_view text)
 std::string PasswordTableText(const TextPairs& table)
 {
     std::string text;
-    for (const auto& [name, password] : table) {
-        const bool quotes = name.find(',') != std::string::npos;
-        text += (quotes ? '"' + name + '"' : name) + ", " + password + '\n';
-    }
+    for (const auto& [name, password] : table) text += PairLineText(name, password) + '\n';
     return text;
 }

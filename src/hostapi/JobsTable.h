@@ -10,7 +10,7 @@
 
 #define HOST_TABLE_JOBS "FerruleJobs"
 /* The first version had the slots 1 to 3 only, the second those to 10, the third those to 11, the fourth those to 12,
- * the fifth those to 13, the sixth those to 14. */
+ * the fifth those to 13, the sixth those to 14, the seventh those to 15. */
 enum {
     kTableJobsFirstVersion = 0x00010000,
     kTableJobsSecondVersion = 0x00010001,
@@ -18,8 +18,9 @@ enum {
     kTableJobsFourthVersion = 0x00010003,
     kTableJobsFifthVersion = 0x00010004,
     kTableJobsSixthVersion = 0x00010005,
-    kTableJobsVersion = 0x00010006,
-    kTableJobsSelectors = 15
+    kTableJobsSeventhVersion = 0x00010006,
+    kTableJobsVersion = 0x00010007,
+    kTableJobsSelectors = 18
 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
@@ -151,10 +152,31 @@ enum { kSlotJobsFileFound = 13 };
 typedef void(HOSTCALL *JobsCopyingSlotProc)(ASInt32 begins);
 enum { kSlotJobsCopying = 14 };
 
-/* Whether saving the document anew would make signatures in it, a certification or usage rights worthless: 1, or 0. -1 when
- * `document` is none of the host's, or when nobody can tell.
+/* Whether saving the document anew would make signatures in it, a certification or usage rights worthless: not 0, or 0. -1
+ * when `document` is none of the host's, or when nobody can tell. From the eighth version on it is 2 when also a change of
+ * its properties that is appended to the file would do so.
  * document  open, as the host gave it */
 typedef ASInt32(HOSTCALL *JobsDocumentSignedSlotProc)(PDDoc document);
 enum { kSlotJobsDocumentSigned = 15 };
+
+/* The next save of the document, and that one only, is appended to the bytes of its file, whatever its flags and its target
+ * are: the written file is the old one with the changed properties behind it.
+ * document  open, as the host gave it
+ * only      not 0: where that is not possible the save fails; 0: the whole document is written then */
+typedef void(HOSTCALL *JobsNextSaveAppendsSlotProc)(PDDoc document, ASInt32 only);
+enum { kSlotJobsNextSaveAppends = 16 };
+
+/* Why a change of the document's properties cannot be appended to its file: one clause, UTF-8, as "its file was repaired".
+ * Empty when nothing stands against it; null when `document` is none of the host's, or when nobody can tell. The text is the
+ * host's and stays valid until the next call of this slot.
+ * document  open, as the host gave it */
+typedef const char *(HOSTCALL *JobsAppendObstacleSlotProc)(PDDoc document);
+enum { kSlotJobsAppendObstacle = 17 };
+
+/* Why the document's last save wrote all of it: one clause, UTF-8; empty when it appended. Null when it was not saved yet or is
+ * none of the host's. The text is the host's and stays valid until the document is saved again or closed.
+ * document  open, as the host gave it */
+typedef const char *(HOSTCALL *JobsWrittenWholeSlotProc)(PDDoc document);
+enum { kSlotJobsWrittenWhole = 18 };
 
 #endif

@@ -18,6 +18,8 @@ bool HasCopyingSlot() { return HostTables().Version(HostTable::FerruleJobs) > kT
 
 bool HasSignedSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsSixthVersion; }
 
+bool HasAppendSlots() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsSeventhVersion; }
+
 template <class Call>
 void Tell(bool possible, Call call) noexcept
 {
@@ -94,6 +96,41 @@ std::optional<bool> JobDocumentSigned(PDDoc document) noexcept
     int answer = -1;
     Tell(HasSignedSlot(), [&] { answer = HostCall(HOST_SLOT(FerruleJobs, JobsDocumentSigned), document); });
     return answer < 0 ? std::nullopt : std::optional(answer != 0);
+}
+
+std::optional<bool> JobDocumentCertified(PDDoc document) noexcept
+{
+    int answer = -1;
+    Tell(HasAppendSlots(), [&] { answer = HostCall(HOST_SLOT(FerruleJobs, JobsDocumentSigned), document); });
+    return answer < 0 ? std::nullopt : std::optional(answer > 1);
+}
+
+bool JobNextSaveAppends(PDDoc document, bool only) noexcept
+{
+    bool told = false;
+    Tell(HasAppendSlots(), [&] {
+        HostCall(HOST_SLOT(FerruleJobs, JobsNextSaveAppends), document, only ? 1 : 0);
+        told = true;
+    });
+    return told;
+}
+
+std::optional<std::string> JobAppendObstacle(PDDoc document) noexcept
+{
+    std::optional<std::string> obstacle;
+    Tell(HasAppendSlots(), [&] {
+        if (const char* text = HostCall(HOST_SLOT(FerruleJobs, JobsAppendObstacle), document)) obstacle = text;
+    });
+    return obstacle;
+}
+
+std::optional<std::string> JobWrittenWhole(PDDoc document) noexcept
+{
+    std::optional<std::string> reason;
+    Tell(HasAppendSlots(), [&] {
+        if (const char* text = HostCall(HOST_SLOT(FerruleJobs, JobsWrittenWhole), document)) reason = text;
+    });
+    return reason;
 }
 
 void JobNextSaveIsNew(PDDoc document) noexcept

@@ -39,6 +39,22 @@ struct HostJobInput {
 /// Whether saving the document anew makes signatures in it worthless; nothing when the host does not tell.
 [[nodiscard]] std::optional<bool> JobDocumentSigned(PDDoc document) noexcept;
 
+/// Whether also a change of the document's properties that is appended to its file makes signatures in it worthless;
+/// nothing when the host does not tell.
+[[nodiscard]] std::optional<bool> JobDocumentCertified(PDDoc document) noexcept;
+
+/// The next save of the document is appended to the bytes of its file, whatever its flags and its target are. `only`:
+/// it fails where that is not possible; else the whole document is written then. Answers whether the host knows how.
+[[nodiscard]] bool JobNextSaveAppends(PDDoc document, bool only) noexcept;
+
+/// Why a change of the document's properties cannot be appended to its file: a clause like "its file was repaired",
+/// UTF-8, empty when nothing stands against it; nothing when the host does not tell.
+[[nodiscard]] std::optional<std::string> JobAppendObstacle(PDDoc document) noexcept;
+
+/// Why the document's last save wrote all of it: a clause, UTF-8, empty when it appended; nothing when it was not
+/// saved yet, or when the host does not tell.
+[[nodiscard]] std::optional<std::string> JobWrittenWhole(PDDoc document) noexcept;
+
 /// The next save of the document replaces no file. A host that does not offer this may replace one that appears in
 /// the moment before it writes.
 void JobNextSaveIsNew(PDDoc document) noexcept;

@@ -38,6 +38,15 @@ bool IsSigned(CPdfDocument& pdf)
     }
 }
 
+bool IsCertified(CPdfDocument& pdf)
+{
+    try {
+        return pdf.IsCertified();
+    } catch (const CPdfError&) {
+        return false;
+    }
+}
+
 bool Pretending()
 {
     const COverseer* const overseer = Overseer();
@@ -208,6 +217,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
 {
     CHostDocument& document = At(handle);
     const bool mustNotExist = std::exchange(document.nextSaveIsNew, false) || request.mustNotExist;
+    const Appending asked = std::exchange(document.nextSaveAppends, Appending::Never);
     RequireSecurityData(document);
     const std::string target = request.path.empty() ? document.pdf.Path() : request.path;
     const std::string key = KeyOf(target);
@@ -216,7 +226,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         Raise(pdErrAlreadyOpen, target + ": cannot be replaced, because it is open as another document");
     Tell(events.willSave, handle);
     const std::string realFile = RealFileOf(document);
-    const bool breaksSignatures = IsSigned(document.pdf);
+    const bool isSigned = IsSigned(document.pdf), isCertified = isSigned && IsCertified(document.pdf);
     ASErrorCode failed = 0;
     try {
         CFileForReplacing file(document.file);
@@ -227,6 +237,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         options.linearise = request.linearise;
         options.copy = request.copy;
         options.mustNotExist = mustNotExist;
+        options.append = asked != Appending::Never ? asked : request.append;
         options.cancelled = request.cancelled;
         options.progress = request.progress;
         options.remark = [](const std::string& text) { Diagnose(text); };
@@ -240,7 +251,8 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         if (events.didSave) events.didSave(handle, failed);
         throw;
     }
-    if (breaksSignatures) {
+    const bool appended = document.pdf.WrittenWhole() == std::string();
+    if (isCertified || (isSigned && !appended)) {
         Diagnose(target + ": signatures broken");
         Tell(events.didBreakSignatures, handle);
     }

@@ -30,7 +30,8 @@ struct CHostDocument {
     std::optional<ASAtom> newHandler;  // security handler chosen for the next save; the null atom removes security
     bool newHandlerHasData = false;    // the chosen handler got its settings
     bool nextSaveIsNew = false;        // the next save replaces no file
-    ASInt32 setFlags = 0;              // flags that plug-ins switched on or off by hand
+    Appending nextSaveAppends = Appending::Never;
+    ASInt32 setFlags = 0;  // flags that plug-ins switched on or off by hand
     ASInt32 clearedFlags = 0;
     ASFile file = nullptr;  // made when somebody asks for it
     std::string standIn;    // after the pretended saves of a trial run: the file that the document really is in
@@ -45,6 +46,7 @@ struct DocumentSaveRequest {
     bool linearise = false;
     bool copy = false;
     bool mustNotExist = false;
+    Appending append = Appending::Never;
     std::function<bool()> cancelled = {};
     std::function<void(int percent)> progress = {};
 };

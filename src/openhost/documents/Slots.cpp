@@ -128,8 +128,8 @@ private:
     void* m_data;
 };
 
-/// Saving in small additions is not there: an incremental save writes the whole document to its own file, which has
-/// the same effect on everything but the size of the write.
+/// An incremental save appends what changed, as far as that can be done: when more than properties has changed, the
+/// whole document is written to its own file, which has the same effect on everything but the size of the write.
 DocumentSaveRequest RequestOf(PDDoc document, ASInt32 flags, ASPathName path, ASFileSys fileSys)
 {
     RequireFileSys(fileSys);
@@ -144,6 +144,7 @@ DocumentSaveRequest RequestOf(PDDoc document, ASInt32 flags, ASPathName path, AS
         Require(path == nullptr, "an incremental save writes to the document's own file and takes no path");
         if (DocumentAt(document).pdf.Path().empty())
             Raise(genErrBadParm, "the document has no file yet to be saved to");
+        request.append = Appending::WherePossible;
     }
     return request;
 }

@@ -128,7 +128,8 @@ ASInt32 DocumentSigned(PDDoc document)
     auto& documents = Part<CDocuments>();
     if (!documents.Known(document)) return -1;
     try {
-        return Translated([&] { return documents.At(document).pdf.IsSigned(); }) ? 1 : 0;
+        CPdfDocument& pdf = documents.At(document).pdf;
+        return Translated([&] { return !pdf.IsSigned() ? 0 : pdf.IsCertified() ? 2 : 1; });
     } catch (...) {
         return -1;  // 0 would promise something
     }
@@ -138,6 +139,30 @@ void NextSaveIsNew(PDDoc document)
 {
     auto& documents = Part<CDocuments>();
     if (documents.Known(document)) documents.At(document).nextSaveIsNew = true;
+}
+
+void NextSaveAppends(PDDoc document, ASInt32 only)
+{
+    auto& documents = Part<CDocuments>();
+    if (!documents.Known(document)) return;
+    documents.At(document).nextSaveAppends = only != 0 ? Appending::Only : Appending::WherePossible;
+}
+
+const char* AppendObstacle(PDDoc document)
+{
+    auto& documents = Part<CDocuments>();
+    if (!documents.Known(document)) return nullptr;
+    static std::string obstacle;
+    obstacle = Translated([&] { return documents.At(document).pdf.AppendObstacle(); });
+    return obstacle.c_str();
+}
+
+const char* WrittenWhole(PDDoc document)
+{
+    auto& documents = Part<CDocuments>();
+    if (!documents.Known(document)) return nullptr;
+    const auto& reason = documents.At(document).pdf.WrittenWhole();
+    return reason ? reason->c_str() : nullptr;
 }
 
 /// The entry of this table for a function that may throw: nothing here raises, and the answer to a failure is the one
@@ -185,6 +210,9 @@ void OfferJobsTable()
     Put<JobsNextSaveIsNewSlotProc>(table, kSlotJobsNextSaveIsNew, &CQuietSlot<&NextSaveIsNew>::Entry);
     Put<JobsCopyingSlotProc>(table, kSlotJobsCopying, &CQuietSlot<&Copying>::Entry);
     Put<JobsDocumentSignedSlotProc>(table, kSlotJobsDocumentSigned, &CQuietSlot<&DocumentSigned>::Entry);
+    Put<JobsNextSaveAppendsSlotProc>(table, kSlotJobsNextSaveAppends, &CQuietSlot<&NextSaveAppends>::Entry);
+    Put<JobsAppendObstacleSlotProc>(table, kSlotJobsAppendObstacle, &CQuietSlot<&AppendObstacle>::Entry);
+    Put<JobsWrittenWholeSlotProc>(table, kSlotJobsWrittenWhole, &CQuietSlot<&WrittenWhole>::Entry);
     auto server = std::make_unique<CTableServer>();
     server->name = HOST_TABLE_JOBS;
     server->table = table;

@@ -30,12 +30,6 @@ std::string ReadAt(InputSource& source, qpdf_offset_t offset, std::size_t count)
     return bytes;
 }
 
-qpdf_offset_t HeaderOffset(InputSource& source)
-{
-    const std::size_t at = ReadAt(source, 0, kHeaderBeginsWithin + 5).find("%PDF-");
-    return at > kHeaderBeginsWithin ? 0 : static_cast<qpdf_offset_t>(at);
-}
-
 bool IsSpace(char c) { return c == '\0' || std::isspace(static_cast<unsigned char>(c)) != 0; }
 
 void SkipBlanks(std::string_view& text)
@@ -79,6 +73,12 @@ bool SaysNothing(std::string_view text, QPDFObjGen object)
 }
 
 }  // namespace
+
+qpdf_offset_t HeaderOffset(InputSource& source)
+{
+    const std::size_t at = ReadAt(source, 0, kHeaderBeginsWithin + 5).find("%PDF-");
+    return at > kHeaderBeginsWithin ? 0 : static_cast<qpdf_offset_t>(at);
+}
 
 std::vector<QPDFObjGen> MisplacedObjects(QPDF& document, InputSource& source)
 {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <qpdf/QPDFObjGen.hh>
+#include <qpdf/Types.h>
 
 #include "openhost/pdf/FileRebuilder.h"
 
@@ -11,6 +12,10 @@ class InputSource;
 class QPDF;
 
 namespace openhost {
+
+/// How many bytes stand in front of the file's header. The offsets in a file count from the header, as all readers
+/// have it; 0 when no header begins within the first 1024 bytes.
+qpdf_offset_t HeaderOffset(InputSource& source);
 
 /// The objects that do not begin where the cross-reference table of `document` says. Looks at a few bytes of each
 /// object in `source`, the file that the document was read from, and parses nothing.

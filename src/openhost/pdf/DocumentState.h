@@ -42,16 +42,20 @@ struct CPdfDocument::State {
     bool modified = false;
     bool maySave = false;         // for what was changed, whatever other changes need
     bool contentChanged = false;  // the file does not show the present state
+    bool moreThanInfo = false;    // something else than information entries has changed, too
     bool reload = false;          // saved since: the next use reads the new file
     bool repaired = false;
     std::optional<std::string> loss;  // what of the file cannot be had, for people; nothing until somebody asks
     std::optional<int> pageCount;
     std::set<std::string> changedInfo;
+    std::optional<std::string> writtenWhole;  // why the last save wrote the whole document; empty: it appended
 
     /// The library's document, of the file as last saved.
     QPDF& Current();
     bool HasOwnerRights() const { return !locked && (!encryption || openedWith == OpenedWith::Owner); }
     void Reload();
+    /// Why a save of the present state cannot be appended to the file: a clause; empty when nothing is known.
+    std::string AppendObstacle();
     /// Takes over what the library complained about since the last time.
     void TakeWarnings();
 };

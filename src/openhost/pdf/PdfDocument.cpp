@@ -14,8 +14,9 @@ namespace {
 
 constexpr int kFieldsLookedAt = 10000;
 
-/// Whether a field below `fields` is a signature that has a value.
-bool HasFilledSignature(QPDFObjectHandle fields)
+/// Whether a field below `fields` is a signature that has a value, and of which `holds`.
+template <class Condition>
+bool HasFilledSignature(QPDFObjectHandle fields, Condition holds)
 {
     std::vector<std::pair<QPDFObjectHandle, bool>> open{
         {fields, false}};  // a list of fields, and: is it of signatures
@@ -27,11 +28,48 @@ bool HasFilledSignature(QPDFObjectHandle fields)
             if (++looked > kFieldsLookedAt || !field.isDictionary()) continue;
             QPDFObjectHandle type = field.getKey("/FT");
             const bool signature = type.isName() ? type.isNameAndEquals("/Sig") : inheritedSignature;
-            if (signature && field.getKey("/V").isDictionary()) return true;
+            if (signature && field.getKey("/V").isDictionary() && holds(field)) return true;
             if (field.getKey("/Kids").isArray()) open.emplace_back(field.getKey("/Kids"), signature);
         }
     }
     return false;
+}
+
+/// Certification and usage rights.
+bool HasGrants(QPDFObjectHandle root)
+{
+    QPDFObjectHandle granted = root.getKey("/Perms");
+    if (!granted.isDictionary()) return false;
+    for (const char* key : {"/DocMDP", "/UR", "/UR3"}) {
+        if (granted.getKey(key).isDictionary()) return true;
+    }
+    return false;
+}
+
+QPDFObjectHandle FieldsOf(QPDFObjectHandle root)
+{
+    QPDFObjectHandle form = root.getKey("/AcroForm");
+    QPDFObjectHandle fields = form.isDictionary() ? form.getKey("/Fields") : form;
+    return fields.isArray() ? fields : QPDFObjectHandle::newArray();
+}
+
+/// Whether a filled signature says which later changes it allows: by a transformation, or by the lock of its field.
+bool LimitsLaterChanges(QPDFObjectHandle field)
+{
+    QPDFObjectHandle lock = field.getKey("/Lock"), references = field.getKey("/V").getKey("/Reference");
+    if (lock.isDictionary() && lock.hasKey("/P")) return true;
+    if (!references.isArray()) return false;
+    for (QPDFObjectHandle reference : references.aitems()) {
+        if (reference.isDictionary() && reference.getKey("/TransformMethod").isNameAndEquals("/DocMDP")) return true;
+    }
+    return false;
+}
+
+/// ISO 32000-2, 12.8.2.2: whatever level of changes a certification allows, those of the properties are not among
+/// them.
+bool LimitsChanges(QPDFObjectHandle root)
+{
+    return HasGrants(root) || HasFilledSignature(FieldsOf(root), LimitsLaterChanges);
 }
 
 }  // namespace
@@ -94,7 +132,7 @@ void CPdfDocument::SetModified(bool modified)
 {
     m_state->modified = modified;
     if (!modified) return;
-    m_state->contentChanged = true;
+    m_state->contentChanged = m_state->moreThanInfo = true;
     m_state->pageCount.reset();
 }
 
@@ -145,17 +183,24 @@ bool CPdfDocument::IsLinearised()
     return Guarded(m_state->description, PdfProblem::Damaged, [&] { return m_state->Current().isLinearized(); });
 }
 
+bool CPdfDocument::IsCertified()
+{
+    return Guarded(m_state->description, PdfProblem::Damaged,
+                   [&] { return LimitsChanges(m_state->Current().getRoot()); });
+}
+
+std::string CPdfDocument::AppendObstacle()
+{
+    return Guarded(m_state->description, PdfProblem::Damaged, [&] { return m_state->AppendObstacle(); });
+}
+
+const std::optional<std::string>& CPdfDocument::WrittenWhole() const { return m_state->writtenWhole; }
+
 bool CPdfDocument::IsSigned()
 {
     return Guarded(m_state->description, PdfProblem::Damaged, [&] {
         QPDFObjectHandle root = m_state->Current().getRoot();
-        if (QPDFObjectHandle granted = root.getKey("/Perms"); granted.isDictionary()) {
-            for (const char* key : {"/DocMDP", "/UR", "/UR3"}) {
-                if (granted.getKey(key).isDictionary()) return true;
-            }
-        }
-        QPDFObjectHandle form = root.getKey("/AcroForm");
-        return form.isDictionary() && form.getKey("/Fields").isArray() && HasFilledSignature(form.getKey("/Fields"));
+        return HasGrants(root) || HasFilledSignature(FieldsOf(root), [](QPDFObjectHandle) { return true; });
     });
 }
 
@@ -212,8 +257,12 @@ void CPdfDocument::SetInfo(const std::string& key, const std::string& value)
     if (key.empty() || key.find('#') != std::string::npos || key.find('\0') != std::string::npos) {
         throw CPdfError(PdfProblem::UnsupportedInput, state.description, "cannot write this information key");
     }
-    Guarded(state.description, PdfProblem::Damaged,
-            [&] { MakeInfoDictionary(state.Current()).replaceKey('/' + key, QPDFObjectHandle::newString(value)); });
+    Guarded(state.description, PdfProblem::Damaged, [&] {
+        if (!value.empty())
+            MakeInfoDictionary(state.Current()).replaceKey('/' + key, QPDFObjectHandle::newString(value));
+        else if (QPDFObjectHandle info = InfoDictionary(state.Current()); info.isDictionary())
+            info.removeKey('/' + key);
+    });
     state.changedInfo.insert(key);
     state.modified = state.contentChanged = true;
 }

@@ -92,10 +92,18 @@ struct PdfOpenOptions {
     std::function<bool(CPdfDocument&)> authorise = {};
 };
 
+/// Whether a save that changes nothing but properties is appended to the file.
+enum class Appending {
+    Never,
+    WherePossible,  ///< else the whole document is written
+    Only,           ///< else the save fails: CannotWrite
+};
+
 struct PdfSaveOptions {
-    std::string path = {};      ///< empty: the document's own file
-    std::string source = {};    ///< the file the content comes from: nobody may read more of the new one; empty: own
-    bool linearise = false;     ///< as far as the library can; see remark
+    std::string path = {};    ///< empty: the document's own file
+    std::string source = {};  ///< the file the content comes from: nobody may read more of the new one; empty: own
+    bool linearise = false;   ///< as far as the library can; see remark
+    Appending append = Appending::Never;
     bool copy = false;          ///< the document keeps its old file, its modifications and its pending security
     bool mustNotExist = false;  ///< an existing target is left alone: Exists
     std::function<bool()> cancelled = {};  ///< asked now and then; true ends the save, nothing is changed
@@ -149,6 +157,9 @@ public:
     bool IsLinearised();
     /// Has a filled signature field, a certification or usage rights.
     bool IsSigned();
+    /// Signed in a way that makes any change of its properties a breach, also an appended one: a certification
+    /// whatever level of changes it allows, a signature that limits later changes, or usage rights.
+    bool IsCertified();
     /// What the library complained about, one line each.
     std::vector<std::string> Warnings() const;
 
@@ -178,7 +189,7 @@ public:
     /// The value's bytes: PDFDocEncoding, or UTF-16BE behind its mark. Nothing when absent or not a string.
     std::optional<std::string> Info(const std::string& key);
     std::vector<std::string> InfoKeys();
-    /// Key without a slash; unknown keys are added, an empty value stays as an empty string. Marks modified.
+    /// Key without a slash; unknown keys are added, an empty value takes the entry away. Marks modified.
     /// Fails: NotPermitted; UnsupportedInput for an empty key or one with a number sign.
     void SetInfo(const std::string& key, const std::string& value);
 
@@ -192,6 +203,13 @@ public:
     /// not replaced when it changed since it was opened: InputChanged. Without `copy` the document then lives in the
     /// new file and is no longer modified, and what was derived from it is stale.
     void Save(const PdfSaveOptions& options);
+    /// Why the present state, and what SetInfo makes of it, cannot be saved by appending: one clause for people;
+    /// empty when nothing stands against it. An appended save leaves the bytes of the file as they are and adds the
+    /// changed entries behind them, encrypted like the document: the information dictionary, and the metadata packet
+    /// where it has a sound one. Modification dates are the caller's.
+    std::string AppendObstacle();
+    /// Why the last save wrote the whole document: one clause, empty when it appended; nothing before the first.
+    const std::optional<std::string>& WrittenWhole() const;
     /// The present state without encryption, for other libraries.
     std::string WriteToMemory();
     /// The password's bytes that opened the file, for other libraries; empty when none was needed.

@@ -4,6 +4,7 @@
 #include "base/Overseer.h"
 #include "openhost/pdf/DocumentFiles.h"
 #include "openhost/pdf/DocumentState.h"
+#include "openhost/pdf/IncrementalUpdate.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfError.h"
 #include "openhost/pdf/ReadBack.h"
@@ -176,6 +177,64 @@ void CheckUnchanged(const CPdfDocument::State& state, const std::string& target)
     throw CPdfError(PdfProblem::InputChanged, target + ": the input changed while it was processed");
 }
 
+void CopySource(CPdfDocument::State& state, COutputFile& file, CSaveProgress& progress)
+{
+    constexpr std::size_t kPieceOfCopy = 1 << 20;
+    InputSource& source = *state.source;
+    source.seek(0, SEEK_END);
+    const qpdf_offset_t size = std::max<qpdf_offset_t>(source.tell(), 1);
+    source.seek(0, SEEK_SET);
+    std::string piece(kPieceOfCopy, '\0');
+    while (const std::size_t got = source.read(piece.data(), piece.size())) {
+        file.Write(piece.data(), got);
+        progress.reportProgress(static_cast<int>(100 * source.tell() / size));
+    }
+}
+
+void AppendAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target,
+                     CFileSource* source, const IncrementalUpdate& update)
+{
+    COutputFile file(target, WhatExists(options), options.source.empty() ? state.path : options.source);
+    CSaveProgress progress(options, file, target);
+    CopySource(state, file, progress);
+    file.Write(update.bytes.data(), update.bytes.size());
+    file.Check();
+    if (const std::string& path = file.Complete(); !path.empty()) {
+        if (options.beforeReadBack) options.beforeReadBack(path);
+        state.TakeWarnings();
+        const std::string problem =
+            AppendedProblem(path, state.Current(), *state.source, update, state.warnings, EncryptionToCome(state));
+        if (!problem.empty())
+            throw CPdfError(PdfProblem::NotReadBack,
+                            target + ": the appended part did not come back (" + problem + ")");
+    }
+    CheckUnchanged(state, state.path);  // also when another file is written: this one was copied
+    LetGoOfTarget(source, options);
+    file.Commit();
+}
+
+/// Answers why the document was not saved by appending; empty when it was.
+std::string TryToAppend(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target,
+                        CFileSource* source)
+{
+    if (options.linearise) return "linearisation was asked for";
+    if (std::string obstacle = state.AppendObstacle(); !obstacle.empty()) return obstacle;
+    try {
+        const IncrementalUpdate update = MakeIncrementalUpdate(state.Current(), *state.source, state.changedInfo);
+        if (!update.obstacle.empty()) return update.obstacle;
+        AppendAndCommit(state, options, target, source, update);
+        return {};
+    } catch (const CPdfError& error) {
+        // Cancelled, disk full and their like: writing all would end the same.
+        if (error.Problem() != PdfProblem::NotReadBack) throw;
+        return error.ReasonFirst({});
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    } catch (const std::logic_error& error) {
+        return error.what();
+    }
+}
+
 /// Fast display in a browser is no reason to lose a save: a document that the library cannot linearise, or whose
 /// linearised file does not come back, is written without it, and the client is told.
 void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target,
@@ -228,13 +287,25 @@ void MoveTo(CPdfDocument::State& state, const std::string& target, bool pretende
     state.changeIsSaved = true;
     state.path = state.description = target;
     state.stamp = platform::StampOf(target);
-    state.modified = state.maySave = false;
+    state.modified = state.maySave = state.moreThanInfo = false;
     state.contentChanged = pretended;
     state.changedInfo.clear();
     state.reload = !pretended;
 }
 
 }  // namespace
+
+std::string CPdfDocument::State::AppendObstacle()
+{
+    Current();
+    TakeWarnings();
+    if (path.empty() || !source) return "it has no file yet";
+    if (repaired) return "its file was repaired";
+    if (loss && !loss->empty()) return "its file is damaged";
+    if (change != SecurityChange::Keep && !changeIsSaved) return "its protection is to change";
+    if (moreThanInfo) return "more than its properties has changed";
+    return FindUpdatePlace(*library, *source).obstacle;
+}
 
 void CPdfDocument::Save(const PdfSaveOptions& options)
 {
@@ -246,7 +317,12 @@ void CPdfDocument::Save(const PdfSaveOptions& options)
     Guarded(target, PdfProblem::Damaged, [&] {
         state.Current();
         CFileSource* const source = SourceInTheWay(state, target);
-        WriteAndCommit(state, options, target, source);
+        std::string whole = "a full save was asked for";
+        if (options.append != Appending::Never) whole = TryToAppend(state, options, target, source);
+        if (!whole.empty() && options.append == Appending::Only)
+            throw CPdfError(PdfProblem::CannotWrite, target + ": the changes cannot be appended to it: " + whole);
+        if (!whole.empty()) WriteAndCommit(state, options, target, source);
+        state.writtenWhole = whole;
         if (options.copy) return;
         const COverseer* const overseer = Overseer();
         const bool pretended = overseer && overseer->Pretends();

@@ -11,10 +11,12 @@
 #include <qpdf/InputSource.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFExc.hh>
+#include <qpdf/QPDFXRefEntry.hh>
 
 #include "openhost/pdf/DocumentLoss.h"
 #include "openhost/pdf/DocumentState.h"
 #include "openhost/pdf/PageTree.h"
+#include "openhost/pdf/Xmp.h"
 
 namespace openhost {
 namespace {
@@ -157,44 +159,134 @@ std::string PagesProblem(QPDF& written, QPDF& original)
 
 // ---- complaints
 
+std::string AsItIs(const std::string& complaint) { return complaint; }
+
+/// An odd number of objects is another odd number with one object more.
+std::string WithoutNumbers(const std::string& complaint)
+{
+    std::string text = complaint;
+    std::erase_if(text, [](char c) { return c >= '0' && c <= '9'; });
+    return text;
+}
+
 /// What was odd before is written as odd, as with the entries of an encryption.
-std::string NewComplaint(QPDF& written, const std::vector<std::string>& known)
+/// `form` brings two wordings of one complaint together.
+std::string NewComplaint(QPDF& written, const std::vector<std::string>& known,
+                         std::string (*form)(const std::string&))
 {
     for (const QPDFExc& complaint : written.getWarnings()) {
         std::string detail = complaint.getMessageDetail();
         const bool isOld = std::any_of(known.begin(), known.end(), [&](const std::string& line) {
-            return line.find(detail) != std::string::npos;
+            return form(line).find(form(detail)) != std::string::npos;
         });
         if (!isOld) return detail;
     }
     return {};
 }
 
-std::string Compared(const std::string& path, QPDF& original, const std::vector<std::string>& complaints,
-                     const std::optional<WrittenEncryption>& encryption)
+std::unique_ptr<QPDF> Opened(const std::shared_ptr<InputSource>& source,
+                             const std::optional<WrittenEncryption>& encryption)
 {
-    const auto source = OpenSource(path);
-    const auto written = NewLibraryDocument(false);
+    auto written = NewLibraryDocument(false);
     std::string unlocking;
     if (encryption)
         unlocking = UnlockingText(*written, encryption->record, encryption->userPasswordBytes, encryption->fileKey);
     written->processInputSource(source, unlocking.c_str());
+    return written;
+}
+
+std::string Compared(const std::string& path, QPDF& original, const std::vector<std::string>& complaints,
+                     const std::optional<WrittenEncryption>& encryption)
+{
+    const auto source = OpenSource(path);
+    const auto written = Opened(source, encryption);
     if (const auto misplaced = MisplacedObjects(*written, *source); !misplaced.empty())
         return "object " + std::to_string(misplaced.front().getObj()) + " is not where the file says";
     std::string problem = EncryptionProblem(*written, encryption);
     if (problem.empty()) problem = PagesProblem(*written, original);
-    if (problem.empty()) problem = NewComplaint(*written, complaints);
+    if (problem.empty()) problem = NewComplaint(*written, complaints, &AsItIs);
     if (problem.empty() && encryption && encryption->ownerPasswordBytes) problem = PasswordProblem(path, *encryption);
     return problem;
 }
 
-}  // namespace
+// ---- appended parts
 
-std::string ReadBackProblem(const std::string& path, QPDF& original, const std::vector<std::string>& complaints,
-                            const std::optional<WrittenEncryption>& encryption)
+/// `length` bytes of `source` stand at the beginning of `written`, and `rest` behind them.
+bool ContinuesWith(InputSource& written, InputSource& source, qpdf_offset_t length, const std::string& rest)
+{
+    constexpr std::size_t kPieceOfFile = 256 * 1024;
+    std::string wanted(kPieceOfFile, '\0'), found(kPieceOfFile, '\0');
+    source.seek(0, SEEK_SET);
+    written.seek(0, SEEK_SET);
+    while (length > 0) {
+        const auto piece = static_cast<std::size_t>(std::min<qpdf_offset_t>(length, kPieceOfFile));
+        if (source.read(wanted.data(), piece) != piece || written.read(found.data(), piece) != piece) return false;
+        if (std::memcmp(wanted.data(), found.data(), piece) != 0) return false;
+        length -= static_cast<qpdf_offset_t>(piece);
+    }
+    found.assign(rest.size() + 1, '\0');  // one more than there may be
+    found.resize(written.read(found.data(), found.size()));
+    return found == rest;
+}
+
+bool SamePlace(const QPDFXRefEntry& one, const QPDFXRefEntry& other)
+{
+    if (one.getType() != other.getType()) return false;
+    if (one.getType() == 1) return one.getOffset() == other.getOffset();
+    return one.getType() != 2 || (one.getObjStreamNumber() == other.getObjStreamNumber() &&
+                                  one.getObjStreamIndex() == other.getObjStreamIndex());
+}
+
+/// Nothing but what was appended is defined otherwise than before.
+bool SameTable(QPDF& written, QPDF& original, const IncrementalUpdate& update)
+{
+    auto wanted = original.getXRefTable();
+    for (const auto& [object, offset] : update.places) {
+        std::erase_if(wanted, [&](const auto& entry) { return entry.first.getObj() == object.getObj(); });
+        wanted.emplace(object, QPDFXRefEntry(offset));
+    }
+    const auto found = written.getXRefTable();
+    return std::equal(wanted.begin(), wanted.end(), found.begin(), found.end(),
+                      [](const auto& one, const auto& other) {
+                          return one.first == other.first && SamePlace(one.second, other.second);
+                      });
+}
+
+std::string InformationProblem(QPDF& written, QPDF& original)
+{
+    QPDFObjectHandle wanted = original.getTrailer().getKey("/Info"), found = written.getTrailer().getKey("/Info");
+    if (!wanted.isDictionary()) return found.isDictionary() ? "there is information that nobody asked for" : "";
+    if (!found.isDictionary() || found.getKeys() != wanted.getKeys()) return "other information came back";
+    for (const std::string& key : wanted.getKeys())
+        if (found.getKey(key).unparse() != wanted.getKey(key).unparse())
+            return "the information entry " + key + " came back otherwise";
+    return {};
+}
+
+std::string AppendedCompared(InputSource& source, const std::shared_ptr<InputSource>& file, QPDF& original,
+                             const IncrementalUpdate& update, const std::vector<std::string>& complaints,
+                             const std::optional<WrittenEncryption>& encryption)
+{
+    source.seek(0, SEEK_END);
+    if (!ContinuesWith(*file, source, source.tell(), update.bytes)) return "it does not begin like the old file";
+    const auto written = Opened(file, encryption);
+    if (!SameTable(*written, original, update)) return "other objects than the changed ones are defined anew";
+    QPDFObjectHandle root = original.getTrailer().getKey("/Root");
+    if (written->getTrailer().getKey("/Root").getObjGen() != root.getObjGen()) return "it has another catalogue";
+    std::string problem = EncryptionProblem(*written, encryption);
+    if (problem.empty()) problem = InformationProblem(*written, original);
+    if (problem.empty() && update.packet && MetadataPacket(*written) != update.packet)
+        problem = "the metadata packet came back otherwise";
+    if (problem.empty()) problem = NewComplaint(*written, complaints, &WithoutNumbers);
+    return problem;
+}
+
+/// What a comparison finds, or what the library says about the file.
+template <class Comparison>
+std::string Finding(Comparison comparison)
 {
     try {
-        return Compared(path, original, complaints, encryption);
+        return comparison();
     } catch (const QPDFExc& error) {
         return error.getMessageDetail();
     } catch (const std::bad_alloc&) {
@@ -202,6 +294,22 @@ std::string ReadBackProblem(const std::string& path, QPDF& original, const std::
     } catch (const std::exception& error) {
         return error.what();
     }
+}
+
+}  // namespace
+
+std::string ReadBackProblem(const std::string& path, QPDF& original, const std::vector<std::string>& complaints,
+                            const std::optional<WrittenEncryption>& encryption)
+{
+    return Finding([&] { return Compared(path, original, complaints, encryption); });
+}
+
+std::string AppendedProblem(const std::string& path, QPDF& original, InputSource& source,
+                            const IncrementalUpdate& update, const std::vector<std::string>& complaints,
+                            const std::optional<WrittenEncryption>& encryption)
+{
+    return Finding(
+        [&] { return AppendedCompared(source, OpenSource(path), original, update, complaints, encryption); });
 }
 
 }  // namespace openhost

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "openhost/pdf/Encryption.h"
+#include "openhost/pdf/IncrementalUpdate.h"
 
 class QPDF;
 
@@ -27,6 +28,13 @@ struct WrittenEncryption {
 /// `encryption` the file must not be encrypted.
 /// Answers what is wrong in a few words; empty when all is well. Does not throw what the library throws.
 std::string ReadBackProblem(const std::string& path, QPDF& original, const std::vector<std::string>& complaints,
+                            const std::optional<WrittenEncryption>& encryption);
+
+/// The same for a file that `update` was appended to: it begins with all bytes of `source`, the appended part parses,
+/// every object that is not in that part is defined as before, catalogue and encryption are the same, and information
+/// and metadata packet are as they are in `original`, the document with its changes.
+std::string AppendedProblem(const std::string& path, QPDF& original, InputSource& source,
+                            const IncrementalUpdate& update, const std::vector<std::string>& complaints,
                             const std::optional<WrittenEncryption>& encryption);
 
 }  // namespace openhost

@@ -164,8 +164,9 @@ const struct {
     {"ModDate", kXmp, "xmp", "ModifyDate", Form::Date},
 };
 
-struct Range {
+struct Edit {
     std::size_t begin, end;
+    std::string text = {};  // what takes the place
 };
 
 /// A packet's elements, and which of them carry its statements.
@@ -203,23 +204,49 @@ public:
         }
         return {};
     }
-    void Collect(const XmpProperty& property, std::vector<Range>& ranges) const
+    void Collect(const XmpProperty& property, std::vector<Edit>& edits) const
     {
         for (std::size_t at = 0; at < m_elements.size(); ++at) {
             const XmlElement& element = m_elements[at];
             if (element.parent && IsDescription(*element.parent) && Is(at, property.space, property.name)) {
                 const bool alone = SaysNothingElse(*element.parent, at);
-                ranges.push_back(alone ? WholeLine(*element.parent) : Range{element.begin, element.end});
+                edits.push_back(alone ? WholeLine(*element.parent) : Edit{element.begin, element.end});
             }
             if (!IsDescription(at)) continue;
             for (const XmlAttribute& attribute : element.attributes) {
                 const bool prefixed = attribute.name.find(':') != std::string_view::npos;
                 if (prefixed && XmlLocalName(attribute.name) == property.name &&
                     XmlNamespace(m_elements, at, attribute.name) == property.space) {
-                    ranges.push_back({attribute.begin, attribute.end});
+                    edits.push_back({attribute.begin, attribute.end});
                 }
             }
         }
+    }
+
+    /// The change of a text whose packet has it in other languages, too; nothing when there are none.
+    std::optional<Edit> DefaultLanguageEdit(const XmpProperty& property) const
+    {
+        if (!property.defaultText) return std::nullopt;
+        const auto statement = OnlyStatement(property);
+        const auto alternative = statement ? OnlyChild(*statement) : std::nullopt;
+        if (!alternative || !Is(*alternative, kRdf, "Alt")) return std::nullopt;
+        std::optional<std::size_t> first, standard;
+        bool others = false;
+        for (std::size_t at = 0; at < m_elements.size(); ++at) {
+            if (m_elements[at].parent != alternative || !Is(at, kRdf, "li")) continue;
+            if (!first) first = at;
+            const bool isDefault = LanguageOf(at) == "x-default";
+            if (isDefault && standard) return std::nullopt;
+            if (isDefault) standard = at;
+            others = others || !isDefault;
+        }
+        if (!others) return std::nullopt;
+        const XmlElement& place = m_elements[standard.value_or(*first)];
+        const std::string name(place.name);
+        Edit edit{place.begin, standard ? place.end : place.begin};
+        if (!property.content.empty())
+            edit.text = '<' + name + " xml:lang=\"x-default\">" + *property.defaultText + "</" + name + '>';
+        return edit;
     }
 
 private:
@@ -235,10 +262,39 @@ private:
         }
         return true;
     }
-    Range WholeLine(std::size_t at) const
+    Edit WholeLine(std::size_t at) const
     {
         const std::size_t end = m_elements[at].end;
         return {m_elements[at].begin, end < m_text.size() && m_text[end] == '\n' ? end + 1 : end};
+    }
+
+    /// The one element that says the property of the document; nothing when there is none, or several.
+    std::optional<std::size_t> OnlyStatement(const XmpProperty& property) const
+    {
+        std::optional<std::size_t> found;
+        for (std::size_t at = 0; at < m_elements.size(); ++at) {
+            const auto parent = m_elements[at].parent;
+            if (!parent || !IsDescription(*parent) || !Is(at, property.space, property.name)) continue;
+            if (found) return std::nullopt;
+            found = at;
+        }
+        return found;
+    }
+    std::optional<std::size_t> OnlyChild(std::size_t parent) const
+    {
+        std::optional<std::size_t> found;
+        for (std::size_t at = 0; at < m_elements.size(); ++at) {
+            if (m_elements[at].parent != parent) continue;
+            if (found) return std::nullopt;
+            found = at;
+        }
+        return found;
+    }
+    std::string_view LanguageOf(std::size_t at) const
+    {
+        for (const XmlAttribute& attribute : m_elements[at].attributes)
+            if (attribute.name == "xml:lang") return attribute.value;
+        return {};
     }
 
     std::string_view m_text;
@@ -293,18 +349,26 @@ std::optional<std::string> ChangedPacket(std::string_view packet, const std::vec
     if (!root || (*elements)[*root].content == (*elements)[*root].end) return std::nullopt;
 
     const std::size_t insertAt = (*elements)[*root].contentEnd;
-    std::vector<Range> ranges;
-    for (const XmpProperty& property : properties) view.Collect(property, ranges);
-    std::sort(ranges.begin(), ranges.end(), [](const Range& a, const Range& b) { return a.begin < b.begin; });
+    std::vector<Edit> edits;
+    std::vector<XmpProperty> stated;  // anew, in a description of their own
+    for (const XmpProperty& property : properties) {
+        if (auto edit = view.DefaultLanguageEdit(property)) {
+            edits.push_back(std::move(*edit));
+            continue;
+        }
+        view.Collect(property, edits);
+        stated.push_back(property);
+    }
+    std::sort(edits.begin(), edits.end(), [](const Edit& a, const Edit& b) { return a.begin < b.begin; });
 
     std::string result;
     std::size_t copied = 0;
-    for (const Range& range : ranges) {
-        result += packet.substr(copied, range.begin - copied);
-        copied = range.end;
+    for (const Edit& edit : edits) {
+        result += std::string(packet.substr(copied, edit.begin - copied)) + edit.text;
+        copied = edit.end;
     }
     result += packet.substr(copied, insertAt - copied);
-    result += Description(view.About(), properties);
+    result += Description(view.About(), stated);
     return result += packet.substr(insertAt);
 }
 
@@ -313,6 +377,7 @@ std::optional<XmpProperty> XmpCounterpart(std::string_view infoKey, const std::s
     for (const auto& row : kCounterparts) {
         if (row.infoKey != infoKey) continue;
         XmpProperty property{row.space, row.prefix, row.name, XmlEscaped(valueUtf8)};
+        if (row.form == Form::Languages) property.defaultText = property.content;
         if (property.content.empty()) return property;
         if (row.form == Form::Languages) {
             property.content = "<rdf:Alt><rdf:li xml:lang=\"x-default\">" + property.content + "</rdf:li></rdf:Alt>";
@@ -340,21 +405,28 @@ std::optional<std::string> MetadataPacket(QPDF& document)
     }
 }
 
-void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys)
+std::optional<std::string> SyncedPacket(QPDF& document, const std::set<std::string>& infoKeys)
 {
     QPDFObjectHandle info = document.getTrailer().getKey("/Info");
-    QPDFObjectHandle stream = document.getRoot().getKey("/Metadata");
-    if (infoKeys.empty() || !info.isDictionary() || !stream.isStream()) return;
     std::vector<XmpProperty> properties;
     for (const std::string& key : infoKeys) {
-        QPDFObjectHandle value = info.getKey('/' + key);
-        if (!value.isString()) continue;
-        if (auto property = XmpCounterpart(key, value.getUTF8Value())) properties.push_back(std::move(*property));
+        QPDFObjectHandle value = info.isDictionary() ? info.getKey('/' + key) : QPDFObjectHandle::newNull();
+        if (!value.isString() && !value.isNull()) continue;
+        const std::string text = value.isString() ? value.getUTF8Value() : std::string();
+        if (auto property = XmpCounterpart(key, text)) properties.push_back(std::move(*property));
     }
-    if (properties.empty()) return;
+    if (properties.empty()) return std::nullopt;
     const auto packet = MetadataPacket(document);
-    const auto changed = packet ? ChangedPacket(*packet, properties) : std::nullopt;
-    if (changed) stream.replaceStreamData(*changed, QPDFObjectHandle::newNull(), QPDFObjectHandle::newNull());
+    auto changed = packet ? ChangedPacket(*packet, properties) : std::nullopt;
+    if (changed == packet) return std::nullopt;
+    return changed;
+}
+
+void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys)
+{
+    QPDFObjectHandle nothing = QPDFObjectHandle::newNull();
+    if (const auto packet = SyncedPacket(document, infoKeys))
+        document.getRoot().getKey("/Metadata").replaceStreamData(*packet, nothing, nothing);
 }
 
 }  // namespace openhost

@@ -48,6 +48,8 @@ struct XmpProperty {
     std::string_view prefix;  ///< for a new one
     std::string_view name;
     std::string content;  ///< XML inside the property; empty takes it away
+    /// Of a text in several languages: the XML of the default one. Where the packet has other languages, they stay.
+    std::optional<std::string> defaultText = {};
 };
 
 /// The packet with these properties in place of what it said of them; all else stays byte for byte. Nothing when the
@@ -59,6 +61,10 @@ std::optional<XmpProperty> XmpCounterpart(std::string_view infoKey, const std::s
 
 /// The document's packet; nothing when it has none that can be unpacked.
 std::optional<std::string> MetadataPacket(QPDF& document);
+
+/// The document's packet brought in step with these information entries; an entry that is gone is taken out of it.
+/// Nothing when there is no sound packet, or nothing in it changes.
+std::optional<std::string> SyncedPacket(QPDF& document, const std::set<std::string>& infoKeys);
 
 /// Brings a document's metadata packet, where it has a sound one, in step with these information entries.
 void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys);

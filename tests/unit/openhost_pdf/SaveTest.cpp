@@ -133,9 +133,10 @@ TEST_F(Save, InformationKeysOfAnyKindComeBack)
     const std::string path = folder.Write("a.pdf", SamplePdf(1));
     const std::map<std::string, std::string> entries = {{"Title", "\xFE\xFF\x03\xB1\xD8\x3D\xDE\x00"},
                                                         {"My Key", "plain"},
-                                                        {"Odd /()Key", std::string("a\0b\r\n\\)", 7)},
-                                                        {"Author", ""}};
-    CPdfDocument document = CPdfDocument::Open(path);
+                                                        {"Odd /()Key", std::string("a\0b\r\n\\)", 7)}};
+    CPdfDocument document = TitledDocument(path, "first");
+    document.SetInfo("Author", "somebody");
+    document.SetInfo("Author", "");
     for (const auto& [key, value] : entries) document.SetInfo(key, value);
     EXPECT_EQ(ProblemOf([&] { document.SetInfo("A#41", "x"); }), PdfProblem::UnsupportedInput);
     document.Save({});

@@ -4,6 +4,7 @@
 
 #include "common/Log.h"
 #include "hostcalls/Information.h"
+#include "hostcalls/Jobs.h"
 #include "pdflib/AcrobatDoc.h"
 #include "protocol/Json.h"
 
@@ -35,7 +36,30 @@ Expected<CChangingWork::Applied> CMetadataWork::Apply(CAcrobatDoc& document, Pro
         Run().log.NameValue("Changed field", key, 1);
     }
     file.findings = LineOf(ChangesJson(changes));
-    if (!changes.empty()) return Applied::Changed;
+    if (!changes.empty()) {
+        AskToAppend(document, file);
+        return Applied::Changed;
+    }
     file.message = "It has these entries already.";
     return Applied::NothingToDo;
+}
+
+/// The bytes of the file stay as they are, and its signatures with them; what is signed is not written in another way
+/// unless that was asked for.
+void CMetadataWork::AskToAppend(const CAcrobatDoc& document, ProcessedFile& file) const
+{
+    const bool isSigned = JobDocumentSigned(document.Document()).value_or(false);
+    if (!JobNextSaveAppends(document.Document(), isSigned && !Rules().breakSignatures)) return;
+    const std::string obstacle = JobAppendObstacle(document.Document()).value_or(std::string());
+    if (obstacle.empty()) return;
+    const std::string whole = "The whole document was written anew, because " + obstacle + '.';
+    Run().log.Line(whole);
+    if (file.message.empty()) file.message = whole;
+}
+
+std::string CMetadataWork::SignatureObjection(const CAcrobatDoc& document) const
+{
+    const bool mayBeAppended =
+        JobDocumentCertified(document.Document()) == false && JobAppendObstacle(document.Document()) == std::string();
+    return mayBeAppended ? std::string() : CChangingWork::SignatureObjection(document);
 }

@@ -4,7 +4,8 @@
 #include "protocol/Metadata.h"
 #include "tools/ChangingWork.h"
 
-/// Gives each document the entries of the order. A document that has them already is left as it is.
+/// Gives each document the entries of the order. A document that has them already is left as it is. The changes are
+/// appended to the bytes of the file where the host can do that, which keeps signatures valid.
 class CMetadataWork final : public CChangingWork {
 public:
     explicit CMetadataWork(MetadataChangeOrder order);
@@ -13,8 +14,11 @@ public:
 
 protected:
     [[nodiscard]] Expected<Applied> Apply(CAcrobatDoc& document, ProcessedFile& file) const override;
+    [[nodiscard]] std::string SignatureObjection(const CAcrobatDoc& document) const override;
 
 private:
+    void AskToAppend(const CAcrobatDoc& document, ProcessedFile& file) const;
+
     static constexpr Words kChanging{
         "Changing metadata", "change of metadata", "changes it",
         "Cannot change the document information. Please check document access permissions."};

@@ -38,9 +38,10 @@ std::string Rc4Text(std::string key, std::string bytes)
 {
     const auto crypto = QPDFCryptoProvider::getImpl();
     crypto->RC4_init(RawText(key), static_cast<int>(key.size()));
-    crypto->RC4_process(RawText(bytes), bytes.size());
+    std::string result(bytes.size(), '\0');
+    crypto->RC4_process(RawText(bytes), bytes.size(), RawText(result));
     crypto->RC4_finalize();
-    return bytes;
+    return result;
 }
 
 }  // namespace

@@ -130,6 +130,26 @@ class Metadata(unittest.TestCase):
         self.place.expect(0, "undo", self.place.root / "record")
         self.assertEqual({path: sha256(path) for path in state}, state)
 
+    def test_changes_are_appended_and_signatures_stay_as_they_are(self):
+        if not CORPUS.is_dir():
+            self.skipTest("no corpus")
+        names = ("sample_signed-sha512.pdf", "minimal-two-fields-signed-twice.pdf", "signed_verified.pdf")
+        for name in names:
+            shutil.copyfile(CORPUS / "signed" / name, self.place.input / name)
+        output = self.place.root / "changed"
+        output.mkdir()
+        self.place.expect(0, "metadata", "set", self.place.input, "--title", "New \u03b1", "--output", output)
+        self.place.expect(0, "metadata", "set", self.place.input, "--title", "New \u03b1", "--in-place")
+        for name in names:
+            before = (CORPUS / "signed" / name).read_bytes()
+            for path in (output / name, self.place.input / name):
+                with self.subTest(path=path):
+                    self.assertTrue(path.read_bytes().startswith(before))
+                    self.assertIn("New \u03b1", tool("pdfinfo", "-enc", "UTF-8", path)[1].decode())
+                    said = [re.findall(rb"Signature Validation.*", tool("pdfsig", file)[1]) for file in (CORPUS / "signed" / name, path)]
+                    self.assertTrue(said[0])
+                    self.assertEqual(*said)
+
     def test_what_independent_readers_say(self):
         if not CORPUS.is_dir():
             self.skipTest("no corpus")

@@ -73,3 +73,14 @@ std::optional<int> PageOfLabel(PDDoc document, const std::string& label)
     const ASInt32 page = HostCall(HOST_SLOT(PDModel, PDDocFindPageNumForLabel), document, text.data(), Length(text));
     return page < 0 ? std::nullopt : std::optional(static_cast<int>(page));
 }
+
+std::string LabelOfPage(PDDoc document, int page0)
+{
+    const ASInt32 length =
+        HostCall(HOST_SLOT(PDModel, PDDocGetLabelForPageNum), document, ASInt32{page0}, nullptr, ASInt32{0});
+    if (length <= 0) return std::to_string(page0 + 1);
+    std::string text(static_cast<std::size_t>(length) + 1, '\0');  // a host may put a zero byte behind it
+    HostCall(HOST_SLOT(PDModel, PDDocGetLabelForPageNum), document, ASInt32{page0}, text.data(), Length(text));
+    text.resize(static_cast<std::size_t>(length));
+    return CHostText::FromPdText(std::move(text)).ToUtf8();
+}

@@ -18,3 +18,6 @@
 
 /// By the label of the first page that has it; a page without label has its number.
 [[nodiscard]] std::optional<int> PageOfLabel(PDDoc document, const std::string& label);
+
+/// The label of a page, UTF-8; its number from 1 where it has none.
+[[nodiscard]] std::string LabelOfPage(PDDoc document, int page0);

@@ -27,19 +27,7 @@ FontFilter FontsOf(const SearchRule& rule)
 std::vector<TextRule> TextRules(const SearchSettings& settings)
 {
     std::vector<TextRule> rules;
-    for (const SearchRule& rule : settings.rules) {
-        TextRule made{.item = rule.Item(),
-                      .pages = rule.pages,
-                      .countLineEnds = rule.countLineEnds,
-                      .format = rule.format,
-                      .fonts = FontsOf(rule),
-                      .stopOnMatch = rule.stopOnMatch};
-        const SettingsRectangle& area = rule.area;
-        if (rule.useArea && area != SettingsRectangle{})
-            made.area = PageRect{std::min(area.left, area.right), std::min(area.bottom, area.top),
-                                 std::max(area.left, area.right), std::max(area.bottom, area.top)};
-        rules.push_back(std::move(made));
-    }
+    for (const SearchRule& rule : settings.rules) rules.push_back(TextRuleOf(rule));
     return rules;
 }
 
@@ -78,6 +66,21 @@ void MakeCopy(const SearchRule& rule, int number, const std::string& path, const
 }
 
 }  // namespace
+
+TextRule TextRuleOf(const SearchRule& rule)
+{
+    TextRule made{.item = rule.Item(),
+                  .pages = rule.pages,
+                  .countLineEnds = rule.countLineEnds,
+                  .format = rule.format,
+                  .fonts = FontsOf(rule),
+                  .stopOnMatch = rule.stopOnMatch};
+    const SettingsRectangle& area = rule.area;
+    if (rule.useArea && area != SettingsRectangle{})
+        made.area = PageRect{std::min(area.left, area.right), std::min(area.bottom, area.top),
+                             std::max(area.left, area.right), std::max(area.bottom, area.top)};
+    return made;
+}
 
 CDocumentSearch::CDocumentSearch(SearchSettings settings)
     : m_settings(std::move(settings)), m_search(TextRules(m_settings))

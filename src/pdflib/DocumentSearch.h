@@ -20,6 +20,9 @@ struct SearchedDocument {
     ReportEntry entry;
 };
 
+/// What a rule as it is kept looks for.
+[[nodiscard]] TextRule TextRuleOf(const SearchRule& rule);
+
 /// Rules that are compiled once and then used for any number of documents.
 class CDocumentSearch {
 public:

@@ -1,0 +1,53 @@
+// The new file name of an open document.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Expected.h"
+#include "common/RegularExpression.h"
+#include "naming/NameText.h"
+#include "naming/RenameSettings.h"
+#include "pdflib/AcrobatDoc.h"
+#include "pdflib/TextSearch.h"
+#include "platform/Clock.h"
+
+/// What names can tell of where they are made. UTF-8.
+struct NameSurroundings {
+    platform::LocalTime time{};
+    std::string user, computer;
+};
+
+/// Settings that are compiled once and then used for any number of documents.
+class CNameBuilder {
+public:
+    /// Fails with a sentence that says which component or rule cannot be used.
+    [[nodiscard]] static Expected<CNameBuilder> From(const RenameSettings& settings);
+
+    /// The name without folder, with the extension of the document's file. `index`: the document's place in the list
+    /// of all inputs, from 0. Pages are read only for components that need their text. Fails with a sentence. Throws
+    /// CHostException.
+    [[nodiscard]] Expected<std::string> Build(const CAcrobatDoc& document, int index,
+                                              const NameSurroundings& surroundings) const;
+
+private:
+    struct Component {
+        CFileNamePart part;
+        std::optional<CTextSearch> search;
+        std::optional<CRegularExpression> beforeLookup;
+        std::vector<Component> children;
+    };
+    struct Naming;
+
+    static Expected<std::vector<Component>> Compile(const std::vector<CFileNamePart>& parts);
+    static std::string Prepare(Component& component);
+    static Expected<std::string> Joined(const std::vector<Component>& components, Naming& naming);
+    static Expected<std::string> TextOf(const Component& component, Naming& naming);
+    static Expected<std::string> Found(const Component& component, const Naming& naming);
+    static Expected<std::string> LookedUp(const Component& component, Naming& naming);
+
+    RenameSettings m_settings;
+    std::vector<Component> m_components;
+    CNameRules m_rules;
+};

@@ -5,9 +5,11 @@
 #include "protocol/Json.h"
 #include "protocol/Metadata.h"
 #include "protocol/ProtectOrder.h"
+#include "protocol/RenameOrder.h"
 #include "tools/MetadataWork.h"
 #include "tools/PropertiesWork.h"
 #include "tools/ProtectWork.h"
+#include "tools/RenameWork.h"
 
 namespace {
 
@@ -48,11 +50,19 @@ Expected<std::unique_ptr<CWork>> MakeMetadataChangeWork(const WorkDescription& d
     return std::unique_ptr<CWork>(std::make_unique<CMetadataWork>(std::move(*order)));
 }
 
+Expected<std::unique_ptr<CWork>> MakeRenameWork(const WorkDescription& description)
+{
+    const auto order = RenameOrderFrom(ParseObject(description.settings).value_or(Json::object()));
+    if (!order) return Failure(order.Error());
+    return std::unique_ptr<CWork>(std::make_unique<CRenameWork>(*order, WorkFilePath(description, kRenameList)));
+}
+
 constexpr WorkKind kKinds[] = {{kSequenceWork, MakeSequenceWork},
                                {kSearchWork, MakeSearchWork},
                                {kProtectWork, MakeProtectWork},
                                {kMetadataWork, MakeMetadataWork},
-                               {kMetadataChangeWork, MakeMetadataChangeWork}};
+                               {kMetadataChangeWork, MakeMetadataChangeWork},
+                               {kRenameWork, MakeRenameWork}};
 
 }  // namespace
 

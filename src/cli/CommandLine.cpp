@@ -15,6 +15,7 @@
 #include "cli/LogCommand.h"
 #include "cli/MetadataCommand.h"
 #include "cli/ProtectCommand.h"
+#include "cli/RenameCommand.h"
 #include "cli/RunCommands.h"
 #include "cli/SearchCommand.h"
 #include "cli/SequenceCommands.h"
@@ -53,6 +54,7 @@ CommandFunction FunctionOf(const std::string& name)
         {"merge", MergeCommand},
         {"undo", UndoCommand},
         {"protect", ProtectCommand},
+        {"rename", RenameCommand},
         {"metadata show", MetadataShowCommand},
         {"metadata export", MetadataExportCommand},
         {"metadata set", MetadataSetCommand},

@@ -1,5 +1,6 @@
 // The rows of the command table, one function for each command; those of run, plan and merge are in RunRows, that of
-// protect in ProtectRows, those of search and text in SearchRows, those of index in IndexRows.
+// protect in ProtectRows, that of rename in RenameRows, those of search and text in SearchRows, those of index in
+// IndexRows.
 #pragma once
 
 #include "cli/CommandTable.h"
@@ -11,6 +12,7 @@ CommandRow PlanRow();
 CommandRow MergeRow();
 CommandRow UndoRow();
 CommandRow ProtectRow();
+CommandRow RenameRow();
 CommandRow MetadataShowRow();
 CommandRow MetadataExportRow();
 CommandRow MetadataSetRow();

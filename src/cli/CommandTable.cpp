@@ -18,6 +18,7 @@ const std::vector<CommandRow>& Commands()
         MetadataExportRow(),
         MetadataSetRow(),
         MetadataImportRow(),
+        RenameRow(),
         SearchRow(),
         TextRow(),
         IndexCreateRow(),

@@ -247,13 +247,19 @@ void RequirePlace(const CArguments& arguments, const std::string& results)
                                               "own, or --in-place to replace the inputs");
 }
 
-RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs)
+RunDescription ReadResultPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs)
 {
     RunDescription request;
     request.work = std::move(work);
     request.inputs = std::move(inputs);
     if (arguments.Has("--output")) request.outputFolder = ExistingPath(arguments.Text("--output"));
     request.keepOriginals = ReadKeptFolder(arguments, request);
+    return request;
+}
+
+RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs)
+{
+    RunDescription request = ReadResultPlaces(arguments, std::move(work), std::move(inputs));
     request.noSubfolders = arguments.Has("--no-subfolders");
     request.minAgeSeconds = static_cast<int>(arguments.Number("--min-age"));
     request.acceptDamaged = arguments.Has("--accept-damaged");

@@ -51,6 +51,9 @@ void RequirePlace(const CArguments& arguments, const std::string& results);
 /// inputs, and which of them are taken.
 RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs);
 
+/// Of these only where results go and what is kept of the inputs, for work that takes its inputs from a list.
+RunDescription ReadResultPlaces(const CArguments& arguments, WorkDescription work, std::vector<std::string> inputs);
+
 /// The options of a whole run, all but those that say how to report.
 RunOptions ReadRun(const CArguments& arguments, RunDescription request);
 /// Options of "run" with a manifest.

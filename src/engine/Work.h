@@ -81,6 +81,7 @@ struct WorkFacts {
     bool inputsMayBeGone = false;
     bool usesOutputFolder = true;
     bool replacesInputs = false;  // results take the place of their inputs, output folder or not
+    bool movesInputs = false;     // processing a file gives it another name, and others of the run may get its name
     bool writesAnywhere = false;  // something named like the input may be written to any folder
     bool reports = false;         // what is found in the files goes into a report on all of them
     bool startsPrograms = false;  // programs of others may do anything to files

@@ -230,6 +230,7 @@ private:
                               .outputsPerFile = facts.resultsPerFile,
                               .reports = facts.reports,
                               .startsPrograms = facts.startsPrograms,
+                              .movesInputs = facts.movesInputs,
                               .reach = std::move(reach),
                               .warnings = std::move(warnings)};
         m_services.report(LineOf(Json{{"plan", PlanReportJson(plan)}}));

@@ -152,7 +152,8 @@ Expected<RunOrder> RunOrderFrom(const Json& object)
 
 Json PlanReportJson(const PlanReport& plan)
 {
-    return {{"oneWorker", !plan.oneWorkerReason.empty()},
+    return {{"movesInputs", plan.movesInputs},
+            {"oneWorker", !plan.oneWorkerReason.empty()},
             {"oneWorkerReason", plan.oneWorkerReason},
             {"outputsPerFile", plan.outputsPerFile},
             {"reports", plan.reports},
@@ -173,6 +174,7 @@ PlanReport PlanReportFrom(const Json& object)
             .outputsPerFile = object.contains("outputsPerFile") ? CountAt(object, "outputsPerFile") : 1,
             .reports = FlagAt(object, "reports"),
             .startsPrograms = FlagAt(object, "startsPrograms", true),
+            .movesInputs = FlagAt(object, "movesInputs"),
             .reach = RunReachFrom(ObjectAt(object, "reach")),
             .warnings = TextsAt(object, "warnings")};
 }

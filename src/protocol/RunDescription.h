@@ -94,6 +94,7 @@ struct PlanReport {
     int outputsPerFile = 1;            ///< how many results the sequence writes for a file
     bool reports = false;              ///< a step reports what it finds in the files
     bool startsPrograms = false;       ///< a step may start programs, which may do anything to files
+    bool movesInputs = false;          ///< inputs get other names, also those of each other
     RunReach reach = {};               ///< without run and kept originals
     std::vector<std::string> warnings = {};
 };

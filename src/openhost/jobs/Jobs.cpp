@@ -6,6 +6,7 @@
 #include "openhost/app/AppState.h"
 #include "platform/FileDigest.h"
 #include "platform/Files.h"
+#include "protocol/RenameOrder.h"
 
 namespace openhost {
 
@@ -223,8 +224,11 @@ std::vector<FileOutput> CLedger::Outputs() const
 {
     std::vector<FileOutput> outputs;
     for (const Deed& deed : m_file.deeds) {
-        if (deed.finalAction || !deed.done || deed.act != Act::Put) continue;
-        std::erase_if(outputs, [&](const auto& output) { return output.path == deed.target; });
+        if (deed.finalAction || !deed.done || (deed.act != Act::Put && deed.act != Act::Move)) continue;
+        // What has got another name since is no longer where it was put.
+        std::erase_if(outputs,
+                      [&](const auto& output) { return output.path == deed.target || output.path == deed.file; });
+        if (deed.act == Act::Move && IsWaitingPlace(deed.target)) continue;
         outputs.push_back({deed.target, deed.sha256, deed.copy});
     }
     return outputs;
@@ -248,6 +252,15 @@ std::optional<FinalActionRecord> CLedger::FinalActionOf(FileOutcome outcome) con
     return action;
 }
 
+/// The act that gave the input another name; null when there was none.
+const CLedger::Deed* CLedger::OwnMove(const std::string& path) const
+{
+    const auto own = std::ranges::find_if(m_file.deeds, [&](const Deed& deed) {
+        return !deed.finalAction && deed.act == Act::Move && (deed.file == path || deed.file == WaitingPlaceOf(path));
+    });
+    return own == m_file.deeds.end() ? nullptr : &*own;
+}
+
 FileRecord CLedger::NewRecord(const std::string& path)
 {
     FileRecord record;
@@ -267,6 +280,8 @@ FileRecord CLedger::FileDone(const std::string& path, FileOutcome outcome, const
     record.outcome = outcome;
     record.message = TextFromBytes(message);
     record.outputs = Outputs();
+    // Another file may have had the input's name when the input began.
+    if (const Deed* const moved = OwnMove(record.path)) record.sha256 = moved->sha256;
     record.finalAction = FinalActionOf(outcome);
     record.signaturesBroken = m_file.signaturesBroken;
     const std::uint64_t now = m_clock();

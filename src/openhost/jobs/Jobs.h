@@ -134,6 +134,7 @@ private:
     void SettleLast();
     bool HasHappened(const Deed& deed);
     std::vector<FileOutput> Outputs() const;
+    const Deed* OwnMove(const std::string& path) const;
     std::optional<FinalActionRecord> FinalActionOf(FileOutcome outcome) const;
     FileRecord NewRecord(const std::string& path);
 

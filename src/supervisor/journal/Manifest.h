@@ -24,6 +24,7 @@ struct ManifestHeader {
     int unreadableFolders = 0;                              ///< whose files the plan had to leave out
     bool reports = false;                                   ///< a step reports what it finds in the files
     bool startsPrograms = false;                            ///< a step may start programs
+    bool movesInputs = false;                               ///< inputs get other names, also those of each other
     RunReach reach = {};                                    ///< complete
     int outputsPerFile = 1;                                 ///< how many results the work writes for a file
     std::vector<std::string> workHashes = {};               ///< SHA-256 of each file of the work; empty where unknown

@@ -179,6 +179,7 @@ void CPlanning::OnReport(const std::string& json, CManifestWriter* manifest)
         m_planned.header.outputsPerFile = plan.outputsPerFile;
         m_planned.header.reports = plan.reports;
         m_planned.header.startsPrograms = plan.startsPrograms;
+        m_planned.header.movesInputs = plan.movesInputs;
         m_planned.header.reach = std::move(plan.reach);
     }
 }

@@ -5,12 +5,14 @@
 
 #include "platform/FileDigest.h"
 #include "platform/Files.h"
+#include "protocol/RenameOrder.h"
 
 RunFacts ReadRunFacts(const ManifestHeader& manifest)
 {
     const RunDescription& description = manifest.order.description;
     return {.rules = {.hasFinalAction = description.finalAction != FinalAction::Nothing,
-                      .outputsPerFile = manifest.outputsPerFile},
+                      .outputsPerFile = manifest.outputsPerFile,
+                      .movesInputs = manifest.movesInputs},
             .reports = manifest.reports,
             .inputLeaves = VacatesInput(description.finalAction),
             .folders = manifest.reach.folders};
@@ -55,7 +57,9 @@ public:
             return std::move(m_point);
         }
         CollectOutputs();
-        if (m_intents.back().finalAction) {
+        if (m_rules.movesInputs) {
+            DecideNewName(m_intents.back());
+        } else if (m_intents.back().finalAction) {
             DecideFinalAction(m_intents.back());
         } else {
             DecideOutput(m_intents.back());
@@ -111,6 +115,20 @@ private:
                 return Unknowable("The processing was interrupted after the file had been moved or deleted.");
         }
         TakeBackOutputs();
+    }
+
+    /// Others are moved out of the way before the file itself is, so that the file is as it was until that is begun.
+    void DecideNewName(const Intent& last)
+    {
+        m_point.left = Left::Everything;
+        const bool isOwn = last.file == m_file.path || last.file == WaitingPlaceOf(m_file.path);
+        if (!isOwn || last.act != Act::Move || !Holds(last.target, last.sha256)) return;
+        const bool sourceThere = platform::NameExists(last.file) && !IsSamePath(last.file, last.target);
+        if (sourceThere && (last.replaces || !Holds(last.file, last.sha256))) return;
+        if (sourceThere && !platform::DeleteFile(last.file)) return;
+        m_point.left = Left::Nothing;
+        m_point.record.sha256 = last.sha256;
+        m_point.record.outputs.push_back({last.target, last.sha256, false});
     }
 
     bool IsWritten(const Intent& intent) const

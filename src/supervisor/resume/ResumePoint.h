@@ -32,6 +32,9 @@ struct ResumeRules {
     /// Complete results of a file are made once more rather than believed, where that leaves no trace: only the
     /// worker that is gone knew whether all steps had done their part.
     bool redoResults = false;
+    /// Processing a file gives it another name: the results are moves of the file itself, and of others that make
+    /// room.
+    bool movesInputs = false;
 };
 
 /// Touches nothing but the rest of an interrupted move: the source, once the target is complete. Compares contents by

@@ -314,6 +314,8 @@ CFilesForWorkers::Readiness CFilesForWorkers::TakeUpWhatWasBegun(FileInHand& han
 
 CFilesForWorkers::Readiness CFilesForWorkers::PrepareWhole(FileInHand& hand)
 {
+    // Another file may have its name by now, and it may wait under another one; only the worker knows.
+    if (m_parts.facts.rules.movesInputs) return Readiness::Ready;
     const auto stamp = platform::StampOf(hand.file.path);
     if (!stamp) return Skip(hand, FileOutcome::Skipped, "missing since plan");
     if (!IsAsPlanned(hand.file, *stamp)) return Skip(hand, FileOutcome::Skipped, "changed since plan");

@@ -1,0 +1,221 @@
+#include "tools/RenameWork.h"
+
+#include <set>
+#include <utility>
+
+#include "base/Names.h"
+#include "base/Text.h"
+#include "common/Log.h"
+#include "common/Progress.h"
+#include "common/SeparatedText.h"
+#include "platform/Files.h"
+
+namespace {
+
+using platform::Existing;
+using platform::FileResult;
+
+/// Others may take a free name before we do; then the next free one is tried, so often at most.
+constexpr int kTriesForName = 100;
+/// Whoever takes the run back looks at each of them for each file.
+constexpr std::size_t kMostFolders = 64;
+
+/// Two names of one file; a link is not the file that it leads to.
+bool IsVeryFile(const std::string& one, const std::string& other)
+{
+    if (one == other) return true;
+    if (platform::NameIsLink(one) || platform::NameIsLink(other)) return false;
+    const auto first = platform::StampOf(one), second = platform::StampOf(other);
+    return first && second && first->IsSameFile(*second);
+}
+
+}  // namespace
+
+std::string CRenameWork::Load(CLogWriter& log)
+{
+    std::string problem;
+    if (const auto text = ReadDecodedText(m_listPath); !text) {
+        problem = "it cannot be read (" + text.Error() + ").";
+    } else if (auto lines = ParseRenamePlan(text->utf8); !lines) {
+        problem = lines.Error();
+    } else {
+        m_lines = std::move(*lines);
+        log.NameValue("Character set of the list of new names", text->set, 1);
+        if (m_lines.empty()) problem = "it lists no file.";
+        if (const auto list = ListFor({}); problem.empty() && !list) problem = list.Error();
+    }
+    if (problem.empty()) return {};
+    problem = "The " + std::string(kRenameList) + ' ' + m_listPath + " cannot be used: " + problem;
+    log.NameValue("Renaming is rejected", problem, 1);
+    return problem;
+}
+
+Expected<CRenameList> CRenameWork::ListFor(const std::string& folder) const
+{
+    return CRenameList::From(m_lines, FolderOf(m_listPath), folder);
+}
+
+Expected<std::vector<std::string>> CRenameWork::InputPlaces(const ExecutorSettings& settings,
+                                                            const std::vector<std::string>&, Asking,
+                                                            CLogWriter& log) const
+{
+    const auto list = ListFor(settings.alternativeOutputPath);
+    if (!list) return Failure(list.Error());
+    std::vector<std::string> places;
+    for (const PlannedRename& file : list->InOrder()) places.push_back(file.from);
+    log.NameNumber("Number of listed files", static_cast<long long>(places.size()), 1);
+    return places;
+}
+
+/// What must not be there when a new run begins.
+std::string CRenameWork::PlanProblem(const CRenameList& list) const
+{
+    for (const PlannedRename& file : list.InOrder()) {
+        if (platform::FolderExists(file.from))
+            return file.from + " is a folder; only files can be renamed. Take it out of the list.";
+        const std::string place = WaitingPlaceOf(file.waits);
+        if (!file.waits.empty() && platform::NameExists(place))
+            return "An earlier run was interrupted while " + file.waits + " stood under the name " + place +
+                   ". Go on with that run (--resume) or take it back with \"ferrule undo\".";
+    }
+    return {};
+}
+
+WorkFacts CRenameWork::Facts(const PlanRequest& request) const
+{
+    WorkFacts facts{.noun = "renaming", .inputsMayBeGone = true, .movesInputs = true, .resultsPerFile = 1};
+    const auto list = ListFor(request.settings.alternativeOutputPath);
+    if (!list) {
+        facts.objection = list.Error();
+        return facts;
+    }
+    facts.objection = PlanProblem(*list);
+    if (list->Depends())
+        facts.oneWorkerReason = "New names depend on each other, so that one process gives them in order.";
+    std::set<std::string> folders;
+    for (const PlannedRename& file : list->InOrder())
+        if (!file.to.empty() && FolderOf(file.to) != FolderOf(file.from)) folders.insert(FolderOf(file.to));
+    facts.writesAnywhere = folders.size() > kMostFolders;
+    if (!facts.writesAnywhere)
+        for (const std::string& folder : folders) facts.results.push_back({.folder = folder});
+    return facts;
+}
+
+void CRenameWork::Begin(const WorkServices& services)
+{
+    m_run.emplace(services);
+    if (auto list = ListFor(services.settings.alternativeOutputPath)) m_list.emplace(std::move(*list));
+}
+
+ProcessedFile CRenameWork::Process(const std::string& path, int number)
+{
+    m_run->progress.SetOperationText(path);
+    m_run->progress.SetCurrentValue(number);
+    ProcessedFile file{.path = path};
+    const PlannedRename* const rename = m_list ? m_list->Find(path) : nullptr;
+    if (!rename) {
+        file.outcome = FileOutcome::Failed;
+        file.message = "It is not in the list of new names.";
+    } else if (rename->to.empty() && rename->problem.empty()) {
+        m_run->log.Line(path + " has been skipped - no valid output filename specified");
+        file.outcome = FileOutcome::Skipped;
+        file.message = "It has been skipped - no valid output filename specified.";
+    } else if (!rename->problem.empty()) {
+        Fail(file, rename->to, platform::Failure(platform::FileProblem::NotARegularFile).errorNumber,
+             rename->problem);
+    } else {
+        Rename(*rename, file);
+    }
+    return file;
+}
+
+void CRenameWork::Rename(const PlannedRename& rename, ProcessedFile& file)
+{
+    const std::string place = WaitingPlaceOf(rename.from);
+    const bool waited = platform::NameExists(place);
+    const std::string& from = waited ? place : rename.from;
+    if (!waited && rename.from == rename.to && platform::NameExists(from)) {
+        m_run->log.Line(file.path + " has been renamed to " + rename.to);
+        return;
+    }
+    if (!platform::NameExists(from))
+        return Fail(file, rename.to, platform::Failure(platform::FileProblem::Missing).errorNumber,
+                    "The file is gone.");
+    if (!MakeRoom(rename, file)) return;
+    std::string target = rename.to, problem;
+    const FileResult moved = Move(from, rename, target, problem);
+    if (moved) {
+        m_left.insert(rename.from);
+        m_run->log.Line(file.path + " has been renamed to " + target);
+        if (target != rename.to) file.message = "Its new name was taken; it is " + FileName(target) + " now.";
+        return;
+    }
+    Fail(file, target, moved.errorNumber, problem);
+    if (!rename.waits.empty()) (void)platform::MoveFile(WaitingPlaceOf(rename.waits), rename.waits, Existing::Fail);
+    // Its name may be another's by now, and going on with the run finds it where it is.
+    if (waited) file.message += " It stands under the name " + place + " until --resume --retry-failed or an undo.";
+}
+
+/// `problem`: why not, a sentence.
+FileResult CRenameWork::Move(const std::string& from, const PlannedRename& rename, std::string& target,
+                             std::string& problem) const
+{
+    const bool isOwn = IsVeryFile(from, target);
+    if (!isOwn && m_order.overwrite && platform::NameExists(target) && IsOfThisRun(rename)) {
+        problem = "The name is taken by a file of this run, which is not replaced.";
+        return platform::Failure(platform::FileProblem::Exists);
+    }
+    if (!isOwn && IsStillToLeave(target)) {
+        problem = "The name is that of a file of the list which has not got its own new name.";
+        return platform::Failure(platform::FileProblem::Exists);
+    }
+    const Existing existing = isOwn || m_order.overwrite ? Existing::Replace : Existing::Fail;
+    FileResult moved = platform::MoveFile(from, target, existing);
+    for (int tries = 0; tries < kTriesForName && existing == Existing::Fail &&
+                        platform::ProblemOf(moved) == platform::FileProblem::Exists;
+         ++tries) {
+        target = UniqueUnderscore(rename.to, platform::NameExists);
+        moved = platform::MoveFile(from, target, existing);
+    }
+    if (!moved) problem = platform::ErrorText(moved.errorNumber) + '.';
+    return moved;
+}
+
+bool CRenameWork::IsStillToLeave(const std::string& path) const
+{
+    const PlannedRename* const other = m_list->Find(path);
+    if (!other || other->to.empty() || !other->problem.empty() || other->to == other->from) return false;
+    return platform::NameExists(path) && !m_left.contains(other->from);
+}
+
+/// Whether what stands under the new name is an input, or has got the name in this run.
+bool CRenameWork::IsOfThisRun(const PlannedRename& rename) const
+{
+    if (m_list->IsInput(rename.to)) return true;
+    return !rename.sameName.empty() && IsVeryFile(rename.sameName, rename.to);
+}
+
+/// False, and the file has failed, when who has the name cannot go.
+bool CRenameWork::MakeRoom(const PlannedRename& rename, ProcessedFile& file)
+{
+    if (rename.waits.empty() || !platform::NameExists(rename.waits)) return true;
+    const std::string place = WaitingPlaceOf(rename.waits);
+    if (platform::NameExists(place)) return true;  // an earlier start of the run has done it
+    const FileResult moved = platform::MoveFile(rename.waits, place, Existing::Fail);
+    if (moved) m_left.insert(rename.waits);
+    if (moved) return true;
+    Fail(file, rename.to, moved.errorNumber,
+         rename.waits + ", which has the name, cannot be moved (" + platform::ErrorText(moved.errorNumber) + ").");
+    return false;
+}
+
+void CRenameWork::Fail(ProcessedFile& file, const std::string& target, int errorNumber,
+                       const std::string& reason) const
+{
+    const std::string what =
+        " failed to be renamed to " + target + " (error code: " + std::to_string(errorNumber) + ')';
+    m_run->log.Line(file.path + what);
+    m_run->log.NameValue("Reason", reason, 1);
+    file.outcome = FileOutcome::Failed;
+    file.message = "It" + what + ". " + reason;
+}

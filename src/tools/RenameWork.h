@@ -1,0 +1,49 @@
+// Gives many files the names of a list.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "engine/Work.h"
+#include "protocol/RenameOrder.h"
+#include "tools/RenameList.h"
+
+/// Renames each file of a list, or moves it, so that swaps, chains and cycles of names come out as they are written.
+/// No document is opened. Neither an input nor a result of the run is ever replaced; another file only when the order
+/// says so. Whatever fails leaves the file where it is.
+class CRenameWork final : public CWork {
+public:
+    /// `listPath`: a list as ParseRenamePlan takes it.
+    CRenameWork(RenameOrder order, std::string listPath) : m_order(order), m_listPath(std::move(listPath)) {}
+
+    [[nodiscard]] std::string Load(CLogWriter& log) override;
+    [[nodiscard]] std::string Refusal(CLogWriter&) override { return {}; }
+    [[nodiscard]] std::vector<std::string> Extensions(CLogWriter&) const override { return {"*"}; }
+    [[nodiscard]] Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
+                                                                 const std::vector<std::string>& extensions,
+                                                                 Asking asking, CLogWriter& log) const override;
+    [[nodiscard]] WorkFacts Facts(const PlanRequest& request) const override;
+    void Begin(const WorkServices& services) override;
+    [[nodiscard]] ProcessedFile Process(const std::string& path, int number) override;
+
+private:
+    [[nodiscard]] Expected<CRenameList> ListFor(const std::string& folder) const;
+    [[nodiscard]] std::string PlanProblem(const CRenameList& list) const;
+    void Rename(const PlannedRename& rename, ProcessedFile& file);
+    [[nodiscard]] bool MakeRoom(const PlannedRename& rename, ProcessedFile& file);
+    [[nodiscard]] bool IsStillToLeave(const std::string& path) const;
+    [[nodiscard]] platform::FileResult Move(const std::string& from, const PlannedRename& rename, std::string& target,
+                                            std::string& problem) const;
+    [[nodiscard]] bool IsOfThisRun(const PlannedRename& rename) const;
+    void Fail(ProcessedFile& file, const std::string& target, int errorNumber, const std::string& reason) const;
+
+    RenameOrder m_order;
+    std::string m_listPath;
+    std::vector<RenameLine> m_lines;
+    std::optional<CRenameList> m_list;       // once the output folder is known
+    std::unordered_set<std::string> m_left;  // inputs that no longer have their names
+    std::optional<WorkServices> m_run;
+};

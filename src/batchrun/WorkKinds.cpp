@@ -7,6 +7,7 @@
 #include "protocol/ProtectOrder.h"
 #include "protocol/RenameOrder.h"
 #include "tools/MetadataWork.h"
+#include "tools/NamingWork.h"
 #include "tools/PropertiesWork.h"
 #include "tools/ProtectWork.h"
 #include "tools/RenameWork.h"
@@ -57,11 +58,16 @@ Expected<std::unique_ptr<CWork>> MakeRenameWork(const WorkDescription& descripti
     return std::unique_ptr<CWork>(std::make_unique<CRenameWork>(*order, WorkFilePath(description, kRenameList)));
 }
 
-constexpr WorkKind kKinds[] = {{kSequenceWork, MakeSequenceWork},
-                               {kSearchWork, MakeSearchWork},
-                               {kProtectWork, MakeProtectWork},
-                               {kMetadataWork, MakeMetadataWork},
-                               {kMetadataChangeWork, MakeMetadataChangeWork},
+Expected<std::unique_ptr<CWork>> MakeNamingWork(const WorkDescription& description)
+{
+    return std::unique_ptr<CWork>(
+        std::make_unique<CNamingWork>(NamingOrderFrom(ParseObject(description.settings).value_or(Json::object())),
+                                      WorkFilePath(description, kNamingSettings)));
+}
+
+constexpr WorkKind kKinds[] = {{kSequenceWork, MakeSequenceWork}, {kSearchWork, MakeSearchWork},
+                               {kProtectWork, MakeProtectWork},   {kMetadataWork, MakeMetadataWork},
+                               {kNamingWork, MakeNamingWork},     {kMetadataChangeWork, MakeMetadataChangeWork},
                                {kRenameWork, MakeRenameWork}};
 
 }  // namespace

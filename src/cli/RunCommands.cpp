@@ -90,7 +90,7 @@ int RunOfSequence(const CArguments& arguments, const Screen& screen)
 
 }  // namespace
 
-int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen)
+int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen, bool goesOn)
 {
     RefuseTwoKindsOfData(arguments);
     FitWorkers(options.engine, arguments, screen);
@@ -103,7 +103,7 @@ int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& 
     CRunPrinter printer(screen, print);
     const RunResult result = RunPlanned(options, printer);
     return Conclude(result, printer, arguments, screen,
-                    {.dryRun = options.dryRun, .canResume = true, .kept = result.recordPath});
+                    {.dryRun = options.dryRun, .canResume = goesOn, .kept = result.recordPath});
 }
 
 int RunCommand(const CArguments& arguments, const Screen& screen)

@@ -13,6 +13,7 @@ int PlanCommand(const CArguments& arguments, const Screen& screen);
 int MergeCommand(const CArguments& arguments, const Screen& screen);
 
 /// Does a whole run and reports on it as "run" does, as far as the command has these options. The exit code.
-int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen);
+/// `goesOn`: whether the same command goes on with the run, by --resume.
+int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen, bool goesOn = true);
 
 }  // namespace cli

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace platform {
 
@@ -32,6 +33,10 @@ int OnDeepStack(const std::function<int()>& work);
 void CountInterrupts();
 /// How many there were so far.
 int Interrupts();
+
+/// Who runs this process, and on which machine; UTF-8, empty when the system does not tell.
+std::string UserName();
+std::string ComputerName();
 
 /// The machine's memory in bytes.
 struct MemoryStatus {

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <pthread.h>
+#include <pwd.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
@@ -16,6 +17,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "base/Unicode.h"
 #include "platform/Paths.h"
 #include "platform/Processes_posix.h"
 #include "platform/ThisProcess.h"
@@ -227,6 +229,18 @@ int TerminalWidth(StandardStream stream)
     winsize size{};
     if (ioctl(DescriptorOf(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
     return size.ws_col;
+}
+
+std::string UserName()
+{
+    const passwd* const user = getpwuid(getuid());
+    return user && user->pw_name ? SanitizeUtf8(user->pw_name) : std::string();
+}
+
+std::string ComputerName()
+{
+    char name[256] = {};
+    return gethostname(name, sizeof name - 1) == 0 ? SanitizeUtf8(name) : std::string();
 }
 
 }  // namespace platform

@@ -8,8 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
+#include <iterator>
 #include <limits>
 
+#include "base/Unicode.h"
 #include "platform/ThisProcess.h"
 #include "platform/Windows_win.h"
 
@@ -186,5 +188,21 @@ int TerminalWidth(StandardStream stream)
     const int width = facts.srWindow.Right - facts.srWindow.Left + 1;
     return width > 0 ? width : kUsualWidth;
 }
+
+namespace {
+
+using NameCall = BOOL(WINAPI*)(LPWSTR, LPDWORD);
+
+std::string NameOf(NameCall call)
+{
+    wchar_t name[256] = {};
+    DWORD length = std::size(name);
+    return call(name, &length) ? Utf16ToUtf8(reinterpret_cast<const char16_t*>(name)) : std::string();
+}
+
+}  // namespace
+
+std::string UserName() { return NameOf(&::GetUserNameW); }
+std::string ComputerName() { return NameOf(&::GetComputerNameW); }
 
 }  // namespace platform

@@ -1,6 +1,7 @@
 #include "protocol/RenameOrder.h"
 
 #include <cstdint>
+#include <utility>
 
 #include "base/Names.h"
 #include "base/Text.h"
@@ -9,6 +10,7 @@
 namespace {
 
 constexpr int kRenameOrderVersion = 1;
+constexpr char kNewName[] = "newName";
 constexpr std::string_view kWaitingPrefix = ".ferrule_waits_";
 constexpr std::size_t kWaitingDigits = 32;
 
@@ -47,4 +49,38 @@ bool IsWaitingPlace(std::string_view path)
 {
     const std::string name = FileName(path);
     return name.starts_with(kWaitingPrefix) && name.size() == kWaitingPrefix.size() + kWaitingDigits;
+}
+
+Json NamingOrderJson(const NamingOrder& order)
+{
+    Json object = {
+        {"name", order.name}, {"textCase", order.textCase}, {"longest", order.longest}, {"rules", Json::array()}};
+    for (const NamingOrder::Rule& rule : order.rules)
+        object["rules"].push_back(
+            {{"search", rule.search}, {"replace", rule.replace}, {"expression", rule.isExpression}});
+    return object;
+}
+
+NamingOrder NamingOrderFrom(const Json& object)
+{
+    NamingOrder order{.name = TextAt(object, "name"),
+                      .textCase = CountAt(object, "textCase"),
+                      .longest = CountAt(object, "longest")};
+    if (const Json* const rules = ArrayAt(object, "rules"))
+        for (const Json& rule : *rules)
+            order.rules.push_back({TextAt(rule, "search"), TextAt(rule, "replace"), FlagAt(rule, "expression")});
+    return order;
+}
+
+Json NewNameJson(const NewName& name)
+{
+    return Json::array({{{kNewName, name.name}, {"overwrite", name.overwrite}}});
+}
+
+std::optional<NewName> NewNameFrom(const Json& findings)
+{
+    for (const Json& finding : findings)
+        if (std::string name = TextAt(finding, kNewName); !name.empty())
+            return NewName{std::move(name), FlagAt(finding, "overwrite")};
+    return std::nullopt;
 }

@@ -1,4 +1,6 @@
 """`ferrule rename`: new names come out as the list says, nothing is lost, and undo gives back the same folder."""
+import csv
+import io
 import os
 import random
 import signal
@@ -6,6 +8,7 @@ import time
 import unittest
 
 from commandline import CommandPlace, records
+from unattended import pdf_of_pages
 
 KILLS = max(int(os.environ.get("FERRULE_KILLS", "200")) // 8, 3)
 # Files that are there, lines of the list, more words of the command; then the files that are there with their
@@ -56,6 +59,25 @@ class Rename(unittest.TestCase):
 
     def rename(self, code, *words):
         return self.place.expect(code, "rename", "--apply", self.plan, *words)
+
+    def test_names_come_from_what_is_in_the_documents(self):
+        for name, title in (("1.pdf", "Offer $(touch x)"), ("2.pdf", "A/B: C?"), ("3.pdf", "A/B: C?"), ("4.pdf", "")):
+            (self.place.input / name).write_bytes(pdf_of_pages([("/MediaBox[0 0 9 9]", "")] * 2, {"Title": title}))
+        (self.place.input / "5.pdf").write_bytes(b"no document")
+        words = ["rename", self.place.input, "--name", "<title>", "--replace", "C=c_", "--replace-regex", r"(\w)\s+(\w)=\1-\2", "--case", "upper"]
+        before = {path: path.read_bytes() for path in self.place.input.iterdir()}
+        told = self.place.expect(3, *words, "--dry-run").output
+        rows = {row["Input File"][-5:]: row["Output Filename"] for row in csv.DictReader(io.StringIO(told.lstrip("\ufeff")))}
+        self.assertEqual(rows, {"1.pdf": "OFFER $(TOUCH-X).pdf", "2.pdf": "AB C_.pdf", "3.pdf": "AB C_.pdf", "4.pdf": "", "5.pdf": ""})
+        self.assertEqual({path: path.read_bytes() for path in self.place.input.iterdir()}, before)
+        result = self.place.expect(3, *words, "--record", self.place.root / "record")
+        self.assertIn("Filename is empty. Please verify settings and input document content.", result.errors)
+        self.assertEqual(self.place.names(self.place.input), ["4.pdf", "5.pdf", "AB C_.pdf", "AB C__1.pdf", "OFFER $(TOUCH-X).pdf"])
+        plan = result.errors.split("--apply ")[1].split(" --resume")[0]
+        self.assertIn("--apply", self.place.expect(2, *words, "--resume").errors)
+        self.place.expect(3, "rename", "--apply", plan, "--resume")
+        self.place.expect(0, "undo", self.place.root / "record")
+        self.assertEqual({path: path.read_bytes() for path in self.place.input.iterdir()}, before)
 
     def test_each_list_comes_out_as_written_and_undo_gives_back_the_same(self):
         for number, (what, (names, lines, more, wanted, code, told)) in enumerate(PLANS.items()):

@@ -24,6 +24,7 @@
 #include "platform/ThisProcess.h"
 #include "protocol/Json.h"
 #include "protocol/RunDescription.h"
+#include "protocol/RunReach.h"
 #include "support/TestProcess.h"
 
 namespace {
@@ -135,6 +136,7 @@ private:
                   {"oneWorkerReason", m_sequence == "one worker" ? "for a reason" : ""},
                   {"tooYoung", 0},
                   {"unreadableFolders", IsBlind() ? 1 : 0},
+                  {"reach", RunReachJson({.inputs = {folder}, .folders = {m_run.outputFolder, m_run.destination}})},
                   {"warnings", Json::array()}}}}}});
         return "finished";
     }

@@ -80,7 +80,10 @@ std::string CChangingWork::Open(CAcrobatDoc& document, const std::string& path) 
 
 void CChangingWork::ChangeOpen(CAcrobatDoc& document, ProcessedFile& file) const
 {
-    if (const auto error = CatchHostError([&] { file.loss = document.Loss(); }))
+    // Finding that out takes a look at every object.
+    if (const auto error = CatchHostError([&] {
+            if (WritesWhole(document)) file.loss = document.Loss();
+        }))
         return Fail(file, kCannotOpen, error->text);
     if (m_run->settings.acceptDamaged) file.message = std::exchange(file.loss, {});
     if (m_rules.inPlace && !file.loss.empty())

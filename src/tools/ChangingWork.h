@@ -47,6 +47,8 @@ protected:
     [[nodiscard]] virtual Expected<Applied> Apply(CAcrobatDoc& document, ProcessedFile& file) const = 0;
     /// Why a signed document must not be changed; empty when it may.
     [[nodiscard]] virtual std::string SignatureObjection(const CAcrobatDoc& document) const;
+    /// Whether the document is going to be written as a whole, so that what it lost to damage would be lost for good.
+    [[nodiscard]] virtual bool WritesWhole(const CAcrobatDoc&) const { return true; }
     /// The flags of a save in place besides the document's own.
     [[nodiscard]] virtual int SaveFlags() const { return 0; }
     /// What planning tells besides.

@@ -49,7 +49,9 @@ Expected<CChangingWork::Applied> CMetadataWork::Apply(CAcrobatDoc& document, Pro
 void CMetadataWork::AskToAppend(const CAcrobatDoc& document, ProcessedFile& file) const
 {
     const bool isSigned = JobDocumentSigned(document.Document()).value_or(false);
-    if (!JobNextSaveAppends(document.Document(), isSigned && !Rules().breakSignatures)) return;
+    // Nobody has looked yet whether writing it as a whole would cost something.
+    const bool only = !WritesWhole(document) || (isSigned && !Rules().breakSignatures);
+    if (!JobNextSaveAppends(document.Document(), only)) return;
     const std::string obstacle = JobAppendObstacle(document.Document()).value_or(std::string());
     if (obstacle.empty()) return;
     const std::string whole = "The whole document was written anew, because " + obstacle + '.';
@@ -57,9 +59,13 @@ void CMetadataWork::AskToAppend(const CAcrobatDoc& document, ProcessedFile& file
     if (file.message.empty()) file.message = whole;
 }
 
+bool CMetadataWork::WritesWhole(const CAcrobatDoc& document) const
+{
+    return JobAppendObstacle(document.Document()) != std::string();
+}
+
 std::string CMetadataWork::SignatureObjection(const CAcrobatDoc& document) const
 {
-    const bool mayBeAppended =
-        JobDocumentCertified(document.Document()) == false && JobAppendObstacle(document.Document()) == std::string();
+    const bool mayBeAppended = JobDocumentCertified(document.Document()) == false && !WritesWhole(document);
     return mayBeAppended ? std::string() : CChangingWork::SignatureObjection(document);
 }

@@ -14,6 +14,7 @@ public:
 
 protected:
     [[nodiscard]] Expected<Applied> Apply(CAcrobatDoc& document, ProcessedFile& file) const override;
+    [[nodiscard]] bool WritesWhole(const CAcrobatDoc& document) const override;
     [[nodiscard]] std::string SignatureObjection(const CAcrobatDoc& document) const override;
 
 private:

@@ -179,7 +179,7 @@ void CheckUnchanged(const CPdfDocument::State& state, const std::string& target)
 
 void CopySource(CPdfDocument::State& state, COutputFile& file, CSaveProgress& progress)
 {
-    constexpr std::size_t kPieceOfCopy = 1 << 20;
+    constexpr std::size_t kPieceOfCopy = 64 * 1024;
     InputSource& source = *state.source;
     source.seek(0, SEEK_END);
     const qpdf_offset_t size = std::max<qpdf_offset_t>(source.tell(), 1);

@@ -214,7 +214,7 @@ std::string Compared(const std::string& path, QPDF& original, const std::vector<
 /// `length` bytes of `source` stand at the beginning of `written`, and `rest` behind them.
 bool ContinuesWith(InputSource& written, InputSource& source, qpdf_offset_t length, const std::string& rest)
 {
-    constexpr std::size_t kPieceOfFile = 256 * 1024;
+    constexpr std::size_t kPieceOfFile = 64 * 1024;
     std::string wanted(kPieceOfFile, '\0'), found(kPieceOfFile, '\0');
     source.seek(0, SEEK_SET);
     written.seek(0, SEEK_SET);

@@ -1,5 +1,9 @@
 #include "base/Xml.h"
 
+#include <charconv>
+#include <cstdint>
+#include <optional>
+
 #include "base/Unicode.h"
 
 namespace {
@@ -36,6 +40,24 @@ std::string EscapedText(std::string_view utf8, bool inAttribute)
     return xml;
 }
 
+/// What stands between "&" and ";"; nothing when it is no reference.
+std::optional<char32_t> Referenced(std::string_view name)
+{
+    if (!name.starts_with('#')) {
+        for (const XmlReference& reference : kReferences)
+            if (name == std::string_view(reference.text).substr(1, std::string_view(reference.text).size() - 2))
+                return reference.character;
+        return std::nullopt;
+    }
+    const bool isHexadecimal = name.starts_with("#x");
+    name.remove_prefix(isHexadecimal ? 2 : 1);
+    std::uint32_t number = 0;
+    const auto [end, error] =
+        std::from_chars(name.data(), name.data() + name.size(), number, isHexadecimal ? 16 : 10);
+    const bool whole = error == std::errc() && end == name.data() + name.size();
+    return whole && IsXmlCharacter(number) ? std::optional<char32_t>(number) : std::nullopt;
+}
+
 }  // namespace
 
 bool IsXmlCharacter(char32_t character)
@@ -56,3 +78,22 @@ bool IsXmlText(std::string_view bytes)
 
 std::string XmlEscaped(std::string_view utf8) { return EscapedText(utf8, false); }
 std::string XmlAttributeValue(std::string_view utf8) { return EscapedText(utf8, true); }
+
+std::string XmlUnescaped(std::string_view xml)
+{
+    constexpr std::size_t kLongestReference = 12;
+    std::string text;
+    for (std::size_t at = 0; at < xml.size(); ++at) {
+        const std::size_t end = xml[at] == '&' ? xml.find(';', at) : xml.npos;
+        const auto character = end != xml.npos && end - at <= kLongestReference
+                                   ? Referenced(xml.substr(at + 1, end - at - 1))
+                                   : std::nullopt;
+        if (character) {
+            AppendUtf8(text, *character);
+            at = end;
+        } else {
+            text += xml[at];
+        }
+    }
+    return text;
+}

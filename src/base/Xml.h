@@ -11,5 +11,7 @@
 
 /// A text inside an element. What XML cannot hold is left out.
 [[nodiscard]] std::string XmlEscaped(std::string_view utf8);
+/// The way back, from inside an element or an attribute; a reference to something unknown stays as it is.
+[[nodiscard]] std::string XmlUnescaped(std::string_view xml);
 /// The value of an attribute between double quotes; blanks of all kinds come back as they are.
 [[nodiscard]] std::string XmlAttributeValue(std::string_view utf8);

@@ -218,7 +218,8 @@ namespace {
 ASInt32 GetInfo(PDDoc document, const char* key, char* buffer, ASInt32 size)
 {
     Require(key && *key, "an information entry needs a key");
-    const std::string value = Translated([&] { return DocumentAt(document).pdf.Info(key).value_or(std::string()); });
+    const std::string value =
+        Translated([&] { return DocumentAt(document).pdf.InfoOrMetadata(key).value_or(std::string()); });
     if (buffer && size > 0) {
         const std::size_t copied = std::min(value.size(), static_cast<std::size_t>(size));
         std::memcpy(buffer, value.data(), copied);

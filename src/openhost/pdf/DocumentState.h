@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -48,6 +49,7 @@ struct CPdfDocument::State {
     std::optional<std::string> loss;  // what of the file cannot be had, for people; nothing until somebody asks
     std::optional<int> pageCount;
     std::set<std::string> changedInfo;
+    std::optional<std::map<std::string, std::string>> packetTexts;  // what the metadata packet of the file says
     std::optional<std::string> writtenWhole;  // why the last save wrote the whole document; empty: it appended
 
     /// The library's document, of the file as last saved.

@@ -236,6 +236,20 @@ std::optional<std::string> CPdfDocument::Info(const std::string& key)
     });
 }
 
+std::optional<std::string> CPdfDocument::InfoOrMetadata(const std::string& key)
+{
+    auto value = Info(key);
+    State& state = *m_state;
+    if (value || state.changedInfo.contains(key)) return value;
+    return Guarded(state.description, PdfProblem::Damaged, [&]() -> std::optional<std::string> {
+        if (!state.packetTexts)
+            state.packetTexts = TextsInPacket(MetadataPacket(state.Current()).value_or(std::string()));
+        const auto found = state.packetTexts->find(key);
+        if (found == state.packetTexts->end()) return std::nullopt;
+        return QPDFObjectHandle::newUnicodeString(found->second).getStringValue();
+    });
+}
+
 std::vector<std::string> CPdfDocument::InfoKeys()
 {
     return Guarded(m_state->description, PdfProblem::Damaged, [&] {

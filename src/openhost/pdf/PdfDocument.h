@@ -188,6 +188,8 @@ public:
 
     /// The value's bytes: PDFDocEncoding, or UTF-16BE behind its mark. Nothing when absent or not a string.
     std::optional<std::string> Info(const std::string& key);
+    /// The same; what the information does not have is taken from the metadata packet, unless it was just taken away.
+    std::optional<std::string> InfoOrMetadata(const std::string& key);
     std::vector<std::string> InfoKeys();
     /// Key without a slash; unknown keys are added, an empty value takes the entry away. Marks modified.
     /// Fails: NotPermitted; UnsupportedInput for an empty key or one with a number sign.

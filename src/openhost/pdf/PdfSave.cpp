@@ -290,6 +290,7 @@ void MoveTo(CPdfDocument::State& state, const std::string& target, bool pretende
     state.modified = state.maySave = state.moreThanInfo = false;
     state.contentChanged = pretended;
     state.changedInfo.clear();
+    state.packetTexts.reset();
     state.reload = !pretended;
 }
 

@@ -249,7 +249,44 @@ public:
         return edit;
     }
 
+    /// What the packet says under a name; of several statements the first.
+    std::optional<std::string> TextOf(std::string_view space, std::string_view name) const
+    {
+        for (std::size_t at = 0; at < m_elements.size(); ++at) {
+            const XmlElement& element = m_elements[at];
+            if (element.parent && IsDescription(*element.parent) && Is(at, space, name)) return TextIn(at);
+            if (!IsDescription(at)) continue;
+            for (const XmlAttribute& attribute : element.attributes)
+                if (attribute.name.find(':') != std::string_view::npos && XmlLocalName(attribute.name) == name &&
+                    XmlNamespace(m_elements, at, attribute.name) == space)
+                    return XmlUnescaped(attribute.value);
+        }
+        return std::nullopt;
+    }
+
 private:
+    /// A plain text, the default of an alternative, or all of a list.
+    std::string TextIn(std::size_t statement) const
+    {
+        std::string joined;
+        bool isPlain = true;
+        for (std::size_t at = statement + 1;
+             at < m_elements.size() && m_elements[at].begin < m_elements[statement].end; ++at) {
+            isPlain = false;
+            if (!Is(at, kRdf, "li")) continue;
+            const bool isAlternative = m_elements[at].parent && Is(*m_elements[at].parent, kRdf, "Alt");
+            if (isAlternative && LanguageOf(at) == "x-default") return ContentOf(at);
+            if (!isAlternative || joined.empty()) joined += (joined.empty() ? "" : "; ") + ContentOf(at);
+        }
+        return isPlain ? ContentOf(statement) : joined;
+    }
+    std::string ContentOf(std::size_t at) const
+    {
+        const XmlElement& element = m_elements[at];
+        if (element.contentEnd < element.content) return {};
+        return XmlUnescaped(m_text.substr(element.content, element.contentEnd - element.content));
+    }
+
     /// Whether a description would be left with nothing but its subject.
     bool SaysNothingElse(std::size_t description, std::size_t statement) const
     {
@@ -391,6 +428,21 @@ std::optional<XmpProperty> XmpCounterpart(std::string_view infoKey, const std::s
         return property;
     }
     return std::nullopt;
+}
+
+std::map<std::string, std::string> TextsInPacket(std::string_view packet)
+{
+    std::map<std::string, std::string> texts;
+    const auto elements = ReadXmlElements(packet);
+    if (!elements) return texts;
+    const CPacket view(packet, *elements);
+    if (!view.Root()) return texts;
+    for (const auto& row : kCounterparts) {
+        if (row.form == Form::Date) continue;
+        if (auto text = view.TextOf(row.space, row.name); text && !text->empty())
+            texts.emplace(row.infoKey, std::move(*text));
+    }
+    return texts;
 }
 
 std::optional<std::string> MetadataPacket(QPDF& document)

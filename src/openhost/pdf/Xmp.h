@@ -1,6 +1,7 @@
 // The metadata packet of a document, and the elements of the XML that it is made of.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -58,6 +59,10 @@ std::optional<std::string> ChangedPacket(std::string_view packet, const std::vec
 
 /// The counterpart of an information entry (text in UTF-8); nothing for keys without one and for impossible dates.
 std::optional<XmpProperty> XmpCounterpart(std::string_view infoKey, const std::string& valueUtf8);
+
+/// What a packet says of the document, by the keys of information entries; UTF-8. Of several languages the default
+/// one, several names joined by "; ", no dates. Empty for a packet that is not well formed.
+std::map<std::string, std::string> TextsInPacket(std::string_view packet);
 
 /// The document's packet; nothing when it has none that can be unpacked.
 std::optional<std::string> MetadataPacket(QPDF& document);

@@ -6,6 +6,7 @@
 #include "base/PdfDate.h"
 #include "base/Sha256.h"
 #include "base/Text.h"
+#include "base/Xml.h"
 #include "platform/FileDigest.h"
 #include "platform/Files.h"
 #include "support/TemporaryFolder.h"
@@ -173,6 +174,16 @@ TEST(Sha256, FilesAndPiecesHaveTheKnownDigests)
     platform::FileResult result;
     EXPECT_EQ(platform::Sha256OfFile(folder / "missing", &result), "");
     EXPECT_EQ(platform::ProblemOf(result), platform::FileProblem::Missing);
+}
+
+TEST(Xml, TextsComeBackAndReferencesToNothingStay)
+{
+    const std::string text = "<a & \"b\">'\r\n\t\xF0\x9F\x98\x80";
+    EXPECT_EQ(XmlUnescaped(XmlEscaped(text)), text);
+    EXPECT_EQ(XmlUnescaped(XmlAttributeValue(text)), text);
+    EXPECT_EQ(XmlUnescaped("&#65;&#x42;&amp;lt;"), "AB&lt;");
+    for (const char* kept : {"&", "&;", "&nbsp;", "&#;", "&#x110000;", "&#0;", "a & b;", "&#xD800;"})
+        EXPECT_EQ(XmlUnescaped(kept), kept);
 }
 
 TEST(PdfDate, IsReadFromBothFormsAndRefusedWhenThereIsNoSuchTime)

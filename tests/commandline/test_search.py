@@ -222,6 +222,18 @@ class Search(unittest.TestCase):
             self.assertEqual(len(self.rows(report)), 14)
             self.assertEqual(self.place.names(copies), [f"{number}.pdf" for number in range(6)])
             self.place.expect(0, "undo", record)
+        foreign.write_text("mine")
+        self.assertIn("no search report", self.place.expect(2, "search", "needle 2", self.place.input, "--report", foreign).errors)
+        self.assertEqual(foreign.read_text(), "mine")
+        foreign.unlink()
+        self.place.expect(0, "search", "needle 2", self.place.input, "--report", foreign, "--resume")
+        self.assertEqual([row[2] for row in self.rows(foreign)], ["needle 2"] * 2)
+
+    def test_a_copy_cut_off_before_it_was_announced_is_cleaned_up(self):
+        for number in range(6):
+            self.put(f"{number}.pdf", ("", lines("needle")))
+        copies = self.place.input / "copies"
+        words = ["search", "-e", "needle", self.place.input, "--copy-to", copies]
         self.place.expect(0, *words)
         manifest, = self.place.root.rglob("manifest.jsonl")
         run = json.loads(manifest.read_text().splitlines()[0])["job"]["run"]
@@ -229,16 +241,9 @@ class Search(unittest.TestCase):
         journal.write_text(journal.read_text().splitlines(keepends=True)[0])
         for copy in copies.iterdir():
             copy.unlink()
-        (copies / f".ferrule-{run}-1-1.tmp").write_text("cut")  # killed before the first copy was announced
+        (copies / f".ferrule-{run}-1-1.tmp").write_text("cut")
         self.place.expect(0, *words, "--resume")
         self.assertEqual(self.place.names(copies), [f"{number}.pdf" for number in range(6)])
-        self.place.expect(0, "undo")
-        foreign.write_text("mine")
-        self.assertIn("no search report", self.place.expect(2, "search", "needle 2", self.place.input, "--report", foreign).errors)
-        self.assertEqual(foreign.read_text(), "mine")
-        foreign.unlink()
-        self.place.expect(0, "search", "needle 2", self.place.input, "--report", foreign, "--resume")
-        self.assertEqual([row[2] for row in self.rows(foreign)], ["needle 2"] * 2)
 
     def test_twelve_rules_over_documents_find_what_another_reader_counts(self):
         for name in RULED:

@@ -27,16 +27,6 @@ std::string AsSentence(std::string reason)
 
 bool CChangingWork::WasNotOpened(const ProcessedFile& file) { return file.message.starts_with(kCannotOpen); }
 
-Expected<std::vector<std::string>> CChangingWork::InputPlaces(const ExecutorSettings& settings,
-                                                              const std::vector<std::string>&, Asking,
-                                                              CLogWriter& log) const
-{
-    std::vector<std::string> places = ChosenPlaces(settings);
-    if (places.empty()) return Failure("No files or folders are named.");
-    log.NameNumber("Number of chosen files and folders", static_cast<long long>(places.size()), 1);
-    return places;
-}
-
 WorkFacts CChangingWork::Facts(const PlanRequest& request) const
 {
     const std::string& output = request.settings.alternativeOutputPath;
@@ -54,9 +44,9 @@ WorkFacts CChangingWork::Facts(const PlanRequest& request) const
 
 ProcessedFile CChangingWork::Process(const std::string& path, int number)
 {
-    m_run->log.NameValue("Opening input document", path, 1);
-    m_run->progress.SetOperationText(path);
-    m_run->progress.SetCurrentValue(number);
+    Run().log.NameValue("Opening input document", path, 1);
+    Run().progress.SetOperationText(path);
+    Run().progress.SetCurrentValue(number);
     ProcessedFile file{.path = path, .input = platform::StampOf(path)};
     CAcrobatDoc document;
     if (const std::string reason = Open(document, path); !reason.empty()) {
@@ -65,7 +55,7 @@ ProcessedFile CChangingWork::Process(const std::string& path, int number)
     }
     ChangeOpen(document, file);
     if (const auto error = CatchHostError([&] { (void)document.Close(); }))
-        m_run->log.NameValue("Exception occured during a document closing", error->text, 1);  // sic
+        Run().log.NameValue("Exception occured during a document closing", error->text, 1);  // sic
     return file;
 }
 
@@ -74,7 +64,7 @@ std::string CChangingWork::Open(CAcrobatDoc& document, const std::string& path) 
 {
     std::string reason;
     if (!IsPdfPath(path)) return "Its name does not end with .pdf.";
-    const auto error = CatchHostError([&] { reason = OpenInput(document, path, m_run->log); });
+    const auto error = CatchHostError([&] { reason = OpenInput(document, path, Run().log); });
     return error ? error->text : reason;
 }
 
@@ -85,7 +75,7 @@ void CChangingWork::ChangeOpen(CAcrobatDoc& document, ProcessedFile& file) const
             if (WritesWhole(document)) file.loss = document.Loss();
         }))
         return Fail(file, kCannotOpen, error->text);
-    if (m_run->settings.acceptDamaged) file.message = std::exchange(file.loss, {});
+    if (Run().settings.acceptDamaged) file.message = std::exchange(file.loss, {});
     if (m_rules.inPlace && !file.loss.empty())
         return Fail(file, kCannotSave, "The document is damaged, so its file stays as it is. " + file.loss);
     if (const std::string reason = Objection(document, file); !reason.empty())
@@ -96,7 +86,7 @@ void CChangingWork::ChangeOpen(CAcrobatDoc& document, ProcessedFile& file) const
     if (!applied) return Fail(file, m_words.cannotApply, applied.Error());
     if (*applied == Applied::NothingToDo && m_rules.inPlace) return;
     if (const std::string reason = Save(document, file); !reason.empty()) return Fail(file, kCannotSave, reason);
-    m_run->log.Line("Document has been saved successfully");
+    Run().log.Line("Document has been saved successfully");
     if (m_rules.inPlace) file.input = platform::StampOf(file.path);
     if (file.loss.empty()) return;
     file.outcome = FileOutcome::Incomplete;
@@ -127,9 +117,9 @@ std::string CChangingWork::Save(CAcrobatDoc& document, const ProcessedFile& file
     if (m_rules.inPlace) return SaveInPlace(document, file);
     OutputSettings output;
     output.optimizePdf = false;
-    const SavingInput input{file.path, AlternativeOutputFolder(m_run->settings), {}};
+    const SavingInput input{file.path, AlternativeOutputFolder(Run().settings), {}};
     SaveResult result;
-    const auto error = CatchHostError([&] { result = SaveProcessed(document, output, input, m_run->log); });
+    const auto error = CatchHostError([&] { result = SaveProcessed(document, output, input, Run().log); });
     if (error) return error->text;
     if (result.status == SaveStatus::Saved) return {};
     return result.reason.empty() ? "Nothing was written." : result.reason;
@@ -140,7 +130,7 @@ std::string CChangingWork::SaveInPlace(CAcrobatDoc& document, const ProcessedFil
     const auto changed = [&] { return HasChanged(file.path, file.input); };
     const std::string why = "The file stays as it is, because " + std::string(kInputChanged) + '.';
     if (changed()) return why;
-    m_run->log.NameValue("Saving output file:", file.path, 1);
+    Run().log.NameValue("Saving output file:", file.path, 1);
     const auto error = CatchHostError([&] { document.SaveTo(file.path, SaveFlags()); });
     if (!error) return {};
     return changed() ? why : error->text;
@@ -148,7 +138,7 @@ std::string CChangingWork::SaveInPlace(CAcrobatDoc& document, const ProcessedFil
 
 void CChangingWork::Fail(ProcessedFile& file, const char* failure, const std::string& reason) const
 {
-    m_run->log.NameValue(std::string("ERROR: ") + failure, reason, 1);
+    Run().log.NameValue(std::string("ERROR: ") + failure, reason, 1);
     file.outcome = FileOutcome::Failed;
     file.message = std::string(failure) + " Reason: " + AsSentence(reason);
 }

@@ -1,11 +1,10 @@
 // What all work has in common that changes chosen documents and writes each of them once.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "engine/Work.h"
+#include "tools/ChosenFilesWork.h"
 
 class CAcrobatDoc;
 
@@ -17,16 +16,9 @@ struct ChangeRules {
 
 /// Changes each document and saves it in place, or into the output folder. Whatever fails leaves the input as it is,
 /// and nothing is written for it.
-class CChangingWork : public CWork {
+class CChangingWork : public CChosenFilesWork {
 public:
-    [[nodiscard]] std::string Refusal(CLogWriter&) override { return {}; }
-    [[nodiscard]] std::vector<std::string> Extensions(CLogWriter&) const override { return {"pdf"}; }
-    [[nodiscard]] Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
-                                                                 const std::vector<std::string>& extensions,
-                                                                 Asking asking, CLogWriter& log) const override;
-    [[nodiscard]] bool TakesEachFileOnce() const override { return true; }
     [[nodiscard]] WorkFacts Facts(const PlanRequest& request) const override;
-    void Begin(const WorkServices& services) override { m_run.emplace(services); }
     [[nodiscard]] ProcessedFile Process(const std::string& path, int number) override;
 
     /// Whether the file failed before anything was to be done to it.
@@ -54,7 +46,6 @@ protected:
     /// What planning tells besides.
     [[nodiscard]] virtual std::vector<std::string> Warnings() const { return {}; }
     [[nodiscard]] const ChangeRules& Rules() const { return m_rules; }
-    [[nodiscard]] const WorkServices& Run() const { return *m_run; }
 
 private:
     [[nodiscard]] std::string Open(CAcrobatDoc& document, const std::string& path) const;
@@ -66,5 +57,4 @@ private:
 
     ChangeRules m_rules;
     Words m_words;
-    std::optional<WorkServices> m_run;
 };

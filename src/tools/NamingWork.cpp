@@ -46,16 +46,6 @@ std::string CNamingWork::Load(CLogWriter& log)
     return problem;
 }
 
-Expected<std::vector<std::string>> CNamingWork::InputPlaces(const ExecutorSettings& settings,
-                                                            const std::vector<std::string>&, Asking,
-                                                            CLogWriter& log) const
-{
-    std::vector<std::string> places = ChosenPlaces(settings);
-    if (places.empty()) return Failure("No files or folders are named to rename.");
-    log.NameNumber("Number of chosen files and folders", static_cast<long long>(places.size()), 1);
-    return places;
-}
-
 WorkFacts CNamingWork::Facts(const PlanRequest&) const
 {
     WorkFacts facts{.noun = "naming",
@@ -69,12 +59,12 @@ WorkFacts CNamingWork::Facts(const PlanRequest&) const
 
 ProcessedFile CNamingWork::Process(const std::string& path, int number)
 {
-    m_run->log.NameValue("Opening input document", path, 1);
+    Run().log.NameValue("Opening input document", path, 1);
     ProcessedFile file{.path = path, .input = platform::StampOf(path)};
     std::string problem;
     if (const auto error = CatchHostError([&] { problem = NameDocument(path, number, file); })) problem = error->text;
     if (problem.empty()) return file;
-    m_run->log.NameValue("Cannot rename file", problem, 1);
+    Run().log.NameValue("Cannot rename file", problem, 1);
     file.outcome = FileOutcome::Failed;
     file.message = "Cannot rename file: " + problem;
     return file;
@@ -84,7 +74,7 @@ ProcessedFile CNamingWork::Process(const std::string& path, int number)
 std::string CNamingWork::NameDocument(const std::string& path, int number, ProcessedFile& file) const
 {
     CAcrobatDoc document;
-    if (std::string reason = OpenInput(document, path, m_run->log); !reason.empty()) return reason;
+    if (std::string reason = OpenInput(document, path, Run().log); !reason.empty()) return reason;
     NameSurroundings surroundings = m_surroundings;
     if (const auto now = platform::LocalTimeNow()) surroundings.time = *now;
     const auto name = m_builder->Build(document, number - 1, surroundings);

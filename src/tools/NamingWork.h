@@ -6,13 +6,13 @@
 #include <utility>
 #include <vector>
 
-#include "engine/Work.h"
 #include "naming/DocumentName.h"
 #include "protocol/RenameOrder.h"
+#include "tools/ChosenFilesWork.h"
 
 /// Builds the new name of each document from its content; changes and renames nothing. A document without a valid
 /// name fails, with the reason.
-class CNamingWork final : public CWork {
+class CNamingWork final : public CChosenFilesWork {
 public:
     /// `settingsFile`: a file of settings that says what the order would; empty: the order counts.
     CNamingWork(NamingOrder order, std::string settingsFile)
@@ -21,14 +21,7 @@ public:
     }
 
     [[nodiscard]] std::string Load(CLogWriter& log) override;
-    [[nodiscard]] std::string Refusal(CLogWriter&) override { return {}; }
-    [[nodiscard]] std::vector<std::string> Extensions(CLogWriter&) const override { return {"pdf"}; }
-    [[nodiscard]] Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
-                                                                 const std::vector<std::string>& extensions,
-                                                                 Asking asking, CLogWriter& log) const override;
-    [[nodiscard]] bool TakesEachFileOnce() const override { return true; }
     [[nodiscard]] WorkFacts Facts(const PlanRequest& request) const override;
-    void Begin(const WorkServices& services) override { m_run.emplace(services); }
     [[nodiscard]] ProcessedFile Process(const std::string& path, int number) override;
 
 private:
@@ -39,5 +32,4 @@ private:
     RenameSettings m_settings;
     std::optional<CNameBuilder> m_builder;
     NameSurroundings m_surroundings;
-    std::optional<WorkServices> m_run;
 };

@@ -6,7 +6,6 @@
 
 #include "openhost/app/AppState.h"
 #include "openhost/app/Events.h"
-#include "openhost/app/HostWindow.h"
 #include "openhost/app/Menus.h"
 #include "openhost/core/Atoms.h"
 #include "openhost/core/Host.h"
@@ -39,6 +38,7 @@ void OfferAppSlots(CTables& tables)
 {
     OfferAlertSlots(tables);
     OfferApplicationSlots(tables);
+    OfferDialogSlots(tables);
     OfferEventSlots(tables);
     OfferMenuSlots(tables);
     OfferProgressSlots(tables);
@@ -113,49 +113,12 @@ void EndModal()
         Diagnose("a plug-in ended a modal window that it had not begun");
 }
 
-// ---- dialogs: nobody chooses anything ----
-
-ASBool OpenDialog(AVOpenSaveDialogParams params, ASFileSys*, ASPathName**, AVArraySize*, AVFilterIndex*)
-{
-    Require(params != nullptr, "a dialog needs its parameters");
-    return 0;
-}
-
-ASBool SaveDialog(AVOpenSaveDialogParams params, ASFileSys*, ASPathName*, AVFilterIndex*)
-{
-    Require(params != nullptr, "a dialog needs its parameters");
-    return 0;
-}
-
-ASBool SaveDialogEx(AVOpenSaveDialogParams params, AVOpenSaveDialogOutParams)
-{
-    Require(params != nullptr, "a dialog needs its parameters");
-    return 0;
-}
-
-ASBool FolderDialog(AVOpenSaveDialogParams params, ASFileSys*, ASPathName*)
-{
-    Require(params != nullptr, "a dialog needs its parameters");
-    return 0;
-}
-
 // ---- preferences: the host keeps none, so every question is answered by its default ----
 
 ASBool PrefBool(const char*, const char*, ASBool fallback) { return fallback; }
 ASInt32 PrefInt(const char*, const char*, ASInt32 fallback) { return fallback; }
 char* PrefString(const char*, const char*) { return nullptr; }
 ASCab PrefCab(const char*, const char*) { return nullptr; }
-
-// ---- windows ----
-
-HWND OwnWindow()
-{
-    CHostWindow* const window = Part<WindowPlace>().window;
-    return window ? static_cast<HWND>(window->Handle()) : nullptr;
-}
-
-HWND ModalParent(AVDoc) { return OwnWindow(); }
-HWND ModelessParent() { return OwnWindow(); }
 
 void OfferStateSlots(CTables& tables)
 {
@@ -166,16 +129,6 @@ void OfferStateSlots(CTables& tables)
     OFFER(tables, AcroView, AVAppBeginModal, BeginModal);
     OFFER(tables, AcroView, AVAppModalWindowIsOpen, ModalIsOpen);
     OFFER(tables, AcroView, AVAppEndModal, EndModal);
-}
-
-void OfferDialogSlots(CTables& tables)
-{
-    OFFER(tables, AcroView, AVAppOpenDialog, OpenDialog);
-    OFFER(tables, AcroView, AVAppSaveDialog, SaveDialog);
-    OFFER(tables, AcroView, AVAppSaveDialogEx, SaveDialogEx);
-    OFFER(tables, AcroView, AVAppChooseFolderDialog, FolderDialog);
-    OFFER(tables, Win, WinAppGetModalParent, ModalParent);
-    OFFER(tables, Win, WinAppGetModelessParent, ModelessParent);
 }
 
 }  // namespace
@@ -191,7 +144,6 @@ void OfferApplicationSlots(CTables& tables)
     OFFER(tables, AcroView, AVAppGetPrefString, PrefString);
     OFFER(tables, AcroView, AVAppGetPrefCab, PrefCab);
     OfferStateSlots(tables);
-    OfferDialogSlots(tables);
 }
 
 }  // namespace openhost

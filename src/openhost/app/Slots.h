@@ -14,6 +14,7 @@ void PrepareApplication();
 // The groups that OfferAppSlots puts together, one file each.
 void OfferAlertSlots(CTables& tables);
 void OfferApplicationSlots(CTables& tables);
+void OfferDialogSlots(CTables& tables);
 void OfferEventSlots(CTables& tables);
 void OfferMenuSlots(CTables& tables);
 void OfferProgressSlots(CTables& tables);

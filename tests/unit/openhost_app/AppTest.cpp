@@ -3,6 +3,7 @@
 
 #include "openhost/app/Alerts.h"
 #include "openhost/app/Events.h"
+#include "openhost/app/HostWindow.h"
 #include "openhost/app/Menus.h"
 #include "openhost/app/Views.h"
 #include "openhost/documents/Documents.h"
@@ -160,6 +161,62 @@ TEST_F(Events, AlertsAreSaidOnOneLineAndNothingIsConfirmed)
     EXPECT_EQ(HOST(AcroView, AVAppChooseFolderDialog, &params, static_cast<ASFileSys*>(nullptr), &path), 0);
     EXPECT_EQ(path, nullptr);
     EXPECT_EQ(said, (std::vector<std::string>{"alert: Delete all?", "alert: Note"}));
+}
+
+namespace {
+
+/// Answers as a user would who chooses these.
+class CUser final : public CHostWindow {
+public:
+    std::vector<std::string> files;
+    std::string folder, asked;
+
+    void* Handle() const override { return nullptr; }
+    void Work(unsigned) override {}
+    std::optional<std::size_t> SelectedDocument() const override { return std::nullopt; }
+    bool Alert(AlertKind, const std::string&) override { return true; }
+    std::vector<std::string> ChooseFiles(const std::string& title, const std::string& patterns, bool several) override
+    {
+        asked = title + '|' + patterns + (several ? "|several" : "");
+        return files;
+    }
+    std::string ChooseFolder(const std::string&) override { return folder; }
+};
+
+}  // namespace
+
+TEST_F(Events, FilesAndFoldersAreChosenInTheWindow)
+{
+    CUser user;
+    Part<WindowPlace>().window = &user;
+    AVFileDescRec kinds[] = {{"pdf", 0, 0}, {"txt", 0, 0}};
+    AVFileFilterRec filter = {nullptr, kinds, 2};
+    AVFileFilterRec* filters[] = {&filter};
+    AVOpenSaveDialogParamsRec params = {};
+    params.size = sizeof(params);
+    params.flags = kAVOpenSaveAllowMultiple;
+    params.fileFilters = filters;
+    params.numFileFilters = 1;
+    ASFileSys fileSys = nullptr;
+    ASPathName path = nullptr, *paths = nullptr;
+    AVArraySize count = 0;
+    AVFilterIndex chosen = 0;
+    const auto open = [&] { return HOST(AcroView, AVAppOpenDialog, &params, &fileSys, &paths, &count, &chosen); };
+    const auto folder = [&] { return HOST(AcroView, AVAppChooseFolderDialog, &params, &fileSys, &path); };
+    EXPECT_EQ(open(), 0);
+    EXPECT_EQ(folder(), 0);
+    EXPECT_EQ(fileSys, nullptr) << "a cancelled dialog answers nothing";
+    user.files = {"/in/a.pdf", "/in/b.txt"};
+    user.folder = "/out";
+    EXPECT_EQ(open(), 1);
+    EXPECT_EQ(user.asked, "Open|*.pdf;*.txt|several");
+    ASSERT_EQ(count, 2);
+    EXPECT_EQ(PathAt(paths[1]).Name(), "b.txt");
+    EXPECT_EQ(folder(), 1);
+    EXPECT_EQ(PathAt(path).Name(), "out");
+    for (ASPathName each : {path, paths[0], paths[1]}) ReleasePath(each);
+    HOST(AcroSupport, ASfree, static_cast<void*>(paths));
+    Part<WindowPlace>().window = nullptr;
 }
 
 namespace {

@@ -34,7 +34,9 @@ void AddEntry(MetadataChangeOrder& order, const std::string& key, const std::str
 MetadataChangeOrder EmptyOrder(const CArguments& arguments)
 {
     RequirePlace(arguments, "changed documents");
-    return {.inPlace = arguments.Has("--in-place"), .breakSignatures = arguments.Has("--break-signatures")};
+    return {.inPlace = arguments.Has("--in-place"),
+            .breakSignatures = arguments.Has("--break-signatures"),
+            .rewrite = arguments.Has("--rewrite")};
 }
 
 MetadataChangeOrder ChangeOrderOf(const CArguments& arguments)

@@ -111,6 +111,10 @@ void AddChangeSections(CommandRow& row)
         row, "Inputs and results",
         {OptionOfRun("--output", "Existing folder for the changed documents. A name that is taken gets a number."),
          {.name = "--in-place", .help = "Put each changed document in the place of its input."},
+         {.name = "--rewrite",
+          .help =
+              "Write each document as a whole, so that old values are gone from its file, and see to it that they "
+              "are. A document that still holds one in its metadata stays as it is and fails."},
          OptionOfRun("--keep-originals"),
          FilesFromOption("Change"),
          OptionOfRun("--no-subfolders"),
@@ -145,7 +149,9 @@ CommandRow MetadataSetRow()
         .examples = {
             {"What would change?", "ferrule metadata set contracts --author 'Smith & Co' --in-place --dry-run"},
             {"In place, with a way back:",
-             "ferrule metadata set contracts --set Client=Smith --in-place --keep-originals kept"}}};
+             "ferrule metadata set contracts --set Client=Smith --in-place --keep-originals kept"},
+            {"Before they are given away, so that nobody finds the old author in them:",
+             "ferrule metadata set contracts --author 'Smith & Co' --rewrite --output public"}}};
     AddSection(row, "Fields", EntryOptions());
     AddChangeSections(row);
     return row;

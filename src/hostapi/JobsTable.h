@@ -10,7 +10,7 @@
 
 #define HOST_TABLE_JOBS "FerruleJobs"
 /* The first version had the slots 1 to 3 only, the second those to 10, the third those to 11, the fourth those to 12,
- * the fifth those to 13, the sixth those to 14, the seventh those to 15. */
+ * the fifth those to 13, the sixth those to 14, the seventh those to 15, the eighth those to 18. */
 enum {
     kTableJobsFirstVersion = 0x00010000,
     kTableJobsSecondVersion = 0x00010001,
@@ -19,8 +19,9 @@ enum {
     kTableJobsFifthVersion = 0x00010004,
     kTableJobsSixthVersion = 0x00010005,
     kTableJobsSeventhVersion = 0x00010006,
-    kTableJobsVersion = 0x00010007,
-    kTableJobsSelectors = 18
+    kTableJobsEighthVersion = 0x00010007,
+    kTableJobsVersion = 0x00010008,
+    kTableJobsSelectors = 19
 };
 
 /* How one input file ended. Only "saved" means that everything asked for was done. */
@@ -167,7 +168,7 @@ typedef void(HOSTCALL *JobsNextSaveAppendsSlotProc)(PDDoc document, ASInt32 only
 enum { kSlotJobsNextSaveAppends = 16 };
 
 /* Why a change of the document's properties cannot be appended to its file: one clause, UTF-8, as "its file was repaired".
- * Empty when nothing stands against it; null when `document` is none of the host's, or when nobody can tell. The text is the
+ * Empty when nothing is known to stand against it, which may show only in a save that fails; null when `document` is none of the host's, or when nobody can tell. The text is the
  * host's and stays valid until the next call of this slot.
  * document  open, as the host gave it */
 typedef const char *(HOSTCALL *JobsAppendObstacleSlotProc)(PDDoc document);
@@ -178,5 +179,12 @@ enum { kSlotJobsAppendObstacle = 17 };
  * document  open, as the host gave it */
 typedef const char *(HOSTCALL *JobsWrittenWholeSlotProc)(PDDoc document);
 enum { kSlotJobsWrittenWhole = 18 };
+
+/* The next save of the document, and that one only, writes all of it, whatever its flags are, and fails when the new file still
+ * holds a text that an information entry had when the document was opened and has no more: in the information, in a packet of
+ * metadata, or anywhere else outside of what the document shows. A save that fails because the name is taken does not count.
+ * document  open, as the host gave it */
+typedef void(HOSTCALL *JobsNextSaveForgetsSlotProc)(PDDoc document);
+enum { kSlotJobsNextSaveForgets = 19 };
 
 #endif

@@ -20,6 +20,8 @@ bool HasSignedSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTa
 
 bool HasAppendSlots() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsSeventhVersion; }
 
+bool HasForgetSlot() { return HostTables().Version(HostTable::FerruleJobs) > kTableJobsEighthVersion; }
+
 template <class Call>
 void Tell(bool possible, Call call) noexcept
 {
@@ -110,6 +112,16 @@ bool JobNextSaveAppends(PDDoc document, bool only) noexcept
     bool told = false;
     Tell(HasAppendSlots(), [&] {
         HostCall(HOST_SLOT(FerruleJobs, JobsNextSaveAppends), document, only ? 1 : 0);
+        told = true;
+    });
+    return told;
+}
+
+bool JobNextSaveForgets(PDDoc document) noexcept
+{
+    bool told = false;
+    Tell(HasForgetSlot(), [&] {
+        HostCall(HOST_SLOT(FerruleJobs, JobsNextSaveForgets), document);
         told = true;
     });
     return told;

@@ -55,6 +55,10 @@ struct HostJobInput {
 /// saved yet, or when the host does not tell.
 [[nodiscard]] std::optional<std::string> JobWrittenWhole(PDDoc document) noexcept;
 
+/// The next save of the document writes all of it, and fails where a text that an information entry had before it was
+/// changed still stands in the new file outside of its content. Answers whether the host knows how.
+[[nodiscard]] bool JobNextSaveForgets(PDDoc document) noexcept;
+
 /// The next save of the document replaces no file. A host that does not offer this may replace one that appears in
 /// the moment before it writes.
 void JobNextSaveIsNew(PDDoc document) noexcept;

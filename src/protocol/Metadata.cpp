@@ -50,6 +50,7 @@ Json MetadataChangeJson(const MetadataChangeOrder& order)
 {
     Json object = {
         {"entries", order.entries}, {"inPlace", order.inPlace}, {"breakSignatures", order.breakSignatures}};
+    if (order.rewrite) object["rewrite"] = true;
     for (const auto& [path, entries] : order.ofDocuments) object["ofDocuments"][TextFromBytes(path)] = entries;
     return object;
 }
@@ -74,7 +75,8 @@ Expected<std::map<std::string, std::string>> EntriesFrom(const Json& object)
 Expected<MetadataChangeOrder> MetadataChangeFrom(const Json& object)
 {
     MetadataChangeOrder order{.inPlace = FlagAt(object, "inPlace"),
-                              .breakSignatures = FlagAt(object, "breakSignatures")};
+                              .breakSignatures = FlagAt(object, "breakSignatures"),
+                              .rewrite = FlagAt(object, "rewrite")};
     auto entries = EntriesFrom(ObjectAt(object, "entries"));
     if (!entries) return Failure(entries.Error());
     order.entries = std::move(*entries);

@@ -44,6 +44,7 @@ struct MetadataChangeOrder {
     std::map<std::string, std::map<std::string, std::string>> ofDocuments = {};
     bool inPlace = false;          ///< results replace their inputs; else they go into a folder
     bool breakSignatures = false;  ///< signed documents are changed, too
+    bool rewrite = false;          ///< written as a whole; it fails where an old value still stands then
 };
 inline constexpr char kMetadataChangeWork[] = "metadata change";
 

@@ -68,24 +68,41 @@ std::string CChangingWork::Open(CAcrobatDoc& document, const std::string& path) 
     return error ? error->text : reason;
 }
 
-void CChangingWork::ChangeOpen(CAcrobatDoc& document, ProcessedFile& file) const
+/// False when the document is left alone; `file` says why.
+bool CChangingWork::MayBeChanged(CAcrobatDoc& document, ProcessedFile& file, bool asWhole) const
 {
     // Finding that out takes a look at every object.
     if (const auto error = CatchHostError([&] {
-            if (WritesWhole(document)) file.loss = document.Loss();
-        }))
-        return Fail(file, kCannotOpen, error->text);
+            if (asWhole) file.loss = document.Loss();
+        })) {
+        Fail(file, kCannotOpen, error->text);
+        return false;
+    }
     if (Run().settings.acceptDamaged) file.message = std::exchange(file.loss, {});
-    if (m_rules.inPlace && !file.loss.empty())
-        return Fail(file, kCannotSave, "The document is damaged, so its file stays as it is. " + file.loss);
-    if (const std::string reason = Objection(document, file); !reason.empty())
-        return Fail(file, m_words.cannotApply, reason);
+    if (m_rules.inPlace && !file.loss.empty()) {
+        Fail(file, kCannotSave, "The document is damaged, so its file stays as it is. " + file.loss);
+        return false;
+    }
+    const std::string reason = Objection(document, file);
+    if (!reason.empty()) Fail(file, m_words.cannotApply, reason);
+    return reason.empty();
+}
+
+void CChangingWork::ChangeOpen(CAcrobatDoc& document, ProcessedFile& file) const
+{
+    const bool asWhole = WritesWhole(document);
+    if (!MayBeChanged(document, file, asWhole)) return;
     Expected<Applied> applied = Failure(std::string());
     if (const auto error = CatchHostError([&] { applied = Apply(document, file); }))
         return Fail(file, m_words.cannotApply, error->text);
     if (!applied) return Fail(file, m_words.cannotApply, applied.Error());
     if (*applied == Applied::NothingToDo && m_rules.inPlace) return;
-    if (const std::string reason = Save(document, file); !reason.empty()) return Fail(file, kCannotSave, reason);
+    std::string reason = Save(document, file);
+    if (!reason.empty() && !asWhole && WritesWhole(document)) {  // only trying has shown that it must be
+        if (!MayBeChanged(document, file, true)) return;
+        reason = Save(document, file);
+    }
+    if (!reason.empty()) return Fail(file, kCannotSave, reason);
     Run().log.Line("Document has been saved successfully");
     if (m_rules.inPlace) file.input = platform::StampOf(file.path);
     if (file.loss.empty()) return;
@@ -112,8 +129,9 @@ std::string CChangingWork::SignatureObjection(const CAcrobatDoc& document) const
            m_words.doesAllTheSame + " all the same.";
 }
 
-std::string CChangingWork::Save(CAcrobatDoc& document, const ProcessedFile& file) const
+std::string CChangingWork::Save(CAcrobatDoc& document, ProcessedFile& file) const
 {
+    PrepareSave(document, file);
     if (m_rules.inPlace) return SaveInPlace(document, file);
     OutputSettings output;
     output.optimizePdf = false;

@@ -40,7 +40,10 @@ protected:
     /// Why a signed document must not be changed; empty when it may.
     [[nodiscard]] virtual std::string SignatureObjection(const CAcrobatDoc& document) const;
     /// Whether the document is going to be written as a whole, so that what it lost to damage would be lost for good.
+    /// Asked once more after a save that failed: with another answer than before, saving is tried again.
     [[nodiscard]] virtual bool WritesWhole(const CAcrobatDoc&) const { return true; }
+    /// Tells the host how the changed document is to be saved.
+    virtual void PrepareSave(const CAcrobatDoc&, ProcessedFile&) const {}
     /// The flags of a save in place besides the document's own.
     [[nodiscard]] virtual int SaveFlags() const { return 0; }
     /// What planning tells besides.
@@ -50,8 +53,9 @@ protected:
 private:
     [[nodiscard]] std::string Open(CAcrobatDoc& document, const std::string& path) const;
     void ChangeOpen(CAcrobatDoc& document, ProcessedFile& file) const;
+    [[nodiscard]] bool MayBeChanged(CAcrobatDoc& document, ProcessedFile& file, bool asWhole) const;
     [[nodiscard]] std::string Objection(const CAcrobatDoc& document, const ProcessedFile& file) const;
-    [[nodiscard]] std::string Save(CAcrobatDoc& document, const ProcessedFile& file) const;
+    [[nodiscard]] std::string Save(CAcrobatDoc& document, ProcessedFile& file) const;
     [[nodiscard]] std::string SaveInPlace(CAcrobatDoc& document, const ProcessedFile& file) const;
     void Fail(ProcessedFile& file, const char* failure, const std::string& reason) const;
 

@@ -24,6 +24,8 @@ std::string CMetadataWork::Load(CLogWriter& log)
 Expected<CChangingWork::Applied> CMetadataWork::Apply(CAcrobatDoc& document, ProcessedFile& file) const
 {
     if (!document.MayModify()) return Failure("Its restrictions forbid changes; open it with the owner password.");
+    if (m_order.rewrite && !JobNextSaveForgets(document.Document()))
+        return Failure("This program cannot find out whether old values are gone from a file.");
     std::map<std::string, std::string> entries = m_order.entries;
     if (const auto own = m_order.ofDocuments.find(file.path); own != m_order.ofDocuments.end())
         for (const auto& [key, text] : own->second) entries[key] = text;
@@ -36,18 +38,20 @@ Expected<CChangingWork::Applied> CMetadataWork::Apply(CAcrobatDoc& document, Pro
         Run().log.NameValue("Changed field", key, 1);
     }
     file.findings = LineOf(ChangesJson(changes));
-    if (!changes.empty()) {
-        AskToAppend(document, file);
-        return Applied::Changed;
-    }
+    if (!changes.empty()) return Applied::Changed;
     file.message = "It has these entries already.";
-    return Applied::NothingToDo;
+    // Older values may stand in parts of the file that are in use no more.
+    return m_order.rewrite ? Applied::Changed : Applied::NothingToDo;
 }
 
 /// The bytes of the file stay as they are, and its signatures with them; what is signed is not written in another way
 /// unless that was asked for.
-void CMetadataWork::AskToAppend(const CAcrobatDoc& document, ProcessedFile& file) const
+void CMetadataWork::PrepareSave(const CAcrobatDoc& document, ProcessedFile& file) const
 {
+    if (m_order.rewrite) {
+        (void)JobNextSaveForgets(document.Document());
+        return;
+    }
     const bool isSigned = JobDocumentSigned(document.Document()).value_or(false);
     // Nobody has looked yet whether writing it as a whole would cost something.
     const bool only = !WritesWhole(document) || (isSigned && !Rules().breakSignatures);
@@ -61,7 +65,7 @@ void CMetadataWork::AskToAppend(const CAcrobatDoc& document, ProcessedFile& file
 
 bool CMetadataWork::WritesWhole(const CAcrobatDoc& document) const
 {
-    return JobAppendObstacle(document.Document()) != std::string();
+    return m_order.rewrite || JobAppendObstacle(document.Document()) != std::string();
 }
 
 std::string CMetadataWork::SignatureObjection(const CAcrobatDoc& document) const

@@ -5,7 +5,8 @@
 #include "tools/ChangingWork.h"
 
 /// Gives each document the entries of the order. A document that has them already is left as it is. The changes are
-/// appended to the bytes of the file where the host can do that, which keeps signatures valid.
+/// appended to the bytes of the file where the host can do that, which keeps signatures valid. Where they are to be
+/// forgotten, the document is written as a whole, also when it has the entries already, and old values must be gone.
 class CMetadataWork final : public CChangingWork {
 public:
     explicit CMetadataWork(MetadataChangeOrder order);
@@ -15,11 +16,10 @@ public:
 protected:
     [[nodiscard]] Expected<Applied> Apply(CAcrobatDoc& document, ProcessedFile& file) const override;
     [[nodiscard]] bool WritesWhole(const CAcrobatDoc& document) const override;
+    void PrepareSave(const CAcrobatDoc& document, ProcessedFile& file) const override;
     [[nodiscard]] std::string SignatureObjection(const CAcrobatDoc& document) const override;
 
 private:
-    void AskToAppend(const CAcrobatDoc& document, ProcessedFile& file) const;
-
     static constexpr Words kChanging{
         "Changing metadata", "change of metadata", "changes it",
         "Cannot change the document information. Please check document access permissions."};

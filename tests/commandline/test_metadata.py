@@ -150,6 +150,73 @@ class Metadata(unittest.TestCase):
                     self.assertTrue(said[0])
                     self.assertEqual(*said)
 
+    def test_what_is_certified_is_left_alone(self):
+        if not CORPUS.is_dir():
+            self.skipTest("no corpus")
+        names = ("certified-with-indirect-refs-in-dir.pdf", "minimal-signed-restricted.pdf", "usageRights.pdf")
+        for name in names:
+            shutil.copyfile(CORPUS / "signed" / name, self.place.input / name)
+        words = ["metadata", "set", self.place.input, "--title", "New", "--in-place"]
+        told = self.place.expect(3, *words).errors
+        for name in names:
+            self.assertRegex(told, f"{name}: failed:.*--break-signatures changes it")
+            self.assertEqual(sha256(self.place.input / name), sha256(CORPUS / "signed" / name))
+        (self.place.input / names[1]).unlink()  # needs a password besides
+        self.place.expect(0, *words, "--break-signatures")
+        for name in names[::2]:
+            self.assertIn("New", tool("pdfinfo", self.place.input / name)[1].decode())
+
+    def test_what_proves_impossible_to_append_is_written_anew_or_refused(self):
+        """Nobody knows that information is also the catalogue before it is to be written."""
+        for name, entries in (("plain.pdf", b""), ("signed.pdf", b"/AcroForm<</Fields[<</FT/Sig/T(s)/V<</Type/Sig>>>>]>>")):
+            data = pdf_of_pages([("/MediaBox[0 0 9 9]", "")])
+            newer = b"1 0 obj\n<</Type/Catalog/Pages 2 0 R%s>>\nendobj\n" % entries
+            newer += b"xref\n1 1\n%010d 00000 n \ntrailer<</Size 6/Root 1 0 R/Info 1 0 R/Prev %s>>\nstartxref\n%d\n%%%%EOF\n" % (
+                len(data), data.split()[-2], len(data) + len(newer))
+            (self.place.input / name).write_bytes(data + newer)
+        before = sha256(self.place.input / "signed.pdf")
+        words = ["metadata", "set", self.place.input, "--title", "New", "--in-place", "--record", self.place.root / "record"]
+        self.assertRegex(self.place.expect(3, *words).errors, "signed.pdf: failed:.*--break-signatures changes it")
+        self.assertEqual(sha256(self.place.input / "signed.pdf"), before)
+        self.assertIn("anew, because its information is also its catalogue", (self.place.root / "record").read_text())
+        self.place.expect(0, *words[:-1], self.place.root / "second", "--break-signatures")
+        for name in ("plain.pdf", "signed.pdf"):
+            self.assertEqual(tool("qpdf", "--check", self.place.input / name)[0], 0)
+            self.assertIn("/Title (New)", tool("qpdf", "--show-object=1", self.place.input / name)[1].decode())
+
+    def test_a_rewritten_document_says_nothing_old(self):
+        path = self.place.input / "a.pdf"
+        other = self.place.input / "b.pdf"
+        path.write_bytes(pdf_of_pages([("/MediaBox[0 0 9 9]", "")], {"Title": "Secret plan", "Subject": "Plans"}))
+        other.write_bytes(pdf_of_pages([("/MediaBox[0 0 9 9]", "")], {"Title": "Secret plan", "Subject": "A Secret plan"}))
+
+        def holds(text):
+            plain = tool("qpdf", "--qdf", "--object-streams=disable", "--decrypt", path, "-")[1] + path.read_bytes()
+            wide = text.encode("utf-16-be")
+            return any(form in plain for form in (text.encode(), wide, wide.hex().encode(), wide.hex().upper().encode()))
+
+        self.assertTrue(holds("Secret plan"))
+        self.place.expect(0, "metadata", "set", path, "--title", "Other", "--in-place")
+        self.assertTrue(holds("Secret plan") and holds("Other"), "older values stay in what is appended to")
+        self.place.expect(0, "metadata", "set", path, "--title", "Other", "--in-place", "--rewrite")
+        self.assertFalse(holds("Secret plan"), "also of revisions that nobody can see")
+        before = sha256(other)
+        told = self.place.expect(3, "metadata", "set", self.place.input, "--title", "Third", "--in-place", "--rewrite").errors
+        self.assertFalse(holds("Other"))
+        self.assertRegex(told, 'b.pdf: failed:.*the old text of "Title" still stands in the entry "Subject"')
+        self.assertEqual(sha256(other), before)
+        table = self.place.root / "table.csv"
+        table.write_text("Filename,Title,Subject\nb.pdf,Third,None\na.pdf,Third,Plans\n")
+        self.place.expect(0, "metadata", "import", self.place.input, "--table", table, "--in-place", "--rewrite")
+        self.assertIn("Third", tool("pdfinfo", other)[1].decode())
+        if CORPUS.is_dir():
+            shutil.copyfile(CORPUS / "signed" / "two_signatures.pdf", other)
+            before = sha256(other)
+            words = ["metadata", "set", other, "--title", "Third", "--in-place", "--rewrite"]
+            self.assertIn("--break-signatures changes it", self.place.expect(3, *words).errors)
+            self.assertEqual(sha256(other), before)
+            self.place.expect(0, *words, "--break-signatures")
+
     def test_what_independent_readers_say(self):
         if not CORPUS.is_dir():
             self.skipTest("no corpus")

@@ -218,6 +218,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
     CHostDocument& document = At(handle);
     const bool mustNotExist = std::exchange(document.nextSaveIsNew, false) || request.mustNotExist;
     const Appending asked = std::exchange(document.nextSaveAppends, Appending::Never);
+    const bool forgets = std::exchange(document.nextSaveForgets, false);
     RequireSecurityData(document);
     const std::string target = request.path.empty() ? document.pdf.Path() : request.path;
     const std::string key = KeyOf(target);
@@ -238,6 +239,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         options.copy = request.copy;
         options.mustNotExist = mustNotExist;
         options.append = asked != Appending::Never ? asked : request.append;
+        options.forget = forgets;
         options.cancelled = request.cancelled;
         options.progress = request.progress;
         options.remark = [](const std::string& text) { Diagnose(text); };
@@ -248,6 +250,10 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
         }
     } catch (const CHostRaise& raise) {
         failed = raise.Code();
+        if (failed == fileErrExists) {  // the client goes on with another name
+            document.nextSaveAppends = asked;
+            document.nextSaveForgets = forgets;
+        }
         if (events.didSave) events.didSave(handle, failed);
         throw;
     }

@@ -31,7 +31,8 @@ struct CHostDocument {
     bool newHandlerHasData = false;    // the chosen handler got its settings
     bool nextSaveIsNew = false;        // the next save replaces no file
     Appending nextSaveAppends = Appending::Never;
-    ASInt32 setFlags = 0;  // flags that plug-ins switched on or off by hand
+    bool nextSaveForgets = false;  // the next save leaves no trace of old information
+    ASInt32 setFlags = 0;          // flags that plug-ins switched on or off by hand
     ASInt32 clearedFlags = 0;
     ASFile file = nullptr;  // made when somebody asks for it
     std::string standIn;    // after the pretended saves of a trial run: the file that the document really is in

@@ -148,6 +148,12 @@ void NextSaveAppends(PDDoc document, ASInt32 only)
     documents.At(document).nextSaveAppends = only != 0 ? Appending::Only : Appending::WherePossible;
 }
 
+void NextSaveForgets(PDDoc document)
+{
+    auto& documents = Part<CDocuments>();
+    if (documents.Known(document)) documents.At(document).nextSaveForgets = true;
+}
+
 const char* AppendObstacle(PDDoc document)
 {
     auto& documents = Part<CDocuments>();
@@ -213,6 +219,7 @@ void OfferJobsTable()
     Put<JobsNextSaveAppendsSlotProc>(table, kSlotJobsNextSaveAppends, &CQuietSlot<&NextSaveAppends>::Entry);
     Put<JobsAppendObstacleSlotProc>(table, kSlotJobsAppendObstacle, &CQuietSlot<&AppendObstacle>::Entry);
     Put<JobsWrittenWholeSlotProc>(table, kSlotJobsWrittenWhole, &CQuietSlot<&WrittenWhole>::Entry);
+    Put<JobsNextSaveForgetsSlotProc>(table, kSlotJobsNextSaveForgets, &CQuietSlot<&NextSaveForgets>::Entry);
     auto server = std::make_unique<CTableServer>();
     server->name = HOST_TABLE_JOBS;
     server->table = table;

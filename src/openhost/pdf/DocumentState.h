@@ -49,7 +49,9 @@ struct CPdfDocument::State {
     std::optional<std::string> loss;  // what of the file cannot be had, for people; nothing until somebody asks
     std::optional<int> pageCount;
     std::set<std::string> changedInfo;
+    std::map<std::string, std::string> oldInfo;  // of changed entries, as in the file; empty: there was none
     std::optional<std::map<std::string, std::string>> packetTexts;  // what the metadata packet of the file says
+    std::string lateObstacle;                                       // why appending failed when it was tried
     std::optional<std::string> writtenWhole;  // why the last save wrote the whole document; empty: it appended
 
     /// The library's document, of the file as last saved.

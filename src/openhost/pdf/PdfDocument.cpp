@@ -271,6 +271,7 @@ void CPdfDocument::SetInfo(const std::string& key, const std::string& value)
     if (key.empty() || key.find('#') != std::string::npos || key.find('\0') != std::string::npos) {
         throw CPdfError(PdfProblem::UnsupportedInput, state.description, "cannot write this information key");
     }
+    if (!state.changedInfo.contains(key)) state.oldInfo.emplace(key, Info(key).value_or(std::string()));
     Guarded(state.description, PdfProblem::Damaged, [&] {
         if (!value.empty())
             MakeInfoDictionary(state.Current()).replaceKey('/' + key, QPDFObjectHandle::newString(value));

@@ -104,6 +104,9 @@ struct PdfSaveOptions {
     std::string source = {};  ///< the file the content comes from: nobody may read more of the new one; empty: own
     bool linearise = false;   ///< as far as the library can; see remark
     Appending append = Appending::Never;
+    /// The whole document is written, and the save fails (CannotWrite) when the new file still holds a text that an
+    /// entry had before SetInfo, outside of what the document shows.
+    bool forget = false;
     bool copy = false;          ///< the document keeps its old file, its modifications and its pending security
     bool mustNotExist = false;  ///< an existing target is left alone: Exists
     std::function<bool()> cancelled = {};  ///< asked now and then; true ends the save, nothing is changed
@@ -206,9 +209,10 @@ public:
     /// new file and is no longer modified, and what was derived from it is stale.
     void Save(const PdfSaveOptions& options);
     /// Why the present state, and what SetInfo makes of it, cannot be saved by appending: one clause for people;
-    /// empty when nothing stands against it. An appended save leaves the bytes of the file as they are and adds the
-    /// changed entries behind them, encrypted like the document: the information dictionary, and the metadata packet
-    /// where it has a sound one. Modification dates are the caller's.
+    /// empty when nothing is known to stand against it, which a save with Appending::Only may find out. An appended
+    /// save leaves the bytes of the file as they are and adds the changed entries behind them, encrypted like the
+    /// document: the information dictionary, and the metadata packet where it has a sound one. Modification dates are
+    /// the caller's.
     std::string AppendObstacle();
     /// Why the last save wrote the whole document: one clause, empty when it appended; nothing before the first.
     const std::optional<std::string>& WrittenWhole() const;

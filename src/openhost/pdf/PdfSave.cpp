@@ -4,6 +4,7 @@
 #include "base/Overseer.h"
 #include "openhost/pdf/DocumentFiles.h"
 #include "openhost/pdf/DocumentState.h"
+#include "openhost/pdf/FormerTexts.h"
 #include "openhost/pdf/IncrementalUpdate.h"
 #include "openhost/pdf/PageTree.h"
 #include "openhost/pdf/PdfError.h"
@@ -59,11 +60,11 @@ void CopyStreams(QPDFWriter& writer, QPDF& library)
 }
 
 /// Makes the document one that the writer writes faithfully.
-PreparedDocument Prepare(CPdfDocument::State& state)
+PreparedDocument Prepare(CPdfDocument::State& state, bool forget)
 {
     QPDF& library = state.Current();
     MendPageTree(library);
-    SyncMetadata(library, state.changedInfo);
+    SyncMetadata(library, state.changedInfo, forget);
     return PrepareForWriter(library, state.source.get());
 }
 
@@ -147,16 +148,20 @@ std::optional<WrittenEncryption> EncryptionToCome(const CPdfDocument::State& sta
     return WrittenEncryption{*state.encryption, state.fileKey, state.passwordBytes};
 }
 
-void ReadBack(COutputFile& file, CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target)
+void ReadBack(COutputFile& file, CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target,
+              const std::vector<FormerText>& former)
 {
     const std::string& path = file.Complete();
     if (path.empty()) return;  // a trial run writes nothing
     if (options.beforeReadBack) options.beforeReadBack(path);
     state.TakeWarnings();
     const std::string problem = ReadBackProblem(path, state.Current(), state.warnings, EncryptionToCome(state));
-    if (problem.empty()) return;
-    throw CPdfError(PdfProblem::NotReadBack,
-                    target + ": the new file could not be read back as it should be (" + problem + ")");
+    if (!problem.empty())
+        throw CPdfError(PdfProblem::NotReadBack,
+                        target + ": the new file could not be read back as it should be (" + problem + ")");
+    if (!options.forget) return;
+    const std::string trace = FormerTextProblem(path, former, state.oldInfo, EncryptionToCome(state));
+    if (!trace.empty()) throw CPdfError(PdfProblem::CannotWrite, target + ": " + trace);
 }
 
 bool SameStamp(const platform::FileStamp& one, const platform::FileStamp& other)
@@ -221,18 +226,18 @@ std::string TryToAppend(CPdfDocument::State& state, const PdfSaveOptions& option
     if (std::string obstacle = state.AppendObstacle(); !obstacle.empty()) return obstacle;
     try {
         const IncrementalUpdate update = MakeIncrementalUpdate(state.Current(), *state.source, state.changedInfo);
-        if (!update.obstacle.empty()) return update.obstacle;
-        AppendAndCommit(state, options, target, source, update);
-        return {};
+        state.lateObstacle = update.obstacle;
+        if (update.obstacle.empty()) AppendAndCommit(state, options, target, source, update);
     } catch (const CPdfError& error) {
         // Cancelled, disk full and their like: writing all would end the same.
         if (error.Problem() != PdfProblem::NotReadBack) throw;
-        return error.ReasonFirst({});
+        state.lateObstacle = error.ReasonFirst();
     } catch (const std::runtime_error& error) {
-        return error.what();
+        state.lateObstacle = error.what();
     } catch (const std::logic_error& error) {
-        return error.what();
+        state.lateObstacle = error.what();
     }
+    return state.lateObstacle;
 }
 
 /// Fast display in a browser is no reason to lose a save: a document that the library cannot linearise, or whose
@@ -240,10 +245,12 @@ std::string TryToAppend(CPdfDocument::State& state, const PdfSaveOptions& option
 void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, const std::string& target,
                     CFileSource* source)
 {
+    const std::vector<FormerText> former =
+        options.forget ? FormerTextsOf(state.Current(), state.oldInfo) : std::vector<FormerText>();
     const auto write = [&](bool linearise) {
         COutputFile file(target, WhatExists(options), options.source.empty() ? state.path : options.source);
         WriteInto(file, state, options, target, linearise);
-        ReadBack(file, state, options, target);
+        ReadBack(file, state, options, target, former);
         CheckUnchanged(state, target);
         LetGoOfTarget(source, options);
         file.Commit();
@@ -252,7 +259,7 @@ void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, c
         if (options.remark) options.remark(target + ": written without linearisation: " + reason);
         write(false);
     };
-    const PreparedDocument prepared = Prepare(state);
+    const PreparedDocument prepared = Prepare(state, options.forget);
     if (!options.linearise) return write(false);
     if (!prepared.mayLinearise) return writePlain("the library cannot linearise such a document");
     try {
@@ -290,6 +297,8 @@ void MoveTo(CPdfDocument::State& state, const std::string& target, bool pretende
     state.modified = state.maySave = state.moreThanInfo = false;
     state.contentChanged = pretended;
     state.changedInfo.clear();
+    state.oldInfo.clear();
+    state.lateObstacle.clear();
     state.packetTexts.reset();
     state.reload = !pretended;
 }
@@ -305,6 +314,7 @@ std::string CPdfDocument::State::AppendObstacle()
     if (loss && !loss->empty()) return "its file is damaged";
     if (change != SecurityChange::Keep && !changeIsSaved) return "its protection is to change";
     if (moreThanInfo) return "more than its properties has changed";
+    if (!lateObstacle.empty()) return lateObstacle;
     return FindUpdatePlace(*library, *source).obstacle;
 }
 
@@ -319,8 +329,9 @@ void CPdfDocument::Save(const PdfSaveOptions& options)
         state.Current();
         CFileSource* const source = SourceInTheWay(state, target);
         std::string whole = "a full save was asked for";
-        if (options.append != Appending::Never) whole = TryToAppend(state, options, target, source);
-        if (!whole.empty() && options.append == Appending::Only)
+        const Appending append = options.forget ? Appending::Never : options.append;
+        if (append != Appending::Never) whole = TryToAppend(state, options, target, source);
+        if (!whole.empty() && append == Appending::Only)
             throw CPdfError(PdfProblem::CannotWrite, target + ": the changes cannot be appended to it: " + whole);
         if (!whole.empty()) WriteAndCommit(state, options, target, source);
         state.writtenWhole = whole;

@@ -304,6 +304,13 @@ std::string ReadBackProblem(const std::string& path, QPDF& original, const std::
     return Finding([&] { return Compared(path, original, complaints, encryption); });
 }
 
+std::string FormerTextProblem(const std::string& path, const std::vector<FormerText>& former,
+                              const std::map<std::string, std::string>& oldInfo,
+                              const std::optional<WrittenEncryption>& encryption)
+{
+    return Finding([&] { return TraceOf(former, oldInfo, *Opened(OpenSource(path), encryption)); });
+}
+
 std::string AppendedProblem(const std::string& path, QPDF& original, InputSource& source,
                             const IncrementalUpdate& update, const std::vector<std::string>& complaints,
                             const std::optional<WrittenEncryption>& encryption)

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "openhost/pdf/Encryption.h"
+#include "openhost/pdf/FormerTexts.h"
 #include "openhost/pdf/IncrementalUpdate.h"
 
 class QPDF;
@@ -30,9 +32,14 @@ struct WrittenEncryption {
 std::string ReadBackProblem(const std::string& path, QPDF& original, const std::vector<std::string>& complaints,
                             const std::optional<WrittenEncryption>& encryption);
 
-/// The same for a file that `update` was appended to: it begins with all bytes of `source`, the appended part parses,
-/// every object that is not in that part is defined as before, catalogue and encryption are the same, and information
-/// and metadata packet are as they are in `original`, the document with its changes.
+/// Where a text of `former` still stands in a file that was written as a whole, see TraceOf. Nor does it throw.
+std::string FormerTextProblem(const std::string& path, const std::vector<FormerText>& former,
+                              const std::map<std::string, std::string>& oldInfo,
+                              const std::optional<WrittenEncryption>& encryption);
+
+/// The same as ReadBackProblem for a file that `update` was appended to: it begins with all bytes of `source`, the
+/// appended part parses, every object that is not in that part is defined as before, catalogue and encryption are the
+/// same, and information and metadata packet are as they are in `original`, the document with its changes.
 std::string AppendedProblem(const std::string& path, QPDF& original, InputSource& source,
                             const IncrementalUpdate& update, const std::vector<std::string>& complaints,
                             const std::optional<WrittenEncryption>& encryption);

@@ -1,6 +1,8 @@
 #include "openhost/pdf/Xmp.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include <qpdf/Buffer.hh>
 #include <qpdf/QPDF.hh>
@@ -223,62 +225,70 @@ public:
         }
     }
 
-    /// The change of a text whose packet has it in other languages, too; nothing when there are none.
-    std::optional<Edit> DefaultLanguageEdit(const XmpProperty& property) const
+    /// The changes of a text whose packet has it in other languages, too; none when there are none.
+    std::vector<Edit> DefaultLanguageEdits(const XmpProperty& property) const
     {
-        if (!property.defaultText) return std::nullopt;
+        if (!property.defaultText) return {};
         const auto statement = OnlyStatement(property);
         const auto alternative = statement ? OnlyChild(*statement) : std::nullopt;
-        if (!alternative || !Is(*alternative, kRdf, "Alt")) return std::nullopt;
+        if (!alternative || !Is(*alternative, kRdf, "Alt")) return {};
         std::optional<std::size_t> first, standard;
-        bool others = false;
+        std::vector<std::size_t> others;
         for (std::size_t at = 0; at < m_elements.size(); ++at) {
             if (m_elements[at].parent != alternative || !Is(at, kRdf, "li")) continue;
             if (!first) first = at;
             const bool isDefault = LanguageOf(at) == "x-default";
-            if (isDefault && standard) return std::nullopt;
-            if (isDefault) standard = at;
-            others = others || !isDefault;
+            if (isDefault && standard) return {};
+            if (isDefault)
+                standard = at;
+            else
+                others.push_back(at);
         }
-        if (!others) return std::nullopt;
+        if (others.empty()) return {};
         const XmlElement& place = m_elements[standard.value_or(*first)];
         const std::string name(place.name);
-        Edit edit{place.begin, standard ? place.end : place.begin};
+        std::vector<Edit> edits{{place.begin, standard ? place.end : place.begin}};
         if (!property.content.empty())
-            edit.text = '<' + name + " xml:lang=\"x-default\">" + *property.defaultText + "</" + name + '>';
-        return edit;
+            edits.front().text = '<' + name + " xml:lang=\"x-default\">" + *property.defaultText + "</" + name + '>';
+        if (!property.dropCopies) return edits;
+        const std::string former = ContentOf(standard.value_or(*first));
+        for (const std::size_t other : others)
+            if (ContentOf(other) == former) edits.push_back({m_elements[other].begin, m_elements[other].end});
+        return edits.size() > others.size() ? std::vector<Edit>() : edits;
     }
 
-    /// What the packet says under a name; of several statements the first.
-    std::optional<std::string> TextOf(std::string_view space, std::string_view name) const
+    /// What the packet says under a name, statement by statement.
+    std::vector<std::vector<std::string>> TextsOf(std::string_view space, std::string_view name) const
     {
+        std::vector<std::vector<std::string>> texts;
         for (std::size_t at = 0; at < m_elements.size(); ++at) {
             const XmlElement& element = m_elements[at];
-            if (element.parent && IsDescription(*element.parent) && Is(at, space, name)) return TextIn(at);
+            if (element.parent && IsDescription(*element.parent) && Is(at, space, name)) texts.push_back(TextsIn(at));
             if (!IsDescription(at)) continue;
             for (const XmlAttribute& attribute : element.attributes)
                 if (attribute.name.find(':') != std::string_view::npos && XmlLocalName(attribute.name) == name &&
                     XmlNamespace(m_elements, at, attribute.name) == space)
-                    return XmlUnescaped(attribute.value);
+                    texts.push_back({XmlUnescaped(attribute.value)});
         }
-        return std::nullopt;
+        return texts;
     }
 
 private:
     /// A plain text, the default of an alternative, or all of a list.
-    std::string TextIn(std::size_t statement) const
+    std::vector<std::string> TextsIn(std::size_t statement) const
     {
-        std::string joined;
+        std::vector<std::string> texts;
         bool isPlain = true;
         for (std::size_t at = statement + 1;
              at < m_elements.size() && m_elements[at].begin < m_elements[statement].end; ++at) {
             isPlain = false;
             if (!Is(at, kRdf, "li")) continue;
             const bool isAlternative = m_elements[at].parent && Is(*m_elements[at].parent, kRdf, "Alt");
-            if (isAlternative && LanguageOf(at) == "x-default") return ContentOf(at);
-            if (!isAlternative || joined.empty()) joined += (joined.empty() ? "" : "; ") + ContentOf(at);
+            if (isAlternative && LanguageOf(at) == "x-default") return {ContentOf(at)};
+            if (!isAlternative || texts.empty()) texts.push_back(ContentOf(at));
         }
-        return isPlain ? ContentOf(statement) : joined;
+        if (isPlain) texts.push_back(ContentOf(statement));
+        return texts;
     }
     std::string ContentOf(std::size_t at) const
     {
@@ -389,14 +399,14 @@ std::optional<std::string> ChangedPacket(std::string_view packet, const std::vec
     std::vector<Edit> edits;
     std::vector<XmpProperty> stated;  // anew, in a description of their own
     for (const XmpProperty& property : properties) {
-        if (auto edit = view.DefaultLanguageEdit(property)) {
-            edits.push_back(std::move(*edit));
+        if (auto own = view.DefaultLanguageEdits(property); !own.empty()) {
+            std::ranges::move(own, std::back_inserter(edits));
             continue;
         }
         view.Collect(property, edits);
         stated.push_back(property);
     }
-    std::sort(edits.begin(), edits.end(), [](const Edit& a, const Edit& b) { return a.begin < b.begin; });
+    std::ranges::stable_sort(edits, {}, &Edit::begin);
 
     std::string result;
     std::size_t copied = 0;
@@ -439,9 +449,53 @@ std::map<std::string, std::string> TextsInPacket(std::string_view packet)
     if (!view.Root()) return texts;
     for (const auto& row : kCounterparts) {
         if (row.form == Form::Date) continue;
-        if (auto text = view.TextOf(row.space, row.name); text && !text->empty())
-            texts.emplace(row.infoKey, std::move(*text));
+        const auto statements = view.TextsOf(row.space, row.name);
+        if (statements.empty()) continue;
+        std::string joined;  // of several statements the first
+        for (const std::string& text : statements.front()) joined += (joined.empty() ? "" : "; ") + text;
+        if (!joined.empty()) texts.emplace(row.infoKey, std::move(joined));
     }
+    return texts;
+}
+
+std::vector<std::string> PacketTexts(std::string_view packet, std::string_view infoKey)
+{
+    std::vector<std::string> texts;
+    const auto elements = ReadXmlElements(packet);
+    if (!elements) return texts;
+    const CPacket view(packet, *elements);
+    for (const auto& row : kCounterparts)
+        if (row.infoKey == infoKey)
+            for (auto& statement : view.TextsOf(row.space, row.name))
+                std::ranges::move(statement, std::back_inserter(texts));
+    return texts;
+}
+
+std::vector<std::string> TextsInXml(std::string_view xml)
+{
+    const auto elements = ReadXmlElements(xml);
+    if (!elements) return {std::string(xml), XmlUnescaped(xml)};
+    std::vector<std::pair<std::size_t, std::size_t>> tags;
+    std::vector<std::string> texts;
+    for (const XmlElement& element : *elements) {
+        tags.emplace_back(element.begin, element.content);
+        tags.emplace_back(element.contentEnd, element.end);
+        for (const XmlAttribute& attribute : element.attributes)
+            if (!attribute.name.starts_with("xml") && XmlLocalName(attribute.name) != "parseType")
+                texts.push_back(XmlUnescaped(attribute.value));
+    }
+    std::ranges::sort(tags);
+    std::size_t at = 0;
+    const auto add = [&](std::size_t end) {
+        if (at >= end) return;
+        texts.emplace_back(xml.substr(at, end - at));
+        if (std::string plain = XmlUnescaped(texts.back()); plain != texts.back()) texts.push_back(std::move(plain));
+    };
+    for (const auto& [begin, end] : tags) {
+        add(begin);
+        at = std::max(at, end);
+    }
+    add(xml.size());
     return texts;
 }
 
@@ -457,7 +511,7 @@ std::optional<std::string> MetadataPacket(QPDF& document)
     }
 }
 
-std::optional<std::string> SyncedPacket(QPDF& document, const std::set<std::string>& infoKeys)
+std::optional<std::string> SyncedPacket(QPDF& document, const std::set<std::string>& infoKeys, bool dropCopies)
 {
     QPDFObjectHandle info = document.getTrailer().getKey("/Info");
     std::vector<XmpProperty> properties;
@@ -465,7 +519,10 @@ std::optional<std::string> SyncedPacket(QPDF& document, const std::set<std::stri
         QPDFObjectHandle value = info.isDictionary() ? info.getKey('/' + key) : QPDFObjectHandle::newNull();
         if (!value.isString() && !value.isNull()) continue;
         const std::string text = value.isString() ? value.getUTF8Value() : std::string();
-        if (auto property = XmpCounterpart(key, text)) properties.push_back(std::move(*property));
+        if (auto property = XmpCounterpart(key, text)) {
+            property->dropCopies = dropCopies;
+            properties.push_back(std::move(*property));
+        }
     }
     if (properties.empty()) return std::nullopt;
     const auto packet = MetadataPacket(document);
@@ -474,10 +531,10 @@ std::optional<std::string> SyncedPacket(QPDF& document, const std::set<std::stri
     return changed;
 }
 
-void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys)
+void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys, bool dropCopies)
 {
     QPDFObjectHandle nothing = QPDFObjectHandle::newNull();
-    if (const auto packet = SyncedPacket(document, infoKeys))
+    if (const auto packet = SyncedPacket(document, infoKeys, dropCopies))
         document.getRoot().getKey("/Metadata").replaceStreamData(*packet, nothing, nothing);
 }
 

@@ -51,6 +51,7 @@ struct XmpProperty {
     std::string content;  ///< XML inside the property; empty takes it away
     /// Of a text in several languages: the XML of the default one. Where the packet has other languages, they stay.
     std::optional<std::string> defaultText = {};
+    bool dropCopies = false;  ///< other languages go, too, where they have the text that the default one had
 };
 
 /// The packet with these properties in place of what it said of them; all else stays byte for byte. Nothing when the
@@ -64,14 +65,24 @@ std::optional<XmpProperty> XmpCounterpart(std::string_view infoKey, const std::s
 /// one, several names joined by "; ", no dates. Empty for a packet that is not well formed.
 std::map<std::string, std::string> TextsInPacket(std::string_view packet);
 
+/// What a packet says under the counterpart of an information entry, all statements, each item of a list by itself;
+/// of several languages the default one. Empty for a packet that is not well formed.
+std::vector<std::string> PacketTexts(std::string_view packet, std::string_view infoKey);
+
+/// All that an XML text says: what stands between its tags and in attributes, with references resolved and, between
+/// tags, also as it is written. No names of elements, namespaces and languages. Of a text that is not well formed all
+/// of it.
+std::vector<std::string> TextsInXml(std::string_view xml);
+
 /// The document's packet; nothing when it has none that can be unpacked.
 std::optional<std::string> MetadataPacket(QPDF& document);
 
 /// The document's packet brought in step with these information entries; an entry that is gone is taken out of it.
 /// Nothing when there is no sound packet, or nothing in it changes.
-std::optional<std::string> SyncedPacket(QPDF& document, const std::set<std::string>& infoKeys);
+std::optional<std::string> SyncedPacket(QPDF& document, const std::set<std::string>& infoKeys,
+                                        bool dropCopies = false);
 
 /// Brings a document's metadata packet, where it has a sound one, in step with these information entries.
-void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys);
+void SyncMetadata(QPDF& document, const std::set<std::string>& infoKeys, bool dropCopies = false);
 
 }  // namespace openhost

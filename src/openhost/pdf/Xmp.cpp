@@ -237,7 +237,7 @@ public:
         for (std::size_t at = 0; at < m_elements.size(); ++at) {
             if (m_elements[at].parent != alternative || !Is(at, kRdf, "li")) continue;
             if (!first) first = at;
-            const bool isDefault = LanguageOf(at) == "x-default";
+            const bool isDefault = IsDefaultLanguage(at);
             if (isDefault && standard) return {};
             if (isDefault)
                 standard = at;
@@ -284,7 +284,7 @@ private:
             isPlain = false;
             if (!Is(at, kRdf, "li")) continue;
             const bool isAlternative = m_elements[at].parent && Is(*m_elements[at].parent, kRdf, "Alt");
-            if (isAlternative && LanguageOf(at) == "x-default") return {ContentOf(at)};
+            if (isAlternative && IsDefaultLanguage(at)) return {ContentOf(at)};
             if (!isAlternative || texts.empty()) texts.push_back(ContentOf(at));
         }
         if (isPlain) texts.push_back(ContentOf(statement));
@@ -337,11 +337,12 @@ private:
         }
         return found;
     }
-    std::string_view LanguageOf(std::size_t at) const
+    /// Some programs leave the mark out.
+    bool IsDefaultLanguage(std::size_t at) const
     {
         for (const XmlAttribute& attribute : m_elements[at].attributes)
-            if (attribute.name == "xml:lang") return attribute.value;
-        return {};
+            if (attribute.name == "xml:lang") return attribute.value == "x-default";
+        return true;
     }
 
     std::string_view m_text;

@@ -54,6 +54,10 @@ TEST(Xmp, ReplacesWhatThePacketSaysOfTheDocument)
         {"prefix of another namespace",
          "<r:Description r:about='uuid:1' xmlns:dc='urn:other'><dc:title>theirs</dc:title></r:Description>", "old",
          "theirs"},
+        {"language left out",
+         "<r:Description r:about='uuid:1' " + dc +
+             "><d:title><r:Alt><r:li>old</r:li></r:Alt></d:title></r:Description>",
+         "old", "uuid:1"},
         {"comment and section",
          "<!-- <d:title>kept --><r:Description r:about='uuid:1' " + dc +
              "><d:title><![CDATA[</d:title>old]]></d:title></r:Description>",

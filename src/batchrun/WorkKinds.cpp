@@ -55,7 +55,8 @@ Expected<std::unique_ptr<CWork>> MakeRenameWork(const WorkDescription& descripti
 {
     const auto order = RenameOrderFrom(ParseObject(description.settings).value_or(Json::object()));
     if (!order) return Failure(order.Error());
-    return std::unique_ptr<CWork>(std::make_unique<CRenameWork>(*order, WorkFilePath(description, kRenameList)));
+    return std::unique_ptr<CWork>(std::make_unique<CRenameWork>(*order, WorkFilePath(description, kRenameList),
+                                                                WorkFilePath(description, kNamingSettings)));
 }
 
 Expected<std::unique_ptr<CWork>> MakeNamingWork(const WorkDescription& description)

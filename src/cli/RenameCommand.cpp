@@ -13,6 +13,7 @@
 #include "cli/Summary.h"
 #include "common/ProductPaths.h"
 #include "common/RenamePlan.h"
+#include "common/RenameReport.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clock.h"
 #include "platform/Files.h"
@@ -36,12 +37,61 @@ std::string ListPath(const CArguments& arguments)
     return path;
 }
 
+/// Where the report goes; empty: none is wanted.
+std::string ReportPath(const CArguments& arguments)
+{
+    const std::string path = OptionalPath(arguments, "--report");
+    if (!path.empty() && arguments.Has("--dry-run"))
+        FailUsage("--report tells what was renamed, and --dry-run renames nothing");
+    if (!path.empty() && platform::NameExists(path))
+        FailStart(Printable(path) + ": is there already; --report takes the name of a new file");
+    return path;
+}
+
+void AddToReport(CRenameReport& report, const std::string& json)
+{
+    const auto record = FileRecordFrom(ParseObject(json).value_or(Json::object()));
+    if (!record) return;
+    const bool renamed = record->outcome == FileOutcome::Saved || !record->outputs.empty();
+    const std::string& target = record->outputs.empty() ? record->path : record->outputs.front().path;
+    if (renamed)
+        report.Renamed(record->path, target, record->outcome == FileOutcome::Saved ? "" : record->message);
+    else if (record->outcome == FileOutcome::Skipped)
+        report.Skipped(record->path, record->message);
+    else
+        report.Failed(record->path, record->message);
+}
+
+/// A file that must be new. `what` it is, for people.
+void WriteNewFile(const std::string& path, const std::string& text, const char* what, const char* option)
+{
+    platform::CAtomicFile file(path, platform::Existing::Fail);
+    file.Write(text.data(), text.size());
+    if (const auto written = file.Commit(); !written.Ok())
+        FailStart(Printable(path) + ": the " + what + " cannot be written (" +
+                  platform::ErrorText(written.errorNumber) + "); " + option + " takes the name of a new file");
+}
+
 int Apply(const CArguments& arguments, const std::string& list, RenameOrder order, const Screen& screen, bool goesOn)
 {
-    WorkDescription work{
-        .kind = kRenameWork, .files = {{kRenameList, list}}, .settings = LineOf(RenameOrderJson(order))};
-    return RunAndReport(ReadRun(arguments, ReadResultPlaces(arguments, std::move(work), {})), arguments, screen,
-                        goesOn);
+    const auto timeout = static_cast<int>(arguments.Number("--timeout"));
+    order.scriptSeconds = static_cast<int>(arguments.Number("--script-timeout"));
+    if (timeout > 0 && order.scriptSeconds >= timeout && arguments.Has("--settings"))
+        FailUsage("--script-timeout has to be less than --timeout, which ends the worker with the script");
+    WorkDescription work{.kind = kRenameWork, .files = {{kRenameList, list}}, .settings = {}};
+    work.settings = LineOf(RenameOrderJson(order));
+    if (arguments.Has("--settings"))
+        work.files.push_back({kNamingSettings, ExistingPath(arguments.Text("--settings"))});
+    const std::string reportPath = ReportPath(arguments);
+    CRenameReport report;
+    RecordTaker taker;
+    if (!reportPath.empty()) taker = [&report](const std::string& json) { AddToReport(report, json); };
+    const int code = RunAndReport(ReadRun(arguments, ReadResultPlaces(arguments, std::move(work), {})), arguments,
+                                  screen, goesOn, taker);
+    if (!reportPath.empty() && report.RenamedFiles() + report.OtherFiles() > 0)
+        WriteNewFile(reportPath, report.Text(__DATE__, platform::LocalTimeText(platform::NanosecondsSince1970())),
+                     "report", "--report");
+    return code;
 }
 
 // Naming documents from what is in them.
@@ -136,15 +186,6 @@ RunResult FindNames(const CArguments& arguments, CNameLister& lister)
     return result;
 }
 
-void WriteList(const std::string& path, const std::string& text)
-{
-    platform::CAtomicFile file(path, platform::Existing::Fail);
-    file.Write(text.data(), text.size());
-    if (const auto written = file.Commit(); !written.Ok())
-        FailStart(Printable(path) + ": the list of new names cannot be written (" +
-                  platform::ErrorText(written.errorNumber) + "); --plan takes the name of a new file");
-}
-
 /// Of a run that comes to its end nobody needs the list any more.
 std::string OwnListPath()
 {
@@ -157,6 +198,7 @@ int NameAndApply(const CArguments& arguments, const Screen& screen)
 {
     if (arguments.Has("--resume") || arguments.Has("--retry-failed"))
         FailUsage("to go on with a renaming, name its list: --apply PLAN");
+    (void)ReportPath(arguments);
     CNameLister lister(screen);
     const RunResult named = FindNames(arguments, lister);
     if (!named.message.empty()) *screen.messages << "ferrule: " << PrintableLines(named.message) << '\n';
@@ -167,7 +209,7 @@ int NameAndApply(const CArguments& arguments, const Screen& screen)
         return static_cast<int>(named.exit);
     }
     const std::string list = isOwn ? OwnListPath() : FilePath(arguments, "--plan");
-    WriteList(list, lister.List());
+    WriteNewFile(list, lister.List(), kRenameList, "--plan");
     if (arguments.Has("--dry-run")) {
         *screen.messages << "Written: " << ShownPath(list)
                          << "; \"ferrule rename --apply\" gives the files these names\n";
@@ -178,6 +220,7 @@ int NameAndApply(const CArguments& arguments, const Screen& screen)
     if (isOwn && code == kExitFine) (void)platform::DeleteFile(list);
     if (code != kExitFine)
         *screen.messages << "To go on, or to do files again: ferrule rename --apply " << ShownPath(list)
+                         << (arguments.Has("--settings") ? " --settings " + arguments.Text("--settings") : "")
                          << " --resume --retry-failed\n";
     return code;
 }
@@ -191,7 +234,7 @@ int RenameCommand(const CArguments& arguments, const Screen& screen)
             FailUsage("say what the new names are: --name TEXT, --settings FILE, or --apply PLAN");
         return NameAndApply(arguments, screen);
     }
-    for (const char* option : {"--name", "--settings", "--plan"})
+    for (const char* option : {"--name", "--plan"})
         if (arguments.Has(option))
             FailUsage(std::string(option) + " has no meaning with --apply, whose list has the names");
     if (!arguments.Operands().empty())

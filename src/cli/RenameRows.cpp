@@ -39,7 +39,14 @@ std::vector<OptionRow> NamingOptions()
          .kind = ValueKind::File,
          .valueName = "FILE",
          .help = "Settings of the rename tool (.docren) instead of the options above; also whether files are moved "
-                 "or replaced."},
+                 "or replaced. Their script is run for each file that got its name; with --apply only that counts."},
+        {.name = "--script-timeout",
+         .kind = ValueKind::Number,
+         .valueName = "SECONDS",
+         .help = "The script of the settings is ended when it takes longer for a file, which then is incomplete.",
+         .fallback = "60",
+         .lowest = 1,
+         .highest = 1'000'000},
         {.name = "--plan",
          .kind = ValueKind::File,
          .valueName = "FILE",
@@ -95,7 +102,14 @@ CommandRow RenameRow()
     AddSection(row, "Going on and trying out",
                {OptionOfRun("--resume"), OptionOfRun("--retry-failed"), OptionOfRun("--dry-run")});
     AddSection(row, "Reports",
-               {OptionOfRun("--record"), OptionOfRun("--log"), OptionOfRun("--json"), OptionOfRun("--quiet")});
+               {{.name = "--report",
+                 .kind = ValueKind::File,
+                 .valueName = "FILE",
+                 .help = "Write into this file, which must be new, how many files were renamed, and which were not."},
+                OptionOfRun("--record"),
+                OptionOfRun("--log"),
+                OptionOfRun("--json"),
+                OptionOfRun("--quiet")});
     AddSection(row, "", ProgramOptions());
     return row;
 }

@@ -90,7 +90,8 @@ int RunOfSequence(const CArguments& arguments, const Screen& screen)
 
 }  // namespace
 
-int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen, bool goesOn)
+int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen, bool goesOn,
+                 RecordTaker onRecord)
 {
     RefuseTwoKindsOfData(arguments);
     FitWorkers(options.engine, arguments, screen);
@@ -101,6 +102,7 @@ int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& 
                              .jobs = options.engine.jobs};
     if (record != "-") options.recordPath = record;
     CRunPrinter printer(screen, print);
+    printer.TellRecord(std::move(onRecord));
     const RunResult result = RunPlanned(options, printer);
     return Conclude(result, printer, arguments, screen,
                     {.dryRun = options.dryRun, .canResume = goesOn, .kept = result.recordPath});

@@ -191,6 +191,7 @@ void CRunPrinter::FileDone(const FileRecord& record, const RunProgress& progress
 void CRunPrinter::RecordLine(const std::string& json)
 {
     if (m_options.recordToData) *m_screen.data << json << '\n';
+    if (m_recordTaker) m_recordTaker(json);
 }
 
 void CRunPrinter::Remark(const std::string& text)

@@ -3,8 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/Console.h"
@@ -96,6 +98,9 @@ public:
     void Warning(const std::string& text) override;
     void Tick(const RunProgress& progress) override;
 
+    /// Somebody else who gets the lines of the record.
+    void TellRecord(std::function<void(const std::string& json)> taker) { m_recordTaker = std::move(taker); }
+
     /// Takes the progress off the screen.
     void Finish() { m_status.Clear(); }
     const std::vector<Unfine>& FirstUnfine() const { return m_unfine; }
@@ -112,6 +117,7 @@ private:
 
     const Screen& m_screen;
     PrintOptions m_options;
+    std::function<void(const std::string&)> m_recordTaker;
     CRunProgressLine m_line;
     CStatusLine& m_status;
     std::vector<Unfine> m_unfine;

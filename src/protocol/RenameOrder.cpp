@@ -28,6 +28,7 @@ Json RenameOrderJson(const RenameOrder& order)
 {
     Json object = {{"version", kRenameOrderVersion}};
     if (order.overwrite) object["overwrite"] = true;
+    if (order.scriptSeconds != kScriptSeconds) object["scriptSeconds"] = order.scriptSeconds;
     return object;
 }
 
@@ -36,7 +37,9 @@ Expected<RenameOrder> RenameOrderFrom(const Json& object)
     if (const int version = CountAt(object, "version"); version != kRenameOrderVersion)
         return Failure("The order to rename files is written in version " + std::to_string(version) +
                        ", and only version " + std::to_string(kRenameOrderVersion) + " is known here.");
-    return RenameOrder{.overwrite = FlagAt(object, "overwrite")};
+    RenameOrder order{.overwrite = FlagAt(object, "overwrite")};
+    if (const int seconds = CountAt(object, "scriptSeconds"); seconds > 0) order.scriptSeconds = seconds;
+    return order;
 }
 
 std::string WaitingPlaceOf(const std::string& path)

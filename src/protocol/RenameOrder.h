@@ -14,9 +14,12 @@
 inline constexpr char kRenameWork[] = "renaming";
 inline constexpr char kRenameList[] = "list of new names";
 
+inline constexpr int kScriptSeconds = 60;
+
 struct RenameOrder {
     /// A file that is none of the run is replaced when it has a new name already; else the new name gets a number.
     bool overwrite = false;
+    int scriptSeconds = kScriptSeconds;  ///< that the script of the settings may take for a file
 };
 
 [[nodiscard]] Json RenameOrderJson(const RenameOrder& order);

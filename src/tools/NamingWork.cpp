@@ -52,8 +52,6 @@ WorkFacts CNamingWork::Facts(const PlanRequest&) const
                     .noInputs = "Naming has no input files of its own.",
                     .inputsMayBeGone = true,
                     .usesOutputFolder = false};
-    if (m_settings.executeScript)
-        facts.warnings.emplace_back("The settings start a script for each file. It is not started here.");
     return facts;
 }
 

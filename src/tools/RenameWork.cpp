@@ -4,11 +4,17 @@
 #include <utility>
 
 #include "base/Names.h"
+#include "base/Overseer.h"
 #include "base/Text.h"
 #include "common/Log.h"
+#include "common/ProductPaths.h"
 #include "common/Progress.h"
+#include "common/RenameReport.h"
 #include "common/SeparatedText.h"
+#include "naming/RenameSettings.h"
 #include "platform/Files.h"
+#include "platform/NarrowText.h"
+#include "platform/Paths.h"
 
 namespace {
 
@@ -44,10 +50,20 @@ std::string CRenameWork::Load(CLogWriter& log)
         if (m_lines.empty()) problem = "it lists no file.";
         if (const auto list = ListFor({}); problem.empty() && !list) problem = list.Error();
     }
-    if (problem.empty()) return {};
+    if (problem.empty()) return LoadScript();
     problem = "The " + std::string(kRenameList) + ' ' + m_listPath + " cannot be used: " + problem;
     log.NameValue("Renaming is rejected", problem, 1);
     return problem;
+}
+
+/// What is wrong with the settings.
+std::string CRenameWork::LoadScript()
+{
+    if (m_settingsFile.empty()) return {};
+    const auto settings = ReadRenameSettings(m_settingsFile);
+    if (!settings) return settings.Error();
+    if (settings->executeScript) m_scriptText = platform::NarrowFromUtf8(settings->script);
+    return {};
 }
 
 Expected<CRenameList> CRenameWork::ListFor(const std::string& folder) const
@@ -83,7 +99,11 @@ std::string CRenameWork::PlanProblem(const CRenameList& list) const
 
 WorkFacts CRenameWork::Facts(const PlanRequest& request) const
 {
-    WorkFacts facts{.noun = "renaming", .inputsMayBeGone = true, .movesInputs = true, .resultsPerFile = 1};
+    WorkFacts facts{.noun = "renaming",
+                    .inputsMayBeGone = true,
+                    .movesInputs = true,
+                    .startsPrograms = !m_scriptText.empty(),
+                    .resultsPerFile = 1};
     const auto list = ListFor(request.settings.alternativeOutputPath);
     if (!list) {
         facts.objection = list.Error();
@@ -104,6 +124,9 @@ WorkFacts CRenameWork::Facts(const PlanRequest& request) const
 void CRenameWork::Begin(const WorkServices& services)
 {
     m_run.emplace(services);
+    // Private to the run: each worker has such a folder of its own.
+    const std::string settings = MakeProductPaths(platform::ApplicationDataFolder()).settingsFolder;
+    if (!m_scriptText.empty()) m_script.emplace(m_scriptText, settings + "Scripts", m_order.scriptSeconds);
     if (auto list = ListFor(services.settings.alternativeOutputPath)) m_list.emplace(std::move(*list));
 }
 
@@ -117,9 +140,9 @@ ProcessedFile CRenameWork::Process(const std::string& path, int number)
         file.outcome = FileOutcome::Failed;
         file.message = "It is not in the list of new names.";
     } else if (rename->to.empty() && rename->problem.empty()) {
-        m_run->log.Line(path + " has been skipped - no valid output filename specified");
+        m_run->log.Line(path + kRenameSkipped);
         file.outcome = FileOutcome::Skipped;
-        file.message = "It has been skipped - no valid output filename specified.";
+        file.message = std::string("It") + kRenameSkipped + '.';
     } else if (!rename->problem.empty()) {
         Fail(file, rename->to, platform::Failure(platform::FileProblem::NotARegularFile).errorNumber,
              rename->problem);
@@ -136,7 +159,7 @@ void CRenameWork::Rename(const PlannedRename& rename, ProcessedFile& file)
     const std::string& from = waited ? place : rename.from;
     if (!waited && rename.from == rename.to && platform::NameExists(from)) {
         m_run->log.Line(file.path + " has been renamed to " + rename.to);
-        return;
+        return RunScript(rename.to, file);
     }
     if (!platform::NameExists(from))
         return Fail(file, rename.to, platform::Failure(platform::FileProblem::Missing).errorNumber,
@@ -148,12 +171,27 @@ void CRenameWork::Rename(const PlannedRename& rename, ProcessedFile& file)
         m_left.insert(rename.from);
         m_run->log.Line(file.path + " has been renamed to " + target);
         if (target != rename.to) file.message = "Its new name was taken; it is " + FileName(target) + " now.";
-        return;
+        return RunScript(target, file);
     }
     Fail(file, target, moved.errorNumber, problem);
     if (!rename.waits.empty()) (void)platform::MoveFile(WaitingPlaceOf(rename.waits), rename.waits, Existing::Fail);
     // Its name may be another's by now, and going on with the run finds it where it is.
     if (waited) file.message += " It stands under the name " + place + " until --resume --retry-failed or an undo.";
+}
+
+/// The act is asked for, so that nobody who goes on with the run starts the script a second time.
+void CRenameWork::RunScript(const std::string& target, ProcessedFile& file) const
+{
+    if (!m_script) return;
+    std::string problem;
+    const auto answer =
+        Overseer() ? Overseer()->Ask(COverseer::Act::Start, target, m_settingsFile) : COverseer::Answer::Go;
+    if (answer == COverseer::Answer::Refuse) problem = "The script was not started.";
+    if (answer == COverseer::Answer::Go) problem = m_script->Run(file.path, target);
+    if (problem.empty()) return;
+    m_run->log.NameValue("Script", problem, 1);
+    file.outcome = FileOutcome::Incomplete;
+    file.message = "It has been renamed to " + target + ". " + problem;
 }
 
 /// `problem`: why not, a sentence.
@@ -212,8 +250,7 @@ bool CRenameWork::MakeRoom(const PlannedRename& rename, ProcessedFile& file)
 void CRenameWork::Fail(ProcessedFile& file, const std::string& target, int errorNumber,
                        const std::string& reason) const
 {
-    const std::string what =
-        " failed to be renamed to " + target + " (error code: " + std::to_string(errorNumber) + ')';
+    const std::string what = RenameFailure(target, errorNumber);
     m_run->log.Line(file.path + what);
     m_run->log.NameValue("Reason", reason, 1);
     file.outcome = FileOutcome::Failed;

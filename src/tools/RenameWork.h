@@ -10,14 +10,19 @@
 #include "engine/Work.h"
 #include "protocol/RenameOrder.h"
 #include "tools/RenameList.h"
+#include "tools/RenameScript.h"
 
 /// Renames each file of a list, or moves it, so that swaps, chains and cycles of names come out as they are written.
 /// No document is opened. Neither an input nor a result of the run is ever replaced; another file only when the order
 /// says so. Whatever fails leaves the file where it is.
 class CRenameWork final : public CWork {
 public:
-    /// `listPath`: a list as ParseRenamePlan takes it.
-    CRenameWork(RenameOrder order, std::string listPath) : m_order(order), m_listPath(std::move(listPath)) {}
+    /// `listPath`: a list as ParseRenamePlan takes it. `settingsFile`: settings of which only the script counts, if
+    /// they want it run; may be empty.
+    CRenameWork(RenameOrder order, std::string listPath, std::string settingsFile = {})
+        : m_order(order), m_listPath(std::move(listPath)), m_settingsFile(std::move(settingsFile))
+    {
+    }
 
     [[nodiscard]] std::string Load(CLogWriter& log) override;
     [[nodiscard]] std::string Refusal(CLogWriter&) override { return {}; }
@@ -32,6 +37,8 @@ public:
 private:
     [[nodiscard]] Expected<CRenameList> ListFor(const std::string& folder) const;
     [[nodiscard]] std::string PlanProblem(const CRenameList& list) const;
+    [[nodiscard]] std::string LoadScript();
+    void RunScript(const std::string& target, ProcessedFile& file) const;
     void Rename(const PlannedRename& rename, ProcessedFile& file);
     [[nodiscard]] bool MakeRoom(const PlannedRename& rename, ProcessedFile& file);
     [[nodiscard]] bool IsStillToLeave(const std::string& path) const;
@@ -41,7 +48,9 @@ private:
     void Fail(ProcessedFile& file, const std::string& target, int errorNumber, const std::string& reason) const;
 
     RenameOrder m_order;
-    std::string m_listPath;
+    std::string m_listPath, m_settingsFile;
+    std::string m_scriptText;  // empty: none is run
+    std::optional<CRenameScript> m_script;
     std::vector<RenameLine> m_lines;
     std::optional<CRenameList> m_list;       // once the output folder is known
     std::unordered_set<std::string> m_left;  // inputs that no longer have their names

@@ -8,6 +8,7 @@ import time
 import unittest
 
 from commandline import CommandPlace, records
+from settingsfiles import rename_settings, title_part
 from unattended import pdf_of_pages
 
 KILLS = max(int(os.environ.get("FERRULE_KILLS", "200")) // 8, 3)
@@ -113,6 +114,44 @@ class Rename(unittest.TestCase):
         self.assertEqual(self.state(), {})
         self.place.expect(0, "undo")
         self.assertEqual(self.state(), before)
+
+    def test_script_gets_the_paths_as_variables_alone_and_is_awaited(self):
+        hostile = ["$(touch x)", "`touch x`", "%CD%&touch x", "a;touch x'", "last"]
+        for number, title in enumerate(hostile):
+            (self.place.input / f"{number}.pdf").write_bytes(pdf_of_pages([("/MediaBox[0 0 9 9]", "")], {"Title": title}))
+        before = {path: path.read_bytes() for path in self.place.input.iterdir()}
+        told, report = self.place.root / "told", self.place.root / "report.txt"
+        script = f"""begun=$(ls -ld "${{0%/*}}" | cut -c1-10)
+printf '%s|%s|%s\\n' "$begun" "$INPUTDOCUMENT" "$OUTPUTDOCUMENT" >> '{told}'
+test -f "$OUTPUTDOCUMENT" || exit 9
+case $INPUTDOCUMENT in
+  */2.pdf) echo "no luck" >&2; exit 7;;
+  */3.pdf) (sleep 1000; touch '{told}.late') & sleep 1000;;
+esac"""
+        settings = rename_settings(self.place.root / "s.docren", [title_part()], ExecuteScript=True, Script=script)
+        words = ["rename", self.place.input, "--settings", settings, "--script-timeout", 2]
+        self.assertIn("0.pdf", self.place.expect(0, *words, "--dry-run").output)
+        self.assertFalse(told.exists())
+        record = self.place.root / "record"
+        result = self.place.expect(3, *words, "--record", record, "--report", report)
+        names = {f"{number}.pdf": "".join(c for c in title if c not in '"/*?<>:|') + ".pdf" for number, title in enumerate(hostile)}
+        self.assertEqual(sorted(told.read_text().splitlines()), [f"drwx------|{self.place.input}/{old}|{self.place.input}/{new}" for old, new in names.items()])
+        self.assertEqual(self.place.names(self.place.input), sorted(names.values()))
+        self.assertEqual([path for path in self.place.root.rglob("*") if path.name in ("x", "x.pdf", "script.sh")], [])
+        problems = {line["path"][-5:]: line["message"] for line in records(record).values() if line["outcome"] != "saved"}
+        self.assertEqual([line["outcome"] for line in records(record).values()], ["saved", "saved", "incomplete", "incomplete", "saved"])
+        self.assertRegex(problems.pop("2.pdf"), r"^It has been renamed to .* ended with the code 7 \(no luck\)\.$")
+        self.assertIn("took longer than 2 s", problems.pop("3.pdf"))
+        self.assertEqual(problems, {})
+        self.assertRegex(report.read_bytes().decode(), "(?s)^FILE PROCESSING REPORT\r\n\r\nSoftware Build Date: .*\r\nProcessing Date: .*\r\n"
+                         "Total number of input files selected: 5\r\nNumber of files renamed: 5\r\n.*generated\\): 0\r\n.*application\\): 0\r\n\r\n"
+                         "List of files that have been renamed:\r\n\r\n1. .*0.pdf has been renamed to ")
+        # Nothing that was started is started again, and what the script did stays.
+        plan = result.errors.split("--apply ")[1].split(" --settings")[0]
+        self.place.expect(3, "rename", "--apply", plan, "--settings", settings, "--script-timeout", 2, "--resume", "--retry-failed")
+        self.assertEqual(len(told.read_text().splitlines()), 5)
+        self.assertIn("what it did stays", self.place.expect(3, "undo", record, "--partly").errors)
+        self.assertEqual({path: path.read_bytes() for path in self.place.input.iterdir()}, before)
 
     def test_kills_leave_each_file_once_and_are_gone_on_with_or_taken_back(self):
         chance = random.Random(4711)

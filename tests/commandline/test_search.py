@@ -10,6 +10,7 @@ import unittest
 from pathlib import Path
 
 from commandline import CommandPlace
+from settingsfiles import settings_file
 from unattended import CORPUS, pdf_of_pages, tool
 
 PLACE = CommandPlace  # where the runs take place; tests of another system put theirs here
@@ -30,14 +31,7 @@ def lines(*texts):
 
 def rules_file(path, rules, **report):
     """Writes a .pdfsearch file; a rule is {key: value}."""
-    def values_of(rule):
-        return {key: {"record": values_of(value)} if isinstance(value, dict) else value for key, value in rule.items()}
-    values = {"NumItems": len(rules), **report, **{str(number): {"record": values_of(rule)} for number, rule in enumerate(rules)}}
-    checksum = 0xCBF29CE484222325  # FNV-1a
-    for byte in json.dumps(values, separators=(",", ":"), ensure_ascii=False).encode() + b"\n":
-        checksum = (checksum ^ byte) * 0x100000001B3 % 2**64
-    path.write_text(json.dumps({"ferrule": "settings", "version": 2, "checksum": f"{checksum:016x}", "values": values}))
-    return path
+    return settings_file(path, {"NumItems": len(rules), **report, **{str(number): rule for number, rule in enumerate(rules)}})
 
 
 def words_of_pages(path):

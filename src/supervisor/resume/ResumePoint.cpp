@@ -120,6 +120,7 @@ private:
     /// Others are moved out of the way before the file itself is, so that the file is as it was until that is begun.
     void DecideNewName(const Intent& last)
     {
+        if (last.act == Act::Start) return DecideScript();
         m_point.left = Left::Everything;
         const bool isOwn = last.file == m_file.path || last.file == WaitingPlaceOf(m_file.path);
         if (!isOwn || last.act != Act::Move || !Holds(last.target, last.sha256)) return;
@@ -129,6 +130,18 @@ private:
         m_point.left = Left::Nothing;
         m_point.record.sha256 = last.sha256;
         m_point.record.outputs.push_back({last.target, last.sha256, false});
+    }
+
+    /// A script is started once the file has its new name, and never twice.
+    void DecideScript()
+    {
+        for (const Intent& intent : m_intents) {
+            if (intent.act != Act::Move || !Holds(intent.target, intent.sha256)) continue;
+            if (intent.file != m_file.path && intent.file != WaitingPlaceOf(m_file.path)) continue;
+            m_point.record.sha256 = intent.sha256;
+            m_point.record.outputs = {{intent.target, intent.sha256, false}};
+        }
+        Unknowable("It has its new name. The script has been started for it, and is not started a second time.");
     }
 
     bool IsWritten(const Intent& intent) const

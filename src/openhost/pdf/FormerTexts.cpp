@@ -50,7 +50,9 @@ std::vector<FormerText> FormerTextsOf(QPDF& document, const std::map<std::string
         if (packet)
             for (const std::string& text : PacketTexts(*packet, key)) texts.insert(Trim(text));
         texts.erase(std::string());
-        texts.erase(Trim(InfoText(document, key)));
+        const std::string now = InfoText(document, key);
+        texts.erase(Trim(now));
+        if (const auto inPacket = XmpCounterpart(key, now)) texts.erase(inPacket->content);  // of dates
         for (const std::string& text : texts) former.push_back({key, text});
     }
     return former;

@@ -265,6 +265,33 @@ TEST_F(Forget, WhatCountsAsTheOldText)
     }
 }
 
+TEST_F(Forget, WhatOnlyThePacketSaysCountsToo)
+{
+    const std::string dated = kPacketHead + " xmp:CreateDate='2024-01-31T09:30:00Z'>" + kPacketTail;
+    const struct {
+        const char* key;
+        std::string info, packet, wanted;
+        const char* said;
+    } rows[] = {
+        {"Title", "/Subject(A Secret title)", kPacketHead + "><dc:title>Secret title</dc:title>" + kPacketTail, "new",
+         kInInfo},
+        {"CreationDate", "/ModDate(D:20240131093000Z)", dated, "D:2020", ""},
+        {"CreationDate", "/CreationDate(D:2019)", dated, "D:20240131093000Z", ""},
+        {"CreationDate", "/CreationDate(D:2019)", dated.substr(0, dated.size() - 9), "D:2020",
+         "its metadata packet is broken"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.packet);
+        const std::string path = folder.Write(
+            "a.pdf", SamplePdf(1, "/Info<<" + row.info + ">>", StreamObject(100, "/Type/Metadata", row.packet)));
+        CPdfDocument document = CPdfDocument::Open(path);
+        document.SetInfo(row.key, row.wanted);
+        const std::string message = MessageOf([&] { document.Save({.forget = true}); });
+        EXPECT_EQ(message.empty(), *row.said == '\0');
+        EXPECT_THAT(message, HasSubstr(row.said));
+    }
+}
+
 TEST_F(Forget, EarlierRevisionsMustBeGone)
 {
     const std::string path = folder / "a.pdf";

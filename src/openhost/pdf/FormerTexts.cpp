@@ -60,6 +60,35 @@ std::vector<FormerText> FormerTextsOf(QPDF& document, const std::map<std::string
 
 namespace {
 
+std::set<std::string> KeywordsIn(const std::string& text)
+{
+    std::set<std::string> keywords;
+    for (const std::string& keyword : Split(text, ",;")) keywords.insert(Trim(keyword));
+    keywords.erase(std::string());
+    return keywords;
+}
+
+std::set<std::string> FormerKeywords(QPDF& document, const std::vector<FormerText>& former)
+{
+    std::set<std::string> keywords;
+    for (const FormerText& text : former)
+        if (text.key == "Keywords") keywords.merge(KeywordsIn(text.utf8));
+    for (const std::string& now : KeywordsIn(InfoText(document, "Keywords"))) keywords.erase(now);
+    return keywords;
+}
+
+}  // namespace
+
+void DropFormerSubjects(QPDF& document, const std::vector<FormerText>& former)
+{
+    const auto packet = MetadataPacket(document);
+    const auto changed = packet ? WithoutSubjects(*packet, FormerKeywords(document, former)) : std::nullopt;
+    QPDFObjectHandle nothing = QPDFObjectHandle::newNull();
+    if (changed) document.getRoot().getKey("/Metadata").replaceStreamData(*changed, nothing, nothing);
+}
+
+namespace {
+
 // ---- texts among bytes
 
 enum class Encoding { Utf8, Pdf, Utf16Big, Utf16Little };
@@ -381,6 +410,15 @@ bool HasEarlierRevisions(QPDF& written)
     });
 }
 
+std::string KeywordTrace(const std::vector<FormerText>& former, QPDF& written)
+{
+    const std::set<std::string> keywords = FormerKeywords(written, former);
+    for (const std::string& subject : SubjectsInPacket(MetadataPacket(written).value_or(std::string())))
+        if (keywords.contains(Trim(subject)))
+            return "one of the old keywords still stands among the subjects in its metadata packet";
+    return {};
+}
+
 std::string DateTrace(const std::vector<FormerText>& former, QPDF& written)
 {
     const auto packet = MetadataPacket(written);
@@ -405,6 +443,7 @@ std::string TraceOf(const std::vector<FormerText>& former, const std::map<std::s
     for (const auto& [key, bytes] : oldInfo)
         if (std::string text = InfoText(written, key); !text.empty()) wanted.push_back(std::move(text));
     if (std::string trace = DateTrace(former, written); !trace.empty()) return trace;
+    if (std::string trace = KeywordTrace(former, written); !trace.empty()) return trace;
     return CTraceSearch(written, former, wanted).Finding();
 }
 

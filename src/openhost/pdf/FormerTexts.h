@@ -18,6 +18,9 @@ struct FormerText {
 /// The packet of `document` must still be the old one. What an entry still has is not former.
 std::vector<FormerText> FormerTextsOf(QPDF& document, const std::map<std::string, std::string>& oldInfo);
 
+/// Takes former keywords out of the packet's list of subjects, where they stand one by one.
+void DropFormerSubjects(QPDF& document, const std::vector<FormerText>& former);
+
 /// Where one of these texts still stands in `written`, a file written as a whole of which `changed`, the keys of
 /// `oldInfo`, are asked to be new; one clause for people, empty when none does.
 ///

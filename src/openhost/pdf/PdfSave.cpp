@@ -60,11 +60,12 @@ void CopyStreams(QPDFWriter& writer, QPDF& library)
 }
 
 /// Makes the document one that the writer writes faithfully.
-PreparedDocument Prepare(CPdfDocument::State& state, bool forget)
+PreparedDocument Prepare(CPdfDocument::State& state, bool forget, const std::vector<FormerText>& former)
 {
     QPDF& library = state.Current();
     MendPageTree(library);
     SyncMetadata(library, state.changedInfo, forget);
+    DropFormerSubjects(library, former);
     return PrepareForWriter(library, state.source.get());
 }
 
@@ -259,7 +260,7 @@ void WriteAndCommit(CPdfDocument::State& state, const PdfSaveOptions& options, c
         if (options.remark) options.remark(target + ": written without linearisation: " + reason);
         write(false);
     };
-    const PreparedDocument prepared = Prepare(state, options.forget);
+    const PreparedDocument prepared = Prepare(state, options.forget, former);
     if (!options.linearise) return write(false);
     if (!prepared.mayLinearise) return writePlain("the library cannot linearise such a document");
     try {

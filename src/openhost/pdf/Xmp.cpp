@@ -8,6 +8,7 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFExc.hh>
 
+#include "base/Text.h"
 #include "base/Xml.h"
 
 namespace openhost {
@@ -257,6 +258,24 @@ public:
         return edits.size() > others.size() ? std::vector<Edit>() : edits;
     }
 
+    /// What under a name says one of `texts`: items of lists, or statements that are no lists.
+    void CollectItems(std::string_view space, std::string_view name, const std::set<std::string>& texts,
+                      std::vector<Edit>& edits) const
+    {
+        std::optional<std::size_t> statement;
+        for (std::size_t at = 0; at < m_elements.size(); ++at) {
+            const XmlElement& element = m_elements[at];
+            if (element.parent && IsDescription(*element.parent) && Is(at, space, name)) statement = at;
+            const bool isInside = statement && element.begin >= m_elements[*statement].begin &&
+                                  element.end <= m_elements[*statement].end;
+            if (isInside && texts.contains(Trim(ContentOf(at)))) edits.push_back({element.begin, element.end});
+            if (!IsDescription(at)) continue;
+            for (const XmlAttribute& attribute : element.attributes)
+                if (XmlLocalName(attribute.name) == name && XmlNamespace(m_elements, at, attribute.name) == space &&
+                    texts.contains(Trim(XmlUnescaped(attribute.value))))
+                    edits.push_back({attribute.begin, attribute.end});
+        }
+    }
     /// What the packet says under a name, statement by statement.
     std::vector<std::vector<std::string>> TextsOf(std::string_view space, std::string_view name) const
     {
@@ -350,6 +369,18 @@ private:
     std::vector<std::size_t> m_roots;
 };
 
+std::string Edited(std::string_view packet, std::vector<Edit> edits)
+{
+    std::ranges::stable_sort(edits, {}, &Edit::begin);
+    std::string result;
+    std::size_t copied = 0;
+    for (const Edit& edit : edits) {
+        result += std::string(packet.substr(copied, edit.begin - copied)) + edit.text;
+        copied = edit.end;
+    }
+    return result += packet.substr(copied);
+}
+
 std::string Description(std::string_view about, const std::vector<XmpProperty>& properties)
 {
     std::string text;
@@ -407,17 +438,8 @@ std::optional<std::string> ChangedPacket(std::string_view packet, const std::vec
         view.Collect(property, edits);
         stated.push_back(property);
     }
-    std::ranges::stable_sort(edits, {}, &Edit::begin);
-
-    std::string result;
-    std::size_t copied = 0;
-    for (const Edit& edit : edits) {
-        result += std::string(packet.substr(copied, edit.begin - copied)) + edit.text;
-        copied = edit.end;
-    }
-    result += packet.substr(copied, insertAt - copied);
-    result += Description(view.About(), stated);
-    return result += packet.substr(insertAt);
+    edits.push_back({insertAt, insertAt, Description(view.About(), stated)});
+    return Edited(packet, std::move(edits));
 }
 
 std::optional<XmpProperty> XmpCounterpart(std::string_view infoKey, const std::string& valueUtf8)
@@ -470,6 +492,25 @@ std::vector<std::string> PacketTexts(std::string_view packet, std::string_view i
             for (auto& statement : view.TextsOf(row.space, row.name))
                 std::ranges::move(statement, std::back_inserter(texts));
     return texts;
+}
+
+std::vector<std::string> SubjectsInPacket(std::string_view packet)
+{
+    std::vector<std::string> subjects;
+    if (const auto elements = ReadXmlElements(packet))
+        for (auto& statement : CPacket(packet, *elements).TextsOf(kDublinCore, "subject"))
+            std::ranges::move(statement, std::back_inserter(subjects));
+    return subjects;
+}
+
+std::optional<std::string> WithoutSubjects(std::string_view packet, const std::set<std::string>& subjects)
+{
+    const auto elements = ReadXmlElements(packet);
+    if (!elements) return std::nullopt;
+    std::vector<Edit> edits;
+    CPacket(packet, *elements).CollectItems(kDublinCore, "subject", subjects, edits);
+    if (edits.empty()) return std::nullopt;
+    return Edited(packet, edits);
 }
 
 std::vector<std::string> TextsInXml(std::string_view xml)

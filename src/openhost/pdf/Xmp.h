@@ -69,6 +69,13 @@ std::map<std::string, std::string> TextsInPacket(std::string_view packet);
 /// of several languages the default one. Empty for a packet that is not well formed.
 std::vector<std::string> PacketTexts(std::string_view packet, std::string_view infoKey);
 
+/// The list of subjects, in which many programs repeat the keywords one by one. Empty for a packet that is not well
+/// formed.
+std::vector<std::string> SubjectsInPacket(std::string_view packet);
+
+/// The packet without these subjects; nothing when it has none of them.
+std::optional<std::string> WithoutSubjects(std::string_view packet, const std::set<std::string>& subjects);
+
 /// All that an XML text says: what stands between its tags and in attributes, with references resolved and, between
 /// tags, also as it is written. No names of elements, namespaces and languages. Of a text that is not well formed all
 /// of it.

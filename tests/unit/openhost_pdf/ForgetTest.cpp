@@ -292,6 +292,20 @@ TEST_F(Forget, WhatOnlyThePacketSaysCountsToo)
     }
 }
 
+TEST_F(Forget, KeywordsGoOneByOne)
+{
+    const std::string subjects =
+        "<dc:subject><rdf:Bag><rdf:li>alpha</rdf:li><rdf:li>beta &amp; co</rdf:li><rdf:li>gamma</rdf:li>"
+        "<rdf:li>other</rdf:li></rdf:Bag></dc:subject>";
+    const std::string path = folder.Write(
+        "a.pdf", SamplePdf(1, "/Info<</Keywords(alpha; beta & co,gamma)>>",
+                           StreamObject(100, "/Type/Metadata", kPacketHead + '>' + subjects + kPacketTail)));
+    CPdfDocument document = CPdfDocument::Open(path);
+    document.SetInfo("Keywords", "gamma, delta");
+    document.Save({.forget = true});
+    EXPECT_THAT(FileBytes(path), HasSubstr("<rdf:Bag><rdf:li>gamma</rdf:li><rdf:li>other</rdf:li></rdf:Bag>"));
+}
+
 TEST_F(Forget, EarlierRevisionsMustBeGone)
 {
     const std::string path = folder / "a.pdf";

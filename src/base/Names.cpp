@@ -35,6 +35,8 @@ std::string UpperCasedName(std::string_view name)
     return IsValidUtf8(name) ? Converted(name, UpperCased) : ToUpperAscii(name);
 }
 
+std::string MatchedName(std::string_view name) { return Composed(LowerCasedName(name)); }
+
 bool NameComesBefore(std::string_view a, std::string_view b)
 {
     std::string_view restOfA = a, restOfB = b;

@@ -12,6 +12,10 @@
 /// The reverse.
 [[nodiscard]] std::string UpperCasedName(std::string_view name);
 
+/// The form in which the names that people list are compared with those of files: in lower case, with accents
+/// composed, which some systems keep apart.
+[[nodiscard]] std::string MatchedName(std::string_view name);
+
 /// The order in which folders are listed: by upper-cased characters, where a byte that is part of none stands for
 /// itself, then by bytes. Nothing is kept for it: a folder may hold a million names.
 [[nodiscard]] bool NameComesBefore(std::string_view a, std::string_view b);

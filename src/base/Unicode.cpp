@@ -1,6 +1,8 @@
 #include "base/Unicode.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <memory>
 
 #include <utf8proc.h>
 
@@ -201,6 +203,17 @@ std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian)
 std::string Utf8ToUtf16Bytes(std::string_view utf8, bool bigEndian)
 {
     return BytesOfUtf16(Utf8ToUtf16(utf8), bigEndian);
+}
+
+std::string Composed(std::string_view utf8)
+{
+    utf8proc_uint8_t* composed = nullptr;
+    const auto length = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(utf8.data()),
+                                     static_cast<utf8proc_ssize_t>(utf8.size()), &composed,
+                                     static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE));
+    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owned(composed, &std::free);
+    if (length < 0) return std::string(utf8);
+    return {reinterpret_cast<const char*>(composed), static_cast<std::size_t>(length)};
 }
 
 char32_t LowerCased(char32_t character)

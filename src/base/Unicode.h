@@ -41,6 +41,9 @@ std::string BytesOfUtf16(std::u16string_view utf16, bool bigEndian);
 std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian);
 std::string Utf8ToUtf16Bytes(std::string_view utf8, bool bigEndian);
 
+/// Valid UTF-8 with accents and letters composed (NFC); other bytes stay as they are.
+std::string Composed(std::string_view utf8);
+
 /// Unicode's simple mappings, one character to one. The sharp s stays as it is: its capital is hardly ever meant.
 char32_t LowerCased(char32_t character);
 char32_t UpperCased(char32_t character);

@@ -16,7 +16,7 @@ std::string AddLine(std::string_view line, std::map<std::string, std::string>& k
     const auto& [name, password] = *pair;
     if (name.empty()) return "has no name of a file in front of the comma";
     if (Trim(password).empty()) return "has no password behind the comma";
-    const auto [place, isNew] = known.emplace(LowerCasedName(name), password);
+    const auto [place, isNew] = known.emplace(MatchedName(name), password);
     if (!isNew && place->second != password) return "has another password for a file that was listed before";
     if (isNew) table.emplace_back(name, password);
     return {};

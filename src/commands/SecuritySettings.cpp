@@ -168,9 +168,9 @@ std::string PasswordSourceProblem(const SecuritySettings& settings, const std::s
 
 std::optional<std::string> FindMappedPassword(const SecuritySettings& settings, const std::string& fileName)
 {
-    const std::string wanted = LowerCasedName(fileName);
+    const std::string wanted = MatchedName(fileName);
     for (const auto& [name, password] : settings.fileMapping) {
-        if (LowerCasedName(name) == wanted) return password;
+        if (MatchedName(name) == wanted) return password;
     }
     return std::nullopt;
 }

@@ -34,8 +34,8 @@ public:
     {
         for (std::size_t place = 0; place < paths.size(); ++place) {
             m_exact.emplace(paths[place], place);
-            m_anyCase.emplace(LowerCasedName(paths[place]), place);
-            m_names.emplace(LowerCasedName(NameIn(paths[place])), place);
+            m_anyCase.emplace(MatchedName(paths[place]), place);
+            m_names.emplace(MatchedName(NameIn(paths[place])), place);
         }
     }
 
@@ -43,11 +43,11 @@ public:
     std::vector<std::size_t> Find(const std::string& name, FileMatch match) const
     {
         if (const auto found = m_exact.find(name); found != m_exact.end()) return {found->second};
-        if (auto found = All(m_anyCase, LowerCasedName(name)); !found.empty()) return found;
+        if (auto found = All(m_anyCase, MatchedName(name)); !found.empty()) return found;
         const bool hasFolder = name.find_first_of(kAnySeparator) != std::string::npos;
         if (hasFolder && match == FileMatch::FullPath) return {};
         const std::string bare = NameIn(name);
-        auto found = All(m_names, LowerCasedName(bare));
+        auto found = All(m_names, MatchedName(bare));
         std::vector<std::size_t> exact;
         std::ranges::copy_if(found, std::back_inserter(exact),
                              [&](std::size_t place) { return NameIn(m_paths[place]) == bare; });

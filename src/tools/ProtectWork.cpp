@@ -112,7 +112,7 @@ std::string CProtectWork::ReadTable()
     if (pairs->empty()) return which + " lists no file.";
     for (const auto& [path, password] : *pairs) {
         const std::string name = FileName(path);
-        const auto [place, isNew] = m_table.emplace(LowerCasedName(name), password);
+        const auto [place, isNew] = m_table.emplace(MatchedName(name), password);
         if (!isNew && place->second != password) return which + " has two passwords for " + name + '.';
     }
     return {};
@@ -157,7 +157,7 @@ Expected<CChangingWork::Applied> CProtectWork::Apply(CAcrobatDoc& document, Proc
 {
     SecuritySettings settings = m_settings;
     const std::string name = FileName(file.path);
-    if (const auto listed = m_table.find(LowerCasedName(name)); listed != m_table.end())
+    if (const auto listed = m_table.find(MatchedName(name)); listed != m_table.end())
         settings.password = listed->second;
     else if (!m_table.empty() && settings.password.empty())
         return Failure("The table of passwords does not list it, and there is no open password for such files.");

@@ -27,7 +27,7 @@ SortKey KeyOf(const std::string& cell)
     const auto [read, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
     const bool isNumber = error == std::errc() && read == end && number == number;
     if (isNumber && text.find_first_of("0123456789") != std::string::npos) return {SortKey::Kind::Number, number};
-    return {SortKey::Kind::Text, 0, LowerCasedName(text)};
+    return {SortKey::Kind::Text, 0, MatchedName(text)};
 }
 
 bool ComesBefore(const SortKey& a, const SortKey& b, bool descending)
@@ -92,7 +92,7 @@ void CGridRows::SortNext(std::size_t column)
 void CGridRows::Filter(GridFilter filter)
 {
     m_filter = std::move(filter);
-    m_wanted = LowerCasedName(m_filter.text);
+    m_wanted = MatchedName(m_filter.text);
     Refresh();
 }
 
@@ -119,7 +119,7 @@ bool CGridRows::Passes(std::size_t row) const
     const std::size_t first = m_filter.column.value_or(0);
     const std::size_t end = m_filter.column ? first + 1 : m_model.Columns();
     for (std::size_t column = first; column < end && column < m_model.Columns(); ++column)
-        if (LowerCasedName(m_model.Cell({row, column})).find(m_wanted) != std::string::npos) return true;
+        if (MatchedName(m_model.Cell({row, column})).find(m_wanted) != std::string::npos) return true;
     return false;
 }
 

@@ -77,6 +77,8 @@ TEST(Unicode, LetterCaseOfNamesIsThatOfAnyLanguage)
         EXPECT_EQ(LowerCasedName(row.name), row.lower);
         EXPECT_EQ(UpperCasedName(row.name), row.upper);
     }
+    EXPECT_EQ(MatchedName("BU\u0308RO"), MatchedName("b\u00FCro"));
+    EXPECT_EQ(MatchedName("A\xC4"), "a\xC4");
     EXPECT_TRUE(NameComesBefore("a\xC4", "B"));
     EXPECT_TRUE(NameComesBefore("A", "a"));
     EXPECT_TRUE(NameComesBefore("b", "Ba"));

@@ -125,7 +125,7 @@ std::string CChangingWork::SignatureObjection(const CAcrobatDoc& document) const
     if (!JobDocumentSigned(document.Document()).value_or(false)) return {};
     return std::string(
                "It is signed, certified or has usage rights, which would be worthless afterwards; "
-               "--break-signatures ") +
+               "the option --break-signatures of the command line ") +
            m_words.doesAllTheSame + " all the same.";
 }
 

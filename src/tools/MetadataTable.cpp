@@ -133,6 +133,15 @@ std::map<std::string, std::string> CMetadataTable::Entries(std::size_t row) cons
     return entries;
 }
 
+/// Size, time of change and their like: the row tells them as they are in the file that was written.
+void CMetadataTable::ReadFactsAgain(std::size_t row)
+{
+    auto texts = m_documents.Read(m_paths[row], {});
+    if (!texts) return;
+    for (std::size_t column = 0; column < kPropertyColumns.size(); ++column)
+        m_model.Refresh({row, column}, std::move(texts->at(column)));
+}
+
 std::size_t CMetadataTable::Apply(CProgressMonitorWrapper& progress, CErrorReport& report)
 {
     const std::vector<std::size_t> rows = m_model.ChangedRows();
@@ -145,6 +154,7 @@ std::size_t CMetadataTable::Apply(CProgressMonitorWrapper& progress, CErrorRepor
         if (!written) return report.Add({written.Error(), true, m_paths[row], number});
         if (!written->empty()) report.Add({*written, false, m_paths[row], number});
         m_model.Accept(row);
+        ReadFactsAgain(row);
         m_updated.insert(row);
         ++done;
     });

@@ -67,6 +67,7 @@ public:
 
 private:
     std::map<std::string, std::string> Entries(std::size_t row) const;
+    void ReadFactsAgain(std::size_t row);
 
     CMetadataDocuments& m_documents;
     CGridModel m_model;

@@ -89,3 +89,8 @@ void CGridModel::Accept(std::size_t row)
 {
     for (std::size_t column = 0; column < m_columns.size(); ++column) m_originals.erase(NumberOf({row, column}));
 }
+
+void CGridModel::Refresh(GridCell cell, std::string text)
+{
+    if (!m_columns.at(cell.column).editable) m_rows.at(cell.row).at(cell.column) = std::move(text);
+}

@@ -63,6 +63,8 @@ public:
 
     /// What stands in the row is what counts as the original from now on.
     void Accept(std::size_t row);
+    /// Shows what has become of a cell that cannot be edited, which is no change; others stay as they are.
+    void Refresh(GridCell cell, std::string text);
 
 private:
     using Step = std::vector<CellChange>;  // the texts that the cells have when the step is taken back

@@ -28,6 +28,7 @@ public:
         if (path == locked) return Failure("it is locked");
         written.push_back(path);
         for (const auto& [key, text] : entries) documents[path][key] = text;
+        documents[path]["File Size"] = "9";
         return std::string();
     }
 
@@ -104,6 +105,7 @@ TEST_F(MetadataGrid, OnlyWhatWasChangedIsWrittenAndWhatFailsStaysChanged)
     Entries& entries = m_documents.documents["/a/x.pdf"];
     EXPECT_EQ(entries["Title"] + "/" + entries["Author"] + "/" + entries["Company"], "new//C");
     EXPECT_EQ(m_table.Updated(), 1u);
+    EXPECT_EQ(Cell(0, "File Size") + Cell(2, "File Size"), "9") << "as it is in the file that was written";
 }
 
 TEST_F(MetadataGrid, FieldsAreAddedWithinTheLimits)

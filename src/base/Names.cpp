@@ -1,5 +1,7 @@
 #include "base/Names.h"
 
+#include <algorithm>
+
 #include "base/Text.h"
 #include "base/Unicode.h"
 
@@ -8,6 +10,7 @@ namespace {
 std::string Converted(std::string_view name, char32_t (*convert)(char32_t))
 {
     std::string converted;
+    converted.reserve(name.size());
     for (std::size_t position = 0; position < name.size();) AppendUtf8(converted, convert(NextUtf8(name, position)));
     return converted;
 }
@@ -39,7 +42,11 @@ std::string MatchedName(std::string_view name) { return Composed(LowerCasedName(
 
 bool NameComesBefore(std::string_view a, std::string_view b)
 {
-    std::string_view restOfA = a, restOfB = b;
+    // Names of one folder often begin alike.
+    std::size_t alike = 0;
+    const std::size_t shorter = std::min(a.size(), b.size());
+    while (alike < shorter && a[alike] == b[alike] && static_cast<unsigned char>(a[alike]) < 0x80) ++alike;
+    std::string_view restOfA = a.substr(alike), restOfB = b.substr(alike);
     while (!restOfA.empty() && !restOfB.empty()) {
         const char32_t ofA = NextCompared(restOfA), ofB = NextCompared(restOfB);
         if (ofA != ofB) return ofA < ofB;

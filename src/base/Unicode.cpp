@@ -216,14 +216,18 @@ std::string Composed(std::string_view utf8)
     return {reinterpret_cast<const char*>(composed), static_cast<std::size_t>(length)};
 }
 
+// Most letters are ASCII; they need no table.
+
 char32_t LowerCased(char32_t character)
 {
+    if (character < 0x80) return character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character;
     return static_cast<char32_t>(utf8proc_tolower(static_cast<utf8proc_int32_t>(character)));
 }
 
 char32_t UpperCased(char32_t character)
 {
     constexpr char32_t kSharpS = 0x00DF;
+    if (character < 0x80) return character >= 'a' && character <= 'z' ? character - ('a' - 'A') : character;
     if (character == kSharpS) return character;
     return static_cast<char32_t>(utf8proc_toupper(static_cast<utf8proc_int32_t>(character)));
 }

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <set>
+#include <utility>
 
 #include "base/Names.h"
 #include "base/Text.h"
@@ -154,6 +155,9 @@ private:
         return result;
     }
 
+    /// One line tells of several, since each has its price.
+    static constexpr int kInputsInReport = 100;
+
     /// Where something may be written besides beside the inputs.
     static std::vector<std::string> FoldersOfResults(const WorkFacts& facts, const RunDescription& description)
     {
@@ -217,10 +221,15 @@ private:
                        .anywhere = facts.writesAnywhere};
         const std::size_t named = m_description.inputs.size();
         std::set<std::string> inputFolders;
+        std::string told;
+        int inputsTold = 0;
+        const auto tell = [&] { m_services.report("{\"inputs\":[" + std::exchange(told, {}) + "]}"); };
         files.ForEach(names, [&](const PlannedFile& file) {
             if (named == 0 || named > kMostNamedInputs) inputFolders.insert(FolderOf(file.path));
-            m_services.report(LineOf(Json{{"input", PlannedFileJson(file)}}));
+            told += (told.empty() ? "" : ",") + PlannedFileLine(file);
+            if (++inputsTold % kInputsInReport == 0) tell();
         });
+        if (!told.empty()) tell();
         reach.inputs.insert(reach.inputs.end(), inputFolders.begin(), inputFolders.end());
         for (std::string& warning : warnings) warning = TextFromBytes(warning);
         const PlanReport plan{.total = static_cast<int>(files.Count()),

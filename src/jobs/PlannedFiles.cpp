@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <filesystem>
 #include <numeric>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "base/Names.h"
@@ -57,7 +55,8 @@ CTouchedNames::CTouchedNames(const WorkFacts& facts, const RunDescription& wante
     if (wanted.finalAction == FinalAction::Rename) m_names.push_back({{}, wanted.destination});
 }
 
-void CTouchedNames::AppendKeys(const std::string& folder, std::string_view name, std::vector<std::uint64_t>& keys)
+void CTouchedNames::AppendKeys(const std::string& folder, std::string_view name, bool isLink,
+                               std::vector<std::uint64_t>& keys)
 {
     const std::string base = SplitPath(name).base;
     const auto append = [&](const std::string& made, std::uint64_t folderHash) {
@@ -69,10 +68,8 @@ void CTouchedNames::AppendKeys(const std::string& folder, std::string_view name,
                FolderHash(made.folder ? *made.folder : folder));
     if (m_anyFolder) append(base, kAnyFolder);
     // What is done to the file behind a link is done to an input, too, when that is one.
-    const std::string path = folder + std::string(name);
-    std::error_code error;
-    if (!std::filesystem::is_symlink(platform::StandardPath(path), error)) return;
-    if (const std::string real = platform::CanonicalPath(path); !real.empty())
+    if (!isLink) return;
+    if (const std::string real = platform::CanonicalPath(folder + std::string(name)); !real.empty())
         append(SplitPath(real).base, FolderHash(FolderOf(real)));
 }
 
@@ -153,13 +150,14 @@ CPlannedFiles::CPlannedFiles(CInputCollector inputs, double minAgeSeconds) : m_i
     m_files.reserve(paths.Size());
     const std::int64_t newest = NowNanoseconds() - static_cast<std::int64_t>(minAgeSeconds * 1e9);
     for (std::uint32_t index = 0; index < paths.Size(); ++index) {
-        const auto stamp = platform::StampOf(paths.Path(index));
+        bool isLink = false;
+        const auto stamp = platform::StampOf(paths.Path(index), isLink);
         if (!stamp) {
-            m_files.push_back({0, 0, 0, index});
+            m_files.push_back({0, 0, 0, index, isLink});
         } else if (minAgeSeconds > 0 && stamp->modifiedNanoseconds > newest) {
             ++m_tooYoung;
         } else {
-            m_files.push_back({stamp->size, stamp->modifiedNanoseconds, IdentityOf(*stamp), index});
+            m_files.push_back({stamp->size, stamp->modifiedNanoseconds, IdentityOf(*stamp), index, isLink});
         }
     }
 }
@@ -185,7 +183,7 @@ std::vector<std::uint32_t> CPlannedFiles::Groups(CTouchedNames& names) const
     for (std::uint32_t place = 0; place < m_files.size(); ++place) {
         const File& file = m_files[place];
         keys.clear();
-        names.AppendKeys(paths.FolderText(paths.FolderOfItem(file.index)), paths.Name(file.index), keys);
+        names.AppendKeys(paths.FolderText(paths.FolderOfItem(file.index)), paths.Name(file.index), file.isLink, keys);
         if (file.identity != 0) keys.push_back(file.identity);
         for (const std::uint64_t key : keys) groups.Add(key, place);
     }

@@ -26,8 +26,8 @@ public:
     /// `wanted`: says what the final action is.
     CTouchedNames(const WorkFacts& facts, const RunDescription& wanted);
 
-    /// `folder` with its trailing separator, or empty; `name` without a folder.
-    void AppendKeys(const std::string& folder, std::string_view name, std::vector<std::uint64_t>& keys);
+    /// `folder` with its trailing separator, or empty; `name` without a folder. `isLink`: whether that is one.
+    void AppendKeys(const std::string& folder, std::string_view name, bool isLink, std::vector<std::uint64_t>& keys);
 
 private:
     struct Name {
@@ -80,6 +80,7 @@ private:
         std::int64_t modifiedNanoseconds;
         std::uint64_t identity;  // equal for all names of one file; 0 when there is no file
         std::uint32_t index;     // in the list of inputs
+        bool isLink;
     };
 
     std::vector<std::uint32_t> Groups(CTouchedNames& names) const;

@@ -88,6 +88,8 @@ struct FileStamp {
     friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
 std::optional<FileStamp> StampOf(const std::string& path);
+/// Tells besides whether the name is a link, which costs nothing for one that is none.
+std::optional<FileStamp> StampOf(const std::string& path, bool& isLink);
 
 /// Whether the rights of the file let others than its owner read it. Where rights are no mode bits: false, although
 /// nobody has looked.

@@ -73,10 +73,10 @@ std::optional<std::uint64_t> FileSize(const std::string& path)
     return static_cast<std::uint64_t>(status.st_size);
 }
 
-std::optional<FileStamp> StampOf(const std::string& path)
+namespace {
+
+FileStamp StampFrom(const struct stat& status)
 {
-    struct stat status;
-    if (calls::Status(path, status) != 0) return std::nullopt;
     const auto nanoseconds = [](const timespec& time) {
         return time.tv_sec * std::int64_t{1'000'000'000} + time.tv_nsec;
     };
@@ -87,6 +87,24 @@ std::optional<FileStamp> StampOf(const std::string& path)
                      .inode = status.st_ino,
                      .links = status.st_nlink,
                      .regular = S_ISREG(status.st_mode)};
+}
+
+}  // namespace
+
+std::optional<FileStamp> StampOf(const std::string& path)
+{
+    struct stat status;
+    if (calls::Status(path, status) != 0) return std::nullopt;
+    return StampFrom(status);
+}
+
+std::optional<FileStamp> StampOf(const std::string& path, bool& isLink)
+{
+    struct stat status;
+    const bool exists = calls::LinkStatus(path, status) == 0;
+    isLink = exists && S_ISLNK(status.st_mode);
+    if (isLink) return StampOf(path);
+    return exists ? std::optional(StampFrom(status)) : std::nullopt;
 }
 
 bool OthersMayRead(const std::string& path)

@@ -155,6 +155,12 @@ std::optional<FileStamp> StampOf(const std::string& path)
                      .regular = facts.isDisk && !facts.IsFolder()};
 }
 
+std::optional<FileStamp> StampOf(const std::string& path, bool& isLink)
+{
+    isLink = NameIsLink(path);
+    return StampOf(path);
+}
+
 bool OthersMayRead(const std::string&) { return false; }
 
 FileResult CheckReadable(const std::string& path)

@@ -70,13 +70,12 @@ std::optional<FinalActionRecord> FinalActionFrom(const Json& object)
 
 std::string_view FinalStateWord(FinalActionRecord::State state) { return WordOf(kStates, state); }
 
-Json PlannedFileJson(const PlannedFile& file)
+// Put together by hand, because a plan may have a million of them.
+std::string PlannedFileLine(const PlannedFile& file)
 {
-    return {{"number", file.number},
-            {"path", TextFromBytes(file.path)},
-            {"size", file.size},
-            {"modified", std::to_string(file.modifiedNanoseconds)},
-            {"group", file.group}};
+    return "{\"number\":" + std::to_string(file.number) + ",\"path\":" + LineOf(Json(TextFromBytes(file.path))) +
+           ",\"size\":" + std::to_string(file.size) + ",\"modified\":\"" + std::to_string(file.modifiedNanoseconds) +
+           "\",\"group\":" + std::to_string(file.group) + '}';
 }
 
 std::optional<PlannedFile> PlannedFileFrom(const Json& object)

@@ -52,7 +52,8 @@ struct FileRecord {
     std::string findings = {};
 };
 
-[[nodiscard]] Json PlannedFileJson(const PlannedFile& file);
+/// One line of JSON, without line end.
+[[nodiscard]] std::string PlannedFileLine(const PlannedFile& file);
 /// Nothing when number or path is missing.
 [[nodiscard]] std::optional<PlannedFile> PlannedFileFrom(const Json& object);
 

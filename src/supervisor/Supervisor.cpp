@@ -237,5 +237,7 @@ JobResult RunJob(const EngineOptions& engine, const std::string& job, CRunObserv
     const auto object = ParseObject(job);
     if (!object) return {.message = "The job is no JSON object."};
     const CWorkerStarter starter(engine, scratch.Path(), -1);
-    return RunHostJob(starter, "job", LineOf(*object), interrupts, observer, onReport).job;
+    std::function<void(const Json&)> handOver;
+    if (onReport) handOver = [&](const Json& report) { onReport(LineOf(report)); };
+    return RunHostJob(starter, "job", LineOf(*object), interrupts, observer, handOver).job;
 }

@@ -148,7 +148,8 @@ class Jobs(JobTest):
                 job = Job(self.place, job_of("plan", sequence, output=self.place.output,
                                              settings={"inputs": [to_text(path) for path in inputs]}))
                 self.assertEqual((job.end, job.code, job.acts, job.records), ("finished", 0, [], []), job)
-                self.assertEqual([Path(report["input"]["path"]).name for report in job.reports[:-1]], found, job)
+                planned = [file for report in job.reports[:-1] for file in report["inputs"]]
+                self.assertEqual([Path(file["path"]).name for file in planned], found, job)
                 self.assertEqual(job.reports[-1]["plan"]["total"], len(found))
                 said = "No input files have been found at specified location, processing is terminated"
                 self.assertEqual(said in job.lines, not found)

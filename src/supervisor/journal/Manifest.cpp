@@ -69,7 +69,7 @@ CManifestWriter::CManifestWriter(std::string path)
 
 void CManifestWriter::Add(const PlannedFile& file)
 {
-    const std::string line = LineOf(PlannedFileJson(file)) + '\n';
+    const std::string line = PlannedFileLine(file) + '\n';
     m_lines.Write(line.data(), line.size());
 }
 

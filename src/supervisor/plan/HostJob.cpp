@@ -13,7 +13,7 @@ constexpr int kWaitMilliseconds = 200;
 class CHostJob {
 public:
     CHostJob(CWorker& host, const std::string& job, CRunObserver& observer,
-             const std::function<void(const std::string&)>& onReport)
+             const std::function<void(const Json&)>& onReport)
         : m_host(host), m_job(job), m_observer(observer), m_onReport(onReport)
     {
     }
@@ -67,7 +67,11 @@ private:
         m_host.endMessage = tell.message;
     }
     void Answer(const TellRemark& tell) { m_observer.Remark(tell.text); }
-    void Answer(const TellReport& tell) { Report(LineOf(tell.report)); }
+    void Answer(const TellReport& tell)
+    {
+        if (m_onReport) return m_onReport(tell.report);
+        m_reports.push_back(LineOf(tell.report));
+    }
     static void Answer(const TellStarts&) {}
     static void Answer(const TellFile&) {}
     void Answer(const AskJob&) { Send("{\"job\":" + m_job + "}"); }
@@ -84,16 +88,10 @@ private:
     /// A host that cannot be written to is going to end, which comes as news of its own.
     void Send(const std::string& line) { (void)m_host.child.Send(line); }
 
-    void Report(std::string json)
-    {
-        if (m_onReport) return m_onReport(json);
-        m_reports.push_back(std::move(json));
-    }
-
     CWorker& m_host;
     const std::string& m_job;
     CRunObserver& m_observer;
-    const std::function<void(const std::string&)>& m_onReport;
+    const std::function<void(const Json&)>& m_onReport;
     std::vector<std::string> m_reports;
     bool m_stopped = false;
 };
@@ -101,8 +99,7 @@ private:
 }  // namespace
 
 HostJobResult RunHostJob(const CWorkerStarter& starter, const std::string& place, const std::string& job,
-                         int interruptsSeen, CRunObserver& observer,
-                         const std::function<void(const std::string& json)>& onReport)
+                         int interruptsSeen, CRunObserver& observer, const std::function<void(const Json&)>& onReport)
 {
     HostJobResult result;
     const auto host = starter.Start(place, &result.job.message);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "protocol/JsonType.h"
 #include "supervisor/Supervisor.h"
 #include "supervisor/workers/Worker.h"
 
@@ -16,4 +17,4 @@ struct HostJobResult {
 /// `place`: the name of the private folder. `interruptsSeen`: those before; a new one ends the host.
 [[nodiscard]] HostJobResult RunHostJob(const CWorkerStarter& starter, const std::string& place,
                                        const std::string& job, int interruptsSeen, CRunObserver& observer,
-                                       const std::function<void(const std::string& json)>& onReport);
+                                       const std::function<void(const Json&)>& onReport);

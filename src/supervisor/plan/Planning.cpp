@@ -120,7 +120,7 @@ bool CPlanning::Run(const std::string& manifestPath, const std::string& run, boo
         m_planned.header.workHashes.push_back(platform::Sha256OfFile(file.path));
     HostJobResult host = RunHostJob(
         m_starter, "plan", LineOf(RunOrderJson({.kind = RunOrder::Kind::Plan, .run = run, .description = m_request})),
-        m_interruptsSeen, m_observer, [&](const std::string& json) { OnReport(json, writer); });
+        m_interruptsSeen, m_observer, [&](const Json& report) { OnReport(report, writer); });
     if (host.job.exit != ExitClass::Fine) {
         m_planned.log = std::move(host.preamble);
         m_planned.log.insert(m_planned.log.end(), host.log.begin(), host.log.end());
@@ -154,22 +154,26 @@ bool CPlanning::Fail(ExitClass exit, std::string message)
     return false;
 }
 
-void CPlanning::OnReport(const std::string& json, CManifestWriter* manifest)
+void CPlanning::OnInput(const Json& input, CManifestWriter* manifest)
 {
-    const Json report = ParseObject(json).value_or(Json::object());
+    const auto file = PlannedFileFrom(input);
+    m_disordered = m_disordered || !file || file->number != m_files + 1;
+    if (m_disordered) return;
+    ++m_files;
+    m_planned.summary.bytes += file->size;
+    if (manifest) manifest->Add(*file);
+    if (m_guard && m_refusal.empty()) m_refusal = m_guard->ProblemWithInput(*file);
+    m_observer.FilePlanned(*file);
+}
+
+void CPlanning::OnReport(const Json& report, CManifestWriter* manifest)
+{
     PlanSummary& summary = m_planned.summary;
-    if (report.contains("input")) {
-        const auto file = PlannedFileFrom(ObjectAt(report, "input"));
-        m_disordered = m_disordered || !file || file->number != m_files + 1;
-        if (m_disordered) return;
-        ++m_files;
-        summary.bytes += file->size;
-        if (manifest) manifest->Add(*file);
-        if (m_guard && m_refusal.empty()) m_refusal = m_guard->ProblemWithInput(*file);
-        m_observer.FilePlanned(*file);
+    if (const Json* const inputs = ArrayAt(report, "inputs")) {
+        for (const Json& input : *inputs) OnInput(input, manifest);
     } else if (report.contains("plan")) {
         PlanReport plan = PlanReportFrom(ObjectAt(report, "plan"));
-        summary.json = json;
+        summary.json = LineOf(report);
         summary.total = plan.total;
         summary.oneWorker = !plan.oneWorkerReason.empty();
         summary.oneWorkerReason = std::move(plan.oneWorkerReason);

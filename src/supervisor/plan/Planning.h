@@ -47,7 +47,8 @@ public:
 
 private:
     bool Fail(ExitClass exit, std::string message);
-    void OnReport(const std::string& json, CManifestWriter* manifest);
+    void OnReport(const Json& report, CManifestWriter* manifest);
+    void OnInput(const Json& input, CManifestWriter* manifest);
 
     const CWorkerStarter& m_starter;
     const RunDescription& m_request;

@@ -60,8 +60,8 @@ bool Collide(const Setting& setting, const std::string& one, const std::string& 
 {
     CTouchedNames names(FactsOfSequence(setting.facts, setting.request), setting.request.wanted);
     std::vector<std::uint64_t> ofOne, ofOther;
-    names.AppendKeys(FolderOf(one), FileName(one), ofOne);
-    names.AppendKeys(FolderOf(other), FileName(other), ofOther);
+    names.AppendKeys(FolderOf(one), FileName(one), platform::NameIsLink(one), ofOne);
+    names.AppendKeys(FolderOf(other), FileName(other), platform::NameIsLink(other), ofOther);
     return std::any_of(ofOne.begin(), ofOne.end(),
                        [&](auto key) { return std::find(ofOther.begin(), ofOther.end(), key) != ofOther.end(); });
 }

@@ -118,12 +118,13 @@ private:
             const std::size_t group = entry.name.find("group");
             Tell({{"tell", "report"},
                   {"report",
-                   {{"input",
-                     {{"number", ++number},
-                      {"path", TextFromBytes(path)},
-                      {"size", stamp->size},
-                      {"modified", std::to_string(stamp->modifiedNanoseconds)},
-                      {"group", group == std::string::npos ? 0 : ParseDecimal(entry.name.substr(group + 5))}}}}}});
+                   {{"inputs", Json::array({{{"number", ++number},
+                                             {"path", TextFromBytes(path)},
+                                             {"size", stamp->size},
+                                             {"modified", std::to_string(stamp->modifiedNanoseconds)},
+                                             {"group", group == std::string::npos
+                                                           ? 0
+                                                           : ParseDecimal(entry.name.substr(group + 5))}}})}}}});
         }
         m_log.Line("\tNumber of input files : " + std::to_string(number));
         Ask({{"ask", "mark"}, {"mark", "inputs-counted"}});

@@ -354,6 +354,7 @@ TEST_F(Append, EntriesOfAnyKindGiveWayToAnyText)
                                  "\xEF\xBB\xBF\xE2\x82\xAC"};
     for (const std::string& old : was) {
         for (const std::string& text : texts) {
+            if (text.size() > 1000 && &old != was) continue;
             SCOPED_TRACE(old + " becomes " + std::to_string(&text - texts));
             const std::string path = folder.Write(
                 "a.pdf", Sound("/Info<</Title " + old + "/Other[(kept)7]>>", "102 0 obj\n(text)\nendobj\n"));

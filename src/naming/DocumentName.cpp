@@ -15,9 +15,22 @@
 
 /// One document while its name is made.
 struct CNameBuilder::Naming {
+    const CNameBuilder& builder;
     const CAcrobatDoc& document;
     int index;
     const NameSurroundings& surroundings;
+    std::optional<CDocumentText> text = {};
+    std::optional<SearchFindings> findings = {};
+
+    /// Made when it is first needed, and the pages of areas stay in it.
+    CDocumentText& Text()
+    {
+        if (text) return *text;
+        const bool fonts = builder.m_search && builder.m_search->NeedsFonts();
+        text.emplace(document.Document(), fonts ? CHostWordFinder::Fonts::Yes : CHostWordFinder::Fonts::No);
+        for (const int page0 : builder.m_areaPages0) text->Keep(page0);
+        return *text;
+    }
 };
 
 namespace {
@@ -62,20 +75,14 @@ std::string WithTags(const std::string& text, const CAcrobatDoc& document, const
     return expanded;
 }
 
-std::string AreaText(const CFileNamePart& part, const CAcrobatDoc& document, int index)
+std::string TextInside(const CFileNamePart& part, CDocumentText& pages)
 {
-    if (part.pageNumber < 0 || part.pageNumber >= document.PageCount()) return {};
     const SettingsRectangle& area = part.area;
     const PageRect rectangle{std::min(area.left, area.right), std::min(area.bottom, area.top),
                              std::max(area.left, area.right), std::max(area.bottom, area.top)};
-    std::string text;
-    const auto error = CatchHostError([&] {
-        CDocumentText pages(document.Document());
-        const CPageText inside = pages.Page(part.pageNumber).Inside(rectangle);
-        const CSearchedText& found = inside.Text(LineEnds::Blanks);
-        text = found.Utf8({.start = 0, .length = found.View().size()});
-    });
-    return error ? std::to_string(index + 1) : Trim(text);
+    const CPageText inside = pages.Page(part.pageNumber).Inside(rectangle);
+    const CSearchedText& found = inside.Text(LineEnds::Blanks);
+    return Trim(found.Utf8({.start = 0, .length = found.View().size()}));
 }
 
 bool Searches(NamePartKind kind) { return kind == NamePartKind::FoundText || kind == NamePartKind::RuleText; }
@@ -83,7 +90,7 @@ bool Searches(NamePartKind kind) { return kind == NamePartKind::FoundText || kin
 }  // namespace
 
 /// Why the component cannot be used; empty when it can.
-std::string CNameBuilder::Prepare(Component& component)
+std::string CNameBuilder::Prepare(Component& component, Wanted& wanted)
 {
     const CFileNamePart& part = component.part;
     if (Searches(part.kind)) {
@@ -93,9 +100,11 @@ std::string CNameBuilder::Prepare(Component& component)
                       .lastPage0 = -1,
                       .selection = static_cast<int>(PageSelection::FromTo)};
         if (part.kind == NamePartKind::FoundText) rule.format.clear();
-        component.search.emplace(std::vector<TextRule>{rule});
-        return component.search->Problem();
+        component.rule = wanted.rules.size();
+        wanted.rules.push_back(rule);
+        return CTextSearch({rule}).Problem();
     }
+    if (part.kind == NamePartKind::AreaText) wanted.areaPages0.insert(part.pageNumber);
     if (part.kind == NamePartKind::Lookup && part.replaceBeforeLookup) {
         CRegularExpression& expression = component.beforeLookup.emplace();
         if (!expression.Compile(part.searchBeforeLookup, LetterCase::Matters)) return expression.Error();
@@ -103,15 +112,16 @@ std::string CNameBuilder::Prepare(Component& component)
     return {};
 }
 
-Expected<std::vector<CNameBuilder::Component>> CNameBuilder::Compile(const std::vector<CFileNamePart>& parts)
+Expected<std::vector<CNameBuilder::Component>> CNameBuilder::Compile(const std::vector<CFileNamePart>& parts,
+                                                                     Wanted& wanted)
 {
     std::vector<Component> components;
     for (const CFileNamePart& part : parts) {
-        Component component{.part = part, .search = {}, .beforeLookup = {}, .children = {}};
-        if (const std::string problem = Prepare(component); !problem.empty())
+        Component component{.part = part, .rule = {}, .beforeLookup = {}, .children = {}};
+        if (const std::string problem = Prepare(component, wanted); !problem.empty())
             return Failure("The filename component \"" + part.Description() + "\" cannot be used. " + problem);
         if (part.kind == NamePartKind::Lookup) {
-            auto children = Compile(part.children);
+            auto children = Compile(part.children, wanted);
             if (!children) return children;
             component.children = std::move(*children);
         }
@@ -124,9 +134,12 @@ Expected<CNameBuilder> CNameBuilder::From(const RenameSettings& settings)
 {
     CNameBuilder builder;
     builder.m_settings = settings;
-    auto components = Compile(settings.components);
+    Wanted wanted;
+    auto components = Compile(settings.components, wanted);
     if (!components) return Failure(components.Error());
     builder.m_components = std::move(*components);
+    builder.m_areaPages0 = std::move(wanted.areaPages0);
+    if (!wanted.rules.empty()) builder.m_search.emplace(wanted.rules);
     if (!settings.useReplaceRules) return builder;
     auto rules = CNameRules::From(settings.rules);
     if (!rules) return Failure(rules.Error());
@@ -134,14 +147,27 @@ Expected<CNameBuilder> CNameBuilder::From(const RenameSettings& settings)
     return builder;
 }
 
-Expected<std::string> CNameBuilder::Found(const Component& component, const Naming& naming)
+/// The first component that searches does so for all of them.
+Expected<std::string> CNameBuilder::Found(const Component& component, Naming& naming)
 {
     if (component.part.pageNumber >= naming.document.PageCount()) return std::string();
-    const CDocumentPages pages(naming.document.Document());
-    const SearchFindings findings = component.search->Search(naming.document.Document(), pages, {});
-    const RuleFindings& own = findings.rules.front();
+    if (!naming.findings) {
+        const CDocumentPages pages(naming.document.Document());
+        naming.findings =
+            naming.builder.m_search->Search([&]() -> CDocumentText& { return naming.Text(); }, pages, {});
+    }
+    const RuleFindings& own = naming.findings->rules[*component.rule];
     if (!own.problem.empty()) return Failure(own.problem);
     return own.found.empty() ? std::string() : own.found.front().text;
+}
+
+/// Text that cannot be had is the document's number.
+std::string CNameBuilder::AreaText(const CFileNamePart& part, Naming& naming)
+{
+    if (part.pageNumber < 0 || part.pageNumber >= naming.document.PageCount()) return {};
+    std::string text;
+    const auto error = CatchHostError([&] { text = TextInside(part, naming.Text()); });
+    return error ? std::to_string(naming.index + 1) : text;
 }
 
 Expected<std::string> CNameBuilder::LookedUp(const Component& component, Naming& naming)
@@ -168,7 +194,7 @@ Expected<std::string> CNameBuilder::TextOf(const Component& component, Naming& n
         case NamePartKind::PageLabel:
             return LabelOfPage(naming.document.Document(), 0);
         case NamePartKind::AreaText:
-            return AreaText(part, naming.document, naming.index);
+            return AreaText(part, naming);
         case NamePartKind::FoundText:
         case NamePartKind::RuleText:
             return Found(component, naming);
@@ -198,7 +224,7 @@ Expected<std::string> CNameBuilder::Joined(const std::vector<Component>& compone
 Expected<std::string> CNameBuilder::Build(const CAcrobatDoc& document, int index,
                                           const NameSurroundings& surroundings) const
 {
-    Naming naming{.document = document, .index = index, .surroundings = surroundings};
+    Naming naming{.builder = *this, .document = document, .index = index, .surroundings = surroundings};
     auto text = Joined(m_components, naming);
     if (text) text = m_rules.Apply(std::move(*text));
     if (!text) return text;

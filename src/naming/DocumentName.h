@@ -1,7 +1,9 @@
 // The new file name of an open document.
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,28 +28,37 @@ public:
     [[nodiscard]] static Expected<CNameBuilder> From(const RenameSettings& settings);
 
     /// The name without folder, with the extension of the document's file. `index`: the document's place in the list
-    /// of all inputs, from 0. Pages are read only for components that need their text. Fails with a sentence. Throws
-    /// CHostException.
+    /// of all inputs, from 0. Pages are read only for components that need their text, each once. Fails with a
+    /// sentence. Throws CHostException.
     [[nodiscard]] Expected<std::string> Build(const CAcrobatDoc& document, int index,
                                               const NameSurroundings& surroundings) const;
 
 private:
     struct Component {
         CFileNamePart part;
-        std::optional<CTextSearch> search;
+        std::optional<std::size_t> rule;  // of m_search
         std::optional<CRegularExpression> beforeLookup;
         std::vector<Component> children;
     };
     struct Naming;
 
-    static Expected<std::vector<Component>> Compile(const std::vector<CFileNamePart>& parts);
-    static std::string Prepare(Component& component);
+    /// What the components together want to know of the text.
+    struct Wanted {
+        std::vector<TextRule> rules;
+        std::set<int> areaPages0;
+    };
+
+    static Expected<std::vector<Component>> Compile(const std::vector<CFileNamePart>& parts, Wanted& wanted);
+    static std::string Prepare(Component& component, Wanted& wanted);
     static Expected<std::string> Joined(const std::vector<Component>& components, Naming& naming);
     static Expected<std::string> TextOf(const Component& component, Naming& naming);
-    static Expected<std::string> Found(const Component& component, const Naming& naming);
+    static Expected<std::string> Found(const Component& component, Naming& naming);
+    static std::string AreaText(const CFileNamePart& part, Naming& naming);
     static Expected<std::string> LookedUp(const Component& component, Naming& naming);
 
     RenameSettings m_settings;
     std::vector<Component> m_components;
+    std::optional<CTextSearch> m_search;  // for all components, so that each page is read once
+    std::set<int> m_areaPages0;
     CNameRules m_rules;
 };

@@ -67,6 +67,10 @@ CDocumentText::CDocumentText(PDDoc document, CHostWordFinder::Fonts fonts) : m_f
 
 const CPageText& CDocumentText::Page(int page0)
 {
+    if (const auto kept = m_kept.find(page0); kept != m_kept.end()) {
+        if (!kept->second) kept->second.emplace(m_finder.Words(page0));
+        return *kept->second;
+    }
     if (m_page0 == page0) return m_page;
     m_page0 = -1;
     m_page = CPageText(m_finder.Words(page0));

@@ -38,16 +38,21 @@ private:
 };
 
 /// The text of a document as it was when this object was made; a page is read once as long as no other one is asked
-/// for. The document cannot be closed or fully saved as long as this lives. Everything throws CHostException.
+/// for, or when it is to be kept. The document cannot be closed or fully saved as long as this lives. Everything
+/// throws CHostException.
 class CDocumentText {
 public:
     explicit CDocumentText(PDDoc document, CHostWordFinder::Fonts fonts = CHostWordFinder::Fonts::No);
 
-    /// Valid until the next call.
+    /// From now on the text of this page is kept once it was read.
+    void Keep(int page0) { m_kept.try_emplace(page0); }
+
+    /// Valid until the next call; that of a kept page as long as this object.
     const CPageText& Page(int page0);
 
 private:
     CHostWordFinder m_finder;
+    std::map<int, std::optional<CPageText>> m_kept;
     int m_page0 = -1;
     CPageText m_page{{}};
 };

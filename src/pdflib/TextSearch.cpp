@@ -61,7 +61,22 @@ CTextSearch::Compiled CTextSearch::Compile(const TextRule& rule)
     return compiled;
 }
 
+bool CTextSearch::NeedsFonts() const
+{
+    return std::any_of(m_rules.begin(), m_rules.end(), [](const auto& r) { return r.rule.fonts.IsSet(); });
+}
+
 SearchFindings CTextSearch::Search(PDDoc document, const CPageReferences& pages, const Progress& progress) const
+{
+    std::optional<CDocumentText> text;
+    const auto source = [&]() -> CDocumentText& {
+        return text.emplace(document, NeedsFonts() ? CHostWordFinder::Fonts::Yes : CHostWordFinder::Fonts::No);
+    };
+    return Search(source, pages, progress);
+}
+
+SearchFindings CTextSearch::Search(const TextSource& source, const CPageReferences& pages,
+                                   const Progress& progress) const
 {
     SearchFindings findings;
     std::vector<RulePages> toDo(m_rules.size());
@@ -79,9 +94,7 @@ SearchFindings CTextSearch::Search(PDDoc document, const CPageReferences& pages,
     }
     if (wanted.empty()) return findings;
 
-    const bool fonts =
-        std::any_of(m_rules.begin(), m_rules.end(), [](const auto& r) { return r.rule.fonts.IsSet(); });
-    CDocumentText text(document, fonts ? CHostWordFinder::Fonts::Yes : CHostWordFinder::Fonts::No);
+    CDocumentText& text = source();
     for (const int page0 : wanted) {
         if (std::none_of(toDo.begin(), toDo.end(), [&](const auto& rule) { return rule.Wants(page0); })) continue;
         if (progress && !progress(page0 + 1, pages.PageCount())) break;

@@ -64,6 +64,13 @@ public:
     /// Reads each page that some rule needs once. Throws CHostException.
     [[nodiscard]] SearchFindings Search(PDDoc document, const CPageReferences& pages, const Progress& progress) const;
 
+    /// Answers the text to search, which it makes when it is first asked.
+    using TextSource = std::function<CDocumentText&()>;
+    /// The same in text that others use, too; it has fonts when NeedsFonts says so.
+    [[nodiscard]] SearchFindings Search(const TextSource& source, const CPageReferences& pages,
+                                        const Progress& progress) const;
+    [[nodiscard]] bool NeedsFonts() const;
+
 private:
     struct Compiled {
         TextRule rule;

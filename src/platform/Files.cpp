@@ -22,6 +22,8 @@ FileResult Failure(FileProblem problem)
     return {std::ranges::find(ErrorRows(), problem, &ErrorRow::problem)->number};
 }
 
+bool NameExists(const std::string& path) { return LookUpName(path).Ok(); }
+
 std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes, FileResult* result)
 {
     // Its size is no more than a hint: files grow while they are read, and some systems report 0.

@@ -69,6 +69,8 @@ bool FileExists(const std::string& path);
 bool FolderExists(const std::string& path);
 /// True for anything of that name, dangling links and folders included.
 bool NameExists(const std::string& path);
+/// The same, and what is not there is told (Missing) from what cannot be seen, for those who act on its absence.
+FileResult LookUpName(const std::string& path);
 /// True for a symbolic link itself, whatever it leads to.
 bool NameIsLink(const std::string& path);
 /// Whether a new file can be created in the folder; the file made for the test is removed.

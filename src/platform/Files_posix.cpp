@@ -59,11 +59,11 @@ bool FolderExists(const std::string& path)
     return calls::Status(path, status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool NameExists(const std::string& path)
+FileResult LookUpName(const std::string& path)
 {
-    if (const auto pretended = PretendedExistence(path)) return *pretended;
+    if (const auto pretended = PretendedExistence(path)) return *pretended ? FileResult{} : FileResult{ENOENT};
     struct stat status;
-    return calls::LinkStatus(path, status) == 0;
+    return {calls::LinkStatus(path, status) == 0 ? 0 : errno};
 }
 
 std::optional<std::uint64_t> FileSize(const std::string& path)

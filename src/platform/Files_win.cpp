@@ -127,10 +127,12 @@ bool FileExists(const std::string& path)
 
 bool FolderExists(const std::string& path) { return IsFolder(WidePath(path)); }
 
-bool NameExists(const std::string& path)
+FileResult LookUpName(const std::string& path)
 {
-    if (const auto pretended = PretendedExistence(path)) return *pretended;
-    return AttributesOf(WidePath(path)) != INVALID_FILE_ATTRIBUTES;
+    if (const auto pretended = PretendedExistence(path))
+        return *pretended ? FileResult{} : Failure(FileProblem::Missing);
+    if (AttributesOf(WidePath(path)) != INVALID_FILE_ATTRIBUTES) return {};
+    return {static_cast<int>(GetLastError())};
 }
 
 std::optional<std::uint64_t> FileSize(const std::string& path)

@@ -26,14 +26,17 @@ constexpr int kTriesForName = 100;
 /// Whoever takes the run back looks at each of them for each file.
 constexpr std::size_t kMostFolders = 64;
 
-/// Two names of one file; a link is not the file that it leads to.
-bool IsVeryFile(const std::string& one, const std::string& other)
+/// Two names of one file; a link is not the file that it leads to. `unseen`: the answer when one cannot be looked at.
+bool IsVeryFile(const std::string& one, const std::string& other, bool unseen)
 {
     if (one == other) return true;
     if (platform::NameIsLink(one) || platform::NameIsLink(other)) return false;
     const auto first = platform::StampOf(one), second = platform::StampOf(other);
-    return first && second && first->IsSameFile(*second);
+    return first && second ? first->IsSameFile(*second) : unseen;
 }
+
+/// Nothing has the name, for certain.
+bool IsMissing(const FileResult& lookedUp) { return platform::ProblemOf(lookedUp) == platform::FileProblem::Missing; }
 
 }  // namespace
 
@@ -155,7 +158,13 @@ ProcessedFile CRenameWork::Process(const std::string& path, int number)
 void CRenameWork::Rename(const PlannedRename& rename, ProcessedFile& file)
 {
     const std::string place = WaitingPlaceOf(rename.from);
-    const bool waited = platform::NameExists(place);
+    const FileResult waits = platform::LookUpName(place);
+    // Under its name there may be another file already.
+    if (!waits && !IsMissing(waits))
+        return Fail(file, rename.to, waits.errorNumber,
+                    "It cannot be told whether it stands under the name " + place + " (" +
+                        platform::ErrorText(waits.errorNumber) + ").");
+    const bool waited = waits.Ok();
     const std::string& from = waited ? place : rename.from;
     if (!waited && rename.from == rename.to && platform::NameExists(from)) {
         m_run->log.Line(file.path + " has been renamed to " + rename.to);
@@ -198,8 +207,8 @@ void CRenameWork::RunScript(const std::string& target, ProcessedFile& file) cons
 FileResult CRenameWork::Move(const std::string& from, const PlannedRename& rename, std::string& target,
                              std::string& problem) const
 {
-    const bool isOwn = IsVeryFile(from, target);
-    if (!isOwn && m_order.overwrite && platform::NameExists(target) && IsOfThisRun(rename)) {
+    const bool isOwn = IsVeryFile(from, target, false);
+    if (!isOwn && m_order.overwrite && !IsMissing(platform::LookUpName(target)) && IsOfThisRun(rename)) {
         problem = "The name is taken by a file of this run, which is not replaced.";
         return platform::Failure(platform::FileProblem::Exists);
     }
@@ -230,7 +239,7 @@ bool CRenameWork::IsStillToLeave(const std::string& path) const
 bool CRenameWork::IsOfThisRun(const PlannedRename& rename) const
 {
     if (m_list->IsInput(rename.to)) return true;
-    return !rename.sameName.empty() && IsVeryFile(rename.sameName, rename.to);
+    return !rename.sameName.empty() && IsVeryFile(rename.sameName, rename.to, true);
 }
 
 /// False, and the file has failed, when who has the name cannot go.

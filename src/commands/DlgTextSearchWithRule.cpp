@@ -1,7 +1,6 @@
 #include "commands/DlgTextSearchWithRule.h"
 
 #include <charconv>
-#include <cmath>
 #include <optional>
 
 #include "base/Text.h"
@@ -12,7 +11,6 @@
 namespace {
 
 constexpr int kFromTo = static_cast<int>(PageSelection::FromTo);
-constexpr double kMillimetresPerPoint = 25.4 / 72, kInchesPerPoint = 1.0 / 72;
 
 std::string FirstPageText(const PageRange& pages)
 {
@@ -35,26 +33,6 @@ std::optional<int> PlainNumber(const std::string& text)
     if (text.empty() || read.ec != std::errc() || read.ptr != end) return std::nullopt;
     return number;
 }
-
-/// A length in points.
-std::optional<double> Length(const std::string& text)
-{
-    double value = 0;
-    const std::string trimmed = Trim(text);
-    const char* const end = trimmed.data() + trimmed.size();
-    const auto read = std::from_chars(trimmed.data(), end, value);
-    if (trimmed.empty() || read.ec != std::errc() || read.ptr != end || !std::isfinite(value)) return std::nullopt;
-    return value;
-}
-
-std::string LengthText(const std::string& points)
-{
-    const double value = Length(points).value_or(0);
-    return FormatText("%d pt / %d mm / %4.2f in", static_cast<int>(std::lround(value)),
-                      static_cast<int>(std::lround(value * kMillimetresPerPoint)), value * kInchesPerPoint);
-}
-
-std::string PointsText(double points) { return FormatText("%g", points); }
 
 FormAnswer Stay() { return FormAnswer::StayOpen; }
 
@@ -266,12 +244,7 @@ std::string CDlgTextSearchWithRule::TakePages()
 }
 
 CDlgTextSearchArea::CDlgTextSearchArea(DialogServices services, const SettingsRectangle& area)
-    : m_services(std::move(services)),
-      m_area(area),
-      m_left(PointsText(area.left)),
-      m_bottom(PointsText(area.bottom)),
-      m_right(PointsText(area.right)),
-      m_top(PointsText(area.top))
+    : m_services(std::move(services)), m_area(area), m_fields(area)
 {
 }
 
@@ -283,22 +256,17 @@ bool CDlgTextSearchArea::Show()
 
 DialogForm CDlgTextSearchArea::Describe()
 {
-    const auto length = [](const char* label, std::string& value, const char* id) {
-        return FormControl{
-            .what = Row{{{.what = TextField{.label = label, .value = &value, .width = 10}, .id = id},
-                         {.what = StaticText{.text = "", .current = [&value] { return LengthText(value); }}}}}};
-    };
-    return {.title = "Text Search Area",
-            .controls = {{.what = StaticText{"Distances from the lower left corner of the page, in points. All zero "
-                                             "means the whole page."}},
-                         length("&Left:", m_left, "left"),
-                         length("&Bottom:", m_bottom, "bottom"),
-                         length("&Right:", m_right, "right"),
-                         length("&Top:", m_top, "top"),
-                         {.what = TextField{.label = "&Page number:", .value = &m_page, .width = 10}, .id = "page"}},
-            .buttons = {{.what = Button{"OK", [this] { return Confirm(); }, ButtonRole::Default}},
-                        {.what = Button{"Cancel", [] { return FormAnswer::Cancel; }, ButtonRole::Cancel}}},
-            .focus = "left"};
+    DialogForm form{
+        .title = "Text Search Area",
+        .controls = {{.what = StaticText{"Distances from the lower left corner of the page, in points. All zero "
+                                         "means the whole page."}}},
+        .buttons = {{.what = Button{"OK", [this] { return Confirm(); }, ButtonRole::Default}},
+                    {.what = Button{"Cancel", [] { return FormAnswer::Cancel; }, ButtonRole::Cancel}}},
+        .focus = "left"};
+    for (FormControl& field : m_fields.Controls()) form.controls.push_back(std::move(field));
+    form.controls.push_back(
+        {.what = TextField{.label = "&Page number:", .value = &m_page, .width = 10}, .id = "page"});
+    return form;
 }
 
 FormAnswer CDlgTextSearchArea::Confirm()
@@ -306,19 +274,12 @@ FormAnswer CDlgTextSearchArea::Confirm()
     std::string problem;
     if (const auto page = PlainNumber(Trim(m_page)); !page || *page < 1)
         problem = "Page number should be greater than zero.";
-    const auto left = Length(m_left), bottom = Length(m_bottom), right = Length(m_right), top = Length(m_top);
-    if (problem.empty() && (!left || !bottom || !right || !top))
-        problem = "Please enter a number of points for each side of the area.";
-    const SettingsRectangle area{left.value_or(0), right.value_or(0), top.value_or(0), bottom.value_or(0)};
-    const bool whole = area == SettingsRectangle();
-    if (problem.empty() && !whole && (area.left >= area.right || area.bottom >= area.top))
-        problem =
-            "The area is empty. Please enter a right side greater than the left and a top greater than the "
-            "bottom.";
+    const auto area = m_fields.Area();
+    if (problem.empty() && !area) problem = area.Error();
     if (!problem.empty()) {
         m_services.windows.Message(MessageKind::Warning, problem);
         return FormAnswer::StayOpen;
     }
-    m_area = area;
+    m_area = *area;
     return FormAnswer::Confirm;
 }

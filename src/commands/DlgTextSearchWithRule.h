@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "commands/AreaFields.h"
 #include "search/SearchRules.h"
 #include "ui/Windows.h"
 
@@ -55,7 +56,8 @@ private:
 
     DialogServices m_services;
     SettingsRectangle m_area;
-    std::string m_page = "1", m_left, m_bottom, m_right, m_top;
+    CAreaFields m_fields;
+    std::string m_page = "1";
 };
 
 /// "%3.1f, %3.1f, %3.1f, %3.1f" as left, bottom, right and top, or "Whole page".

@@ -12,6 +12,13 @@
 #include "tools/DlgMetadataLoadOptions.h"
 #include "tools/DlgReviewNames.h"
 #include "tools/DlgSpreadsheet.h"
+#include "tools/rename/DlgAutoRenameOptions.h"
+#include "tools/rename/DlgEditLookupTable.h"
+#include "tools/rename/DlgEnterCustomText.h"
+#include "tools/rename/DlgFileNamePart.h"
+#include "tools/rename/DlgReplaceWithLookupTable.h"
+#include "tools/rename/DlgSelectWhatToAddToFilenameRename.h"
+#include "tools/rename/DlgSpecifyRenamingRules.h"
 #include "ui/DlgAddRegExpElement.h"
 #include "ui/DlgErrorReport.h"
 
@@ -192,6 +199,74 @@ void ShowAddElement(CWindows& windows)
     (void)dialog.Show();
 }
 
+CFileNamePart Component(NamePartKind kind)
+{
+    CFileNamePart part;
+    part.kind = kind;
+    part.addSpaceInFront = part.replaceMissingValues = true;
+    part.missingValueText = "unknown";
+    part.padWithZeroes = 4;
+    part.area = Rule().area;
+    part.searchQuery = Rule();
+    part.customText = "<title> by <author>";
+    return part;
+}
+
+CFileNamePart Lookup()
+{
+    CFileNamePart part = Component(NamePartKind::Lookup);
+    part.lookupTable = {{"4711", "Miller and Sons"}, {"Smith, John", "JS"}};
+    part.children = {Component(NamePartKind::AreaText), Component(NamePartKind::FoundText)};
+    part.replaceBeforeLookup = true;
+    part.searchBeforeLookup = R"(^No\. (\d+).*$)";
+    part.replacementBeforeLookup = R"(\1)";
+    return part;
+}
+
+template <NamePartKind kind>
+void ShowComponent(CWindows& windows)
+{
+    CDlgFileNamePart dialog(Services(windows), Component(kind));
+    (void)dialog.Show();
+}
+
+void ShowKinds(CWindows& windows)
+{
+    CDlgSelectWhatToAddToFilenameRename dialog(Services(windows), true);
+    (void)dialog.Show();
+}
+
+void ShowCustomText(CWindows& windows)
+{
+    CDlgEnterCustomText dialog(Services(windows), Component(NamePartKind::CustomText));
+    (void)dialog.Show();
+}
+
+void ShowLookup(CWindows& windows)
+{
+    CDlgReplaceWithLookupTable dialog(Services(windows), Lookup(), 1);
+    (void)dialog.Show();
+}
+
+void ShowLookupTable(CWindows& windows)
+{
+    CDlgEditLookupTable dialog(Services(windows), Lookup().lookupTable);
+    (void)dialog.Show();
+}
+
+void ShowRenamingRules(CWindows& windows)
+{
+    CDlgSpecifyRenamingRules dialog(
+        Services(windows), CFileRenameRule::Predefined(kReplaceExpressionRule, R"((\d+)\.(\d+))", R"(\2-\1)"));
+    (void)dialog.Show();
+}
+
+void ShowNamingOptions(CWindows& windows)
+{
+    CDlgAutoRenameOptions dialog(Services(windows), NameCase::Lower, 100);
+    (void)dialog.Show();
+}
+
 void ShowAbout(CWindows& windows)
 {
     DialogForm form = AboutForm();
@@ -205,6 +280,15 @@ std::vector<Shot> DialogShots()
     return {{"CreateBatchFile", ShowBatchFile},
             {"AddFiles", ShowAddFiles},
             {"ReviewNames", ShowReviewNames},
+            {"NameComponents", ShowKinds},
+            {"NameNumber", ShowComponent<NamePartKind::Number>},
+            {"NameAreaText", ShowComponent<NamePartKind::AreaText>},
+            {"NameSearch", ShowComponent<NamePartKind::RuleText>},
+            {"NameCustomText", ShowCustomText},
+            {"NameLookup", ShowLookup},
+            {"NameLookupTable", ShowLookupTable},
+            {"NameRules", ShowRenamingRules},
+            {"NameOptions", ShowNamingOptions},
             {"EditMetadata", ShowEditMetadata},
             {"AddMetadataFields", ShowAddFields},
             {"MetadataLoadOptions", ShowLoadOptions},

@@ -23,6 +23,7 @@ ProductPaths MakeProductPaths(const std::string& applicationDataFolder)
     for (const char* name : kVendorAndProduct) paths.settingsFolder += std::string(name) + kSeparator;
     paths.settingsFile = paths.settingsFolder + "Ferrule.cfs";
     paths.searchSettingsFile = paths.settingsFolder + "FerruleSearchSettings.cfs";
+    paths.renameSettingsFile = paths.settingsFolder + "AutoRenameFiles.cfg";
     paths.logFile = paths.settingsFolder + "FerruleLog.txt";
     return paths;
 }

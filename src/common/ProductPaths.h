@@ -7,6 +7,7 @@ struct ProductPaths {
     std::string settingsFolder;  // with its trailing separator
     std::string settingsFile;
     std::string searchSettingsFile;
+    std::string renameSettingsFile;  // of the rename tool, as they were used last
     std::string logFile;
 };
 

@@ -15,8 +15,6 @@ enum class NameCase : std::int32_t { Original = 0, Lower = 1, Upper = 2 };
 /// The lengths that can be chosen, in characters; files may hold others.
 inline constexpr std::int32_t kShortestMaxFilename = 1, kLongestMaxFilename = 256;
 
-/// The name of the file, in the plug-in's settings folder, that keeps the settings used last.
-inline constexpr char kRememberedRenameSettings[] = "AutoRenameFiles.cfg";
 /// The extension of files that users keep settings in.
 inline constexpr char kRenameSettingsExtension[] = "docren";
 

@@ -12,6 +12,7 @@
 #include "tools/DlgMetadataLoadOptions.h"
 #include "tools/DlgReviewNames.h"
 #include "tools/DlgSpreadsheet.h"
+#include "tools/rename/DlgAutoRename.h"
 #include "tools/rename/DlgAutoRenameOptions.h"
 #include "tools/rename/DlgEditLookupTable.h"
 #include "tools/rename/DlgEnterCustomText.h"
@@ -223,6 +224,18 @@ CFileNamePart Lookup()
     return part;
 }
 
+void ShowRename(CWindows& windows)
+{
+    RenameSettings settings;
+    settings.components = {Component(NamePartKind::OriginalName), Component(NamePartKind::CustomText), Lookup()};
+    settings.useReplaceRules = settings.moveOnSuccess = settings.executeScript = true;
+    settings.rules = {CFileRenameRule::Predefined(3), CFileRenameRule::Predefined(5)};
+    settings.outputFolder = "~/Documents/Renamed";
+    settings.script = "echo \"$OUTPUTDOCUMENT\" >> ~/renamed.txt";
+    CDlgAutoRename dialog(Services(windows), settings);
+    (void)dialog.Show();
+}
+
 template <NamePartKind kind>
 void ShowComponent(CWindows& windows)
 {
@@ -280,6 +293,7 @@ std::vector<Shot> DialogShots()
     return {{"CreateBatchFile", ShowBatchFile},
             {"AddFiles", ShowAddFiles},
             {"ReviewNames", ShowReviewNames},
+            {"Rename", ShowRename},
             {"NameComponents", ShowKinds},
             {"NameNumber", ShowComponent<NamePartKind::Number>},
             {"NameAreaText", ShowComponent<NamePartKind::AreaText>},

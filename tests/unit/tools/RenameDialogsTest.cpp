@@ -1,8 +1,10 @@
 // The dialogs that ask what new file names are made of.
 #include <gtest/gtest.h>
 
+#include "naming/DocumentName.h"
 #include "naming/NameText.h"
 #include "support/TemporaryFolder.h"
+#include "tools/rename/DlgAutoRename.h"
 #include "tools/rename/DlgAutoRenameOptions.h"
 #include "tools/rename/DlgEditLookupTable.h"
 #include "tools/rename/DlgEnterCustomText.h"
@@ -298,6 +300,117 @@ TEST_F(ComponentList, LookupsHoldComponentsToALimit)
     ASSERT_EQ(m_parts.size(), 1u);
     EXPECT_EQ(m_parts[0].Description(), "Replace Add page range using lookup table (1 entries)");
     EXPECT_TRUE(m_parts[0].replaceBeforeLookup && m_parts[0].searchBeforeLookup == "x");
+}
+
+RenameSettings SomeSettings()
+{
+    RenameSettings settings;
+    settings.components.resize(2);
+    settings.components[1].kind = NamePartKind::PageRange;
+    settings.script = "one\r\ntwo\r\n";
+    return settings;
+}
+
+void AddRule(CScriptedWindows& windows, CFormHand& form, std::size_t row)
+{
+    windows.Expect("Specify Renaming Rules", [row](CFormHand& rule) {
+        rule.Select("rules", {row});
+        EXPECT_TRUE(rule.Press("OK"));
+    });
+    form.Press("New Rule...");
+}
+
+TEST(RenameDialogs, SettingsAreEditedSavedAndRead)
+{
+    const CTemporaryFolder folder;
+    const std::string file = folder / "names.docren";
+    RenameSettings expected = SomeSettings();
+    expected.script = "one\ntwo\n";
+    expected.useReplaceRules = true;
+    expected.rules = {CFileRenameRule::Predefined(5), CFileRenameRule::Predefined(3)};
+    expected.textCase = NameCase::Lower;
+    expected.maxFilename = 40;
+    CScriptedWindows windows;
+    CDlgAutoRename dialog({windows, {}}, SomeSettings());
+    windows.Expect("Rename PDF Files", [&](CFormHand& form) {
+        EXPECT_FALSE(form.Enabled("New Rule...") || form.Enabled("folder") || form.Enabled("script"));
+        form.Check("use-rules", true);
+        windows.ExpectMessage("Please select one rule to edit.");
+        form.Press("edit-rule");
+        windows.ExpectMessage("Please select the rules you want to remove.");
+        form.Press("Remove Rules");
+        for (const std::size_t row : {2u, 0u, 4u, 1u}) AddRule(windows, form, row);
+        form.Select("rules", {1, 3});
+        windows.ExpectMessage("Do you want to remove all currently selected rules?");
+        form.Press("Remove Rules");
+        form.Select("rules", {1});
+        form.Press("Rule Up");
+        EXPECT_EQ(form.Rows("rules"),
+                  (std::vector<std::string>{"Remove duplicate underscores", "Replace spaces with underscores"}));
+        windows.Expect("File Naming Options", [](CFormHand& options) {
+            options.Choose("case", 1);
+            options.Type("length", "40");
+            EXPECT_TRUE(options.Press("OK"));
+        });
+        form.Press("Options...");
+        EXPECT_EQ(form.Text("options"), "Lowercase, at most 40 characters");
+        windows.ExpectFiles("File Naming Settings", {file});
+        form.Press("Save Settings...");
+        EXPECT_EQ(*ReadRenameSettings(file), expected);
+
+        windows.ExpectFiles("File Naming Settings", {folder.Write("broken.docren", "no settings")});
+        windows.ExpectMessage(ReadRenameSettings(folder / "broken.docren").Error());
+        form.Press("Load Settings...");
+        EXPECT_TRUE(form.Rows("parts").empty()) << "what cannot be read leaves nothing";
+        windows.ExpectMessage("There is nothing to save. Please add a filename component first.");
+        form.Press("Save Settings...");
+        windows.ExpectMessage("Please add at least one filename component.");
+        EXPECT_FALSE(form.Press("OK"));
+        windows.ExpectFiles("File Naming Settings", {file});
+        form.Press("Load Settings...");
+        EXPECT_TRUE(form.Press("OK"));
+    });
+    EXPECT_TRUE(dialog.Show());
+    EXPECT_EQ(dialog.Settings(), expected);
+    EXPECT_TRUE(windows.Missing().empty()) << testing::PrintToString(windows.Missing());
+}
+
+TEST(RenameDialogs, SettingsThatCannotWorkAreRefused)
+{
+    const CTemporaryFolder folder;
+    CFileNamePart broken;
+    broken.kind = NamePartKind::Lookup;
+    broken.replaceBeforeLookup = true;
+    broken.searchBeforeLookup = "(";
+    const struct {
+        std::function<void(RenameSettings&)> change;
+        std::string message;
+    } cases[] = {
+        {[](RenameSettings& s) { s.outputFolder.clear(); },
+         "Please select an output folder to move files after renaming."},
+        {[&](RenameSettings& s) { s.outputFolder = folder / "none"; },
+         "The selected output folder does not exist.\nPlease select a different folder."},
+        {[](RenameSettings& s) {
+             s.executeScript = true;
+             s.script = " \n";
+         },
+         "Please enter the script that is to be run for each renamed file."},
+        {[&](RenameSettings& s) { s.components.push_back(broken); }, ""},
+    };
+    for (const auto& test : cases) {
+        RenameSettings settings = SomeSettings();
+        settings.moveOnSuccess = true;
+        settings.outputFolder = folder / "";
+        test.change(settings);
+        CScriptedWindows windows;
+        CDlgAutoRename dialog({windows, {}}, settings);
+        windows.Expect("Rename PDF Files", [&](CFormHand& form) {
+            windows.ExpectMessage(test.message.empty() ? CNameBuilder::From(settings).Error() : test.message);
+            EXPECT_FALSE(form.Press("OK"));
+        });
+        EXPECT_FALSE(dialog.Show());
+        EXPECT_TRUE(windows.Missing().empty()) << test.message;
+    }
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "tools/EditMetadataTool.h"
 #include "tools/ExportMetadataTool.h"
 #include "tools/PasswordProtectTool.h"
+#include "tools/rename/RenameTool.h"
 
 namespace {
 
@@ -61,7 +62,7 @@ void EditDocumentMetadata(const DialogServices& dialogs)
     EditMetadata(dialogs, services->settings->metadataWidths, services->log);
 }
 
-void NotAvailable(const DialogServices&) { AlertNote("This tool is not available in this version of Ferrule."); }
+void RenameDocuments(const DialogServices& dialogs) { RenameDocuments(dialogs, services->paths, services->log); }
 
 struct ToolItem {
     const char* title;
@@ -75,7 +76,7 @@ constexpr ToolItem kToolItems[] = {
     {"&Edit Metadata For Multiple Documents...", "QLNX:FerruleEditMetadata", EditDocumentMetadata},
     {"E&xport Metadata and Document Properties For Multiple Documents...", "QLNX:FerruleExportMetadata",
      ExportDocumentMetadata},
-    {"&Rename PDF Files...", "QLNX:FerruleAutoRename", NotAvailable},
+    {"&Rename PDF Files...", "QLNX:FerruleAutoRename", RenameDocuments},
 };
 
 /// While it lives, no other tool can be started: the menu of a host may be used beside a window of ours.

@@ -138,6 +138,7 @@ ProcessedFile CRenameWork::Process(const std::string& path, int number)
     m_run->progress.SetOperationText(path);
     m_run->progress.SetCurrentValue(number);
     ProcessedFile file{.path = path};
+    m_lastTarget.clear();
     const PlannedRename* const rename = m_list ? m_list->Find(path) : nullptr;
     if (!rename) {
         file.outcome = FileOutcome::Failed;
@@ -167,8 +168,7 @@ void CRenameWork::Rename(const PlannedRename& rename, ProcessedFile& file)
     const bool waited = waits.Ok();
     const std::string& from = waited ? place : rename.from;
     if (!waited && rename.from == rename.to && platform::NameExists(from)) {
-        m_run->log.Line(file.path + " has been renamed to " + rename.to);
-        return RunScript(rename.to, file);
+        return TakeTarget(rename.to, file);
     }
     if (!platform::NameExists(from))
         return Fail(file, rename.to, platform::Failure(platform::FileProblem::Missing).errorNumber,
@@ -178,14 +178,20 @@ void CRenameWork::Rename(const PlannedRename& rename, ProcessedFile& file)
     const FileResult moved = Move(from, rename, target, problem);
     if (moved) {
         m_left.insert(rename.from);
-        m_run->log.Line(file.path + " has been renamed to " + target);
         if (target != rename.to) file.message = "Its new name was taken; it is " + FileName(target) + " now.";
-        return RunScript(target, file);
+        return TakeTarget(target, file);
     }
     Fail(file, target, moved.errorNumber, problem);
     if (!rename.waits.empty()) (void)platform::MoveFile(WaitingPlaceOf(rename.waits), rename.waits, Existing::Fail);
     // Its name may be another's by now, and going on with the run finds it where it is.
     if (waited) file.message += " It stands under the name " + place + " until --resume --retry-failed or an undo.";
+}
+
+void CRenameWork::TakeTarget(const std::string& target, ProcessedFile& file)
+{
+    m_run->log.Line(file.path + " has been renamed to " + target);
+    m_lastTarget = target;
+    RunScript(target, file);
 }
 
 /// The act is asked for, so that nobody who goes on with the run starts the script a second time.

@@ -34,11 +34,15 @@ public:
     void Begin(const WorkServices& services) override;
     [[nodiscard]] ProcessedFile Process(const std::string& path, int number) override;
 
+    /// Where the file that was processed last is now; empty: it did not get its new name.
+    [[nodiscard]] const std::string& LastTarget() const { return m_lastTarget; }
+
 private:
     [[nodiscard]] Expected<CRenameList> ListFor(const std::string& folder) const;
     [[nodiscard]] std::string PlanProblem(const CRenameList& list) const;
     [[nodiscard]] std::string LoadScript();
     void RunScript(const std::string& target, ProcessedFile& file) const;
+    void TakeTarget(const std::string& target, ProcessedFile& file);
     void Rename(const PlannedRename& rename, ProcessedFile& file);
     [[nodiscard]] bool MakeRoom(const PlannedRename& rename, ProcessedFile& file);
     [[nodiscard]] bool IsStillToLeave(const std::string& path) const;
@@ -54,5 +58,6 @@ private:
     std::vector<RenameLine> m_lines;
     std::optional<CRenameList> m_list;       // once the output folder is known
     std::unordered_set<std::string> m_left;  // inputs that no longer have their names
+    std::string m_lastTarget;
     std::optional<WorkServices> m_run;
 };

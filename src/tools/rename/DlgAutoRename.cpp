@@ -115,7 +115,7 @@ Group CDlgAutoRename::ScriptGroup()
 
 DialogForm CDlgAutoRename::Describe()
 {
-    DialogForm form{.title = "Rename PDF Files", .focus = "parts"};
+    DialogForm form{.title = "Specify New Filenames", .focus = "parts"};
     form.controls.push_back(
         {.what = m_components.Describe("Filename components, joined in this order", 6), .grows = true});
     form.controls.push_back({.what = RuleGroup(), .grows = true});

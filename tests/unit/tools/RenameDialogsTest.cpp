@@ -332,7 +332,7 @@ TEST(RenameDialogs, SettingsAreEditedSavedAndRead)
     expected.maxFilename = 40;
     CScriptedWindows windows;
     CDlgAutoRename dialog({windows, {}}, SomeSettings());
-    windows.Expect("Rename PDF Files", [&](CFormHand& form) {
+    windows.Expect("Specify New Filenames", [&](CFormHand& form) {
         EXPECT_FALSE(form.Enabled("New Rule...") || form.Enabled("folder") || form.Enabled("script"));
         form.Check("use-rules", true);
         windows.ExpectMessage("Please select one rule to edit.");
@@ -404,7 +404,7 @@ TEST(RenameDialogs, SettingsThatCannotWorkAreRefused)
         test.change(settings);
         CScriptedWindows windows;
         CDlgAutoRename dialog({windows, {}}, settings);
-        windows.Expect("Rename PDF Files", [&](CFormHand& form) {
+        windows.Expect("Specify New Filenames", [&](CFormHand& form) {
             windows.ExpectMessage(test.message.empty() ? CNameBuilder::From(settings).Error() : test.message);
             EXPECT_FALSE(form.Press("OK"));
         });

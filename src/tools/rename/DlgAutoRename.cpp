@@ -60,7 +60,7 @@ Group CDlgAutoRename::RuleGroup()
                    .selected = &m_selectedRules,
                    .several = true,
                    .activates = "edit-rule",
-                   .lines = 4,
+                   .lines = 3,
                    .width = 90};
     Row buttons{{PlainButton("&New Rule...", &CDlgAutoRename::AddRule),
                  PlainButton("Edi&t Rule...", &CDlgAutoRename::EditRule),
@@ -85,19 +85,16 @@ Group CDlgAutoRename::OptionGroup()
     const auto moves = [this] { return m_settings.moveOnSuccess; };
     FormControl browse = PlainButton("&Browse...", &CDlgAutoRename::ChooseFolder);
     browse.enabled = moves;
-    return {
-        .title = "Options",
-        .controls = {
-            {.what = Row{{{.what = StaticText{.text = "", .current = options}, .id = "options"},
-                          PlainButton("&Options...", &CDlgAutoRename::EditOptions)}}},
-            {.what = CheckBox{"Overwrite e&xisting files that have the new name", &m_settings.overwriteExisting},
-             .id = "overwrite"},
-            {.what = Row{{{.what = CheckBox{"&Move renamed files into this folder:", &m_settings.moveOnSuccess},
-                           .id = "move"},
-                          {.what = TextField{.label = "", .value = &m_settings.outputFolder, .name = "Output folder"},
-                           .id = "folder",
-                           .enabled = moves},
-                          std::move(browse)}}}}};
+    Row names{{{.what = StaticText{.text = "", .current = options}, .id = "options"},
+               PlainButton("&Options...", &CDlgAutoRename::EditOptions),
+               {.what = CheckBox{"Overwrite e&xisting files that have the new name", &m_settings.overwriteExisting},
+                .id = "overwrite"}}};
+    Row folder{{{.what = CheckBox{"&Move renamed files into this folder:", &m_settings.moveOnSuccess}, .id = "move"},
+                {.what = TextField{.label = "", .value = &m_settings.outputFolder, .name = "Output folder"},
+                 .id = "folder",
+                 .enabled = moves},
+                std::move(browse)}};
+    return {.title = "Options", .controls = {{.what = std::move(names)}, {.what = std::move(folder)}}};
 }
 
 Group CDlgAutoRename::ScriptGroup()
@@ -105,22 +102,27 @@ Group CDlgAutoRename::ScriptGroup()
     return {
         .title = "Script",
         .controls = {
-            {.what = CheckBox{"Run this &script for each renamed file:", &m_settings.executeScript}, .id = "execute"},
-            {.what = TextField{.label = "", .value = &m_settings.script, .lines = 3, .width = 70, .name = "Script"},
+            {.what = CheckBox{"Run this &script for each renamed file; the variables INPUTDOCUMENT and "
+                              "OUTPUTDOCUMENT hold both paths:",
+                              &m_settings.executeScript},
+             .id = "execute"},
+            {.what = TextField{.label = "", .value = &m_settings.script, .lines = 2, .width = 70, .name = "Script"},
              .id = "script",
-             .enabled = [this] { return m_settings.executeScript; }},
-            {.what = StaticText{"The variables INPUTDOCUMENT and OUTPUTDOCUMENT hold the old and the "
-                                "new path."}}}};
+             .enabled = [this] { return m_settings.executeScript; }}}};
 }
 
 DialogForm CDlgAutoRename::Describe()
 {
     DialogForm form{.title = "Specify New Filenames", .focus = "parts"};
     form.controls.push_back(
-        {.what = m_components.Describe("Filename components, joined in this order", 6), .grows = true});
+        {.what = m_components.Describe("Filename components, joined in this order", 5), .grows = true});
     form.controls.push_back({.what = RuleGroup(), .grows = true});
     form.controls.push_back({.what = OptionGroup()});
     form.controls.push_back({.what = ScriptGroup()});
+    form.buttons.push_back({.what = Button{"&Help...", [this] {
+                                               m_services.showHelp("RenameFiles.htm");
+                                               return FormAnswer::StayOpen;
+                                           }}});
     form.buttons.push_back(PlainButton("Load Settin&gs...", &CDlgAutoRename::Load));
     form.buttons.push_back(PlainButton("Save Sett&ings...", &CDlgAutoRename::Save));
     form.buttons.push_back({.what = Button{"OK", [this] { return Confirm(); }, ButtonRole::Default}});

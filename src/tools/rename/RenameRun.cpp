@@ -1,16 +1,11 @@
 #include "tools/rename/RenameRun.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "base/Names.h"
-#include "base/Text.h"
 #include "common/Log.h"
 #include "common/Progress.h"
-#include "common/RenamePlan.h"
-#include "platform/AtomicFile.h"
-#include "platform/Clock.h"
 #include "platform/Files.h"
-#include "platform/HeldFiles.h"
 #include "platform/NarrowText.h"
 #include "tools/RenameWork.h"
 
@@ -18,82 +13,51 @@ namespace {
 
 using platform::FileResult;
 
-std::string PathText(const std::string& path) { return TextFromBytes(platform::Utf8FromNarrow(path)); }
-
-/// The list of all new names, for whoever finds the files after a crash; removed in the end.
-class CListFile {
-public:
-    explicit CListFile(const std::string& folder)
-        : m_path(WithTrailingSeparator(folder) + "names-" + std::to_string(platform::NanosecondsSince1970()) + ".csv")
-    {
+/// With whole paths where files are moved, so that the list alone says where everything goes.
+std::vector<RenameLine> LinesOf(const RenameRequest& request)
+{
+    const std::string folder =
+        request.settings.moveOnSuccess ? WithTrailingSeparator(request.settings.outputFolder) : std::string();
+    std::vector<RenameLine> lines;
+    for (std::size_t place = 0; place < request.paths.size(); ++place) {
+        const std::string& name = request.names[place];
+        const bool isName = !name.empty() && name.find_first_of("/\\") == name.npos;
+        lines.push_back({.path = ListedPath(request.paths[place]), .newName = isName ? folder + name : name});
     }
-    CListFile(const CListFile&) = delete;
-    CListFile& operator=(const CListFile&) = delete;
-    ~CListFile() { (void)platform::DeleteFile(m_path); }
-
-    FileResult Write(const RenameRequest& request) const
-    {
-        std::string text = RenamePlanHeading();
-        for (std::size_t place = 0; place < request.paths.size(); ++place)
-            text += RenamePlanLine(PathText(request.paths[place]), request.names[place]);
-        platform::CAtomicFile file(m_path, platform::Existing::Fail);
-        file.Write(text.data(), text.size());
-        return file.Commit();
-    }
-    const std::string& Path() const { return m_path; }
-
-private:
-    std::string m_path;
-};
-
-/// Grows with each file; an older one goes with the first.
-class CWayBack {
-public:
-    CWayBack(const std::string& folder, CLogWriter& log)
-        : m_path(WithTrailingSeparator(folder) + kWayBackList), m_log(log)
-    {
-    }
-
-    void Add(const std::string& from, const std::string& to)
-    {
-        if (m_failed || from == to) return;
-        FileResult written;
-        if (!m_file.IsOpen()) written = Begin();
-        if (written) written = m_file.Write(RenamePlanLine(PathText(to), PathText(from)));
-        m_failed = !written;
-        if (m_failed) m_log.NameValue("The way back cannot be written", platform::ErrorText(written.errorNumber), 1);
-    }
-
-private:
-    FileResult Begin()
-    {
-        FileResult result = m_file.Open(m_path);
-        if (result) result = m_file.Truncate(0);
-        return result ? m_file.Write(RenamePlanHeading()) : result;
-    }
-
-    std::string m_path;
-    CLogWriter& m_log;
-    platform::CAppendFile m_file;
-    bool m_failed = false;
-};
+    return lines;
+}
 
 class CRenameRun {
 public:
-    CRenameRun(const RenameRequest& request, CRenameWork& work, CLogWriter& log)
-        : m_request(request), m_work(work), m_log(log), m_wayBack(request.listFolder, log)
+    CRenameRun(CRenameLists lists, const RenameRequest& request, CLogWriter& log)
+        : m_lists(std::move(lists)),
+          m_work({.overwrite = request.settings.overwriteExisting}, m_lists.Path(),
+                 request.settings.executeScript ? request.settingsFile : std::string()),
+          m_log(log)
     {
-        if (request.settings.moveOnSuccess)
-            m_execution.alternativeOutputPath = platform::NarrowFromUtf8(request.settings.outputFolder);
     }
 
+    Expected<CRenameReport> Run(CProgressMonitorWrapper& progress)
+    {
+        if (std::string problem = Prepare(); !problem.empty()) {
+            if (!m_lists.WasInterrupted()) m_lists.Finish();
+            return Failure(std::move(problem));
+        }
+        Rename(progress);
+        m_lists.Finish();
+        return std::move(m_report);
+    }
+
+private:
     /// Answers why nothing can be begun.
     std::string Prepare()
     {
         if (std::string problem = m_work.Load(m_log); !problem.empty()) return problem;
-        if (std::string objection = m_work.Facts({.settings = m_execution, .wanted = {}}).objection;
-            !objection.empty())
-            return objection;
+        // What stands in the way of a new renaming is what an interrupted one has left.
+        if (!m_lists.WasInterrupted())
+            if (std::string objection = m_work.Facts({.settings = m_execution, .wanted = {}}).objection;
+                !objection.empty())
+                return objection;
         auto order = m_work.InputPlaces(m_execution, {}, Asking::Unwanted, m_log);
         if (!order) return order.Error();
         m_order = std::move(*order);
@@ -107,7 +71,10 @@ public:
         progress.SetDuration(static_cast<int>(m_order.size()));
         std::size_t end = m_order.size();
         for (std::size_t place = 0; place < end; ++place) {
-            RenameOne(place);
+            if (const std::string* const target = m_lists.TargetOf(m_order[place]))
+                m_report.Renamed(m_order[place], *target);
+            else
+                RenameOne(place);
             if (end == m_order.size() && progress.IsCancelled()) end = EndOfCancelled(place + 1);
         }
         progress.EndOperation();
@@ -115,23 +82,36 @@ public:
             m_report.Skipped(m_order[place], "It has been skipped - processing has been canceled by user.");
     }
 
-    CRenameReport& Report() { return m_report; }
-
-private:
     void RenameOne(std::size_t place)
     {
+        if (m_lists.WasInterrupted() && m_lists.HasLeft(m_order[place])) return FindLost(m_order[place]);
+        m_foundLost = true;
         const ProcessedFile file = m_work.Process(m_order[place], static_cast<int>(place) + 1);
-        if (const std::string& target = m_work.LastTarget(); !target.empty()) {
-            m_wayBack.Add(file.path, target);
-            m_report.Renamed(file.path, target, file.outcome == FileOutcome::Saved ? "" : file.message);
-        } else if (file.outcome == FileOutcome::Skipped) {
+        if (const std::string& target = m_work.LastTarget(); !target.empty())
+            Take(file.path, target, file.outcome == FileOutcome::Saved ? std::string() : file.message);
+        else if (file.outcome == FileOutcome::Skipped)
             m_report.Skipped(file.path, file.message);
-        } else if (const std::string there = PutBack(file.path); there != file.path) {
-            m_wayBack.Add(file.path, there);
-            m_report.Renamed(file.path, there, file.message);
-        } else {
+        else if (const std::string there = PutBack(file.path); there != file.path)
+            Take(file.path, there, file.message);
+        else
             m_report.Failed(file.path, file.message);
-        }
+    }
+
+    /// Only the first file that is not in the way back could have been renamed all the same.
+    void FindLost(const std::string& path)
+    {
+        const std::string maybe = std::exchange(m_foundLost, true) ? std::string() : m_lists.MayBeAt(path);
+        if (!maybe.empty())
+            Take(path, maybe, "The program ended while it was being renamed; please look whether it is this file.");
+        else
+            m_report.Failed(path, "The file is gone.");
+    }
+
+    void Take(const std::string& from, const std::string& to, const std::string& remark)
+    {
+        if (const FileResult written = m_lists.Add(from, to); !written)
+            m_log.NameValue("The way back cannot be written", platform::ErrorText(written.errorNumber), 1);
+        m_report.Renamed(from, to, remark);
     }
 
     /// Nobody goes on with this run: a file that waits for a name which it cannot get has to have one. Answers where
@@ -154,12 +134,12 @@ private:
         return end;
     }
 
-    const RenameRequest& m_request;
-    CRenameWork& m_work;
+    CRenameLists m_lists;
+    CRenameWork m_work;
     CLogWriter& m_log;
     ExecutorSettings m_execution;
-    CWayBack m_wayBack;
     std::vector<std::string> m_order;
+    bool m_foundLost = false;
     CRenameReport m_report;
 };
 
@@ -168,15 +148,13 @@ private:
 Expected<CRenameReport> RenameFilesOf(const RenameRequest& request, CProgressMonitorWrapper& progress,
                                       CLogWriter& log)
 {
-    (void)platform::CreateFolders(request.listFolder);
-    const CListFile list(request.listFolder);
-    if (const FileResult written = list.Write(request); !written)
-        return Failure(list.Path() + ": the list of new names cannot be written (" +
-                       platform::ErrorText(written.errorNumber) + ").");
-    CRenameWork work({.overwrite = request.settings.overwriteExisting}, list.Path(),
-                     request.settings.executeScript ? request.settingsFile : std::string());
-    CRenameRun run(request, work, log);
-    if (std::string problem = run.Prepare(); !problem.empty()) return Failure(std::move(problem));
-    run.Rename(progress);
-    return std::move(run.Report());
+    auto lists = CRenameLists::Begin(request.listFolder, LinesOf(request));
+    if (!lists) return Failure(lists.Error());
+    return CRenameRun(std::move(*lists), request, log).Run(progress);
+}
+
+Expected<CRenameReport> FinishRenaming(CRenameLists lists, const RenameRequest& request,
+                                       CProgressMonitorWrapper& progress, CLogWriter& log)
+{
+    return CRenameRun(std::move(lists), request, log).Run(progress);
 }

@@ -1,6 +1,6 @@
 #include "tools/rename/RenameTool.h"
 
-#include <optional>
+#include <functional>
 
 #include "base/Names.h"
 #include "base/Text.h"
@@ -28,6 +28,8 @@ constexpr char kRenamePrompt[] =
 constexpr char kRenamed[] =
     "%d file(s) out of %d have been renamed.\n%d document(s) have been skipped or failed.\nDo you want to open a "
     "processing log for review?";
+constexpr char kInterrupted[] =
+    "An earlier renaming was interrupted before it came to its end.\nDo you want to finish it now?";
 constexpr char kReportFile[] = "Rename Report.txt";
 
 /// One use of the tool.
@@ -42,11 +44,12 @@ public:
 
     void Run()
     {
+        if (FinishInterrupted()) return;
         CDlgAddFiles chosen(m_dialogs, kRenameTitle, kRenamePrompt);
         if (!chosen.Show()) return;
         m_request.paths = chosen.Files();
         if (m_request.paths.empty() || !AskForSettings() || !FindNames() || !Review()) return;
-        Rename();
+        Rename([this](CProgressMonitorWrapper& progress) { return RenameFilesOf(m_request, progress, m_log); });
     }
 
 private:
@@ -62,6 +65,23 @@ private:
         if (settings) return std::move(*settings);
         Warn(settings.Error());
         return {};
+    }
+
+    /// True when that was what the user wanted.
+    bool FinishInterrupted()
+    {
+        auto lists = CRenameLists::Interrupted(m_request.listFolder);
+        if (!lists || !m_dialogs.windows.Message(MessageKind::Question, kInterrupted)) return false;
+        auto settings = ReadRenameSettings(m_request.settingsFile);
+        if (!settings) {
+            Warn(settings.Error());
+            return true;
+        }
+        m_request.settings = std::move(*settings);
+        Rename([&](CProgressMonitorWrapper& progress) {
+            return FinishRenaming(std::move(*lists), m_request, progress, m_log);
+        });
+        return true;
     }
 
     bool AskForSettings()
@@ -138,11 +158,11 @@ private:
         return true;
     }
 
-    void Rename()
+    void Rename(const std::function<Expected<CRenameReport>(CProgressMonitorWrapper&)>& rename) const
     {
         CCustomMonitor progress;
         progress.Start([this] { return m_dialogs.windows.MakeProgress(); });
-        const auto report = RenameFilesOf(m_request, progress, m_log);
+        const auto report = rename(progress);
         if (!report) return Warn(report.Error() + " No file has been renamed.");
         const auto renamed = static_cast<int>(report->RenamedFiles()),
                    others = static_cast<int>(report->OtherFiles());

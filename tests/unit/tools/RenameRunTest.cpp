@@ -120,4 +120,59 @@ TEST(RenameRun, LeavesEachFileUnderANameThatIsReportedAndTheWayBack)
     }
 }
 
+/// The program ends at one of the moves.
+class CCrashing final : public COverseer {
+public:
+    explicit CCrashing(int move) : m_move(move), m_former(InstallOverseer(this)) {}
+    ~CCrashing() override { InstallOverseer(m_former); }
+    Answer Ask(Act act, const std::string&, const std::string&) override
+    {
+        if (act == Act::Move && --m_move == 0) throw std::runtime_error("crash");
+        return Answer::Go;
+    }
+    bool Pretends() const override { return false; }
+    std::optional<bool> Exists(const std::string&) const override { return std::nullopt; }
+
+private:
+    int m_move;
+    COverseer* m_former;
+};
+
+/// As if the program had ended behind the move of the last file, or within a line.
+void CutWayBack(const CTemporaryFolder& own, std::size_t bytes)
+{
+    for (const auto& entry : std::filesystem::directory_iterator(own.Path()))
+        if (entry.path().extension() == ".back")
+            std::filesystem::resize_file(entry.path(), entry.file_size() - bytes);
+}
+
+TEST(RenameRun, ThatWasCutShortIsFinished)
+{
+    const RenameRequest names{.paths = {}, .names = {"b", "c", "a", "e"}};
+    for (const std::size_t cut : {0u, 1u, 5u})
+        for (int move = 1; move <= 5; ++move) {
+            const CTemporaryFolder folder, own;
+            RenameRequest request = names;
+            request.listFolder = own.Path();
+            for (const char* name : {"a", "b", "c", "d"}) request.paths.push_back(folder.Write(name, name));
+            CMemoryLog log;
+            CCancelling progress(-1);
+            {
+                const CCrashing crashing(move);
+                EXPECT_THROW((void)RenameFilesOf(request, progress, log), std::runtime_error);
+            }
+            CutWayBack(own, cut);
+            auto lists = CRenameLists::Interrupted(own.Path());
+            ASSERT_TRUE(lists) << move;
+            EXPECT_FALSE(CRenameLists::Interrupted(own.Path())) << "one process only";
+            const auto report = FinishRenaming(std::move(*lists), request, progress, log);
+            ASSERT_TRUE(report) << move << report.Error();
+            EXPECT_EQ(Standing(folder), "a:c b:a c:b e:d") << move;
+            EXPECT_EQ(report->RenamedFiles(), 4u) << move << report->Text("", "");
+            TakeBack(own);
+            EXPECT_EQ(Standing(folder), "a:a b:b c:c d:d") << move << " " << cut;
+            EXPECT_EQ(own.EntryCount(), 1u);
+        }
+}
+
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "naming/RenameSettings.h"
 #include "support/MemoryLog.h"
+#include "tools/rename/RenameLists.h"
 #include "tools/rename/RenameTool.h"
 #include "ui/ScriptedWindows.h"
 #include "unit/hostcalls/HostedCalls.h"
@@ -96,4 +97,29 @@ TEST_F(RenameTool, NamesReviewsRenamesAndRemembers)
         EXPECT_TRUE(form.Press("OK"));
     });
     EXPECT_EQ(Names().front(), "1one.pdf") << "nothing is renamed after a cancel";
+}
+
+TEST_F(RenameTool, FinishesWhatWasInterrupted)
+{
+    RenameSettings settings;
+    settings.components.resize(1);
+    ASSERT_EQ(WriteRenameSettings(m_paths.renameSettingsFile, settings), "");
+    ASSERT_TRUE(CRenameLists::Begin(m_own / "Renames", {{.path = m_in / "one.pdf", .newName = "1.pdf"}}));
+    const std::string question =
+        "An earlier renaming was interrupted before it came to its end.\nDo you want to finish it now?";
+    CMemoryLog log;
+    m_windows.ExpectMessage(question, false);
+    m_windows.Expect("Rename PDF Files", [&](CFormHand& files) {
+        files.Press("Cancel");
+        m_windows.ExpectMessage(question);
+        m_windows.ExpectMessage(
+            "1 file(s) out of 1 have been renamed.\n0 document(s) have been skipped or failed.\n"
+            "Do you want to open a processing log for review?",
+            false);
+    });
+    for (int use = 0; use < 2; ++use) RenameDocuments({m_windows, {}}, m_paths, log);
+    m_windows.Expect("Rename PDF Files", [](CFormHand& files) { files.Press("Cancel"); });
+    RenameDocuments({m_windows, {}}, m_paths, log);
+    EXPECT_EQ(Names().front(), "1.pdf");
+    EXPECT_TRUE(m_windows.Missing().empty()) << testing::PrintToString(m_windows.Missing());
 }

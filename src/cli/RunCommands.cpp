@@ -1,5 +1,7 @@
 #include "cli/RunCommands.h"
 
+#include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "base/Text.h"
@@ -12,6 +14,7 @@
 #include "platform/ThisProcess.h"
 #include "supervisor/Merge.h"
 #include "supervisor/Supervisor.h"
+#include "supervisor/plan/EngineScript.h"
 
 namespace cli {
 
@@ -114,22 +117,65 @@ int RunCommand(const CArguments& arguments, const Screen& screen)
     return arguments.Has("--manifest") ? RunOfShard(arguments, screen) : RunOfSequence(arguments, screen);
 }
 
+namespace {
+
+/// The script for "--engine" of a plan that is still to be made; nothing without that option.
+std::optional<EngineScript> ReadEngineScript(const CArguments& arguments, const PlanOptions& options)
+{
+    if (!arguments.Has("--engine")) {
+        if (arguments.Has("--shards")) FailUsage("--shards belongs to --engine, which says what does the parts");
+        return std::nullopt;
+    }
+    EngineScript script;
+    script.engine = arguments.Text("--engine") == "slurm" ? ShardEngine::Slurm : ShardEngine::Parallel;
+    script.program = platform::ExecutablePath();
+    script.manifestPath = options.manifestPath;
+    // What was not said is as it is by default, on each machine.
+    if (arguments.Has("--host")) script.runArguments = {"--host", options.engine.hostProgram};
+    if (arguments.Has("--plugin"))
+        for (const std::string& plugIn : options.engine.plugIns)
+            script.runArguments.insert(script.runArguments.end(), {"--plugin", plugIn});
+    if (!options.engine.passwordFile.empty())
+        script.runArguments.insert(script.runArguments.end(), {"--password-file", options.engine.passwordFile});
+    const std::string problem = ProblemWithScriptPlace(EngineScriptPath(script.manifestPath, script.engine));
+    if (!problem.empty()) FailStart(problem);
+    return script;
+}
+
+void CompleteScript(EngineScript& script, const CArguments& arguments, const PlanSummary& plan)
+{
+    script.run = plan.run;
+    script.shards = arguments.Has("--shards") ? static_cast<int>(arguments.Number("--shards"))
+                                              : SuitableShards(plan.total, plan.bytes);
+    script.shards = plan.oneWorker ? 1 : std::min(script.shards, std::max(plan.total, 1));
+}
+
+}  // namespace
+
 int PlanCommand(const CArguments& arguments, const Screen& screen)
 {
     PlanOptions options;
     options.request = ReadRequest(arguments, ReadSequenceWork(arguments));
     options.engine = ReadEngine(arguments);
     options.manifestPath = FilePath(arguments, "--manifest");
+    auto script = ReadEngineScript(arguments, options);
     SayExtensions(arguments, screen);
     const bool quiet = arguments.Has("--quiet");
     CRunPrinter printer(screen, {.quiet = true, .dryRun = false, .recordToData = false, .jobs = 1, .part = ""});
     const RunResult result = PlanRun(options, printer);
     if (!result.message.empty()) Say(screen, "ferrule: " + PrintableLines(result.message) + "\n");
     if (result.exit != ExitClass::Fine) return static_cast<int>(result.exit);
+    if (script) {
+        CompleteScript(*script, arguments, result.plan);
+        if (const std::string problem = WriteEngineScript(*script); !problem.empty()) FailStart(problem);
+    }
     if (!quiet) {
         Say(screen, PlanSentence(result.plan) + "\n");
         if (result.plan.oneWorker) Say(screen, "One part and one worker only: " + result.plan.oneWorkerReason + "\n");
         Say(screen, "Plan: " + options.manifestPath + "\n");
+        if (script)
+            Say(screen, "Script for " + Counted(static_cast<std::uint64_t>(script->shards), "part", "parts") + ": " +
+                            EngineScriptPath(script->manifestPath, script->engine) + "\n");
     }
     if (arguments.Has("--json")) *screen.data << result.plan.json << '\n';
     return kExitFine;

@@ -225,9 +225,30 @@ CommandRow PlanRow()
             "by \"ferrule run --manifest\", anywhere the same paths are seen, and joined by \"ferrule "
             "merge\". Files whose names would collide always come into the same part.",
         .operands = {{.name = "SEQUENCE", .help = "Sequence file (.sequ)."}},
-        .examples = {{"Plan a run for a cluster:", "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl"}}};
-    AddSection(row, kInputSection, PlaceOptions());
-    AddSection(row, "Plan", {ManifestOption("The plan to write.", true)});
+        .examples = {{"Plan a run for a cluster:", "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl"},
+                     {"Let Slurm do it, with four processors for each part:",
+                      "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl --engine slurm && "
+                      "sh plan.jsonl.slurm.sh --cpus-per-task=4"},
+                     {"Let GNU Parallel do it on two machines, in 16 parts:",
+                      "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl --engine parallel --shards 16 && "
+                      "sh plan.jsonl.parallel.sh --sshlogin node1,node2"}}};
+    auto places = PlaceOptions();
+    places.push_back(PasswordOption());
+    AddSection(row, kInputSection, std::move(places));
+    AddSection(row, "Plan",
+               {ManifestOption("The plan to write.", true),
+                {.name = "--engine",
+                 .kind = ValueKind::Choice,
+                 .valueName = "ENGINE",
+                 .help = "Write beside the plan also the script by which this engine does its parts and joins them: "
+                         "FILE.slurm.sh or FILE.parallel.sh.",
+                 .choices = {"slurm", "parallel"}},
+                {.name = "--shards",
+                 .kind = ValueKind::Number,
+                 .valueName = "N",
+                 .help = "Number of parts; without it so many that starting them hardly counts.",
+                 .lowest = 1,
+                 .highest = 100'000}});
     AddSection(row, kReportSection, {JsonOption("Print the summary as JSON on standard output."), QuietOption()});
     AddSection(row, kSafetySection, SafetyOptions());
     AddSection(row, "", ProgramOptions());

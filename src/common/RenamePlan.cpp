@@ -41,7 +41,7 @@ std::string RenamePlanLine(std::string_view path, std::string_view newName)
     return SeparatedValue(path) + ',' + SeparatedValue(newName) + "\r\n";
 }
 
-Expected<std::vector<RenameLine>> ParseRenamePlan(std::string_view utf8)
+std::string ForEachRename(std::string_view utf8, const std::function<void(const RenameLine&)>& take)
 {
     const std::string_view heading = utf8.substr(0, utf8.find_first_of("\r\n"));
     std::optional<PlanColumns> columns;
@@ -52,21 +52,16 @@ Expected<std::vector<RenameLine>> ParseRenamePlan(std::string_view utf8)
         if (columns) break;
     }
     if (!columns)
-        return Failure(std::string("Line 1 has to name the columns \"") + kRenamePlanInput + "\" and \"" +
-                       kRenamePlanName + "\", with a comma, a semicolon or a tab between them.");
-    const auto records = ParseSeparated(utf8, {.separator = separator});
-    if (!records) return Failure(records.Error());
-    std::vector<RenameLine> lines;
-    for (std::size_t at = 1; at < records->size(); ++at) {
-        const SeparatedRecord& record = (*records)[at];
-        if (record.values.size() == 1 && record.values[0].empty()) continue;
+        return std::string("Line 1 has to name the columns \"") + kRenamePlanInput + "\" and \"" + kRenamePlanName +
+               "\", with a comma, a semicolon or a tab between them.";
+    return ForEachSeparated(utf8, {.separator = separator}, [&](SeparatedRecord record) -> std::string {
+        if (record.line == 1 || (record.values.size() == 1 && record.values[0].empty())) return {};
         if (record.values.size() <= std::max(columns->path, columns->name))
-            return Failure(InLine(record.line,
-                                  "it has fewer values than the heading; leave the new name empty, behind "
-                                  "its separator, for a file that is to keep its name."));
-        const std::string& path = record.values[columns->path];
-        if (path.empty()) return Failure(InLine(record.line, "it names no input file."));
-        lines.push_back({path, record.values[columns->name], record.line});
-    }
-    return lines;
+            return InLine(record.line,
+                          "it has fewer values than the heading; leave the new name empty, behind its "
+                          "separator, for a file that is to keep its name.");
+        if (record.values[columns->path].empty()) return InLine(record.line, "it names no input file.");
+        take({std::move(record.values[columns->path]), std::move(record.values[columns->name]), record.line});
+        return {};
+    });
 }

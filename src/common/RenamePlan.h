@@ -2,11 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
-
-#include "base/Expected.h"
 
 // A table with a heading: values between commas, RFC 4180, UTF-8 with or without its mark.
 inline constexpr char kRenamePlanInput[] = "Input File";
@@ -23,6 +21,7 @@ struct RenameLine {
 [[nodiscard]] std::string RenamePlanHeading();
 [[nodiscard]] std::string RenamePlanLine(std::string_view path, std::string_view newName);
 
-/// The lines of a list without its mark. Further columns and empty lines do not count, and where the heading says so,
-/// values may stand between semicolons or tabs. Fails with a sentence that tells the line.
-[[nodiscard]] Expected<std::vector<RenameLine>> ParseRenamePlan(std::string_view utf8);
+/// Hands out the lines of a list without its mark. Further columns and empty lines do not count, and where the
+/// heading says so, values may stand between semicolons or tabs. Answers a sentence that tells the line which is
+/// wrong; else empty.
+[[nodiscard]] std::string ForEachRename(std::string_view utf8, const std::function<void(const RenameLine&)>& take);

@@ -16,17 +16,16 @@ constexpr std::uint64_t kMostBytes = std::uint64_t{512} << 20;
 /// Takes a text apart, a stretch without special characters at a time.
 class CSeparatedParser {
 public:
-    CSeparatedParser(std::string_view text, SeparatedForm form)
-        : m_text(text), m_form(form), m_ends{form.separator, '\n', '\r'}
+    CSeparatedParser(std::string_view text, SeparatedForm form, const TakeRecord& take)
+        : m_text(text), m_form(form), m_take(take), m_ends{form.separator, '\n', '\r'}
     {
     }
 
-    Expected<std::vector<SeparatedRecord>> Parse()
+    std::string Parse()
     {
-        while (m_at < m_text.size()) {
+        while (m_at < m_text.size() && m_problem.empty()) {
             m_record.line = m_line;
-            if (!TakeValue())
-                return Failure(FormatText("Line %d: a quote is never closed.", static_cast<int>(m_line)));
+            if (!TakeValue()) return FormatText("Line %d: a quote is never closed.", static_cast<int>(m_line));
             if (m_at == m_text.size() || m_text[m_at] != m_form.separator)
                 EndRecord();
             else if (++m_at == m_text.size()) {  // a separator at the very end opens an empty value
@@ -34,7 +33,7 @@ public:
                 EndRecord();
             }
         }
-        return std::move(m_records);
+        return std::move(m_problem);
     }
 
 private:
@@ -81,17 +80,18 @@ private:
     {
         if (m_at < m_text.size()) m_at += m_text.substr(m_at).starts_with("\r\n") ? 2U : 1U;
         ++m_line;
-        m_records.push_back(std::move(m_record));
+        m_problem = m_take(std::move(m_record));
         m_record = {};
     }
 
     std::string_view m_text;
     SeparatedForm m_form;
+    const TakeRecord& m_take;
+    std::string m_problem;
     const std::string m_ends;
     std::size_t m_at = 0;
     std::size_t m_line = 1;
     SeparatedRecord m_record;
-    std::vector<SeparatedRecord> m_records;
 };
 
 /// Windows-1252, whose bytes 80 to 9F stand for these; those without a meaning are control characters.
@@ -147,7 +147,18 @@ std::string SeparatedValue(std::string_view text, char separator)
 
 Expected<std::vector<SeparatedRecord>> ParseSeparated(std::string_view utf8, SeparatedForm form)
 {
-    return CSeparatedParser(utf8, form).Parse();
+    std::vector<SeparatedRecord> records;
+    std::string problem = ForEachSeparated(utf8, form, [&](SeparatedRecord record) {
+        records.push_back(std::move(record));
+        return std::string();
+    });
+    if (!problem.empty()) return Failure(std::move(problem));
+    return records;
+}
+
+std::string ForEachSeparated(std::string_view utf8, SeparatedForm form, const TakeRecord& take)
+{
+    return CSeparatedParser(utf8, form, take).Parse();
 }
 
 DecodedText DecodeText(std::string bytes, CharacterSet asked)

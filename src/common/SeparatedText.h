@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,11 @@ struct SeparatedRecord {
 /// The records of a text, whose lines end with LF, CR or both; an empty line is a record with an empty value. Takes
 /// time in proportion to the text. Fails with a sentence that tells the line when a quote is never closed.
 [[nodiscard]] Expected<std::vector<SeparatedRecord>> ParseSeparated(std::string_view utf8, SeparatedForm form = {});
+
+/// The same, record by record. A sentence from `take` ends it and is the answer; else the answer is why the text
+/// cannot be read, or empty.
+using TakeRecord = std::function<std::string(SeparatedRecord record)>;
+[[nodiscard]] std::string ForEachSeparated(std::string_view utf8, SeparatedForm form, const TakeRecord& take);
 
 /// What the bytes of a text file are.
 enum class CharacterSet {

@@ -108,7 +108,7 @@ ExecutionResult RunWork(const ExecutorSettings& settings, CWork& work, CProgress
     auto extensions = InputExtensions(settings, work, log);
     Source collected = std::unique_ptr<CInputSource>();
     if (callbacks.inputs) {
-        (void)work.InputPlaces(settings, {}, Asking::Unwanted, log);  // logged only
+        (void)work.InputPlaces(settings, {}, Asking::Unwanted, log, {});  // logged only
     } else {
         collected = CollectedSource(settings, work, std::move(extensions), log);
         if (!collected) return NotStarted(collected.Error());

@@ -119,7 +119,9 @@ void CInputCollector::AddPath(const std::string& path)
 
 void CInputCollector::AddFile(const std::string& path)
 {
-    if (m_paths.AddPath(path)) m_namedFiles.push_back(path);
+    if (!m_paths.AddPath(path)) return;
+    m_named.resize(m_paths.Size());
+    m_named.back() = true;
 }
 
 void CInputCollector::KeepOneNameOfEachFile()
@@ -141,9 +143,14 @@ void CInputCollector::KeepOneNameOfEachFile()
     }
     if (std::ranges::find(stays, false) == stays.end()) return;
     CPathStore rest;
-    for (std::size_t index = 0; index < m_paths.Size(); ++index)
-        if (stays[index]) rest.AddPath(m_paths.Path(index));
+    std::vector<bool> named;
+    for (std::size_t index = 0; index < m_paths.Size(); ++index) {
+        if (!stays[index]) continue;
+        rest.AddPath(m_paths.Path(index));
+        named.push_back(IsNamedFile(index));
+    }
     m_paths = std::move(rest);
+    m_named = std::move(named);
 }
 
 void CInputCollector::ReadFolder(const std::string& path, Walk& walk)
@@ -193,14 +200,13 @@ std::vector<std::string> WrittenFolders(const ExecutorSettings& settings, const 
 }  // namespace
 
 Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, const CWork& work,
-                                            std::vector<std::string> extensions, CLogWriter& log)
+                                            const std::vector<std::string>& extensions, CLogWriter& log)
 {
-    const auto places = work.InputPlaces(settings, extensions, Asking::Allowed, log);
-    if (!places) return Failure(places.Error());
-    CInputCollector collector({.extensions = std::move(extensions),
-                               .subfolders = !settings.noSubfolders,
-                               .leftOut = WrittenFolders(settings, work)});
-    for (const std::string& place : *places) collector.AddPath(place);
+    CInputCollector collector(
+        {.extensions = extensions, .subfolders = !settings.noSubfolders, .leftOut = WrittenFolders(settings, work)});
+    std::string problem = work.InputPlaces(settings, extensions, Asking::Allowed, log,
+                                           [&](const std::string& place) { collector.AddPath(place); });
+    if (!problem.empty()) return Failure(std::move(problem));
     if (work.TakesEachFileOnce()) collector.KeepOneNameOfEachFile();
     for (const UnreadableFolder& folder : collector.Unreadable())
         log.NameValue("Folder cannot be read", folder.path + " (" + platform::ErrorText(folder.errorNumber) + ")", 1);

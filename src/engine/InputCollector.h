@@ -97,8 +97,8 @@ public:
     const CPathStore& Paths() const { return m_paths; }
     /// The names of their own (hard links) among those that did not stay.
     const std::vector<std::string>& OtherNames() const { return m_otherNames; }
-    /// The paths given to `AddPath` that were taken as files.
-    const std::vector<std::string>& NamedFiles() const { return m_namedFiles; }
+    /// Whether the path was given to `AddPath` and taken as a file.
+    bool IsNamedFile(std::size_t index) const { return index < m_named.size() && m_named[index]; }
     const std::vector<UnreadableFolder>& Unreadable() const { return m_unreadable; }
     /// The folders that were not entered because they are left out, each once.
     const std::vector<std::string>& LeftOut() const { return m_leftOut; }
@@ -116,7 +116,7 @@ private:
     CollectorOptions m_options;
     std::unordered_set<std::string> m_leftOutPlaces;  // where they really are
     CPathStore m_paths;
-    std::vector<std::string> m_namedFiles;
+    std::vector<bool> m_named;  // by index of m_paths; may be shorter
     std::vector<std::string> m_otherNames;
     std::vector<UnreadableFolder> m_unreadable;
     std::vector<std::string> m_leftOut;
@@ -150,7 +150,8 @@ class CLogWriter;
 /// none. Fails, logged, when there is no place to look at. Folders that are written to are left out, logged, of the
 /// folders around them. `extensions`: the accepted ones. Throws CHostException.
 [[nodiscard]] Expected<CInputCollector> CollectInputFiles(const ExecutorSettings& settings, const CWork& work,
-                                                          std::vector<std::string> extensions, CLogWriter& log);
+                                                          const std::vector<std::string>& extensions,
+                                                          CLogWriter& log);
 
 /// The accepted extensions, without dots: those that the settings allow, or else those of the work. Throws
 /// CHostException.

@@ -81,14 +81,16 @@ std::string CSearchWork::Load(CLogWriter& log)
     return problem;
 }
 
-Expected<std::vector<std::string>> CSearchWork::InputPlaces(const ExecutorSettings& settings,
-                                                            const std::vector<std::string>&, Asking,
-                                                            CLogWriter& log) const
+std::string CSearchWork::InputPlaces(const ExecutorSettings& settings, const std::vector<std::string>&, Asking,
+                                     CLogWriter& log, const TakePlace& take) const
 {
-    std::vector<std::string> places = ChosenPlaces(settings);
-    if (places.empty()) return Failure("No files or folders are named to search in.");
-    for (const std::string& place : places) log.NameValue("Source file path", place, 1);
-    return places;
+    const std::vector<std::string> places = ChosenPlaces(settings);
+    if (places.empty()) return "No files or folders are named to search in.";
+    for (const std::string& place : places) {
+        log.NameValue("Source file path", place, 1);
+        if (take) take(place);
+    }
+    return {};
 }
 
 /// The names that copies of a file may get.

@@ -19,9 +19,9 @@ public:
     [[nodiscard]] std::string Load(CLogWriter& log) override;
     [[nodiscard]] std::string Refusal(CLogWriter&) override { return {}; }
     [[nodiscard]] std::vector<std::string> Extensions(CLogWriter&) const override { return {"pdf"}; }
-    [[nodiscard]] Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
-                                                                 const std::vector<std::string>& extensions,
-                                                                 Asking asking, CLogWriter& log) const override;
+    [[nodiscard]] std::string InputPlaces(const ExecutorSettings& settings,
+                                          const std::vector<std::string>& extensions, Asking asking, CLogWriter& log,
+                                          const TakePlace& take) const override;
     [[nodiscard]] std::vector<std::string> OwnOutputFolders() const override;
     [[nodiscard]] WorkFacts Facts(const PlanRequest& request) const override;
     void Begin(const WorkServices& services) override;

@@ -179,11 +179,13 @@ std::vector<std::string> CSequenceWork::Extensions(CLogWriter& log) const
     return AcceptedExtensions(m_sequence->Input(), log);
 }
 
-Expected<std::vector<std::string>> CSequenceWork::InputPlaces(const ExecutorSettings& settings,
-                                                              const std::vector<std::string>& extensions,
-                                                              Asking asking, CLogWriter& log) const
+std::string CSequenceWork::InputPlaces(const ExecutorSettings& settings, const std::vector<std::string>& extensions,
+                                       Asking asking, CLogWriter& log, const TakePlace& take) const
 {
-    return SequencePlaces(settings, m_sequence->Input(), extensions, asking, log);
+    const Paths places = SequencePlaces(settings, m_sequence->Input(), extensions, asking, log);
+    if (!places) return places.Error();
+    if (take) std::ranges::for_each(*places, take);
+    return {};
 }
 
 std::vector<std::string> CSequenceWork::FurtherInputPlaces() const

@@ -20,9 +20,9 @@ public:
     [[nodiscard]] std::string Load(CLogWriter& log) override;
     [[nodiscard]] std::string Refusal(CLogWriter& log) override;
     [[nodiscard]] std::vector<std::string> Extensions(CLogWriter& log) const override;
-    [[nodiscard]] Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
-                                                                 const std::vector<std::string>& extensions,
-                                                                 Asking asking, CLogWriter& log) const override;
+    [[nodiscard]] std::string InputPlaces(const ExecutorSettings& settings,
+                                          const std::vector<std::string>& extensions, Asking asking, CLogWriter& log,
+                                          const TakePlace& take) const override;
     /// Those of a sequence that says it takes a folder but lists places as for files, as the XML form does with the
     /// folders it names.
     [[nodiscard]] std::vector<std::string> FurtherInputPlaces() const override;

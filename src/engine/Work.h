@@ -124,10 +124,12 @@ public:
     /// The accepted extensions, without dots, for settings that name none.
     [[nodiscard]] virtual std::vector<std::string> Extensions(CLogWriter& log) const = 0;
     /// Files and folders to take inputs from, logged: those of the settings, or else its own; none when it would have
-    /// to ask and may not. Fails, logged, when there are none.
-    [[nodiscard]] virtual Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
-                                                                         const std::vector<std::string>& extensions,
-                                                                         Asking asking, CLogWriter& log) const = 0;
+    /// to ask and may not. They are handed to `take`, unless that is empty: there may be a million. Answers why there
+    /// are none, logged; else empty.
+    using TakePlace = std::function<void(const std::string& path)>;
+    [[nodiscard]] virtual std::string InputPlaces(const ExecutorSettings& settings,
+                                                  const std::vector<std::string>& extensions, Asking asking,
+                                                  CLogWriter& log, const TakePlace& take) const = 0;
     /// Places of its own that a planned run takes although a run from the environment does not find them.
     [[nodiscard]] virtual std::vector<std::string> FurtherInputPlaces() const { return {}; }
     /// Whether a file is one input only, by whichever of its names it is found.

@@ -113,9 +113,10 @@ namespace {
 /// A folder that could not be asked for its kind was taken as a file: its one line would stand for all of its files.
 std::string FolderTakenForFile(const CInputCollector& inputs)
 {
-    for (const std::string& path : inputs.NamedFiles())
-        if (platform::FolderExists(path))
-            return "The folder " + path + " could not be read when the run was planned. Start the run again.";
+    for (std::size_t index = 0; index < inputs.Paths().Size(); ++index)
+        if (inputs.IsNamedFile(index) && platform::FolderExists(inputs.Paths().Path(index)))
+            return "The folder " + inputs.Paths().Path(index) +
+                   " could not be read when the run was planned. Start the run again.";
     return {};
 }
 

@@ -12,9 +12,9 @@ class CChosenFilesWork : public CWork {
 public:
     [[nodiscard]] std::string Refusal(CLogWriter&) override { return {}; }
     [[nodiscard]] std::vector<std::string> Extensions(CLogWriter&) const override { return {"pdf"}; }
-    [[nodiscard]] Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
-                                                                 const std::vector<std::string>& extensions,
-                                                                 Asking asking, CLogWriter& log) const override;
+    [[nodiscard]] std::string InputPlaces(const ExecutorSettings& settings,
+                                          const std::vector<std::string>& extensions, Asking asking, CLogWriter& log,
+                                          const TakePlace& take) const override;
     [[nodiscard]] bool TakesEachFileOnce() const override { return true; }
     void Begin(const WorkServices& services) override { m_run.emplace(services); }
 

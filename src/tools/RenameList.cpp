@@ -1,5 +1,8 @@
 #include "tools/RenameList.h"
 
+#include <algorithm>
+#include <cstring>
+#include <functional>
 #include <utility>
 
 #include "base/Names.h"
@@ -16,7 +19,7 @@ constexpr char kPathSeparators[] = "/\\";
 constexpr char kPathSeparators[] = "/";
 #endif
 
-bool IsSeparator(char letter) { return std::string_view(kPathSeparators).find(letter) != std::string_view::npos; }
+bool IsSeparator(char letter) { return letter != '\0' && std::strchr(kPathSeparators, letter); }
 
 /// Several separators in a row are one, but for two at the beginning: network paths and "\\?\" have these.
 std::string WithSingleSeparators(const std::string& path)
@@ -56,13 +59,12 @@ std::string NameProblem(const std::string& name)
     return {};
 }
 
-PlannedRename RenameOf(const RenameLine& line, const std::string& base, const std::string& folder)
+/// `isPath`: the new name says where the file goes.
+PlannedRename RenameOf(std::string from, const std::string& name, bool isPath, const std::string& folder)
 {
-    PlannedRename file{.from = NarrowPath(line.path)};
-    if (!IsAbsolute(file.from)) file.from = WithTrailingSeparator(base) + file.from;
-    const std::string name = NarrowPath(line.newName);
+    PlannedRename file{.from = std::move(from)};
     if (name.empty()) return file;
-    if (IsAbsolute(name)) {
+    if (isPath) {
         file.to = name;
     } else if (name.find_first_of(kFolderEnds) != std::string::npos) {
         file.problem = "The new name " + name + " holds a folder; give the whole path, or a name alone.";
@@ -76,76 +78,142 @@ PlannedRename RenameOf(const RenameLine& line, const std::string& base, const st
     return file;
 }
 
-enum State { kNew, kFollowed, kOrdered };
+/// Whether the file is to get another name, or its own again.
+bool GetsName(const PlannedRename& file) { return !file.to.empty() && file.problem.empty(); }
+
+std::size_t HashOfKey(const std::string& key) { return std::hash<std::string>{}(key); }
+
+enum State : char { kNew, kFollowed, kOrdered };
 
 }  // namespace
 
-Expected<CRenameList> CRenameList::From(const std::vector<RenameLine>& lines, const std::string& base,
-                                        const std::string& folder)
+Expected<CRenameList> CRenameList::From(std::string_view utf8, const std::string& base)
 {
     CRenameList list;
-    if (std::string problem = list.Add(lines, base, folder); !problem.empty()) return Failure(std::move(problem));
+    list.m_texts.reserve(utf8.size());
+    std::string problem = ForEachRename(utf8, [&](const RenameLine& line) { list.Add(line, base); });
+    std::ranges::sort(list.m_byPath);
+    if (problem.empty()) problem = list.ListedTwice();
+    if (!problem.empty()) return Failure(std::move(problem));
     list.Sort();
     return list;
 }
 
-const PlannedRename* CRenameList::Find(const std::string& path) const
+void CRenameList::GoInto(const std::string& folder)
 {
-    const auto place = m_places.find(PathKey(path));
-    return place == m_places.end() ? nullptr : &m_files[place->second];
+    if (folder == m_folder) return;
+    m_folder = folder;
+    Sort();
 }
 
-std::string CRenameList::Add(const std::vector<RenameLine>& lines, const std::string& base, const std::string& folder)
+std::optional<PlannedRename> CRenameList::Find(const std::string& path) const
 {
-    std::unordered_map<std::string, std::string> taken;
-    for (const RenameLine& line : lines) {
-        PlannedRename file = RenameOf(line, base, folder);
-        const auto [place, isNew] = m_places.emplace(PathKey(file.from), m_files.size());
-        if (!isNew)
-            return "Line " + std::to_string(line.line) + ": " + file.from +
-                   " is listed a second time; a file can have one new name only.";
-        if (!file.to.empty() && file.problem.empty()) {
-            const auto [same, isFirst] = taken.emplace(NameKey(file.to), file.to);
-            if (!isFirst) file.sameName = same->second;
-        }
-        m_depends = m_depends || !file.sameName.empty();
-        m_files.push_back(std::move(file));
+    const auto line = LineOf(path);
+    return line ? std::optional(Rename(*line)) : std::nullopt;
+}
+
+void CRenameList::Add(const RenameLine& line, const std::string& base)
+{
+    const auto number = static_cast<LineNumber>(m_lines.size());
+    std::string path = NarrowPath(line.path);
+    if (!IsAbsolute(path)) path.insert(0, WithTrailingSeparator(base));
+    const std::string name = NarrowPath(line.newName);
+    m_lines.push_back({.text = m_texts.size(),
+                       .pathLength = static_cast<std::uint32_t>(path.size()),
+                       .nameLength = static_cast<std::uint32_t>(name.size()),
+                       .line = static_cast<std::uint32_t>(line.line),
+                       .isPath = IsAbsolute(name)});
+    m_texts.append(path).append(name);
+    m_byPath.emplace_back(HashOfKey(PathKey(path)), number);
+}
+
+/// A sentence about the first one; empty when none is.
+std::string CRenameList::ListedTwice() const
+{
+    std::optional<LineNumber> first;
+    for (std::size_t at = 1; at < m_byPath.size(); ++at) {
+        const auto& [hash, line] = m_byPath[at];
+        if (hash != m_byPath[at - 1].first) continue;
+        if (LineOf(PathOf(line)) != line && (!first || line < *first)) first = line;
     }
-    return {};
+    if (!first) return {};
+    return "Line " + std::to_string(m_lines[*first].line) + ": " + PathOf(*first) +
+           " is listed a second time; a file can have one new name only.";
+}
+
+std::string CRenameList::PathOf(LineNumber line) const
+{
+    return m_texts.substr(m_lines[line].text, m_lines[line].pathLength);
+}
+
+PlannedRename CRenameList::Rename(LineNumber line) const
+{
+    const Line& texts = m_lines[line];
+    const std::string name = m_texts.substr(texts.text + texts.pathLength, texts.nameLength);
+    PlannedRename file = RenameOf(PathOf(line), name, texts.isPath, m_folder);
+    if (const auto waits = m_waits.find(line); waits != m_waits.end()) file.waits = PathOf(waits->second);
+    if (const auto same = m_sameNames.find(line); same != m_sameNames.end()) file.sameName = Rename(same->second).to;
+    return file;
+}
+
+/// The first one of that path.
+std::optional<CRenameList::LineNumber> CRenameList::LineOf(const std::string& path) const
+{
+    const std::string key = PathKey(path);
+    const std::size_t hash = HashOfKey(key);
+    for (auto at = std::ranges::lower_bound(m_byPath, std::pair<std::size_t, LineNumber>{hash, 0});
+         at != m_byPath.end() && at->first == hash; ++at)
+        if (PathKey(PathOf(at->second)) == key) return at->second;
+    return std::nullopt;
+}
+
+void CRenameList::FindSameNames()
+{
+    m_sameNames.clear();
+    Hashes byName;
+    for (LineNumber line = 0; line < m_lines.size(); ++line)
+        if (const PlannedRename file = Rename(line); GetsName(file))
+            byName.emplace_back(HashOfKey(NameKey(file.to)), line);
+    std::ranges::sort(byName);
+    for (std::size_t at = 1, begin = 0; at < byName.size(); ++at) {
+        if (byName[at].first != byName[begin].first) begin = at;
+        const std::string key = at > begin ? NameKey(Rename(byName[at].second).to) : std::string();
+        for (std::size_t earlier = begin; earlier < at; ++earlier) {
+            if (NameKey(Rename(byName[earlier].second).to) != key) continue;
+            m_sameNames[byName[at].second] = byName[earlier].second;
+            break;
+        }
+    }
 }
 
 void CRenameList::Sort()
 {
-    std::vector<int> states(m_files.size(), kNew);
-    std::vector<std::size_t> order;
-    order.reserve(m_files.size());
-    for (std::size_t start = 0; start < m_files.size(); ++start) Follow(start, states, order);
-    std::vector<PlannedRename> sorted;
-    sorted.reserve(m_files.size());
-    for (const std::size_t place : order) {
-        m_places[PathKey(m_files[place].from)] = sorted.size();
-        sorted.push_back(std::move(m_files[place]));
-    }
-    m_files = std::move(sorted);
+    m_waits.clear();
+    FindSameNames();
+    m_depends = !m_sameNames.empty();
+    m_order.clear();
+    m_order.reserve(m_lines.size());
+    std::vector<char> states(m_lines.size(), kNew);
+    for (LineNumber start = 0; start < m_lines.size(); ++start) Follow(start, states);
 }
 
 /// From a file to the one that has its new name, and on; the last of these comes first. Where the way comes back to
 /// itself, the last one makes the first one wait.
-void CRenameList::Follow(std::size_t start, std::vector<int>& states, std::vector<std::size_t>& order)
+void CRenameList::Follow(LineNumber start, std::vector<char>& states)
 {
-    std::vector<std::size_t> way;
-    for (std::size_t file = start; states[file] == kNew;) {
-        states[file] = kFollowed;
-        way.push_back(file);
-        if (m_files[file].to.empty() || !m_files[file].problem.empty()) break;
-        const auto next = m_places.find(PathKey(m_files[file].to));
-        if (next == m_places.end() || next->second == file) break;
+    std::vector<LineNumber> way;
+    for (LineNumber line = start; states[line] == kNew;) {
+        states[line] = kFollowed;
+        way.push_back(line);
+        const PlannedRename file = Rename(line);
+        const auto next = GetsName(file) ? LineOf(file.to) : std::nullopt;
+        if (!next || *next == line) break;
         m_depends = true;
-        if (states[next->second] == kFollowed) m_files[file].waits = m_files[next->second].from;
-        file = next->second;
+        if (states[*next] == kFollowed) m_waits[line] = *next;
+        line = *next;
     }
     for (; !way.empty(); way.pop_back()) {
         states[way.back()] = kOrdered;
-        order.push_back(way.back());
+        m_order.push_back(way.back());
     }
 }

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "base/Expected.h"
@@ -21,29 +24,52 @@ struct PlannedRename {
     std::string sameName = {};
 };
 
+/// Holds little more than the texts of the list, which may be that of a million files.
 class CRenameList {
 public:
-    /// Names without folder go into `folder`, or stay in the folder of their file when that is empty. Relative paths
-    /// of inputs count from `base`. Fails with a sentence when a file is listed twice.
-    [[nodiscard]] static Expected<CRenameList> From(const std::vector<RenameLine>& lines, const std::string& base,
-                                                    const std::string& folder);
+    /// `utf8`: as ForEachRename takes it. Relative paths of inputs count from `base`. Fails with a sentence, also
+    /// when a file is listed twice.
+    [[nodiscard]] static Expected<CRenameList> From(std::string_view utf8, const std::string& base);
 
+    /// From now on names without folder go into `folder`, or stay in the folder of their file when that is empty, as
+    /// at the beginning.
+    void GoInto(const std::string& folder);
+
+    std::size_t Size() const { return m_lines.size(); }
     /// In the order of the list, but whoever has the new name of another file comes before that file.
-    const std::vector<PlannedRename>& InOrder() const { return m_files; }
-    /// Null for a file that is not listed.
-    const PlannedRename* Find(const std::string& path) const;
+    PlannedRename InOrder(std::size_t place) const { return Rename(m_order[place]); }
+    /// Nothing for a file that is not listed.
+    std::optional<PlannedRename> Find(const std::string& path) const;
     /// Whether it is one of the files to rename.
-    bool IsInput(const std::string& path) const { return Find(path) != nullptr; }
+    bool IsInput(const std::string& path) const { return LineOf(path).has_value(); }
     /// Whether the order of the files matters.
     bool Depends() const { return m_depends; }
 
 private:
-    [[nodiscard]] std::string Add(const std::vector<RenameLine>& lines, const std::string& base,
-                                  const std::string& folder);
-    void Sort();
-    void Follow(std::size_t start, std::vector<int>& states, std::vector<std::size_t>& order);
+    using LineNumber = std::uint32_t;
+    struct Line {
+        std::size_t text;  // where the path begins, in the form that the system takes; the new name follows it
+        std::uint32_t pathLength, nameLength;
+        std::uint32_t line;  // of the list
+        bool isPath;         // the new name is one, and not a name alone
+    };
+    /// Finds lines by a text of theirs; lines of one hash stand in order.
+    using Hashes = std::vector<std::pair<std::size_t, LineNumber>>;
 
-    std::vector<PlannedRename> m_files;
-    std::unordered_map<std::string, std::size_t> m_places;  // by path
+    void Add(const RenameLine& line, const std::string& base);
+    std::string ListedTwice() const;
+    PlannedRename Rename(LineNumber line) const;
+    std::string PathOf(LineNumber line) const;
+    std::optional<LineNumber> LineOf(const std::string& path) const;
+    void FindSameNames();
+    void Sort();
+    void Follow(LineNumber start, std::vector<char>& states);
+
+    std::string m_folder;
+    std::string m_texts;
+    std::vector<Line> m_lines;
+    Hashes m_byPath;
+    std::vector<LineNumber> m_order;
+    std::unordered_map<LineNumber, LineNumber> m_waits, m_sameNames;  // see PlannedRename
     bool m_depends = false;
 };

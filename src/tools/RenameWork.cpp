@@ -45,13 +45,12 @@ std::string CRenameWork::Load(CLogWriter& log)
     std::string problem;
     if (const auto text = ReadDecodedText(m_listPath); !text) {
         problem = "it cannot be read (" + text.Error() + ").";
-    } else if (auto lines = ParseRenamePlan(text->utf8); !lines) {
-        problem = lines.Error();
+    } else if (auto list = CRenameList::From(text->utf8, FolderOf(m_listPath)); !list) {
+        problem = list.Error();
     } else {
-        m_lines = std::move(*lines);
+        m_list.emplace(std::move(*list));
         log.NameValue("Character set of the list of new names", text->set, 1);
-        if (m_lines.empty()) problem = "it lists no file.";
-        if (const auto list = ListFor({}); problem.empty() && !list) problem = list.Error();
+        if (m_list->Size() == 0) problem = "it lists no file.";
     }
     if (problem.empty()) return LoadScript();
     problem = "The " + std::string(kRenameList) + ' ' + m_listPath + " cannot be used: " + problem;
@@ -69,27 +68,26 @@ std::string CRenameWork::LoadScript()
     return {};
 }
 
-Expected<CRenameList> CRenameWork::ListFor(const std::string& folder) const
+const CRenameList& CRenameWork::ListFor(const std::string& folder) const
 {
-    return CRenameList::From(m_lines, FolderOf(m_listPath), folder);
+    m_list->GoInto(folder);
+    return *m_list;
 }
 
-Expected<std::vector<std::string>> CRenameWork::InputPlaces(const ExecutorSettings& settings,
-                                                            const std::vector<std::string>&, Asking,
-                                                            CLogWriter& log) const
+std::string CRenameWork::InputPlaces(const ExecutorSettings& settings, const std::vector<std::string>&, Asking,
+                                     CLogWriter& log, const TakePlace& take) const
 {
-    const auto list = ListFor(settings.alternativeOutputPath);
-    if (!list) return Failure(list.Error());
-    std::vector<std::string> places;
-    for (const PlannedRename& file : list->InOrder()) places.push_back(file.from);
-    log.NameNumber("Number of listed files", static_cast<long long>(places.size()), 1);
-    return places;
+    const CRenameList& list = ListFor(settings.alternativeOutputPath);
+    for (std::size_t place = 0; take && place < list.Size(); ++place) take(list.InOrder(place).from);
+    log.NameNumber("Number of listed files", static_cast<long long>(list.Size()), 1);
+    return {};
 }
 
 /// What must not be there when a new run begins.
 std::string CRenameWork::PlanProblem(const CRenameList& list) const
 {
-    for (const PlannedRename& file : list.InOrder()) {
+    for (std::size_t at = 0; at < list.Size(); ++at) {
+        const PlannedRename file = list.InOrder(at);
         if (platform::FolderExists(file.from))
             return file.from + " is a folder; only files can be renamed. Take it out of the list.";
         const std::string place = WaitingPlaceOf(file.waits);
@@ -107,17 +105,15 @@ WorkFacts CRenameWork::Facts(const PlanRequest& request) const
                     .movesInputs = true,
                     .startsPrograms = !m_scriptText.empty(),
                     .resultsPerFile = 1};
-    const auto list = ListFor(request.settings.alternativeOutputPath);
-    if (!list) {
-        facts.objection = list.Error();
-        return facts;
-    }
-    facts.objection = PlanProblem(*list);
-    if (list->Depends())
+    const CRenameList& list = ListFor(request.settings.alternativeOutputPath);
+    facts.objection = PlanProblem(list);
+    if (list.Depends())
         facts.oneWorkerReason = "New names depend on each other, so that one process gives them in order.";
     std::set<std::string> folders;
-    for (const PlannedRename& file : list->InOrder())
+    for (std::size_t at = 0; at < list.Size(); ++at) {
+        const PlannedRename file = list.InOrder(at);
         if (!file.to.empty() && FolderOf(file.to) != FolderOf(file.from)) folders.insert(FolderOf(file.to));
+    }
     facts.writesAnywhere = folders.size() > kMostFolders;
     if (!facts.writesAnywhere)
         for (const std::string& folder : folders) facts.results.push_back({.folder = folder});
@@ -130,7 +126,7 @@ void CRenameWork::Begin(const WorkServices& services)
     // Private to the run: each worker has such a folder of its own.
     const std::string settings = MakeProductPaths(platform::ApplicationDataFolder()).settingsFolder;
     if (!m_scriptText.empty()) m_script.emplace(m_scriptText, settings + "Scripts", m_order.scriptSeconds);
-    if (auto list = ListFor(services.settings.alternativeOutputPath)) m_list.emplace(std::move(*list));
+    m_list->GoInto(services.settings.alternativeOutputPath);
 }
 
 ProcessedFile CRenameWork::Process(const std::string& path, int number)
@@ -139,7 +135,7 @@ ProcessedFile CRenameWork::Process(const std::string& path, int number)
     m_run->progress.SetCurrentValue(number);
     ProcessedFile file{.path = path};
     m_lastTarget.clear();
-    const PlannedRename* const rename = m_list ? m_list->Find(path) : nullptr;
+    const std::optional<PlannedRename> rename = m_list->Find(path);
     if (!rename) {
         file.outcome = FileOutcome::Failed;
         file.message = "It is not in the list of new names.";
@@ -236,7 +232,7 @@ FileResult CRenameWork::Move(const std::string& from, const PlannedRename& renam
 
 bool CRenameWork::IsStillToLeave(const std::string& path) const
 {
-    const PlannedRename* const other = m_list->Find(path);
+    const std::optional<PlannedRename> other = m_list->Find(path);
     if (!other || other->to.empty() || !other->problem.empty() || other->to == other->from) return false;
     return platform::NameExists(path) && !m_left.contains(other->from);
 }

@@ -17,7 +17,7 @@
 /// says so. Whatever fails leaves the file where it is.
 class CRenameWork final : public CWork {
 public:
-    /// `listPath`: a list as ParseRenamePlan takes it. `settingsFile`: settings of which only the script counts, if
+    /// `listPath`: a list as ForEachRename takes it. `settingsFile`: settings of which only the script counts, if
     /// they want it run; may be empty.
     CRenameWork(RenameOrder order, std::string listPath, std::string settingsFile = {})
         : m_order(order), m_listPath(std::move(listPath)), m_settingsFile(std::move(settingsFile))
@@ -27,9 +27,9 @@ public:
     [[nodiscard]] std::string Load(CLogWriter& log) override;
     [[nodiscard]] std::string Refusal(CLogWriter&) override { return {}; }
     [[nodiscard]] std::vector<std::string> Extensions(CLogWriter&) const override { return {"*"}; }
-    [[nodiscard]] Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings,
-                                                                 const std::vector<std::string>& extensions,
-                                                                 Asking asking, CLogWriter& log) const override;
+    [[nodiscard]] std::string InputPlaces(const ExecutorSettings& settings,
+                                          const std::vector<std::string>& extensions, Asking asking, CLogWriter& log,
+                                          const TakePlace& take) const override;
     [[nodiscard]] WorkFacts Facts(const PlanRequest& request) const override;
     void Begin(const WorkServices& services) override;
     [[nodiscard]] ProcessedFile Process(const std::string& path, int number) override;
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] const std::string& LastTarget() const { return m_lastTarget; }
 
 private:
-    [[nodiscard]] Expected<CRenameList> ListFor(const std::string& folder) const;
+    [[nodiscard]] const CRenameList& ListFor(const std::string& folder) const;
     [[nodiscard]] std::string PlanProblem(const CRenameList& list) const;
     [[nodiscard]] std::string LoadScript();
     void RunScript(const std::string& target, ProcessedFile& file) const;
@@ -55,9 +55,8 @@ private:
     std::string m_listPath, m_settingsFile;
     std::string m_scriptText;  // empty: none is run
     std::optional<CRenameScript> m_script;
-    std::vector<RenameLine> m_lines;
-    std::optional<CRenameList> m_list;       // once the output folder is known
-    std::unordered_set<std::string> m_left;  // inputs that no longer have their names
+    mutable std::optional<CRenameList> m_list;  // in the order for one output folder
+    std::unordered_set<std::string> m_left;     // inputs that no longer have their names
     std::string m_lastTarget;
     std::optional<WorkServices> m_run;
 };

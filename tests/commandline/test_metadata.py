@@ -159,7 +159,7 @@ class Metadata(unittest.TestCase):
         words = ["metadata", "set", self.place.input, "--title", "New", "--in-place"]
         told = self.place.expect(3, *words).errors
         for name in names:
-            self.assertRegex(told, f"{name}: failed:.*--break-signatures changes it")
+            self.assertRegex(told, f"{name}: failed:.*--break-signatures of the command line changes it")
             self.assertEqual(sha256(self.place.input / name), sha256(CORPUS / "signed" / name))
         (self.place.input / names[1]).unlink()  # needs a password besides
         self.place.expect(0, *words, "--break-signatures")
@@ -176,7 +176,7 @@ class Metadata(unittest.TestCase):
             (self.place.input / name).write_bytes(data + newer)
         before = sha256(self.place.input / "signed.pdf")
         words = ["metadata", "set", self.place.input, "--title", "New", "--in-place", "--record", self.place.root / "record"]
-        self.assertRegex(self.place.expect(3, *words).errors, "signed.pdf: failed:.*--break-signatures changes it")
+        self.assertRegex(self.place.expect(3, *words).errors, "signed.pdf: failed:.*--break-signatures of the command line changes it")
         self.assertEqual(sha256(self.place.input / "signed.pdf"), before)
         self.assertIn("anew, because its information is also its catalogue", (self.place.root / "record").read_text())
         self.place.expect(0, *words[:-1], self.place.root / "second", "--break-signatures")
@@ -213,7 +213,7 @@ class Metadata(unittest.TestCase):
             shutil.copyfile(CORPUS / "signed" / "two_signatures.pdf", other)
             before = sha256(other)
             words = ["metadata", "set", other, "--title", "Third", "--in-place", "--rewrite"]
-            self.assertIn("--break-signatures changes it", self.place.expect(3, *words).errors)
+            self.assertIn("--break-signatures of the command line changes it", self.place.expect(3, *words).errors)
             self.assertEqual(sha256(other), before)
             self.place.expect(0, *words, "--break-signatures")
 

@@ -319,9 +319,10 @@ void CRunLoop::Send(CWorker& worker, const Json& answer) { (void)worker.child.Se
 /// Answers those who wait for an input, as far as there is an answer.
 void CRunLoop::HandOut()
 {
+    const int most = m_parts.facts.rules.movesInputs ? kFilesPerNamingWorker : kFilesPerWorker;
     for (const auto& worker : m_workers) {
         if (!worker->waiting || worker->gone || !worker->killedFor.empty()) continue;
-        if (Ending() || worker->files >= kFilesPerWorker) {
+        if (Ending() || worker->files >= most) {
             Dismiss(*worker);
         } else if (!HandTo(*worker) && (m_parts.queue.Empty() || !m_parts.queue.Problem().empty())) {
             Dismiss(*worker);

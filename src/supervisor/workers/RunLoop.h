@@ -20,6 +20,8 @@ class CRunLoop {
 public:
     /// A worker is replaced after so many files, which bounds its log and what it leaks.
     static constexpr int kFilesPerWorker = 5000;
+    /// One that gives files other names opens none of them, and reads the list of all names when it starts.
+    static constexpr int kFilesPerNamingWorker = 200'000;
 
     /// Everything is borrowed.
     struct Parts {

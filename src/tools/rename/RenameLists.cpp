@@ -64,9 +64,8 @@ void CRenameLists::ReadWayBack()
     const auto text = ReadDecodedText(WayBackPath(), CharacterSet::Utf8);
     if (!text) return;
     const std::string_view whole = WholeLines(text->utf8);
-    const auto lines = ParseRenamePlan(whole);
-    if (lines)
-        for (const RenameLine& line : *lines) Remember(PathFromList(line.newName), PathFromList(line.path));
+    (void)ForEachRename(
+        whole, [&](const RenameLine& line) { Remember(PathFromList(line.newName), PathFromList(line.path)); });
     if (m_wayBack.Open(WayBackPath()))
         (void)m_wayBack.Truncate(m_targets.empty() ? 0 : kUtf8Mark.size() + whole.size());
 }
@@ -75,13 +74,11 @@ void CRenameLists::ReadList()
 {
     const auto text = ReadDecodedText(m_path, CharacterSet::Utf8);
     if (!text) return;
-    const auto lines = ParseRenamePlan(text->utf8);
-    if (!lines) return;
-    for (const RenameLine& line : *lines) {
+    (void)ForEachRename(text->utf8, [&](const RenameLine& line) {
         const std::string from = PathFromList(line.path), to = PathFromList(line.newName);
         const bool isName = to.find_first_of("/\\") == to.npos;
         if (!to.empty()) m_planned[from] = isName ? FolderOf(from) + to : to;
-    }
+    });
 }
 
 bool CRenameLists::HasLeft(const std::string& from) const

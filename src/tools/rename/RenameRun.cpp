@@ -58,10 +58,8 @@ private:
             if (std::string objection = m_work.Facts({.settings = m_execution, .wanted = {}}).objection;
                 !objection.empty())
                 return objection;
-        auto order = m_work.InputPlaces(m_execution, {}, Asking::Unwanted, m_log);
-        if (!order) return order.Error();
-        m_order = std::move(*order);
-        return {};
+        return m_work.InputPlaces(m_execution, {}, Asking::Unwanted, m_log,
+                                  [&](const std::string& path) { m_order.push_back(path); });
     }
 
     void Rename(CProgressMonitorWrapper& progress)

@@ -16,10 +16,11 @@ public:
     std::string Load(CLogWriter&) override { return {}; }
     std::string Refusal(CLogWriter&) override { return {}; }
     std::vector<std::string> Extensions(CLogWriter&) const override { return {"pdf"}; }
-    Expected<std::vector<std::string>> InputPlaces(const ExecutorSettings& settings, const std::vector<std::string>&,
-                                                   Asking, CLogWriter&) const override
+    std::string InputPlaces(const ExecutorSettings& settings, const std::vector<std::string>&, Asking, CLogWriter&,
+                            const TakePlace& take) const override
     {
-        return std::vector{settings.alternativeInputPath};
+        if (take) take(settings.alternativeInputPath);
+        return {};
     }
     WorkFacts Facts(const PlanRequest&) const override
     {

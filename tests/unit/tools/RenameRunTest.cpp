@@ -89,12 +89,11 @@ CRenameReport Rename(const CTemporaryFolder& own, std::vector<std::string> paths
 void TakeBack(const CTemporaryFolder& own)
 {
     std::vector<std::string> paths, names;
-    const auto lines = ParseRenamePlan(FileBytes(own / "way-back.csv").substr(3));
-    ASSERT_TRUE(lines) << lines.Error();
-    for (const RenameLine& line : *lines) {
+    const std::string problem = ForEachRename(FileBytes(own / "way-back.csv").substr(3), [&](const RenameLine& line) {
         paths.push_back(line.path);
         names.push_back(line.newName);
-    }
+    });
+    ASSERT_EQ(problem, "");
     (void)Rename(own, paths, names, -1);
 }
 

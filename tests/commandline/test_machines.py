@@ -19,6 +19,13 @@ export SLURM_CPUS_PER_TASK=2 SLURM_MEM_PER_NODE=4000
 for task in $(seq "${last:-1}"); do SLURM_ARRAY_TASK_ID=$task sh "$CALLS.spooled" "$@" >&2; done
 echo "17;cluster"
 """
+# Takes what ssh takes, and does it here as the user's shell there would.
+SSH = r"""#!/bin/sh
+while [ "$1" != "${1#-}" ]; do shift; done
+echo "$1" >> "$CALLS"; shift
+[ "$1" != -- ] || shift
+exec sh -c "$*"
+"""
 
 
 class Machines(unittest.TestCase):
@@ -36,10 +43,10 @@ class Machines(unittest.TestCase):
         return self.place.expect(code, "plan", self.sequence, "-i", self.place.input, "-o", self.place.output, "--manifest", self.plan,
                                  "--engine", engine, *more)
 
-    def call(self, engine, more=None):
+    def call(self, engine, more=None, options=()):
         script = f"{self.plan}.{engine}.sh"
         subprocess.run(["sh", "-n", script], check=True)
-        done = subprocess.run(["sh", script], env=self.place.environment(more), cwd=self.place.root, stdin=subprocess.DEVNULL,
+        done = subprocess.run(["sh", script, *options], env=self.place.environment(more), cwd=self.place.root, stdin=subprocess.DEVNULL,
                               capture_output=True, text=True, timeout=300, check=False)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         found = sorted(self.folder.glob("*.record.jsonl"))
@@ -51,10 +58,20 @@ class Machines(unittest.TestCase):
         self.assertFalse((self.place.root / "x").exists())
         return found[0].read_bytes()
 
+    def program(self, name, text):
+        folder = self.place.root / "programs"
+        folder.mkdir()
+        (folder / name).write_text(text)
+        (folder / name).chmod(0o755)
+        return folder
+
     @unittest.skipUnless(shutil.which("parallel"), "parallel is not installed")
     def test_parallel(self):
         self.make_plan(0, "parallel", "--shards", "3")
-        self.call("parallel")
+        programs = self.program("ssh", SSH)
+        calls = self.place.root / "calls"
+        self.call("parallel", {"CALLS": str(calls)}, ["--ssh", str(programs / "ssh"), "--sshlogin", "1/node1,1/node2"])
+        self.assertLessEqual({"node1", "node2"}, set(calls.read_text().split()))
         self.assertEqual(len(list(self.folder.glob("*-of-3.journal"))), 3)
         journal = next(self.folder.glob("*.2-of-3.journal"))
         before = {path.name: path.stat().st_mtime_ns for path in self.place.output.iterdir()}
@@ -64,10 +81,7 @@ class Machines(unittest.TestCase):
 
     def test_slurm(self):
         self.make_plan(0, "slurm", "--shards", "3")
-        programs = self.place.root / "programs"
-        programs.mkdir()
-        (programs / "sbatch").write_text(SBATCH)
-        (programs / "sbatch").chmod(0o755)
+        programs = self.program("sbatch", SBATCH)
         calls = self.place.root / "calls"
         self.call("slurm", {"PATH": f"{programs}:{os.environ['PATH']}", "CALLS": str(calls)})
         told = calls.read_text()

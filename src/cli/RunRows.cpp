@@ -226,12 +226,10 @@ CommandRow PlanRow()
             "merge\". Files whose names would collide always come into the same part.",
         .operands = {{.name = "SEQUENCE", .help = "Sequence file (.sequ)."}},
         .examples = {{"Plan a run for a cluster:", "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl"},
-                     {"Let Slurm do it, with four processors for each part:",
-                      "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl --engine slurm && "
-                      "sh plan.jsonl.slurm.sh --cpus-per-task=4"},
-                     {"Let GNU Parallel do it on two machines, in 16 parts:",
-                      "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl --engine parallel --shards 16 && "
-                      "sh plan.jsonl.parallel.sh --sshlogin node1,node2"}}};
+                     {"Let Slurm do it, by \"sh plan.jsonl.slurm.sh --cpus-per-task=4\":",
+                      "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl --engine slurm"},
+                     {"Let GNU Parallel do it in 16 parts, by \"sh plan.jsonl.parallel.sh --sshlogin node1,node2\":",
+                      "ferrule plan protect.sequ -i in -o out --manifest plan.jsonl --engine parallel --shards 16"}}};
     auto places = PlaceOptions();
     places.push_back(PasswordOption());
     AddSection(row, kInputSection, std::move(places));

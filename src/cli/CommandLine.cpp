@@ -20,6 +20,7 @@
 #include "cli/SearchCommand.h"
 #include "cli/SequenceCommands.h"
 #include "cli/UndoCommand.h"
+#include "cli/WatchCommand.h"
 
 namespace cli {
 
@@ -52,6 +53,7 @@ CommandFunction FunctionOf(const std::string& name)
         {"run", RunCommand},
         {"plan", PlanCommand},
         {"merge", MergeCommand},
+        {"watch", WatchCommand},
         {"undo", UndoCommand},
         {"protect", ProtectCommand},
         {"rename", RenameCommand},

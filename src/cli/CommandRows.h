@@ -1,6 +1,6 @@
 // The rows of the command table, one function for each command; those of run, plan and merge are in RunRows, that of
-// protect in ProtectRows, that of rename in RenameRows, those of search and text in SearchRows, those of index in
-// IndexRows.
+// protect in ProtectRows, that of rename in RenameRows, those of search and text in SearchRows, that of watch in
+// WatchRows, those of index in IndexRows.
 #pragma once
 
 #include "cli/CommandTable.h"
@@ -9,6 +9,7 @@ namespace cli {
 
 CommandRow RunRow();
 CommandRow PlanRow();
+CommandRow WatchRow();
 CommandRow MergeRow();
 CommandRow UndoRow();
 CommandRow ProtectRow();

@@ -262,7 +262,7 @@ RunDescription ReadPlaces(const CArguments& arguments, WorkDescription work, std
     RunDescription request = ReadResultPlaces(arguments, std::move(work), std::move(inputs));
     request.noSubfolders = arguments.Has("--no-subfolders");
     request.minAgeSeconds = static_cast<int>(arguments.Number("--min-age"));
-    request.acceptDamaged = arguments.Has("--accept-damaged");
+    request.acceptDamaged = FindOption(arguments.Command(), "--accept-damaged") && arguments.Has("--accept-damaged");
     return request;
 }
 

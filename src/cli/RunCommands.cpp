@@ -49,22 +49,6 @@ void RefuseTwoKindsOfData(const CArguments& arguments)
         FailUsage("--json and --record - both write to standard output; give the record a file");
 }
 
-/// Each worker costs open files; with too few allowed there are fewer workers.
-void FitWorkers(EngineOptions& engine, const CArguments& arguments, const Screen& screen)
-{
-    constexpr std::uint64_t kFilesOfRun = 32, kFilesOfWorker = 6;
-    const std::uint64_t wanted = kFilesOfRun + kFilesOfWorker * static_cast<std::uint64_t>(engine.jobs);
-    const std::uint64_t room = platform::MakeRoomForOpenFiles(wanted);
-    if (room >= wanted) return;
-    const std::string why = "only " + std::to_string(room) + " files may be open at a time";
-    const std::string help = "ulimit -n allows more";
-    if (room < kFilesOfRun + kFilesOfWorker) FailStart(why + ", which is too few for a single worker; " + help);
-    engine.jobs = static_cast<int>((room - kFilesOfRun) / kFilesOfWorker);
-    if (!arguments.Has("--quiet"))
-        Say(screen, "ferrule: " + why + ", so that there are at most " +
-                        Counted(static_cast<std::uint64_t>(engine.jobs), "worker", "workers") + "; " + help + "\n");
-}
-
 int RunOfShard(const CArguments& arguments, const Screen& screen)
 {
     ShardOptions options = ReadShard(arguments);
@@ -92,6 +76,21 @@ int RunOfSequence(const CArguments& arguments, const Screen& screen)
 }
 
 }  // namespace
+
+void FitWorkers(EngineOptions& engine, const CArguments& arguments, const Screen& screen)
+{
+    constexpr std::uint64_t kFilesOfRun = 32, kFilesOfWorker = 6;
+    const std::uint64_t wanted = kFilesOfRun + kFilesOfWorker * static_cast<std::uint64_t>(engine.jobs);
+    const std::uint64_t room = platform::MakeRoomForOpenFiles(wanted);
+    if (room >= wanted) return;
+    const std::string why = "only " + std::to_string(room) + " files may be open at a time";
+    const std::string help = "ulimit -n allows more";
+    if (room < kFilesOfRun + kFilesOfWorker) FailStart(why + ", which is too few for a single worker; " + help);
+    engine.jobs = static_cast<int>((room - kFilesOfRun) / kFilesOfWorker);
+    if (!arguments.Has("--quiet"))
+        Say(screen, "ferrule: " + why + ", so that there are at most " +
+                        Counted(static_cast<std::uint64_t>(engine.jobs), "worker", "workers") + "; " + help + "\n");
+}
 
 int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& screen, bool goesOn,
                  RecordTaker onRecord)

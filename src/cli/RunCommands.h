@@ -17,6 +17,10 @@ int RunCommand(const CArguments& arguments, const Screen& screen);
 int PlanCommand(const CArguments& arguments, const Screen& screen);
 int MergeCommand(const CArguments& arguments, const Screen& screen);
 
+/// Each worker costs open files; with too few allowed there are fewer workers, which is said. Fails when there is not
+/// room for one.
+void FitWorkers(EngineOptions& engine, const CArguments& arguments, const Screen& screen);
+
 /// Does a whole run and reports on it as "run" does, as far as the command has these options. The exit code.
 /// `goesOn`: whether the same command goes on with the run, by --resume.
 /// `onRecord` gets the lines of the record, in input order.

@@ -100,6 +100,10 @@ bool OthersMayRead(const std::string& path);
 /// Tells whether a regular file can be opened for reading. Never blocks: pipes and devices are refused unopened.
 FileResult CheckReadable(const std::string& path);
 
+/// Whether another process has the file open, as far as the system tells: on Windows. Elsewhere, and for a file that
+/// cannot be looked at, false.
+bool IsInUse(const std::string& path);
+
 /// Copies bytes, mode bits and time stamps of a regular file.
 /// Fail: the target is created exclusively. Replace: a temporary file beside the target takes its place when
 /// complete; a symbolic link there is replaced itself, and what it leads to stays as it is. Fails: source and target

@@ -171,6 +171,15 @@ FileResult CheckReadable(const std::string& path)
     return OpenRegular(path, file);
 }
 
+/// Nobody else may have it open while it is open without sharing.
+bool IsInUse(const std::string& path)
+{
+    const auto wide = WidePath(path);
+    if (IsDeviceName(wide)) return false;
+    const CHandle file(CreateFileW(wide.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    return !file.Valid() && GetLastError() == ERROR_SHARING_VIOLATION;
+}
+
 namespace {
 
 FileResult CreateFolder(const std::wstring& path)

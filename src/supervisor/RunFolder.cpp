@@ -120,9 +120,11 @@ std::string TakeLock(platform::CFileLock& lock, const std::string& path)
 
 std::string RunsFolder() { return UserPaths().settingsFolder + "Runs" + kSeparator; }
 
-std::string CRunFolder::Open(const RunDescription& request)
+std::string CRunFolder::Open(const RunDescription& request) { return OpenAt(RunsFolder() + KeyOf(request)); }
+
+std::string CRunFolder::OpenAt(const std::string& folder)
 {
-    m_path = RunsFolder() + KeyOf(request);
+    m_path = folder;
     if (const auto made = platform::CreateFolders(m_path); !made)
         return "The folder " + m_path + " cannot be made (" + platform::ErrorText(made.errorNumber) + ").";
     (void)platform::MakeFolderPrivate(m_path);  // one that an earlier version has made, too

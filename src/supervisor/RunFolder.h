@@ -32,6 +32,8 @@ public:
     /// Creates the folder and takes the lock, waiting a little for workers that are about to end.
     /// Fails with a sentence; empty when all is well.
     [[nodiscard]] std::string Open(const RunDescription& request);
+    /// The same with a folder that is chosen by the caller.
+    [[nodiscard]] std::string OpenAt(const std::string& folder);
 
     const std::string& Path() const { return m_path; }
     std::string ManifestPath() const;

@@ -27,6 +27,9 @@ struct RunOptions {
     bool retryFailed = false;     ///< with resume: does the files that were not saved again, too
     bool dryRun = false;          ///< touches nothing but the record, which says what would be done
     bool hashes = true;           ///< false: a dry run does without the hashes of its inputs, which take time
+    /// Where plan and journal lie, instead of the folder of the request; the packed run goes beside it, and old ones
+    /// are not removed. Empty: the folder of the request.
+    std::string folder = {};
 };
 
 struct PlanOptions {

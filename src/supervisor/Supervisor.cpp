@@ -88,7 +88,8 @@ void KeepFormerRun(const CRunArchive& archive, const ManifestRunOptions& run)
 }
 
 /// The plain files stay until the next run of the same request, so that this one can be gone on with.
-void KeepRun(const CRunArchive& archive, const CRunFolder& folder, const RunResult& result, CRunObserver& observer)
+void KeepRun(const CRunArchive& archive, const CRunFolder& folder, bool removeOld, const RunResult& result,
+             CRunObserver& observer)
 {
     if (result.exit == ExitClass::Broken) return;
     folder.RemoveWorkerFolders();
@@ -97,7 +98,7 @@ void KeepRun(const CRunArchive& archive, const CRunFolder& folder, const RunResu
         const std::string problem = archive.Keep(result.plan.run, folder.ManifestPath(), folder.JournalPath());
         if (!problem.empty()) observer.Remark(problem);
     }
-    archive.RemoveOld();
+    if (removeOld) archive.RemoveOld();
 }
 
 /// Why the plan is not the one of the request; a plan that cannot be read is told about later.
@@ -134,7 +135,8 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
     if (std::string problem = guard.Problem(); !problem.empty()) return Failed(ExitClass::Broken, std::move(problem));
     if (options.dryRun) return RunTrial(options, guard, interrupts, observer);
     CRunFolder folder;
-    if (std::string problem = folder.Open(options.request); !problem.empty())
+    if (std::string problem = options.folder.empty() ? folder.Open(options.request) : folder.OpenAt(options.folder);
+        !problem.empty())
         return Failed(ExitClass::Broken, std::move(problem));
     const CWorkerStarter starter(options.engine, folder.Path(), folder.LockDescriptor());
     ManifestRunOptions run{.manifestPath = folder.ManifestPath(),
@@ -172,7 +174,7 @@ RunResult RunPlanned(const RunOptions& options, CRunObserver& observer)
     CManifestRun files(options.engine, starter, std::move(run), observer);
     if (early) files.Adopt(std::move(early));
     RunResult result = files.Run();
-    KeepRun(archive, folder, result, observer);
+    KeepRun(archive, folder, options.folder.empty(), result, observer);
     return result;
 }
 

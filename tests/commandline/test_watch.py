@@ -1,0 +1,176 @@
+"""A watched folder: files that come in slowly, from several writers, are each done once, whatever is killed meanwhile."""
+import json
+import os
+import random
+import signal
+import threading
+import time
+import unittest
+
+from commandline import CommandPlace, documents, is_protected, minimal_pdf, temporaries
+
+FILES = int(os.environ.get("FERRULE_WATCH_FILES", "20"))
+WRITERS = int(os.environ.get("FERRULE_WATCH_WRITERS", "2"))
+KILLS = int(os.environ.get("FERRULE_WATCH_KILLS", "1"))
+ENDS = int(os.environ.get("FERRULE_WATCH_ENDS", "0"))
+
+
+def write_slowly(path, content, chance, give_up):
+    """As copying programs do: in pieces under the final name, or under a name of its own; the time is set back at the end."""
+    partial = path.with_name(path.name + ".part") if chance.random() < 0.3 else path
+    with open(partial, "wb", buffering=0) as stream:
+        pieces = chance.randint(1, 3)
+        for piece in range(pieces):
+            stream.write(content[len(content) * piece // pieces:len(content) * (piece + 1) // pieces])
+            if piece + 1 < pieces:
+                give_up.wait(chance.uniform(0, 0.5))
+    os.utime(partial, (1_500_000_000, 1_500_000_000))
+    if partial != path:
+        partial.rename(path)
+
+
+class Watching(unittest.TestCase):
+    def setUp(self):
+        self.place = CommandPlace()
+        self.addCleanup(self.place.close)
+        self.sequence = self.place.protect_sequence()
+        self.records = self.place.root / "records"
+        self.records.mkdir()
+        self.quarantine = self.place.root / "quarantine.jsonl"
+
+    def words(self, *more):
+        return ["watch", self.sequence, "--input", self.place.input, "--output", self.place.output, "--min-age", 1, "--jobs", 2,
+                "--records", self.records, "--quarantine", self.quarantine, "--retry-pause", 0, "--tries", 2, *more]
+
+    def once(self, code, *more):
+        return self.place.expect(code, *self.words("--once", *more))
+
+    def moving(self):
+        return ["--final-action", "move", "--destination", self.place.done]
+
+    def recorded(self):
+        lines = [json.loads(line) for path in self.records.iterdir() for line in path.read_text().splitlines()]
+        return sorted(os.path.basename(line["path"]) for line in lines if line["outcome"] == "saved")
+
+    def quarantined(self):
+        return {os.path.basename(line["path"]): line for line in map(json.loads, self.quarantine.read_text().splitlines())}
+
+    def check_each_done_once(self, names):
+        self.assertEqual(self.place.names(self.place.output), sorted(names))
+        self.assertEqual(self.place.names(self.place.done), sorted(names))
+        self.assertEqual(self.recorded(), sorted(names))
+        self.assertEqual([path for path in self.place.output.iterdir() if not is_protected(path)], [])
+        self.assertEqual(temporaries(self.place.root), [])
+
+    def test_slow_writers_and_a_watch_that_is_ended_and_killed(self):
+        seed = int(os.environ.get("FERRULE_SEED", "20"))
+        names = [f"document {number}.pdf" for number in range(FILES)]
+        give_up = threading.Event()
+
+        def write(writer):
+            chance = random.Random(seed + writer)
+            for number in range(writer, FILES, WRITERS):
+                write_slowly(self.place.input / names[number], minimal_pdf(f"Document {number}"), chance, give_up)
+                give_up.wait(chance.uniform(0, 0.3))
+
+        writers = [threading.Thread(target=write, args=(writer,)) for writer in range(WRITERS)]
+        for writer in writers:
+            writer.start()
+        try:
+            self.watch_hurt([signal.SIGKILL] * KILLS + [signal.SIGTERM] * ENDS, FILES)
+        finally:
+            give_up.set()
+            for writer in writers:
+                writer.join()
+        self.check_each_done_once(names)
+        self.assertEqual(self.place.names(self.place.input), [])
+
+    def watch_hurt(self, signals, files):
+        """Hurts one start after another when a share of the files is done, and ends the last when all are."""
+        for number, sent in enumerate([*signals, signal.SIGTERM], 1):
+            process = self.place.start(*self.words(*self.moving()))
+            try:
+                wanted = files * number // (len(signals) + 1)
+                end = time.monotonic() + 120 + files
+                while len(list(self.place.done.iterdir())) < wanted and process.poll() is None and time.monotonic() < end:
+                    time.sleep(0.05)
+                time.sleep(0.2 if number <= len(signals) else 1)
+            finally:
+                process.send_signal(sent)
+                _, errors = process.communicate(timeout=60)
+            self.assertEqual(process.returncode, 130 if sent == signal.SIGTERM else -sent, errors.decode())
+            self.assertGreaterEqual(len(list(self.place.done.iterdir())), wanted, errors.decode())
+
+    def test_versions_results_in_the_folder_and_names_of_others(self):
+        """Without a final action the journal alone knows what is done."""
+        output = self.place.input / "out"
+        self.place.output.rename(output)
+        self.place.output = output
+        originals = documents(self.place, ["a.pdf", "sub/b.pdf", ".hidden.pdf", "~$c.pdf", "d.pdf.part", "e.txt"])
+        trial = self.place.expect(0, *self.words("--dry-run"))
+        self.assertEqual(sorted(trial.output.split()), [str(self.place.input / name) for name in ("a.pdf", "sub/b.pdf")])
+        self.assertEqual(self.place.names(output), [])
+        self.once(0)
+        self.assertEqual(self.place.names(output), ["a.pdf", "b.pdf"])
+        os.utime(self.place.input / "a.pdf")
+        self.once(0)
+        self.assertEqual(self.recorded(), ["a.pdf", "b.pdf"], "a new time alone is no new version")
+        (self.place.input / "a.pdf").write_bytes(minimal_pdf("A new version"))
+        self.once(0)
+        self.assertEqual(self.recorded(), ["a.pdf", "a.pdf", "b.pdf"])
+        self.assertEqual((self.place.input / "sub/b.pdf").read_bytes(), originals[self.place.input / "sub/b.pdf"])
+        # The last batch is taken back by its packed run; what is done stays done.
+        pack = sorted((self.place.root / "config").rglob("*.jsonl.gz"))[-1]
+        self.place.expect(0, "undo", pack)
+        self.assertEqual(len(self.place.names(output)), 2)
+
+    def test_results_in_the_place_of_inputs_are_no_inputs(self):
+        documents(self.place, ["a.pdf"])
+        sequence = self.place.protect_sequence("in place.sequ", DontOverwrite=("boolean", "false"))
+        words = ["watch", sequence, "--input", self.place.input, "--min-age", 0, "--once", "--json"]
+        self.assertEqual([json.loads(self.place.expect(0, *words).output)["done"] for _ in range(2)], [1, 0])
+        self.assertTrue(is_protected(self.place.input / "a.pdf"))
+
+    def test_what_fails_or_is_damaged_waits_in_quarantine(self):
+        whole = documents(self.place, ["fine.pdf", "cut.pdf"])[self.place.input / "cut.pdf"]
+        (self.place.input / "junk.pdf").write_bytes(b"no document")
+        (self.place.input / "cut.pdf").write_bytes(whole[:len(whole) // 2])
+        self.once(3, *self.moving())
+        self.once(3, *self.moving())
+        self.assertEqual(self.place.names(self.place.done), ["fine.pdf"])
+        lines = self.quarantined()
+        self.assertEqual({name: line["tries"] for name, line in lines.items() if name == "junk.pdf"}, {"junk.pdf": 2})
+        self.assertIn("cut.pdf", lines)
+        self.assertTrue(all(line["reason"] and line["first"] <= line["last"] for line in lines.values()), lines)
+        before = len(list(self.records.iterdir()))
+        self.once(3, *self.moving())
+        self.assertEqual(len(list(self.records.iterdir())), before, "what is in quarantine is left alone")
+        # A changed file is new; the others are released by an option.
+        (self.place.input / "cut.pdf").write_bytes(whole)
+        self.once(3, *self.moving(), "--retry-quarantined")
+        self.assertIn("cut.pdf", self.place.names(self.place.done))
+        self.assertEqual(list(self.quarantined()), ["junk.pdf"])
+
+    def test_second_watch_is_refused_and_a_folder_that_goes_away_is_waited_for(self):
+        process = self.place.start(*self.words(*self.moving()))
+        try:
+            deadline = time.monotonic() + 30
+            while not self.quarantine.exists() and time.monotonic() < deadline:
+                time.sleep(0.05)
+            self.assertIn("is being watched by another process already", self.once(1).errors)
+            self.place.input.rmdir()
+            time.sleep(2.5)
+            self.place.input.mkdir()
+            documents(self.place, ["a.pdf"])
+            while not self.place.names(self.place.done) and time.monotonic() < deadline:
+                time.sleep(0.05)
+        finally:
+            process.send_signal(signal.SIGINT)
+            _, errors = process.communicate(timeout=60)
+        text = errors.decode()
+        self.assertEqual((process.returncode, self.place.names(self.place.done)), (130, ["a.pdf"]), text)
+        self.assertEqual((text.count("cannot be read ("), text.count("can be read again")), (1, 2), text)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -2,12 +2,15 @@
 import json
 import os
 import random
+import shutil
 import signal
+import subprocess
 import threading
 import time
 import unittest
+from pathlib import Path
 
-from commandline import CommandPlace, documents, is_protected, minimal_pdf, temporaries
+from commandline import PROGRAM, CommandPlace, documents, is_protected, minimal_pdf, temporaries
 
 FILES = int(os.environ.get("FERRULE_WATCH_FILES", "20"))
 WRITERS = int(os.environ.get("FERRULE_WATCH_WRITERS", "2"))
@@ -170,6 +173,20 @@ class Watching(unittest.TestCase):
         text = errors.decode()
         self.assertEqual((process.returncode, self.place.names(self.place.done)), (130, ["a.pdf"]), text)
         self.assertEqual((text.count("cannot be read ("), text.count("can be read again")), (1, 2), text)
+
+    def test_unit_for_systemd(self):
+        unit = (Path(__file__).parents[2] / "samples/systemd/ferrule-watch.service").read_text(encoding="utf-8")
+        unit = unit.replace("/usr/bin/ferrule", str(PROGRAM.resolve())).replace("/srv/ferrule", str(self.place.root))
+        command = next(line for line in unit.splitlines() if line.startswith("ExecStart="))
+        self.place.expect(0, *command.split()[1:], "--dry-run", "--min-age", 0)
+        if not shutil.which("systemd-analyze"):
+            self.skipTest("systemd-analyze is not there (Debian's package systemd)")
+        path = self.place.root / "ferrule-watch.service"
+        for text, fine in ((unit, True), (unit.replace("KillMode=mixed", "KillMode=twice"), False)):
+            path.write_text(text, encoding="utf-8")
+            done = subprocess.run(["systemd-analyze", "verify", "--man=no", path], capture_output=True, text=True, check=False)
+            found = [line for line in done.stderr.splitlines() if "ferrule-watch" in line]
+            self.assertEqual(not found, fine, done.stderr)
 
 
 if __name__ == "__main__":

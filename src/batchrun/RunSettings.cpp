@@ -109,6 +109,7 @@ RunSettings DescribedSettings(const RunDescription& description, bool trialRun, 
     if (!description.extensions.empty()) execution.allowedExtensions = ExtensionList(description.extensions);
     execution.noSubfolders = description.noSubfolders;
     execution.acceptDamaged = description.acceptDamaged;
+    execution.sparesRepaired = description.sparesRepaired;
     execution.trialRun = trialRun;
     AddActionFolder(settings);
     if (!description.keepOriginals.empty()) execution.furtherOutputPaths.push_back(description.keepOriginals);

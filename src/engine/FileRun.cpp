@@ -65,7 +65,7 @@ bool CFileRun::Open()
         reason = OpenInput(m_document, m_result.path, m_log);
         if (!reason.empty()) return;
         m_permissions = {m_document.MayModify(), m_document.MayFullSave()};
-        if (IsPdfPath(m_result.path)) loss = m_document.Loss();
+        if (IsPdfPath(m_result.path)) loss = m_document.Loss(m_run.settings.sparesRepaired);
     });
     if (error) reason = error->text;
     if (reason.empty()) return NoteLoss(loss), true;

@@ -26,9 +26,10 @@ struct ExecutorSettings {
     /// In place of the file types that the sequence accepts. An empty list accepts none.
     std::optional<std::vector<std::string>> allowedExtensions;
     bool noSubfolders = false;
-    bool acceptDamaged = false;  // a document that lost something in its repair counts as if it had not
-    bool trialRun = false;       // nothing is to be done for good; steps that could do it anyway are left out
-    bool interactive = false;    // whether a command may show its settings dialog
+    bool acceptDamaged = false;   // a document that lost something in its repair counts as if it had not
+    bool sparesRepaired = false;  // one that needed repair counts as if it had lost something
+    bool trialRun = false;        // nothing is to be done for good; steps that could do it anyway are left out
+    bool interactive = false;     // whether a command may show its settings dialog
 };
 
 /// The input files and folders that the caller names, for work that has none of its own.

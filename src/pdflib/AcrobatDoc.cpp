@@ -101,9 +101,10 @@ void CAcrobatDoc::Forget() noexcept
 
 int CAcrobatDoc::PageCount() const { return ::PageCount(m_document); }
 
-std::string CAcrobatDoc::Loss() const
+std::string CAcrobatDoc::Loss(bool repairIsLoss) const
 {
-    if (const auto told = JobDocumentLoss(m_document)) return *told;
+    const auto told = JobDocumentLoss(m_document);
+    if (told && !(repairIsLoss && told->empty())) return *told;
     const bool repaired = (DocumentFlags(m_document) & PDDocWasRepaired) != 0;
     return repaired ? "The document was damaged, and what its repair has lost is not known." : "";
 }

@@ -47,8 +47,9 @@ public:
     [[nodiscard]] int PageCount() const;
 
     /// What the document lost to damage when it was opened: one sentence. Empty when nothing is lost, as far as the
-    /// host knows; a host that repaired it and cannot tell may have lost something.
-    [[nodiscard]] std::string Loss() const;
+    /// host knows; a host that repaired it and cannot tell may have lost something. `repairIsLoss`: any repaired
+    /// document may, as one that is only half copied.
+    [[nodiscard]] std::string Loss(bool repairIsLoss) const;
 
     /// The path of the file behind the document at this moment; a step may have moved the document to another file.
     /// FullPath when it has none.

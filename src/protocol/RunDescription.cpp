@@ -18,10 +18,13 @@ struct FlagRow {
     const char* key;
     bool RunDescription::*flag;
 };
-constexpr FlagRow kFlags[] = {
-    {"noSubfolders", &RunDescription::noSubfolders},   {"skipUnavailable", &RunDescription::skipUnavailable},
-    {"allowNoOutput", &RunDescription::allowNoOutput}, {"allowInPlace", &RunDescription::allowInPlace},
-    {"acceptDamaged", &RunDescription::acceptDamaged}, {"force", &RunDescription::force}};
+constexpr FlagRow kFlags[] = {{"noSubfolders", &RunDescription::noSubfolders},
+                              {"skipUnavailable", &RunDescription::skipUnavailable},
+                              {"allowNoOutput", &RunDescription::allowNoOutput},
+                              {"allowInPlace", &RunDescription::allowInPlace},
+                              {"acceptDamaged", &RunDescription::acceptDamaged},
+                              {"sparesRepaired", &RunDescription::sparesRepaired},
+                              {"force", &RunDescription::force}};
 
 struct TextRow {
     const char* key;

@@ -48,6 +48,7 @@ struct RunDescription {
     bool allowNoOutput = false;    ///< inputs may go away although nothing is saved
     bool allowInPlace = false;     ///< inputs may be replaced although there is an output folder
     bool acceptDamaged = false;    ///< a document that lost something in its repair counts as if it had not
+    bool sparesRepaired = false;   ///< one that needed repair counts as damaged although nothing is known to be lost
     bool force = false;            ///< although a check of the work finds errors
 };
 

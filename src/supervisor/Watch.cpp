@@ -376,6 +376,7 @@ private:
         run.request.inputs.clear();
         for (const SeenFile& file : m_journal.OpenBatch()) run.request.inputs.push_back(file.path);
         run.request.minAgeSeconds = 0;
+        run.request.sparesRepaired = true;
         run.request.extensions.clear();
         run.folder = BatchFolder();
         run.resume = resumes && platform::FileExists(ManifestIn(run.folder));

@@ -73,7 +73,7 @@ bool CChangingWork::MayBeChanged(CAcrobatDoc& document, ProcessedFile& file, boo
 {
     // Finding that out takes a look at every object.
     if (const auto error = CatchHostError([&] {
-            if (asWhole) file.loss = document.Loss();
+            if (asWhole) file.loss = document.Loss(Run().settings.sparesRepaired);
         })) {
         Fail(file, kCannotOpen, error->text);
         return false;

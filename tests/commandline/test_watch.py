@@ -2,6 +2,7 @@
 import json
 import os
 import random
+import re
 import shutil
 import signal
 import subprocess
@@ -138,12 +139,13 @@ class Watching(unittest.TestCase):
         whole = documents(self.place, ["fine.pdf", "cut.pdf"])[self.place.input / "cut.pdf"]
         (self.place.input / "junk.pdf").write_bytes(b"no document")
         (self.place.input / "cut.pdf").write_bytes(whole[:len(whole) // 2])
+        (self.place.input / "repaired.pdf").write_bytes(re.sub(rb"startxref\s+\d+", b"startxref\n7", whole))
         self.once(3, *self.moving())
         self.once(3, *self.moving())
         self.assertEqual(self.place.names(self.place.done), ["fine.pdf"])
         lines = self.quarantined()
         self.assertEqual({name: line["tries"] for name, line in lines.items() if name == "junk.pdf"}, {"junk.pdf": 2})
-        self.assertIn("cut.pdf", lines)
+        self.assertEqual(sorted(lines), ["cut.pdf", "junk.pdf", "repaired.pdf"])
         self.assertTrue(all(line["reason"] and line["first"] <= line["last"] for line in lines.values()), lines)
         before = len(list(self.records.iterdir()))
         self.once(3, *self.moving())
@@ -152,7 +154,7 @@ class Watching(unittest.TestCase):
         (self.place.input / "cut.pdf").write_bytes(whole)
         self.once(3, *self.moving(), "--retry-quarantined")
         self.assertIn("cut.pdf", self.place.names(self.place.done))
-        self.assertEqual(list(self.quarantined()), ["junk.pdf"])
+        self.assertEqual(sorted(self.quarantined()), ["junk.pdf", "repaired.pdf"])
 
     def test_second_watch_is_refused_and_a_folder_that_goes_away_is_waited_for(self):
         process = self.place.start(*self.words(*self.moving()))

@@ -179,6 +179,7 @@ const RunDescription kEverything = {.work = SequenceWork("/s"),
                                     .allowNoOutput = true,
                                     .allowInPlace = true,
                                     .acceptDamaged = true,
+                                    .sparesRepaired = true,
                                     .force = true};
 
 TEST(Manifest, RefusesWhatIsIncompleteOrOutOfOrder)
@@ -207,7 +208,7 @@ TEST(Manifest, RefusesWhatIsIncompleteOrOutOfOrder)
               R"("work":{"kind":"sequence","files":{"sequence":"/s"}},"output":"/o",)"
               R"("destination":"/d","extensions":"pdf","inputs":["/i","/j"],"finalAction":"move-versions",)"
               R"("noSubfolders":true,"skipUnavailable":true,"allowNoOutput":true,"allowInPlace":true,)"
-              R"("acceptDamaged":true,"force":true,"minAge":7}})");
+              R"("acceptDamaged":true,"sparesRepaired":true,"force":true,"minAge":7}})");
     EXPECT_EQ(reader.Next()->path,
               "/in/\xFF"
               "1");

@@ -16,6 +16,7 @@
 #include "cli/MetadataCommand.h"
 #include "cli/ProtectCommand.h"
 #include "cli/RenameCommand.h"
+#include "cli/ReportCommand.h"
 #include "cli/RunCommands.h"
 #include "cli/SearchCommand.h"
 #include "cli/SequenceCommands.h"
@@ -54,6 +55,7 @@ CommandFunction FunctionOf(const std::string& name)
         {"plan", PlanCommand},
         {"merge", MergeCommand},
         {"watch", WatchCommand},
+        {"report", ReportCommand},
         {"undo", UndoCommand},
         {"protect", ProtectCommand},
         {"rename", RenameCommand},

@@ -11,6 +11,7 @@ CommandRow RunRow();
 CommandRow PlanRow();
 CommandRow WatchRow();
 CommandRow MergeRow();
+CommandRow ReportRow();
 CommandRow UndoRow();
 CommandRow ProtectRow();
 CommandRow RenameRow();

@@ -125,7 +125,8 @@ void AddChangeSections(CommandRow& row)
                {OptionOfRun("--resume"), OptionOfRun("--retry-failed"),
                 OptionOfRun("--dry-run", "Show what would change in each document, and touch nothing.")});
     AddSection(row, "Reports",
-               {OptionOfRun("--record"), OptionOfRun("--log"), OptionOfRun("--json"), OptionOfRun("--quiet")});
+               {OptionOfRun("--record"), OptionOfRun("--report"), OptionOfRun("--log"), OptionOfRun("--json"),
+                OptionOfRun("--quiet")});
     AddSection(row, "What is left alone otherwise",
                {{.name = "--break-signatures",
                  .help = "Change signed and certified documents, too; their signatures are worthless then."},

@@ -92,7 +92,8 @@ CommandRow ProtectRow()
     AddSection(row, "Going on and trying out",
                {OptionOfRun("--resume"), OptionOfRun("--retry-failed"), OptionOfRun("--dry-run")});
     AddSection(row, "Reports",
-               {OptionOfRun("--record"), OptionOfRun("--log"), OptionOfRun("--json"), OptionOfRun("--quiet")});
+               {OptionOfRun("--record"), OptionOfRun("--report"), OptionOfRun("--log"), OptionOfRun("--json"),
+                OptionOfRun("--quiet")});
     AddSection(row, "What is left alone otherwise",
                {{.name = "--break-signatures",
                  .help = "Protect signed and certified documents, too; their signatures are worthless then."},

@@ -40,11 +40,11 @@ std::string ListPath(const CArguments& arguments)
 /// Where the report goes; empty: none is wanted.
 std::string ReportPath(const CArguments& arguments)
 {
-    const std::string path = OptionalPath(arguments, "--report");
+    const std::string path = OptionalPath(arguments, "--report-text");
     if (!path.empty() && arguments.Has("--dry-run"))
-        FailUsage("--report tells what was renamed, and --dry-run renames nothing");
+        FailUsage("--report-text tells what was renamed, and --dry-run renames nothing");
     if (!path.empty() && platform::NameExists(path))
-        FailStart(Printable(path) + ": is there already; --report takes the name of a new file");
+        FailStart(Printable(path) + ": is there already; --report-text takes the name of a new file");
     return path;
 }
 
@@ -90,7 +90,7 @@ int Apply(const CArguments& arguments, const std::string& list, RenameOrder orde
                                   screen, goesOn, taker);
     if (!reportPath.empty() && report.RenamedFiles() + report.OtherFiles() > 0)
         WriteNewFile(reportPath, report.Text(__DATE__, platform::LocalTimeText(platform::NanosecondsSince1970())),
-                     "report", "--report");
+                     "report", "--report-text");
     return code;
 }
 

@@ -102,11 +102,12 @@ CommandRow RenameRow()
     AddSection(row, "Going on and trying out",
                {OptionOfRun("--resume"), OptionOfRun("--retry-failed"), OptionOfRun("--dry-run")});
     AddSection(row, "Reports",
-               {{.name = "--report",
+               {OptionOfRun("--record"),
+                OptionOfRun("--report"),
+                {.name = "--report-text",
                  .kind = ValueKind::File,
                  .valueName = "FILE",
                  .help = "Write into this file, which must be new, how many files were renamed, and which were not."},
-                OptionOfRun("--record"),
                 OptionOfRun("--log"),
                 OptionOfRun("--json"),
                 OptionOfRun("--quiet")});

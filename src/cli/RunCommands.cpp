@@ -1,17 +1,22 @@
 #include "cli/RunCommands.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <utility>
 
 #include "base/Text.h"
 #include "cli/Arguments.h"
 #include "cli/Console.h"
+#include "cli/ReportCommand.h"
 #include "cli/RunArguments.h"
 #include "cli/RunPrinter.h"
 #include "cli/Summary.h"
 #include "platform/Paths.h"
 #include "platform/ThisProcess.h"
+#include "protocol/FileRecord.h"
+#include "protocol/Json.h"
+#include "report/RunSums.h"
 #include "supervisor/Merge.h"
 #include "supervisor/Supervisor.h"
 #include "supervisor/plan/EngineScript.h"
@@ -49,19 +54,40 @@ void RefuseTwoKindsOfData(const CArguments& arguments)
         FailUsage("--json and --record - both write to standard output; give the record a file");
 }
 
+/// Null without a report.
+std::unique_ptr<CRunSums> SumsFor(const std::string& reportPath)
+{
+    return reportPath.empty() ? nullptr : std::make_unique<CRunSums>();
+}
+
+/// Who gets the lines of the record: the sums, when there are some, and `other`, unless it is empty.
+RecordTaker TakerFor(CRunSums* sums, RecordTaker other = {})
+{
+    if (!sums) return other;
+    return [sums, other = std::move(other)](const std::string& json) {
+        if (other) other(json);
+        const auto object = ParseObject(json);
+        if (const auto record = object ? FileRecordFrom(*object) : std::nullopt) sums->Add(*record);
+    };
+}
+
 int RunOfShard(const CArguments& arguments, const Screen& screen)
 {
     ShardOptions options = ReadShard(arguments);
     FitWorkers(options.engine, arguments, screen);
     const std::string record = OptionalPath(arguments, "--record");
     if (record != "-") options.recordPath = record;
+    options.reportPath = ReportPlace(arguments);
+    const auto sums = SumsFor(options.reportPath);
     const PrintOptions print{.quiet = arguments.Has("--quiet"),
                              .dryRun = false,
                              .recordToData = record == "-",
                              .jobs = options.engine.jobs,
                              .part = options.shards > 1 ? arguments.Text("--shard") : ""};
     CRunPrinter printer(screen, print);
+    printer.TellRecord(TakerFor(sums.get()));
     const RunResult result = RunShard(options, printer);
+    if (sums) WriteReportOfRun(*sums, result, options.reportPath, arguments, screen);
     return Conclude(result, printer, arguments, screen,
                     {.dryRun = false, .canResume = false, .kept = options.journalPath});
 }
@@ -98,14 +124,17 @@ int RunAndReport(RunOptions options, const CArguments& arguments, const Screen& 
     RefuseTwoKindsOfData(arguments);
     FitWorkers(options.engine, arguments, screen);
     const std::string record = OptionalPath(arguments, "--record");
+    options.reportPath = ReportPlace(arguments);
+    const auto sums = SumsFor(options.reportPath);
     const PrintOptions print{.quiet = arguments.Has("--quiet"),
                              .dryRun = options.dryRun,
                              .recordToData = record == "-",
                              .jobs = options.engine.jobs};
     if (record != "-") options.recordPath = record;
     CRunPrinter printer(screen, print);
-    printer.TellRecord(std::move(onRecord));
+    printer.TellRecord(TakerFor(sums.get(), std::move(onRecord)));
     const RunResult result = RunPlanned(options, printer);
+    if (sums) WriteReportOfRun(*sums, result, options.reportPath, arguments, screen);
     return Conclude(result, printer, arguments, screen,
                     {.dryRun = options.dryRun, .canResume = goesOn, .kept = result.recordPath});
 }
@@ -190,9 +219,13 @@ int MergeCommand(const CArguments& arguments, const Screen& screen)
     const std::string record = OptionalPath(arguments, "--record");
     if (record != "-") options.recordPath = record;
     options.logPath = FilePath(arguments, "--log");
+    options.reportPath = ReportPlace(arguments);
+    const auto sums = SumsFor(options.reportPath);
     CRunPrinter printer(
         screen, {.quiet = arguments.Has("--quiet"), .dryRun = false, .recordToData = record == "-", .jobs = 1});
+    printer.TellRecord(TakerFor(sums.get()));
     const RunResult result = MergeShards(options, printer);
+    if (sums) WriteReportOfRun(*sums, result, options.reportPath, arguments, screen);
     return Conclude(result, printer, arguments, screen,
                     {.dryRun = false, .canResume = false, .kept = result.recordPath});
 }

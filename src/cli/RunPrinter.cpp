@@ -34,13 +34,6 @@ std::string DrawBar(double fraction, std::size_t cells)
 
 }  // namespace
 
-std::string Grouped(std::uint64_t number)
-{
-    std::string digits = std::to_string(number);
-    for (std::size_t end = digits.size(); end > 3; end -= 3) digits.insert(end - 3, 1, ',');
-    return digits;
-}
-
 std::string Duration(std::uint64_t seconds)
 {
     const auto hours = static_cast<unsigned long long>(seconds / 3600);

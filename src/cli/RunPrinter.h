@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cli/Console.h"
+#include "report/ReportFigures.h"
 #include "supervisor/RunObserver.h"
 
 namespace cli {
@@ -65,8 +66,7 @@ private:
     CProgressMeter m_meter;
 };
 
-/// 1234567 as "1,234,567".
-std::string Grouped(std::uint64_t number);
+using ::Grouped;
 /// "0:07", "1:02:03".
 std::string Duration(std::uint64_t seconds);
 

@@ -133,6 +133,14 @@ OptionRow LogOption()
             .help = "Write the log here instead of into your own log."};
 }
 
+OptionRow ReportOption()
+{
+    return {.name = "--report",
+            .kind = ValueKind::File,
+            .valueName = "FILE",
+            .help = "Write a page for people about the whole run at its end, in HTML, as \"ferrule report\" does."};
+}
+
 OptionRow ManifestOption(const std::string& help, bool required)
 {
     return {.name = "--manifest", .kind = ValueKind::File, .valueName = "FILE", .help = help, .required = required};
@@ -189,9 +197,9 @@ CommandRow RunRow()
     AddSection(row, kInputSection, std::move(places));
     AddSection(row, kWorkerSection, WorkerOptions());
     AddOneTimeOptions(row);
-    AddSection(
-        row, kReportSection,
-        {RecordOption(), LogOption(), JsonOption("Print the summary as JSON on standard output."), QuietOption()});
+    AddSection(row, kReportSection,
+               {RecordOption(), ReportOption(), LogOption(),
+                JsonOption("Print the summary as JSON on standard output."), QuietOption()});
     AddSection(row, kSafetySection, SafetyOptions());
     AddShardOptions(row);
     AddSection(row, "", ProgramOptions());
@@ -253,6 +261,38 @@ CommandRow PlanRow()
     return row;
 }
 
+CommandRow ReportRow()
+{
+    CommandRow row{
+        .name = "report",
+        .summary = "tell what runs came to",
+        .text =
+            "Sums up the records of one or several runs: how the files ended and for what reasons, how long they "
+            "took, "
+            "their sizes and protection before and after, and what became of the inputs. Without an option it is "
+            "printed.\n\n"
+            "Of a file that stands in several records of one run the record that is named last counts. What cannot "
+            "be "
+            "told, because a record is cut off or was changed, is named with file and line; then the report says "
+            "that it is incomplete, and the exit code is 3.",
+        .operands = {{.name = "RECORD",
+                      .help = "Records, journals of parts, or packed runs (.jsonl.gz).",
+                      .repeatable = true}},
+        .examples = {{"A page of last night's run:", "ferrule report record.jsonl --html report.html"},
+                     {"The parts of a run that is not over:", "ferrule report part1.jsonl part2.jsonl"},
+                     {"The reasons, for a script:",
+                      "ferrule report record.jsonl --json | jq -r '.reasons[] | [.count, .reason] | @tsv'"}}};
+    AddSection(
+        row, "Options",
+        {{.name = "--html",
+          .kind = ValueKind::File,
+          .valueName = "FILE",
+          .help = "Write one HTML page with pictures, which needs nothing from anywhere else. A report that is "
+                  "there already is replaced, another file is not."},
+         JsonOption("Print the figures as JSON.")});
+    return row;
+}
+
 CommandRow UndoRow()
 {
     CommandRow row{
@@ -291,9 +331,9 @@ CommandRow MergeRow()
                       "ferrule merge --manifest plan.jsonl part1.jsonl part2.jsonl part3.jsonl part4.jsonl "
                       "--record record.jsonl"}}};
     AddSection(row, "Plan", {ManifestOption("The plan that the parts belong to.", true)});
-    AddSection(
-        row, kReportSection,
-        {RecordOption(), LogOption(), JsonOption("Print the summary as JSON on standard output."), QuietOption()});
+    AddSection(row, kReportSection,
+               {RecordOption(), ReportOption(), LogOption(),
+                JsonOption("Print the summary as JSON on standard output."), QuietOption()});
     return row;
 }
 

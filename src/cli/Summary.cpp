@@ -90,24 +90,6 @@ const char* ExitWord(ExitClass exit)
 
 }  // namespace
 
-std::string Counted(std::uint64_t number, const char* one, const char* many)
-{
-    return Grouped(number) + " " + (number == 1 ? one : many);
-}
-
-std::string Bytes(std::uint64_t number)
-{
-    if (number < 1000) return Counted(number, "byte", "bytes");
-    double value = static_cast<double>(number);
-    const char* unit = "";
-    for (const char* const next : {"kB", "MB", "GB", "TB"}) {
-        if (value < 999.5) break;
-        value /= 1000;
-        unit = next;
-    }
-    return FormatText(value < 9.95 ? "%.1f %s" : "%.0f %s", value, unit);
-}
-
 std::string PlanSentence(const PlanSummary& plan)
 {
     std::string text = Counted(static_cast<std::uint64_t>(plan.total), "file", "files") + ", " + Bytes(plan.bytes);

@@ -5,16 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "report/ReportFigures.h"
 #include "supervisor/RunObserver.h"
 
 namespace cli {
 
 class CRunPrinter;
 
-/// "1 file", "4,711 files".
-std::string Counted(std::uint64_t number, const char* one, const char* many);
-/// "512 bytes", "1.2 MB".
-std::string Bytes(std::uint64_t number);
+using ::Bytes;
+using ::Counted;
 
 /// "10,000 files, 1.2 GB, 3 of them already done"
 std::string PlanSentence(const PlanSummary& plan);

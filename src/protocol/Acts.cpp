@@ -83,6 +83,8 @@ Json IntendedActJson(const IntendedAct& intended)
     if (intended.traits) object["traits"] = TraitsJson(*intended.traits);
     if (!intended.objection.empty()) object["objection"] = intended.objection;
     if (intended.order != 0) object["order"] = intended.order;
+    if (intended.size) object["size"] = *intended.size;
+    if (intended.protection.Known()) object["protection"] = ProtectionChangeJson(intended.protection);
     return object;
 }
 
@@ -101,5 +103,7 @@ std::optional<IntendedAct> IntendedActFrom(const Json& object)
                        .traits = TraitsFrom(object),
                        .objection = TextAt(object, "objection"),
                        .order = UnsignedAt(object, "order"),
-                       .copy = TextAt(object, "purpose") == kCopy};
+                       .copy = TextAt(object, "purpose") == kCopy,
+                       .size = MaybeUnsignedAt(object, "size"),
+                       .protection = ProtectionChangeFrom(ObjectAt(object, "protection"))};
 }

@@ -9,6 +9,7 @@
 #include "base/FileTraits.h"
 #include "base/Overseer.h"
 #include "protocol/JsonType.h"
+#include "protocol/Protection.h"
 
 /// The numbers are those of the jobs table.
 using Act = COverseer::Act;
@@ -44,6 +45,8 @@ struct IntendedAct {
     std::string objection = {};  ///< why it must not happen, known already to who asks; UTF-8; empty: nothing known
     std::uint64_t order = 0;     ///< a later act of the run has a greater one; given by who allows the act
     bool copy = false;           ///< what is put is a copy that a step makes beside the results
+    std::optional<std::uint64_t> size = {};  ///< bytes of what is put; nothing when it is not known
+    ProtectionChange protection = {};        ///< of the input, and of what is put
 };
 
 [[nodiscard]] Json IntendedActJson(const IntendedAct& intended);

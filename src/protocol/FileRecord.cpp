@@ -40,6 +40,7 @@ Json OutputsJson(const std::vector<FileOutput>& outputs)
     for (const FileOutput& output : outputs) {
         Json object = {{"path", TextFromBytes(output.path)}, {"sha256", output.sha256}};
         if (output.copy) object["purpose"] = kCopyPurpose;
+        if (output.size) object["size"] = *output.size;
         list.push_back(std::move(object));
     }
     return list;
@@ -52,8 +53,10 @@ std::vector<FileOutput> OutputsFrom(const Json& object)
     if (list == object.end() || !list->is_array()) return outputs;
     for (const Json& output : *list)
         if (output.is_object())
-            outputs.push_back(
-                {BytesAt(output, "path"), TextAt(output, "sha256"), TextAt(output, "purpose") == kCopyPurpose});
+            outputs.push_back({.path = BytesAt(output, "path"),
+                               .sha256 = TextAt(output, "sha256"),
+                               .copy = TextAt(output, "purpose") == kCopyPurpose,
+                               .size = MaybeUnsignedAt(output, "size")});
     return outputs;
 }
 
@@ -104,6 +107,7 @@ Json FileRecordJson(const FileRecord& record)
                                  {"target", TextFromBytes(action->target)},
                                  {"state", FinalStateWord(action->state)}};
     if (record.signaturesBroken) object["signatures"] = kBroken;
+    if (record.protection.Known()) object["protection"] = ProtectionChangeJson(record.protection);
     if (!record.acts.empty()) object["acts"] = ActsJson(record.acts);
     if (const Json found = Json::parse(record.findings, nullptr, false); found.is_array()) object["findings"] = found;
     return object;
@@ -123,6 +127,7 @@ std::optional<FileRecord> FileRecordFrom(const Json& object)
                       .outputs = OutputsFrom(object),
                       .finalAction = FinalActionFrom(ObjectAt(object, "finalAction")),
                       .signaturesBroken = TextAt(object, "signatures") == kBroken,
+                      .protection = ProtectionChangeFrom(ObjectAt(object, "protection")),
                       .acts = ActsFrom(object),
                       .findings = object.contains("findings") ? LineOf(object["findings"]) : std::string()};
 }

@@ -21,8 +21,9 @@ struct PlannedFile {
 
 struct FileOutput {
     std::string path = {};
-    std::string sha256 = {};  ///< empty when nothing was written really
-    bool copy = false;        ///< that a step made beside the results
+    std::string sha256 = {};                 ///< empty when nothing was written really
+    bool copy = false;                       ///< that a step made beside the results
+    std::optional<std::uint64_t> size = {};  ///< bytes; nothing when it is not known
 };
 
 struct FinalActionRecord {
@@ -33,6 +34,10 @@ struct FinalActionRecord {
 };
 /// "done", "failed", "unknown".
 [[nodiscard]] std::string_view FinalStateWord(FinalActionRecord::State state);
+
+/// Of the lines of a record, which its first line tells. Those of version 1, which told none, had neither the sizes
+/// of results nor their protection.
+inline constexpr int kRecordVersion = 2;
 
 /// A line of the record: what became of one input file.
 struct FileRecord {
@@ -45,7 +50,8 @@ struct FileRecord {
     std::int64_t milliseconds = 0;
     std::vector<FileOutput> outputs = {};
     std::optional<FinalActionRecord> finalAction = {};
-    bool signaturesBroken = false;  ///< a signed document was written as a whole
+    bool signaturesBroken = false;     ///< a signed document was written as a whole
+    ProtectionChange protection = {};  ///< of the document that was read, and of its last result
     /// Everything that was allowed to happen for the file, in its order: what is needed to take it back.
     std::vector<IntendedAct> acts = {};
     /// What the work has found in it, a JSON array; empty when it does not look for anything.

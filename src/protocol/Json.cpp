@@ -50,6 +50,12 @@ std::uint64_t UnsignedAt(const Json& object, const char* key)
     return value && value->is_number_unsigned() ? value->get<std::uint64_t>() : 0;
 }
 
+std::optional<std::uint64_t> MaybeUnsignedAt(const Json& object, const char* key)
+{
+    const Json* value = Find(object, key);
+    return value && value->is_number_unsigned() ? std::optional(value->get<std::uint64_t>()) : std::nullopt;
+}
+
 std::int64_t DecimalAt(const Json& object, const char* key)
 {
     const std::string decimal = TextAt(object, key);

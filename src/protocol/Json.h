@@ -24,6 +24,8 @@
 [[nodiscard]] std::string BytesAt(const Json& object, const char* key);
 [[nodiscard]] std::int64_t IntegerAt(const Json& object, const char* key);
 [[nodiscard]] std::uint64_t UnsignedAt(const Json& object, const char* key);
+/// Nothing when it is absent or no such number.
+[[nodiscard]] std::optional<std::uint64_t> MaybeUnsignedAt(const Json& object, const char* key);
 /// A text that is a number, for those that are too large for some readers of JSON.
 [[nodiscard]] std::int64_t DecimalAt(const Json& object, const char* key);
 /// An integer that is a count or a number of a file; 0 when it is not between 0 and the largest int.

@@ -59,7 +59,7 @@ bool CManifestRun::Load()
         return Unusable(undone, m_options.manifestWayOut);
     if (m_options.description) m_header.order.description = *m_options.description;
     m_facts = ReadRunFacts(m_header);
-    m_record.SetReach(m_header.reach);
+    m_record.SetRun(m_header.reach, m_header.total, IsTrial());
     if (m_header.oneWorker && m_options.shards > 1)
         return Broken("This run cannot be divided: " + m_header.oneWorkerReason);
     PlanSummary& plan = m_options.plan;

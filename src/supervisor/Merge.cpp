@@ -44,6 +44,7 @@ private:
     bool CheckNames()
     {
         m_guard.AddOutput(OutputKind::Record, m_options.recordPath);
+        m_guard.AddOutput(OutputKind::Report, m_options.reportPath);
         m_guard.AddOutput(OutputKind::Log, m_options.logPath);
         m_guard.AddNeeded("the manifest", m_options.manifestPath);
         for (const std::string& path : m_options.journalPaths) m_guard.AddNeeded("a journal", path);
@@ -57,7 +58,7 @@ private:
         auto header = manifest.Open(m_options.manifestPath);
         if (!header) return Broken(header.Error());
         m_header = std::move(*header);
-        m_record.SetReach(m_header.reach);
+        m_record.SetRun(m_header.reach, m_header.total, false);
         PlanSummary& plan = m_result.plan;
         plan.run = m_header.order.run;
         plan.total = m_header.total;

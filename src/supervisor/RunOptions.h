@@ -22,6 +22,7 @@ struct RunOptions {
     EngineOptions engine = {};
     RunDescription request = {};
     std::string recordPath = {};  ///< empty: no file
+    std::string reportPath = {};  ///< of the file that the caller writes afterwards; kept from everything else
     std::string logPath = {};     ///< empty: the product's own log
     bool resume = false;          ///< goes on with the unfinished run of the same request
     bool retryFailed = false;     ///< with resume: does the files that were not saved again, too
@@ -45,6 +46,7 @@ struct ShardOptions {
     int shard = 1, shards = 1;  ///< the first is 1
     std::string journalPath = {};
     std::string recordPath = {};  ///< of this part; empty: no file
+    std::string reportPath = {};  ///< as in RunOptions
     bool retryFailed = false;
 };
 
@@ -52,5 +54,6 @@ struct MergeOptions {
     std::string manifestPath = {};
     std::vector<std::string> journalPaths = {};
     std::string recordPath = {};  ///< empty: no file
+    std::string reportPath = {};  ///< as in RunOptions
     std::string logPath = {};     ///< empty: the product's own log
 };

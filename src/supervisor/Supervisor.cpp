@@ -71,6 +71,7 @@ COutputGuard GuardFor(const RunOptions& options)
 {
     COutputGuard guard;
     guard.AddOutput(OutputKind::Record, options.recordPath);
+    guard.AddOutput(OutputKind::Report, options.reportPath);
     if (!options.dryRun) guard.AddOutput(OutputKind::Log, options.logPath);
     guard.AddNeeded(options.request.work);
     guard.AddNeeded("the password file", options.engine.passwordFile);
@@ -207,6 +208,7 @@ RunResult RunShard(const ShardOptions& options, CRunObserver& observer)
     COutputGuard guard;
     guard.AddOutput(OutputKind::Journal, options.journalPath);
     guard.AddOutput(OutputKind::Record, options.recordPath);
+    guard.AddOutput(OutputKind::Report, options.reportPath);
     guard.AddNeeded("the manifest", options.manifestPath);
     guard.AddNeeded("the password file", options.engine.passwordFile);
     if (std::string problem = guard.Problem(); !problem.empty()) return Failed(ExitClass::Broken, std::move(problem));

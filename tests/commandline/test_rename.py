@@ -133,7 +133,7 @@ esac"""
         self.assertIn("0.pdf", self.place.expect(0, *words, "--dry-run").output)
         self.assertFalse(told.exists())
         record = self.place.root / "record"
-        result = self.place.expect(3, *words, "--record", record, "--report", report)
+        result = self.place.expect(3, *words, "--record", record, "--report-text", report)
         names = {f"{number}.pdf": "".join(c for c in title if c not in '"/*?<>:|') + ".pdf" for number, title in enumerate(hostile)}
         self.assertEqual(sorted(told.read_text().splitlines()), [f"drwx------|{self.place.input}/{old}|{self.place.input}/{new}" for old, new in names.items()])
         self.assertEqual(self.place.names(self.place.input), sorted(names.values()))

@@ -156,6 +156,7 @@ PDDoc CDocuments::OpenNew(const std::string& path, const std::string& key, bool 
         AskPassword(asked);
     if (document.pdf.WasRepaired())
         Diagnose(path + ": the file is damaged; its content was recovered as far as possible");
+    if (events.didLookAtSecurity) events.didLookAtSecurity(path, document.pdf.Security());
     Tell(events.didOpen, asked);
     return asked;
 }
@@ -226,6 +227,7 @@ void CDocuments::Save(PDDoc handle, const DocumentSaveRequest& request)
     if (other != m_byKey.end() && other->second != handle)
         Raise(pdErrAlreadyOpen, target + ": cannot be replaced, because it is open as another document");
     Tell(events.willSave, handle);
+    if (events.willProtect) events.willProtect(target, document.pdf.Security());
     const std::string realFile = RealFileOf(document);
     const bool isSigned = IsSigned(document.pdf), isCertified = isSigned && IsCertified(document.pdf);
     ASErrorCode failed = 0;

@@ -58,6 +58,10 @@ struct DocumentEvents {
     std::function<void(PDDoc, ASErrorCode)> didSave;
     /// A signed document was written as a whole, which makes its signatures worthless.
     std::function<void(PDDoc)> didBreakSignatures;
+    /// What protects the file that a document was opened from.
+    std::function<void(const std::string& path, const SecurityInfo&)> didLookAtSecurity;
+    /// What is going to protect the file, if the save succeeds.
+    std::function<void(const std::string& path, const SecurityInfo&)> willProtect;
 };
 
 /// All open documents. Every failure is a CHostRaise whose message names the file and the reason.

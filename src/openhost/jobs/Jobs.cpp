@@ -95,6 +95,8 @@ CLedger::Answer CLedger::Ask(Act act, const std::string& file, const std::string
     // A run that finds its inputs itself does not tell which one it is at: whatever is going to change may be it.
     if (!m_file.input) NoteBefore(act == Act::Put ? target : file);
     if (deed.stamp) deed.sha256 = m_hashes.Of(file);
+    if (const auto known = m_file.written.find(target); act == Act::Put && known != m_file.written.end())
+        deed.protection = known->second;
     const Answer answer = MayBeOnRecord(deed) ? AskAfterKeeping(deed) : Answer::Refuse;
     deed.done = answer != Answer::Refuse;
     m_file.unsettled = answer == Answer::Go;
@@ -171,19 +173,63 @@ CLedger::Answer CLedger::AskAfterKeeping(Deed& deed)
     return answer;
 }
 
+namespace {
+
+template <class Deed>
+std::optional<std::uint64_t> SizeOf(const Deed& deed)
+{
+    const bool writes = deed.act == Act::Put || deed.act == Act::Move;
+    return writes && deed.stamp ? std::optional(deed.stamp->size) : std::nullopt;
+}
+
+}  // namespace
+
 CLedger::Answer CLedger::AskSource(const Deed& deed)
 {
     const int number = m_file.input ? m_file.input->number : 0;
-    return m_source.MayAct({.number = number,
-                            .finalAction = deed.finalAction,
-                            .act = deed.act,
-                            .file = deed.file,
-                            .target = deed.target,
-                            .sha256 = deed.sha256,
-                            .former = deed.former,
-                            .traits = deed.traits,
-                            .objection = TextFromBytes(deed.objection),
-                            .copy = deed.copy});
+    return m_source.MayAct(
+        {.number = number,
+         .finalAction = deed.finalAction,
+         .act = deed.act,
+         .file = deed.file,
+         .target = deed.target,
+         .sha256 = deed.sha256,
+         .former = deed.former,
+         .traits = deed.traits,
+         .objection = TextFromBytes(deed.objection),
+         .copy = deed.copy,
+         .size = SizeOf(deed),
+         .protection = deed.act == Act::Put && !deed.finalAction && m_file.input
+                           ? ProtectionChange{ProtectionBefore(m_file.input->path), deed.protection}
+                           : ProtectionChange{}});
+}
+
+void CLedger::Read(const std::string& path, const ProtectionState& protection)
+{
+    m_file.read.emplace(path, protection);
+}
+
+void CLedger::WillWrite(const std::string& path, const ProtectionState& protection)
+{
+    m_file.written.insert_or_assign(path, protection);
+}
+
+std::optional<ProtectionState> CLedger::ProtectionBefore(const std::string& path) const
+{
+    const auto known = m_file.read.find(path);
+    return known == m_file.read.end() ? std::nullopt : std::optional(known->second);
+}
+
+/// What was copied, or only got another name, is protected as it was.
+ProtectionChange CLedger::ProtectionDone(const FileRecord& record) const
+{
+    ProtectionChange change{ProtectionBefore(record.path), {}};
+    for (const Deed& deed : m_file.deeds) {
+        if (!deed.done || deed.finalAction || deed.copy || deed.act != Act::Put) continue;
+        const bool same = !deed.sha256.empty() && deed.sha256 == record.sha256;
+        change.after = deed.protection ? deed.protection : same ? change.before : std::nullopt;
+    }
+    return change;
 }
 
 std::optional<bool> CLedger::Exists(const std::string& path) const
@@ -229,7 +275,7 @@ std::vector<FileOutput> CLedger::Outputs() const
         std::erase_if(outputs,
                       [&](const auto& output) { return output.path == deed.target || output.path == deed.file; });
         if (deed.act == Act::Move && IsWaitingPlace(deed.target)) continue;
-        outputs.push_back({deed.target, deed.sha256, deed.copy});
+        outputs.push_back({deed.target, deed.sha256, deed.copy, SizeOf(deed)});
     }
     return outputs;
 }
@@ -284,6 +330,7 @@ FileRecord CLedger::FileDone(const std::string& path, FileOutcome outcome, const
     if (const Deed* const moved = OwnMove(record.path)) record.sha256 = moved->sha256;
     record.finalAction = FinalActionOf(outcome);
     record.signaturesBroken = m_file.signaturesBroken;
+    record.protection = ProtectionDone(record);
     const std::uint64_t now = m_clock();
     record.milliseconds = static_cast<std::int64_t>(now - std::min(m_file.beganAt, now));
     m_file = {};

@@ -90,6 +90,10 @@ public:
     void Copying(bool begins) { m_file.copying = begins; }
     /// A signed document of the present input is going to be written as a whole.
     void SignaturesBroken() { m_file.signaturesBroken = true; }
+    /// A document was opened from the file.
+    void Read(const std::string& path, const ProtectionState& protection);
+    /// A document, protected so, is going to be written into the file.
+    void WillWrite(const std::string& path, const ProtectionState& protection);
     /// Closes the present input. Without one that began, `path` names it.
     FileRecord FileDone(const std::string& path, FileOutcome outcome, const std::string& message);
 
@@ -108,6 +112,7 @@ private:
         std::optional<FileTraits> traits = {};  // of what it moves
         std::string objection = {};             // why it must not happen
         bool copy = false;
+        std::optional<ProtectionState> protection = {};  // of what is put
     };
     struct Content {
         std::uint64_t size = 0;
@@ -122,6 +127,7 @@ private:
         bool finalActionBegun = false;
         bool signaturesBroken = false;
         bool copying = false;
+        std::map<std::string, ProtectionState> read, written;  // of the files at these paths: the first, the latest
     };
 
     void NoteBefore(const std::string& path);
@@ -129,6 +135,8 @@ private:
     void KeepFormer(Deed& deed);
     std::string KeepOriginal(const std::string& path, FormerFile& former);
     bool MayBeOnRecord(const Deed& deed) const;
+    std::optional<ProtectionState> ProtectionBefore(const std::string& path) const;
+    ProtectionChange ProtectionDone(const FileRecord& record) const;
     Answer AskSource(const Deed& deed);
     Answer AskAfterKeeping(Deed& deed);
     void SettleLast();

@@ -120,6 +120,17 @@ void CloseViews()
     }
 }
 
+ProtectionState ProtectionOf(const SecurityInfo& security)
+{
+    using Method = ProtectionState::Method;
+    if (!security.encrypted) return {};
+    const Method method = security.method == 7                           ? Method::Aes256
+                          : security.method == 5 || security.method == 6 ? Method::Aes128
+                          : security.method == 2                         ? Method::Rc4
+                                                                         : Method::Other;
+    return {method, security.hasUser};
+}
+
 }  // namespace
 
 COpenHost::COpenHost(OpenHostOptions options) : m_options(std::move(options)), m_host(std::make_unique<CHost>())
@@ -128,6 +139,20 @@ COpenHost::COpenHost(OpenHostOptions options) : m_options(std::move(options)), m
 }
 
 COpenHost::~COpenHost() { ShutDown(); }
+
+/// Without jobs there is nobody to tell what becomes of documents.
+void COpenHost::TakeJobs()
+{
+    Part<CJobs>().TakeFrom(m_options.jobs);
+    DocumentEvents& events = Part<CDocuments>().events;
+    events.didBreakSignatures = [](PDDoc) { Part<CJobs>().Ledger().SignaturesBroken(); };
+    events.didLookAtSecurity = [](const std::string& path, const SecurityInfo& security) {
+        Part<CJobs>().Ledger().Read(path, ProtectionOf(security));
+    };
+    events.willProtect = [](const std::string& path, const SecurityInfo& security) {
+        Part<CJobs>().Ledger().WillWrite(path, ProtectionOf(security));
+    };
+}
 
 void COpenHost::Prepare()
 {
@@ -138,8 +163,7 @@ void COpenHost::Prepare()
     Part<AppSettings>().quitItem = m_options.quitItem;
     Part<CRunRecord>().verbose = m_options.verbose;
     Part<CRunRecord>().silent = !m_options.sayRun;
-    if (m_options.jobs) Part<CJobs>().TakeFrom(m_options.jobs);
-    Part<CDocuments>().events.didBreakSignatures = [](PDDoc) { Part<CJobs>().Ledger().SignaturesBroken(); };
+    if (m_options.jobs) TakeJobs();
     Part<CDocuments>().passwordCandidates = m_options.passwordCandidates;
     if (!m_options.textCacheFolder.empty())
         Part<CDocuments>().textCache = std::make_unique<CTextCache>(m_options.textCacheFolder);

@@ -82,6 +82,7 @@ public:
 
 private:
     void Prepare();
+    void TakeJobs();
 
     OpenHostOptions m_options;
     CPlugIns m_plugIns;  // outlives the host, which may still hold pointers into the libraries

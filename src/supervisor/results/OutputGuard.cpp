@@ -17,10 +17,12 @@ struct KindRow {
     const char *what, *option, *begin;
 };
 /// In the order of OutputKind. A file of the kind begins so.
-constexpr std::array<KindRow, 4> kKinds = {{{"the record", "--record", R"({"number":)"},
+constexpr std::array<KindRow, 6> kKinds = {{{"the record", "--record", R"({"number":)"},
                                             {"the manifest", "--manifest", R"({"ferrule":"manifest")"},
                                             {"the journal", "--journal", R"({"ferrule":"journal")"},
-                                            {"the log", "--log", "1: LOG STARTED: "}}};
+                                            {"the log", "--log", "1: LOG STARTED: "},
+                                            {"the report", "--report", kReportBegin},
+                                            {"the report", "--html", kReportBegin}}};
 constexpr std::string_view kOutcomeKey = R"("outcome":)";
 
 const KindRow& RowOf(OutputKind kind) { return kKinds[static_cast<std::size_t>(kind)]; }
@@ -64,8 +66,9 @@ bool IsOfKind(OutputKind kind, std::string_view head)
 
 std::string TakenFor(std::string_view head)
 {
-    constexpr OutputKind kAll[] = {OutputKind::Record, OutputKind::Manifest, OutputKind::Journal, OutputKind::Log};
-    constexpr const char* kNames[] = {"a record", "a manifest", "a journal", "a log"};
+    constexpr OutputKind kAll[] = {OutputKind::Record, OutputKind::Manifest, OutputKind::Journal, OutputKind::Log,
+                                   OutputKind::Report};
+    constexpr const char* kNames[] = {"a record", "a manifest", "a journal", "a log", "a report"};
     if (Holds(head.substr(0, 1024), "%PDF-")) return "a PDF document";
     for (const OutputKind kind : kAll)
         if (head.size() >= std::string_view(RowOf(kind).begin).size() && IsOfKind(kind, head))

@@ -9,7 +9,11 @@
 #include "protocol/RunDescription.h"
 #include "supervisor/RunObserver.h"
 
-enum class OutputKind { Record, Manifest, Journal, Log };
+/// Report and ReportPage are the same kind of file under other options.
+enum class OutputKind { Record, Manifest, Journal, Log, Report, ReportPage };
+
+/// What the page of a report begins with.
+inline constexpr char kReportBegin[] = "<!DOCTYPE html><!-- Ferrule: report of a run -->";
 
 class COutputGuard {
 public:

@@ -15,7 +15,12 @@ platform::FileResult CRecordWriter::Open(const std::string& path)
 void CRecordWriter::Add(const FileRecord& record)
 {
     Json object = FileRecordJson(record);
-    if (m_reach) object["run"] = RunReachJson(*m_reach);
+    if (m_reach) {
+        object["version"] = kRecordVersion;
+        object["total"] = m_total;
+        if (m_trial) object["dryRun"] = true;
+        object["run"] = RunReachJson(*m_reach);
+    }
     m_reach.reset();
     std::string line = LineOf(object);
     m_observer.RecordLine(line);

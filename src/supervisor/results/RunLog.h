@@ -18,8 +18,14 @@ public:
     /// Creates the file, or empties it. Without one, lines only go to the observer, who is borrowed.
     explicit CRecordWriter(CRunObserver& observer) : m_observer(observer) {}
     platform::FileResult Open(const std::string& path);
-    /// What the first line says of the run as a whole.
-    void SetReach(RunReach reach) { m_reach = std::move(reach); }
+    /// What the first line says of the run as a whole: what it may have touched, how many files it has in all parts,
+    /// and whether it is a trial.
+    void SetRun(RunReach reach, int total, bool trial)
+    {
+        m_reach = std::move(reach);
+        m_total = total;
+        m_trial = trial;
+    }
     void Add(const FileRecord& record);
     /// The first failure of writing.
     platform::FileResult Result() const { return {m_error}; }
@@ -28,6 +34,8 @@ public:
 private:
     CRunObserver& m_observer;
     std::optional<RunReach> m_reach;  // until the first line is written
+    int m_total = 0;
+    bool m_trial = false;
     platform::Stream m_file;
     int m_error = 0;
 };

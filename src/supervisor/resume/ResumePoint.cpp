@@ -51,6 +51,7 @@ public:
             m_point.record.outputs = results->outputs;
             m_point.record.sha256 = results->sha256;
             m_point.record.signaturesBroken = results->signaturesBroken;
+            m_point.record.protection = results->protection;
         }
         if (m_intents.empty()) {
             m_point.left = results ? Left::FinalAction : Left::Everything;
@@ -81,7 +82,8 @@ private:
             if (!Holds(intent.target, intent.sha256) && !(inPlace && InFinalAction())) continue;
             m_inPlace = m_inPlace || inPlace;
             std::erase_if(outputs, [&](const FileOutput& output) { return output.path == intent.target; });
-            outputs.push_back({intent.target, intent.sha256, intent.copy});
+            outputs.push_back({intent.target, intent.sha256, intent.copy, intent.size});
+            if (!intent.copy && intent.protection.Known()) m_point.record.protection = intent.protection;
         }
     }
 
@@ -129,7 +131,7 @@ private:
         if (sourceThere && !platform::DeleteFile(last.file)) return;
         m_point.left = Left::Nothing;
         m_point.record.sha256 = last.sha256;
-        m_point.record.outputs.push_back({last.target, last.sha256, false});
+        m_point.record.outputs.push_back({last.target, last.sha256, false, last.size});
     }
 
     /// A script is started once the file has its new name, and never twice.

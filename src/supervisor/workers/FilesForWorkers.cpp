@@ -117,6 +117,7 @@ void AddEarlier(const FileInHand& hand, DoneFile& done)
     if (hand.results) {
         record.outputs.insert(record.outputs.begin(), hand.results->outputs.begin(), hand.results->outputs.end());
         if (!hand.results->sha256.empty()) record.sha256 = hand.results->sha256;
+        if (!record.protection.after) record.protection = hand.results->protection;
         record.signaturesBroken = record.signaturesBroken || hand.results->signaturesBroken;
         record.outcome = Worse(record.outcome, hand.results->outcome);
     }

@@ -28,8 +28,8 @@ endforeach()
 set(share ${PROJECT_BINARY_DIR}/share)
 install(DIRECTORY ${share}/bash-completion ${share}/zsh ${share}/fish DESTINATION share)
 install(FILES README.md DESTINATION ${documents})
-install(FILES docs/runs.md docs/several-machines.md docs/javascript.md DESTINATION ${documents}/docs) # what README.md refers to
-install(DIRECTORY samples/documents samples/sequences DESTINATION ${documents}/examples)
+install(FILES docs/runs.md docs/several-machines.md docs/watch.md docs/javascript.md DESTINATION ${documents}/docs) # what README.md refers to
+install(DIRECTORY samples/documents samples/sequences samples/systemd DESTINATION ${documents}/examples)
 install(FILES samples/passwords.txt DESTINATION ${documents}/examples)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/package/copyright.in ${share}/copyright @ONLY)
 install(FILES ${share}/copyright DESTINATION ${documents})

@@ -26,7 +26,7 @@ constexpr char kHead[] = R"(
 *{box-sizing:border-box}
 body{margin:0 auto;padding:1.5rem;max-width:72rem;background:var(--back);color:var(--text);font:1rem/1.5 system-ui,"Segoe UI",
 "DejaVu Sans",sans-serif}
-h1{font-size:1.6rem;margin:0 0 .5rem}h2{font-size:1.2rem;margin:2rem 0 .6rem}h3{font-size:1rem;margin:0 0 .4rem}
+h1{font-size:1.6rem;margin:0 0 .5rem}h2{font-size:1.2rem;margin:2rem 0 .6rem}h3{font-size:1rem;margin:1.4rem 0 .4rem}.group h3,figure h3{margin-top:0}
 p{margin:.4rem 0}.soft{color:var(--soft)}.path{overflow-wrap:anywhere;unicode-bidi:isolate}
 .warning{background:var(--warn);border-left:.3rem solid var(--amber);padding:.6rem 1rem;margin:1rem 0}
 .cards{display:grid;grid-template-columns:repeat(auto-fit,minmax(8.5rem,1fr));gap:.6rem;margin:1rem 0}
@@ -34,7 +34,7 @@ p{margin:.4rem 0}.soft{color:var(--soft)}.path{overflow-wrap:anywhere;unicode-bi
 .card b{display:block;font-size:1.5rem;font-weight:600;font-variant-numeric:tabular-nums}
 .plots{display:grid;grid-template-columns:repeat(auto-fit,minmax(min(100%,20rem),1fr));gap:1rem}
 figure{margin:0;background:var(--card);border-radius:.3rem;padding:.8rem}figcaption{color:var(--soft);font-size:.9rem}
-svg{display:block;width:100%;height:auto}svg.bar{height:1.6rem;border-radius:.3rem}
+svg{display:block;width:100%;max-width:40rem;height:auto}svg.bar{max-width:none;height:1.6rem;border-radius:.3rem}
 svg text{font-size:12px;fill:var(--soft)}.axis{stroke:var(--soft)}.grid{stroke:var(--line)}
 .column{fill:var(--blue)}.neutral{fill:var(--grey)}.dot{fill:var(--blue);fill-opacity:.75}.dot.unfine{fill:var(--red)}
 .o-saved{fill:var(--green);border-color:var(--green)}.o-copied-unchanged{fill:var(--teal);border-color:var(--teal)}

@@ -51,6 +51,13 @@ std::string Label(double x, double y, const char* anchor, const std::string& tex
            "</text>";
 }
 
+/// A power of ten beside an axis, where there is no room for minutes and hours.
+std::string TickText(double milliseconds)
+{
+    if (milliseconds < 999) return Grouped(static_cast<std::uint64_t>(std::llround(milliseconds))) + " ms";
+    return Grouped(static_cast<std::uint64_t>(std::llround(milliseconds / 1000))) + " s";
+}
+
 std::string Frame(const std::string& below)
 {
     const double bottom = kTop + kInnerHeight;
@@ -139,7 +146,7 @@ std::string TimeHistogram(const CLogHistogram& histogram, const std::string& uni
     for (int decade = decades.first; decade <= decades.end; ++decade) {
         const double x = kLeft + (decade - decades.first) * step * CLogHistogram::kStepsOfDecade;
         content += Line(x, bottom, x, bottom + 4, "axis") +
-                   Label(x, bottom + 18, decade == decades.end ? "end" : "middle", TimeText(std::pow(10, decade)));
+                   Label(x, bottom + 18, decade == decades.end ? "end" : "middle", TickText(std::pow(10, decade)));
     }
     return Picture(kWidth, kHeight, "Histogram: " + unit, content + Frame(unit));
 }
@@ -170,7 +177,7 @@ std::string TimePlot(const TimeGrid& grid)
     for (int decade = up.first; decade <= up.end; ++decade) {
         const double y = bottom - (decade - up.first) * steps * height;
         content += Line(kLeft, y, kLeft + kInnerWidth, y, "grid") +
-                   Label(kLeft - 6, y + 4, "end", TimeText(TimeGrid::kShortest * std::pow(10, decade)));
+                   Label(kLeft - 6, y + 4, "end", TickText(TimeGrid::kShortest * std::pow(10, decade)));
     }
     for (int row = 0; row < TimeGrid::kRows; ++row)
         for (int column = 0; column < TimeGrid::kColumns; ++column) {

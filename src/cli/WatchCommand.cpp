@@ -35,8 +35,9 @@ public:
     }
     void Trouble(const WatchedFile& file) override
     {
-        const std::string then = file.state == WatchState::Quarantined ? " In quarantine." : " It is tried again.";
-        Say(file.path + ": " + file.trouble.reason + then);
+        const std::string& reason = file.trouble.reason;
+        const char* const then = file.state == WatchState::Quarantined ? " In quarantine." : " It is tried again.";
+        Say(file.path + ": " + reason + (reason.ends_with('.') ? "" : ".") + then);
     }
 
 private:

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/Names.h"
+#include "base/Text.h"
 #include "cli/RunArguments.h"
 #include "cli/RunCommands.h"
 #include "cli/RunPrinter.h"
@@ -10,6 +11,7 @@
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "protocol/Json.h"
+#include "protocol/JsonType.h"
 #include "supervisor/Watch.h"
 
 namespace cli {

@@ -46,6 +46,7 @@ public:
 
     void FileDone(const FileRecord& record, const RunProgress& progress) override
     {
+        if (record.outcome == FileOutcome::Saved) ++saved;
         m_observer.FileDone(record, progress);
     }
     void RecordLine(const std::string& json) override
@@ -57,6 +58,7 @@ public:
     void Warning(const std::string& text) override { m_observer.Warning(text); }
 
     Records records;
+    std::uint64_t saved = 0;  // by this start
 
 private:
     CRunObserver& m_observer;
@@ -109,8 +111,8 @@ public:
         else if (Prepare())
             Loop();
         m_result.quarantined = m_model.Quarantined().size();
-        m_result.waiting = m_model.Waiting();
         m_result.leftOpen = m_options.dryRun ? 0 : m_journal.OpenBatch().size();
+        m_result.waiting = m_model.Waiting() - std::min(m_model.Waiting(), m_result.leftOpen);
         return std::move(m_result);
     }
 
@@ -374,15 +376,19 @@ private:
     {
         RunOptions run{.engine = m_options.engine, .request = m_options.request, .logPath = m_options.logPath};
         run.request.inputs.clear();
-        for (const SeenFile& file : m_journal.OpenBatch()) run.request.inputs.push_back(file.path);
         run.request.minAgeSeconds = 0;
         run.request.sparesRepaired = true;
         run.request.extensions.clear();
         run.folder = BatchFolder();
         run.resume = resumes && platform::FileExists(ManifestIn(run.folder));
+        // A plan that is there says itself what became of its files. One that is still to be made has those that are.
+        for (const SeenFile& file : m_journal.OpenBatch())
+            if (run.resume || IsUnchanged(file)) run.request.inputs.push_back(file.path);
         if (!m_options.recordsFolder.empty()) run.recordPath = BatchRecord();
         return run;
     }
+
+    enum class Batch { Done, GivenUp };
 
     /// Does the open batch. False: it is still open.
     bool WorkOff(bool resumes)
@@ -393,14 +399,17 @@ private:
         m_resumeTold = true;
         CBatchObserver observer(m_observer);
         const RunOptions run = BatchOptions(resumes);
+        if (run.request.inputs.empty()) return EndBatch({}, {}, Batch::GivenUp);
         const RunResult result = RunPlanned(run, observer);
+        m_result.done += observer.saved;
         if (result.exit == ExitClass::Stopped) return false;
         if (result.exit == ExitClass::Broken) {
             if (!run.resume || result.resumable) return Trouble(result.message);
-            m_observer.Notice(result.message);
-            observer.records = GiveUpBatch();
+            m_observer.Notice("The batch cannot be gone on with; the files that it has not done are begun anew. " +
+                              result.message);
+            return EndBatch(GiveUpBatch(), result.plan.run, Batch::GivenUp);
         }
-        return EndBatch(observer.records, result);
+        return EndBatch(observer.records, result.plan.run, Batch::Done);
     }
 
     /// What it has done counts; what it has begun is cleaned up, and done anew as the folder is now.
@@ -410,14 +419,13 @@ private:
         if (const auto read = ReadJournal(JournalIn(BatchFolder()), {}, done); !read)
             m_observer.Warning(read.Error());
         GiveUpRun(ManifestIn(BatchFolder()), JournalIn(BatchFolder()), m_observer);
-        m_gaveUp = true;
         return std::move(done.records);
     }
 
-    bool EndBatch(Records& records, const RunResult& result)
+    bool EndBatch(const Records& records, const std::string& run, Batch batch)
     {
         CBatchOutcomes outcomes(m_model, m_watched);
-        if (!records.empty() || !std::exchange(m_gaveUp, false))
+        if (!records.empty() || batch == Batch::Done)
             outcomes.Take(m_journal.OpenBatch(), records, m_options.request.finalAction,
                           platform::MonotonicMilliseconds(), SecondsNow());
         if (std::string problem = m_journal.EndBatch(outcomes.Kept(), outcomes.Gone()); !problem.empty())
@@ -428,8 +436,7 @@ private:
             ++m_result.failed;
             m_observer.Trouble(file);
         }
-        m_result.done += static_cast<std::uint64_t>(result.Count(FileOutcome::Saved));
-        KeepRecord(result.plan.run);
+        KeepRecord(run);
         ForgetBatch();
         WriteQuarantine();
         return true;
@@ -482,8 +489,7 @@ private:
     int m_interruptsSeen = 0, m_looks = 0;
     std::uint64_t m_nextLook = 0, m_nextHouseKeeping = 0, m_pause = kFirstPauseMs;
     std::string m_problem, m_told, m_lookProblem, m_quarantineText;
-    bool m_compacted = false, m_quarantineWritten = false, m_quarantineTold = false, m_resumeTold = false,
-         m_gaveUp = false;
+    bool m_compacted = false, m_quarantineWritten = false, m_quarantineTold = false, m_resumeTold = false;
 };
 
 }  // namespace

@@ -26,7 +26,8 @@ struct WatchResult {
     std::string message = {};  ///< why it did not start or broke off
     std::uint64_t done = 0;    ///< files, since it started
     std::uint64_t failed = 0;  ///< attempts that failed, since it started
-    std::size_t quarantined = 0, waiting = 0;
+    std::size_t quarantined = 0;
+    std::size_t waiting = 0;   ///< files that no batch has taken
     std::size_t leftOpen = 0;  ///< files of the batch that was stopped; the next start goes on with it
     std::string quarantinePath = {};
 };

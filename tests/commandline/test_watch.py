@@ -105,6 +105,34 @@ class Watching(unittest.TestCase):
             self.assertEqual(process.returncode, 130 if sent == signal.SIGTERM else -sent, errors.decode())
             self.assertGreaterEqual(len(list(self.place.done.iterdir())), wanted, errors.decode())
 
+    def test_interrupted_batch_that_cannot_be_gone_on_with(self):
+        """What it has done counts, the rest is begun anew as the folder is then."""
+        names = [f"{number}.pdf" for number in range(100)]
+
+        def change_sequence():
+            self.place.protect_sequence(method=1)
+
+        def lose_plan():  # as when the end came before the plan was written
+            next((self.place.root / "config").rglob("batch/manifest*")).unlink()
+
+        for change in (change_sequence, lose_plan):
+            documents(self.place, names)
+            process = self.place.start(*self.words(*self.moving()))
+            while len(self.place.names(self.place.done)) < 20 and process.poll() is None:
+                time.sleep(0.01)
+            process.kill()
+            process.communicate()
+            done = self.place.names(self.place.done)
+            left = self.place.names(self.place.input)
+            self.assertGreater(len(left), 1, "the end came too late")
+            (self.place.input / left[0]).unlink()
+            change()
+            self.once(0, *self.moving())
+            self.assertEqual(self.place.names(self.place.done), sorted([*done, *left[1:]]), change.__name__)
+            self.assertEqual((self.place.names(self.place.input), self.quarantined()), ([], {}), change.__name__)
+            for path in [*self.place.output.iterdir(), *self.place.done.iterdir()]:
+                path.unlink()
+
     def test_versions_results_in_the_folder_and_names_of_others(self):
         """Without a final action the journal alone knows what is done."""
         output = self.place.input / "out"

@@ -34,6 +34,15 @@ WatchStamp StampNow(const std::string& path, const WatchStamp& fallback)
     return {.size = stamp->size, .modifiedNanoseconds = stamp->modifiedNanoseconds};
 }
 
+/// What was not done because somebody has changed it or taken it away has not failed.
+WatchVerdict Verdict(const SeenFile& file, const FileRecord& record, FinalAction finalAction)
+{
+    const WatchVerdict verdict = VerdictOn(record, finalAction);
+    if (record.outcome == FileOutcome::Saved || !record.outputs.empty()) return verdict;
+    if (!platform::NameExists(file.path)) return WatchVerdict::Gone;
+    return StampNow(file.path, file.stamp).IsSameVersion(file.stamp) ? verdict : WatchVerdict::NotDone;
+}
+
 bool WasReplaced(const FileRecord& record)
 {
     return std::ranges::any_of(record.outputs, [&](const FileOutput& output) { return output.path == record.path; });
@@ -55,7 +64,7 @@ void CBatchOutcomes::Take(const std::vector<SeenFile>& batch,
     for (const SeenFile& file : batch) {
         const auto record = records.find(file.path);
         if (record != records.end())
-            TakeOne(file, record->second, VerdictOn(record->second, finalAction), nowMs, nowSeconds);
+            TakeOne(file, record->second, Verdict(file, record->second, finalAction), nowMs, nowSeconds);
         else if (records.empty())  // else it would be handed out again and again
             m_kept.push_back(m_model.Failed(file, {}, "The run has not taken the file.", nowMs, nowSeconds));
     }

@@ -9,6 +9,7 @@
 #include "base/Names.h"
 #include "base/Sha256.h"
 #include "base/Text.h"
+#include "platform/AtomicFile.h"
 #include "platform/Clock.h"
 #include "platform/FileDigest.h"
 #include "platform/Files.h"
@@ -133,6 +134,8 @@ private:
                           ").");
         (void)platform::MakeFolderPrivate(m_home);
         if (!TakeTheLock()) return false;
+        // What an earlier start was writing here when it was killed.
+        (void)RemoveTemporaries({m_home}, platform::TemporaryPrefix({}));
         if (std::string problem = m_journal.Open(m_model, platform::MonotonicMilliseconds()); !problem.empty())
             return Broken(std::move(problem));
         if (!PlanOfNothing()) return false;

@@ -17,6 +17,7 @@ FILES = int(os.environ.get("FERRULE_WATCH_FILES", "20"))
 WRITERS = int(os.environ.get("FERRULE_WATCH_WRITERS", "2"))
 KILLS = int(os.environ.get("FERRULE_WATCH_KILLS", "1"))
 ENDS = int(os.environ.get("FERRULE_WATCH_ENDS", "0"))
+STARTS = int(os.environ.get("FERRULE_WATCH_STARTS", "6"))
 
 
 def write_slowly(path, content, chance, give_up):
@@ -42,8 +43,8 @@ class Watching(unittest.TestCase):
         self.records.mkdir()
         self.quarantine = self.place.root / "quarantine.jsonl"
 
-    def words(self, *more):
-        return ["watch", self.sequence, "--input", self.place.input, "--output", self.place.output, "--min-age", 1, "--jobs", 2,
+    def words(self, *more, min_age=1):
+        return ["watch", self.sequence, "--input", self.place.input, "--output", self.place.output, "--min-age", min_age, "--jobs", 2,
                 "--records", self.records, "--quarantine", self.quarantine, "--retry-pause", 0, "--tries", 2, *more]
 
     def once(self, code, *more):
@@ -104,6 +105,24 @@ class Watching(unittest.TestCase):
                 _, errors = process.communicate(timeout=60)
             self.assertEqual(process.returncode, 130 if sent == signal.SIGTERM else -sent, errors.decode())
             self.assertGreaterEqual(len(list(self.place.done.iterdir())), wanted, errors.decode())
+
+    def test_starts_that_are_killed_at_any_moment(self):
+        chance = random.Random(int(os.environ.get("FERRULE_SEED", "20")))
+        for more, inputs_stay in ((self.moving(), False), ([], True)):
+            names = []
+            for _ in range(STARTS):
+                names += documents(self.place, [f"{len(names) + number}.pdf" for number in range(chance.randint(1, 25))])
+                process = self.place.start(*self.words(*more, min_age=0))
+                time.sleep(chance.uniform(0.02, 2))
+                process.send_signal(chance.choice([signal.SIGKILL, signal.SIGKILL, signal.SIGTERM]))
+                process.communicate(timeout=60)
+            self.once(0, *more)
+            names = sorted(path.name for path in names)
+            self.assertEqual(self.place.names(self.place.output), names)
+            self.assertEqual(self.place.names(self.place.input), names if inputs_stay else [])
+            self.assertEqual(self.place.names(self.place.done), [] if inputs_stay else names)
+            self.assertEqual(temporaries(self.place.root / "config"), [])
+            self.place.clear(self.place.input, self.place.output, self.place.done)
 
     def test_interrupted_batch_that_cannot_be_gone_on_with(self):
         """What it has done counts, the rest is begun anew as the folder is then."""

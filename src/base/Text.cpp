@@ -136,13 +136,22 @@ void AppendMark(std::string& text, unsigned char byte)
     text += static_cast<char>(0x80 | (byte & 0x3F));
 }
 
+/// Moves the ASCII that comes first: most texts are nothing else.
+void MoveAscii(std::string_view& from, std::string& to)
+{
+    std::size_t length = 0;
+    while (length < from.size() && ByteAt(from, length) < 0x80) ++length;
+    to.append(from.substr(0, length));
+    from.remove_prefix(length);
+}
+
 }  // namespace
 
 std::string TextFromBytes(std::string_view bytes)
 {
     std::string text;
     text.reserve(bytes.size());
-    while (!bytes.empty()) {
+    for (MoveAscii(bytes, text); !bytes.empty(); MoveAscii(bytes, text)) {
         std::size_t length = CharacterLength(bytes);
         if (length > 0 && !IsMark(bytes)) {
             text += bytes.substr(0, length);
@@ -159,7 +168,7 @@ std::string BytesFromText(std::string_view text)
 {
     std::string bytes;
     bytes.reserve(text.size());
-    while (!text.empty()) {
+    for (MoveAscii(text, bytes); !text.empty(); MoveAscii(text, bytes)) {
         if (IsMark(text)) {
             bytes += static_cast<char>(ByteAt(text, 2) | (ByteAt(text, 1) == kMarkHigh ? 0x40 : 0));
             text.remove_prefix(3);

@@ -151,7 +151,7 @@ void CWorkerLink::LogMark(LogPlace place) { (void)Ask(AskNote{place}); }
 /// There may be very many: they wait for each other.
 void CWorkerLink::Report(std::string_view json)
 {
-    const bool oneLine = json.find_first_of("\r\n") == std::string_view::npos;
+    const bool oneLine = json.find('\n') == std::string_view::npos && json.find('\r') == std::string_view::npos;
     if (oneLine && Json::accept(json)) return m_lines.Put(ReportLine(json));
     Json parsed = Json::parse(json, nullptr, false);
     if (parsed.is_discarded())

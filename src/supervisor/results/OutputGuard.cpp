@@ -144,7 +144,8 @@ bool IsDevice(const std::string& path) { return TypeOf(path) == std::filesystem:
 
 void COutputGuard::AddOutput(OutputKind kind, const std::string& path)
 {
-    if (!path.empty()) m_files.push_back({RowOf(kind).what, RowOf(kind).option, path, kind, true});
+    if (!path.empty())
+        m_files.push_back({RowOf(kind).what, RowOf(kind).option, path, kind, true, platform::FileSize(path)});
 }
 
 void COutputGuard::AddNeeded(const std::string& what, const std::string& path)
@@ -181,10 +182,8 @@ std::string COutputGuard::ProblemWithInput(const PlannedFile& input) const
 {
     for (const Named& output : m_files) {
         if (!output.output) continue;
-        // Asking the system about every one of very many inputs takes long over a network.
-        const auto stamp = platform::StampOf(output.path);
-        if (!stamp) continue;
-        const bool mayBe = stamp->size == input.size || FileName(output.path) == FileName(input.path);
+        // Asking the system about every one of very many inputs takes long.
+        const bool mayBe = output.size == input.size || input.path.ends_with(FileName(output.path));
         if (mayBe && IsSamePlace(output.path, input.path))
             return ClashProblem(output, {.what = "an input", .option = {}, .path = input.path});
     }

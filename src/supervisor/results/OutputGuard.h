@@ -38,6 +38,7 @@ private:
         std::string what, option, path;
         OutputKind kind = OutputKind::Record;
         bool output = false;
+        std::optional<std::uint64_t> size = {};  // of an output that is there already
     };
     static std::string ClashProblem(const Named& output, const Named& other);
 

@@ -101,6 +101,9 @@ public:
                                           WantsFolder(request.finalAction) ? request.destination : std::string()})
             if (!folder.empty() && platform::ResolvedPath(folder) != platform::ResolvedPath(m_watched))
                 m_look.leftOut.push_back(folder);
+        for (const std::string& file : {options.logPath, options.quarantinePath})
+            if (!file.empty()) m_look.leftOut.push_back(file);
+        for (const WorkFile& file : request.work.files) m_look.leftOut.push_back(file.path);
         m_result.quarantinePath =
             options.quarantinePath.empty() ? m_home + "quarantine.jsonl" : options.quarantinePath;
     }
@@ -260,7 +263,7 @@ private:
         if (SayWhatIsUnreadable(look)) return false;
         m_model.Look(look.files, look.whole, begin, SecondsNow());
         ++m_looks;
-        KeepHouse(look.whole, end);
+        KeepHouse(look, end);
         WriteQuarantine();
         return true;
     }
@@ -280,10 +283,13 @@ private:
         return !look.problem.empty();
     }
 
-    void KeepHouse(bool whole, std::uint64_t nowMs)
+    void KeepHouse(const FolderLook& look, std::uint64_t nowMs)
     {
-        if (whole && m_journal.OpenBatch().empty() && (!m_compacted || m_journal.WantsCompacting())) {
-            m_model.ForgetOlderThan(SecondsNow() - kRemembered);
+        // Each day, too: only a compacted journal says what was there lately.
+        const bool wanted = !m_compacted || m_nextHouseKeeping <= nowMs || m_journal.WantsCompacting();
+        if (look.whole && m_journal.OpenBatch().empty() && wanted) {
+            // A share that is not there may show an empty folder.
+            if (!look.files.empty()) m_model.ForgetOlderThan(SecondsNow() - kRemembered);
             const std::string problem = m_journal.Compact(m_model);
             m_compacted = problem.empty();
             if (!problem.empty()) Tell(problem);
@@ -353,9 +359,14 @@ private:
 
     bool BeginBatch()
     {
-        std::vector<WatchedFile> kept;
-        const std::vector<SeenFile> files = Choose(kFilesOfBatch, &kept);
-        if (std::string problem = m_journal.Add(kept); !problem.empty()) return Trouble(problem);
+        std::vector<SeenFile> files;
+        // When all that were chosen turn out to be done already, others wait behind them.
+        for (bool more = true; more && files.empty() && !Interrupted();) {
+            std::vector<WatchedFile> kept;
+            files = Choose(kFilesOfBatch, &kept);
+            if (std::string problem = m_journal.Add(kept); !problem.empty()) return Trouble(problem);
+            more = !kept.empty();
+        }
         m_problem.clear();
         if (files.empty()) return false;
         ForgetBatch();

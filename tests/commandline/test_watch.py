@@ -203,6 +203,36 @@ class Watching(unittest.TestCase):
         self.assertIn("cut.pdf", self.place.names(self.place.done))
         self.assertEqual(sorted(self.quarantined()), ["junk.pdf", "repaired.pdf"])
 
+    def test_files_of_the_watch_itself_are_no_inputs(self):
+        documents(self.place, ["a.pdf"])
+        self.quarantine = self.place.input / "quarantine.jsonl"
+        self.sequence = self.sequence.rename(self.place.input / self.sequence.name)
+        (self.place.input / "junk.txt").write_bytes(b"no document")
+        words = ["--ext", "all", "--log", self.place.input / "watch.log", "--json"]
+        for saved in (1, 0):
+            counts = json.loads(self.once(3, *words).output)
+            self.assertEqual((counts["done"], counts["quarantined"]), (saved, 1), counts)
+        self.assertEqual(sorted(self.quarantined()), ["junk.txt"])
+
+    def test_what_was_there_lately_is_remembered_while_a_share_shows_an_empty_folder(self):
+        """And --once reaches the files that wait behind a whole batch of those that were only touched."""
+        names = [f"a{number}.pdf" for number in range(201)]
+        documents(self.place, names)
+        self.once(0)
+        journal = next((self.place.root / "config").rglob("watch.jsonl"))
+        old = str(int(time.time()) - 40 * 86_400)
+        journal.write_text(re.sub(r'("seen": ?)\d+', lambda found: found.group(1) + old, journal.read_text()))
+        away = self.place.input.rename(self.place.root / "away")
+        self.place.input.mkdir()
+        self.once(0)
+        self.place.input.rmdir()
+        away.rename(self.place.input)
+        for path in self.place.input.iterdir():
+            os.utime(path)
+        documents(self.place, ["new.pdf"])
+        self.once(0)
+        self.assertEqual(self.recorded(), sorted([*names, "new.pdf"]))
+
     def test_second_watch_is_refused_and_a_folder_that_goes_away_is_waited_for(self):
         process = self.place.start(*self.words(*self.moving()))
         try:

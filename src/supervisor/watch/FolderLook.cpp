@@ -20,7 +20,7 @@ class CLooker {
 public:
     explicit CLooker(const LookRules& rules) : m_rules(rules)
     {
-        for (const std::string& folder : rules.leftOut) m_closed.insert(platform::ResolvedPath(folder));
+        for (const std::string& path : rules.leftOut) m_closed.insert(platform::ResolvedPath(path));
     }
 
     FolderLook Look()
@@ -32,19 +32,21 @@ public:
             m_look.problem = platform::ErrorText(result.errorNumber);
             return std::move(m_look);
         }
-        m_closed.insert(platform::ResolvedPath(m_rules.folder));
-        Take(WithTrailingSeparator(m_rules.folder), entries);
+        const std::string real = platform::ResolvedPath(m_rules.folder);
+        m_closed.insert(real);
+        Take(WithTrailingSeparator(m_rules.folder), WithTrailingSeparator(real), entries);
         return std::move(m_look);
     }
 
 private:
-    void Take(const std::string& folder, const std::vector<platform::FolderEntry>& entries)
+    /// `real`: the folder without links.
+    void Take(const std::string& folder, const std::string& real, const std::vector<platform::FolderEntry>& entries)
     {
         for (const platform::FolderEntry& entry : entries) {
             if (entry.isHidden) continue;
             if (entry.isFolder)
                 Enter(folder + entry.name);
-            else if (IsWanted(entry.name))
+            else if (IsWanted(entry.name) && !m_closed.contains(real + entry.name))
                 Add(folder + entry.name);
         }
     }
@@ -52,12 +54,13 @@ private:
     void Enter(const std::string& path)
     {
         if (!m_rules.subfolders || IsKeptFolderName(FileName(path))) return;
-        if (!m_closed.insert(platform::ResolvedPath(path)).second) return;
+        const std::string real = platform::ResolvedPath(path);
+        if (!m_closed.insert(real).second) return;
         platform::FileResult result;
         const auto entries = platform::ListFolder(path, &result);
         // One that is gone meanwhile holds nothing.
         if (!result && platform::ProblemOf(result) != platform::FileProblem::Missing) m_look.whole = false;
-        Take(path + kSeparator, entries);
+        Take(path + kSeparator, WithTrailingSeparator(real), entries);
     }
 
     bool IsWanted(const std::string& name) const
@@ -81,7 +84,7 @@ private:
     }
 
     const LookRules& m_rules;
-    std::unordered_set<std::string> m_closed;  // entered already, or not to be
+    std::unordered_set<std::string> m_closed;  // without links: entered already, or not to be taken
     FolderLook m_look;
 };
 

@@ -10,7 +10,8 @@ struct LookRules {
     std::string folder = {};                   ///< absolute
     std::vector<std::string> extensions = {};  ///< without dots; empty: every file
     bool subfolders = true;
-    std::vector<std::string> leftOut = {};  ///< folders that are not entered, wherever a link to them stands
+    /// Folders that are not entered, wherever a link to them stands, and files that are not seen.
+    std::vector<std::string> leftOut = {};
 };
 
 struct FolderLook {

@@ -16,10 +16,12 @@
 #include "platform/HeldFiles.h"
 #include "platform/ThisProcess.h"
 #include "protocol/Json.h"
+#include "protocol/RunReach.h"
 #include "supervisor/RunArchive.h"
 #include "supervisor/RunFolder.h"
 #include "supervisor/Supervisor.h"
 #include "supervisor/journal/Journal.h"
+#include "supervisor/journal/LineReader.h"
 #include "supervisor/journal/Manifest.h"
 #include "supervisor/resume/CleanUp.h"
 #include "supervisor/watch/BatchOutcomes.h"
@@ -145,7 +147,10 @@ private:
         if (m_options.retryQuarantined)
             if (std::string problem = m_journal.Forget(m_model.ReleaseQuarantined()); !problem.empty())
                 return Broken(std::move(problem));
-        if (m_journal.OpenBatch().empty()) ForgetBatch();
+        if (!m_journal.OpenBatch().empty()) return true;
+        // The last start may have ended between the two.
+        KeepRecord();
+        ForgetBatch();
         return true;
     }
 
@@ -413,7 +418,7 @@ private:
         m_resumeTold = true;
         CBatchObserver observer(m_observer);
         const RunOptions run = BatchOptions(resumes);
-        if (run.request.inputs.empty()) return EndBatch({}, {}, Batch::GivenUp);
+        if (run.request.inputs.empty()) return EndBatch({}, Batch::GivenUp);
         const RunResult result = RunPlanned(run, observer);
         m_result.done += observer.saved;
         if (result.exit == ExitClass::Stopped) return false;
@@ -421,9 +426,9 @@ private:
             if (!run.resume || result.resumable) return Trouble(result.message);
             m_observer.Notice("The batch cannot be gone on with; the files that it has not done are begun anew. " +
                               result.message);
-            return EndBatch(GiveUpBatch(), result.plan.run, Batch::GivenUp);
+            return EndBatch(GiveUpBatch(), Batch::GivenUp);
         }
-        return EndBatch(observer.records, result.plan.run, Batch::Done);
+        return EndBatch(observer.records, Batch::Done);
     }
 
     /// What it has done counts; what it has begun is cleaned up, and done anew as the folder is now.
@@ -436,7 +441,7 @@ private:
         return std::move(done.records);
     }
 
-    bool EndBatch(const Records& records, const std::string& run, Batch batch)
+    bool EndBatch(const Records& records, Batch batch)
     {
         CBatchOutcomes outcomes(m_model, m_watched);
         if (!records.empty() || batch == Batch::Done)
@@ -450,15 +455,20 @@ private:
             ++m_result.failed;
             m_observer.Trouble(file);
         }
-        KeepRecord(run);
+        KeepRecord();
         ForgetBatch();
         WriteQuarantine();
         return true;
     }
 
-    void KeepRecord(const std::string& run)
+    void KeepRecord()
     {
         if (m_options.recordsFolder.empty() || !platform::FileExists(BatchRecord())) return;
+        CLineReader reader;
+        std::string line;
+        if (reader.Open(BatchRecord())) (void)reader.Next(line);
+        const auto first = ParseObject(line);
+        const std::string run = first ? RunReachFrom(ObjectAt(*first, "run")).run : std::string();
         std::string name = platform::UtcText(platform::NanosecondsSince1970());
         std::erase_if(name, [](char letter) { return letter == '-' || letter == ':'; });
         const std::string target = WithTrailingSeparator(m_options.recordsFolder) + name + '-' + run + ".jsonl";

@@ -163,6 +163,10 @@ class Watching(unittest.TestCase):
         self.assertEqual(self.place.names(output), [])
         self.once(0)
         self.assertEqual(self.place.names(output), ["a.pdf", "b.pdf"])
+        # As when it was killed before it could pass on the record of a batch that had ended.
+        [record] = self.records.iterdir()
+        [home] = (self.place.root / "config").rglob("watch.jsonl")
+        record.rename(home.parent / "batch/record.jsonl")
         os.utime(self.place.input / "a.pdf")
         self.once(0)
         self.assertEqual(self.recorded(), ["a.pdf", "b.pdf"], "a new time alone is no new version")

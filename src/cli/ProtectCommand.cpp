@@ -63,7 +63,8 @@ WorkDescription WorkOf(const CArguments& arguments, const Screen& screen)
         work.files.push_back({file, path});
         if (platform::OthersMayRead(path))
             *screen.messages << "ferrule: warning: " << Printable(path)
-                             << ": others may read this file with passwords; chmod 600 keeps it to you\n";
+                             << ": others may read this file with passwords; \"" << platform::HowToKeepFromOthers()
+                             << "\" keeps it to you\n";
     }
     return work;
 }

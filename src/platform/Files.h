@@ -93,9 +93,11 @@ std::optional<FileStamp> StampOf(const std::string& path);
 /// Tells besides whether the name is a link, which costs nothing for one that is none.
 std::optional<FileStamp> StampOf(const std::string& path, bool& isLink);
 
-/// Whether the rights of the file let others than its owner read it. Where rights are no mode bits: false, although
-/// nobody has looked.
+/// Whether the rights of the file let others than its owner read it; on Windows: groups that nearly everybody is in.
+/// False for a file whose rights cannot be read.
 bool OthersMayRead(const std::string& path);
+/// The command by which people change that.
+std::string HowToKeepFromOthers();
 
 /// Tells whether a regular file can be opened for reading. Never blocks: pipes and devices are refused unopened.
 FileResult CheckReadable(const std::string& path);

@@ -113,6 +113,8 @@ bool OthersMayRead(const std::string& path)
     return calls::Status(path, status) == 0 && (status.st_mode & (S_IRGRP | S_IROTH)) != 0;
 }
 
+std::string HowToKeepFromOthers() { return "chmod 600 FILE"; }
+
 bool IsInUse(const std::string&) { return false; }
 
 FileResult CheckReadable(const std::string& path)

@@ -14,6 +14,8 @@
 #include "platform/WideText_win.h"
 #include "platform/Windows_win.h"
 
+#include <aclapi.h>
+
 // The headers of the compiler do not know these yet.
 #ifndef ERROR_DISK_QUOTA_EXCEEDED
 #define ERROR_DISK_QUOTA_EXCEEDED 1295L
@@ -163,7 +165,45 @@ std::optional<FileStamp> StampOf(const std::string& path, bool& isLink)
     return StampOf(path);
 }
 
-bool OthersMayRead(const std::string&) { return false; }
+namespace {
+
+/// Whether the group has everybody who uses this computer, or nearly so.
+bool IsOfManyUsers(PSID group)
+{
+    for (const auto kind : {WinWorldSid, WinAuthenticatedUserSid, WinBuiltinUsersSid, WinBuiltinGuestsSid})
+        if (IsWellKnownSid(group, kind)) return true;
+    return false;
+}
+
+/// Whether the entry lets such a group read.
+bool LetsManyRead(const void* entry)
+{
+    const auto& header = *static_cast<const ACE_HEADER*>(entry);
+    if (header.AceType != ACCESS_ALLOWED_ACE_TYPE || (header.AceFlags & INHERIT_ONLY_ACE) != 0) return false;
+    const auto& allowed = *static_cast<const ACCESS_ALLOWED_ACE*>(entry);
+    constexpr ACCESS_MASK reading = FILE_READ_DATA | GENERIC_READ | GENERIC_ALL;
+    return (allowed.Mask & reading) != 0 && IsOfManyUsers(const_cast<DWORD*>(&allowed.SidStart));
+}
+
+}  // namespace
+
+bool OthersMayRead(const std::string& path)
+{
+    PSECURITY_DESCRIPTOR read = nullptr;
+    ACL* list = nullptr;
+    if (GetNamedSecurityInfoW(WidePath(path).c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                              &list, nullptr, &read) != ERROR_SUCCESS)
+        return false;
+    const std::unique_ptr<void, FreeLocal> descriptor(read);
+    if (!list) return true;  // nothing is forbidden to anybody
+    for (DWORD index = 0; index < list->AceCount; ++index) {
+        void* entry = nullptr;
+        if (GetAce(list, index, &entry) && LetsManyRead(entry)) return true;
+    }
+    return false;
+}
+
+std::string HowToKeepFromOthers() { return "icacls FILE /inheritance:r /grant:r %USERNAME%:F"; }
 
 FileResult CheckReadable(const std::string& path)
 {

@@ -199,6 +199,8 @@ TEST(FilesWindows, AFileHandsItsOwnAccessRightsOn)
                                                                      nullptr));
     ASSERT_TRUE(SetFileSecurityW(platform::WidePath(path).c_str(), DACL_SECURITY_INFORMATION, everybody));
     LocalFree(everybody);
+    EXPECT_TRUE(platform::OthersMayRead(path));
+    EXPECT_FALSE(platform::OthersMayRead(folder / "gone"));
     const auto before = RightsOf(path);
     ASSERT_NE(before, RightsOf(usual));
     EXPECT_TRUE(WriteAtomic(path));

@@ -35,25 +35,34 @@ struct CNameBuilder::Naming {
 
 namespace {
 
+std::string TwoDigits(int number) { return FormatText("%02d", number); }
+
+using Document = CAcrobatDoc;
+using Around = NameSurroundings;
+
+const NameTag kNameTags[] = {
+    {"<title>", "Document", [](const Document& of, const Around&) { return InfoEntry(of.Document(), "Title"); }},
+    {"<subject>", "Document", [](const Document& of, const Around&) { return InfoEntry(of.Document(), "Subject"); }},
+    {"<author>", "Document", [](const Document& of, const Around&) { return InfoEntry(of.Document(), "Author"); }},
+    {"<pagecount>", "Document", [](const Document& of, const Around&) { return std::to_string(of.PageCount()); }},
+    {"<bates_start>", "Bates numbers", [](const Document&, const Around&) { return std::string("No Bates"); }},
+    {"<bates_end>", "Bates numbers", [](const Document&, const Around&) { return std::string("No Bates"); }},
+    {"<year>", "Date", [](const Document&, const Around& at) { return std::to_string(at.time.year); }},
+    {"<month>", "Date", [](const Document&, const Around& at) { return TwoDigits(at.time.month); }},
+    {"<day>", "Date", [](const Document&, const Around& at) { return TwoDigits(at.time.day); }},
+    {"<hour>", "Time", [](const Document&, const Around& at) { return TwoDigits(at.time.hour); }},
+    {"<minute>", "Time", [](const Document&, const Around& at) { return TwoDigits(at.time.minute); }},
+    {"<second>", "Time", [](const Document&, const Around& at) { return TwoDigits(at.time.second); }},
+    {"<user>", "Surroundings", [](const Document&, const Around& at) { return at.user; }},
+    {"<computer>", "Surroundings", [](const Document&, const Around& at) { return at.computer; }},
+};
+
 /// Nothing for a tag that is none.
 std::optional<std::string> TagValue(const std::string& tag, const CAcrobatDoc& document,
                                     const NameSurroundings& surroundings)
 {
-    const platform::LocalTime& time = surroundings.time;
-    const auto twoDigits = [](int number) { return FormatText("%02d", number); };
-    if (tag == "<title>") return InfoEntry(document.Document(), "Title");
-    if (tag == "<subject>") return InfoEntry(document.Document(), "Subject");
-    if (tag == "<author>") return InfoEntry(document.Document(), "Author");
-    if (tag == "<pagecount>") return std::to_string(document.PageCount());
-    if (tag == "<bates_start>" || tag == "<bates_end>") return "No Bates";
-    if (tag == "<year>") return std::to_string(time.year);
-    if (tag == "<month>") return twoDigits(time.month);
-    if (tag == "<day>") return twoDigits(time.day);
-    if (tag == "<hour>") return twoDigits(time.hour);
-    if (tag == "<minute>") return twoDigits(time.minute);
-    if (tag == "<second>") return twoDigits(time.second);
-    if (tag == "<user>") return surroundings.user;
-    if (tag == "<computer>") return surroundings.computer;
+    for (const NameTag& known : kNameTags)
+        if (tag == known.tag) return known.value(document, surroundings);
     return std::nullopt;
 }
 
@@ -88,6 +97,8 @@ std::string TextInside(const CFileNamePart& part, CDocumentText& pages)
 bool Searches(NamePartKind kind) { return kind == NamePartKind::FoundText || kind == NamePartKind::RuleText; }
 
 }  // namespace
+
+std::span<const NameTag> NameTags() { return kNameTags; }
 
 /// Why the component cannot be used; empty when it can.
 std::string CNameBuilder::Prepare(Component& component, Wanted& wanted)

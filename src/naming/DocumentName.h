@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,14 @@ struct NameSurroundings {
     platform::LocalTime time{};
     std::string user, computer;
 };
+
+/// What stands in a text of one's own for something of the document or of where the name is made.
+struct NameTag {
+    const char* tag;    ///< small letters; any will do in a text
+    const char* group;  ///< what it belongs to, for people; tags of one group stand together
+    std::string (*value)(const CAcrobatDoc& document, const NameSurroundings& surroundings);
+};
+[[nodiscard]] std::span<const NameTag> NameTags();
 
 /// Settings that are compiled once and then used for any number of documents.
 class CNameBuilder {

@@ -1,24 +1,9 @@
 #include "tools/rename/DlgEnterCustomText.h"
 
+#include <string_view>
+
+#include "naming/DocumentName.h"
 #include "tools/rename/NamePartKinds.h"
-
-namespace {
-
-struct TagRow {
-    const char* what;
-    std::vector<const char*> tags;
-};
-
-/// As they stand in the dialog.
-const TagRow kTagRows[] = {
-    {"Document:", {"<title>", "<subject>", "<author>", "<pagecount>"}},
-    {"Bates numbers:", {"<bates_start>", "<bates_end>"}},
-    {"Date:", {"<year>", "<month>", "<day>"}},
-    {"Time:", {"<hour>", "<minute>", "<second>"}},
-    {"Surroundings:", {"<user>", "<computer>"}},
-};
-
-}  // namespace
 
 bool CDlgEnterCustomText::Show()
 {
@@ -33,14 +18,17 @@ Group CDlgEnterCustomText::TagGroup()
     group.controls.push_back(
         {.what = StaticText{"A tag is replaced by what it stands for in each document. Press one "
                             "to add it to the text."}});
-    for (const TagRow& row : kTagRows) {
-        Row buttons{{{.what = StaticText{row.what}}}};
-        for (const char* const tag : row.tags)
-            buttons.controls.push_back({.what = Button{tag, [this, tag] {
-                                                           m_part.customText += tag;
-                                                           return FormAnswer::StayOpen;
-                                                       }}});
-        group.controls.push_back({.what = std::move(buttons)});
+    const char* rowOf = nullptr;
+    for (const NameTag& known : NameTags()) {
+        if (!rowOf || std::string_view(rowOf) != known.group) {
+            rowOf = known.group;
+            group.controls.push_back({.what = Row{{{.what = StaticText{std::string(rowOf) + ':'}}}}});
+        }
+        const auto add = [this, tag = known.tag] {
+            m_part.customText += tag;
+            return FormAnswer::StayOpen;
+        };
+        std::get<Row>(group.controls.back().what).controls.push_back({.what = Button{known.tag, add}});
     }
     return group;
 }

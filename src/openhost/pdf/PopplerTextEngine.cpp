@@ -58,9 +58,8 @@ void KeepLibrarySetUp()
     static const std::string empty =
         "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj 2 0 obj<</Type/Pages/Kids[]/Count 0>>endobj "
         "trailer<</Root 1 0 R>>\n";
-    static const poppler::document* const kept =
-        poppler::document::load_from_raw_data(empty.data(), static_cast<int>(empty.size()));
-    (void)kept;
+    static const std::unique_ptr<poppler::document> kept(
+        poppler::document::load_from_raw_data(empty.data(), static_cast<int>(empty.size())));
 }
 
 class CPopplerTextEngine final : public CTextEngine {

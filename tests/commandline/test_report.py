@@ -12,6 +12,8 @@ from commandline import PROGRAM, CommandPlace, documents
 
 CORPUS = Path(os.environ.get("FERRULE_CORPUS", ""))
 VOID = {"meta", "line", "rect", "circle", "link", "br"}
+MILLION = 1_000_000
+LINES = int(os.environ.get("FERRULE_REPORT_LINES", MILLION))
 # Documents that are saved, that need a password, and that nobody can open.
 CHOSEN = ("business", "encrypted", "damaged", "forms")
 
@@ -199,18 +201,19 @@ class Report(unittest.TestCase):
     def test_a_million_lines_take_little_memory(self):
         record = self.place.root / "million.jsonl"
         with open(record, "w", encoding="utf-8") as stream:
-            for number in range(1, 1_000_001):
+            for number in range(1, LINES + 1):
                 failed = number % 7 == 0
                 stream.write(json.dumps({**line(number, size=number, milliseconds=number % 5000, outcome="failed" if failed else "saved",
                                                 message=f"Reason {'abcdefgh'[number % 8]} on page {number}" if failed else ""),
-                                         **({"version": 2, "total": 1_000_000, "run": {"id": "abc"}} if number == 1 else {})}) + "\n")
+                                         **({"version": 2, "total": LINES, "run": {"id": "abc"}} if number == 1 else {})}) + "\n")
         process = subprocess.Popen([PROGRAM, "report", record, "--html", self.place.root / "page.html"], stderr=subprocess.DEVNULL)
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)
         self.assertEqual(process.returncode, 0)
-        self.assertLess(usage.ru_maxrss, 300 * 1024)
+        if LINES == MILLION:  # the sanitizers keep what was freed
+            self.assertLess(usage.ru_maxrss, 300 * 1024)
         page = (self.place.root / "page.html").read_text(encoding="utf-8")
-        self.assertIn("142,857", Page(page).text())
+        self.assertIn(f"{LINES // 7:,}", Page(page).text())
         self.assertLess(len(page), 300_000)
 
 

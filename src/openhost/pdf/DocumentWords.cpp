@@ -1,6 +1,7 @@
 #include "openhost/pdf/DocumentWords.h"
 
 #include "base/Overseer.h"
+#include "openhost/pdf/OutputProfiles.h"
 #include "platform/FileDigest.h"
 
 namespace openhost {
@@ -41,6 +42,7 @@ void CDocumentWords::OpenCache(CPdfDocument& document, CTextCache* cache)
     m_sha256 = platform::Sha256OfFile(m_path);
     if (!m_stamp || m_sha256.empty()) return;
     m_cache = cache;
+    m_profiles = OutputProfilesIn(document);
     m_stored = cache->Find(m_sha256, m_options);
 }
 
@@ -48,7 +50,7 @@ CTextEngine& CDocumentWords::Engine()
 {
     if (!m_engine) {
         auto engine = NewTextEngine();
-        engine->LoadFile(m_path, "");
+        LoadWithoutProfiles(*engine, m_path, "", m_profiles);
         m_engine = std::move(engine);
     }
     return *m_engine;

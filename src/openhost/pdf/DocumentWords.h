@@ -1,6 +1,7 @@
 // The words of a document's pages, from wherever they are had soonest.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,7 +35,8 @@ private:
     std::vector<PageView> m_views;
     std::unique_ptr<CTextEngine> m_engine;  // null until it is needed, when the file has everything
     std::string m_path;
-    CTextCache* m_cache = nullptr;  // null when this document has no place in it
+    std::vector<std::uint64_t> m_profiles;  // offsets in the file
+    CTextCache* m_cache = nullptr;          // null when this document has no place in it
     std::string m_sha256;
     std::optional<platform::FileStamp> m_stamp;  // of the file when its digest was made
     CStoredWords m_stored;

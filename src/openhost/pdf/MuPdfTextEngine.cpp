@@ -204,17 +204,14 @@ public:
     void LoadFile(const std::string& path, const std::string& passwordBytes) override
     {
         Close(path);
-        // The library wants UTF-8 and makes of it what the encryption needs.
-        const std::string asUtf8 = QUtil::pdf_doc_to_utf8(passwordBytes);
-        const PasswordTexts passwords = {{passwordBytes.c_str(), asUtf8.c_str()}};
-        Adopt(openhost::Open(m_context, path.c_str(), nullptr, 0, passwords));
+        OpenWith(path.c_str(), passwordBytes);
     }
 
-    void LoadMemory(std::string bytes, const std::string& description) override
+    void LoadMemory(std::string bytes, const std::string& description, const std::string& passwordBytes) override
     {
         Close(description);
         m_bytes = std::move(bytes);
-        Adopt(openhost::Open(m_context, nullptr, m_bytes.data(), m_bytes.size(), {{"", ""}}));
+        OpenWith(nullptr, passwordBytes);
     }
 
     int PageCount() const override { return m_opened.pages; }
@@ -247,14 +244,18 @@ private:
         m_name = name;
     }
 
-    void Adopt(const Opened& opened)
+    /// `path` is null for the bytes that are kept.
+    void OpenWith(const char* path, const std::string& passwordBytes)
     {
-        m_opened = opened;
-        if (opened.failed) {
+        // The library wants UTF-8 and makes of it what the encryption needs.
+        const std::string asUtf8 = QUtil::pdf_doc_to_utf8(passwordBytes);
+        const PasswordTexts passwords = {{passwordBytes.c_str(), asUtf8.c_str()}};
+        m_opened = openhost::Open(m_context, path, m_bytes.data(), m_bytes.size(), passwords);
+        if (m_opened.failed) {
             m_opened.pages = 0;
             throw CPdfError(PdfProblem::Damaged, m_name, "the text reader cannot open it");
         }
-        if (opened.locked) throw CPdfError(PdfProblem::NeedsPassword, m_name, "needs a password");
+        if (m_opened.locked) throw CPdfError(PdfProblem::NeedsPassword, m_name, "needs a password");
     }
 
     template <class Visit>

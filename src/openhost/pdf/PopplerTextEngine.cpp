@@ -78,13 +78,14 @@ public:
         Adopt(LoadPopplerFile(path, passwordBytes, m_bytes));
     }
 
-    void LoadMemory(std::string bytes, const std::string& description) override
+    void LoadMemory(std::string bytes, const std::string& description, const std::string& passwordBytes) override
     {
         m_name = description;
         if (bytes.size() > INT_MAX) throw CPdfError(PdfProblem::UnsupportedInput, m_name, "is too large for text");
         m_document.reset();
         m_bytes = std::move(bytes);
-        Adopt(poppler::document::load_from_raw_data(m_bytes.data(), static_cast<int>(m_bytes.size())));
+        Adopt(poppler::document::load_from_raw_data(m_bytes.data(), static_cast<int>(m_bytes.size()), passwordBytes,
+                                                    passwordBytes));
     }
 
     int PageCount() const override { return m_document ? m_document->pages() : 0; }

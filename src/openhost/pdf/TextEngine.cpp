@@ -1,5 +1,10 @@
 #include "openhost/pdf/TextEngine.h"
 
+#include <climits>
+
+#include "openhost/pdf/DocumentFiles.h"
+#include "openhost/pdf/OutputProfiles.h"
+
 #ifdef FERRULE_MUPDF_IS_DEFAULT
 #include "openhost/pdf/MuPdfTextEngine.h"
 #else
@@ -24,12 +29,24 @@ std::string WithoutSubsetMark(const std::string& name)
     return name.size() > kMark && name[kMark] == '+' ? name.substr(kMark + 1) : name;
 }
 
+void LoadWithoutProfiles(CTextEngine& engine, const std::string& path, const std::string& passwordBytes,
+                         const std::vector<std::uint64_t>& profiles)
+{
+    if (profiles.empty()) {
+        engine.LoadFile(path, passwordBytes);
+        return;
+    }
+    std::string bytes = ReadAll(path, INT_MAX);
+    SpoilOutputProfiles(bytes, profiles);
+    engine.LoadMemory(std::move(bytes), path, passwordBytes);
+}
+
 void LoadPresentState(CTextEngine& engine, CPdfDocument& document)
 {
     if (document.FileShowsPresentState()) {
-        engine.LoadFile(document.Path(), document.PasswordBytes());
+        LoadWithoutProfiles(engine, document.Path(), document.PasswordBytes(), OutputProfilesIn(document));
     } else {
-        engine.LoadMemory(document.WriteToMemory(), document.Description());
+        engine.LoadMemory(document.WriteToMemory(), document.Description(), "");
     }
 }
 

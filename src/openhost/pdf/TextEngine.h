@@ -34,8 +34,8 @@ public:
 
     /// Loads a file as it is on disk. Fails: CPdfError.
     virtual void LoadFile(const std::string& path, const std::string& passwordBytes) = 0;
-    /// Loads unencrypted bytes and keeps them. Fails: CPdfError.
-    virtual void LoadMemory(std::string bytes, const std::string& description) = 0;
+    /// Loads the bytes of a file and keeps them. Fails: CPdfError.
+    virtual void LoadMemory(std::string bytes, const std::string& description, const std::string& passwordBytes) = 0;
     virtual int PageCount() const = 0;
     /// UTF-8, lines ended by a line feed. Fails: BadPage.
     virtual std::string PageText(int page0) = 0;
@@ -50,6 +50,9 @@ std::unique_ptr<CTextEngine> NewTextEngine();
 std::string TextEngineVersion();
 /// "ABCDEF+Name" is a part of the font of that name.
 std::string WithoutSubsetMark(const std::string& name);
+/// Loads a file as it is on disk, without its output profiles, whose offsets are given. Fails: CPdfError.
+void LoadWithoutProfiles(CTextEngine& engine, const std::string& path, const std::string& passwordBytes,
+                         const std::vector<std::uint64_t>& profiles);
 /// Gives the engine the document's present state: its file when nothing changed, else a copy in memory.
 void LoadPresentState(CTextEngine& engine, CPdfDocument& document);
 

@@ -3,6 +3,7 @@
 
 #include "TestPdfs.h"
 #include "openhost/pdf/Conversions.h"
+#include "openhost/pdf/OutputProfiles.h"
 #include "openhost/pdf/TextEngine.h"
 #include "support/TemporaryFolder.h"
 
@@ -153,4 +154,34 @@ TEST(PdfToText, KeepsRightsAndExistingFiles)
     const auto engine = NewTextEngine();
     engine->LoadFile(folder.Write("a.pdf", SamplePdf(1)), "");
     for (const int page : {-1, 1}) EXPECT_EQ(ProblemOf([&] { engine->PageText(page); }), PdfProblem::BadPage) << page;
+}
+
+// The profile, and nothing else of the file, is what the text is read without.
+TEST(TextEngine, DoesWithoutOutputProfiles)
+{
+    const CTemporaryFolder folder;
+    const std::string path = folder / "a.pdf", profile(3000, 'p');
+    for (const bool encrypted : {false, true}) {
+        auto document = CPdfDocument::FromMemory(SamplePdf(1), "sample");
+        QPDF& library = document.Library();
+        auto intent = QPDFObjectHandle::parse("<</Type/OutputIntent/S/GTS_PDFA1>>");
+        intent.replaceKey("/DestOutputProfile", library.newStream(profile));
+        library.getRoot().replaceKey("/OutputIntents", QPDFObjectHandle::newArray({intent}));
+        if (encrypted) document.SetSecurity(Protection("open", "change"));
+        document.Save({.path = path});
+        document = CPdfDocument::Open(path, WithPassword("open"));
+
+        const auto offsets = OutputProfilesIn(document);
+        ASSERT_EQ(offsets.size(), 1U);
+        const std::string before = FileBytes(path);
+        std::string after = before;
+        SpoilOutputProfiles(after, {offsets[0], 0, offsets[0] + 1, before.size(), before.size() + 1});
+        const auto changed = std::ranges::mismatch(before, after);
+        EXPECT_EQ(changed.in1 - before.begin(), static_cast<std::ptrdiff_t>(offsets[0]));
+        EXPECT_TRUE(std::equal(changed.in1 + 128, before.end(), changed.in2 + 128) && after.size() == before.size());
+
+        const auto engine = NewTextEngine();
+        LoadPresentState(*engine, document);
+        EXPECT_THAT(engine->PageText(0), testing::StartsWith("Page 1 of the sample\n"));
+    }
 }
